@@ -1,0 +1,97 @@
+#include "cli/Commands.h"
+#include "cli/Console.h"
+#include "cli/SceneFile.h"
+#include "scene/core/TextEncoding.h"
+
+#include <algorithm>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+namespace vrn::cli {
+
+using namespace vor;
+
+namespace {
+
+using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
+
+void writeText(JsonWriter& writer, const char* key, const String& text) {
+    const String utf8 = toUtf8(text);
+    writer.Key(key);
+    writer.String(utf8.buf(), static_cast<rapidjson::SizeType>(utf8.len()));
+}
+
+void writeDiagnostic(JsonWriter& writer, const LogRecord& record) {
+    writer.StartObject();
+    writeText(writer, "severity", record.severity == LogSeverity::Error ? "error" : "warning");
+    writeText(writer, "message", record.text);
+    writer.Key("line");
+    writer.Int(record.position.line);
+    writer.Key("column");
+    writer.Int(record.position.column);
+    writer.EndObject();
+}
+
+std::string jsonLine(const SceneFile& file) {
+    rapidjson::StringBuffer buffer;
+    JsonWriter writer(buffer);
+    writer.StartObject();
+    writeText(writer, "file", file.argument());
+    writer.Key("ok");
+    writer.Bool(file.isOk());
+    writer.Key("diagnostics");
+    writer.StartArray();
+    for (const LogRecord& record : file.diagnostics())
+        writeDiagnostic(writer, record);
+    writer.EndArray();
+    writer.EndObject();
+    return std::string(buffer.GetString(), buffer.GetSize()) + '\n';
+}
+
+struct Totals {
+    std::size_t files = 0;
+    std::size_t unreadable = 0;
+    std::size_t errors = 0;
+    std::size_t warnings = 0;
+};
+
+std::string summary(const Totals& totals) {
+    std::string text(counted(totals.files, "file").view());
+    text += " checked: ";
+    text += counted(totals.errors, "error").view();
+    text += ", ";
+    text += counted(totals.warnings, "warning").view();
+    if (totals.unreadable != 0)
+        text += String::format("; %s could not be read", counted(totals.unreadable, "file").buf()).view();
+    return text + '\n';
+}
+
+} // namespace
+
+int check(const CheckOptions& options) {
+    const auto catalogue = loadCatalogue(options.types);
+    const bool isText = options.format == "text";
+    int status = exitOk;
+    Totals totals;
+    for (const std::string& name : options.files) {
+        SceneFile file{String(std::string_view(name))};
+        Scene scene;
+        scene.setCatalogue(catalogue);
+        if (!file.read(scene)) {
+            ++totals.unreadable;
+            status = exitTrouble;
+            continue;
+        }
+        ++totals.files;
+        totals.errors += file.count(LogSeverity::Error);
+        totals.warnings += file.count(LogSeverity::Warning);
+        if (file.hasErrors() || (options.isWarningError && !file.diagnostics().empty()))
+            status = std::max<int>(status, exitErrors);
+        print(isText ? file.diagnosticsText() : jsonLine(file));
+    }
+    if (isText)
+        print(summary(totals));
+    return finishOutput() ? status : exitTrouble;
+}
+
+} // namespace vrn::cli

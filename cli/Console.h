@@ -1,0 +1,29 @@
+// Standard output and standard error of the command.
+#pragma once
+
+#include "scene/core/String.h"
+
+#include <string_view>
+
+namespace vrn::cli {
+
+// What the command's exit status says; the worst of all files counts.
+enum ExitStatus : int {
+    exitOk = 0,     // all read, no error logged
+    exitErrors = 1, // an error was logged or a parse failed
+    exitTrouble = 2 // usage, or a file that cannot be opened, read or written
+};
+
+void print(std::string_view text);
+void printError(std::string_view text);
+
+// Writes `vrn: NAME: REASON` to standard error.
+void complain(const vor::String& name, const vor::String& reason);
+
+// Flushes standard output; false, with a complaint, if anything could not be written.
+[[nodiscard]] bool finishOutput();
+
+// "1 error", "2 errors".
+[[nodiscard]] vor::String counted(unsigned long long count, const char* noun);
+
+} // namespace vrn::cli

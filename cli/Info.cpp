@@ -1,0 +1,98 @@
+#include "cli/Commands.h"
+#include "cli/Console.h"
+#include "cli/SceneFile.h"
+#include "scene/Walk.h"
+#include "scene/core/TextEncoding.h"
+
+#include <algorithm>
+#include <map>
+
+namespace vrn::cli {
+
+using namespace vor;
+using namespace vor::velmo_sdk;
+using namespace vor::velmo_sdk::impl;
+
+namespace {
+
+struct Summary {
+    std::map<std::string, u64> nodesByType;
+    u64 nodes = 0;
+    u64 definitions = 0;
+    u64 inputs = 0;
+    u64 buffers = 0;
+    u64 bufferElements = 0;
+    u64 bufferBytes = 0;
+    u64 connections = 0;
+    u64 references = 0;
+};
+
+void add(const Input& input, Summary& summary) {
+    ++summary.inputs;
+    if (input.type() == AttrType::Buffer) {
+        ++summary.buffers;
+        summary.bufferElements += input.value().count();
+        summary.bufferBytes += input.value().bytes().size();
+    }
+    summary.connections += input.connection() ? 1U : 0U;
+    summary.references += input.nodeValue() ? 1U : 0U;
+}
+
+Summary summarise(const Scene& scene) {
+    Summary summary;
+    for (const Node& node : scene.nodes()) {
+        ++(node.isDefinition() ? summary.definitions : summary.nodes);
+        if (!node.isDefinition())
+            ++summary.nodesByType[std::string(node.type().view())];
+        forEachInput(node, [&](const Input& input) { add(input, summary); });
+    }
+    return summary;
+}
+
+std::string line(const char* label, const String& text) {
+    return std::string(String::format("  %-12s %s\n", label, text.buf()).view());
+}
+
+std::string describe(const SceneFile& file, const Scene& scene) {
+    const Summary summary = summarise(scene);
+    std::string text(escapeForTerminal(file.displayName()).view());
+    text += '\n';
+    text += line("version", String(scene.fileVersion()));
+    text += line("time", scene.fileTime().isEmpty() ? String("-") : escapeForTerminal(scene.fileTime()));
+    text += line("comments", String(scene.fileComments().size()));
+    text += line("definitions", String(summary.definitions));
+    text += line("nodes", String(summary.nodes));
+    for (const auto& [type, count] : summary.nodesByType)
+        text += line("", escapeForTerminal(type) + ": " + String(count));
+    text += line("inputs", String(summary.inputs));
+    text += line("buffers", String::format("%llu (%s, %s)", static_cast<unsigned long long>(summary.buffers),
+                                           counted(summary.bufferElements, "element").buf(),
+                                           counted(summary.bufferBytes, "byte").buf()));
+    text += line("links", counted(summary.connections, "connection") + ", " + counted(summary.references, "reference"));
+    text += line("diagnostics", counted(file.count(LogSeverity::Error), "error") + ", " +
+                                    counted(file.count(LogSeverity::Warning), "warning"));
+    return text;
+}
+
+} // namespace
+
+int info(const InfoOptions& options) {
+    const auto catalogue = loadCatalogue(options.types);
+    int status = exitOk;
+    for (const std::string& name : options.files) {
+        SceneFile file{String(std::string_view(name))};
+        Scene scene;
+        scene.setCatalogue(catalogue);
+        if (!file.read(scene)) {
+            status = exitTrouble;
+            continue;
+        }
+        printError(file.diagnosticsText());
+        print(describe(file, scene));
+        if (file.hasErrors())
+            status = std::max<int>(status, exitErrors);
+    }
+    return finishOutput() ? status : exitTrouble;
+}
+
+} // namespace vrn::cli

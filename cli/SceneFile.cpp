@@ -1,0 +1,96 @@
+#include "cli/SceneFile.h"
+
+#include "cli/Console.h"
+#include "cli/Excerpt.h"
+#include "impl/Reader.h"
+#include "scene/CatalogueJson.h"
+#include "scene/core/TextEncoding.h"
+
+#include <algorithm>
+#include <string>
+
+namespace vrn::cli {
+
+using namespace vor;
+using namespace vor::velmo_sdk::impl;
+
+static std::string readAll(File& file) {
+    std::string text;
+    for (char c; file.read(c);)
+        text += c;
+    return text;
+}
+
+bool SceneFile::read(Scene& scene) {
+    if (isStandardInput()) {
+        File input = File::standardInput();
+        standardInput_ = std::string_view(readAll(input));
+        if (!input.error().isEmpty()) {
+            complain(displayName(), input.error());
+            return false;
+        }
+    }
+    const File file = open();
+    if (file.isOpen()) {
+        const ScopedLogSink sink([this](const LogRecord& record) { diagnostics_.push_back(record); });
+        try {
+            isOk_ = parseVrn(&scene, file, false);
+        } catch (const ReadError& error) {
+            diagnostics_.push_back({LogSeverity::Error, error.what(), error.position()});
+        }
+    }
+    if (file.error().isEmpty())
+        return true;
+    complain(displayName(), file.error());
+    return false;
+}
+
+File SceneFile::open() const { return isStandardInput() ? File::fromMemory(standardInput_) : File::open(argument_); }
+
+std::size_t SceneFile::count(LogSeverity severity) const noexcept {
+    return static_cast<std::size_t>(
+        std::ranges::count(diagnostics_, severity, [](const LogRecord& record) { return record.severity; }));
+}
+
+String SceneFile::displayName() const { return isStandardInput() ? "<stdin>" : argument_; }
+
+std::string SceneFile::diagnosticsText() const {
+    if (diagnostics_.empty())
+        return {};
+    std::vector<TextPosition> positions;
+    for (const LogRecord& record : diagnostics_)
+        positions.push_back(record.position);
+    const std::vector<Excerpt> excerpts = readExcerpts(open(), positions);
+    const String name = escapeForTerminal(displayName());
+    std::string text;
+    for (std::size_t i = 0; i < diagnostics_.size(); ++i) {
+        const LogRecord& record = diagnostics_[i];
+        const char* severity = record.severity == LogSeverity::Error ? "error" : "warning";
+        text += String::format("%s:%d:%d: %s: ", name.buf(), record.position.line, record.position.column, severity);
+        text += escapeForTerminal(record.text).view();
+        text += '\n';
+        text += excerpts[i].withCaret();
+    }
+    return text;
+}
+
+std::shared_ptr<const Catalogue> loadCatalogue(const std::string& path) {
+    if (path.empty())
+        return nullptr;
+    const String name{std::string_view(path)};
+    File file = File::open(name);
+    const std::string text = readAll(file);
+    if (!file.error().isEmpty()) {
+        complain(name, file.error());
+        throw UnusableCatalogue();
+    }
+    try {
+        return std::make_shared<const Catalogue>(readCatalogue(text));
+    } catch (const CatalogueError& error) {
+        printError(String::format("%s:%d:%d: error: %s\n", escapeForTerminal(name).buf(), error.position().line,
+                                  error.position().column, error.what()));
+        throw UnusableCatalogue();
+    }
+}
+
+} // namespace vrn::cli

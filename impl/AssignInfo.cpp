@@ -1,0 +1,12 @@
+#include "impl/AssignInfo.h"
+
+namespace vor::velmo_sdk::impl {
+
+String AssignInfo::valueString() const {
+    constexpr std::size_t quotedLength = 20;
+    const bool isBufferValue = bufferHeadToken.type >= Token::Type::Id;
+    const String text = isBufferValue ? valueToken.text + "[]" : valueToken.text;
+    return text.len() <= quotedLength ? text : text.substring(0, quotedLength) + "...";
+}
+
+} // namespace vor::velmo_sdk::impl

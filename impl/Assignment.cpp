@@ -1,0 +1,213 @@
+#include "impl/Messages.h"
+#include "impl/TypeRules.h"
+#include "impl/VrnParser.h"
+
+#include <algorithm>
+
+namespace vor::velmo_sdk::impl {
+
+// One name or index of a target's path, with what is made there if there is nothing yet.
+struct VrnParser::Step {
+    const Token& token;
+    bool isLast;
+    AttrType type;
+    AttrType elementType; // of an Array
+
+    [[nodiscard]] bool isIndex() const noexcept { return token.type == Token::Type::Brackets; }
+
+    [[nodiscard]] AttrData emptyValue() const {
+        return type == AttrType::Array ? AttrData::array(elementType) : AttrData::zero(type);
+    }
+};
+
+/// assign ::= path ( connect | value )
+bool VrnParser::parseAssign() {
+    AssignInfo info;
+    if (!path(info.path))
+        return false;
+    if (!connect(info) && !value(info))
+        return false;
+    Input* input = targetInput(info);
+    if (info.isConnection)
+        pendingConnections.store(input, std::move(info));
+    else if (info.isReference)
+        pendingReferences.store(input, std::move(info));
+    else
+        apply(info, input);
+    return true;
+}
+
+Node* VrnParser::targetNode(const AssignInfo& info) {
+    const Token& first = info.path[0];
+    if (first.type == Token::Type::Dot) {
+        if (!withNode)
+            parseError(messages::withNodeNotSet, collapse(info.path).buf());
+        return withNode;
+    }
+    Node* node = scene->findNode(first.text);
+    if (!node)
+        parseError(messages::nodeNotFound, collapse(info.path).buf());
+    return node;
+}
+
+// The path for messages: with the node's name even where the text left it out.
+String VrnParser::fullPath(const AssignInfo& info, Node* node) {
+    const String path = collapse(info.path);
+    return path.startsWith(".") ? node->name() + path : path;
+}
+
+// What a step is made as follows from the one or two behind it: a name makes an object, an index an
+// array of what the index is made as, and the last one is of the value's own type.
+static AttrType typeBefore(const Token* next, AttrType valueType) noexcept {
+    if (!next)
+        return valueType;
+    return next->type == Token::Type::Id ? AttrType::Object : AttrType::Array;
+}
+
+Input* VrnParser::targetInput(const AssignInfo& info) {
+    Node* node = targetNode(info);
+    ds::Vector<const Token*> names; // and indices; the dots say nothing more
+    for (std::size_t i = 1; i < info.path.size(); ++i)
+        if (info.path[i].type != Token::Type::Dot)
+            names.push(&info.path[i]);
+    if (names.isEmpty())
+        parseError(messages::inputNotFound, fullPath(info, node).buf());
+
+    const AttrType valueType = info.data.type();
+    const auto nameAt = [&](std::size_t i) { return i < names.size() ? names[i] : nullptr; };
+    Input* input = nullptr;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        const AttrType type = typeBefore(nameAt(i + 1), valueType);
+        const bool isOnTheWay = i + 1 < names.size();
+        const bool hasElements = isOnTheWay && type == AttrType::Array;
+        const AttrType elementType = hasElements ? typeBefore(nameAt(i + 2), valueType) : AttrType::Null;
+        const Step step{*names[i], !isOnTheWay, type, elementType};
+        input = step.isIndex() ? elementInput(input, step) : namedInput(node, input, step);
+        if (!step.isLast)
+            passThrough(input, step);
+    }
+    return input;
+}
+
+// The input or member of a name, made if it is not there.
+Input* VrnParser::namedInput(Node* node, Input* parent, const Step& step) {
+    const String name = updateInputName(node->type(), step.token.text);
+    const auto make = [&](auto* owner) {
+        return step.type == AttrType::Array ? owner->createArray(name, step.elementType)
+                                            : owner->createInput(name, step.type);
+    };
+    if (parent) {
+        Input* member = parent->input(name);
+        return member ? member : make(parent);
+    }
+    return node->hasInput(name, AttrType::Null) ? node->input(name) : make(node);
+}
+
+// The element of an index; the array grows one by one until there is one.
+Input* VrnParser::elementInput(Input* array, const Step& step) {
+    const u64 index = elementIndex(array, step.token);
+    giveElementType(array, step);
+    while (array->size() <= index)
+        if (!array->appendElement())
+            parseError(messages::invalidArrayIndex, step.token.text.trimChars("[]").buf());
+    return array->element(index);
+}
+
+u64 VrnParser::elementIndex(Input* array, const Token& brackets) {
+    const String text = brackets.text.trimChars("[]");
+    u64 index = array->size();
+    if ((text != "*" && !String::parse(text, index)) || index >= scene->limits().arrayElements)
+        parseError(messages::invalidArrayIndex, text.buf());
+    return index;
+}
+
+// All elements of an array are of one type: that of the first one asked for.
+void VrnParser::giveElementType(Input* array, const Step& step) {
+    if (step.type == AttrType::Null || array->elementType() == step.type)
+        return;
+    if (array->elementType() != AttrType::Null)
+        typeError(valueTypeName(step.type), array, false);
+    array->set(AttrData::array(step.type));
+}
+
+// Checks that an input before the last is what the path goes on into.
+void VrnParser::passThrough(Input* input, const Step& step) {
+    if (input->type() == step.type)
+        return;
+    if (input->type() == AttrType::Null)
+        input->set(step.emptyValue());
+    else if (step.type == AttrType::Array && input->type() != AttrType::Buffer)
+        typeError(valueTypeName(step.elementType), input, true);
+    else
+        typeError(valueTypeName(step.type), input, false);
+}
+
+// Type-checks a value and writes it.
+void VrnParser::apply(AssignInfo& info, Input* input) {
+    if (refuses(input, info))
+        return;
+    const AttrType type = info.data.type();
+    const Fit how = fit(type, input->type());
+    if (how == Fit::Narrowed)
+        narrowTypeWarning(valueTypeName(type), input);
+    if (how == Fit::Rejected)
+        wrongTypeWarning(valueTypeName(type), input);
+    const bool isConverted = how == Fit::Converted || how == Fit::Narrowed;
+    write(isConverted ? convert(info.data, input->type()) : std::move(info.data), input);
+}
+
+// Inputs that take no value at all, and buffers, which take only their own kind.
+bool VrnParser::refuses(Input* input, const AssignInfo& info) {
+    const AttrData& data = info.data;
+    if (input->isLocked() || input->isLinkOnly()) {
+        wrongTypeWarning(info.valueString(), input);
+        return true;
+    }
+    if (input->type() != AttrType::Buffer)
+        return false;
+    if (data.type() != AttrType::Buffer) {
+        wrongTypeWarning(valueTypeName(data.type()), input);
+        return true;
+    }
+    if (input->dataType() == DataType::Null || input->dataType() == data.dataType())
+        return false;
+    wrongTypeWarning(dataTypeName(data.dataType()), input);
+    return true;
+}
+
+static bool isUntyped(const Input* element, AttrType type) {
+    return type == AttrType::Buffer ? element->dataType() == DataType::Null : element->elementType() == AttrType::Null;
+}
+
+// Gives the elements of an array of buffers or of arrays that have no type yet the one of `data`.
+// They stand at the end, for every write leaves none behind it. An object has no element type.
+static void giveSiblingsType(Input* array, const AttrData& data) {
+    const AttrType type = array->elementType();
+    const bool hasType = type == AttrType::Buffer  ? data.dataType() != DataType::Null
+                         : type == AttrType::Array ? data.elementType() != AttrType::Null
+                                                   : false;
+    if (!hasType)
+        return;
+    u64 first = array->size();
+    for (u64 left = array->untypedElements(); left > 0 && first > 0;)
+        if (isUntyped(array->element(--first), type))
+            --left;
+    for (u64 i = first; i < array->size(); ++i)
+        if (isUntyped(array->element(i), type))
+            array->element(i)->set(type == AttrType::Buffer ? AttrData::buffer(data.dataType())
+                                                            : AttrData::array(data.elementType()));
+}
+
+void VrnParser::write(AttrData data, Input* input) {
+    if (Input* parent = input->parent())
+        giveSiblingsType(parent, data);
+    if (data.type() != AttrType::String)
+        return input->assign(std::move(data));
+    const String text = data.asString();
+    input->assign(std::move(data));
+    const StringVector& entries = input->enumeration();
+    if (!entries.isEmpty() && std::ranges::find(entries, text) == entries.end())
+        badEnumValueWarning(text, input);
+}
+
+} // namespace vor::velmo_sdk::impl

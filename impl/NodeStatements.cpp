@@ -1,0 +1,88 @@
+#include "impl/VrnParser.h"
+
+namespace vor::velmo_sdk::impl {
+
+using Type = Token::Type;
+
+/// remove ::= 'remove' ID ';'
+bool VrnParser::remove(RemoveInfo& info) { return keywordStatement("remove", Type::Semicolon, info.name); }
+
+/// define ::= 'define' ID ';'
+bool VrnParser::define(DefineInfo& info) { return keywordStatement("define", Type::Semicolon, info.name); }
+
+/// with ::= 'with' ID ':'
+bool VrnParser::with(WithInfo& info) { return keywordStatement("with", Type::Colon, info.name); }
+
+/// declare ::= ID ID ( ';' | ':' )   type and name; the colon makes the node the one of '.' paths
+bool VrnParser::declare(DeclareInfo& info) {
+    const bool ends = ahead(2).type == Type::Semicolon || ahead(2).type == Type::Colon;
+    if (current().type != Type::Id || ahead(1).type != Type::Id || !ends)
+        return false;
+    info.isWith = ahead(2).type == Type::Colon;
+    info.type = consume();
+    info.name = consume();
+    consume();
+    return true;
+}
+
+bool VrnParser::keywordStatement(const char* keyword, Type end, Token& name) {
+    if (current().type != Type::Id || current().text.compareNoCase(keyword) != 0)
+        return false;
+    if (ahead(1).type != Type::Id || ahead(2).type != end)
+        return false;
+    consume();
+    name = consume();
+    consume();
+    return true;
+}
+
+bool VrnParser::parseRemove() {
+    RemoveInfo info;
+    if (!remove(info))
+        return false;
+    if (Node* node = scene->findNode(info.name.text)) {
+        definedNodes.forget(node);
+        if (withNode == node)
+            withNode = nullptr;
+    }
+    scene->removeNode(info.name.text);
+    return true;
+}
+
+bool VrnParser::parseDefine() {
+    DefineInfo info;
+    if (!define(info))
+        return false;
+    Node* node = scene->findNode(info.name.text);
+    if (!node)
+        node = scene->defineNode(info.name.text);
+    definedNodes.add(node);
+    return true;
+}
+
+// A node of that name is taken as it is, whatever its type.
+bool VrnParser::parseDeclare() {
+    DeclareInfo info;
+    if (!declare(info))
+        return false;
+    Node* node = scene->findNode(info.name.text);
+    if (!node)
+        node = scene->createNode(info.type.text, info.name.text, "");
+    if (info.isWith)
+        withNode = node;
+    return true;
+}
+
+// `with name:` is also a declaration, and those are tried first; so this runs only for a text that no
+// declaration takes.
+bool VrnParser::parseWith() {
+    WithInfo info;
+    if (!with(info))
+        return false;
+    withNode = scene->findNode(info.name.text);
+    if (!withNode)
+        withNode = definedNodes.lastOfType(info.name.text);
+    return true;
+}
+
+} // namespace vor::velmo_sdk::impl

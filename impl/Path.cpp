@@ -1,0 +1,46 @@
+#include "impl/VrnParser.h"
+
+#include <string>
+
+namespace vor::velmo_sdk::impl {
+
+using Type = Token::Type;
+
+/// path ::= ( ID '.' ID | '.' ID ) ( arrayattr | scalarattr )*   without a node name: of the current node
+bool VrnParser::path(ds::Vector<Token>& out) {
+    const bool isNamed = current().type == Type::Id && ahead(1).type == Type::Dot && ahead(2).type == Type::Id;
+    if (isNamed)
+        out.push(consume());
+    if (!scalarattr(out))
+        return false;
+    while (arrayattr(out) || scalarattr(out)) {
+    }
+    return true;
+}
+
+/// arrayattr ::= BRACKETS
+bool VrnParser::arrayattr(ds::Vector<Token>& out) {
+    if (current().type != Type::Brackets)
+        return false;
+    out.push(consume());
+    return true;
+}
+
+/// scalarattr ::= '.' ID
+bool VrnParser::scalarattr(ds::Vector<Token>& out) {
+    if (current().type != Type::Dot || ahead(1).type != Type::Id)
+        return false;
+    out.push(consume());
+    out.push(consume());
+    return true;
+}
+
+// The path as it would be written without spaces.
+String VrnParser::collapse(const ds::Vector<Token>& tokens) {
+    std::string text;
+    for (const Token& token : tokens)
+        text += token.text.view();
+    return std::string_view(text);
+}
+
+} // namespace vor::velmo_sdk::impl

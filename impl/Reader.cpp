@@ -1,0 +1,19 @@
+#include "impl/Reader.h"
+
+#include "impl/VrnParser.h"
+
+namespace vor::velmo_sdk::impl {
+
+bool parseString(interfaces::IScene* scene, String text) { return VrnParser().parse(scene, text); }
+
+bool parseVrn(interfaces::IScene* scene, File file, bool merge) {
+    if (scene && !merge) {
+        Scene* target = static_cast<Scene*>(scene);
+        target->clearComments();
+        target->setFileVersion(VRX_FILE_VERSION_1);
+        target->setFileTime("");
+    }
+    return VrnParser().parse(scene, file);
+}
+
+} // namespace vor::velmo_sdk::impl

@@ -1,0 +1,48 @@
+// The reader: VRN text into a scene.
+//
+//     Scene scene;
+//     try {
+//         File file = File::open("scene.vrn");
+//         if (!file.isOpen() || !parseVrn(&scene, file, false))
+//             ...                                   // the log says why; scene holds what came before
+//     } catch (const ReadError& error) {            // the very first tokens of the text are no VRN
+//         ...
+//     }
+//
+// Statements are applied to the scene one by one; the first syntax error ends the parse, is logged as
+// an error, and makes the result false. What was applied stays. Wrong types and links to what is not
+// there are only logged. Every diagnostic goes to the log (scene/core/Log.h) with its position in the
+// text. An error among the first three tokens is thrown instead of logged, as a ReadError.
+//
+// A parse runs on the caller's thread; two may run at once on different scenes. Time is linear in the
+// text. Memory: the scene, the text of the longest single list, and a record for each link.
+// std::bad_alloc passes through, and the scene stays sound. To a File a failed read is the end of the
+// bytes: ask File::error() afterwards.
+#pragma once
+
+#include "scene/Interfaces.h"
+#include "scene/core/File.h"
+#include "scene/core/Log.h"
+
+#include <stdexcept>
+
+namespace vor::velmo_sdk::impl {
+
+// An error in a text; what() is the finished message.
+class ReadError : public std::runtime_error {
+public:
+    ReadError(const String& message, TextPosition position) : std::runtime_error(message.buf()), position_(position) {}
+    [[nodiscard]] TextPosition position() const noexcept { return position_; }
+
+private:
+    TextPosition position_;
+};
+
+// Reads VRN text held in memory on top of what the scene holds. True when the whole text was read.
+bool parseString(interfaces::IScene* scene, String text);
+
+// Reads VRN text from an open file, from its current position. Without `merge` the scene's comments,
+// file version and file time are first reset; its nodes never are.
+bool parseVrn(interfaces::IScene* scene, File file, bool merge);
+
+} // namespace vor::velmo_sdk::impl

@@ -1,0 +1,112 @@
+#include "impl/VrnParser.h"
+#include "scene/core/HashMap.h"
+#include "scene/core/NumberText.h"
+
+namespace vor::velmo_sdk::impl {
+
+using Type = Token::Type;
+
+namespace {
+
+using ScalarTypes = ds::HashMap<String, AttrType>;
+
+// The keywords of values that are written as a list of components. Built on the first call.
+const ScalarTypes& scalarTypes() {
+    static const ScalarTypes types = [] {
+        ScalarTypes rows;
+        rows.set("vec2", AttrType::Vec2);
+        rows.set("vec3", AttrType::Vec3);
+        rows.set("vec4", AttrType::Vec4);
+        rows.set("pos2", AttrType::Pos2);
+        rows.set("pos3", AttrType::Pos3);
+        rows.set("quat", AttrType::Quat);
+        rows.set("mat3", AttrType::Mat3);
+        rows.set("mat4", AttrType::Mat4);
+        rows.set("rgba", AttrType::Rgba);
+        return rows;
+    }();
+    return types;
+}
+
+bool readReal(const Token& token, AttrData& data) {
+    data = AttrData::zero(AttrType::Real);
+    return String::parse(token.text, data.components()[0]);
+}
+
+bool readBool(const Token& token, AttrData& data) {
+    bool value = false;
+    const bool isRead = String::parse(token.text, value);
+    data = AttrData::boolean(value);
+    return isRead;
+}
+
+// A trailing `u` makes the type unsigned; the number is read as a signed one all the same.
+bool readInteger(const Token& token, AttrData& data) {
+    long long value = 0;
+    const bool isRead = String::parse(token.text, value, String::Radix::Auto);
+    data = token.text.endsWith("u") ? AttrData::unsignedInteger(static_cast<u64>(value)) : AttrData::integer(value);
+    return isRead;
+}
+
+bool readString(const Token& token, AttrData& data) {
+    data = AttrData::string(token.text.substring(1, token.text.len() - 2).unescape());
+    return true;
+}
+
+bool readComponents(std::string_view list, AttrData& data) {
+    if (data.type() != AttrType::Rgba)
+        return parseReals(list, componentCount(data.type()), data.components().data());
+    math::RgbaT<double> colour;
+    const bool isRead = String::parse<double>(list, colour);
+    std::copy_n(colour.data(), colour.size, data.components().begin());
+    return isRead;
+}
+
+} // namespace
+
+/// scalar ::= literal | keywordScalar
+bool VrnParser::scalar(AssignInfo& info) {
+    bool isRead = false;
+    return literal(info, isRead) ? isRead : keywordScalar(info);
+}
+
+/// literal ::= TRUE | FALSE | INT | REAL | STRING | BRACES | BRACKETS   braces: an object, brackets: an array
+bool VrnParser::literal(AssignInfo& info, bool& isRead) {
+    Token& token = info.valueToken;
+    if (match(token, Type::True) || match(token, Type::False)) {
+        isRead = readBool(token, info.data);
+    } else if (match(token, Type::Int)) {
+        isRead = readInteger(token, info.data);
+    } else if (match(token, Type::Real)) {
+        isRead = readReal(token, info.data);
+    } else if (match(token, Type::String)) {
+        isRead = readString(token, info.data);
+    } else if (match(token, Type::Braces)) {
+        info.data = AttrData::zero(AttrType::Object);
+        isRead = true;
+    } else if (match(token, Type::Brackets)) {
+        info.data = AttrData::zero(AttrType::Array);
+        isRead = true;
+    } else {
+        return false;
+    }
+    return true;
+}
+
+/// keywordScalar ::= ( 'vec2' | 'vec3' | 'vec4' | 'pos2' | 'pos3' | 'quat' | 'mat3' | 'mat4' | 'rgba' ) PARENS
+///
+/// The one form that does not give back what it has consumed when the components cannot be read: the
+/// statement is lost then anyhow, and the error speaks of what follows.
+bool VrnParser::keywordScalar(AssignInfo& info) {
+    if (current().type != Type::Id || ahead(1).type != Type::Parens)
+        return false;
+    const AttrType* type = scalarTypes().find(current().text.toLower());
+    if (!type)
+        return false;
+    info.valueToken = consume();
+    info.scalarTailToken = consume();
+    info.data = AttrData::zero(*type);
+    return readComponents(info.scalarTailToken.text.trimChars("()"), info.data);
+}
+
+} // namespace vor::velmo_sdk::impl

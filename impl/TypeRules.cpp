@@ -1,0 +1,125 @@
+#include "impl/TypeRules.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace vor::velmo_sdk::impl {
+
+namespace {
+
+bool isVector(AttrType type) noexcept { return type >= AttrType::Vec2 && type <= AttrType::Rgba; }
+
+bool isMatrix(AttrType type) noexcept { return type == AttrType::Mat3 || type == AttrType::Mat4; }
+
+bool isInteger(AttrType type) noexcept { return type == AttrType::Int || type == AttrType::UInt; }
+
+bool isBoolOrNumber(AttrType type) noexcept {
+    return type == AttrType::Bool || isInteger(type) || type == AttrType::Real;
+}
+
+Fit narrowedIf(bool isNarrowing) noexcept { return isNarrowing ? Fit::Narrowed : Fit::Converted; }
+
+// A value that is neither inside the type nor beyond it saturates at the type's limit.
+template <class Integer> Integer truncate(double real) noexcept {
+    using Limits = std::numeric_limits<Integer>;
+    if (std::isnan(real))
+        return 0;
+    if (real <= static_cast<double>(Limits::min()))
+        return Limits::min();
+    // The largest integer is no double; the next one up is the first that does not fit.
+    if (real >= std::ldexp(1.0, Limits::digits))
+        return Limits::max();
+    return static_cast<Integer>(real);
+}
+
+double toReal(const AttrData& value) noexcept {
+    switch (value.type()) {
+    case AttrType::Bool:
+        return value.asBool() ? 1 : 0;
+    case AttrType::Int:
+        return static_cast<double>(value.asInt());
+    case AttrType::UInt:
+        return static_cast<double>(value.asUInt());
+    default:
+        return value.asReal();
+    }
+}
+
+u64 toBits(const AttrData& value) noexcept {
+    switch (value.type()) {
+    case AttrType::Bool:
+        return value.asBool() ? 1 : 0;
+    case AttrType::Int:
+        return static_cast<u64>(value.asInt());
+    default:
+        return value.asUInt();
+    }
+}
+
+AttrData toInteger(const AttrData& value, AttrType to) noexcept {
+    if (to == AttrType::Int)
+        return AttrData::integer(value.type() == AttrType::Real ? truncate<i64>(value.asReal())
+                                                                : static_cast<i64>(toBits(value)));
+    return AttrData::unsignedInteger(value.type() == AttrType::Real ? truncate<u64>(value.asReal()) : toBits(value));
+}
+
+AttrData toVector(const AttrData& value, AttrType to) {
+    AttrData result = AttrData::zero(to);
+    const std::span<double> components = result.components();
+    if (to == AttrType::Rgba)
+        components[3] = 1;
+    if (value.type() == AttrType::Real)
+        std::ranges::fill(components.first(to == AttrType::Rgba ? 3 : components.size()), value.asReal());
+    else
+        std::ranges::copy_n(value.components().begin(),
+                            static_cast<std::ptrdiff_t>(std::min(value.components().size(), components.size())),
+                            components.begin());
+    return result;
+}
+
+AttrData toMatrix(const AttrData& value, AttrType to) {
+    AttrData result = AttrData::zero(to);
+    const std::size_t fromSide = value.type() == AttrType::Mat3 ? 3 : 4;
+    const std::size_t toSide = to == AttrType::Mat3 ? 3 : 4;
+    for (std::size_t row = 0; row < toSide; ++row)
+        for (std::size_t column = 0; column < toSide; ++column)
+            result.components()[row * toSide + column] = row < fromSide && column < fromSide
+                                                             ? value.components()[row * fromSide + column]
+                                                             : (row == column ? 1 : 0);
+    return result;
+}
+
+} // namespace
+
+Fit fit(AttrType value, AttrType input) noexcept {
+    if (value == input)
+        return Fit::Same;
+    if (isVector(value) && isVector(input))
+        return narrowedIf(componentCount(value) > componentCount(input));
+    if (isMatrix(value) && isMatrix(input))
+        return narrowedIf(value == AttrType::Mat4);
+    if (value == AttrType::Bool && isBoolOrNumber(input))
+        return Fit::Converted;
+    if (isInteger(value) && isBoolOrNumber(input))
+        return narrowedIf(input == AttrType::Bool);
+    if (value == AttrType::Real && (isInteger(input) || isVector(input)))
+        return narrowedIf(isInteger(input));
+    return Fit::Rejected;
+}
+
+AttrData convert(const AttrData& value, AttrType to) {
+    switch (to) {
+    case AttrType::Bool:
+        return AttrData::boolean(toBits(value) != 0);
+    case AttrType::Int:
+    case AttrType::UInt:
+        return toInteger(value, to);
+    case AttrType::Real:
+        return AttrData::real(toReal(value));
+    default:
+        return isMatrix(to) ? toMatrix(value, to) : toVector(value, to);
+    }
+}
+
+} // namespace vor::velmo_sdk::impl

@@ -1,0 +1,79 @@
+#include "impl/VrnParser.h"
+
+#include "impl/Messages.h"
+#include "impl/lexer/FileLexer.h"
+#include "impl/lexer/StringLexer.h"
+
+namespace vor::velmo_sdk::impl {
+
+bool VrnParser::parse(IScene* target, const String& text) {
+    StringLexer source(text);
+    return parse(target, &source);
+}
+
+bool VrnParser::parse(IScene* target, const File& file) {
+    FileLexer source(file);
+    return parse(target, &source);
+}
+
+bool VrnParser::parse(IScene* target, Lexer* source) {
+    scene = static_cast<Scene*>(target);
+    lexer = source;
+    const NameMapScope names(scene);
+    prime(); // outside of the handler: an error among the first tokens is the caller's
+    try {
+        parseStatements();
+        resolveConnections();
+        resolveReferences();
+    } catch (const ReadError& error) {
+        logError(error.position(), "%s", error.what());
+        return false;
+    } catch (const std::runtime_error& error) {
+        logError(position(), "%s", error.what());
+        return false;
+    }
+    return true;
+}
+
+// Fills the look-ahead by consuming as many placeholders as it holds.
+void VrnParser::prime() {
+    for (i32 i = 0; i < lookahead; ++i) {
+        tokens.push(Token());
+        consume();
+    }
+}
+
+/// text ::= statement*
+void VrnParser::parseStatements() {
+    while (current().type > Token::Type::Invalid) {
+        if (!scene)
+            parseError(messages::noScene);
+        if (!parseStatement())
+            parseError(messages::unrecognizedToken, current().text.buf());
+    }
+}
+
+/// statement ::= comment | remove | define | declare | with | assign   the first that fits
+bool VrnParser::parseStatement() {
+    return parseComment() || parseRemove() || parseDefine() || parseDeclare() || parseWith() || parseAssign();
+}
+
+Token VrnParser::consume() {
+    Token& slot = tokens[static_cast<std::size_t>(cursor)];
+    prevToken = slot;
+    nextToken = lexer->nextToken();
+    if (nextToken.type == Token::Type::Invalid)
+        tokenError(nextToken);
+    slot = nextToken;
+    cursor = (cursor + 1) % lookahead;
+    return prevToken;
+}
+
+bool VrnParser::match(Token& out, Token::Type type) {
+    if (current().type != type)
+        return false;
+    out = consume();
+    return true;
+}
+
+} // namespace vor::velmo_sdk::impl

@@ -1,0 +1,148 @@
+// VrnParser: one parse of one text into one scene.
+//
+// The parser holds the current token and the two behind it. A recogniser looks at these, and returns
+// false having consumed nothing when its statement or form does not begin there; true when it has
+// consumed and applied the whole; and throws when its statement began but is malformed. Above each one
+// stands the rule that it recognises (scripts/grammar.py collects them): `::=` defines, quoted words
+// are keywords or characters, names in capitals are tokens of the lexer.
+//
+// Made for the two functions of Reader.h; members are open so that tests can look at each step.
+#pragma once
+
+#include "impl/AssignInfo.h"
+#include "impl/DefinedNodes.h"
+#include "impl/PendingLinks.h"
+#include "impl/Reader.h"
+#include "impl/lexer/Lexer.h"
+#include "scene/Input.h"
+#include "scene/Node.h"
+#include "scene/Scene.h"
+
+namespace vor::velmo_sdk::impl {
+
+struct RemoveInfo {
+    Token name;
+};
+
+struct DefineInfo {
+    Token name;
+};
+
+struct DeclareInfo {
+    Token type;
+    Token name;
+    bool isWith = false; // the statement ended with a colon
+};
+
+struct WithInfo {
+    Token name;
+};
+
+class VrnParser {
+public:
+    using IScene = interfaces::IScene;
+    using IInput = interfaces::IInput;
+
+    VrnParser() = default;
+    VrnParser(const VrnParser&) = delete;
+    VrnParser& operator=(const VrnParser&) = delete;
+
+    // The driver (VrnParser.cpp).
+    bool parse(IScene* scene, const String& text);
+    bool parse(IScene* scene, const File& file);
+    bool parse(IScene* scene, Lexer* lexer);
+    void prime();
+    void parseStatements();
+    [[nodiscard]] bool parseStatement();
+    Token consume();
+    [[nodiscard]] bool match(Token& out, Token::Type type);
+    [[nodiscard]] const Token& current() const noexcept { return ahead(0); }
+    [[nodiscard]] const Token& ahead(i32 k) const noexcept {
+        return tokens[static_cast<std::size_t>((cursor + k) % lookahead)];
+    }
+
+    // Errors (Diagnostics.cpp). All of them throw; the position printed by the first three is that of
+    // the token consumed last.
+    [[noreturn]] void parseError(const char* format, ...) __attribute__((format(printf, 2, 3)));
+    [[noreturn]] void bufferError(const char* format, ...) __attribute__((format(printf, 2, 3)));
+    [[noreturn]] void internalError(const String& kind, const char* format, va_list arguments)
+        __attribute__((format(printf, 3, 0)));
+    [[noreturn]] void tokenError(const String& expected, const Token& found);
+    [[noreturn]] void tokenError(const Token& found);
+
+    // Complaints about a value's type (TypeDiagnostics.cpp). Only the first one throws.
+    [[noreturn]] void typeError(const String& valueType, Input* input, bool isArray);
+    void narrowTypeWarning(const String& valueType, Input* input);
+    void wrongTypeWarning(const String& found, Input* input);
+    void badEnumValueWarning(const String& value, Input* input);
+
+    // Statements (Comment.cpp, NodeStatements.cpp, Assignment.cpp).
+    [[nodiscard]] bool parseComment();
+    [[nodiscard]] bool parseRemove();
+    [[nodiscard]] bool parseDefine();
+    [[nodiscard]] bool parseDeclare();
+    [[nodiscard]] bool parseWith();
+    [[nodiscard]] bool parseAssign();
+    [[nodiscard]] bool remove(RemoveInfo& info);
+    [[nodiscard]] bool define(DefineInfo& info);
+    [[nodiscard]] bool declare(DeclareInfo& info);
+    [[nodiscard]] bool with(WithInfo& info);
+    [[nodiscard]] bool keywordStatement(const char* keyword, Token::Type end, Token& name);
+
+    // Paths (Path.cpp).
+    [[nodiscard]] bool path(ds::Vector<Token>& out);
+    [[nodiscard]] bool arrayattr(ds::Vector<Token>& out);
+    [[nodiscard]] bool scalarattr(ds::Vector<Token>& out);
+    [[nodiscard]] static String collapse(const ds::Vector<Token>& tokens);
+
+    // Values (Value.cpp, Scalar.cpp, Buffer.cpp).
+    [[nodiscard]] bool value(AssignInfo& info);
+    [[nodiscard]] bool scalar(AssignInfo& info);
+    [[nodiscard]] bool buffer(AssignInfo& info);
+    [[nodiscard]] static bool parseElem(std::string_view text, DataType type, u8* out);
+
+    // Links (Links.cpp).
+    [[nodiscard]] bool connect(AssignInfo& info);
+    [[nodiscard]] bool reference(AssignInfo& info);
+    void resolveConnections();
+    void resolveReferences();
+
+    // Where the parser is: the last character of the token consumed last.
+    [[nodiscard]] TextPosition position() const noexcept { return prevToken.position(); }
+
+    Lexer* lexer = nullptr; // not owned; null until parse()
+    i32 lookahead = 3;
+    i32 cursor = 0; // of the current token
+    ds::Vector<Token> tokens;
+    Token prevToken;        // consumed last
+    Token nextToken;        // read last
+    Scene* scene = nullptr; // not owned
+    Node* withNode = nullptr;
+    DefinedNodes definedNodes;
+    PendingLinks pendingConnections;
+    PendingLinks pendingReferences;
+
+private:
+    // Steps of an assignment (Assignment.cpp).
+    struct Step;
+    [[nodiscard]] Node* targetNode(const AssignInfo& info);
+    [[nodiscard]] Input* targetInput(const AssignInfo& info);
+    [[nodiscard]] Input* namedInput(Node* node, Input* parent, const Step& step);
+    [[nodiscard]] Input* elementInput(Input* array, const Step& step);
+    [[nodiscard]] u64 elementIndex(Input* array, const Token& brackets);
+    void giveElementType(Input* array, const Step& step);
+    void passThrough(Input* input, const Step& step);
+    [[nodiscard]] String fullPath(const AssignInfo& info, Node* node);
+    void apply(AssignInfo& info, Input* input);
+    [[nodiscard]] bool refuses(Input* input, const AssignInfo& info);
+    void write(AttrData data, Input* input);
+
+    // Steps of a scalar and of a buffer (Scalar.cpp, Buffer.cpp).
+    [[nodiscard]] bool literal(AssignInfo& info, bool& isRead);
+    [[nodiscard]] bool keywordScalar(AssignInfo& info);
+    void readElementCount(AssignInfo& info, DataType type);
+    void readPayload(AssignInfo& info);
+    void readNumbers(AssignInfo& info);
+};
+
+} // namespace vor::velmo_sdk::impl

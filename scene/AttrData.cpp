@@ -1,0 +1,135 @@
+#include "scene/AttrData.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <utility>
+
+namespace vor::velmo_sdk {
+
+AttrData::AttrData(const AttrData& other) : type_(other.type_), subtype_(other.subtype_), store_(other.store_) {
+    if (!hasBlock())
+        return;
+    store_.block = {nullptr, 0};
+    allocate(other.store_.block.count);
+    if (const u64 size = blockSize())
+        std::memcpy(store_.block.memory, other.store_.block.memory, size);
+}
+
+AttrData::~AttrData() {
+    if (hasBlock())
+        std::free(store_.block.memory);
+}
+
+void AttrData::swap(AttrData& other) noexcept {
+    std::swap(type_, other.type_);
+    std::swap(subtype_, other.subtype_);
+    std::swap(store_, other.store_);
+}
+
+AttrData AttrData::zero(AttrType type) {
+    AttrData value(type, 0);
+    if (value.hasBlock() && type != AttrType::Buffer)
+        value.allocate(type == AttrType::String ? 0 : componentCount(type));
+    return value;
+}
+
+AttrData AttrData::boolean(bool value) noexcept {
+    AttrData data(AttrType::Bool, 0);
+    data.store_.boolean = value;
+    return data;
+}
+
+AttrData AttrData::integer(i64 value) noexcept {
+    AttrData data(AttrType::Int, 0);
+    data.store_.integer = value;
+    return data;
+}
+
+AttrData AttrData::unsignedInteger(u64 value) noexcept {
+    AttrData data(AttrType::UInt, 0);
+    data.store_.integer = static_cast<i64>(value);
+    return data;
+}
+
+AttrData AttrData::real(double value) noexcept {
+    AttrData data(AttrType::Real, 0);
+    data.store_.reals[0] = value;
+    return data;
+}
+
+AttrData AttrData::string(std::string_view text) {
+    text = text.substr(0, text.find('\0'));
+    AttrData data(AttrType::String, 0);
+    data.allocate(text.size());
+    text.copy(static_cast<char*>(data.store_.block.memory), text.size());
+    return data;
+}
+
+AttrData AttrData::array(AttrType elementType) noexcept { return {AttrType::Array, static_cast<i32>(elementType)}; }
+
+AttrData AttrData::buffer(DataType type, u64 count) {
+    AttrData data(AttrType::Buffer, static_cast<i32>(type));
+    data.allocate(count);
+    return data;
+}
+
+const char* AttrData::asString() const noexcept {
+    return type_ == AttrType::String ? static_cast<const char*>(store_.block.memory) : "";
+}
+
+std::span<const double> AttrData::components() const noexcept { return const_cast<AttrData*>(this)->components(); }
+
+std::span<double> AttrData::components() noexcept {
+    double* first = hasBlock() ? static_cast<double*>(store_.block.memory) : store_.reals;
+    return {first, componentCount(type_)};
+}
+
+AttrType AttrData::elementType() const noexcept {
+    return type_ == AttrType::Array ? static_cast<AttrType>(subtype_) : AttrType::Null;
+}
+
+DataType AttrData::dataType() const noexcept {
+    return type_ == AttrType::Buffer ? static_cast<DataType>(subtype_) : DataType::Null;
+}
+
+std::span<const std::byte> AttrData::bytes() const noexcept { return const_cast<AttrData*>(this)->bytes(); }
+
+std::span<std::byte> AttrData::bytes() noexcept {
+    if (type_ != AttrType::Buffer)
+        return {};
+    return {static_cast<std::byte*>(store_.block.memory), blockSize()};
+}
+
+// Strings and buffers always stand in a block, other values when two doubles do not hold them.
+bool AttrData::hasBlock() const noexcept {
+    return type_ == AttrType::String || type_ == AttrType::Buffer || componentCount(type_) > 2;
+}
+
+u64 AttrData::blockSize() const noexcept {
+    if (type_ == AttrType::String)
+        return store_.block.count + 1;
+    const u64 unit = type_ == AttrType::Buffer ? elementLayout(dataType()).elementSize() : sizeof(double);
+    return store_.block.count * unit;
+}
+
+// Gives a value of the types that need one its zero-filled block.
+void AttrData::allocate(u64 count) {
+    store_.block.count = count;
+    const u64 size = blockSize();
+    if (size != 0 && !(store_.block.memory = std::calloc(size, 1)))
+        throw std::bad_alloc();
+}
+
+bool operator==(const AttrData& a, const AttrData& b) noexcept {
+    if (a.type_ != b.type_ || a.subtype_ != b.subtype_)
+        return false;
+    if (a.type_ == AttrType::Bool)
+        return a.store_.boolean == b.store_.boolean;
+    if (!a.hasBlock())
+        return std::memcmp(&a.store_, &b.store_, sizeof a.store_) == 0;
+    const u64 size = a.blockSize();
+    return size == b.blockSize() && (size == 0 || std::memcmp(a.store_.block.memory, b.store_.block.memory, size) == 0);
+}
+
+} // namespace vor::velmo_sdk

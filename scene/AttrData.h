@@ -1,0 +1,147 @@
+// AttrData: one value of a scene, whatever its type.
+//
+//     AttrData fov = AttrData::real(45);
+//     AttrData points = AttrData::buffer(DataType::Vec3f, 1000);      // zero-filled
+//     for (math::VecT<3, float>& p : points.elements<math::VecT<3, float>>()) ...
+//     input->assign(std::move(points));                              // no byte is copied
+//
+// A value type of 24 bytes: a copy is a deep copy, a move takes over the memory and leaves a Null
+// value. What does not fit inside (strings, buffers, values of more than two components) stands in one
+// block of malloc'ed memory that belongs to this object alone. Making or copying a value throws
+// std::bad_alloc when there is no memory; asking a value for what its type does not hold gives the
+// zero of the answer: false, 0, "", an empty span.
+#pragma once
+
+#include "scene/AttrType.h"
+#include "scene/DataType.h"
+#include "scene/core/Math.h"
+
+#include <span>
+#include <string_view>
+#include <type_traits>
+
+namespace vor::velmo_sdk {
+
+namespace detail {
+
+// The DataType of a number that buffers are made of, and the number that an element is made of.
+template <class T> inline constexpr DataType numberType = DataType::Null;
+template <> inline constexpr DataType numberType<bool> = DataType::Bool;
+template <> inline constexpr DataType numberType<i8> = DataType::Char;
+template <> inline constexpr DataType numberType<u8> = DataType::Byte;
+template <> inline constexpr DataType numberType<i16> = DataType::Int16;
+template <> inline constexpr DataType numberType<u16> = DataType::UInt16;
+template <> inline constexpr DataType numberType<i32> = DataType::Int32;
+template <> inline constexpr DataType numberType<u32> = DataType::UInt32;
+template <> inline constexpr DataType numberType<long> = DataType::Int64;
+template <> inline constexpr DataType numberType<long long> = DataType::Int64;
+template <> inline constexpr DataType numberType<unsigned long> = DataType::UInt64;
+template <> inline constexpr DataType numberType<unsigned long long> = DataType::UInt64;
+template <> inline constexpr DataType numberType<float> = DataType::Float;
+template <> inline constexpr DataType numberType<double> = DataType::Double;
+
+template <class T> struct Number { using type = T; };
+template <class T>
+requires requires { typename T::Component; }
+struct Number<T> {
+    using type = typename T::Component;
+};
+
+} // namespace detail
+
+class AttrData {
+public:
+    AttrData() noexcept = default; // Null
+    AttrData(const AttrData& other);
+    AttrData(AttrData&& other) noexcept { swap(other); }
+    AttrData& operator=(AttrData other) noexcept {
+        swap(other);
+        return *this;
+    }
+    ~AttrData();
+
+    // The zero value of a type: false, 0, "", no node, an empty buffer of DataType Null, an empty array
+    // of element type Null, an empty object.
+    [[nodiscard]] static AttrData zero(AttrType type);
+    [[nodiscard]] static AttrData boolean(bool value) noexcept;
+    [[nodiscard]] static AttrData integer(i64 value) noexcept;
+    [[nodiscard]] static AttrData unsignedInteger(u64 value) noexcept;
+    [[nodiscard]] static AttrData real(double value) noexcept;
+
+    // A copy of the text up to its first NUL.
+    [[nodiscard]] static AttrData string(std::string_view text);
+
+    // What the members and elements are belongs to the input; the value says only the element type.
+    [[nodiscard]] static AttrData array(AttrType elementType) noexcept;
+
+    // `count` zero-filled elements, which must not take more than 2^63 bytes.
+    [[nodiscard]] static AttrData buffer(DataType type, u64 count = 0);
+
+    [[nodiscard]] AttrType type() const noexcept { return type_; }
+
+    [[nodiscard]] bool asBool() const noexcept { return type_ == AttrType::Bool && store_.boolean; }
+    [[nodiscard]] i64 asInt() const noexcept { return type_ == AttrType::Int ? store_.integer : 0; }
+    [[nodiscard]] u64 asUInt() const noexcept { return type_ == AttrType::UInt ? static_cast<u64>(store_.integer) : 0; }
+    [[nodiscard]] double asReal() const noexcept { return type_ == AttrType::Real ? store_.reals[0] : 0; }
+
+    // The text, NUL-terminated; valid until this value changes.
+    [[nodiscard]] const char* asString() const noexcept;
+
+    // The numbers of a Real, vector, point, quaternion, colour or matrix (row-major).
+    [[nodiscard]] std::span<const double> components() const noexcept;
+    [[nodiscard]] std::span<double> components() noexcept;
+
+    // Array: the type of its elements, Null while open.
+    [[nodiscard]] AttrType elementType() const noexcept;
+
+    // Buffer: the type of its elements (Null while open), how many, and their bytes.
+    [[nodiscard]] DataType dataType() const noexcept;
+    [[nodiscard]] u64 count() const noexcept { return type_ == AttrType::Buffer ? store_.block.count : 0; }
+    [[nodiscard]] std::span<const std::byte> bytes() const noexcept;
+    [[nodiscard]] std::span<std::byte> bytes() noexcept;
+
+    // Buffer: its elements in place. T is a number, giving the flat list of components, or a math type
+    // of the element's size, such as VecT<3, float> for Vec3f. Empty when T does not fit the DataType.
+    template <class T> [[nodiscard]] std::span<const T> elements() const noexcept {
+        return elementsIn<const T>(bytes());
+    }
+    template <class T> [[nodiscard]] std::span<T> elements() noexcept { return elementsIn<T>(bytes()); }
+
+    friend bool operator==(const AttrData& a, const AttrData& b) noexcept;
+
+private:
+    struct Block {
+        void* memory; // malloc'ed; null when there are no bytes
+        u64 count;    // elements of a buffer, bytes of a text, doubles of a large value
+    };
+    union Store {
+        bool boolean;
+        i64 integer;
+        double reals[2];
+        Block block;
+    };
+
+    AttrData(AttrType type, i32 subtype) noexcept : type_(type), subtype_(subtype) {}
+
+    [[nodiscard]] bool hasBlock() const noexcept;
+    [[nodiscard]] u64 blockSize() const noexcept;
+    void allocate(u64 count);
+    void swap(AttrData& other) noexcept;
+
+    template <class T, class Byte> [[nodiscard]] std::span<T> elementsIn(std::span<Byte> bytes) const noexcept {
+        using Element = std::remove_const_t<T>;
+        static_assert(std::is_trivially_copyable_v<Element>);
+        const ElementLayout layout = elementLayout(dataType());
+        constexpr DataType number = detail::numberType<typename detail::Number<Element>::type>;
+        const bool fits = std::is_arithmetic_v<Element> || sizeof(Element) == layout.elementSize();
+        if (number == DataType::Null || number != layout.componentType || !fits)
+            return {};
+        return {reinterpret_cast<T*>(bytes.data()), bytes.size() / sizeof(Element)};
+    }
+
+    AttrType type_ = AttrType::Null;
+    i32 subtype_ = 0; // the DataType of a buffer, the element type of an array
+    Store store_{.block = {nullptr, 0}};
+};
+
+} // namespace vor::velmo_sdk

@@ -1,0 +1,25 @@
+#include "scene/Catalogue.h"
+
+namespace vor::velmo_sdk::impl {
+
+AttrData InputType::initialValue() const {
+    if (type == AttrType::Buffer)
+        return AttrData::buffer(dataType);
+    if (type == AttrType::Array)
+        return AttrData::array(elementType);
+    return defaultValue.type() == type ? defaultValue : AttrData::zero(type);
+}
+
+String NodeType::current(const Renames& renames, const String& name) {
+    const auto found = renames.find(name.view());
+    return found == renames.end() ? name : found->second;
+}
+
+void Catalogue::add(NodeType type) { types_.insert_or_assign(std::string(type.name().view()), std::move(type)); }
+
+const NodeType* Catalogue::find(std::string_view name) const noexcept {
+    const auto found = types_.find(name);
+    return found == types_.end() ? nullptr : &found->second;
+}
+
+} // namespace vor::velmo_sdk::impl

@@ -1,0 +1,229 @@
+#include "scene/Input.h"
+
+#include "scene/Node.h"
+#include "scene/Scene.h"
+
+namespace vor::velmo_sdk::impl {
+
+Input::Input(Node& node, Input* parent, String name, u64 index, AttrData value)
+    : node_(&node), parent_(parent), name_(std::move(name)), value_(std::move(value)), index_(index) {}
+
+String Input::name() const { return isElement() ? String(index_) : name_; }
+
+// Inputs may be nested as deep as a text cares to write, so nothing here recurses.
+String Input::label() const {
+    std::vector<const Input*> path;
+    for (const Input* input = this; input; input = input->parent_)
+        path.push_back(input);
+    std::string text;
+    if (node_)
+        text += node_->name().view();
+    for (auto input = path.rbegin(); input != path.rend(); ++input) {
+        const String name = (*input)->name();
+        const bool isElement = (*input)->isElement();
+        text += isElement ? "[" : ".";
+        text += name.view();
+        text += isElement ? "]" : "";
+    }
+    return std::string_view(text);
+}
+
+Node* Input::nodeValue() const noexcept { return extras_ && extras_->reference ? extras_->reference->node : nullptr; }
+
+void Input::assign(AttrData value) {
+    if (type() != AttrType::Null && type() != value.type())
+        return;
+    if (type() == AttrType::Object)
+        clearChildren();
+    if (type() == AttrType::Node)
+        setNode(nullptr);
+    if (type() == AttrType::Array) {
+        clearChildren();
+        if (value.elementType() == AttrType::Null)
+            return;
+    }
+    write(std::move(value));
+}
+
+void Input::set(AttrData value) {
+    if (type() != AttrType::Array || value.type() != AttrType::Array)
+        assign(std::move(value));
+    else if (elementType() == AttrType::Null)
+        write(std::move(value));
+}
+
+// Replaces the value and keeps the books of the array that this is an element of, or that this is.
+void Input::write(AttrData value) {
+    Input* array = isElement() ? parent_ : nullptr;
+    const bool wasUntyped = array && isUntyped(array->elementType());
+    value_ = std::move(value);
+    if (wasUntyped && !isUntyped(array->elementType()))
+        --array->extras_->untypedElements;
+    if (type() == AttrType::Array)
+        countUntyped();
+}
+
+void Input::setNode(interfaces::INode* node) {
+    if (type() == AttrType::Null)
+        write(AttrData::zero(AttrType::Node));
+    if (type() != AttrType::Node)
+        return;
+    if (!node) {
+        if (extras_)
+            extras_->reference.reset();
+        return;
+    }
+    Node* target = static_cast<Node*>(node);
+    auto& reference = extras().reference;
+    if (!reference)
+        reference.reset(new Reference{Link(this), nullptr});
+    reference->node = target;
+    reference->link.enter(target->references_);
+}
+
+std::span<Input* const> Input::children() noexcept {
+    return extras_ ? extras_->children.items() : std::span<Input* const>();
+}
+
+std::span<const Input* const> Input::children() const noexcept { return const_cast<Input*>(this)->children(); }
+
+Input* Input::element(u64 i) const noexcept {
+    return type() == AttrType::Array && i < size() ? extras_->children.items()[i] : nullptr;
+}
+
+Input* Input::input(const String& name) const noexcept {
+    return type() == AttrType::Object && extras_ ? extras_->children.find(name) : nullptr;
+}
+
+Input* Input::createInput(const String& name, AttrType type) { return addChild(name, AttrData::zero(type)); }
+
+Input* Input::createArray(const String& name, AttrType elementType) {
+    return addChild(name, AttrData::array(elementType));
+}
+
+Input* Input::addChild(const String& name, AttrData value) {
+    if (type() != AttrType::Object)
+        return nullptr;
+    if (Input* existing = input(name))
+        return existing;
+    NamedList<Input>& members = extras().children;
+    std::unique_ptr<Input, void (*)(Input*)> member(new Input(*node_, this, name, members.size(), std::move(value)),
+                                                    [](Input* input) { input->release(); });
+    members.push(member.get());
+    return member.release();
+}
+
+Input* Input::appendElement() {
+    if (type() != AttrType::Array || size() >= node_->scene().limits().arrayElements)
+        return nullptr;
+    NamedList<Input>& elements = extras().children;
+    std::unique_ptr<Input, void (*)(Input*)> element(
+        new Input(*node_, this, String(), elements.size(), AttrData::zero(elementType())),
+        [](Input* input) { input->release(); });
+    elements.pushUnnamed(element.get());
+    if (element->isUntyped(elementType()))
+        ++extras_->untypedElements;
+    return element.release();
+}
+
+u64 Input::untypedElements() const noexcept { return extras_ ? extras_->untypedElements : 0; }
+
+bool Input::isUntyped(AttrType asElementOf) const noexcept {
+    return (asElementOf == AttrType::Buffer && dataType() == DataType::Null) ||
+           (asElementOf == AttrType::Array && elementType() == AttrType::Null);
+}
+
+void Input::countUntyped() noexcept {
+    if (!extras_)
+        return;
+    extras_->untypedElements = 0;
+    for (const Input* element : children())
+        extras_->untypedElements += element->isUntyped(elementType()) ? 1U : 0U;
+}
+
+Output* Input::connection() const noexcept {
+    return extras_ && extras_->connection ? extras_->connection->output : nullptr;
+}
+
+void Input::connect(interfaces::IOutput* output) {
+    if (!output)
+        return disconnect();
+    Output* source = static_cast<Output*>(output);
+    auto& connection = extras().connection;
+    if (!connection)
+        connection.reset(new Connection{Link(this), nullptr});
+    connection->output = source;
+    connection->link.enter(source->connections_);
+}
+
+void Input::disconnect() {
+    if (extras_)
+        extras_->connection.reset();
+}
+
+const StringVector& Input::enumeration() const noexcept {
+    static const StringVector none;
+    return extras_ && extras_->enumeration ? *extras_->enumeration : none;
+}
+
+void Input::setEnumeration(StringVector entries) {
+    extras().enumeration = std::make_shared<const StringVector>(std::move(entries));
+}
+
+void Input::release() {
+    if (--references_ == 0)
+        delete this;
+}
+
+Input::Extras& Input::extras() {
+    if (!extras_)
+        extras_ = std::make_unique<Extras>();
+    return *extras_;
+}
+
+void Input::clearChildren() noexcept {
+    if (!extras_)
+        return;
+    extras_->untypedElements = 0;
+    while (Input* child = extras_->children.takeLast())
+        detach(child);
+}
+
+// Takes an input and all below it out of the scene. Each one lets go of its links and its children, so
+// an input that somebody still holds is left empty and alone. Needs no memory: the way back up is the
+// one that the inputs themselves know.
+void Input::detach(Input* root) noexcept {
+    Input* input = root;
+    while (input) {
+        if (Input* child = input->extras_ ? input->extras_->children.takeLast() : nullptr) {
+            input = child;
+            continue;
+        }
+        Input* above = input == root ? nullptr : input->parent_;
+        input->node_ = nullptr;
+        input->parent_ = nullptr;
+        input->extras_.reset();
+        input->release();
+        input = above;
+    }
+}
+
+// Makes this new input, and inputs below it, as those of `other`, but for links.
+void Input::copyFrom(const Input& other) {
+    std::vector<std::pair<Input*, const Input*>> open{{this, &other}};
+    while (!open.empty()) {
+        const auto [to, from] = open.back();
+        open.pop_back();
+        to->write(from->value_);
+        to->isLocked_ = from->isLocked_;
+        to->isLinkOnly_ = from->isLinkOnly_;
+        if (!from->extras_)
+            continue;
+        to->extras().enumeration = from->extras_->enumeration;
+        for (const Input* child : from->children())
+            if (Input* copy = child->isElement() ? to->appendElement() : to->addChild(child->name_, AttrData()))
+                open.emplace_back(copy, child);
+    }
+}
+
+} // namespace vor::velmo_sdk::impl

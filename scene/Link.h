@@ -1,0 +1,44 @@
+// Links between inputs and what they point at, kept from both ends so that either may go first.
+#pragma once
+
+namespace vor::velmo_sdk::impl {
+
+class Input;
+
+// One end of a link: stands in the list of its target while it points at one.
+class Link {
+public:
+    explicit Link(Input* input) noexcept : input_(input) {}
+    Link(const Link&) = delete;
+    Link& operator=(const Link&) = delete;
+    ~Link() { leave(); }
+
+    [[nodiscard]] Input* input() const noexcept { return input_; }
+    [[nodiscard]] Link* next() const noexcept { return next_; }
+
+    void enter(Link*& first) noexcept {
+        leave();
+        next_ = first;
+        if (next_)
+            next_->holder_ = &next_;
+        first = this;
+        holder_ = &first;
+    }
+
+    void leave() noexcept {
+        if (!holder_)
+            return;
+        *holder_ = next_;
+        if (next_)
+            next_->holder_ = holder_;
+        holder_ = nullptr;
+        next_ = nullptr;
+    }
+
+private:
+    Input* input_;
+    Link** holder_ = nullptr; // the pointer that points at this link
+    Link* next_ = nullptr;
+};
+
+} // namespace vor::velmo_sdk::impl

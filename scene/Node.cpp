@@ -1,0 +1,76 @@
+#include "scene/Node.h"
+
+#include "scene/Scene.h"
+
+namespace vor::velmo_sdk::impl {
+
+Node::Node(Scene& scene, String type, String name, bool isDefinition)
+    : scene_(scene), type_(std::move(type)), name_(std::move(name)), isDefinition_(isDefinition) {}
+
+Node::~Node() {
+    while (references_)
+        references_->input()->setNode(nullptr);
+    while (Output* output = outputs_.takeLast())
+        delete output;
+    while (Input* input = inputs_.takeLast())
+        Input::detach(input);
+}
+
+bool Node::hasInput(const String& name, AttrType type) const noexcept {
+    const Input* found = input(name);
+    return found && (type == AttrType::Null || found->type() == type);
+}
+
+Input* Node::input(const String& name) const noexcept { return inputs_.find(name); }
+
+Input* Node::createInput(const String& name, AttrType type) { return addInput(name, AttrData::zero(type)); }
+
+Input* Node::createArray(const String& name, AttrType elementType) {
+    return addInput(name, AttrData::array(elementType));
+}
+
+Input* Node::addInput(const String& name, AttrData value) {
+    if (Input* existing = input(name))
+        return existing;
+    std::unique_ptr<Input, void (*)(Input*)> input(new Input(*this, nullptr, name, inputs_.size(), std::move(value)),
+                                                   [](Input* i) { i->release(); });
+    inputs_.push(input.get());
+    return input.release();
+}
+
+Output* Node::findOutput(const String& name) {
+    Output* output = outputs_.find(name);
+    if (output || isCatalogued_ || scene_.hasStrictOutputs())
+        return output;
+    return addOutput(name);
+}
+
+Output* Node::addOutput(const String& name) {
+    auto output = std::make_unique<Output>(*this, name);
+    outputs_.push(output.get());
+    return output.release();
+}
+
+void Node::copyInputsFrom(const Node& definition) {
+    for (const Input* input : definition.inputs())
+        addInput(input->name(), AttrData())->copyFrom(*input);
+}
+
+// Gives this node what its type has and the node has not.
+void Node::addCatalogued(const NodeType& type) {
+    isCatalogued_ = true;
+    for (const InputType& each : type.inputs()) {
+        if (hasInput(each.name))
+            continue;
+        Input* input = addInput(each.name, each.initialValue());
+        input->setLocked(each.isLocked);
+        input->setLinkOnly(each.isLinkOnly);
+        if (!each.enumeration.isEmpty())
+            input->setEnumeration(each.enumeration);
+    }
+    for (const String& name : type.outputs())
+        if (!outputs_.find(name))
+            addOutput(name);
+}
+
+} // namespace vor::velmo_sdk::impl

@@ -1,0 +1,97 @@
+#include "scene/PositionedJson.h"
+
+#include <rapidjson/encodedstream.h>
+#include <rapidjson/error/en.h>
+#include <rapidjson/memorystream.h>
+#include <rapidjson/reader.h>
+
+namespace vor::velmo_sdk::impl {
+
+namespace {
+
+constexpr std::size_t maximumDepth = 64;
+
+using Stream = rapidjson::EncodedInputStream<rapidjson::UTF8<>, rapidjson::MemoryStream>;
+
+// Builds the tree from the reader's events. `open_` holds the containers that are not closed yet.
+class TreeBuilder {
+public:
+    explicit TreeBuilder(const Stream& stream) : stream_(stream) {}
+
+    [[nodiscard]] JsonValue takeRoot() { return std::move(root_); }
+    [[nodiscard]] bool isTooDeep() const noexcept { return open_.size() >= maximumDepth; }
+
+    bool Null() { return add({}); }
+    bool Bool(bool value) { return add({.kind = JsonValue::Kind::Bool, .boolean = value}); }
+    bool Int(int value) { return Int64(value); }
+    bool Uint(unsigned value) { return Int64(value); }
+    bool Int64(std::int64_t value) {
+        return add({.kind = JsonValue::Kind::Int, .integer = value, .real = static_cast<double>(value)});
+    }
+    bool Uint64(std::uint64_t value) {
+        return add({.kind = JsonValue::Kind::UInt, .unsignedInteger = value, .real = static_cast<double>(value)});
+    }
+    bool Double(double value) { return add({.kind = JsonValue::Kind::Real, .real = value}); }
+    bool RawNumber(const char*, rapidjson::SizeType, bool) { return false; } // numbers come as values
+    bool String(const char* text, rapidjson::SizeType length, bool) {
+        return add({.kind = JsonValue::Kind::String, .text = std::string(text, length)});
+    }
+    bool Key(const char* text, rapidjson::SizeType length, bool) {
+        key_.assign(text, length);
+        keyOffset_ = lastOffset();
+        return true;
+    }
+    bool StartObject() { return open(JsonValue::Kind::Object); }
+    bool StartArray() { return open(JsonValue::Kind::Array); }
+    bool EndObject(rapidjson::SizeType) { return close(); }
+    bool EndArray(rapidjson::SizeType) { return close(); }
+
+private:
+    [[nodiscard]] std::size_t lastOffset() const { return stream_.Tell() == 0 ? 0 : stream_.Tell() - 1; }
+
+    bool add(JsonValue value) {
+        value.offset = lastOffset();
+        value.key = std::move(key_);
+        value.keyOffset = keyOffset_;
+        (open_.empty() ? root_ : open_.back()->items.emplace_back()) = std::move(value);
+        return true;
+    }
+
+    // A container cannot move while it is open: its parent gets no other item before it is closed.
+    bool open(JsonValue::Kind kind) {
+        if (isTooDeep())
+            return false;
+        add({.kind = kind});
+        open_.push_back(open_.empty() ? &root_ : &open_.back()->items.back());
+        return true;
+    }
+
+    bool close() {
+        open_.pop_back();
+        return true;
+    }
+
+    const Stream& stream_;
+    JsonValue root_;
+    std::vector<JsonValue*> open_;
+    std::string key_;
+    std::size_t keyOffset_ = 0;
+};
+
+} // namespace
+
+JsonValue readJson(std::string_view text) {
+    constexpr unsigned flags =
+        rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag | rapidjson::kParseValidateEncodingFlag;
+    rapidjson::MemoryStream memory(text.data(), text.size());
+    Stream stream(memory);
+    TreeBuilder builder(stream);
+    rapidjson::Reader reader;
+    const rapidjson::ParseResult result = reader.Parse<flags>(stream, builder);
+    if (!result)
+        throw JsonError(builder.isTooDeep() ? "values are nested too deep" : rapidjson::GetParseError_En(result.Code()),
+                        result.Offset());
+    return builder.takeRoot();
+}
+
+} // namespace vor::velmo_sdk::impl

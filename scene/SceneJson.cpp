@@ -1,0 +1,279 @@
+#include "scene/SceneJson.h"
+
+#include "scene/core/NumberText.h"
+#include "scene/core/TextEncoding.h"
+
+#include <cmath>
+#include <rapidjson/prettywriter.h>
+#include <vector>
+
+namespace vor::velmo_sdk::impl {
+
+namespace {
+
+// The output stream of the JSON writers: gathers characters and hands them on in blocks.
+class BlockStream {
+public:
+    using Ch = char;
+    explicit BlockStream(const TextSink& sink) : sink_(sink) { block_.reserve(blockSize); }
+
+    void Put(char c) {
+        if (block_.size() == blockSize)
+            Flush();
+        block_.push_back(c);
+    }
+    void Flush() {
+        if (!block_.empty())
+            sink_(block_);
+        block_.clear();
+    }
+
+private:
+    static constexpr std::size_t blockSize = 64 * 1024;
+    const TextSink& sink_;
+    std::string block_;
+};
+
+// Arrays of numbers stand on one line, all others on a line an item.
+void setOneLineArrays(rapidjson::Writer<BlockStream>&, bool) {}
+void setOneLineArrays(rapidjson::PrettyWriter<BlockStream>& writer, bool isOneLine) {
+    writer.SetFormatOptions(isOneLine ? rapidjson::kFormatSingleLineArray : rapidjson::kFormatDefault);
+}
+
+template <class Writer> class SceneWriter {
+public:
+    SceneWriter(Writer& writer, const SceneJsonOptions& options) : writer_(writer), options_(options) {}
+
+    void write(const Scene& scene) {
+        writer_.StartObject();
+        key("version");
+        writer_.Uint64(scene.fileVersion());
+        key("time");
+        text(scene.fileTime());
+        key("comments");
+        writer_.StartArray();
+        for (const String& comment : scene.fileComments())
+            text(comment);
+        writer_.EndArray();
+        key("nodes");
+        writer_.StartArray();
+        for (const Node& node : scene.nodes())
+            write(node);
+        writer_.EndArray();
+        writer_.EndObject();
+    }
+
+private:
+    // An input whose children are being written; inputs may be nested too deep for recursion.
+    struct Open {
+        const Input* input; // null for the node itself
+        std::span<const Input* const> left;
+    };
+
+    void write(const Node& node) {
+        writer_.StartObject();
+        key("name");
+        text(node.name());
+        key("type");
+        text(node.type());
+        if (node.isDefinition()) {
+            key("definition");
+            writer_.Bool(true);
+        }
+        key("inputs");
+        writer_.StartArray();
+        writeAll(node.inputs());
+        writer_.EndArray();
+        writer_.EndObject();
+    }
+
+    void writeAll(std::span<const Input* const> inputs) {
+        std::vector<Open> open{{nullptr, inputs}};
+        while (true) {
+            Open& top = open.back();
+            if (!top.left.empty()) {
+                const Input* input = top.left.front();
+                top.left = top.left.subspan(1);
+                begin(*input);
+                open.push_back({input, input->children()});
+            } else if (top.input) {
+                end(*top.input);
+                open.pop_back();
+            } else {
+                return;
+            }
+        }
+    }
+
+    void begin(const Input& input) {
+        writer_.StartObject();
+        if (!input.isElement()) {
+            key("name");
+            text(input.name());
+        }
+        key("type");
+        text(input.typeName());
+        writeValue(input);
+    }
+
+    void end(const Input& input) {
+        if (input.type() == AttrType::Array || input.type() == AttrType::Object)
+            writer_.EndArray();
+        if (const Output* source = input.connection()) {
+            key("connection");
+            text(source->label());
+        }
+        writer_.EndObject();
+    }
+
+    void writeValue(const Input& input) {
+        const AttrData& value = input.value();
+        switch (input.type()) {
+        case AttrType::Null:
+            return;
+        case AttrType::Bool:
+            key("value");
+            writer_.Bool(value.asBool());
+            return;
+        case AttrType::Int:
+            key("value");
+            writer_.Int64(value.asInt());
+            return;
+        case AttrType::UInt:
+            key("value");
+            writer_.Uint64(value.asUInt());
+            return;
+        case AttrType::Real:
+            key("value");
+            real(value.asReal());
+            return;
+        case AttrType::String:
+            key("value");
+            text(value.asString());
+            return;
+        case AttrType::Node:
+            key("value");
+            input.nodeValue() ? text(input.nodeValue()->name()) : void(writer_.Null());
+            return;
+        case AttrType::Buffer:
+            writeBuffer(value);
+            return;
+        case AttrType::Array:
+            key("elementType");
+            text(attrTypeName(input.elementType()));
+            key("elements");
+            writer_.StartArray();
+            return;
+        case AttrType::Object:
+            key("members");
+            writer_.StartArray();
+            return;
+        default:
+            key("value");
+            numbers([&] { reals(value.components()); });
+        }
+    }
+
+    void writeBuffer(const AttrData& value) {
+        key("dataType");
+        text(dataTypeName(value.dataType()));
+        key("count");
+        writer_.Uint64(value.count());
+        if (!options_.hasBufferData)
+            return;
+        key("data");
+        numbers([&] { writeElements(value); });
+    }
+
+    template <class Write> void numbers(Write write) {
+        setOneLineArrays(writer_, true);
+        writer_.StartArray();
+        write();
+        writer_.EndArray();
+        setOneLineArrays(writer_, false);
+    }
+
+    template <class T> void integers(std::span<const T> numbers) {
+        for (const T number : numbers) {
+            if constexpr (std::is_signed_v<T>)
+                writer_.Int64(number);
+            else
+                writer_.Uint64(number);
+        }
+    }
+
+    template <class T> void reals(std::span<const T> numbers) {
+        for (const T number : numbers)
+            real(number);
+    }
+
+    void writeElements(const AttrData& value) {
+        switch (elementLayout(value.dataType()).componentType) {
+        case DataType::Bool:
+            return integers(value.elements<bool>());
+        case DataType::Char:
+            return integers(value.elements<i8>());
+        case DataType::Byte:
+            return integers(value.elements<u8>());
+        case DataType::Int16:
+            return integers(value.elements<i16>());
+        case DataType::UInt16:
+            return integers(value.elements<u16>());
+        case DataType::Int32:
+            return integers(value.elements<i32>());
+        case DataType::UInt32:
+            return integers(value.elements<u32>());
+        case DataType::Int64:
+            return integers(value.elements<i64>());
+        case DataType::UInt64:
+            return integers(value.elements<u64>());
+        case DataType::Float:
+            return reals(value.elements<float>());
+        case DataType::Double:
+            return reals(value.elements<double>());
+        default: // addresses mean nothing outside their process
+            return;
+        }
+    }
+
+    void key(const char* name) { writer_.Key(name); }
+
+    void text(const String& text) {
+        const String utf8 = toUtf8(text);
+        writer_.String(utf8.buf(), static_cast<rapidjson::SizeType>(utf8.len()));
+    }
+
+    template <class Real> void real(Real value) {
+        char buffer[realTextCapacity];
+        const std::string_view number = writeReal(value, buffer);
+        if (std::isfinite(value))
+            writer_.RawValue(number.data(), number.size(), rapidjson::kNumberType);
+        else
+            writer_.String(number.data(), static_cast<rapidjson::SizeType>(number.size()));
+    }
+
+    Writer& writer_;
+    const SceneJsonOptions& options_;
+};
+
+template <class Writer> void writeWith(Writer& writer, const Scene& scene, const SceneJsonOptions& options) {
+    SceneWriter<Writer>(writer, options).write(scene);
+}
+
+} // namespace
+
+void writeSceneJson(const Scene& scene, const SceneJsonOptions& options, const TextSink& sink) {
+    BlockStream stream(sink);
+    if (options.isCompact) {
+        rapidjson::Writer<BlockStream> writer(stream);
+        writeWith(writer, scene, options);
+    } else {
+        rapidjson::PrettyWriter<BlockStream> writer(stream);
+        writer.SetIndent(' ', 2);
+        writeWith(writer, scene, options);
+    }
+    stream.Put('\n');
+    stream.Flush();
+}
+
+} // namespace vor::velmo_sdk::impl

@@ -1,0 +1,113 @@
+#include "scene/core/File.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace vor {
+
+namespace {
+
+// The words for an errno, the same in every locale.
+String errorText(int number) {
+    const char* text = strerrordesc_np(number);
+    return text ? String(text) : String::format("Unknown error %d", number);
+}
+
+class DescriptorSource final : public ByteSource {
+public:
+    DescriptorSource(int descriptor, bool isOwned) noexcept : descriptor_(descriptor), isOwned_(isOwned) {}
+    DescriptorSource(const DescriptorSource&) = delete;
+    DescriptorSource& operator=(const DescriptorSource&) = delete;
+    ~DescriptorSource() override {
+        if (isOwned_)
+            ::close(descriptor_);
+    }
+
+    std::size_t read(char* buffer, std::size_t capacity, String& error) override {
+        ssize_t count;
+        do
+            count = ::read(descriptor_, buffer, capacity);
+        while (count < 0 && errno == EINTR);
+        if (count >= 0)
+            return static_cast<std::size_t>(count);
+        error = errorText(errno);
+        return 0;
+    }
+
+private:
+    int descriptor_;
+    bool isOwned_;
+};
+
+int openForReading(const String& path) {
+    // The system ends a path at a NUL; a name that holds one is no file's.
+    if (path.find('\0') >= 0) {
+        errno = ENOENT;
+        return -1;
+    }
+    int descriptor;
+    do
+        descriptor = ::open(path.buf(), O_RDONLY | O_CLOEXEC);
+    while (descriptor < 0 && errno == EINTR);
+    if (descriptor >= 0)
+        ::posix_fadvise(descriptor, 0, 0, POSIX_FADV_SEQUENTIAL);
+    return descriptor;
+}
+
+} // namespace
+
+bool File::State::fetch() {
+    if (!source)
+        return false;
+    if (!block)
+        block = std::make_unique_for_overwrite<char[]>(blockSize);
+    const std::size_t count = source->read(block.get(), blockSize, error);
+    next = block.get();
+    end = next + count;
+    if (count == 0)
+        source.reset();
+    return count != 0;
+}
+
+File::File() : state_(std::make_shared<State>()) {}
+
+File::File(std::shared_ptr<State> state) : state_(std::move(state)) {}
+
+File File::open(const String& path) {
+    const int descriptor = openForReading(path);
+    if (descriptor >= 0)
+        return fromSource(std::make_unique<DescriptorSource>(descriptor, true));
+    const String error = errorText(errno);
+    File file;
+    file.state_->error = error;
+    return file;
+}
+
+File File::standardInput() { return fromSource(std::make_unique<DescriptorSource>(STDIN_FILENO, false)); }
+
+File File::fromMemory(String text) {
+    File file;
+    State& state = *file.state_;
+    state.isOpen = true;
+    state.text = std::move(text);
+    state.next = state.text.buf();
+    state.end = state.next + state.text.len();
+    return file;
+}
+
+File File::fromSource(std::unique_ptr<ByteSource> source, std::size_t blockSize) {
+    File file;
+    State& state = *file.state_;
+    state.isOpen = true;
+    state.source = std::move(source);
+    state.blockSize = blockSize == 0 ? 1 : blockSize;
+    return file;
+}
+
+bool File::isOpen() const noexcept { return state_->isOpen; }
+
+String File::error() const { return state_->error; }
+
+} // namespace vor

@@ -1,0 +1,92 @@
+// File: a shared handle to bytes that are read from front to back.
+//
+//     File file = File::open("scene.vrn");
+//     if (!file.isOpen())
+//         report(file.error());               // "No such file or directory"
+//     parseVrn(&scene, file, false);
+//     if (!file.error().isEmpty())            // a failed read looks like the end of the bytes, so
+//         report(file.error());               // whoever needs to know asks afterwards
+//
+// Copies share one position, and the file is closed with the last of them. Bytes are fetched in large
+// blocks; read() hands out one at a time and is cheap. Not to be used from two threads at once.
+#pragma once
+
+#include "scene/core/String.h"
+
+#include <memory>
+
+namespace vor {
+
+// Where a File gets its bytes. Implement it to read from an archive, a socket, a decoder.
+class ByteSource {
+public:
+    virtual ~ByteSource() = default;
+
+    // Fills up to `capacity` bytes; returns how many, 0 at the end. On failure `error` receives the
+    // reason and the result is 0. Not called again after a 0.
+    [[nodiscard]] virtual std::size_t read(char* buffer, std::size_t capacity, String& error) = 0;
+};
+
+class File {
+public:
+    File(); // not open; reads nothing
+
+    // Opens the file at a path. On failure the result is not open and error() says why.
+    [[nodiscard]] static File open(const String& path);
+
+    // Standard input, which stays open.
+    [[nodiscard]] static File standardInput();
+
+    // The bytes of `text`, which is shared, not copied.
+    [[nodiscard]] static File fromMemory(String text);
+
+    // What `source` delivers, in blocks of at most `blockSize` bytes.
+    [[nodiscard]] static File fromSource(std::unique_ptr<ByteSource> source, std::size_t blockSize = defaultBlockSize);
+
+    [[nodiscard]] bool isOpen() const noexcept;
+
+    // Why opening or reading failed, in the words of errno; empty while nothing has.
+    [[nodiscard]] String error() const;
+
+    // Takes the next byte; false at the end and on a read error, `c` then being left alone.
+    [[nodiscard]] bool read(signed char& c);
+    [[nodiscard]] bool read(char& c);
+
+    static constexpr std::size_t defaultBlockSize = 256 * 1024;
+
+private:
+    struct State;
+    explicit File(std::shared_ptr<State> state);
+    std::shared_ptr<State> state_;
+};
+
+struct File::State {
+    std::unique_ptr<ByteSource> source; // null once there is nothing left to ask it for
+    String error;
+    bool isOpen = false;
+    const char* next = nullptr; // the unread bytes of the current block
+    const char* end = nullptr;
+    std::unique_ptr<char[]> block;
+    std::size_t blockSize = 0;
+    String text; // keeps the bytes of a file in memory
+
+    [[nodiscard]] bool fetch();
+};
+
+inline bool File::read(char& c) {
+    State& s = *state_;
+    if (s.next == s.end && !s.fetch())
+        return false;
+    c = *s.next++;
+    return true;
+}
+
+inline bool File::read(signed char& c) {
+    char byte;
+    if (!read(byte))
+        return false;
+    c = static_cast<signed char>(byte);
+    return true;
+}
+
+} // namespace vor

@@ -1,0 +1,47 @@
+#include "scene/core/Log.h"
+
+#include "scene/core/TextEncoding.h"
+
+#include <cstdio>
+
+namespace vor {
+
+namespace {
+
+thread_local ScopedLogSink* currentSink = nullptr;
+
+void writeToStderr(const LogRecord& record) {
+    const char* severity = record.severity == LogSeverity::Error ? "error" : "warning";
+    std::fprintf(stderr, "%s: %s\n", severity, escapeForTerminal(record.text).buf());
+}
+
+} // namespace
+
+ScopedLogSink::ScopedLogSink(LogSink sink) : sink_(std::move(sink)), outer_(currentSink) { currentSink = this; }
+
+ScopedLogSink::~ScopedLogSink() { currentSink = outer_; }
+
+void writeLog(const LogRecord& record) {
+    if (currentSink)
+        currentSink->sink_(record);
+    else
+        writeToStderr(record);
+}
+
+// The four functions differ in nothing but what they fill in; C's variadic arguments cannot be passed
+// on without naming them in each.
+#define VRN_LOG(severity, position)                                                                                    \
+    va_list arguments;                                                                                                 \
+    va_start(arguments, format);                                                                                       \
+    const String text = String::formatv(format, arguments);                                                            \
+    va_end(arguments);                                                                                                 \
+    writeLog({severity, text, position})
+
+void logError(const char* format, ...) { VRN_LOG(LogSeverity::Error, TextPosition()); }
+void logWarning(const char* format, ...) { VRN_LOG(LogSeverity::Warning, TextPosition()); }
+void logError(TextPosition position, const char* format, ...) { VRN_LOG(LogSeverity::Error, position); }
+void logWarning(TextPosition position, const char* format, ...) { VRN_LOG(LogSeverity::Warning, position); }
+
+#undef VRN_LOG
+
+} // namespace vor

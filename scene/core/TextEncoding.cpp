@@ -1,0 +1,98 @@
+#include "scene/core/TextEncoding.h"
+
+#include <string>
+
+namespace vor {
+
+namespace {
+
+bool isBetween(char c, int low, int high) noexcept {
+    const int byte = static_cast<u8>(c);
+    return byte >= low && byte <= high;
+}
+
+// Of the bytes that may follow a lead byte, the first is the restricted one: no overlong forms, no
+// surrogates, nothing above U+10FFFF.
+bool isSecondByte(u8 lead, char c) noexcept {
+    const int low = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
+    const int high = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
+    return isBetween(c, low, high);
+}
+
+std::size_t lengthByLead(u8 lead) noexcept {
+    if (lead < 0x80)
+        return 1;
+    if (lead >= 0xC2 && lead <= 0xDF)
+        return 2;
+    if (lead >= 0xE0 && lead <= 0xEF)
+        return 3;
+    return lead >= 0xF0 && lead <= 0xF4 ? 4 : 0;
+}
+
+void appendHex(u8 byte, std::string& out) {
+    constexpr char digits[] = "0123456789ABCDEF";
+    out += "\\x";
+    out += digits[byte >> 4];
+    out += digits[byte & 15];
+}
+
+} // namespace
+
+std::size_t utf8Length(std::string_view text) noexcept {
+    if (text.empty())
+        return 0;
+    const u8 lead = static_cast<u8>(text[0]);
+    const std::size_t length = lengthByLead(lead);
+    if (length > text.size() || (length > 1 && !isSecondByte(lead, text[1])))
+        return 0;
+    for (std::size_t i = 2; i < length; ++i)
+        if (!isBetween(text[i], 0x80, 0xBF))
+            return 0;
+    return length;
+}
+
+String toUtf8(const String& text) {
+    std::string out;
+    std::size_t good = 0; // bytes of the front that stand as they are
+    for (std::string_view rest = text; !rest.empty();) {
+        const std::size_t length = utf8Length(rest);
+        if (length == 0) {
+            if (out.empty())
+                out = text.view().substr(0, good);
+            out += "\uFFFD";
+        } else if (!out.empty()) {
+            out += rest.substr(0, length);
+        } else {
+            good += length;
+        }
+        rest.remove_prefix(length == 0 ? 1 : length);
+    }
+    return out.empty() ? text : String(std::string_view(out));
+}
+
+std::size_t escapeCharacter(std::string_view text, std::string& out) {
+    const char c = text[0];
+    const std::size_t length = utf8Length(text);
+    const bool isControl =
+        isBetween(c, 0, 31) || c == 127 || (length == 2 && c == '\xC2' && isBetween(text[1], 0x80, 0x9F));
+    if (length != 0 && !isControl) {
+        out += text.substr(0, length);
+        return length;
+    }
+    if (c == '\n' || c == '\t' || c == '\r')
+        out += c == '\n' ? "\\n" : c == '\t' ? "\\t" : "\\r";
+    else
+        for (std::size_t i = 0; i < std::max<std::size_t>(length, 1); ++i)
+            appendHex(static_cast<u8>(text[i]), out);
+    return std::max<std::size_t>(length, 1);
+}
+
+String escapeForTerminal(std::string_view text) {
+    std::string out;
+    out.reserve(text.size());
+    while (!text.empty())
+        text.remove_prefix(escapeCharacter(text, out));
+    return std::string_view(out);
+}
+
+} // namespace vor

@@ -1,0 +1,24 @@
+// Texts of any bytes made fit for those who take only some.
+#pragma once
+
+#include "scene/core/String.h"
+
+#include <string>
+
+namespace vor {
+
+// The length of the well-formed UTF-8 sequence (RFC 3629) at the start of `text`; 0 if there is none.
+[[nodiscard]] std::size_t utf8Length(std::string_view text) noexcept;
+
+// The text as UTF-8: each byte that belongs to no well-formed sequence becomes U+FFFD.
+[[nodiscard]] String toUtf8(const String& text);
+
+// The text as a terminal may show it: control characters (those of ASCII and of Latin-1) and bytes
+// that are not UTF-8 become `\n`, `\t`, `\r` or `\xHH`; all else stays.
+[[nodiscard]] String escapeForTerminal(std::string_view text);
+
+// Appends one character of `text`, escaped as above, to `out`; returns how many bytes it took.
+// `text` must not be empty.
+std::size_t escapeCharacter(std::string_view text, std::string& out);
+
+} // namespace vor
