@@ -49,8 +49,10 @@ public:
 private:
     [[nodiscard]] std::size_t lastOffset() const { return stream_.Tell() == 0 ? 0 : stream_.Tell() - 1; }
 
-    bool add(JsonValue value) {
-        value.offset = lastOffset();
+    bool add(JsonValue value) { return add(std::move(value), lastOffset()); }
+
+    bool add(JsonValue value, std::size_t offset) {
+        value.offset = offset;
         value.key = std::move(key_);
         value.keyOffset = keyOffset_;
         (open_.empty() ? root_ : open_.back()->items.emplace_back()) = std::move(value);
@@ -61,7 +63,7 @@ private:
     bool open(JsonValue::Kind kind) {
         if (isTooDeep())
             return false;
-        add({.kind = kind});
+        add({.kind = kind}, stream_.Tell()); // the bracket is announced before it is taken
         open_.push_back(open_.empty() ? &root_ : &open_.back()->items.back());
         return true;
     }

@@ -3,13 +3,12 @@
 #include "scene/core/NumberText.h"
 #include "scene/core/TextEncoding.h"
 
+#include <algorithm>
 #include <cmath>
 #include <rapidjson/prettywriter.h>
 #include <vector>
 
 namespace vor::velmo_sdk::impl {
-
-namespace {
 
 // The output stream of the JSON writers: gathers characters and hands them on in blocks.
 class BlockStream {
@@ -33,6 +32,23 @@ private:
     const TextSink& sink_;
     std::string block_;
 };
+
+} // namespace vor::velmo_sdk::impl
+
+namespace rapidjson {
+
+// Writes the indentation of a line. It stops growing at some depth: inputs may be nested so deep that
+// the spaces would outgrow everything else.
+template <> inline void PutN(vor::velmo_sdk::impl::BlockStream& stream, char c, std::size_t count) {
+    for (std::size_t i = 0; i < std::min<std::size_t>(count, 64); ++i)
+        stream.Put(c);
+}
+
+} // namespace rapidjson
+
+namespace vor::velmo_sdk::impl {
+
+namespace {
 
 // Arrays of numbers stand on one line, all others on a line an item.
 void setOneLineArrays(rapidjson::Writer<BlockStream>&, bool) {}

@@ -1,0 +1,97 @@
+#include "tests/support/Reading.h"
+
+namespace vrn::test {
+
+TEST(AttrData, startsAsNull) {
+    const AttrData data;
+    EXPECT_EQ(data.type(), AttrType::Null);
+    EXPECT_FALSE(data.asBool());
+    EXPECT_EQ(data.asInt(), 0);
+    EXPECT_EQ(data.asUInt(), 0U);
+    EXPECT_EQ(data.asReal(), 0);
+    EXPECT_STREQ(data.asString(), "");
+    EXPECT_TRUE(data.components().empty());
+    EXPECT_TRUE(data.bytes().empty());
+    EXPECT_TRUE(data.elements<float>().empty());
+    EXPECT_LE(sizeof(AttrData), 24U);
+}
+
+TEST(AttrData, holdsValuesOfEachType) {
+    EXPECT_TRUE(AttrData::boolean(true).asBool());
+    EXPECT_EQ(AttrData::integer(-5).asInt(), -5);
+    EXPECT_EQ(AttrData::integer(-5).asUInt(), 0U) << "an Int is no UInt";
+    EXPECT_EQ(AttrData::unsignedInteger(~u64(0)).asUInt(), ~u64(0));
+    EXPECT_EQ(AttrData::real(2.5).asReal(), 2.5);
+    EXPECT_EQ(AttrData::real(2.5).components().size(), 1U);
+    EXPECT_STREQ(AttrData::string("text").asString(), "text");
+    EXPECT_STREQ(AttrData::string({"a\0b", 3}).asString(), "a") << "a NUL ends a string";
+    EXPECT_EQ(AttrData::array(AttrType::Int).elementType(), AttrType::Int);
+    const AttrData buffer = AttrData::buffer(DataType::Vec3f, 2);
+    EXPECT_EQ(buffer.dataType(), DataType::Vec3f);
+    EXPECT_EQ(buffer.count(), 2U);
+    EXPECT_EQ(buffer.bytes().size(), 24U);
+}
+
+TEST(AttrData, hasAZeroForEachType) {
+    for (i32 i = 0; i < attrTypeCount; ++i) {
+        const auto type = static_cast<AttrType>(i);
+        const AttrData zero = AttrData::zero(type);
+        EXPECT_EQ(zero.type(), type);
+        EXPECT_EQ(zero.components().size(), componentCount(type));
+        for (const double component : zero.components())
+            EXPECT_EQ(component, 0);
+        EXPECT_STREQ(zero.asString(), "");
+        EXPECT_EQ(zero.count(), 0U);
+        EXPECT_EQ(zero.dataType(), DataType::Null);
+        EXPECT_EQ(zero.elementType(), AttrType::Null);
+    }
+}
+
+TEST(AttrData, copiesDeeplyAndMovesWithoutCopying) {
+    AttrData vector = AttrData::zero(AttrType::Vec3);
+    vector.components()[1] = 7;
+    AttrData buffer = AttrData::buffer(DataType::Float, 3);
+    buffer.elements<float>()[2] = 9;
+    for (AttrData* data : {&vector, &buffer}) {
+        const AttrData copy = *data;
+        EXPECT_EQ(copy, *data);
+        const std::byte* block = data->bytes().data();
+        const AttrData moved = std::move(*data);
+        EXPECT_EQ(moved, copy);
+        EXPECT_EQ(moved.bytes().data(), block);
+        EXPECT_EQ(data->type(), AttrType::Null);
+    }
+    AttrData assigned = AttrData::string("old");
+    const AttrData* self = &assigned;
+    assigned = *self;
+    EXPECT_STREQ(assigned.asString(), "old");
+    assigned = AttrData::real(1);
+    EXPECT_EQ(assigned.type(), AttrType::Real);
+}
+
+TEST(AttrData, comparesValues) {
+    EXPECT_EQ(AttrData::string("a"), AttrData::string("a"));
+    EXPECT_FALSE(AttrData::string("a") == AttrData::string("b"));
+    EXPECT_FALSE(AttrData::string("a") == AttrData::string("ab"));
+    EXPECT_FALSE(AttrData::integer(0) == AttrData::unsignedInteger(0));
+    EXPECT_FALSE(AttrData::boolean(true) == AttrData::boolean(false));
+    EXPECT_FALSE(AttrData::buffer(DataType::Float) == AttrData::buffer(DataType::Double));
+    EXPECT_EQ(AttrData::buffer(DataType::Float), AttrData::buffer(DataType::Float));
+}
+
+TEST(AttrData, showsBuffersAsTypedSpans) {
+    AttrData data = AttrData::buffer(DataType::Vec3f, 2);
+    EXPECT_EQ(data.elements<float>().size(), 6U);
+    data.elements<float>()[4] = 5;
+    const auto vectors = std::as_const(data).elements<math::VecT<3, float>>();
+    ASSERT_EQ(vectors.size(), 2U);
+    EXPECT_EQ(vectors[1][1], 5);
+    EXPECT_TRUE(data.elements<double>().empty());
+    EXPECT_TRUE(data.elements<i32>().empty());
+    EXPECT_TRUE((data.elements<math::VecT<2, float>>().empty()));
+    EXPECT_TRUE((data.elements<math::VecT<3>>().empty()));
+    EXPECT_EQ(AttrData::buffer(DataType::Rgba8, 3).elements<u8>().size(), 12U);
+    EXPECT_EQ((AttrData::buffer(DataType::Mat4d, 3).elements<math::MatT<4>>().size()), 3U);
+}
+
+} // namespace vrn::test

@@ -1,0 +1,201 @@
+#include "scene/CatalogueJson.h"
+#include "tests/support/Reading.h"
+
+#include <cmath>
+
+namespace vrn::test {
+
+static std::shared_ptr<const Catalogue> catalogue(std::string_view json) {
+    return std::make_shared<const Catalogue>(readCatalogue(json));
+}
+
+static const char* const cameraTypes = R"({"types": {"camera": {
+    "inputs": {
+        "fov": {"default": 45, "type": "Real"},
+        "near": {"type": "Real", "default": "-inf"},
+        "on": {"type": "Bool", "default": true},
+        "id": {"type": "Int", "default": -9223372036854775808},
+        "mask": {"type": "UInt", "default": 18446744073709551615},
+        "one": {"type": "UInt", "default": 1},
+        "eye": {"type": "Pos3", "default": [1, 2.5, "nan"]},
+        "view": {"type": "Mat4"},
+        "mode": {"type": "String", "default": "a", "enum": ["a", "b"]},
+        "curve": {"type": "Buffer", "dataType": "Vec2f"},
+        "parts": {"type": "Array", "elementType": "Object"},
+        "target": {"type": "Node", "linkOnly": true},
+        "serial": {"type": "Int", "locked": true},
+        "open": {"type": "Null"}
+    },
+    "outputs": ["image", "depth"],
+    "renamedInputs": {"fovy": "fov"},
+    "renamedOutputs": {"result": "image"}}}})";
+
+TEST(Catalogue, givesNewNodesTheirInputs) {
+    Reading r = readText("camera c; other o;", catalogue(cameraTypes));
+    std::string order;
+    for (const Input* input : std::as_const(r.node("c")).inputs())
+        order += std::string(input->name().view()) + " ";
+    EXPECT_EQ(order, "fov near on id mask one eye view mode curve parts target serial open ");
+    EXPECT_EQ(r.value("c.fov").asReal(), 45);
+    EXPECT_EQ(r.value("c.near").asReal(), -std::numeric_limits<double>::infinity());
+    EXPECT_TRUE(r.value("c.on").asBool());
+    EXPECT_EQ(r.value("c.id").asInt(), INT64_MIN);
+    EXPECT_EQ(r.value("c.mask").asUInt(), UINT64_MAX);
+    EXPECT_EQ(r.value("c.one").asUInt(), 1U);
+    EXPECT_EQ(r.value("c.eye").components()[1], 2.5);
+    EXPECT_TRUE(std::isnan(r.value("c.eye").components()[2]));
+    EXPECT_EQ(r.value("c.view").components().size(), 16U);
+    EXPECT_STREQ(r.value("c.mode").asString(), "a");
+    EXPECT_EQ(r.input("c.mode")->enumeration().size(), 2U);
+    EXPECT_EQ(r.input("c.curve")->dataType(), DataType::Vec2f);
+    EXPECT_EQ(r.input("c.parts")->elementType(), AttrType::Object);
+    EXPECT_TRUE(r.input("c.target")->isLinkOnly());
+    EXPECT_TRUE(r.input("c.serial")->isLocked());
+    EXPECT_EQ(r.input("c.open")->type(), AttrType::Null);
+    EXPECT_TRUE(r.node("o").inputs().empty());
+}
+
+TEST(Catalogue, guardsWhatItMarks) {
+    Reading r = readText("camera c; c.serial = 5; c.target = 1; c.target = c; c.mode = \"z\"; c.extra = 1;\n"
+                         "c.curve = vec3f[1] {1 2 3}; c.curve = vec2f[1] {1 2}; c.serial = int32[1] {1};",
+                         catalogue(cameraTypes));
+    EXPECT_EQ(r.log, (Log{error(1, 23, "TYPE ERROR (1,23): expected Int @ c.serial but found 5."),
+                          error(1, 37, "TYPE ERROR (1,37): expected Node @ c.target but found 1."),
+                          warning(1, 65, "ENUM WARNING (1,65): setting non-existent enum value 'z' @ c.mode."),
+                          error(2, 27, "TYPE ERROR (2,27): expected Buffer @ c.curve but found Vec3f."),
+                          error(2, 78, "TYPE ERROR (2,78): expected Int @ c.serial but found int32[].")}));
+    EXPECT_EQ(r.value("c.serial").asInt(), 0);
+    EXPECT_EQ(r.input("c.target")->nodeValue(), &r.node("c"));
+    EXPECT_STREQ(r.value("c.mode").asString(), "z") << "the value stays written";
+    EXPECT_EQ(r.value("c.extra").asInt(), 1) << "inputs of other names are as the text gives them";
+    EXPECT_EQ(r.value("c.curve").elements<float>()[1], 2);
+}
+
+TEST(Catalogue, settlesTheOutputsOfItsTypes) {
+    Reading r = readText("camera c; t o; o.a |= c.image; o.b |= c.sound; o.c |= o.any; o.d |= c.result;",
+                         catalogue(cameraTypes));
+    EXPECT_EQ(r.log, (Log{warning(1, 45, "Cannot connect nonexistent output c.sound to o.b.")}));
+    EXPECT_EQ(r.input("o.a")->connection()->label(), "c.image");
+    EXPECT_EQ(r.input("o.d")->connection()->label(), "c.image") << "an old name";
+    EXPECT_EQ(r.input("o.c")->connection()->label(), "o.any");
+}
+
+TEST(Catalogue, mapsOldNamesForItsOwnScenesOnly) {
+    Reading with = readText("camera c; c.fovy = 30.0; t o; o.fovy = 1.0;", catalogue(cameraTypes));
+    EXPECT_EQ(with.value("c.fov").asReal(), 30);
+    EXPECT_EQ(with.input("c.fovy"), nullptr);
+    EXPECT_NE(with.input("o.fovy"), nullptr);
+    Reading without = readText("camera c; c.fovy = 30.0;");
+    EXPECT_NE(without.input("c.fovy"), nullptr);
+    EXPECT_EQ(updateInputName("camera", "fovy"), "fovy") << "outside of any parse";
+    const NameMapScope scope(with.scene.get());
+    EXPECT_EQ(updateInputName("camera", "fovy"), "fov");
+    EXPECT_EQ(updateOutputName("camera", "result"), "image");
+    EXPECT_EQ(updateOutputName("camera", "image"), "image");
+    EXPECT_EQ(updateOutputName("nothing", "result"), "result");
+}
+
+TEST(Catalogue, mapsTheNamesOfMembersToo) {
+    Reading r = readText("camera c; c.lens.fovy = 2.0; c.parts[0].fovy = 1.0;", catalogue(cameraTypes));
+    EXPECT_EQ(r.value("c.lens.fov").asReal(), 2);
+    EXPECT_EQ(r.value("c.parts[0].fov").asReal(), 1);
+}
+
+TEST(Catalogue, addsToWhatADefinitionGives) {
+    Reading r = readText("define camera; camera.fov = 30.0; camera.own = 1; camera c;", catalogue(cameraTypes));
+    EXPECT_EQ(r.value("camera.near").asReal(), -std::numeric_limits<double>::infinity())
+        << "a definition of a catalogued name gets the catalogue's inputs";
+    EXPECT_EQ(r.value("c.fov").asReal(), 30);
+    EXPECT_EQ(r.value("c.own").asInt(), 1);
+    EXPECT_TRUE(r.input("c.serial")->isLocked()) << "copies keep marks";
+    EXPECT_EQ(r.input("c.mode")->enumeration().size(), 2U) << "and enumerations";
+    EXPECT_EQ(r.node("c").outputs().size(), 2U);
+}
+
+TEST(Catalogue, isMadeByCallsToo) {
+    NodeType light("light");
+    light.addInput({.name = "power", .type = AttrType::Real, .defaultValue = AttrData::integer(3)});
+    Catalogue types;
+    types.add(light);
+    light.addOutput("beam");
+    types.add(light);
+    EXPECT_EQ(types.size(), 1U);
+    EXPECT_EQ(types.find("light")->outputs().size(), 1U) << "the later type replaces the earlier one";
+    EXPECT_EQ(types.find("lamp"), nullptr);
+    EXPECT_EQ(types.find("light")->inputs()[0].initialValue().asReal(), 0) << "a default of another type counts for none";
+}
+
+TEST(Catalogue, refusesWhatBreaksItsRules) {
+    const struct {
+        const char* json;
+        i32 line;
+        i32 column;
+        const char* text;
+    } cases[] = {
+        {"", 1, 1, "The document is empty."},
+        {"{\"types\": {}} x", 1, 15, "The document root must not be followed by other values."},
+        {"[]", 1, 1, "expected an object with the key \"types\""},
+        {"{\"kinds\": {}}", 1, 8, "unknown key \"kinds\"; expected \"types\""},
+        {"{\"types\": 5}", 1, 11, "expected an object of node types by name"},
+        {"{\"types\": {\"a\": {}, \"a\": {}}}", 1, 23, "key \"a\" stands here twice; expected each key once"},
+        {"{\"types\": {\"a\": 1}}", 1, 17, "expected an object that describes a node type"},
+        {"{\"types\": {\"a\": {\"x\": 1}}}", 1, 20,
+         "unknown key \"x\"; expected \"inputs\", \"outputs\", \"renamedInputs\" or \"renamedOutputs\""},
+        {"{\"types\": {\"a\":\n {\"inputs\": {\n\"i\": {}}}}}", 3, 6, "expected a \"type\" for input \"i\""},
+        {R"({"types": {"a": {"inputs": {"i": 1}}}})", 1, 34, "expected an object that describes an input"},
+        {R"({"types": {"a": {"inputs": {"i": {"type": "Float"}}}}})", 1, 49,
+         "unknown type \"Float\"; expected the name of an attribute type such as \"Real\""},
+        {R"({"types": {"a": {"inputs": {"i": {"type": 1}}}}})", 1, 43, "expected the name of an attribute type"},
+        {R"({"types": {"a": {"inputs": {"i": {"type": "Int", "default": 1.5}}}}})", 1, 63,
+         "expected a signed 64-bit integer"},
+        {R"({"types": {"a": {"inputs": {"i": {"type": "UInt", "default": -1}}}}})", 1, 63,
+         "expected an unsigned 64-bit integer"},
+        {R"({"types": {"a": {"inputs": {"i": {"type": "Real", "default": "1"}}}}})", 1, 64,
+         "expected a number, \"inf\", \"-inf\" or \"nan\""},
+        {R"({"types": {"a": {"inputs": {"i": {"type": "Bool", "default": 1}}}}})", 1, 62, "expected true or false"},
+        {R"({"types": {"a": {"inputs": {"i": {"type": "String", "default": 1}}}}})", 1, 64, "expected a string"},
+        {R"({"types": {"a": {"inputs": {"i": {"type": "Vec3", "default": [1, 2]}}}}})", 1, 62,
+         "expected an array of 3 numbers for Vec3"},
+        {R"({"types": {"a": {"inputs": {"i": {"type": "Node", "default": null}}}}})", 1, 59,
+         "expected no \"default\": a Node has no literal"},
+        {R"({"types": {"a": {"inputs": {"i": {"type": "Real", "enum": ["a"]}}}}})", 1, 56,
+         "\"enum\" belongs to inputs of type String"},
+        {R"({"types": {"a": {"inputs": {"i": {"type": "Real", "dataType": "Float"}}}}})", 1, 60,
+         "\"dataType\" belongs to inputs of type Buffer"},
+        {R"({"types": {"a": {"inputs": {"i": {"type": "Real", "elementType": "Int"}}}}})", 1, 63,
+         "\"elementType\" belongs to inputs of type Array"},
+        {R"({"types": {"a": {"inputs": {"i": {"type": "Buffer", "dataType": "vec3f"}}}}})", 1, 71,
+         "unknown type \"vec3f\"; expected the name of an element type such as \"Vec3f\""},
+        {R"({"types": {"a": {"inputs": {"i": {"type": "String", "enum": ["a", 1]}}}}})", 1, 67, "expected a string"},
+        {R"({"types": {"a": {"inputs": {"i": {"type": "String", "enum": "a"}}}}})", 1, 63,
+         "expected an array of strings"},
+        {R"({"types": {"a": {"inputs": {"i": {"type": "Real", "color": 1}}}}})", 1, 57,
+         "unknown key \"color\"; expected \"type\", \"default\", \"enum\", \"dataType\", \"elementType\", \"locked\" or "
+         "\"linkOnly\""},
+        {R"({"types": {"a": {"inputs": {"i": {"type": "Real", "locked": 1}}}}})", 1, 61, "expected true or false"},
+        {R"({"types": {"a": {"outputs": ["o", "o"]}}})", 1, 37, "output \"o\" stands here twice; expected each name once"},
+        {R"({"types": {"a": {"outputs": "o"}}})", 1, 31, "expected an array of output names"},
+        {R"({"types": {"a": {"renamedInputs": {"o": 5}}}})", 1, 41, "expected the current name of an input"},
+        {R"({"types": {"a": {"renamedOutputs": 5}}})", 1, 36, "expected an object of current output names by old ones"},
+        {"{\"types\": {\"a\\u001b\": 1}}", 1, 23, "expected an object that describes a node type"},
+        {"{\"types\": {\"\xC4\": {}}}", 1, 13, "Invalid encoding in string."},
+    };
+    for (const auto& c : cases) {
+        try {
+            (void)readCatalogue(c.json);
+            ADD_FAILURE() << c.json << " was taken";
+        } catch (const CatalogueError& e) {
+            EXPECT_STREQ(e.what(), c.text) << c.json;
+            EXPECT_EQ(e.position(), (TextPosition{c.line, c.column})) << c.json << " " << e.position().line << ","
+                                                                      << e.position().column;
+        }
+    }
+}
+
+TEST(Catalogue, refusesNestingWithoutEnd) {
+    const std::string deep = std::string(100000, '[') + std::string(100000, ']');
+    EXPECT_THROW((void)readCatalogue(deep), CatalogueError);
+    EXPECT_THROW((void)readCatalogue(std::string(100000, '[')), CatalogueError);
+}
+
+} // namespace vrn::test

@@ -1,0 +1,257 @@
+#include "scene/Walk.h"
+#include "tests/support/Reading.h"
+
+namespace vrn::test {
+
+static std::string names(const Scene& scene) {
+    std::string text;
+    for (const Node& node : scene.nodes())
+        text += std::string(node.name().view()) + " ";
+    return text;
+}
+
+TEST(Scene, startsEmpty) {
+    const Scene scene;
+    EXPECT_EQ(scene.fileVersion(), 1U);
+    EXPECT_EQ(scene.fileTime(), "");
+    EXPECT_TRUE(scene.fileComments().isEmpty());
+    EXPECT_EQ(scene.nodeCount(), 0U);
+    EXPECT_EQ(names(scene), "");
+}
+
+TEST(Scene, keepsNodesInOrderOfCreation) {
+    Scene scene;
+    for (const char* name : {"d", "a", "c", "b"})
+        ASSERT_TRUE(scene.createNode("t", name));
+    EXPECT_EQ(names(scene), "d a c b ");
+    EXPECT_TRUE(scene.removeNode("d"));
+    EXPECT_TRUE(scene.removeNode("c"));
+    EXPECT_FALSE(scene.removeNode("c")) << "an unknown name is harmless";
+    EXPECT_EQ(names(scene), "a b ");
+    EXPECT_TRUE(scene.removeNode("b"));
+    ASSERT_TRUE(scene.createNode("t", "d"));
+    EXPECT_EQ(names(scene), "a d ");
+    EXPECT_EQ(scene.nodeCount(), 2U);
+    EXPECT_EQ(scene.findNode("d")->type(), "t");
+    EXPECT_EQ(scene.findNode("c"), nullptr);
+}
+
+TEST(Scene, refusesANameTwice) {
+    Scene scene;
+    ASSERT_TRUE(scene.createNode("t", "a"));
+    EXPECT_EQ(scene.createNode("u", "a"), nullptr);
+    EXPECT_EQ(scene.defineNode("a"), nullptr);
+    EXPECT_EQ(scene.findNode("a")->type(), "t");
+}
+
+TEST(Scene, startsNodesWithCopiesOfTheirDefinition) {
+    Reading r = readText("define paint; other o; o.x = 1;"
+                         "paint.roughness = 0.5; paint.deep.list[1].name = \"n\"; paint.many[*] = float[1] {3};"
+                         "paint.friend = o; paint.map |= o.out; paint red; paint.roughness = 0.75; paint green;");
+    EXPECT_TRUE(r.scene->findNode("paint")->isDefinition());
+    EXPECT_EQ(r.scene->findNode("paint")->type(), "paint");
+    EXPECT_FALSE(r.node("red").isDefinition());
+    EXPECT_EQ(r.value("red.roughness").asReal(), 0.5);
+    EXPECT_EQ(r.value("green.roughness").asReal(), 0.75);
+    EXPECT_STREQ(r.value("red.deep.list[1].name").asString(), "n");
+    EXPECT_EQ(r.input("red.deep.list")->size(), 2U);
+    EXPECT_EQ(r.value("red.many[0]").elements<float>()[0], 3);
+    EXPECT_EQ(r.input("red.many")->untypedElements(), 0U);
+    EXPECT_EQ(r.input("paint.friend")->nodeValue(), &r.node("o"));
+    // Links wait for the end of the text, so these nodes were made before the definition had any.
+    readMore(r, "paint blue;");
+    ASSERT_NE(r.input("blue.friend"), nullptr);
+    EXPECT_EQ(r.input("blue.friend")->type(), AttrType::Node);
+    EXPECT_EQ(r.input("blue.friend")->nodeValue(), nullptr) << "copies have no links";
+    EXPECT_EQ(r.input("blue.map")->connection(), nullptr);
+    EXPECT_NE(r.input("paint.map")->connection(), nullptr);
+    r.scene->removeNode("paint");
+    EXPECT_EQ(r.value("red.roughness").asReal(), 0.5);
+}
+
+TEST(Scene, undoesLinksWithTheirNodes) {
+    Reading r = readText("t a; t b; b.in |= a.out; b.ref = a; a.self |= a.out; a.back = b;");
+    EXPECT_EQ(r.input("b.in")->connection()->label(), "a.out");
+    EXPECT_EQ(r.input("b.in")->connection()->connectionCount(), 2U);
+    r.scene->removeNode("a");
+    EXPECT_EQ(r.input("b.in")->connection(), nullptr);
+    EXPECT_EQ(r.input("b.ref")->nodeValue(), nullptr);
+    EXPECT_EQ(r.input("b.ref")->type(), AttrType::Node);
+}
+
+TEST(Scene, leavesAnInputThatIsHeldEmptyAndAlone) {
+    Reading r = readText("t a; a.list[0].x = 1; a.in |= a.out; a.name = \"n\";");
+    Input* list = r.input("a.list");
+    Input* x = r.input("a.list[0].x");
+    list->retain();
+    x->retain();
+    EXPECT_TRUE(x->isAttached());
+    EXPECT_EQ(x->label(), "a.list[0].x");
+    r.scene->removeNode("a");
+    EXPECT_FALSE(x->isAttached());
+    EXPECT_FALSE(list->isAttached());
+    EXPECT_EQ(list->size(), 0U);
+    EXPECT_EQ(x->label(), ".x");
+    x->release();
+    list->release();
+}
+
+TEST(Scene, survivesInputsOfAnyDepth) {
+    std::string path = "a";
+    for (int i = 0; i < 100000; ++i)
+        path += i % 2 ? "[0]" : ".m";
+    Reading r = readText("define a; " + String(std::string_view(path)) + ".x = 5;");
+    EXPECT_TRUE(r.isOk);
+    readMore(r, "a b;"); // a deep copy
+    EXPECT_TRUE(r.isOk);
+    std::size_t count = 0;
+    u64 length = 0;
+    forEachInput(r.node("b"), [&](const Input& input) {
+        ++count;
+        length = input.type() == AttrType::Int ? input.label().len() : 0;
+    });
+    EXPECT_EQ(count, 100001U);
+    EXPECT_EQ(length, path.size() + 2);
+    EXPECT_GT(r.json().size(), path.size());
+    r.scene->removeNode("a");
+    readMore(r, "b.m = [];");
+    EXPECT_EQ(r.input("b.m")->size(), 0U);
+}
+
+TEST(Scene, limitsArrays) {
+    Scene scene;
+    scene.setLimits({.arrayElements = 2});
+    Input* array = scene.createNode("t", "a")->createArray("list", AttrType::Int);
+    EXPECT_NE(array->appendElement(), nullptr);
+    EXPECT_NE(array->appendElement(), nullptr);
+    EXPECT_EQ(array->appendElement(), nullptr);
+    EXPECT_EQ(array->size(), 2U);
+}
+
+TEST(Node, findsInputsAndOutputsAmongMany) {
+    Scene scene;
+    Node* node = scene.createNode("t", "a");
+    for (u64 i = 0; i < 100; ++i) {
+        Input* made = node->createInput("in" + String(i), AttrType::Int);
+        EXPECT_EQ(node->input("in" + String(i)), made);
+        EXPECT_EQ(made->index(), i);
+        EXPECT_EQ(node->createInput("in" + String(i), AttrType::Real), made) << "a name that is there";
+        EXPECT_EQ(node->findOutput("out" + String(i)), node->findOutput("out" + String(i)));
+    }
+    EXPECT_EQ(node->input("in7")->type(), AttrType::Int);
+    EXPECT_EQ(node->input("in100"), nullptr);
+    EXPECT_TRUE(node->hasInput("in7"));
+    EXPECT_TRUE(node->hasInput("in7", AttrType::Int));
+    EXPECT_FALSE(node->hasInput("in7", AttrType::Real));
+    EXPECT_FALSE(node->hasInput("nope"));
+    EXPECT_EQ(node->inputs().size(), 100U);
+    EXPECT_EQ(node->outputs().size(), 100U);
+}
+
+TEST(Node, growsNoOutputWhenTheSceneIsStrict) {
+    Scene scene;
+    Node* node = scene.createNode("t", "a");
+    scene.setStrictOutputs(true);
+    EXPECT_EQ(node->findOutput("out"), nullptr);
+    scene.setStrictOutputs(false);
+    EXPECT_NE(node->findOutput("out"), nullptr);
+}
+
+TEST(Input, takesOnlyValuesOfItsType) {
+    Scene scene;
+    Input* input = scene.createNode("t", "a")->createInput("x", AttrType::Null);
+    input->assign(AttrData());
+    EXPECT_EQ(input->type(), AttrType::Null);
+    input->assign(AttrData::real(1));
+    EXPECT_EQ(input->type(), AttrType::Real);
+    input->assign(AttrData::integer(2));
+    input->set(AttrData::integer(2));
+    EXPECT_EQ(input->value().asReal(), 1);
+    input->set(AttrData::real(3));
+    EXPECT_EQ(input->value().asReal(), 3);
+    input->setNode(&*scene.nodes().begin());
+    EXPECT_EQ(input->type(), AttrType::Real);
+    EXPECT_EQ(input->nodeValue(), nullptr);
+}
+
+TEST(Input, becomesANodeInputByReference) {
+    Scene scene;
+    Node* node = scene.createNode("t", "a");
+    Input* input = node->createInput("x", AttrType::Null);
+    input->setNode(nullptr);
+    EXPECT_EQ(input->type(), AttrType::Node);
+    input->setNode(node);
+    EXPECT_EQ(input->nodeValue(), node);
+    input->assign(AttrData::zero(AttrType::Node));
+    EXPECT_EQ(input->nodeValue(), nullptr);
+}
+
+TEST(Input, emptiesOnNewObjectsAndArrays) {
+    Reading r = readText("t a; a.o.x = 1; a.l[2] = 5;");
+    Input* object = r.input("a.o");
+    Input* array = r.input("a.l");
+    object->assign(AttrData::zero(AttrType::Object));
+    EXPECT_EQ(object->size(), 0U);
+    EXPECT_EQ(object->input("x"), nullptr);
+    EXPECT_NE(object->createInput("x", AttrType::Real), nullptr);
+    EXPECT_EQ(object->createInput("x", AttrType::Int)->type(), AttrType::Real);
+    array->set(AttrData::array(AttrType::Real));
+    EXPECT_EQ(array->elementType(), AttrType::Int) << "set gives an element type only where there is none";
+    EXPECT_EQ(array->size(), 3U);
+    array->assign(AttrData::array(AttrType::Null));
+    EXPECT_EQ(array->size(), 0U);
+    EXPECT_EQ(array->elementType(), AttrType::Int) << "the element type stays";
+    array->assign(AttrData::array(AttrType::Real));
+    EXPECT_EQ(array->elementType(), AttrType::Real);
+    EXPECT_EQ(array->element(0), nullptr);
+    EXPECT_EQ(object->element(0), nullptr);
+    EXPECT_EQ(object->appendElement(), nullptr);
+    EXPECT_EQ(array->createInput("x", AttrType::Int), nullptr);
+}
+
+TEST(Input, countsElementsWithoutAType) {
+    Scene scene;
+    Input* buffers = scene.createNode("t", "a")->createArray("b", AttrType::Null);
+    for (int i = 0; i < 3; ++i)
+        ASSERT_TRUE(buffers->appendElement());
+    EXPECT_EQ(buffers->untypedElements(), 0U) << "not an array of buffers yet";
+    buffers->set(AttrData::array(AttrType::Buffer));
+    EXPECT_EQ(buffers->untypedElements(), 3U);
+    ASSERT_TRUE(buffers->appendElement());
+    EXPECT_EQ(buffers->untypedElements(), 4U);
+    buffers->element(0)->set(AttrData::buffer(DataType::Float));
+    buffers->element(3)->assign(AttrData::buffer(DataType::Float, 2));
+    buffers->element(3)->assign(AttrData::buffer(DataType::Float, 3));
+    EXPECT_EQ(buffers->untypedElements(), 2U);
+    buffers->assign(AttrData::array(AttrType::Null));
+    EXPECT_EQ(buffers->untypedElements(), 0U);
+
+    Input* arrays = scene.findNode("a")->createArray("c", AttrType::Array);
+    ASSERT_TRUE(arrays->appendElement());
+    EXPECT_EQ(arrays->untypedElements(), 1U);
+    arrays->element(0)->set(AttrData::array(AttrType::Int));
+    EXPECT_EQ(arrays->untypedElements(), 0U);
+}
+
+TEST(Input, connectsToOneOutput) {
+    Scene scene;
+    Node* node = scene.createNode("t", "a");
+    Input* input = node->createInput("x", AttrType::Real);
+    Output* first = node->findOutput("first");
+    Output* second = node->findOutput("second");
+    input->connect(first);
+    input->connect(first);
+    EXPECT_EQ(first->connectionCount(), 1U);
+    input->connect(second);
+    EXPECT_EQ(first->connectionCount(), 0U);
+    EXPECT_EQ(input->connection(), second);
+    EXPECT_EQ(input->connection()->node(), node);
+    input->connect(nullptr);
+    EXPECT_EQ(input->connection(), nullptr);
+    EXPECT_EQ(second->connectionCount(), 0U);
+    input->disconnect();
+}
+
+TEST(Input, isSmall) { EXPECT_LE(sizeof(Input), 96U); }
+
+} // namespace vrn::test

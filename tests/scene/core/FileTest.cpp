@@ -1,0 +1,119 @@
+#include "scene/core/File.h"
+#include "tests/support/Reading.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+
+namespace vrn::test {
+
+static std::string readAll(File& file) {
+    std::string text;
+    for (signed char c; file.read(c);)
+        text += static_cast<char>(c);
+    return text;
+}
+
+struct TemporaryFile {
+    explicit TemporaryFile(const std::string& text)
+        : path(std::filesystem::temp_directory_path() / ("vrn_test_" + std::to_string(::getpid()))) {
+        std::ofstream(path, std::ios::binary) << text;
+    }
+    ~TemporaryFile() { std::filesystem::remove(path); }
+    std::filesystem::path path;
+};
+
+TEST(File, readsAPathToItsEnd) {
+    std::string text;
+    for (int i = 0; i < 700000; ++i)
+        text += static_cast<char>(i * 7);
+    const TemporaryFile temporary(text);
+    File file = File::open(temporary.path.c_str());
+    EXPECT_TRUE(file.isOpen());
+    EXPECT_EQ(readAll(file), text);
+    signed char c = 5;
+    EXPECT_FALSE(file.read(c));
+    EXPECT_EQ(c, 5);
+    EXPECT_EQ(file.error(), "");
+}
+
+TEST(File, saysWhyItDoesNotOpen) {
+    File file = File::open("/nonexistent/file.vrn");
+    EXPECT_FALSE(file.isOpen());
+    EXPECT_EQ(file.error(), "No such file or directory");
+    char c = 0;
+    EXPECT_FALSE(file.read(c));
+    EXPECT_FALSE(File::open(String("a\0b", 3)).isOpen());
+    EXPECT_FALSE(File().isOpen());
+}
+
+TEST(File, saysWhyItCannotBeRead) {
+    File file = File::open("/");
+    EXPECT_TRUE(file.isOpen());
+    char c = 0;
+    EXPECT_FALSE(file.read(c));
+    EXPECT_EQ(file.error(), "Is a directory");
+}
+
+TEST(File, copiesShareOnePosition) {
+    File file = File::fromMemory("abc");
+    File copy = file;
+    char c = 0;
+    EXPECT_TRUE(file.read(c));
+    EXPECT_TRUE(copy.read(c));
+    EXPECT_EQ(c, 'b');
+    EXPECT_EQ(readAll(file), "c");
+    EXPECT_FALSE(copy.read(c));
+}
+
+TEST(File, readsMemoryWithoutCopyingIt) {
+    for (const char* text : {"", "short", "a text that is too long for the handle itself"}) {
+        File file = File::fromMemory(text);
+        EXPECT_TRUE(file.isOpen());
+        EXPECT_EQ(readAll(file), text);
+    }
+}
+
+namespace {
+
+// Delivers a text piece by piece, then fails or ends; counts what it is asked after that.
+class Pieces final : public ByteSource {
+public:
+    Pieces(std::string text, bool fails, int& callsBehindTheEnd)
+        : text_(std::move(text)), fails_(fails), callsBehindTheEnd_(callsBehindTheEnd) {}
+    std::size_t read(char* buffer, std::size_t capacity, String& error) override {
+        if (isOver_)
+            ++callsBehindTheEnd_;
+        const std::size_t count = std::min({capacity, text_.size() - at_, std::size_t(3)});
+        text_.copy(buffer, count, at_);
+        at_ += count;
+        isOver_ = count == 0;
+        if (isOver_ && fails_)
+            error = "Input/output error";
+        return count;
+    }
+
+private:
+    std::string text_;
+    std::size_t at_ = 0;
+    bool fails_;
+    bool isOver_ = false;
+    int& callsBehindTheEnd_;
+};
+
+} // namespace
+
+TEST(File, takesBytesFromASourceAndRemembersItsError) {
+    for (const bool fails : {false, true}) {
+        int callsBehindTheEnd = 0;
+        File file = File::fromSource(std::make_unique<Pieces>("abcdefgh", fails, callsBehindTheEnd), 2);
+        EXPECT_EQ(readAll(file), "abcdefgh");
+        char c = 0;
+        EXPECT_FALSE(file.read(c));
+        EXPECT_FALSE(file.read(c));
+        EXPECT_EQ(callsBehindTheEnd, 0);
+        EXPECT_EQ(file.error(), fails ? "Input/output error" : "");
+    }
+}
+
+} // namespace vrn::test
