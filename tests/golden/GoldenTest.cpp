@@ -1,0 +1,118 @@
+// Every text of tests/data against the scene and the log that stand beside it, by each way of reading.
+//
+// `NNN_topic.vrn` has `NNN_topic.json` (the scene) and `NNN_topic.log` (the log and the result). Run
+// with VRN_UPDATE_GOLDENS=1 to write these two anew; then look at the difference.
+#include "tests/support/Reading.h"
+
+#include <algorithm>
+#include <clocale>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <locale>
+#include <sstream>
+
+namespace vrn::test {
+
+namespace fs = std::filesystem;
+
+static std::string contentOf(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+static std::vector<fs::path> goldenTexts() {
+    std::vector<fs::path> paths;
+    for (const char* kind : {"accept", "reject"})
+        for (const auto& entry : fs::directory_iterator(fs::path(VRN_TEST_DATA) / kind))
+            if (entry.path().extension() == ".vrn")
+                paths.push_back(entry.path());
+    std::ranges::sort(paths);
+    return paths;
+}
+
+static void expectGolden(const std::string& text, fs::path path, const char* extension) {
+    path.replace_extension(extension);
+    if (std::getenv("VRN_UPDATE_GOLDENS"))
+        std::ofstream(path, std::ios::binary) << text;
+    EXPECT_EQ(text, contentOf(path)) << path;
+}
+
+// Delivers a text in blocks of other sizes each time.
+class RaggedSource final : public ByteSource {
+public:
+    explicit RaggedSource(std::string text) : text_(std::move(text)) {}
+    std::size_t read(char* buffer, std::size_t capacity, String&) override {
+        size_ = size_ % 5 + 1;
+        const std::size_t count = std::min({capacity, text_.size() - at_, size_});
+        text_.copy(buffer, count, at_);
+        at_ += count;
+        return count;
+    }
+
+private:
+    std::string text_;
+    std::size_t at_ = 0;
+    std::size_t size_ = 0;
+};
+
+template <class Read> static Reading readWith(Read read) {
+    Reading reading;
+    reading.run([&] { return read(reading.scene.get()); });
+    return reading;
+}
+
+class Golden : public testing::TestWithParam<fs::path> {};
+
+TEST_P(Golden, readsAsWritten) {
+    const std::string text = contentOf(GetParam());
+    const Reading reading = readWith([&](Scene* scene) { return parseString(scene, std::string_view(text)); });
+    expectGolden(reading.json(), GetParam(), ".json");
+    expectGolden(reading.logText(), GetParam(), ".log");
+    EXPECT_EQ(reading.isOk, GetParam().parent_path().filename() == "accept");
+
+    const Reading byFile =
+        readWith([&](Scene* scene) { return parseVrn(scene, File::open(GetParam().c_str()), false); });
+    EXPECT_EQ(byFile.json(), reading.json());
+    EXPECT_EQ(byFile.logText(), reading.logText());
+
+    const Reading byPieces = readWith([&](Scene* scene) {
+        return parseVrn(scene, File::fromSource(std::make_unique<RaggedSource>(text), 7), false);
+    });
+    EXPECT_EQ(byPieces.json(), reading.json());
+    EXPECT_EQ(byPieces.logText(), reading.logText());
+}
+
+INSTANTIATE_TEST_SUITE_P(Data, Golden, testing::ValuesIn(goldenTexts()), [](const auto& golden) {
+    std::string name = golden.param.parent_path().filename().string() + "_" + golden.param.stem().string();
+    std::ranges::replace_if(name, [](char c) { return !String::isLetter(c) && !String::isDigit(c); }, '_');
+    return name;
+});
+
+// A decimal comma and grouped digits, as German has them, for the C++ library and, where the set-up
+// has made the locale, for the C library too. Without it the test says so and fails.
+class GermanNumbers : public std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+TEST(Locale, changesNothing) {
+    const std::string text = contentOf(fs::path(VRN_TEST_DATA) / "accept" / "009_numbers.vrn");
+    ASSERT_FALSE(text.empty());
+    const Reading before = readText(String(std::string_view(text)));
+    ASSERT_TRUE(std::setlocale(LC_ALL, "de_DE.UTF-8")) << "make test sets LOCPATH to a folder with this locale";
+    const std::locale outer = std::locale::global(std::locale(std::locale(), new GermanNumbers));
+    const Reading after = readText(String(std::string_view(text)));
+    const std::string json = after.json();
+    const String comma = String::format("%.1f", 0.5);
+    std::locale::global(outer);
+    std::setlocale(LC_ALL, "C");
+    EXPECT_EQ(comma, "0,5") << "the locale was in force";
+    EXPECT_EQ(json, before.json());
+    EXPECT_EQ(after.logText(), before.logText());
+}
+
+} // namespace vrn::test
