@@ -1,0 +1,303 @@
+"""The command, as a person or a script would run it. VRN names the program."""
+import json
+import os
+import pathlib
+import subprocess
+import tempfile
+import unittest
+
+VRN = os.environ["VRN"]
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+DATA = ROOT / "tests" / "data"
+TEXTS = sorted(DATA.glob("accept/*.vrn")) + sorted(DATA.glob("reject/*.vrn"))
+
+
+def run(*arguments, stdin=b"", **more):
+    return subprocess.run([VRN, *map(str, arguments)], input=stdin, capture_output=True, timeout=300, **more)
+
+
+class Folder(unittest.TestCase):
+    """A test in a folder of its own."""
+
+    def setUp(self):
+        temporary = tempfile.TemporaryDirectory()
+        self.addCleanup(temporary.cleanup)
+        self.folder = pathlib.Path(temporary.name)
+
+    def file(self, name, content):
+        path = self.folder / name
+        path.write_bytes(content if isinstance(content, bytes) else content.encode())
+        return path
+
+    def run_here(self, *arguments, **more):
+        return run(*arguments, cwd=self.folder, **more)
+
+
+class Check(Folder):
+    def test_examples_have_no_diagnostics(self):
+        files = sorted((ROOT / "examples").glob("*.vrn"))
+        self.assertGreaterEqual(len(files), 13)
+        result = run("check", *files)
+        self.assertEqual(result.returncode, 0)
+        self.assertEqual(result.stdout.decode(), f"{len(files)} files checked: 0 errors, 0 warnings\n")
+        self.assertEqual(result.stderr, b"")
+
+    def test_text_shows_the_line_and_a_caret(self):
+        self.file("bad.vrn", "t c;\n\tc.x = float[2] {1};\nc.a = \"\u00e4\u00f6\" 5;\n")
+        result = self.run_here("check", "bad.vrn")
+        self.assertEqual(result.returncode, 1)
+        self.assertEqual(
+            result.stdout.decode(),
+            "bad.vrn:2:12: warning: Too few elements (1) for float[2] buffer, remainder set to zero.\n"
+            "\tc.x = float[2] {1};\n"
+            "\t          ^\n"
+            "bad.vrn:3:14: error: BAD TOKEN (3,14): expected ';', found '5'.\n"
+            "c.a = \"\u00e4\u00f6\" 5;\n"
+            "           ^\n"
+            "1 file checked: 1 error, 1 warning\n",
+        )
+
+    def test_position_unknown_has_no_line(self):
+        result = run("check", "-", stdin=b"x = 5;")
+        self.assertEqual(
+            result.stdout.decode(),
+            "<stdin>:0:0: error: PARSE ERROR (0,0): unrecognized token 'x'..\n1 file checked: 1 error, 0 warnings\n",
+        )
+
+    def test_caret_at_the_start_and_behind_the_end_of_a_line(self):
+        self.assertIn(b"<stdin>:1:0: error: INVALID TOKEN (1,0): '?'\n?\n^\n", run("check", "-", stdin=b"?").stdout)
+        self.assertIn(
+            b"<stdin>:1:6: error: INVALID TOKEN (1,6): '?'\nt a;\n    ^\n", run("check", "-", stdin=b"t a;\r\n?").stdout
+        )
+
+    def test_long_lines_are_cut_around_the_caret(self):
+        line = b"t a; a.long = float[1000] {" + b"1 " * 1000 + b"}" + b" " * 500 + b"5" + b";" * 1000
+        lines = run("check", "-", stdin=line).stdout.decode().split("\n")
+        self.assertTrue(lines[1].startswith("...") and lines[1].endswith("..."))
+        self.assertLessEqual(len(lines[1]), 200)
+        self.assertEqual(lines[1][lines[2].index("^")], "5")
+
+    def test_cut_lines_keep_whole_characters(self):
+        line = "t a; a.s = \"" + "\u00e4" * 300 + "\"   5; # " + "\u20ac" * 300
+        lines = run("check", "-", stdin=line.encode()).stdout.decode().split("\n")
+        self.assertNotIn("\\x", lines[1])
+        self.assertEqual(lines[1][lines[2].index("^")], "5")
+
+    def test_control_characters_are_escaped(self):
+        result = run("check", "-", stdin=b"t a; a.s = \"\x1b[31m\" \x07 \"\x1b]0;x\x07%n%s\";")
+        self.assertEqual(
+            result.stdout.decode().split("\n")[0],
+            "<stdin>:1:33: error: BAD TOKEN (1,33): expected ';', found '\"\\x1B]0;x\\x07%n%s\"'.",
+        )
+        lines = result.stdout.decode().split("\n")
+        self.assertEqual(lines[1], "t a; a.s = \"\\x1B[31m\" \\x07 \"\\x1B]0;x\\x07%n%s\";")
+        self.assertEqual(lines[1][lines[2].index("^")], "\"")
+        self.assertNotIn(b"\x1b", result.stdout)
+
+    def test_many_diagnostics_on_one_line_each_have_their_caret(self):
+        text = b"t a;" + b" a.b = true; a.b = 5;" * 300
+        lines = run("check", "-", stdin=text).stdout.decode().split("\n")
+        self.assertEqual(lines[-2], "1 file checked: 0 errors, 300 warnings")
+        for i in range(0, 900, 3):
+            self.assertEqual(lines[i + 1][lines[i + 2].index("^")], ";")
+
+    def test_json_is_one_line_a_file(self):
+        self.file("a.vrn", "t a;")
+        self.file("b.vrn", b"t a; a.f = float[2] {1};\na.x = \"\xc4\";?")
+        result = self.run_here("check", "--format", "json", "a.vrn", "b.vrn")
+        self.assertEqual(result.returncode, 1)
+        lines = result.stdout.decode().splitlines()
+        self.assertEqual(lines[0], '{"file":"a.vrn","ok":true,"diagnostics":[]}')
+        self.assertEqual(
+            json.loads(lines[1]),
+            {
+                "file": "b.vrn",
+                "ok": False,
+                "diagnostics": [
+                    {
+                        "severity": "warning",
+                        "message": "Too few elements (1) for float[2] buffer, remainder set to zero.",
+                        "line": 1,
+                        "column": 16,
+                    },
+                    {"severity": "error", "message": "INVALID TOKEN (2,10): '?'", "line": 2, "column": 10},
+                ],
+            },
+        )
+
+    def test_json_replaces_bytes_that_are_no_text(self):
+        result = run("check", "--format", "json", "-", stdin=b"t a; a.x = 1 \"\xc4\";")
+        self.assertIn("found '\"\ufffd\"'", json.loads(result.stdout)["diagnostics"][0]["message"])
+
+    def test_error_thrown_at_the_start_counts_as_one(self):
+        result = run("check", "--format", "json", "-", stdin=b" ?")
+        self.assertEqual(result.returncode, 1)
+        self.assertEqual(
+            json.loads(result.stdout),
+            {
+                "file": "-",
+                "ok": False,
+                "diagnostics": [
+                    {"severity": "error", "message": "INVALID TOKEN (1,1): '?'", "line": 1, "column": 1}
+                ],
+            },
+        )
+
+    def test_exit_statuses(self):
+        self.file("ok.vrn", "t a;")
+        self.file("warning.vrn", "# version: x")
+        self.file("logged.vrn", "t a; a.b = true; a.b = 1.5;")
+        self.file("failed.vrn", "oops")
+        self.assertEqual(self.run_here("check", "ok.vrn").returncode, 0)
+        self.assertEqual(self.run_here("check", "warning.vrn").returncode, 0)
+        self.assertEqual(self.run_here("check", "--werror", "warning.vrn", "ok.vrn").returncode, 1)
+        self.assertEqual(self.run_here("check", "logged.vrn").returncode, 1)
+        self.assertEqual(self.run_here("check", "failed.vrn", "ok.vrn").returncode, 1)
+
+    def test_unreadable_files_are_said_and_the_others_checked(self):
+        self.file("ok.vrn", "t a; a.b = true; a.b = 1.5;")
+        result = self.run_here("check", "nowhere\x1b.vrn", ".", "ok.vrn")
+        self.assertEqual(result.returncode, 2)
+        self.assertEqual(
+            result.stderr.decode(), "vrn: nowhere\\x1B.vrn: No such file or directory\nvrn: .: Is a directory\n"
+        )
+        self.assertIn("1 file checked: 1 error, 0 warnings; 2 files could not be read\n", result.stdout.decode())
+
+
+class Ways(unittest.TestCase):
+    """Files and standard input are read alike."""
+
+    def test_standard_input_gives_the_same(self):
+        self.assertGreater(len(TEXTS), 50)
+        for path in TEXTS:
+            with self.subTest(path.name):
+                text = path.read_bytes()
+                by_file = run("check", "--format", "json", path)
+                by_input = run("check", "--format", "json", "-", stdin=text)
+                self.assertEqual(by_file.stdout.replace(str(path).encode(), b"-"), by_input.stdout)
+                self.assertEqual(by_file.returncode, by_input.returncode)
+                self.assertEqual(run("dump", path).stdout, run("dump", "-", stdin=text).stdout)
+
+    def test_golden_scenes_and_logs(self):
+        for path in TEXTS:
+            with self.subTest(path.name):
+                dumped = run("dump", path)
+                self.assertEqual(dumped.stdout.decode(), path.with_suffix(".json").read_text())
+                log = path.with_suffix(".log").read_text()
+                self.assertEqual(dumped.returncode, 1 if "error " in log or "result true" not in log else 0)
+
+    def test_compact_and_indented_are_the_same_scene(self):
+        for path in TEXTS:
+            with self.subTest(path.name):
+                compact = run("dump", "--compact", path).stdout
+                self.assertEqual(compact.count(b"\n"), 1)
+                self.assertEqual(json.loads(compact), json.loads(run("dump", path).stdout))
+
+
+class Dump(Folder):
+    def test_scene_is_printed_also_when_the_parse_failed(self):
+        self.file("bad.vrn", "t a; a.x = 1; oops")
+        result = self.run_here("dump", "--compact", "bad.vrn")
+        self.assertEqual(result.returncode, 1)
+        self.assertEqual(json.loads(result.stdout)["nodes"][0]["inputs"], [{"name": "x", "type": "Int", "value": 1}])
+        self.assertIn(b"bad.vrn:1:13: error: PARSE ERROR (1,13): unrecognized token 'oops'..\n", result.stderr)
+
+    def test_data_may_be_left_out(self):
+        result = run("dump", "--no-data", "-", stdin=b"t a; a.x = byte[2] {1 2};")
+        self.assertEqual(
+            json.loads(result.stdout)["nodes"][0]["inputs"],
+            [{"name": "x", "type": "Buffer", "dataType": "Byte", "count": 2}],
+        )
+
+    def test_several_files_follow_each_other(self):
+        self.file("a.vrn", "t a;")
+        self.file("b.vrn", "t b;")
+        result = self.run_here("dump", "--compact", "a.vrn", "nowhere.vrn", "b.vrn")
+        self.assertEqual(result.returncode, 2)
+        names = [json.loads(line)["nodes"][0]["name"] for line in result.stdout.splitlines()]
+        self.assertEqual(names, ["a", "b"])
+
+    def test_full_device_is_reported(self):
+        with open("/dev/full", "wb") as full:
+            result = subprocess.run([VRN, "dump", ROOT / "examples" / "spot.vrn"], stdout=full, stderr=subprocess.PIPE)
+        self.assertEqual(result.returncode, 2)
+        self.assertEqual(result.stderr.decode(), "vrn: standard output: No space left on device\n")
+
+
+class Types(Folder):
+    CATALOGUE = '{"types": {"camera": {"inputs": {"fov": {"type": "Real", "default": 45}}, "outputs": ["image"]}}}'
+
+    def test_nodes_follow_the_catalogue(self):
+        self.file("types.json", self.CATALOGUE)
+        for command in ("check", "dump", "info"):
+            result = self.run_here(command, "--types", "types.json", "-", stdin=b"camera c; camera d; d.x |= c.sound;")
+            self.assertEqual(result.returncode, 0, command)
+            self.assertIn(b"Cannot connect nonexistent output c.sound to d.x.", result.stdout + result.stderr)
+        dumped = self.run_here("dump", "--types", "types.json", "-", stdin=b"camera c;")
+        self.assertEqual(
+            json.loads(dumped.stdout)["nodes"][0]["inputs"], [{"name": "fov", "type": "Real", "value": 45}]
+        )
+
+    def test_bad_catalogue_is_refused_whole(self):
+        self.file("types.json", '{"types": {"a": {},\n"a": {}}}')
+        for command in ("check", "dump", "info"):
+            result = self.run_here(command, "--types", "types.json", "-", stdin=b"t a;")
+            self.assertEqual(result.returncode, 2)
+            self.assertEqual(result.stdout, b"")
+            self.assertEqual(
+                result.stderr.decode(),
+                'types.json:2:3: error: key "a" stands here twice; expected each key once\n',
+            )
+        result = self.run_here("check", "--types", "nowhere.json", "-")
+        self.assertEqual((result.returncode, result.stderr), (2, b"vrn: nowhere.json: No such file or directory\n"))
+
+
+class Info(Folder):
+    def test_sums_up(self):
+        result = run("info", "-", stdin=b"# version: 3\n# time: noon \x1b\ndefine d; d t; d.x = 1; t.b = byte[2] {1 2}; t.r = t; t.i |= t.o;")
+        self.assertEqual(
+            result.stdout.decode(),
+            "<stdin>\n"
+            "  version      3\n"
+            "  time         noon \\x1B\n"
+            "  comments     2\n"
+            "  definitions  1\n"
+            "  nodes        1\n"
+            "               d: 1\n"
+            "  inputs       4\n"
+            "  buffers      1 (2 elements, 2 bytes)\n"
+            "  links        1 connection, 1 reference\n"
+            "  diagnostics  0 errors, 0 warnings\n",
+        )
+        self.assertEqual(result.returncode, 0)
+
+    def test_exit_statuses(self):
+        self.assertEqual(run("info", "-", stdin=b"oops").returncode, 1)
+        self.assertEqual(run("info", "nowhere").returncode, 2)
+
+
+class Usage(unittest.TestCase):
+    def test_help_has_an_example_for_each_command(self):
+        overview = run("--help")
+        self.assertEqual(overview.returncode, 0)
+        for command in ("check", "dump", "info"):
+            self.assertIn(f"vrn {command}", overview.stdout.decode())
+            text = run(command, "--help")
+            self.assertEqual(text.returncode, 0)
+            self.assertIn("Example", text.stdout.decode())
+            self.assertIn(f"vrn {command} ", text.stdout.decode())
+            self.assertIn("Exit status", text.stdout.decode())
+
+    def test_version(self):
+        self.assertRegex(run("--version").stdout.decode(), r"^vrn \d+\.\d+\.\d+\n$")
+
+    def test_wrong_usage(self):
+        for arguments in ([], ["check"], ["frobnicate"], ["check", "--format", "xml", "-"], ["dump", "--bogus", "-"]):
+            result = run(*arguments)
+            self.assertEqual(result.returncode, 2, arguments)
+            self.assertEqual(result.stdout, b"", arguments)
+            self.assertNotEqual(result.stderr, b"", arguments)
+
+
+if __name__ == "__main__":
+    unittest.main()
