@@ -81,9 +81,10 @@ u8* blockOf(AttrData& data) { return reinterpret_cast<u8*>(data.bytes().data());
 
 /// buffer ::= bufferType BRACKETS BRACES   element type, count, and numbers or a compressed payload
 /// bufferType ::= 'char' | 'byte' | ( 'int' | 'uint' ) ( '16' | '32' | '64' ) | 'float' | 'double'
-///              | ( 'vec2' | 'vec3' | 'vec4' ) ( 'f' | 'd' | 'i' | 'u' ) | ( 'pos2' | 'pos3' ) ( 'f' | 'd' | 'i' )
-///              | ( 'mat3' | 'mat4' ) ( 'f' | 'd' | 'i' ) | 'quat' ( 'f' | 'd' ) | ( 'rgb' | 'rgba' ) ( 'f' | 'd' | '8'
-///              ) | ( 'hsv' | 'hsl' ) ( 'f' | 'd' ) | 'argb8' | 'colorref'
+///              | ( 'vec2' | 'vec3' | 'vec4' ) ( 'f' | 'd' | 'i' | 'u' )
+///              | ( 'pos2' | 'pos3' | 'mat3' | 'mat4' ) ( 'f' | 'd' | 'i' )
+///              | ( 'quat' | 'hsv' | 'hsl' ) ( 'f' | 'd' )
+///              | ( 'rgb' | 'rgba' ) ( 'f' | 'd' | '8' ) | 'argb8' | 'colorref'
 bool VrnParser::buffer(AssignInfo& info) {
     if (current().type != Type::Id || ahead(1).type != Type::Brackets || ahead(2).type != Type::Braces)
         return false;

@@ -94,9 +94,9 @@ bool VrnParser::literal(AssignInfo& info, bool& isRead) {
 }
 
 /// keywordScalar ::= ( 'vec2' | 'vec3' | 'vec4' | 'pos2' | 'pos3' | 'quat' | 'mat3' | 'mat4' | 'rgba' ) PARENS
-///
-/// The one form that does not give back what it has consumed when the components cannot be read: the
-/// statement is lost then anyhow, and the error speaks of what follows.
+//
+// The one form that does not give back what it has consumed when the components cannot be read: the
+// statement is lost then anyhow, and the error speaks of what follows.
 bool VrnParser::keywordScalar(AssignInfo& info) {
     if (current().type != Type::Id || ahead(1).type != Type::Parens)
         return false;

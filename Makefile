@@ -1,0 +1,43 @@
+# make run   builds the command and reads an example scene
+# make test  builds everything, with and without sanitizers, and runs every test
+# make format, make goldens, make grammar: see CONTRIBUTING.md
+
+LOCALES := $(CURDIR)/build/locales
+CONFIGURE := cmake -DVRN_WARNINGS_AS_ERRORS=ON -DVRN_LOCALES=$(LOCALES) --log-level=WARNING
+
+.PHONY: run test packages format goldens grammar clean
+
+run: packages
+	@$(CONFIGURE) --preset release >/dev/null
+	@cmake --build --preset release --target vrn_command
+	build/release/vrn check examples/first_scene.vrn
+	build/release/vrn info examples/first_scene.vrn
+
+test: packages $(LOCALES)/de_DE.UTF-8
+	$(CONFIGURE) --preset release
+	cmake --build --preset release
+	$(CONFIGURE) --preset asan
+	cmake --build --preset asan
+	ctest --preset release
+	ctest --preset asan
+
+packages:
+	@scripts/install-packages
+
+# A German locale of our own, so that nobody needs root for it.
+$(LOCALES)/de_DE.UTF-8:
+	@mkdir -p $(LOCALES)
+	localedef -i de_DE -f UTF-8 $@
+
+format:
+	clang-format -i $$(git ls-files '*.h' '*.cpp')
+
+# Writes the expected scenes and logs of tests/data anew.
+goldens:
+	VRN_UPDATE_GOLDENS=1 build/release/tests/vrn_tests --gtest_filter='*Golden*'
+
+grammar:
+	python3 scripts/grammar.py > docs/grammar.md
+
+clean:
+	rm -rf build

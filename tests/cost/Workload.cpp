@@ -1,0 +1,69 @@
+// Reads a made-up text of n units of one kind, for the test that counts instructions.
+#include "impl/Reader.h"
+#include "scene/Scene.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <map>
+#include <string>
+
+using namespace vor;
+using namespace vor::velmo_sdk::impl;
+
+namespace {
+
+std::string repeat(int n, const std::function<std::string(const std::string&)>& unit) {
+    std::string text;
+    for (int i = 0; i < n; ++i)
+        text += unit(std::to_string(i));
+    return text;
+}
+
+using Make = std::function<std::string(int)>;
+
+// A text of n equal units, in which `$` stands for the number of the unit.
+Make units(std::string head, std::string unit, std::string tail = {}) {
+    return [=](int n) {
+        return head + repeat(n, [&](const std::string& i) {
+                   std::string text;
+                   for (const char c : unit)
+                       text += c == '$' ? i : std::string(1, c);
+                   return text;
+               }) + tail;
+    };
+}
+
+const std::map<std::string, Make> workloads = {
+    {"declarations", units("", "t n$;\n")},
+    {"removals", [](int n) { return units("", "define n$;\n")(n) + units("", "remove n$;\n")(n); }},
+    {"scalars_of_one_node", units("t n;", "n.x$ = 1;\n")},
+    {"members_of_one_object", units("t n;", "n.o.x$ = 1;\n")},
+    {"appended_elements", units("t n;", "n.x[*] = 1;\n")},
+    {"elements_by_index", units("t n;", "n.x[$] = 1;\n")},
+    {"buffers_of_one_array", units("t n;", "n.x[*] = byte[1] {1};\n")},
+    {"arrays_of_one_array", units("t n;", "n.x[*][0] = 1;\n")},
+    {"connections", units("t n; t m;", "n.x$ |= m.out;\n")},
+    {"outputs_of_one_node", units("t n; t m;", "n.x$ |= m.out$;\n")},
+    {"references", units("t n; t m;", "n.x$ = m;\n")},
+    {"links_of_many_nodes", units("", "t n$; n$.in |= n$.out; n$.ref = n$;\n")},
+    {"comments", units("", "# comment $\n")},
+    {"one_list", units("t n; n.x = int32[1000000] {", "$ ", "};")},
+    {"one_string", units("t n; n.x = \"", "some text ", "\";")},
+    {"depth_of_one_path", units("t n; n.x", "[0].m", " = 1;")},
+    {"warnings", units("t n; n.b = true;", "n.b = 5;\n")},
+};
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 3) {
+        for (const auto& [name, make] : workloads)
+            std::printf("%s\n", name.c_str());
+        return 0;
+    }
+    const std::string text = workloads.at(argv[1])(std::atoi(argv[2]));
+    const ScopedLogSink silent([](const LogRecord&) {});
+    Scene scene;
+    return parseString(&scene, std::string_view(text)) ? 0 : 1;
+}

@@ -1,0 +1,38 @@
+"""Reading costs instructions in proportion to the text: counted at n and at 4n, so that no clock decides.
+
+WORKLOAD names the program that reads; it lists its workloads when called without arguments."""
+import os
+import re
+import subprocess
+import unittest
+from concurrent.futures import ThreadPoolExecutor
+
+WORKLOAD = os.environ["WORKLOAD"]
+N = 4000
+TOLERANCE = 1.1  # hash tables and vectors grow in steps
+
+
+def instructions(name, n):
+    command = ["valgrind", "--tool=cachegrind", "--cache-sim=no", "--cachegrind-out-file=/dev/null", WORKLOAD, name, str(n)]
+    result = subprocess.run(command, capture_output=True, text=True, check=True)
+    return int(re.search(r"I\s+refs:\s+([\d,]+)", result.stderr).group(1).replace(",", ""))
+
+
+def growth(name):
+    empty, one, four = (instructions(name, n) for n in (0, N, 4 * N))
+    return (four - empty) / (one - empty)
+
+
+class Cost(unittest.TestCase):
+    def test_is_linear(self):
+        names = subprocess.run([WORKLOAD], capture_output=True, text=True, check=True).stdout.split()
+        self.assertGreaterEqual(len(names), 15)
+        with ThreadPoolExecutor(os.cpu_count()) as pool:
+            for name, ratio in zip(names, pool.map(growth, names)):
+                with self.subTest(name):
+                    print(f"{name}: 4 times the text, {ratio:.2f} times the instructions")
+                    self.assertLess(ratio, 4 * TOLERANCE)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,159 @@
+"""The documents say what the program does: their examples are run, their lists held to the sources."""
+import json
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import unittest
+
+VRN = os.environ["VRN"]
+EXAMPLE = os.environ["EXAMPLE"]
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "scripts"))
+sys.dont_write_bytecode = True
+import grammar  # noqa: E402
+
+
+def blocks(path):
+    """The fenced blocks of a document: (language, text)."""
+    return re.findall(r"^```(\w+)\n(.*?)^```$", path.read_text(), re.M | re.S)
+
+
+def messages():
+    """Every text of the reader, by name."""
+    found = {}
+    for header in ("impl/Messages.h", "scene/core/Decompress.h"):
+        text = (ROOT / header).read_text().replace("\\\n", "")
+        for name, message in re.findall(r'MESSAGE\((\w+),(?: \w+,)?\s*"((?:[^"\\]|\\.)*)"\)', text):
+            found[name] = message
+    return found
+
+
+class Format(unittest.TestCase):
+    def test_examples_are_read_as_shown(self):
+        examples = blocks(ROOT / "docs" / "format.md")
+        self.assertGreater(sum(language == "vrn" for language, _ in examples), 12)
+        for (language, text), (next_language, shown) in zip(examples, examples[1:] + [("", "")]):
+            if language != "vrn":
+                continue
+            with self.subTest(text):
+                check = subprocess.run([VRN, "check", "-"], input=text.encode(), capture_output=True).stdout.decode()
+                diagnostics = check[: check.rindex("1 file checked")]
+                self.assertEqual(diagnostics, shown if next_language == "text" else "")
+                if next_language == "json":
+                    dump = subprocess.run([VRN, "dump", "-"], input=text.encode(), capture_output=True).stdout
+                    self.assertEqual(json.loads(dump)["nodes"], json.loads(shown))
+
+
+class Catalogue(unittest.TestCase):
+    def test_example_is_taken(self):
+        examples = [text for language, text in blocks(ROOT / "docs" / "catalogue.md") if language == "json"]
+        self.assertEqual(len(examples), 1)
+        result = subprocess.run([VRN, "dump", "--types", "/dev/stdin", ROOT / "tests/data/accept/004_declarations.vrn"],
+                                input=examples[0].encode(), capture_output=True)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        names = [i["name"] for i in json.loads(result.stdout)["nodes"][0]["inputs"]]
+        self.assertEqual(names, ["fov", "projection", "response", "lenses", "target", "serial"])
+
+
+class Messages(unittest.TestCase):
+    def test_every_message_is_explained_and_no_other(self):
+        document = (ROOT / "docs" / "messages.md").read_text()
+        sections = re.findall(r"^### `([^\n]*)`\n(.*?)(?=^#|\Z)", document, re.M | re.S)
+        self.assertGreater(len(messages()), 30)
+        self.assertEqual(sorted(title for title, _ in sections), sorted(messages().values()))
+        for title, text in sections:
+            self.assertIn("Remedy: ", text, title)
+
+    def test_every_message_stands_in_a_golden_log(self):
+        logs = "".join(p.read_text(errors="replace") for p in (ROOT / "tests" / "data").glob("*/*.log"))
+        # No text can cause the first two; the others need a catalogue.
+        without = {"inputNotFound", "noScene", "badEnumValue", "enumWarning", "cannotConnectOutput"}
+        for name, message in messages().items():
+            pattern = "".join(
+                {"%s": ".*", "%d": r"\d+", "%c": ".", "%llu": r"\d+"}.get(part, re.escape(part))
+                for part in re.split(r"(%s|%d|%c|%llu)", message)
+            )
+            with self.subTest(name):
+                self.assertEqual(bool(re.search(pattern, logs)), name not in without)
+
+
+class Grammar(unittest.TestCase):
+    def test_is_what_the_sources_say(self):
+        self.assertEqual((ROOT / "docs" / "grammar.md").read_text(), grammar.document(), "run `make grammar`")
+
+    def test_every_rule_that_is_used_is_defined(self):
+        text = grammar.document()
+        defined = set(re.findall(r"^([\w-]+) ::=", text, re.M))
+        used = set(re.findall(r"\b[a-z][A-Za-z]+\b", " ".join(re.findall(r"::= (.*?)(?:   |$)", text, re.M))))
+        plain = {"any", "but", "letter", "digit", "hexdigit", "blank", "bracket", "char", "defines"}
+        keywords = set(re.findall(r"'(\w+)'", text))
+        self.assertEqual(used - defined - plain - keywords - {"number"}, set())
+
+
+class Host(unittest.TestCase):
+    def test_every_operation_that_the_reader_calls_is_listed(self):
+        listed = (ROOT / "docs" / "host.md").read_text()
+        called = set()
+        for path in (ROOT / "impl").glob("*.*"):
+            called |= set(re.findall(r"\b(?:scene|target|node|input|array|parent|owner|element\(\w+\)|element)->(\w+)\(", path.read_text()))
+        self.assertGreater(len(called), 25)
+        for name in called - {"parse"}:
+            self.assertRegex(listed, rf"`[^`]*\b{name}\(", name)
+
+
+class Readme(unittest.TestCase):
+    README = ROOT / "README.md"
+
+    def test_commands_print_what_is_shown(self):
+        sessions = [text for language, text in blocks(self.README) if language == "console"]
+        self.assertGreaterEqual(len(sessions), 2)
+        commands = 0
+        for session in sessions:
+            for command, shown in re.findall(r"^\$ (vrn .*)\n((?:(?!\$ ).*\n)*)", session, re.M):
+                commands += 1
+                with self.subTest(command):
+                    result = subprocess.run(command.replace("vrn ", VRN + " ", 1), shell=True, cwd=ROOT,
+                                            stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+                    self.assertEqual(result.stdout.decode(), shown)
+        self.assertGreaterEqual(commands, 3)
+
+    def test_run_target_prints_what_is_shown(self):
+        session = blocks(self.README)[0][1]
+        makefile = (ROOT / "Makefile").read_text()
+        lines = [line.strip() for line in re.findall(r"^\tbuild/release/(vrn .*)$", makefile, re.M)]
+        self.assertEqual(len(lines), 2)
+        for line in lines:
+            output = subprocess.run(line.replace("vrn ", VRN + " ", 1), shell=True, cwd=ROOT, capture_output=True)
+            self.assertIn(output.stdout.decode(), session)
+
+    def test_program_is_the_example(self):
+        self.assertIn((ROOT / "examples" / "read_scene.cpp").read_text(), self.README.read_text())
+        shown = [text for language, text in blocks(self.README) if language == "text"]
+        for scene, output in zip(("first_scene", "dagger"), shown):
+            result = subprocess.run([EXAMPLE, ROOT / "examples" / (scene + ".vrn")], capture_output=True)
+            self.assertEqual((result.stdout.decode(), result.returncode), (output, 0))
+        self.assertGreaterEqual(len(shown), 1)
+
+    def test_example_program_reports_trouble(self):
+        result = subprocess.run([EXAMPLE, "/nowhere"], capture_output=True)
+        self.assertEqual((result.stdout.decode(), result.returncode), ("/nowhere: No such file or directory\n", 1))
+
+    def test_links_lead_somewhere(self):
+        for document in [self.README, *(ROOT / "docs").glob("*.md"), ROOT / "CONTRIBUTING.md"]:
+            for target in re.findall(r"\]\(([^)#:\s]+)\)", document.read_text()):
+                self.assertTrue((document.parent / target).exists(), (document.name, target))
+
+
+class Packages(unittest.TestCase):
+    def test_every_package_has_a_reason(self):
+        reasons = (ROOT / "docs" / "dependencies.md").read_text()
+        packages = [l for l in (ROOT / "packages.txt").read_text().split("\n") if l and not l.startswith("#")]
+        for package in packages:
+            self.assertIn(f"`{package}`", reasons)
+        self.assertEqual(sorted(re.findall(r"`([a-z][a-z0-9+-]+)`(?=[,| ].* \|)", reasons)), sorted(packages))
+
+
+if __name__ == "__main__":
+    unittest.main()
