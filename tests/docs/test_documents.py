@@ -87,7 +87,7 @@ class Grammar(unittest.TestCase):
         text = grammar.document()
         defined = set(re.findall(r"^([\w-]+) ::=", text, re.M))
         used = set(re.findall(r"\b[a-z][A-Za-z]+\b", " ".join(re.findall(r"::= (.*?)(?:   |$)", text, re.M))))
-        plain = {"any", "but", "letter", "digit", "hexdigit", "blank", "bracket", "char", "defines"}
+        plain = {"any", "but", "and", "letter", "digit", "hexdigit", "blank", "bracket", "char", "defines"}
         keywords = set(re.findall(r"'(\w+)'", text))
         self.assertEqual(used - defined - plain - keywords - {"number"}, set())
 
