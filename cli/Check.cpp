@@ -50,47 +50,36 @@ std::string jsonLine(const SceneFile& file) {
 
 struct Totals {
     std::size_t files = 0;
-    std::size_t unreadable = 0;
     std::size_t errors = 0;
     std::size_t warnings = 0;
 };
 
-std::string summary(const Totals& totals) {
+std::string summary(const Totals& totals, std::size_t asked) {
     std::string text(counted(totals.files, "file").view());
     text += " checked: ";
     text += counted(totals.errors, "error").view();
     text += ", ";
     text += counted(totals.warnings, "warning").view();
-    if (totals.unreadable != 0)
-        text += String::format("; %s could not be read", counted(totals.unreadable, "file").buf()).view();
+    if (totals.files != asked)
+        text += String::format("; %s could not be read", counted(asked - totals.files, "file").buf()).view();
     return text + '\n';
 }
 
 } // namespace
 
 int check(const CheckOptions& options) {
-    const auto catalogue = loadCatalogue(options.types);
     const bool isText = options.format == "text";
-    int status = exitOk;
     Totals totals;
-    for (const std::string& name : options.files) {
-        SceneFile file{String(std::string_view(name))};
-        Scene scene;
-        scene.setCatalogue(catalogue);
-        if (!file.read(scene)) {
-            ++totals.unreadable;
-            status = exitTrouble;
-            continue;
-        }
+    int status = forEachScene(options.scenes, [&](const SceneFile& file, const Scene&) {
         ++totals.files;
         totals.errors += file.count(LogSeverity::Error);
         totals.warnings += file.count(LogSeverity::Warning);
-        if (file.hasErrors() || (options.isWarningError && !file.diagnostics().empty()))
-            status = std::max<int>(status, exitErrors);
         print(isText ? file.diagnosticsText() : jsonLine(file));
-    }
+    });
+    if (options.isWarningError && totals.warnings != 0)
+        status = std::max<int>(status, exitErrors);
     if (isText)
-        print(summary(totals));
+        print(summary(totals, options.scenes.files.size()));
     return finishOutput() ? status : exitTrouble;
 }
 

@@ -8,23 +8,26 @@
 
 namespace vrn::cli {
 
+// Which scenes a command reads.
+struct SceneArguments {
+    std::vector<std::string> files; // `-` is standard input
+    std::string types;              // a catalogue, or empty
+};
+
 struct CheckOptions {
-    std::vector<std::string> files;
-    std::string types;           // a catalogue, or empty
+    SceneArguments scenes;
     std::string format = "text"; // or "json"
     bool isWarningError = false;
 };
 
 struct DumpOptions {
-    std::vector<std::string> files;
-    std::string types;
+    SceneArguments scenes;
     bool isCompact = false;
     bool isWithoutData = false;
 };
 
 struct InfoOptions {
-    std::vector<std::string> files;
-    std::string types;
+    SceneArguments scenes;
 };
 
 [[nodiscard]] int check(const CheckOptions& options);

@@ -4,7 +4,6 @@
 #include "scene/Walk.h"
 #include "scene/core/TextEncoding.h"
 
-#include <algorithm>
 #include <map>
 
 namespace vrn::cli {
@@ -77,21 +76,10 @@ std::string describe(const SceneFile& file, const Scene& scene) {
 } // namespace
 
 int info(const InfoOptions& options) {
-    const auto catalogue = loadCatalogue(options.types);
-    int status = exitOk;
-    for (const std::string& name : options.files) {
-        SceneFile file{String(std::string_view(name))};
-        Scene scene;
-        scene.setCatalogue(catalogue);
-        if (!file.read(scene)) {
-            status = exitTrouble;
-            continue;
-        }
+    const int status = forEachScene(options.scenes, [](const SceneFile& file, const Scene& scene) {
         printError(file.diagnosticsText());
         print(describe(file, scene));
-        if (file.hasErrors())
-            status = std::max<int>(status, exitErrors);
-    }
+    });
     return finishOutput() ? status : exitTrouble;
 }
 

@@ -74,23 +74,37 @@ std::string SceneFile::diagnosticsText() const {
     return text;
 }
 
-std::shared_ptr<const Catalogue> loadCatalogue(const std::string& path) {
-    if (path.empty())
-        return nullptr;
-    const String name{std::string_view(path)};
-    File file = File::open(name);
+static std::shared_ptr<const Catalogue> loadCatalogue(const String& path) {
+    File file = File::open(path);
     const std::string text = readAll(file);
     if (!file.error().isEmpty()) {
-        complain(name, file.error());
+        complain(path, file.error());
         throw UnusableCatalogue();
     }
     try {
         return std::make_shared<const Catalogue>(readCatalogue(text));
     } catch (const CatalogueError& error) {
-        printError(String::format("%s:%d:%d: error: %s\n", escapeForTerminal(name).buf(), error.position().line,
+        printError(String::format("%s:%d:%d: error: %s\n", escapeForTerminal(path).buf(), error.position().line,
                                   error.position().column, error.what()));
         throw UnusableCatalogue();
     }
+}
+
+int forEachScene(const SceneArguments& arguments, const std::function<void(const SceneFile&, const Scene&)>& visit) {
+    const auto catalogue = arguments.types.empty() ? nullptr : loadCatalogue(std::string_view(arguments.types));
+    int status = exitOk;
+    for (const std::string& name : arguments.files) {
+        SceneFile file{String(std::string_view(name))};
+        Scene scene;
+        scene.setCatalogue(catalogue);
+        int deserved = exitTrouble;
+        if (file.read(scene)) {
+            visit(file, scene);
+            deserved = file.hasErrors() ? exitErrors : exitOk;
+        }
+        status = std::max(status, deserved);
+    }
+    return status;
 }
 
 } // namespace vrn::cli

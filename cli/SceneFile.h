@@ -1,16 +1,16 @@
 // One file of the command line, read into a scene.
 #pragma once
 
+#include "cli/Commands.h"
 #include "scene/Scene.h"
 #include "scene/core/File.h"
 #include "scene/core/Log.h"
 
-#include <memory>
+#include <functional>
 #include <vector>
 
 namespace vrn::cli {
 
-using vor::velmo_sdk::impl::Catalogue;
 using vor::velmo_sdk::impl::Scene;
 
 class SceneFile {
@@ -44,8 +44,12 @@ private:
     bool isOk_ = false;
 };
 
-// The catalogue of --types, or null for an empty path. Throws UnusableCatalogue, having complained.
+// Reads each file into a scene of its own and hands both to `visit`. A file that cannot be read is left
+// out, with a complaint. Returns the exit status that the files deserve. Throws UnusableCatalogue, having
+// complained, when the catalogue cannot be read.
+[[nodiscard]] int forEachScene(const SceneArguments& arguments,
+                               const std::function<void(const SceneFile&, const Scene&)>& visit);
+
 struct UnusableCatalogue {};
-[[nodiscard]] std::shared_ptr<const Catalogue> loadCatalogue(const std::string& path);
 
 } // namespace vrn::cli

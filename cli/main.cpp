@@ -14,9 +14,9 @@ constexpr const char* exitStatuses =
     "Exit status: 0 all read without an error, 1 an error was found, 2 wrong usage or a\n"
     "file that cannot be opened or read (the other files are still dealt with).\n";
 
-template <class Options> void addFiles(CLI::App& command, Options& options) {
-    command.add_option("FILE", options.files, "Scenes to read; - is standard input")->required();
-    command.add_option("--types", options.types, "Catalogue of node types (JSON) that new nodes follow")
+void addScenes(CLI::App& command, SceneArguments& scenes) {
+    command.add_option("FILE", scenes.files, "Scenes to read; - is standard input")->required();
+    command.add_option("--types", scenes.types, "Catalogue of node types (JSON) that new nodes follow")
         ->type_name("CATALOGUE.json");
 }
 
@@ -41,7 +41,7 @@ int run(int argc, char** argv) {
     CLI::App* checkCommand = addCommand(app, "check", "Say what is wrong with scenes, and where",
                                         "  vrn check --werror examples/*.vrn\n"
                                         "  generate-scene | vrn check --format json -");
-    addFiles(*checkCommand, checkOptions);
+    addScenes(*checkCommand, checkOptions.scenes);
     checkCommand->add_option("--format", checkOptions.format, "How to say it: text, or json (one line a file)")
         ->check(CLI::IsMember({"text", "json"}))
         ->type_name("");
@@ -50,13 +50,13 @@ int run(int argc, char** argv) {
     DumpOptions dumpOptions;
     CLI::App* dumpCommand =
         addCommand(app, "dump", "Print scenes as JSON", "  vrn dump --compact scene.vrn | jq '.nodes[].name'");
-    addFiles(*dumpCommand, dumpOptions);
+    addScenes(*dumpCommand, dumpOptions.scenes);
     dumpCommand->add_flag("--compact", dumpOptions.isCompact, "One line a file");
     dumpCommand->add_flag("--no-data", dumpOptions.isWithoutData, "Leave out the numbers of buffers");
 
     InfoOptions infoOptions;
     CLI::App* infoCommand = addCommand(app, "info", "Sum scenes up for people", "  vrn info examples/first_scene.vrn");
-    addFiles(*infoCommand, infoOptions);
+    addScenes(*infoCommand, infoOptions.scenes);
 
     try {
         app.parse(argc, argv);
