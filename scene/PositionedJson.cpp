@@ -1,7 +1,6 @@
 #include "scene/PositionedJson.h"
 
 #include <rapidjson/encodedstream.h>
-#include <rapidjson/error/en.h>
 #include <rapidjson/memorystream.h>
 #include <rapidjson/reader.h>
 
@@ -19,7 +18,6 @@ public:
     explicit TreeBuilder(const Stream& stream) : stream_(stream) {}
 
     [[nodiscard]] JsonValue takeRoot() { return std::move(root_); }
-    [[nodiscard]] bool isTooDeep() const noexcept { return open_.size() >= maximumDepth; }
 
     bool Null() { return add({}); }
     bool Bool(bool value) { return add({.kind = JsonValue::Kind::Bool, .boolean = value}); }
@@ -61,7 +59,7 @@ private:
 
     // A container cannot move while it is open: its parent gets no other item before it is closed.
     bool open(JsonValue::Kind kind) {
-        if (isTooDeep())
+        if (open_.size() == maximumDepth)
             return false;
         add({.kind = kind}, stream_.Tell()); // the bracket is announced before it is taken
         open_.push_back(open_.empty() ? &root_ : &open_.back()->items.back());
@@ -80,6 +78,41 @@ private:
     std::size_t keyOffset_ = 0;
 };
 
+// What the reader expected where it stopped.
+const char* expectation(rapidjson::ParseErrorCode code) {
+    switch (code) {
+    case rapidjson::kParseErrorDocumentEmpty:
+        return "expected a JSON value, found nothing";
+    case rapidjson::kParseErrorDocumentRootNotSingular:
+        return "expected nothing behind the first JSON value";
+    case rapidjson::kParseErrorObjectMissName:
+        return "expected a key between double quotes";
+    case rapidjson::kParseErrorObjectMissColon:
+        return "expected ':' behind the key";
+    case rapidjson::kParseErrorObjectMissCommaOrCurlyBracket:
+        return "expected ',' or '}'";
+    case rapidjson::kParseErrorArrayMissCommaOrSquareBracket:
+        return "expected ',' or ']'";
+    case rapidjson::kParseErrorStringUnicodeEscapeInvalidHex:
+    case rapidjson::kParseErrorStringUnicodeSurrogateInvalid:
+    case rapidjson::kParseErrorStringEscapeInvalid:
+        return "expected a valid escape in the string";
+    case rapidjson::kParseErrorStringMissQuotationMark:
+        return "expected the string to end";
+    case rapidjson::kParseErrorStringInvalidEncoding:
+        return "expected UTF-8";
+    case rapidjson::kParseErrorNumberTooBig:
+        return "expected a number that a double can hold";
+    case rapidjson::kParseErrorNumberMissFraction:
+    case rapidjson::kParseErrorNumberMissExponent:
+        return "expected a digit";
+    case rapidjson::kParseErrorTermination:
+        return "expected values nested at most 64 deep";
+    default:
+        return "expected a JSON value";
+    }
+}
+
 } // namespace
 
 JsonValue readJson(std::string_view text) {
@@ -91,8 +124,7 @@ JsonValue readJson(std::string_view text) {
     rapidjson::Reader reader;
     const rapidjson::ParseResult result = reader.Parse<flags>(stream, builder);
     if (!result)
-        throw JsonError(builder.isTooDeep() ? "values are nested too deep" : rapidjson::GetParseError_En(result.Code()),
-                        result.Offset());
+        throw JsonError(expectation(result.Code()), result.Offset());
     return builder.takeRoot();
 }
 

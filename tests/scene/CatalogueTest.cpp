@@ -132,8 +132,17 @@ TEST(Catalogue, refusesWhatBreaksItsRules) {
         i32 column;
         const char* text;
     } cases[] = {
-        {"", 1, 1, "The document is empty."},
-        {"{\"types\": {}} x", 1, 15, "The document root must not be followed by other values."},
+        {"", 1, 1, "expected a JSON value, found nothing"},
+        {"{\"types\": {}} x", 1, 15, "expected nothing behind the first JSON value"},
+        {"{", 1, 2, "expected a key between double quotes"},
+        {"{\"types\"}", 1, 9, "expected ':' behind the key"},
+        {"{\"types\": {} \"x\"", 1, 14, "expected ',' or '}'"},
+        {"{\"types\": [1 2]}", 1, 14, "expected ',' or ']'"},
+        {"{\"types\": nul}", 1, 14, "expected a JSON value"},
+        {"{\"types\": 1e999}", 1, 11, "expected a number that a double can hold"},
+        {"{\"types\": 1.}", 1, 13, "expected a digit"},
+        {"{\"types\": \"\\q\"}", 1, 12, "expected a valid escape in the string"},
+        {"{\"types\": \"", 1, 12, "expected the string to end"},
         {"[]", 1, 1, "expected an object with the key \"types\""},
         {"{\"kinds\": {}}", 1, 8, "unknown key \"kinds\"; expected \"types\""},
         {"{\"types\": 5}", 1, 11, "expected an object of node types by name"},
@@ -178,7 +187,7 @@ TEST(Catalogue, refusesWhatBreaksItsRules) {
         {R"({"types": {"a": {"renamedInputs": {"o": 5}}}})", 1, 41, "expected the current name of an input"},
         {R"({"types": {"a": {"renamedOutputs": 5}}})", 1, 36, "expected an object of current output names by old ones"},
         {"{\"types\": {\"a\\u001b\": 1}}", 1, 23, "expected an object that describes a node type"},
-        {"{\"types\": {\"\xC4\": {}}}", 1, 13, "Invalid encoding in string."},
+        {"{\"types\": {\"\xC4\": {}}}", 1, 13, "expected UTF-8"},
     };
     for (const auto& c : cases) {
         try {
