@@ -1,6 +1,7 @@
 #include "cli/Commands.h"
 #include "cli/Console.h"
 #include "cli/SceneFile.h"
+#include "scene/RapidJson.h"
 #include "scene/core/TextEncoding.h"
 
 #include <algorithm>
@@ -18,7 +19,7 @@ using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
 void writeText(JsonWriter& writer, const char* key, const String& text) {
     const String utf8 = toUtf8(text);
     writer.Key(key);
-    writer.String(utf8.buf(), static_cast<rapidjson::SizeType>(utf8.len()));
+    writer.String(utf8.buf(), utf8.len());
 }
 
 void writeDiagnostic(JsonWriter& writer, const LogRecord& record) {

@@ -98,9 +98,13 @@ int forEachScene(const SceneArguments& arguments, const std::function<void(const
         Scene scene;
         scene.setCatalogue(catalogue);
         int deserved = exitTrouble;
-        if (file.read(scene)) {
-            visit(file, scene);
-            deserved = file.hasErrors() ? exitErrors : exitOk;
+        try {
+            if (file.read(scene)) {
+                visit(file, scene);
+                deserved = file.hasErrors() ? exitErrors : exitOk;
+            }
+        } catch (const std::bad_alloc&) {
+            complain(file.displayName(), "out of memory");
         }
         status = std::max(status, deserved);
     }

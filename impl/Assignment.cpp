@@ -116,7 +116,9 @@ Input* VrnParser::elementInput(Input* array, const Step& step) {
 u64 VrnParser::elementIndex(Input* array, const Token& brackets) {
     const String text = brackets.text.trimChars("[]");
     u64 index = array->size();
-    if ((text != "*" && !String::parse(text, index)) || index >= scene->limits().arrayElements)
+    const bool isIndex = text == "*" || String::parse(text, index);
+    const bool canGrow = index < array->size() || index < scene->limits().arrayElements;
+    if (!isIndex || !canGrow)
         parseError(messages::invalidArrayIndex, text.buf());
     return index;
 }
@@ -175,7 +177,10 @@ bool VrnParser::refuses(Input* input, const AssignInfo& info) {
     return true;
 }
 
+// Whether an element of an array of buffers or arrays may be given a type.
 static bool isUntyped(const Input* element, AttrType type) {
+    if (element->type() != AttrType::Null && element->type() != type)
+        return false;
     return type == AttrType::Buffer ? element->dataType() == DataType::Null : element->elementType() == AttrType::Null;
 }
 

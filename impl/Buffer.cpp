@@ -75,6 +75,16 @@ template <class Real> bool readReal(std::string_view text, u8* out) {
     return true;
 }
 
+// Runs what needs memory for as many bytes as the text asks for; false when there are not so many.
+template <class Allocate> bool tryAllocate(Allocate allocate) {
+    try {
+        allocate();
+        return true;
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
+
 u8* blockOf(AttrData& data) { return reinterpret_cast<u8*>(data.bytes().data()); }
 
 } // namespace
@@ -113,11 +123,8 @@ void VrnParser::readElementCount(AssignInfo& info, DataType type) {
     if (!String::parse(head.trimChars("[]"), count, String::Radix::Auto) ||
         count > scene->limits().bufferBytes / elementSize)
         parseError(messages::invalidElementCount, head.buf());
-    try {
-        info.data = AttrData::buffer(type, count);
-    } catch (const std::bad_alloc&) {
+    if (!tryAllocate([&] { info.data = AttrData::buffer(type, count); }))
         parseError(messages::invalidElementCount, head.buf());
-    }
 }
 
 /// payload ::= '{' '.' ( hexdigit hexdigit | ' ' )* '}'   a zlib stream, for elements of bytes only
@@ -125,8 +132,10 @@ void VrnParser::readPayload(AssignInfo& info) {
     const String& body = info.bufferBodyToken.text;
     const std::span<std::byte> block = info.data.bytes();
     String error;
-    const DecompressedBytes inflated =
-        decompress(reinterpret_cast<const u8*>(body.buf()) + 1, body.len() - 2, error, block.size());
+    DecompressedBytes inflated;
+    const u8* payload = reinterpret_cast<const u8*>(body.buf()) + 1;
+    if (!tryAllocate([&] { inflated = decompress(payload, body.len() - 2, error, block.size()); }))
+        parseError(messages::invalidElementCount, info.bufferHeadToken.text.buf());
     if (inflated.length == 0)
         parseError("%s", error.buf());
     std::memcpy(block.data(), inflated.bytes.get(), inflated.length);

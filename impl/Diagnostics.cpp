@@ -7,18 +7,27 @@ namespace vor::velmo_sdk::impl {
 void VrnParser::parseError(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    internalError(parseErrorKind, format, arguments);
+    try {
+        internalError(parseErrorKind, format, arguments);
+    } catch (...) {
+        va_end(arguments);
+        throw;
+    }
 }
 
 void VrnParser::bufferError(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    internalError(bufferErrorKind, format, arguments);
+    try {
+        internalError(bufferErrorKind, format, arguments);
+    } catch (...) {
+        va_end(arguments);
+        throw;
+    }
 }
 
 void VrnParser::internalError(const String& kind, const char* format, va_list arguments) {
     const String text = String::formatv(format, arguments);
-    va_end(arguments);
     throw ReadError(String::format(messages::decoratedError, kind.buf(), prevToken.line, prevToken.column, text.buf()),
                     position());
 }

@@ -28,9 +28,25 @@ void AttrData::swap(AttrData& other) noexcept {
 }
 
 AttrData AttrData::zero(AttrType type) {
+    switch (type) {
+    case AttrType::Bool:
+        return boolean(false);
+    case AttrType::Int:
+        return integer(0);
+    case AttrType::UInt:
+        return unsignedInteger(0);
+    case AttrType::String:
+        return string("");
+    case AttrType::Buffer:
+        return buffer(DataType::Null);
+    default:
+        break;
+    }
     AttrData value(type, 0);
-    if (value.hasBlock() && type != AttrType::Buffer)
-        value.allocate(type == AttrType::String ? 0 : componentCount(type));
+    if (value.hasBlock())
+        value.allocate(componentCount(type));
+    else if (componentCount(type) != 0)
+        value.store_.reals[0] = value.store_.reals[1] = 0;
     return value;
 }
 

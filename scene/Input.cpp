@@ -129,6 +129,8 @@ Input* Input::appendElement() {
 u64 Input::untypedElements() const noexcept { return extras_ ? extras_->untypedElements : 0; }
 
 bool Input::isUntyped(AttrType asElementOf) const noexcept {
+    if (type() != AttrType::Null && type() != asElementOf)
+        return false; // a stranger, such as a node reference made before the array had a type
     return (asElementOf == AttrType::Buffer && dataType() == DataType::Null) ||
            (asElementOf == AttrType::Array && elementType() == AttrType::Null);
 }

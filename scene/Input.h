@@ -73,8 +73,8 @@ public:
     // holds as many as the scene allows.
     Input* appendElement();
 
-    // How many elements of an array of buffers have no DataType, or of an array of arrays no element
-    // type; 0 for all others. O(1).
+    // How many elements of an array of buffers may still be given a DataType, or of an array of arrays
+    // an element type; 0 for all others. O(1).
     [[nodiscard]] u64 untypedElements() const noexcept;
 
     // The connection. connect(null) is disconnect().

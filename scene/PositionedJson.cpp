@@ -1,5 +1,7 @@
 #include "scene/PositionedJson.h"
 
+#include "scene/RapidJson.h"
+
 #include <rapidjson/encodedstream.h>
 #include <rapidjson/memorystream.h>
 #include <rapidjson/reader.h>

@@ -1,5 +1,6 @@
 #include "scene/SceneJson.h"
 
+#include "scene/RapidJson.h"
 #include "scene/core/NumberText.h"
 #include "scene/core/TextEncoding.h"
 
@@ -256,7 +257,7 @@ private:
 
     void text(const String& text) {
         const String utf8 = toUtf8(text);
-        writer_.String(utf8.buf(), static_cast<rapidjson::SizeType>(utf8.len()));
+        writer_.String(utf8.buf(), utf8.len());
     }
 
     template <class Real> void real(Real value) {
@@ -265,7 +266,7 @@ private:
         if (std::isfinite(value))
             writer_.RawValue(number.data(), number.size(), rapidjson::kNumberType);
         else
-            writer_.String(number.data(), static_cast<rapidjson::SizeType>(number.size()));
+            writer_.String(number.data(), number.size());
     }
 
     Writer& writer_;

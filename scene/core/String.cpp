@@ -324,7 +324,7 @@ String String::formatv(const char* format, va_list arguments) {
     }
     va_end(again);
     if (length < 0)
-        return {};
+        return "(a text of more than 2 GiB)"; // beyond what printf can count
     return large.empty() ? String(small, static_cast<std::size_t>(length)) : String(std::string_view(large));
 }
 

@@ -98,8 +98,9 @@ public:
     // FNV-1a of 64 bits (Fowler, Noll, Vo). Linear in the length.
     [[nodiscard]] u64 hash() const noexcept;
 
-    // printf-style. %s ends at a NUL; numbers with a decimal point follow the locale of the process,
-    // so real numbers are to be written with the functions of NumberText.h instead.
+    // printf-style, for results of less than 2 GiB; a longer one is replaced by words that say so. %s ends at a NUL;
+    // numbers with a decimal point follow the locale of the process, so real numbers are to be written with the
+    // functions of NumberText.h instead.
     [[nodiscard]] static String format(const char* format, ...) __attribute__((format(printf, 1, 2)));
     [[nodiscard]] static String formatv(const char* format, va_list arguments) __attribute__((format(printf, 1, 0)));
 

@@ -154,6 +154,17 @@ class Check(Folder):
         self.assertEqual(self.run_here("check", "logged.vrn").returncode, 1)
         self.assertEqual(self.run_here("check", "failed.vrn", "ok.vrn").returncode, 1)
 
+    def test_no_memory_for_one_file_leaves_the_others(self):
+        self.file("large.vrn", "t a; " + "".join(f"a.b{i} = mat4d[1000000] {{1}};" for i in range(40)))
+        self.file("ok.vrn", "t a;")
+        if b"asan" in pathlib.Path(VRN).read_bytes():
+            self.skipTest("the sanitizers need more room than the test gives")
+        limited = ["sh", "-c", 'ulimit -v 1000000; exec "$0" "$@"', VRN, "check", "large.vrn", "ok.vrn"]
+        result = subprocess.run(limited, cwd=self.folder, capture_output=True, timeout=60)
+        self.assertEqual(result.returncode, 1)
+        self.assertIn(b"invalid buffer element count: [1000000]", result.stdout)
+        self.assertIn(b"2 files checked: 1 error, ", result.stdout)
+
     def test_unreadable_files_are_said_and_the_others_checked(self):
         self.file("ok.vrn", "t a; a.b = true; a.b = 1.5;")
         result = self.run_here("check", "nowhere\x1b.vrn", ".", "ok.vrn")

@@ -116,6 +116,14 @@ TEST(Assignment, leavesAnArrayAloneThatItRefuses) {
     EXPECT_EQ(r.input("a.x")->size(), 3U);
 }
 
+TEST(Assignment, writesElementsThatAreThereWhateverTheLimit) {
+    Reading r = readText("t a; a.x[4] = 1;");
+    r.scene->setLimits({.arrayElements = 2});
+    readMore(r, "a.x[4] = 2;");
+    EXPECT_EQ(r.log, Log{});
+    EXPECT_EQ(r.value("a.x[4]").asInt(), 2);
+}
+
 TEST(Assignment, givesUntypedInputsOnTheWayTheirType) {
     Reading r = readText("t a; a.n |= null; a.m |= null; a.n.x = 1; a.m[1] = 2;");
     EXPECT_EQ(r.log, Log{});
@@ -165,6 +173,15 @@ TEST(Assignment, givesBuffersBesideItTheirElementType) {
     EXPECT_EQ(r.input("a.b[3]")->dataType(), DataType::Double);
     readMore(r, "a.b[0] = float[1] {1}; a.b[0] = double[1] {1};");
     EXPECT_EQ(r.log[0].text, "TYPE ERROR (1,46): expected Buffer @ a.b[0] but found Double.");
+}
+
+TEST(Assignment, passesByElementsThatTakeNoType) {
+    Reading r = readText("t a; a.b[0] = a; a.c[0] = a;");
+    readMore(r, "a.b[*] = float[1] {5}; a.c[1][0] = 5;");
+    EXPECT_EQ(r.log, Log{});
+    EXPECT_EQ(r.input("a.b[0]")->nodeValue(), &r.node("a"));
+    EXPECT_EQ(r.input("a.b")->untypedElements(), 0U) << "or every write would look at all elements";
+    EXPECT_EQ(r.input("a.c")->untypedElements(), 0U);
 }
 
 TEST(Assignment, passesBuffersOnWithoutACopy) {
