@@ -27,7 +27,8 @@ packages:
 # A German locale of our own, so that nobody needs root for it.
 $(LOCALES)/de_DE.UTF-8:
 	@mkdir -p $(LOCALES)
-	localedef -i de_DE -f UTF-8 $@
+	localedef -i de_DE -f UTF-8 $@.new
+	mv $@.new $@
 
 format:
 	clang-format -i $$(git ls-files '*.h' '*.cpp')

@@ -72,10 +72,15 @@ int check(const CheckOptions& options) {
     const bool isText = options.format == "text";
     Totals totals;
     int status = forEachScene(options.scenes, [&](const SceneFile& file, const Scene&) {
+        if (!isText)
+            print(jsonLine(file));
+        if (!file.isWhole())
+            return;
         ++totals.files;
         totals.errors += file.count(LogSeverity::Error);
         totals.warnings += file.count(LogSeverity::Warning);
-        print(isText ? file.diagnosticsText() : jsonLine(file));
+        if (isText)
+            print(file.diagnosticsText());
     });
     if (options.isWarningError && totals.warnings != 0)
         status = std::max<int>(status, exitErrors);

@@ -9,6 +9,8 @@ using namespace vor;
 
 int dump(const DumpOptions& options) {
     const int status = forEachScene(options.scenes, [&](const SceneFile& file, const Scene& scene) {
+        if (!file.isWhole())
+            return;
         printError(file.diagnosticsText());
         writeSceneJson(scene, {.isCompact = options.isCompact, .hasBufferData = !options.isWithoutData}, print);
     });

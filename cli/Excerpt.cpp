@@ -48,12 +48,10 @@ public:
             excerpts_[order_[open_++]].isCutBehind = true;
         for (std::size_t i = open_; i < next_; ++i) {
             const i64 caret = caretColumn(positions_[order_[i]]);
+            if (column < caret - widthBefore)
+                return; // and so are the windows of all that follow
             Excerpt& excerpt = excerpts_[order_[i]];
-            if (column < caret - widthBefore) {
-                for (; i < next_; ++i)
-                    excerpts_[order_[i]].isCutBefore = true;
-                return;
-            }
+            excerpt.isCutBefore = caret > widthBefore + 1;
             excerpt.text += c;
             excerpt.caret += column < caret ? 1 : 0;
         }

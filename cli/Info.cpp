@@ -77,6 +77,8 @@ std::string describe(const SceneFile& file, const Scene& scene) {
 
 int info(const InfoOptions& options) {
     const int status = forEachScene(options.scenes, [](const SceneFile& file, const Scene& scene) {
+        if (!file.isWhole())
+            return;
         printError(file.diagnosticsText());
         print(describe(file, scene));
     });

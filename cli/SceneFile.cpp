@@ -7,6 +7,7 @@
 #include "scene/core/TextEncoding.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <string>
 
 namespace vrn::cli {
@@ -21,31 +22,29 @@ static std::string readAll(File& file) {
     return text;
 }
 
-bool SceneFile::read(Scene& scene) {
-    if (isStandardInput()) {
-        File input = File::standardInput();
-        standardInput_ = std::string_view(readAll(input));
-        if (!input.error().isEmpty()) {
-            complain(displayName(), input.error());
-            return false;
-        }
-    }
+void SceneFile::read(Scene& scene) {
+    std::error_code ignored;
+    if (isStandardInput() || !std::filesystem::is_regular_file(argument_.buf(), ignored))
+        keep();
     const File file = open();
-    if (file.isOpen()) {
-        const ScopedLogSink sink([this](const LogRecord& record) { diagnostics_.push_back(record); });
-        try {
-            isOk_ = parseVrn(&scene, file, false);
-        } catch (const ReadError& error) {
-            diagnostics_.push_back({LogSeverity::Error, error.what(), error.position()});
-        }
+    const ScopedLogSink sink([this](const LogRecord& record) { diagnostics_.push_back(record); });
+    try {
+        isOk_ = parseVrn(&scene, file, false);
+    } catch (const ReadError& error) {
+        diagnostics_.push_back({LogSeverity::Error, error.what(), error.position()});
     }
-    if (file.error().isEmpty())
-        return true;
-    complain(displayName(), file.error());
-    return false;
+    if (readError_.isEmpty())
+        readError_ = file.error();
 }
 
-File SceneFile::open() const { return isStandardInput() ? File::fromMemory(standardInput_) : File::open(argument_); }
+void SceneFile::keep() {
+    File file = isStandardInput() ? File::standardInput() : File::open(argument_);
+    kept_ = std::string_view(readAll(file));
+    readError_ = file.error();
+    isKept_ = true;
+}
+
+File SceneFile::open() const { return isKept_ ? File::fromMemory(kept_) : File::open(argument_); }
 
 std::size_t SceneFile::count(LogSeverity severity) const noexcept {
     return static_cast<std::size_t>(
@@ -97,15 +96,15 @@ int forEachScene(const SceneArguments& arguments, const std::function<void(const
         SceneFile file{String(std::string_view(name))};
         Scene scene;
         scene.setCatalogue(catalogue);
-        int deserved = exitTrouble;
         try {
-            if (file.read(scene)) {
-                visit(file, scene);
-                deserved = file.hasErrors() ? exitErrors : exitOk;
-            }
+            file.read(scene);
+            visit(file, scene);
         } catch (const std::bad_alloc&) {
-            complain(file.displayName(), "out of memory");
+            file.giveUp("out of memory");
         }
+        if (!file.isWhole())
+            complain(file.displayName(), file.readError());
+        const int deserved = !file.isWhole() ? exitTrouble : file.hasErrors() ? exitErrors : exitOk;
         status = std::max(status, deserved);
     }
     return status;

@@ -15,18 +15,24 @@ using vor::velmo_sdk::impl::Scene;
 
 class SceneFile {
 public:
-    // `-` is standard input, whose text is kept so that its lines can be shown.
+    // `-` is standard input. What can be read only once, a pipe for one, is kept so that its lines can be
+    // shown.
     explicit SceneFile(vor::String argument) : argument_(std::move(argument)) {}
 
-    // Reads the file into `scene`. False, with a complaint, when it cannot be opened or read to its end.
-    [[nodiscard]] bool read(Scene& scene);
+    // Reads the file into `scene`.
+    void read(Scene& scene);
+
+    // Whether all of the file could be read; if not, readError() says why.
+    [[nodiscard]] bool isWhole() const noexcept { return readError_.isEmpty(); }
+    [[nodiscard]] const vor::String& readError() const noexcept { return readError_; }
+    void giveUp(const vor::String& reason) { readError_ = reason; }
 
     // What the reader said: its result, and everything that it logged. An error that it throws counts
-    // as one logged.
-    [[nodiscard]] bool isOk() const noexcept { return isOk_; }
+    // as one logged. A file of which a part is missing is not ok.
+    [[nodiscard]] bool isOk() const noexcept { return isOk_ && isWhole(); }
     [[nodiscard]] const std::vector<vor::LogRecord>& diagnostics() const noexcept { return diagnostics_; }
     [[nodiscard]] std::size_t count(vor::LogSeverity severity) const noexcept;
-    [[nodiscard]] bool hasErrors() const noexcept { return !isOk_ || count(vor::LogSeverity::Error) != 0; }
+    [[nodiscard]] bool hasErrors() const noexcept { return !isOk() || count(vor::LogSeverity::Error) != 0; }
 
     [[nodiscard]] const vor::String& argument() const noexcept { return argument_; }
     [[nodiscard]] vor::String displayName() const;
@@ -37,16 +43,19 @@ public:
 private:
     [[nodiscard]] bool isStandardInput() const noexcept { return argument_ == "-"; }
     [[nodiscard]] vor::File open() const;
+    void keep();
 
     vor::String argument_;
-    vor::String standardInput_;
+    vor::String kept_; // the text, if it can be read only once
+    bool isKept_ = false;
     std::vector<vor::LogRecord> diagnostics_;
+    vor::String readError_;
     bool isOk_ = false;
 };
 
-// Reads each file into a scene of its own and hands both to `visit`. A file that cannot be read is left
-// out, with a complaint. Returns the exit status that the files deserve. Throws UnusableCatalogue, having
-// complained, when the catalogue cannot be read.
+// Reads each file into a scene of its own and hands both to `visit`, also when a part of the file could
+// not be read; then complains of it. Returns the exit status that the files deserve. Throws
+// UnusableCatalogue, having complained, when the catalogue cannot be read.
 [[nodiscard]] int forEachScene(const SceneArguments& arguments,
                                const std::function<void(const SceneFile&, const Scene&)>& visit);
 

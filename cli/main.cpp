@@ -2,6 +2,7 @@
 #include "cli/Commands.h"
 #include "cli/Console.h"
 #include "cli/SceneFile.h"
+#include "scene/core/TextEncoding.h"
 
 #include <CLI/CLI.hpp>
 #include <new>
@@ -14,9 +15,29 @@ constexpr const char* exitStatuses =
     "Exit status: 0 all read without an error, 1 an error was found, 2 wrong usage or a\n"
     "file that cannot be opened or read (the other files are still dealt with).\n";
 
+// The argument library takes `[a,b]` for a list, but a file may be called so: such arguments are parsed
+// behind a character that is taken off again.
+constexpr char shield = '\x01';
+
+std::string unshield(std::string argument) {
+    if (argument.starts_with(shield))
+        argument.erase(0, 1);
+    return argument;
+}
+
+// The arguments as the library wants them: without the program's name, the last one first.
+std::vector<std::string> shielded(int argc, char** argv) {
+    std::vector<std::string> arguments;
+    for (int i = argc - 1; i > 0; --i)
+        arguments.push_back((*argv[i] == '[' ? std::string(1, shield) : std::string()) + argv[i]);
+    return arguments;
+}
+
 void addScenes(CLI::App& command, SceneArguments& scenes) {
-    command.add_option("FILE", scenes.files, "Scenes to read; - is standard input")->required();
+    command.add_option("FILE", scenes.files, "Scenes to read; - is standard input")->required()->transform(unshield);
     command.add_option("--types", scenes.types, "Catalogue of node types (JSON) that new nodes follow")
+        ->transform(unshield)
+        ->check([](const std::string& name) { return name.empty() ? "the name is empty" : ""; })
         ->type_name("CATALOGUE.json");
 }
 
@@ -26,11 +47,16 @@ CLI::App* addCommand(CLI::App& app, const char* name, const char* what, const st
     return command;
 }
 
+int misused(const std::string& reason) {
+    printError("vrn: " + std::string(vor::escapeForTerminal(reason).view()) + "\nvrn --help tells more.\n");
+    return exitTrouble;
+}
+
 int run(int argc, char** argv) {
     CLI::App app("Reads scenes in the VRN text format: checks them, shows them, sums them up.", "vrn");
     app.set_version_flag("--version", "vrn " VRN_VERSION);
     app.set_help_flag("-h,--help", "Show this help");
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);
     app.footer("Examples:\n"
                "  vrn check scene.vrn                    what is wrong, and where\n"
                "  vrn dump --no-data scene.vrn           the scene as JSON, without the buffers' numbers\n"
@@ -44,7 +70,7 @@ int run(int argc, char** argv) {
     addScenes(*checkCommand, checkOptions.scenes);
     checkCommand->add_option("--format", checkOptions.format, "How to say it: text, or json (one line a file)")
         ->check(CLI::IsMember({"text", "json"}))
-        ->type_name("");
+        ->type_name("FORMAT");
     checkCommand->add_flag("--werror", checkOptions.isWarningError, "Let warnings fail the check, too");
 
     DumpOptions dumpOptions;
@@ -59,13 +85,17 @@ int run(int argc, char** argv) {
     addScenes(*infoCommand, infoOptions.scenes);
 
     try {
-        app.parse(argc, argv);
+        app.parse(shielded(argc, argv));
+    } catch (const CLI::Success& help) {
+        return app.exit(help);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? exitOk : exitTrouble;
+        return misused(error.what());
     }
     if (checkCommand->parsed())
         return check(checkOptions);
-    return dumpCommand->parsed() ? dump(dumpOptions) : info(infoOptions);
+    if (dumpCommand->parsed())
+        return dump(dumpOptions);
+    return infoCommand->parsed() ? info(infoOptions) : misused("a command is missing");
 }
 
 } // namespace

@@ -4,6 +4,8 @@
 
 namespace vor::velmo_sdk::impl {
 
+// Handles by value: a caller may let go of its own at once.
+// NOLINTBEGIN(performance-unnecessary-value-param)
 bool parseString(interfaces::IScene* scene, String text) { return VrnParser().parse(scene, text); }
 
 bool parseVrn(interfaces::IScene* scene, File file, bool merge) {
@@ -15,5 +17,6 @@ bool parseVrn(interfaces::IScene* scene, File file, bool merge) {
     }
     return VrnParser().parse(scene, file);
 }
+// NOLINTEND(performance-unnecessary-value-param)
 
 } // namespace vor::velmo_sdk::impl

@@ -1,13 +1,15 @@
 // The reader: VRN text into a scene.
 //
 //     Scene scene;
+//     File file = File::open("scene.vrn");
 //     try {
-//         File file = File::open("scene.vrn");
-//         if (!file.isOpen() || !parseVrn(&scene, file, false))
-//             ...                                   // the log says why; scene holds what came before
-//     } catch (const ReadError& error) {            // the very first tokens of the text are no VRN
+//         if (!parseVrn(&scene, file, false))
+//             ...                            // the log says why; the scene holds what came before
+//     } catch (const ReadError& error) {     // the very first tokens of the text are no VRN
 //         ...
 //     }
+//     if (!file.error().isEmpty())           // it could not be opened, or not be read to its end: to the
+//         ...                                // reader that is a text that ends there
 //
 // Statements are applied to the scene one by one; the first syntax error ends the parse, is logged as
 // an error, and makes the result false. What was applied stays. Wrong types and links to what is not
@@ -16,8 +18,7 @@
 //
 // A parse runs on the caller's thread; two may run at once on different scenes. Time is linear in the
 // text. Memory: the scene, the text of the longest single list, and a record for each link.
-// std::bad_alloc passes through, and the scene stays sound. To a File a failed read is the end of the
-// bytes: ask File::error() afterwards.
+// std::bad_alloc passes through, and the scene stays sound. examples/read_scene.cpp is a whole program.
 #pragma once
 
 #include "scene/Interfaces.h"

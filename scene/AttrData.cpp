@@ -137,15 +137,19 @@ void AttrData::allocate(u64 count) {
         throw std::bad_alloc();
 }
 
+// Reals are compared bit by bit, so that a NaN equals itself and -0 is not 0.
 bool operator==(const AttrData& a, const AttrData& b) noexcept {
     if (a.type_ != b.type_ || a.subtype_ != b.subtype_)
         return false;
     if (a.type_ == AttrType::Bool)
         return a.store_.boolean == b.store_.boolean;
-    if (!a.hasBlock())
-        return std::memcmp(&a.store_, &b.store_, sizeof a.store_) == 0;
-    const u64 size = a.blockSize();
-    return size == b.blockSize() && (size == 0 || std::memcmp(a.store_.block.memory, b.store_.block.memory, size) == 0);
+    if (a.type_ == AttrType::Int || a.type_ == AttrType::UInt)
+        return a.store_.integer == b.store_.integer;
+    if (a.type_ == AttrType::String)
+        return std::strcmp(a.asString(), b.asString()) == 0;
+    const auto mine = a.type_ == AttrType::Buffer ? a.bytes() : std::as_bytes(a.components());
+    const auto others = b.type_ == AttrType::Buffer ? b.bytes() : std::as_bytes(b.components());
+    return mine.size() == others.size() && (mine.empty() || std::memcmp(mine.data(), others.data(), mine.size()) == 0);
 }
 
 } // namespace vor::velmo_sdk

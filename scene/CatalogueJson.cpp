@@ -39,13 +39,16 @@ bool flagOf(const JsonValue& value) {
     return value.boolean;
 }
 
-// The members of an object, none twice.
+// The members of an object by name; none twice, and none whose name no text could write.
 const std::vector<JsonValue>& membersOf(const JsonValue& value, const char* what) {
     expect(value, Kind::Object, what);
     std::set<std::string_view> keys;
-    for (const JsonValue& member : value.items)
+    for (const JsonValue& member : value.items) {
         if (!keys.insert(member.key).second)
             failAtKey(member, "key " + quoted(member.key) + " stands here twice; expected each key once");
+        if (member.key.empty() || member.key.find('\0') != std::string::npos)
+            failAtKey(member, "expected a name that is not empty and holds no NUL character");
+    }
     return value.items;
 }
 

@@ -120,6 +120,8 @@ const char* expectation(rapidjson::ParseErrorCode code) {
 JsonValue readJson(std::string_view text) {
     constexpr unsigned flags =
         rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag | rapidjson::kParseValidateEncodingFlag;
+    if (const std::size_t nul = text.find('\0'); nul != std::string_view::npos)
+        throw JsonError("expected no NUL byte", nul); // the reader below would take it for the end
     rapidjson::MemoryStream memory(text.data(), text.size());
     Stream stream(memory);
     TreeBuilder builder(stream);

@@ -25,12 +25,15 @@ using Make = std::function<std::string(int)>;
 // A text of n equal units, in which `$` stands for the number of the unit.
 Make units(std::string head, std::string unit, std::string tail = {}) {
     return [=](int n) {
-        return head + repeat(n, [&](const std::string& i) {
-                   std::string text;
-                   for (const char c : unit)
-                       text += c == '$' ? i : std::string(1, c);
-                   return text;
-               }) + tail;
+        return head +
+               repeat(n,
+                      [&](const std::string& i) {
+                          std::string text;
+                          for (const char c : unit)
+                              text += c == '$' ? i : std::string(1, c);
+                          return text;
+                      }) +
+               tail;
     };
 }
 
@@ -56,14 +59,21 @@ const std::map<std::string, Make> workloads = {
 
 } // namespace
 
-int main(int argc, char** argv) {
-    if (argc != 3) {
-        for (const auto& [name, make] : workloads)
-            std::printf("%s\n", name.c_str());
-        return 0;
-    }
-    const std::string text = workloads.at(argv[1])(std::atoi(argv[2]));
+static bool read(const Make& make, int n) {
+    const std::string text = make(n);
     const ScopedLogSink silent([](const LogRecord&) {});
     Scene scene;
-    return parseString(&scene, std::string_view(text)) ? 0 : 1;
+    return parseString(&scene, std::string_view(text));
+}
+
+// workload: lists the workloads; workload NAME N: reads one; workload all N: reads them all.
+int main(int argc, char** argv) {
+    bool isOk = true;
+    for (const auto& [name, make] : workloads) {
+        if (argc != 3)
+            std::printf("%s\n", name.c_str());
+        else if (std::string("all") == argv[1] || name == argv[1])
+            isOk = read(make, std::atoi(argv[2])) && isOk;
+    }
+    return isOk ? 0 : 1;
 }

@@ -18,7 +18,8 @@ static Calls callsFor(const char* text) {
     Scene scene;
     scene.createNode("t", "a", "");
     calls.clear();
-    const ScopedLogSink sink([](const LogRecord& record) { calls.push_back("log: " + std::string(record.text.view())); });
+    const ScopedLogSink sink(
+        [](const LogRecord& record) { calls.push_back("log: " + std::string(record.text.view())); });
     EXPECT_TRUE(parseString(&scene, text)) << text;
     EXPECT_EQ(calls.front(), "names in force");
     EXPECT_EQ(calls.back().substr(0, 5), "names");
@@ -44,8 +45,7 @@ TEST(Host, statementsCallTheScene) {
         Calls calls;
     } cases[] = {
         {"# version: 7", {"setFileVersion(7)", "pushFileComment(# version: 7)"}},
-        {"# version: x",
-         {"log: Failed to parse VRN version comment: # version: x", "pushFileComment(# version: x)"}},
+        {"# version: x", {"log: Failed to parse VRN version comment: # version: x", "pushFileComment(# version: x)"}},
         {"# time: noon", {"setFileTime(noon)", "pushFileComment(# time: noon)"}},
         {"# time:", {"pushFileComment(# time:)"}},
         {"remove a;", {"findNode(a)", "removeNode(a)"}},
@@ -89,8 +89,8 @@ TEST(Host, statementsCallTheScene) {
           "a.v.assign(Vec2 1.00 2.00)", "findNode(a)", "updateInputName(t, v)", "a.hasInput(v, Null)", "a.input(v)",
           "log: TYPE WARNING (1,35): narrowing Vec3 to Vec2 @ a.v.", "a.v.assign(Vec2 3.00 4.00)"}},
         {"a.x = true; a.x = 1.5;",
-         {"findNode(a)", "updateInputName(t, x)", "a.hasInput(x, Null)", "a.createInput(x, Bool)",
-          "a.x.assign(Bool)", "findNode(a)", "updateInputName(t, x)", "a.hasInput(x, Null)", "a.input(x)",
+         {"findNode(a)", "updateInputName(t, x)", "a.hasInput(x, Null)", "a.createInput(x, Bool)", "a.x.assign(Bool)",
+          "findNode(a)", "updateInputName(t, x)", "a.hasInput(x, Null)", "a.input(x)",
           "log: TYPE ERROR (1,22): expected Bool @ a.x but found Real.", "a.x.assign(Real 1.50)"}},
         {"a.locked = 1;",
          {"findNode(a)", "updateInputName(t, locked)", "a.hasInput(locked, Null)", "a.createInput(locked, Int)",
@@ -101,8 +101,7 @@ TEST(Host, statementsCallTheScene) {
           "log: TYPE ERROR (1,26): expected Buffer @ a.linkOnly but found int32[]."}},
         {"a.mode = \"c\";",
          {"findNode(a)", "updateInputName(t, mode)", "a.hasInput(mode, Null)", "a.createInput(mode, String)",
-          "a.mode.assign(String c)",
-          "log: ENUM WARNING (1,13): setting non-existent enum value 'c' @ a.mode."}},
+          "a.mode.assign(String c)", "log: ENUM WARNING (1,13): setting non-existent enum value 'c' @ a.mode."}},
         {"a.in |= b.out; t b;",
          {"findNode(a)", "updateInputName(t, in)", "a.hasInput(in, Null)", "a.createInput(in, Null)", "a.in.retain()",
           "findNode(b)", "createNode(t, b, )", "findNode(b)", "updateOutputName(t, out)", "b.findOutput(out)",

@@ -76,7 +76,8 @@ TEST(Assignment, raisesWhatEndsTheParse) {
 }
 
 TEST(Assignment, makesWhatIsMissing) {
-    const Reading r = readText("t a; a.x = 1; a.o.p.q = true; a.l[1] = 2.5; a.m[0][1] = \"s\"; a.n[*].k = 3u; a.e = []; a.f = {};");
+    const Reading r =
+        readText("t a; a.x = 1; a.o.p.q = true; a.l[1] = 2.5; a.m[0][1] = \"s\"; a.n[*].k = 3u; a.e = []; a.f = {};");
     EXPECT_EQ(r.log, Log{});
     EXPECT_EQ(r.input("a.x")->type(), AttrType::Int);
     EXPECT_EQ(r.input("a.o")->type(), AttrType::Object);

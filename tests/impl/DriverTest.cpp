@@ -1,5 +1,7 @@
 #include "tests/support/Reading.h"
 
+#include <thread>
+
 namespace vrn::test {
 
 using Type = Token::Type;
@@ -86,8 +88,9 @@ TEST(Driver, endsQuietlyAtAnUnterminatedString) {
 
 TEST(Driver, namesTheUnterminatedTokenWhereOneIsExpected) {
     const Reading r = readText("t a; a.x = \"abc");
-    EXPECT_EQ(r.log, (Log{error(1, 15, "BAD TOKEN (1,15): expected '(scalar|buffer|reference)', found 'UNEXPECTED EOF "
-                                       "while parsing STRING'.")}));
+    EXPECT_EQ(r.log, (Log{error(1, 15,
+                                "BAD TOKEN (1,15): expected '(scalar|buffer|reference)', found 'UNEXPECTED EOF "
+                                "while parsing STRING'.")}));
 }
 
 TEST(Driver, resetsTheHeaderOnlyWhenNotMerging) {
@@ -129,6 +132,28 @@ TEST(Driver, readsAgainIntoTheSameScene) {
     readMore(r, "a.x = 2; .y = 3;");
     EXPECT_FALSE(r.isOk) << "the current node is forgotten between texts";
     EXPECT_EQ(r.value("a.x").asInt(), 2);
+}
+
+TEST(Driver, readsOnSeveralThreadsAtOnce) {
+    constexpr int threadCount = 4;
+    std::vector<Reading> readings(threadCount);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < threadCount; ++i)
+        threads.emplace_back([&, i] {
+            for (int n = 0; n < 50; ++n) {
+                readings[static_cast<std::size_t>(i)] =
+                    readText("t a; a.x = vec3f[1] {1 2 3}; a.y = vec2(1 2);\n# version: " + String(u64(100)) +
+                             String(u64(i)) + "\na.z = nobody" + String(u64(i)) + "; a.in |= a.out;");
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    for (int i = 0; i < threadCount; ++i) {
+        const Reading& r = readings[static_cast<std::size_t>(i)];
+        const std::string text = "Cannot assign nonexistent node nobody" + std::to_string(i) + " to a.z.";
+        EXPECT_EQ(r.log, (Log{warning(3, 13, text.c_str())}));
+        EXPECT_EQ(r.scene->fileVersion(), u64(1000 + i));
+    }
 }
 
 TEST(Diagnostics, decorateTheirTexts) {

@@ -53,10 +53,10 @@ TEST(NodeStatements, areRecognisedByThreeTokens) {
         const char* text;
         const char* recogniser; // the first in the order of the statements that takes it
     } cases[] = {
-        {"remove a;", "remove"},    {"REMOVE a;", "remove"},     {"define a;", "define"},   {"Define m;", "define"},
-        {"camera c;", "declare"},   {"camera c:", "declare"},    {"a REMOVE;", "declare"},  {"with a:", "declare"},
-        {"with a;", "declare"},     {"remove a:", "declare"},    {"remove a", "none"},      {"define a.", "none"},
-        {"camera", "none"},         {"camera 5;", "none"},       {"5 a;", "none"},          {"remove true;", "none"},
+        {"remove a;", "remove"},  {"REMOVE a;", "remove"},  {"define a;", "define"},  {"Define m;", "define"},
+        {"camera c;", "declare"}, {"camera c:", "declare"}, {"a REMOVE;", "declare"}, {"with a:", "declare"},
+        {"with a;", "declare"},   {"remove a:", "declare"}, {"remove a", "none"},     {"define a.", "none"},
+        {"camera", "none"},       {"camera 5;", "none"},    {"5 a;", "none"},         {"remove true;", "none"},
         {"with a", "none"},
     };
     for (const auto& c : cases) {

@@ -38,16 +38,31 @@ TEST(TypeRules, decideEveryPair) {
                                  : matrix[value][input] == '!' ? Fit::Narrowed
                                                                : Fit::Rejected;
             EXPECT_EQ(fit(static_cast<AttrType>(value), static_cast<AttrType>(input)), expected)
-                << attrTypeName(static_cast<AttrType>(value)) << " into "
-                << attrTypeName(static_cast<AttrType>(input));
+                << attrTypeName(static_cast<AttrType>(value)) << " into " << attrTypeName(static_cast<AttrType>(input));
         }
 }
 
 // The same matrix by reading texts: what is logged, and what the input holds afterwards.
 TEST(TypeRules, decideWhatAnAssignmentLogs) {
-    const char* literals[attrTypeCount] = {nullptr, "true", "2", "3u", "4.5", "vec2(1 2)", "vec3(1 2 3)", "vec4(1 2 3 4)",
-        "pos2(1 2)", "pos3(1 2 3)", "quat(1 2 3 4)", "rgba(1 2 3 4)", "mat3(1 2 3 4 5 6 7 8 9)",
-        "mat4(1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16)", "\"s\"", nullptr, "int32[1] {7}", "[]", "{}"};
+    const char* literals[attrTypeCount] = {nullptr,
+                                           "true",
+                                           "2",
+                                           "3u",
+                                           "4.5",
+                                           "vec2(1 2)",
+                                           "vec3(1 2 3)",
+                                           "vec4(1 2 3 4)",
+                                           "pos2(1 2)",
+                                           "pos3(1 2 3)",
+                                           "quat(1 2 3 4)",
+                                           "rgba(1 2 3 4)",
+                                           "mat3(1 2 3 4 5 6 7 8 9)",
+                                           "mat4(1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16)",
+                                           "\"s\"",
+                                           nullptr,
+                                           "int32[1] {7}",
+                                           "[]",
+                                           "{}"};
     for (i32 v = 1; v < attrTypeCount; ++v) {
         if (!literals[v])
             continue; // a node is not written but linked
@@ -64,7 +79,8 @@ TEST(TypeRules, decideWhatAnAssignmentLogs) {
             std::vector<String> texts;
             // An untyped buffer takes a buffer; all else that a buffer is given is refused.
             if (matrix[v][i] == '.')
-                texts.push_back(String::format("TYPE ERROR %s: expected %s @ n.x but found %s.", at.buf(), type, value));
+                texts.push_back(
+                    String::format("TYPE ERROR %s: expected %s @ n.x but found %s.", at.buf(), type, value));
             if (matrix[v][i] == '!')
                 texts.push_back(String::format("TYPE WARNING %s: narrowing %s to %s @ n.x.", at.buf(), value, type));
             std::vector<String> logged;

@@ -12,8 +12,9 @@ TEST(Value, recordsWhichFormItFound) {
         const char* text;
         bool isScalar, isBuffer, isReference;
     } cases[] = {
-        {"= 1;", true, false, false},          {"= true;", true, false, false}, {"= vec2(1 2);", true, false, false},
-        {"= int32[1] {5};", false, true, false}, {"= other;", false, false, true}, {"= NULL;", false, false, true},
+        {"= 1;", true, false, false},         {"= true;", true, false, false},
+        {"= vec2(1 2);", true, false, false}, {"= int32[1] {5};", false, true, false},
+        {"= other;", false, false, true},     {"= NULL;", false, false, true},
     };
     for (const auto& c : cases) {
         ParserOn p(c.text);
@@ -323,8 +324,8 @@ TEST(Buffer, obeysTheSceneLimit) {
 
 TEST(Buffer, inflatesPayloads) {
     const std::string bytes = "\x01\x02\xFF\x7F";
-    std::unique_ptr<libdeflate_compressor, void (*)(libdeflate_compressor*)> compressor(
-        libdeflate_alloc_compressor(6), libdeflate_free_compressor);
+    std::unique_ptr<libdeflate_compressor, void (*)(libdeflate_compressor*)> compressor(libdeflate_alloc_compressor(6),
+                                                                                        libdeflate_free_compressor);
     u8 stream[64];
     const std::size_t size =
         libdeflate_zlib_compress(compressor.get(), bytes.data(), bytes.size(), stream, sizeof stream);

@@ -122,7 +122,8 @@ TEST(Catalogue, isMadeByCallsToo) {
     EXPECT_EQ(types.size(), 1U);
     EXPECT_EQ(types.find("light")->outputs().size(), 1U) << "the later type replaces the earlier one";
     EXPECT_EQ(types.find("lamp"), nullptr);
-    EXPECT_EQ(types.find("light")->inputs()[0].initialValue().asReal(), 0) << "a default of another type counts for none";
+    EXPECT_EQ(types.find("light")->inputs()[0].initialValue().asReal(), 0)
+        << "a default of another type counts for none";
 }
 
 TEST(Catalogue, refusesWhatBreaksItsRules) {
@@ -143,6 +144,10 @@ TEST(Catalogue, refusesWhatBreaksItsRules) {
         {"{\"types\": 1.}", 1, 13, "expected a digit"},
         {"{\"types\": \"\\q\"}", 1, 12, "expected a valid escape in the string"},
         {"{\"types\": \"", 1, 12, "expected the string to end"},
+        {R"({"types": {"": {}}})", 1, 13, "expected a name that is not empty and holds no NUL character"},
+        {R"({"types": {"a\u0000b": {}}})", 1, 21, "expected a name that is not empty and holds no NUL character"},
+        {R"({"types": {"a": {"outputs": ["\u0000"]}}})", 1, 37,
+         "expected the name of an output without NUL characters"},
         {"[]", 1, 1, "expected an object with the key \"types\""},
         {"{\"kinds\": {}}", 1, 8, "unknown key \"kinds\"; expected \"types\""},
         {"{\"types\": 5}", 1, 11, "expected an object of node types by name"},
@@ -179,10 +184,12 @@ TEST(Catalogue, refusesWhatBreaksItsRules) {
         {R"({"types": {"a": {"inputs": {"i": {"type": "String", "enum": "a"}}}}})", 1, 63,
          "expected an array of strings"},
         {R"({"types": {"a": {"inputs": {"i": {"type": "Real", "color": 1}}}}})", 1, 57,
-         "unknown key \"color\"; expected \"type\", \"default\", \"enum\", \"dataType\", \"elementType\", \"locked\" or "
+         "unknown key \"color\"; expected \"type\", \"default\", \"enum\", \"dataType\", \"elementType\", \"locked\" "
+         "or "
          "\"linkOnly\""},
         {R"({"types": {"a": {"inputs": {"i": {"type": "Real", "locked": 1}}}}})", 1, 61, "expected true or false"},
-        {R"({"types": {"a": {"outputs": ["o", "o"]}}})", 1, 37, "output \"o\" stands here twice; expected each name once"},
+        {R"({"types": {"a": {"outputs": ["o", "o"]}}})", 1, 37,
+         "output \"o\" stands here twice; expected each name once"},
         {R"({"types": {"a": {"outputs": "o"}}})", 1, 31, "expected an array of output names"},
         {R"({"types": {"a": {"renamedInputs": {"o": 5}}}})", 1, 41, "expected the current name of an input"},
         {R"({"types": {"a": {"renamedOutputs": 5}}})", 1, 36, "expected an object of current output names by old ones"},
@@ -195,11 +202,13 @@ TEST(Catalogue, refusesWhatBreaksItsRules) {
             ADD_FAILURE() << c.json << " was taken";
         } catch (const CatalogueError& e) {
             EXPECT_STREQ(e.what(), c.text) << c.json;
-            EXPECT_EQ(e.position(), (TextPosition{c.line, c.column})) << c.json << " " << e.position().line << ","
-                                                                      << e.position().column;
+            EXPECT_EQ(e.position(), (TextPosition{c.line, c.column}))
+                << c.json << " " << e.position().line << "," << e.position().column;
         }
     }
 }
+
+TEST(Catalogue, refusesWhatStandsBehindANul) { EXPECT_THROW((void)readCatalogue({"{}\0garbage", 10}), CatalogueError); }
 
 TEST(Catalogue, refusesNestingWithoutEnd) {
     const std::string deep = std::string(100000, '[') + std::string(100000, ']');

@@ -27,9 +27,7 @@ public:
 
     // What the reader needs of every scene.
     [[nodiscard]] String label() const override { return std::string_view(path_); }
-    void connect(interfaces::IOutput* output) override {
-        record(path_, ".connect(", output->name(), ")");
-    }
+    void connect(interfaces::IOutput* output) override { record(path_, ".connect(", output->name(), ")"); }
     void disconnect() override { record(path_, ".disconnect()"); }
     void setNode(interfaces::INode* node) override {
         record(path_, ".setNode(", node ? node->name() : String("null"), ")");

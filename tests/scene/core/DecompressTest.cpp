@@ -6,11 +6,10 @@
 namespace vrn::test {
 
 static std::string payloadOf(const std::string& bytes) {
-    std::unique_ptr<libdeflate_compressor, void (*)(libdeflate_compressor*)> compressor(
-        libdeflate_alloc_compressor(9), libdeflate_free_compressor);
+    std::unique_ptr<libdeflate_compressor, void (*)(libdeflate_compressor*)> compressor(libdeflate_alloc_compressor(9),
+                                                                                        libdeflate_free_compressor);
     std::vector<u8> stream(libdeflate_zlib_compress_bound(compressor.get(), bytes.size()));
-    stream.resize(
-        libdeflate_zlib_compress(compressor.get(), bytes.data(), bytes.size(), stream.data(), stream.size()));
+    stream.resize(libdeflate_zlib_compress(compressor.get(), bytes.data(), bytes.size(), stream.data(), stream.size()));
     std::string payload = ".";
     for (const u8 byte : stream)
         payload += String::format("%02x", byte).view();
@@ -55,7 +54,7 @@ TEST(Decompress, saysWhatIsWrong) {
         {"", 4, "compressed payload: corrupt data"},
         {".789c", 4, "compressed payload: corrupt data"},
         {good.substr(0, good.size() - 2), 12, "compressed payload: corrupt data"},
-        {good + "00", 12, "compressed payload: corrupt data"}, // bytes behind the end of the stream
+        {good + "00", 12, "compressed payload: corrupt data"},  // bytes behind the end of the stream
         {payloadOf(""), 4, "compressed payload: corrupt data"}, // a stream of no bytes
         {good, 11, "compressed payload: more than 11 bytes"},
     };

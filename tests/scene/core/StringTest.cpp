@@ -136,11 +136,11 @@ TEST(String, unescapes) {
         {R"(\x41\x7a)", "Az"},
         {R"(\u00e4\u20AC)", "ä€"},
         {R"(\uD83D\uDE00)", "\U0001F600"},
-        {R"(\uD83D)", R"(\uD83D)"},         // a lone high surrogate
-        {R"(\uDE00)", R"(\uDE00)"},         // a lone low one
-        {R"(\uD83D\u0041)", R"(\uD83DA)"},  // a high one before something else
-        {R"(\q\8)", R"(\q\8)"},             // unknown
-        {R"(\x4)", R"(\x4)"},               // malformed
+        {R"(\uD83D)", R"(\uD83D)"},        // a lone high surrogate
+        {R"(\uDE00)", R"(\uDE00)"},        // a lone low one
+        {R"(\uD83D\u0041)", R"(\uD83DA)"}, // a high one before something else
+        {R"(\q\8)", R"(\q\8)"},            // unknown
+        {R"(\x4)", R"(\x4)"},              // malformed
         {R"(\xg1)", R"(\xg1)"},
         {R"(\u12)", R"(\u12)"},
         {R"(\x00\u0000)", R"(\x00\u0000)"}, // would be a NUL

@@ -12,10 +12,10 @@ TEST(TextEncoding, replacesEachByteThatIsNoUtf8) {
         {"plain ä € \U0001F600", "plain ä € \U0001F600"},
         {"\xC4", "\uFFFD"},
         {"a\x80\x80z", "a\uFFFD\uFFFDz"},
-        {"\xE2\x82", "\uFFFD\uFFFD"},                 // cut short
-        {"\xC0\xAF", "\uFFFD\uFFFD"},                 // overlong
-        {"\xE0\x9F\xBF", "\uFFFD\uFFFD\uFFFD"},       // overlong
-        {"\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},       // a surrogate
+        {"\xE2\x82", "\uFFFD\uFFFD"},                     // cut short
+        {"\xC0\xAF", "\uFFFD\uFFFD"},                     // overlong
+        {"\xE0\x9F\xBF", "\uFFFD\uFFFD\uFFFD"},           // overlong
+        {"\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},           // a surrogate
         {"\xF4\x90\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD"}, // above U+10FFFF
         {"\xF0\x8F\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD"},
         {"\xFFx", "\uFFFDx"},
@@ -27,7 +27,9 @@ TEST(TextEncoding, replacesEachByteThatIsNoUtf8) {
 
 TEST(TextEncoding, escapesWhatATerminalWouldObey) {
     EXPECT_EQ(escapeForTerminal("a\x1b[0m\n\t\r\x7f"), "a\\x1B[0m\\n\\t\\r\\x7F");
-    EXPECT_EQ(escapeForTerminal("ä \xC2\x9B" "5m \xFF %s"), "ä \\xC2\\x9B5m \\xFF %s");
+    EXPECT_EQ(escapeForTerminal("ä \xC2\x9B"
+                                "5m \xFF %s"),
+              "ä \\xC2\\x9B5m \\xFF %s");
     EXPECT_EQ(escapeForTerminal(std::string_view("\0", 1)), "\\x00");
 }
 
