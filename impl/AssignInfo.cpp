@@ -5,7 +5,7 @@ namespace vor::velmo_sdk::impl {
 String AssignInfo::valueString() const {
     constexpr std::size_t quotedLength = 20;
     const bool isBufferValue = bufferHeadToken.type >= Token::Type::Id;
-    const String text = isBufferValue ? valueToken.text + "[]" : valueToken.text;
+    const String text = isBufferValue ? valueToken.text.string() + "[]" : valueToken.text.string();
     return text.len() <= quotedLength ? text : text.substring(0, quotedLength) + "...";
 }
 

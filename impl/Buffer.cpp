@@ -2,6 +2,7 @@
 #include "impl/VrnParser.h"
 #include "scene/core/Decompress.h"
 #include "scene/core/HashMap.h"
+#include "scene/core/PlainNumber.h"
 
 #include <cstring>
 #include <limits>
@@ -59,20 +60,106 @@ const DataType* bufferType(const String& keyword) {
     return type ? type : vectorBufferTypes().find(key);
 }
 
-template <class Integer> bool readInteger(std::string_view text, u8* out) {
-    Integer number = 0;
-    if (!String::parse(text, number, String::Radix::Auto))
+template <class Integer>
+requires std::is_integral_v<Integer>
+bool readNumber(std::string_view text, Integer& number) { return String::parse(text, number, String::Radix::Auto); }
+
+template <class Real>
+requires std::is_floating_point_v<Real>
+bool readNumber(std::string_view text, Real& number) { return String::parse(text, number); }
+
+// Calls `use(number)` with a zero of the type of a component; false if buffers have no such component.
+template <class Use> bool withComponent(DataType type, Use use) {
+    switch (type) {
+    case DataType::Char:
+        return use(i8());
+    case DataType::Byte:
+        return use(u8());
+    case DataType::Int16:
+        return use(i16());
+    case DataType::UInt16:
+        return use(u16());
+    case DataType::Int32:
+        return use(i32());
+    case DataType::UInt32:
+        return use(u32());
+    case DataType::Int64:
+        return use(i64());
+    case DataType::UInt64:
+        return use(u64());
+    case DataType::Float:
+        return use(float());
+    case DataType::Double:
+        return use(double());
+    default:
         return false;
-    std::memcpy(out, &number, sizeof number);
-    return true;
+    }
 }
 
-template <class Real> bool readReal(std::string_view text, u8* out) {
-    Real number = 0;
-    if (!String::parse(text, number))
-        return false;
-    std::memcpy(out, &number, sizeof number);
-    return true;
+// What stands between the brackets of a buffer, and what separates its numbers. A long list is read
+// from where it stands in the source; a canonical text has nothing but spaces.
+class NumberList {
+public:
+    explicit NumberList(const TokenText& body)
+        : isRaw_(body.list() && body.list()->isFlat()), text_(isRaw_ ? body.list()->raw() : body.view()) {
+        text_ = text_.substr(1, text_.size() - 2);
+        skipSeparators();
+    }
+
+    [[nodiscard]] bool isEmpty() const noexcept { return text_.empty(); }
+    [[nodiscard]] char first() const noexcept { return text_.front(); }
+
+    // Takes the next number as text; there must be one.
+    [[nodiscard]] std::string_view takePart() noexcept {
+        std::size_t length = 1;
+        while (length < text_.size() && !isSeparator(text_[length]))
+            ++length;
+        return take(length);
+    }
+
+    // Takes the next number if it is a plain one.
+    template <class Number> [[nodiscard]] bool takePlain(Number& number) noexcept {
+        const char* end = text_.data() + text_.size();
+        const char* behind = takePlainNumber(text_.data(), end, number);
+        if (!behind || (behind != end && !isSeparator(*behind)))
+            return false;
+        (void)take(static_cast<std::size_t>(behind - text_.data()));
+        return true;
+    }
+
+private:
+    [[nodiscard]] bool isSeparator(char c) const noexcept {
+        return c == ' ' || (isRaw_ && isIn(c, blankChar | listPunctuation));
+    }
+    void skipSeparators() noexcept {
+        std::size_t count = 0;
+        while (count < text_.size() && isSeparator(text_[count]))
+            ++count;
+        text_.remove_prefix(count);
+    }
+    std::string_view take(std::size_t length) noexcept {
+        const std::string_view part = text_.substr(0, length);
+        text_.remove_prefix(length);
+        skipSeparators();
+        return part;
+    }
+
+    bool isRaw_;
+    std::string_view text_;
+};
+
+// Reads numbers into a block until either ends; false if one of them could not be read. `offset`
+// receives how many bytes were filled.
+template <class Number> bool fill(NumberList& list, std::span<std::byte> block, u64& offset) {
+    bool isRead = true;
+    for (offset = 0; offset < block.size() && !list.isEmpty(); offset += sizeof(Number)) {
+        Number number = 0;
+        if (!list.takePlain(number) && !readNumber(list.takePart(), number))
+            isRead = false;
+        else
+            std::memcpy(block.data() + offset, &number, sizeof number);
+    }
+    return isRead;
 }
 
 // Runs what needs memory for as many bytes as the text asks for; false when there are not so many.
@@ -84,8 +171,6 @@ template <class Allocate> bool tryAllocate(Allocate allocate) {
         return false;
     }
 }
-
-u8* blockOf(AttrData& data) { return reinterpret_cast<u8*>(data.bytes().data()); }
 
 } // namespace
 
@@ -107,8 +192,8 @@ bool VrnParser::buffer(AssignInfo& info) {
     readElementCount(info, *type);
     if (info.data.bytes().empty())
         return true;
-    const String& body = info.bufferBodyToken.text;
-    if (elementLayout(*type).isCompressible() && body.len() > 2 && body[1] == '.')
+    const NumberList list(info.bufferBodyToken.text);
+    if (elementLayout(*type).isCompressible() && !list.isEmpty() && list.first() == '.')
         readPayload(info);
     else
         readNumbers(info);
@@ -145,58 +230,30 @@ void VrnParser::readPayload(AssignInfo& info) {
 void VrnParser::readNumbers(AssignInfo& info) {
     const char* keyword = info.valueToken.text.buf();
     const ElementLayout layout = elementLayout(info.data.dataType());
-    const u64 size = info.data.bytes().size();
-    u8* block = blockOf(info.data);
+    const auto count = static_cast<unsigned long long>(info.data.count());
+    const std::span<std::byte> block = info.data.bytes();
+    NumberList list(info.bufferBodyToken.text);
     u64 offset = 0;
-    bool isRead = true;
-    std::string_view rest = info.bufferBodyToken.text;
-    rest = rest.substr(1, rest.size() - 2);
-    while (!rest.empty()) {
-        const std::string_view part = rest.substr(0, rest.find(' '));
-        rest.remove_prefix(std::min(part.size() + 1, rest.size()));
-        if (part.empty())
-            continue;
-        if (offset > size - layout.componentSize)
-            bufferError(messages::tooManyElements, String(part).buf(),
-                        static_cast<unsigned long long>(offset / layout.componentSize), keyword,
-                        static_cast<unsigned long long>(info.data.count()));
-        isRead = parseElem(part, layout.componentType, block + offset) && isRead;
-        offset += layout.componentSize;
-    }
-    if (offset < size)
+    const bool isRead =
+        withComponent(layout.componentType, [&]<class Number>(Number) { return fill<Number>(list, block, offset); });
+    if (!list.isEmpty())
+        bufferError(messages::tooManyElements, String(list.takePart()).buf(),
+                    static_cast<unsigned long long>(offset / layout.componentSize), keyword, count);
+    if (offset < block.size())
         logWarning(info.valueToken.position(), messages::tooFewElements,
-                   static_cast<unsigned long long>(offset / layout.elementSize()), keyword,
-                   static_cast<unsigned long long>(info.data.count()));
+                   static_cast<unsigned long long>(offset / layout.elementSize()), keyword, count);
     if (!isRead)
         parseError(messages::unreadableBuffer, keyword);
 }
 
 // Stores one number, unaligned, in the machine's own form.
 bool VrnParser::parseElem(std::string_view text, DataType type, u8* out) {
-    switch (type) {
-    case DataType::Char:
-        return readInteger<i8>(text, out);
-    case DataType::Byte:
-        return readInteger<u8>(text, out);
-    case DataType::Int16:
-        return readInteger<i16>(text, out);
-    case DataType::UInt16:
-        return readInteger<u16>(text, out);
-    case DataType::Int32:
-        return readInteger<i32>(text, out);
-    case DataType::UInt32:
-        return readInteger<u32>(text, out);
-    case DataType::Int64:
-        return readInteger<i64>(text, out);
-    case DataType::UInt64:
-        return readInteger<u64>(text, out);
-    case DataType::Float:
-        return readReal<float>(text, out);
-    case DataType::Double:
-        return readReal<double>(text, out);
-    default:
-        return false;
-    }
+    return withComponent(type, [&](auto number) {
+        if (!readNumber(text, number))
+            return false;
+        std::memcpy(out, &number, sizeof number);
+        return true;
+    });
 }
 
 } // namespace vor::velmo_sdk::impl

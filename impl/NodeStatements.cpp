@@ -26,7 +26,7 @@ bool VrnParser::declare(DeclareInfo& info) {
 }
 
 bool VrnParser::keywordStatement(const char* keyword, Type end, Token& name) {
-    if (current().type != Type::Id || current().text.compareNoCase(keyword) != 0)
+    if (current().type != Type::Id || current().text.string().compareNoCase(keyword) != 0)
         return false;
     if (ahead(1).type != Type::Id || ahead(2).type != end)
         return false;

@@ -30,12 +30,12 @@ const ScalarTypes& scalarTypes() {
 
 bool readReal(const Token& token, AttrData& data) {
     data = AttrData::zero(AttrType::Real);
-    return String::parse(token.text, data.components()[0]);
+    return String::parse(token.text.view(), data.components()[0]);
 }
 
 bool readBool(const Token& token, AttrData& data) {
     bool value = false;
-    const bool isRead = String::parse(token.text, value);
+    const bool isRead = String::parse(token.text.view(), value);
     data = AttrData::boolean(value);
     return isRead;
 }
@@ -43,13 +43,14 @@ bool readBool(const Token& token, AttrData& data) {
 // A trailing `u` makes the type unsigned; the number is read as a signed one all the same.
 bool readInteger(const Token& token, AttrData& data) {
     long long value = 0;
-    const bool isRead = String::parse(token.text, value, String::Radix::Auto);
-    data = token.text.endsWith("u") ? AttrData::unsignedInteger(static_cast<u64>(value)) : AttrData::integer(value);
+    const bool isRead = String::parse(token.text.view(), value, String::Radix::Auto);
+    data = token.text.string().endsWith("u") ? AttrData::unsignedInteger(static_cast<u64>(value))
+                                             : AttrData::integer(value);
     return isRead;
 }
 
 bool readString(const Token& token, AttrData& data) {
-    data = AttrData::string(token.text.substring(1, token.text.len() - 2).unescape());
+    data = AttrData::string(token.text.string().substring(1, token.text.len() - 2).unescape());
     return true;
 }
 
@@ -100,13 +101,13 @@ bool VrnParser::literal(AssignInfo& info, bool& isRead) {
 bool VrnParser::keywordScalar(AssignInfo& info) {
     if (current().type != Type::Id || ahead(1).type != Type::Parens)
         return false;
-    const AttrType* type = scalarTypes().find(current().text.toLower());
+    const AttrType* type = scalarTypes().find(current().text.string().toLower());
     if (!type)
         return false;
     info.valueToken = consume();
     info.scalarTailToken = consume();
     info.data = AttrData::zero(*type);
-    return readComponents(info.scalarTailToken.text.trimChars("()"), info.data);
+    return readComponents(info.scalarTailToken.text.string().trimChars("()"), info.data);
 }
 
 } // namespace vor::velmo_sdk::impl

@@ -22,6 +22,16 @@ private:
             cur = endOfText;
     }
 
+    // `cur` is the byte that was read last, in front of those that are not.
+    [[nodiscard]] std::string_view window() const noexcept override {
+        const std::string_view unread = source.unread();
+        return isAtEnd() ? std::string_view() : std::string_view(unread.data() - 1, unread.size() + 1);
+    }
+    void skip(std::size_t count) override {
+        source.skip(count - 1);
+        fetch();
+    }
+
     File source;
 };
 

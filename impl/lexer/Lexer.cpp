@@ -2,20 +2,19 @@
 
 #include "impl/Messages.h"
 
+#include <algorithm>
+
 namespace vor::velmo_sdk::impl {
 
 namespace {
 
-constexpr bool isBlank(signed char c) noexcept {
-    const char character = static_cast<char>(c);
-    return String::isSpace(character) || !String::isPrintable(character);
+// Positions wrap around beyond 2 GiB.
+i32 wrappingAdd(i32 number, u64 more) noexcept {
+    return static_cast<i32>(static_cast<u32>(number) + static_cast<u32>(more));
 }
 
-constexpr bool isListPunctuation(signed char c) noexcept {
-    return c == '(' || c == ')' || c == '[' || c == ']' || c == '{' || c == '}' || c == ',';
-}
-
-i32 wrappingIncrement(i32 number) noexcept { return static_cast<i32>(static_cast<u32>(number) + 1); }
+// A list of more bytes is read from where it stands; for a shorter one that would not pay.
+constexpr std::size_t longList = 256;
 
 } // namespace
 
@@ -28,22 +27,60 @@ struct Lexer::ListKind {
 };
 
 void Lexer::advance() noexcept {
-    if (prev == '\n') {
-        line = wrappingIncrement(line);
-        column = 1;
-    } else {
-        column = wrappingIncrement(column);
-    }
+    line = wrappingAdd(line, prev == '\n' ? 1 : 0);
+    column = prev == '\n' ? 1 : wrappingAdd(column, 1);
     prev = cur;
-    pos = wrappingIncrement(pos);
+    pos = wrappingAdd(pos, 1);
+}
+
+// Consumes characters of the window: what advance() would do for each of them, once for all.
+void Lexer::consumeRun(std::size_t count) {
+    const std::string_view run = window().substr(0, count);
+    const std::string_view before = run.substr(0, count - 1); // a line feed counts when the next one is consumed
+    const std::size_t lastFeed = before.rfind('\n');
+    u64 feeds = prev == '\n' ? 1 : 0;
+    if (lastFeed != std::string_view::npos)
+        feeds += static_cast<u64>(std::ranges::count(before, '\n'));
+    if (lastFeed != std::string_view::npos)
+        column = wrappingAdd(0, count - 1 - lastFeed);
+    else
+        column = wrappingAdd(feeds != 0 ? 0 : column, count);
+    line = wrappingAdd(line, feeds);
+    pos = wrappingAdd(pos, count);
+    prev = static_cast<signed char>(run.back());
+    skip(count);
+}
+
+// Consumes characters as long as they belong, and returns them; the view holds until the next call.
+template <class Belongs> std::string_view Lexer::takeWhile(Belongs belongs) {
+    scratch_.clear();
+    while (!isAtEnd() && belongs(static_cast<char>(cur))) {
+        const std::string_view all = window();
+        if (all.empty()) {
+            scratch_ += consume();
+            continue;
+        }
+        std::size_t count = 1;
+        while (count < all.size() && belongs(all[count]))
+            ++count;
+        const bool isWhole = scratch_.empty() && count < all.size();
+        if (!isWhole)
+            scratch_ += all.substr(0, count); // the window will show other characters
+        consumeRun(count);
+        if (isWhole)
+            return all.substr(0, count);
+    }
+    return scratch_;
+}
+
+std::string_view Lexer::takeWhileIn(int classes) {
+    return takeWhile([=](char c) { return isIn(c, classes); });
 }
 
 Token Lexer::nextToken() {
-    while (!isAtEnd() && isBlank(cur))
-        consume();
+    (void)takeWhileIn(blankChar);
     if (isAtEnd())
         return eof();
-    scratch_.clear();
     switch (cur) {
     case '"':
         return string();
@@ -90,29 +127,30 @@ Token Lexer::nextToken() {
 
 /// comment ::= '#' any*   up to the end of the line (LF or CR) or of the text
 Token Lexer::comment() {
-    do
-        scratch_.push(consume());
-    while (!isAtEnd() && cur != '\n' && cur != '\r');
-    return token(Token::Type::Comment, scratch_);
+    const std::string_view text =
+        takeWhile([](char c) { return c != '\n' && c != '\r' && c != static_cast<char>(endOfText); });
+    return token(Token::Type::Comment, text);
 }
 
 /// string ::= '"' ( any but '"' and '\' | '\' any )* '"'   kept as written, quotes included
 Token Lexer::string() {
+    std::string text;
     while (true) {
         if (isAtEnd())
             return unexpectedEof("STRING");
-        scratch_.push(consume());
+        text += consume();
         // A second backslash completes a pair, which cannot escape what follows; a quote behind a lone
         // backslash is escaped. Either way the character is taken here and the next one looked at.
         const bool isPair = cur == '\\' && prev == '\\';
         const bool isEscapedQuote = cur == '"' && prev == '\\';
         if (isPair || isEscapedQuote)
-            scratch_.push(consume());
+            text += consume();
+        text += takeWhile([](char c) { return c != '"' && c != '\\' && c != static_cast<char>(endOfText); });
         if (cur == '"')
             break;
     }
-    scratch_.push(consume());
-    return token(Token::Type::String, scratch_);
+    text += consume();
+    return token(Token::Type::String, text);
 }
 
 /// parens ::= '(' ( number-char | blank | ',' | bracket )* ')'   flattened: one space between elements
@@ -122,58 +160,52 @@ Token Lexer::parens() { return nestedList({'(', ')', Token::Type::Parens, "PAREN
 Token Lexer::braces() { return nestedList({'{', '}', Token::Type::Braces, "BRACES", "BRACE"}); }
 
 Token Lexer::nestedList(const ListKind& kind) {
-    u64 depth = 0;
-    while (true) {
-        if (isAtEnd())
-            return unexpectedEof(kind.name);
-        if (!isBlank(cur) && !isListPunctuation(cur) && !isNumberChar())
+    std::string gathered; // the list so far, if no window shows it as a whole
+    ListScanner scanner(kind.open, kind.close);
+    while (!isAtEnd()) {
+        const char one = static_cast<char>(cur);
+        const bool hasWindow = !window().empty();
+        const std::string_view characters = hasWindow ? window() : std::string_view(&one, 1);
+        const ListExtent extent = scanner.scan(characters);
+        const std::string_view piece = characters.substr(0, extent.length);
+        const bool isWhole = extent.end == ListExtent::End::Closed && gathered.empty() && owner();
+        if (!isWhole)
+            gathered += piece;
+        if (hasWindow && !piece.empty())
+            consumeRun(piece.size());
+        else if (!piece.empty())
+            consume();
+        if (extent.end == ListExtent::End::BadCharacter)
             return invalidListToken(kind.shortName);
-        if (!scratch_.isEmpty() && cur == kind.open) {
-            consume();
-            ++depth;
-        } else if (depth == 0 || cur != kind.close) {
-            list(scratch_, kind.open, kind.close);
-        } else {
-            consume();
-            --depth;
-        }
-        if (depth == 0 && cur == kind.close) {
-            scratch_.push(consume());
-            return token(kind.type, scratch_);
+        if (extent.end == ListExtent::End::Closed && isWhole)
+            return message(kind.type, listText(piece, extent.isFlat, owner()));
+        if (extent.end == ListExtent::End::Closed) {
+            const auto kept = std::make_shared<const std::string>(std::move(gathered));
+            return message(kind.type, listText(*kept, extent.isFlat, kept));
         }
     }
+    return unexpectedEof(kind.name);
 }
 
-// Takes one character of a list, or a whole run of blanks. Separators become one space, and none
-// stands next to the enclosing characters.
-void Lexer::list(ds::Vector<char>& text, char open, char close) {
-    const bool isSeparator = isListPunctuation(cur) && cur != open && cur != close;
-    if (!isSeparator && (isAtEnd() || !isBlank(cur))) {
-        text.push(consume());
-        return;
-    }
-    if (isSeparator)
-        consume();
-    else
-        while (!isAtEnd() && isBlank(cur))
-            consume();
-    const char last = text.isEmpty() ? open : text.last();
-    if (!isBlank(static_cast<signed char>(last)) && cur != close && last != open)
-        text.push(' ');
+TokenText Lexer::listText(std::string_view raw, bool isFlat, std::shared_ptr<const void> owner) {
+    if (raw.size() <= longList)
+        return canonicalList(raw);
+    return std::make_shared<const ListText>(raw, isFlat, std::move(owner));
 }
 
 /// brackets ::= '[' ( digit | '*' | '[' | blank )* ']'   kept as written; the first ']' ends it
 Token Lexer::brackets() {
+    std::string text;
     while (true) {
         if (isAtEnd())
             return unexpectedEof("BRACKETS");
         const char c = static_cast<char>(cur);
-        if (c != '[' && c != ']' && c != '*' && !isBlank(cur) && !String::isDigit(c))
+        if (c != '[' && c != ']' && c != '*' && !isIn(c, blankChar) && !String::isDigit(c))
             return invalidListToken("BRACKET");
-        scratch_.push(consume());
+        text += consume();
         if (cur == ']') {
-            scratch_.push(consume());
-            return token(Token::Type::Brackets, scratch_);
+            text += consume();
+            return token(Token::Type::Brackets, text);
         }
     }
 }
@@ -182,23 +214,17 @@ Token Lexer::brackets() {
 Token Lexer::id() {
     if (isAtEnd())
         return unexpectedEof("ID");
-    do
-        scratch_.push(consume());
-    while (String::isLetter(static_cast<char>(cur)) || cur == '_' || String::isDigit(static_cast<char>(cur)));
-    Token word = token(Token::Type::Id, scratch_);
+    const String word = takeWhileIn(identifierChar);
     struct Keyword {
         const char* text;
         Token::Type type;
     };
     static constexpr Keyword keywords[] = {
         {"true", Token::Type::True}, {"false", Token::Type::False}, {"null", Token::Type::Null}};
-    for (const Keyword& keyword : keywords) {
-        if (word.text.compareNoCase(keyword.text) == 0) {
-            word.type = keyword.type;
-            word.text = keyword.text;
-        }
-    }
-    return word;
+    for (const Keyword& keyword : keywords)
+        if (String::lower(word[0]) == keyword.text[0] && word.compareNoCase(keyword.text) == 0)
+            return message(keyword.type, String(keyword.text));
+    return message(Token::Type::Id, word);
 }
 
 /// number ::= ( '-' | digit ) number-char*   Real if any of . f n a i (in either case) is in it, else Int
@@ -206,18 +232,9 @@ Token Lexer::id() {
 Token Lexer::number() {
     if (isAtEnd())
         return unexpectedEof("NUMBER");
-    bool isReal = false;
-    do {
-        const char c = String::lower(static_cast<char>(cur));
-        isReal = isReal || c == '.' || c == 'f' || c == 'n' || c == 'a' || c == 'i';
-        scratch_.push(consume());
-    } while (isNumberChar());
-    return token(isReal ? Token::Type::Real : Token::Type::Int, scratch_);
-}
-
-bool Lexer::isNumberChar() const noexcept {
-    const char c = String::lower(static_cast<char>(cur));
-    return String::isHexDigit(c) || c == '+' || c == '-' || c == '.' || c == 'i' || c == 'n' || c == 'u';
+    const std::string_view text = takeWhileIn(numberChar);
+    const bool isReal = text.find_first_of(".fFnNaAiI") != std::string_view::npos;
+    return token(isReal ? Token::Type::Real : Token::Type::Int, text);
 }
 
 Token Lexer::token(Token::Type type) {
@@ -225,12 +242,10 @@ Token Lexer::token(Token::Type type) {
     return message(type, text);
 }
 
-Token Lexer::token(Token::Type type, const ds::Vector<char>& text) const {
-    return message(type, String(text.data(), text.size()));
-}
+Token Lexer::token(Token::Type type, std::string_view text) const { return message(type, String(text)); }
 
 // An error consumes nothing, so its position is that of the character before it.
-Token Lexer::message(Token::Type type, const String& text) const { return {type, text, line, column}; }
+Token Lexer::message(Token::Type type, TokenText text) const { return {type, std::move(text), line, column}; }
 
 Token Lexer::eof() const { return message(Token::Type::Eof, messages::endOfInput); }
 

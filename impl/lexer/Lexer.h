@@ -1,11 +1,16 @@
 // Lexer: turns characters into tokens.
 //
-// A source of characters derives from it and delivers them one at a time through consume(); the
-// scanner stands on that alone. Only the line feed ends a line, and a column is a byte. The scanner
+// A source of characters derives from it and delivers them one at a time through consume(). A source
+// that has more of them at hand shows them as its window, and the scanner takes whole runs from there;
+// what comes out is the same. Only the line feed ends a line, and a column is a byte. The scanner
 // reports nothing: a lexical error comes out as a token whose text is the finished message.
 #pragma once
 
+#include "impl/lexer/CharClass.h"
 #include "impl/lexer/Token.h"
+
+#include <memory>
+#include <string>
 
 namespace vor::velmo_sdk::impl {
 
@@ -22,15 +27,22 @@ public:
     // The next token; at the end of the text, Eof tokens for ever.
     [[nodiscard]] Token nextToken();
 
-    // The value of `cur` at the end of the text. A byte of that value in the text ends it there.
-    static constexpr signed char endOfText = -1;
-
 protected:
     // Brings the position to the character that is about to be consumed. `pos`, like `line` and
     // `column`, wraps around beyond 2 GiB; a source keeps its own offset.
     void advance() noexcept;
 
     [[nodiscard]] bool isAtEnd() const noexcept { return cur == endOfText; }
+
+    // The characters at hand, `cur` being the first; empty at the end, and for a source that has none.
+    // They stay where they are until the last of them is consumed.
+    [[nodiscard]] virtual std::string_view window() const noexcept { return {}; }
+
+    // Makes `cur` the character `count` places on; at least one, at most as many as the window has.
+    virtual void skip(std::size_t) {}
+
+    // What keeps the characters of the window where they are for good, or null if nothing does.
+    [[nodiscard]] virtual std::shared_ptr<const void> owner() const noexcept { return nullptr; }
 
     Token comment();
     Token string();
@@ -40,12 +52,12 @@ protected:
     Token id();
     Token number();
     Token token(Token::Type type);
-    [[nodiscard]] Token token(Token::Type type, const ds::Vector<char>& text) const;
+    [[nodiscard]] Token token(Token::Type type, std::string_view text) const;
     [[nodiscard]] Token eof() const;
     [[nodiscard]] Token invalidToken() const;
     [[nodiscard]] Token unexpectedEof(const String& what) const;
     [[nodiscard]] Token invalidListToken(const String& what) const;
-    [[nodiscard]] bool isNumberChar() const noexcept;
+    [[nodiscard]] bool isNumberChar() const noexcept { return isIn(cur, numberChar); }
 
     signed char prev = 0; // the character consumed last
     signed char cur = 0;  // the one to be consumed next
@@ -56,10 +68,13 @@ protected:
 private:
     struct ListKind;
     Token nestedList(const ListKind& kind);
-    void list(ds::Vector<char>& text, char open, char close);
-    [[nodiscard]] Token message(Token::Type type, const String& text) const;
+    [[nodiscard]] static TokenText listText(std::string_view raw, bool isFlat, std::shared_ptr<const void> owner);
+    void consumeRun(std::size_t count);
+    template <class Belongs> [[nodiscard]] std::string_view takeWhile(Belongs belongs);
+    [[nodiscard]] std::string_view takeWhileIn(int classes);
+    [[nodiscard]] Token message(Token::Type type, TokenText text) const;
 
-    ds::Vector<char> scratch_; // the characters of the token being read
+    std::string scratch_; // characters of a token that no window shows as a whole
 };
 
 } // namespace vor::velmo_sdk::impl

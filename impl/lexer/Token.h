@@ -1,6 +1,7 @@
 // Token: one word of a text, with the position of its last character.
 #pragma once
 
+#include "impl/lexer/TokenText.h"
 #include "scene/core/Log.h"
 
 namespace vor::velmo_sdk::impl {
@@ -35,7 +36,7 @@ struct Token {
     };
 
     Type type = Type::Eof;
-    String text;
+    TokenText text;
     i32 line = 0; // 1-based, of the token's last character
     i32 column = 0;
 

@@ -52,6 +52,11 @@ public:
     [[nodiscard]] bool read(signed char& c);
     [[nodiscard]] bool read(char& c);
 
+    // The bytes that read() would give next and that are at hand already, perhaps none; they stay where
+    // they are until read() has given the last of them. skip() takes `count` of them at once.
+    [[nodiscard]] std::string_view unread() const noexcept;
+    void skip(std::size_t count) noexcept;
+
     static constexpr std::size_t defaultBlockSize = 256 * 1024;
 
 private:
@@ -80,6 +85,10 @@ inline bool File::read(char& c) {
     c = *s.next++;
     return true;
 }
+
+inline std::string_view File::unread() const noexcept { return {state_->next, state_->end}; }
+
+inline void File::skip(std::size_t count) noexcept { state_->next += count; }
 
 inline bool File::read(signed char& c) {
     char byte;

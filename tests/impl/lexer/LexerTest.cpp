@@ -1,6 +1,8 @@
 #include "impl/lexer/FileLexer.h"
 #include "tests/support/Reading.h"
 
+#include <random>
+
 namespace vrn::test {
 
 using Type = Token::Type;
@@ -142,10 +144,10 @@ TEST(Lexer, refusesCharactersThatStartNoToken) {
 
 namespace {
 
-// Opens the protected parts of a lexer.
-class OpenLexer final : public Lexer {
+// A source without a window: the scanner goes byte by byte, which is what all others are measured by.
+class PlainLexer final : public Lexer {
 public:
-    explicit OpenLexer(std::string text) : text_(std::move(text)) { fetch(); }
+    explicit PlainLexer(std::string text) : text_(std::move(text)) { fetch(); }
     char consume() override {
         advance();
         ++at_;
@@ -167,10 +169,175 @@ private:
     std::size_t at_ = 0;
 };
 
+// Delivers a text in blocks of one size.
+class Blocks final : public ByteSource {
+public:
+    Blocks(const std::string& text, std::size_t size) : text_(text), size_(size) {}
+    std::size_t read(char* buffer, std::size_t capacity, String&) override {
+        const std::size_t count = text_.copy(buffer, std::min(capacity, size_), at_);
+        at_ += count;
+        return count;
+    }
+
+private:
+    const std::string& text_;
+    std::size_t size_;
+    std::size_t at_ = 0;
+};
+
+std::string tokensOf(Lexer& lexer) {
+    std::string all;
+    for (Token token;;) {
+        token = lexer.nextToken();
+        all += String::format("%d (%d,%d) ", static_cast<int>(token.type), token.line, token.column);
+        all += token.text.view();
+        all += '\n';
+        if (token.type <= Type::Invalid)
+            return all;
+    }
+}
+
+void expectTheSameTokensFromAllSources(const std::string& text) {
+    PlainLexer plain(text);
+    const std::string expected = tokensOf(plain);
+    StringLexer fromString{String(std::string_view(text))};
+    if (!text.empty()) { // whose terminator is a character of its own
+        ASSERT_EQ(tokensOf(fromString), expected) << text;
+    }
+    for (const std::size_t size : {1U, 2U, 3U, 7U, 16U, 64U, 1000U}) {
+        FileLexer fromFile{File::fromSource(std::make_unique<Blocks>(text, size), size)};
+        ASSERT_EQ(tokensOf(fromFile), expected) << size << ": " << text;
+    }
+}
+
 } // namespace
 
+TEST(Lexer, givesTheSameTokensWithAndWithoutAWindow) {
+    const std::string pieces[] = {"a",
+                                  "true",
+                                  "_x9",
+                                  "12",
+                                  "-1.5",
+                                  "1e-5",
+                                  "0.25 ",
+                                  " ",
+                                  "\t",
+                                  "\n",
+                                  "\r\n",
+                                  "\n\n",
+                                  "#",
+                                  "# c",
+                                  "\"",
+                                  "\\",
+                                  "\\\"",
+                                  "\"s\"",
+                                  "(",
+                                  ")",
+                                  "{",
+                                  "}",
+                                  "[",
+                                  "]",
+                                  "[3]",
+                                  ",",
+                                  ".",
+                                  ";",
+                                  ":",
+                                  "=",
+                                  "|",
+                                  "\x01",
+                                  "\x80",
+                                  "\xC3\xA4",
+                                  "{1 2}",
+                                  "((1),(2))",
+                                  "(1, 2)",
+                                  "float[2] {1 2}",
+                                  "?",
+                                  "\xFF",
+                                  "0.123456 7.5 -8 9 ",
+                                  "1234567890123456 "};
+    std::mt19937 random(7);
+    for (int i = 0; i < 20000; ++i) {
+        std::string text;
+        const std::size_t count = random() % 30;
+        for (std::size_t n = 0; n < count; ++n)
+            text += pieces[random() % std::size(pieces)];
+        expectTheSameTokensFromAllSources(text);
+    }
+}
+
+TEST(Lexer, givesTheSameLongLists) {
+    std::mt19937 random(8);
+    for (int i = 0; i < 300; ++i) {
+        std::string text = "x = float[1]{";
+        const char* separators[] = {" ", "  ", "\n\t", ",", ", ", "\r\n", " (", ") ", " [", "]", "\x80", " {", "} "};
+        const std::size_t kinds = i % 3 == 0 ? std::size(separators) : 6;
+        for (int n = 0; n < 200; ++n)
+            text += std::to_string(static_cast<int>(random() % 2000) - 1000) + separators[random() % kinds];
+        text += random() % 8 == 0 ? "?" : "";
+        text += "}}}};\nlast";
+        text.erase(text.size() - random() % 3);
+        expectTheSameTokensFromAllSources(text);
+    }
+}
+
+// How a list comes to its canonical text, one character after the other: slow, and easy to follow.
+static std::string listStepByStep(const std::string& source) {
+    const char open = source[0];
+    const char close = open == '(' ? ')' : '}';
+    const auto isBlank = [](char c) { return String::isSpace(c) || !String::isPrintable(c); };
+    const auto isPunctuation = [](char c) { return std::string_view("()[]{},").find(c) != std::string_view::npos; };
+    std::string text;
+    int depth = 0;
+    std::size_t i = 0;
+    const auto current = [&] { return i < source.size() ? source[i] : '\xFF'; };
+    while (current() != '\xFF') {
+        if (!isBlank(current()) && !isPunctuation(current()) &&
+            std::string_view("0123456789abcdefABCDEF+-.iInNuU").find(current()) == std::string_view::npos)
+            return "bad";
+        if (!text.empty() && current() == open) {
+            ++i;
+            ++depth;
+        } else if (depth > 0 && current() == close) {
+            ++i;
+            --depth;
+        } else if (current() == open || current() == close || (!isBlank(current()) && !isPunctuation(current()))) {
+            text += source[i++];
+        } else {
+            if (isPunctuation(current()))
+                ++i;
+            else
+                while (current() != '\xFF' && isBlank(current()))
+                    ++i;
+            if (!isBlank(text.back()) && current() != close && text.back() != open)
+                text += ' ';
+        }
+        if (depth == 0 && current() == close)
+            return text + close;
+    }
+    return "end";
+}
+
+TEST(Lexer, makesListsCanonicalAsStepByStep) {
+    const std::string_view characters = "0123456789-.+eE()(){}{}[],,    \n\t\r\x01\x80nu";
+    std::mt19937 random(9);
+    for (int i = 0; i < 50000; ++i) {
+        std::string text = random() % 2 ? "(" : "{";
+        const std::size_t length = random() % (i % 10 == 0 ? 600 : 40);
+        for (std::size_t n = 0; n < length; ++n)
+            text += random() % 200 == 0 ? 'x' : characters[random() % (random() % 4 ? 14 : characters.size())];
+        text += text[0] == '(' ? "))" : "}}";
+        StringLexer lexer{String(std::string_view(text))};
+        const Token token = lexer.nextToken();
+        const std::string expected = listStepByStep(text);
+        if (expected == "bad" || expected == "end")
+            ASSERT_LE(token.type, Type::Invalid) << text;
+        else
+            ASSERT_EQ(token.text, std::string_view(expected)) << text;
+    }
+}
+
 TEST(Lexer, knowsPositionsOfEachCharacter) {
-    OpenLexer lexer("a\r\nb");
+    PlainLexer lexer("a\r\nb");
     EXPECT_EQ(lexer.prev, 0);
     EXPECT_EQ(lexer.cur, 'a');
     EXPECT_EQ(lexer.pos, 0);
@@ -184,19 +351,19 @@ TEST(Lexer, knowsPositionsOfEachCharacter) {
         EXPECT_EQ(lexer.column, positions[i][1]);
         EXPECT_EQ(lexer.pos, i + 1);
     }
-    EXPECT_EQ(lexer.cur, Lexer::endOfText);
-    EXPECT_EQ(lexer.consume(), static_cast<char>(Lexer::endOfText)) << "the end may be consumed again and again";
-    EXPECT_EQ(lexer.cur, Lexer::endOfText);
+    EXPECT_EQ(lexer.cur, endOfText);
+    EXPECT_EQ(lexer.consume(), static_cast<char>(endOfText)) << "the end may be consumed again and again";
+    EXPECT_EQ(lexer.cur, endOfText);
 }
 
 TEST(Lexer, reportsTheEndWhereATokenShouldBegin) {
-    EXPECT_EQ(OpenLexer("").id().text, "UNEXPECTED EOF while parsing ID");
-    EXPECT_EQ(OpenLexer("").number().text, "UNEXPECTED EOF while parsing NUMBER");
-    EXPECT_EQ(OpenLexer("").brackets().text, "UNEXPECTED EOF while parsing BRACKETS");
+    EXPECT_EQ(PlainLexer("").id().text, "UNEXPECTED EOF while parsing ID");
+    EXPECT_EQ(PlainLexer("").number().text, "UNEXPECTED EOF while parsing NUMBER");
+    EXPECT_EQ(PlainLexer("").brackets().text, "UNEXPECTED EOF while parsing BRACKETS");
 }
 
 TEST(Lexer, wrapsItsPositionAroundBeyondTwoGiB) {
-    OpenLexer lexer("ab\nc");
+    PlainLexer lexer("ab\nc");
     lexer.pos = INT32_MAX;
     lexer.column = INT32_MAX;
     lexer.line = INT32_MAX;
@@ -213,7 +380,7 @@ TEST(Lexer, wrapsItsPositionAroundBeyondTwoGiB) {
 TEST(FileLexer, findsNothingInAFileAtItsEnd) {
     FileLexer lexer{File::fromMemory("")};
     EXPECT_EQ(lexer.nextToken().text, "EOF");
-    EXPECT_EQ(lexer.consume(), static_cast<char>(Lexer::endOfText));
+    EXPECT_EQ(lexer.consume(), static_cast<char>(endOfText));
 }
 
 } // namespace vrn::test

@@ -1,0 +1,50 @@
+// The classes of characters that the scanner tells apart.
+#pragma once
+
+#include "scene/core/String.h"
+
+#include <array>
+
+namespace vor::velmo_sdk::impl {
+
+// A source ends where a character of this value stands, a byte 0xFF in the text included.
+inline constexpr signed char endOfText = -1;
+
+enum CharClass : u8 {
+    blankChar = 1,       // a space, or not printable: nothing between tokens and inside lists
+    identifierChar = 2,  // letters, digits, `_`
+    numberChar = 4,      // what a number may go on with
+    listPunctuation = 8, // separates the elements of a list: brackets and the comma
+};
+
+namespace detail {
+
+constexpr u8 classesOf(char c) noexcept {
+    if (c == static_cast<char>(endOfText))
+        return 0;
+    const char small = String::lower(c);
+    const bool isNumber =
+        String::isHexDigit(c) || c == '+' || c == '-' || c == '.' || small == 'i' || small == 'n' || small == 'u';
+    const bool isPunctuation = c == '(' || c == ')' || c == '[' || c == ']' || c == '{' || c == '}' || c == ',';
+    const bool isBlank = String::isSpace(c) || !String::isPrintable(c);
+    const bool isIdentifier = String::isLetter(c) || String::isDigit(c) || c == '_';
+    return static_cast<u8>((isBlank ? blankChar : 0) | (isIdentifier ? identifierChar : 0) |
+                           (isNumber ? numberChar : 0) | (isPunctuation ? listPunctuation : 0));
+}
+
+inline constexpr std::array<u8, 256> charClasses = [] {
+    std::array<u8, 256> table{};
+    for (std::size_t i = 0; i < table.size(); ++i)
+        table[i] = classesOf(static_cast<char>(static_cast<u8>(i)));
+    return table;
+}();
+
+} // namespace detail
+
+// Whether a character belongs to one of the classes; the end of the text belongs to none.
+[[nodiscard]] constexpr bool isIn(char c, int classes) noexcept {
+    return (detail::charClasses[static_cast<u8>(c)] & classes) != 0;
+}
+[[nodiscard]] constexpr bool isIn(signed char c, int classes) noexcept { return isIn(static_cast<char>(c), classes); }
+
+} // namespace vor::velmo_sdk::impl

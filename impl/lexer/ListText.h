@@ -1,0 +1,67 @@
+// A list in parentheses or braces, as it stands in the source.
+#pragma once
+
+#include "scene/core/String.h"
+
+#include <memory>
+#include <string_view>
+
+namespace vor::velmo_sdk::impl {
+
+// The canonical text of a list: its own brackets around the elements, one space between two of them.
+// Brackets of its own kind inside vanish, so that the elements of inner lists become its own.
+// `raw` runs from the opening to the closing bracket and is known to be well-formed.
+[[nodiscard]] String canonicalList(std::string_view raw);
+
+// How far a list goes, and what was found where it ends.
+struct ListExtent {
+    enum class End { Closed, BadCharacter, EndOfText };
+    std::size_t length = 0; // up to and with the closing bracket, or up to what ended it
+    End end = End::EndOfText;
+    bool isFlat = true; // no bracket of its own kind inside
+};
+
+// Goes through a list that is read piece by piece; remembers how deep it is between two of them.
+class ListScanner {
+public:
+    ListScanner(char open, char close) noexcept : open_(open), close_(close) {}
+
+    // Looks at the next piece; the very first begins with the opening bracket. End::EndOfText means that
+    // the list goes on behind it, or that the text ends.
+    [[nodiscard]] ListExtent scan(std::string_view piece) noexcept;
+
+private:
+    char open_;
+    char close_;
+    bool isInside_ = false;
+    bool isFlat_ = true;
+    u64 depth_ = 0;
+};
+
+// A long list, whose numbers are read from where it stands and whose canonical text is made only when
+// somebody asks for it.
+class ListText {
+public:
+    // `owner` keeps the bytes of `raw` alive.
+    ListText(std::string_view raw, bool isFlat, std::shared_ptr<const void> owner) noexcept
+        : raw_(raw), isFlat_(isFlat), owner_(std::move(owner)) {}
+
+    [[nodiscard]] std::string_view raw() const noexcept { return raw_; }
+
+    // Whether elements are just what stands between separators.
+    [[nodiscard]] bool isFlat() const noexcept { return isFlat_; }
+
+    [[nodiscard]] const String& canonical() const {
+        if (canonical_.isEmpty())
+            canonical_ = canonicalList(raw_);
+        return canonical_;
+    }
+
+private:
+    std::string_view raw_;
+    bool isFlat_;
+    std::shared_ptr<const void> owner_;
+    mutable String canonical_;
+};
+
+} // namespace vor::velmo_sdk::impl
