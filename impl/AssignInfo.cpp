@@ -2,6 +2,16 @@
 
 namespace vor::velmo_sdk::impl {
 
+void AssignInfo::clear() {
+    path.clear();
+    source.clear();
+    for (Token* token : {&valueToken, &bufferHeadToken, &bufferBodyToken, &scalarTailToken, &refToken})
+        if (token->type != Token::Type::Eof)
+            *token = Token();
+    isScalar = isBuffer = isConnection = isReference = false;
+    data = AttrData();
+}
+
 String AssignInfo::valueString() const {
     constexpr std::size_t quotedLength = 20;
     const bool isBufferValue = bufferHeadToken.type >= Token::Type::Id;

@@ -1,4 +1,4 @@
-// AssignInfo: one assignment while it is being read; a link's also until the end of the text.
+// AssignInfo: one assignment while it is being read.
 #pragma once
 
 #include "impl/lexer/Token.h"
@@ -19,6 +19,9 @@ struct AssignInfo {
     bool isConnection = false;
     bool isReference = false;
     AttrData data; // the value; Null for links
+
+    // Makes it as new, but for the memory of its paths.
+    void clear();
 
     // The value as messages quote it: at most its first 20 characters.
     [[nodiscard]] String valueString() const;

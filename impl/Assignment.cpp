@@ -22,16 +22,17 @@ struct VrnParser::Step {
 
 /// assign ::= path ( connect | value )
 bool VrnParser::parseAssign() {
-    AssignInfo info;
+    AssignInfo& info = assignment;
+    info.clear();
     if (!path(info.path))
         return false;
     if (!connect(info) && !value(info))
         return false;
     Input* input = targetInput(info);
     if (info.isConnection)
-        pendingConnections.store(input, std::move(info));
+        pendingConnections.store(input, {collapse(info.source), info.source.last().position()});
     else if (info.isReference)
-        pendingReferences.store(input, std::move(info));
+        pendingReferences.store(input, {info.refToken.text, info.refToken.position()});
     else
         apply(info, input);
     return true;

@@ -7,16 +7,15 @@ using Type = Token::Type;
 
 /// connect ::= '|' '=' ( NULL | path ) ';'
 bool VrnParser::connect(AssignInfo& info) {
-    Token mark;
-    if (!match(mark, Type::Pipe))
+    if (!accept(Type::Pipe))
         return false;
-    if (!match(mark, Type::Equals))
+    if (!accept(Type::Equals))
         tokenError("=", current());
     if (match(info.valueToken, Type::Null))
         info.source.push(info.valueToken);
     else if (!path(info.source))
         tokenError(expectedLinkSource, current());
-    if (!match(mark, Type::Semicolon))
+    if (!accept(Type::Semicolon))
         tokenError(";", current());
     info.isConnection = true;
     return true;
@@ -29,31 +28,28 @@ bool VrnParser::reference(AssignInfo& info) {
 }
 
 void VrnParser::resolveConnections() {
-    pendingConnections.resolveAll([this](IInput* input, const AssignInfo& info) {
-        const TextPosition at = info.source.last().position();
-        const String source = collapse(info.source);
-        if (source.toLower().trim() == "null")
+    pendingConnections.resolveAll([this](IInput* input, const PendingLink& link) {
+        if (link.isNull())
             return input->disconnect();
-        const StringVector parts = source.split('.', true, false);
+        const StringVector parts = link.source.split('.', true, false);
         if (parts.size() != 2)
-            return logWarning(at, messages::invalidOutput, source.buf());
+            return logWarning(link.position, messages::invalidOutput, link.source.buf());
         interfaces::INode* node = scene->findNode(parts[0]);
         if (!node)
-            return logWarning(at, messages::cannotConnectNode, parts[0].buf(), input->label().buf());
+            return logWarning(link.position, messages::cannotConnectNode, parts[0].buf(), input->label().buf());
         if (interfaces::IOutput* output = node->findOutput(updateOutputName(node->type(), parts[1])))
             return input->connect(output);
-        logWarning(at, messages::cannotConnectOutput, source.buf(), input->label().buf());
+        logWarning(link.position, messages::cannotConnectOutput, link.source.buf(), input->label().buf());
     });
 }
 
 void VrnParser::resolveReferences() {
-    pendingReferences.resolveAll([this](IInput* input, const AssignInfo& info) {
-        const Token& name = info.refToken;
-        if (name.type == Type::Null)
+    pendingReferences.resolveAll([this](IInput* input, const PendingLink& link) {
+        if (link.isNull())
             return input->setNode(nullptr);
-        if (Node* node = scene->findNode(name.text))
+        if (Node* node = scene->findNode(link.source))
             return input->setNode(node);
-        logWarning(name.position(), messages::cannotAssignNode, name.text.buf(), input->label().buf());
+        logWarning(link.position, messages::cannotAssignNode, link.source.buf(), input->label().buf());
     });
 }
 

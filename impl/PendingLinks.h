@@ -1,13 +1,22 @@
 // The links of one kind that wait for the end of the text: one for each input, the later one winning.
 #pragma once
 
-#include "impl/AssignInfo.h"
 #include "scene/Interfaces.h"
 #include "scene/core/HashMap.h"
+#include "scene/core/Log.h"
 
 namespace vor::velmo_sdk::impl {
 
-// Holds a reference on every input that it has a record for, so that an input may be taken out of the
+// What an input is to be linked to, as the text has it: an output's path or a node's name, or `null`,
+// which is neither.
+struct PendingLink {
+    String source;
+    TextPosition position;
+
+    [[nodiscard]] bool isNull() const { return source == "null"; }
+};
+
+// Holds a reference on every input that it has a link for, so that an input may be taken out of the
 // scene before its link is made.
 class PendingLinks {
 public:
@@ -16,37 +25,39 @@ public:
     PendingLinks& operator=(const PendingLinks&) = delete;
     ~PendingLinks() { release(); }
 
-    void store(interfaces::IInput* input, AssignInfo info) {
-        if (AssignInfo* earlier = records_.find(input)) {
-            *earlier = std::move(info);
+    void store(interfaces::IInput* input, PendingLink link) {
+        if (const std::size_t* place = places_.find(input)) {
+            waiting_[*place].link = std::move(link);
             return;
         }
-        inputs_.push(input);
+        places_.set(input, waiting_.size());
+        waiting_.push({input, std::move(link)});
         input->retain();
-        records_.set(input, std::move(info));
     }
 
-    // Calls `resolve(input, record)` for every input that is still in the scene, in the order of the
-    // text so that two runs log the same, and lets go of the inputs.
+    // Calls `resolve(input, link)` for every input that is still in the scene, in the order of the text
+    // so that two runs log the same, and lets go of the inputs.
     template <class Resolve> void resolveAll(Resolve resolve) {
-        for (interfaces::IInput* input : inputs_)
-            if (input->isAttached())
-                resolve(input, records_.get(input));
+        for (const Waiting& each : waiting_)
+            if (each.input->isAttached())
+                resolve(each.input, each.link);
         release();
     }
 
-    [[nodiscard]] std::size_t size() const noexcept { return records_.size(); }
-    [[nodiscard]] const AssignInfo* find(interfaces::IInput* input) const noexcept { return records_.find(input); }
-
 private:
+    struct Waiting {
+        interfaces::IInput* input; // with a reference
+        PendingLink link;
+    };
+
     void release() {
-        for (interfaces::IInput* input : inputs_)
-            input->release();
-        inputs_.clear();
+        for (const Waiting& each : waiting_)
+            each.input->release();
+        waiting_.clear();
     }
 
-    ds::HashMap<interfaces::IInput*, AssignInfo> records_;
-    ds::Vector<interfaces::IInput*> inputs_; // each with a reference
+    ds::Vector<Waiting> waiting_;
+    ds::HashMap<interfaces::IInput*, std::size_t> places_; // in waiting_
 };
 
 } // namespace vor::velmo_sdk::impl

@@ -5,8 +5,7 @@ namespace vor::velmo_sdk::impl {
 
 /// value ::= '=' ( scalar | buffer | reference ) ';'   the first that fits
 bool VrnParser::value(AssignInfo& info) {
-    Token mark;
-    if (!match(mark, Token::Type::Equals))
+    if (!accept(Token::Type::Equals))
         return false;
     if (scalar(info))
         info.isScalar = true;
@@ -14,7 +13,7 @@ bool VrnParser::value(AssignInfo& info) {
         info.isBuffer = true;
     else if (!reference(info))
         tokenError(expectedValue, current());
-    if (!match(mark, Token::Type::Semicolon))
+    if (!accept(Token::Type::Semicolon))
         tokenError(";", current());
     return true;
 }

@@ -58,21 +58,27 @@ bool VrnParser::parseStatement() {
     return parseComment() || parseRemove() || parseDefine() || parseDeclare() || parseWith() || parseAssign();
 }
 
-Token VrnParser::consume() {
+const Token& VrnParser::consume() {
     Token& slot = tokens[static_cast<std::size_t>(cursor)];
-    prevToken = slot;
-    nextToken = lexer->nextToken();
-    if (nextToken.type == Token::Type::Invalid)
-        tokenError(nextToken);
-    slot = nextToken;
+    prevToken = std::move(slot);
+    slot = lexer->nextToken();
+    if (slot.type == Token::Type::Invalid)
+        tokenError(slot);
     cursor = (cursor + 1) % lookahead;
     return prevToken;
 }
 
 bool VrnParser::match(Token& out, Token::Type type) {
+    if (!accept(type))
+        return false;
+    out = prevToken;
+    return true;
+}
+
+bool VrnParser::accept(Token::Type type) {
     if (current().type != type)
         return false;
-    out = consume();
+    consume();
     return true;
 }
 

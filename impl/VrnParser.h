@@ -54,8 +54,9 @@ public:
     void prime();
     void parseStatements();
     [[nodiscard]] bool parseStatement();
-    Token consume();
+    const Token& consume(); // the token consumed, until the next call
     [[nodiscard]] bool match(Token& out, Token::Type type);
+    [[nodiscard]] bool accept(Token::Type type); // match(), for a token that says nothing more
     [[nodiscard]] const Token& current() const noexcept { return ahead(0); }
     [[nodiscard]] const Token& ahead(i32 k) const noexcept {
         return tokens[static_cast<std::size_t>((cursor + k) % lookahead)];
@@ -115,12 +116,12 @@ public:
     i32 cursor = 0; // of the current token
     ds::Vector<Token> tokens;
     Token prevToken;        // consumed last
-    Token nextToken;        // read last
     Scene* scene = nullptr; // not owned
     Node* withNode = nullptr;
     DefinedNodes definedNodes;
     PendingLinks pendingConnections;
     PendingLinks pendingReferences;
+    AssignInfo assignment; // the one being read; kept to use its memory again
 
 private:
     // Steps of an assignment (Assignment.cpp).

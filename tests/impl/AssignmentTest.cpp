@@ -34,6 +34,13 @@ TEST(AssignInfo, startsEmptyAndCopies) {
     copy.data = AttrData();
     EXPECT_STREQ(moved.data.asString(), "value");
     EXPECT_EQ(moved.path[0].text, "a");
+    moved.isScalar = true;
+    moved.refToken = {Token::Type::Id, "b", 1, 1};
+    moved.clear();
+    EXPECT_TRUE(moved.path.isEmpty());
+    EXPECT_FALSE(moved.isScalar);
+    EXPECT_EQ(moved.refToken.type, Token::Type::Eof);
+    EXPECT_EQ(moved.data.type(), AttrType::Null);
 }
 
 TEST(Assignment, raisesWhatEndsTheParse) {
