@@ -22,6 +22,7 @@ public:
     Node& operator=(const Node&) = delete;
 
     [[nodiscard]] String name() const override { return name_; }
+    [[nodiscard]] const String& key() const noexcept { return name_; }
     [[nodiscard]] String type() const override { return type_; }
     [[nodiscard]] bool isDefinition() const noexcept { return isDefinition_; }
     [[nodiscard]] Scene& scene() const noexcept { return scene_; }

@@ -7,21 +7,17 @@ Scene::~Scene() {
         deleteNode(first_);
 }
 
-Node* Scene::findNode(const String& name) const noexcept {
-    const auto found = byName_.find(name.view());
-    return found == byName_.end() ? nullptr : found->second;
-}
+Node* Scene::findNode(const String& name) const noexcept { return byName_.find(name); }
 
 Node* Scene::createNode(const String& type, const String& name, const String&) { return addNode(type, name, false); }
 
 Node* Scene::defineNode(const String& name) { return addNode(name, name, true); }
 
 bool Scene::removeNode(const String& name) {
-    const auto found = byName_.find(name.view());
-    if (found == byName_.end())
+    Node* node = findNode(name);
+    if (!node)
         return false;
-    Node* node = found->second;
-    byName_.erase(found);
+    byName_.erase(node);
     deleteNode(node);
     return true;
 }
@@ -38,7 +34,8 @@ Node* Scene::addNode(const String& type, const String& name, bool isDefinition) 
         node->copyInputsFrom(*definition);
     if (const NodeType* catalogued = catalogue_ ? catalogue_->find(type) : nullptr)
         node->addCatalogued(*catalogued);
-    byName_.emplace(node->name_.view(), node.get());
+    byName_.reserveOne();
+    byName_.insert(node.get());
     node->previous_ = last_;
     (last_ ? last_->next_ : first_) = node.get();
     last_ = node.get();

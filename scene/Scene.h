@@ -13,6 +13,7 @@
 #include "scene/Catalogue.h"
 #include "scene/NameMaps.h"
 #include "scene/Node.h"
+#include "scene/NodeTable.h"
 
 #include <iterator>
 #include <memory>
@@ -108,7 +109,7 @@ private:
     u64 fileVersion_ = VRX_FILE_VERSION_1;
     String fileTime_;
     StringVector comments_;
-    std::unordered_map<std::string_view, Node*> byName_; // the keys are the nodes' own names
+    NodeTable<Node> byName_;
     Node* first_ = nullptr;
     Node* last_ = nullptr;
     SceneLimits limits_;

@@ -1,8 +1,10 @@
 #include "impl/lexer/Lexer.h"
 
 #include "impl/Messages.h"
+#include "impl/lexer/GatheredText.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace vor::velmo_sdk::impl {
 
@@ -35,19 +37,19 @@ void Lexer::advance() noexcept {
 
 // Consumes characters of the window: what advance() would do for each of them, once for all.
 void Lexer::consumeRun(std::size_t count) {
-    const std::string_view run = window().substr(0, count);
-    const std::string_view before = run.substr(0, count - 1); // a line feed counts when the next one is consumed
-    const std::size_t lastFeed = before.rfind('\n');
+    const char* run = window().data();
+    const std::size_t before = count - 1; // a line feed counts when the next character is consumed
+    const auto* lastFeed = static_cast<const char*>(memrchr(run, '\n', before));
     u64 feeds = prev == '\n' ? 1 : 0;
-    if (lastFeed != std::string_view::npos)
-        feeds += static_cast<u64>(std::ranges::count(before, '\n'));
-    if (lastFeed != std::string_view::npos)
-        column = wrappingAdd(0, count - 1 - lastFeed);
-    else
+    if (lastFeed) {
+        feeds += static_cast<u64>(std::count(run, lastFeed + 1, '\n'));
+        column = wrappingAdd(0, static_cast<u64>(run + before - lastFeed));
+    } else {
         column = wrappingAdd(feeds != 0 ? 0 : column, count);
+    }
     line = wrappingAdd(line, feeds);
     pos = wrappingAdd(pos, count);
-    prev = static_cast<signed char>(run.back());
+    prev = static_cast<signed char>(run[before]);
     skip(count);
 }
 
@@ -160,7 +162,7 @@ Token Lexer::parens() { return nestedList({'(', ')', Token::Type::Parens, "PAREN
 Token Lexer::braces() { return nestedList({'{', '}', Token::Type::Braces, "BRACES", "BRACE"}); }
 
 Token Lexer::nestedList(const ListKind& kind) {
-    std::string gathered; // the list so far, if no window shows it as a whole
+    GatheredText gathered; // the list so far, if no window shows it as a whole
     ListScanner scanner(kind.open, kind.close);
     while (!isAtEnd()) {
         const char one = static_cast<char>(cur);
@@ -168,9 +170,9 @@ Token Lexer::nestedList(const ListKind& kind) {
         const std::string_view characters = hasWindow ? window() : std::string_view(&one, 1);
         const ListExtent extent = scanner.scan(characters);
         const std::string_view piece = characters.substr(0, extent.length);
-        const bool isWhole = extent.end == ListExtent::End::Closed && gathered.empty() && owner();
+        const bool isWhole = extent.end == ListExtent::End::Closed && gathered.isEmpty() && owner();
         if (!isWhole)
-            gathered += piece;
+            gathered.append(piece);
         if (hasWindow && !piece.empty())
             consumeRun(piece.size());
         else if (!piece.empty())
@@ -180,8 +182,10 @@ Token Lexer::nestedList(const ListKind& kind) {
         if (extent.end == ListExtent::End::Closed && isWhole)
             return message(kind.type, listText(piece, extent.isFlat, owner()));
         if (extent.end == ListExtent::End::Closed) {
-            const auto kept = std::make_shared<const std::string>(std::move(gathered));
-            return message(kind.type, listText(*kept, extent.isFlat, kept));
+            if (gathered.view().size() <= longList)
+                return message(kind.type, canonicalList(gathered.view()));
+            const auto kept = std::make_shared<const GatheredText>(std::move(gathered));
+            return message(kind.type, listText(kept->view(), extent.isFlat, kept));
         }
     }
     return unexpectedEof(kind.name);

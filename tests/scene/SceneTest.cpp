@@ -1,6 +1,9 @@
 #include "scene/Walk.h"
 #include "tests/support/Reading.h"
 
+#include <random>
+#include <set>
+
 namespace vrn::test {
 
 static std::string names(const Scene& scene) {
@@ -34,6 +37,25 @@ TEST(Scene, keepsNodesInOrderOfCreation) {
     EXPECT_EQ(scene.nodeCount(), 2U);
     EXPECT_EQ(scene.findNode("d")->type(), "t");
     EXPECT_EQ(scene.findNode("c"), nullptr);
+}
+
+TEST(Scene, findsNodesAmongManyThatComeAndGo) {
+    Scene scene;
+    std::set<u64> there;
+    std::mt19937 random(5);
+    for (int i = 0; i < 50000; ++i) {
+        const u64 number = random() % 500;
+        const String name = "n" + String(number);
+        ASSERT_EQ(scene.findNode(name) != nullptr, there.contains(number));
+        if (random() % 2) {
+            EXPECT_EQ(scene.createNode("t", name) != nullptr, there.insert(number).second);
+        } else {
+            EXPECT_EQ(scene.removeNode(name), there.erase(number) == 1);
+        }
+        ASSERT_EQ(scene.nodeCount(), there.size());
+    }
+    for (const u64 number : there)
+        EXPECT_EQ(scene.findNode("n" + String(number))->name(), "n" + String(number));
 }
 
 TEST(Scene, refusesANameTwice) {
