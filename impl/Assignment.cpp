@@ -3,6 +3,7 @@
 #include "impl/VrnParser.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace vor::velmo_sdk::impl {
 
@@ -65,27 +66,33 @@ static AttrType typeBefore(const Token* next, AttrType valueType) noexcept {
     return next->type == Token::Type::Id ? AttrType::Object : AttrType::Array;
 }
 
+// The next name or index of a path behind place `i`, or null; the dots say nothing more.
+static const Token* nextName(const ds::Vector<Token>& path, std::size_t& i) noexcept {
+    while (++i < path.size())
+        if (path[i].type != Token::Type::Dot)
+            return &path[i];
+    return nullptr;
+}
+
 Input* VrnParser::targetInput(const AssignInfo& info) {
     Node* node = targetNode(info);
-    ds::Vector<const Token*> names; // and indices; the dots say nothing more
-    for (std::size_t i = 1; i < info.path.size(); ++i)
-        if (info.path[i].type != Token::Type::Dot)
-            names.push(&info.path[i]);
-    if (names.isEmpty())
+    std::size_t place = 0;
+    const Token* name = nextName(info.path, place);
+    if (!name)
         parseError(messages::inputNotFound, fullPath(info, node).buf());
 
     const AttrType valueType = info.data.type();
-    const auto nameAt = [&](std::size_t i) { return i < names.size() ? names[i] : nullptr; };
+    const Token* next = nextName(info.path, place);
     Input* input = nullptr;
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        const AttrType type = typeBefore(nameAt(i + 1), valueType);
-        const bool isOnTheWay = i + 1 < names.size();
-        const bool hasElements = isOnTheWay && type == AttrType::Array;
-        const AttrType elementType = hasElements ? typeBefore(nameAt(i + 2), valueType) : AttrType::Null;
-        const Step step{*names[i], !isOnTheWay, type, elementType};
+    while (name) {
+        const Token* afterNext = nextName(info.path, place);
+        const AttrType type = typeBefore(next, valueType);
+        const bool hasElements = next && type == AttrType::Array;
+        const Step step{*name, !next, type, hasElements ? typeBefore(afterNext, valueType) : AttrType::Null};
         input = step.isIndex() ? elementInput(input, step) : namedInput(node, input, step);
         if (!step.isLast)
             passThrough(input, step);
+        name = std::exchange(next, afterNext);
     }
     return input;
 }

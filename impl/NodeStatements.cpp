@@ -25,10 +25,11 @@ bool VrnParser::declare(DeclareInfo& info) {
     return true;
 }
 
+// The types are looked at first: they tell most other statements apart without a look at the text.
 bool VrnParser::keywordStatement(const char* keyword, Type end, Token& name) {
-    if (current().type != Type::Id || current().text.string().compareNoCase(keyword) != 0)
+    if (current().type != Type::Id || ahead(1).type != Type::Id || ahead(2).type != end)
         return false;
-    if (ahead(1).type != Type::Id || ahead(2).type != end)
+    if (current().text.string().compareNoCase(keyword) != 0)
         return false;
     consume();
     name = consume();

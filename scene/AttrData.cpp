@@ -1,9 +1,7 @@
 #include "scene/AttrData.h"
 
-#include <cstdlib>
 #include <cstring>
 #include <new>
-#include <utility>
 
 namespace vor::velmo_sdk {
 
@@ -14,17 +12,6 @@ AttrData::AttrData(const AttrData& other) : type_(other.type_), subtype_(other.s
     allocate(other.store_.block.count);
     if (const u64 size = blockSize())
         std::memcpy(store_.block.memory, other.store_.block.memory, size);
-}
-
-AttrData::~AttrData() {
-    if (hasBlock())
-        std::free(store_.block.memory);
-}
-
-void AttrData::swap(AttrData& other) noexcept {
-    std::swap(type_, other.type_);
-    std::swap(subtype_, other.subtype_);
-    std::swap(store_, other.store_);
 }
 
 AttrData AttrData::zero(AttrType type) {
@@ -115,11 +102,6 @@ std::span<std::byte> AttrData::bytes() noexcept {
     if (type_ != AttrType::Buffer)
         return {};
     return {static_cast<std::byte*>(store_.block.memory), blockSize()};
-}
-
-// Strings and buffers always stand in a block, other values when two doubles do not hold them.
-bool AttrData::hasBlock() const noexcept {
-    return type_ == AttrType::String || type_ == AttrType::Buffer || componentCount(type_) > 2;
 }
 
 u64 AttrData::blockSize() const noexcept {

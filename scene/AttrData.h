@@ -16,6 +16,7 @@
 #include "scene/DataType.h"
 #include "scene/core/Math.h"
 
+#include <cstdlib>
 #include <span>
 #include <string_view>
 #include <type_traits>
@@ -53,12 +54,16 @@ class AttrData {
 public:
     AttrData() noexcept = default; // Null
     AttrData(const AttrData& other);
-    AttrData(AttrData&& other) noexcept { swap(other); }
-    AttrData& operator=(AttrData other) noexcept {
-        swap(other);
+    AttrData(AttrData&& other) noexcept { take(other); }
+    AttrData& operator=(const AttrData& other) { return *this = AttrData(other); }
+    AttrData& operator=(AttrData&& other) noexcept {
+        if (this != &other) {
+            release();
+            take(other);
+        }
         return *this;
     }
-    ~AttrData();
+    ~AttrData() { release(); }
 
     // The zero value of a type: false, 0, "", no node, an empty buffer of DataType Null, an empty array
     // of element type Null, an empty object.
@@ -123,10 +128,27 @@ private:
 
     AttrData(AttrType type, i32 subtype) noexcept : type_(type), subtype_(subtype) {}
 
-    [[nodiscard]] bool hasBlock() const noexcept;
+    // Strings and buffers always stand in a block, other values when two doubles do not hold them.
+    [[nodiscard]] bool hasBlock() const noexcept {
+        using enum AttrType;
+        constexpr auto bit = [](AttrType type) { return u32(1) << static_cast<u32>(type); };
+        constexpr u32 blocks = bit(Vec3) | bit(Vec4) | bit(Pos3) | bit(Quat) | bit(Rgba) | bit(Mat3) | bit(Mat4) |
+                               bit(AttrType::String) | bit(Buffer);
+        return static_cast<u32>(type_) < 32 && (blocks >> static_cast<u32>(type_) & 1) != 0;
+    }
     [[nodiscard]] u64 blockSize() const noexcept;
     void allocate(u64 count);
-    void swap(AttrData& other) noexcept;
+    void take(AttrData& other) noexcept {
+        type_ = other.type_;
+        subtype_ = other.subtype_;
+        store_ = other.store_;
+        other.type_ = AttrType::Null;
+        other.subtype_ = 0;
+    }
+    void release() noexcept {
+        if (hasBlock())
+            std::free(store_.block.memory);
+    }
 
     template <class T, class Byte> [[nodiscard]] std::span<T> elementsIn(std::span<Byte> bytes) const noexcept {
         using Element = std::remove_const_t<T>;

@@ -2,10 +2,8 @@
 
 #include "scene/core/NumberText.h"
 
-#include <atomic>
 #include <charconv>
 #include <cstdio>
-#include <cstdlib>
 #include <new>
 #include <string>
 
@@ -115,66 +113,32 @@ std::size_t escape(std::string_view text, std::string& out) {
 
 String::String(const char* text) : String(text ? std::string_view(text) : std::string_view()) {}
 
-String::String(std::string_view text) {
-    char* bytes = allocate(text.size());
-    if (!text.empty())
-        std::memcpy(bytes, text.data(), text.size());
-}
-
 String::String(u64 number) {
     char digits[20];
     const char* end = std::to_chars(digits, digits + sizeof digits, number).ptr;
     *this = String(digits, static_cast<std::size_t>(end - digits));
 }
 
-String& String::operator=(const String& other) noexcept {
-    if (this != &other) {
-        release();
-        share(other);
-    }
-    return *this;
-}
-
-String& String::operator=(String&& other) noexcept {
-    if (this != &other) {
-        release();
-        take(other);
-    }
-    return *this;
-}
-
-// Turns this (uninitialised) handle into one of `length` bytes that the caller fills; the NUL is set.
+// Turns this handle, which holds nothing to release, into one of `length` bytes that the caller fills.
 char* String::allocate(std::size_t length) {
     if (length <= inlineCapacity) {
-        setInlineLength(length);
-        return bytes_;
+        handle_ = Handle{0, 0};
+        bytes()[inlineCapacity] = static_cast<char>(inlineCapacity - length);
+        return bytes();
     }
     void* block = std::malloc(sizeof(Header) + length + 1);
     if (!block)
         throw std::bad_alloc();
     new (block) Header{length, 1};
-    std::memcpy(bytes_, &block, sizeof block);
-    bytes_[inlineCapacity] = sharedTag;
-    char* bytes = shared() + sizeof(Header);
-    bytes[length] = '\0';
-    return bytes;
+    handle_ = Handle{0, 0};
+    std::memcpy(bytes(), &block, sizeof block);
+    bytes()[inlineCapacity] = sharedTag;
+    char* text = shared() + sizeof(Header);
+    text[length] = '\0';
+    return text;
 }
 
-void String::share(const String& other) noexcept {
-    std::memcpy(bytes_, other.bytes_, sizeof bytes_);
-    if (isShared())
-        std::atomic_ref(header()->references).fetch_add(1, std::memory_order_relaxed);
-}
-
-void String::take(String& other) noexcept {
-    std::memcpy(bytes_, other.bytes_, sizeof bytes_);
-    other.setInlineLength(0);
-}
-
-void String::release() noexcept {
-    if (isShared() && std::atomic_ref(header()->references).fetch_sub(1, std::memory_order_acq_rel) == 1)
-        std::free(shared());
-}
+void String::setShared(std::string_view text) { text.copy(allocate(text.size()), text.size()); }
 
 template <class Fill> String String::build(std::size_t length, Fill fill) {
     String result;

@@ -17,7 +17,10 @@
 #include "scene/core/Types.h"
 #include "scene/core/Vector.h"
 
+#include <atomic>
+#include <bit>
 #include <cstdarg>
+#include <cstdlib>
 #include <cstring>
 #include <string_view>
 
@@ -32,21 +35,38 @@ public:
     // `0b`; the others take digits of just that base.
     enum class Radix : int { Auto = 0, Binary = 2, Decimal = 10, Hexadecimal = 16 };
 
-    String() noexcept { setInlineLength(0); }
+    String() noexcept { setInline({}); }
     String(const char* text); // NUL-terminated; a null pointer is the empty text
-    String(std::string_view text);
+    String(std::string_view text) {
+        if (text.size() <= inlineCapacity)
+            setInline(text);
+        else
+            setShared(text);
+    }
     String(const char* text, std::size_t length) : String(std::string_view(text, length)) {}
     explicit String(char c) : String(std::string_view(&c, 1)) {}
     explicit String(u64 number); // its decimal digits
 
-    String(const String& other) noexcept { share(other); }
-    String(String&& other) noexcept { take(other); }
-    String& operator=(const String& other) noexcept;
-    String& operator=(String&& other) noexcept;
+    String(const String& other) noexcept : handle_(other.handle_) { retain(); }
+    String(String&& other) noexcept : handle_(other.handle_) { other.setInline({}); }
+    String& operator=(const String& other) noexcept {
+        other.retain(); // first: it may be this one
+        release();
+        handle_ = other.handle_;
+        return *this;
+    }
+    String& operator=(String&& other) noexcept {
+        if (this != &other) {
+            release();
+            handle_ = other.handle_;
+            other.setInline({});
+        }
+        return *this;
+    }
     ~String() { release(); }
 
     // The text with its terminating NUL; valid as long as this handle is neither changed nor moved.
-    [[nodiscard]] const char* buf() const noexcept { return isShared() ? shared() + sizeof(Header) : bytes_; }
+    [[nodiscard]] const char* buf() const noexcept { return isShared() ? shared() + sizeof(Header) : bytes(); }
     [[nodiscard]] std::size_t len() const noexcept { return isShared() ? header()->length : inlineLength(); }
     [[nodiscard]] bool isEmpty() const noexcept { return len() == 0; }
     [[nodiscard]] std::string_view view() const noexcept { return {buf(), len()}; }
@@ -168,28 +188,66 @@ private:
     [[nodiscard]] static bool parseComponents(std::string_view text, u64 count, double* out);
     template <class Fill> [[nodiscard]] static String build(std::size_t length, Fill fill);
 
-    [[nodiscard]] bool isShared() const noexcept { return bytes_[inlineCapacity] == sharedTag; }
+    [[nodiscard]] const char* bytes() const noexcept { return reinterpret_cast<const char*>(&handle_); }
+    [[nodiscard]] char* bytes() noexcept { return reinterpret_cast<char*>(&handle_); }
+    [[nodiscard]] bool isShared() const noexcept { return bytes()[inlineCapacity] == sharedTag; }
     [[nodiscard]] std::size_t inlineLength() const noexcept {
-        return inlineCapacity - static_cast<std::size_t>(bytes_[inlineCapacity]);
-    }
-    void setInlineLength(std::size_t length) noexcept {
-        bytes_[length] = '\0';
-        bytes_[inlineCapacity] = static_cast<char>(inlineCapacity - length);
+        return inlineCapacity - static_cast<std::size_t>(bytes()[inlineCapacity]);
     }
     [[nodiscard]] char* shared() const noexcept {
         char* block;
-        std::memcpy(&block, bytes_, sizeof block);
+        std::memcpy(&block, &handle_, sizeof block);
         return block;
     }
     [[nodiscard]] Header* header() const noexcept { return reinterpret_cast<Header*>(shared()); }
-    char* allocate(std::size_t length);
-    void share(const String& other) noexcept;
-    void take(String& other) noexcept;
-    void release() noexcept;
 
-    // Either the text, a NUL, and in the last byte the room that is left (so that a full handle ends
-    // in its own NUL); or the address of a shared text, and the tag in the last byte.
-    alignas(8) char bytes_[inlineCapacity + 1];
+    // Makes this an inline text of at most inlineCapacity bytes. The handle is put together in registers
+    // and written at once: a copy that follows can then be fed from the write, which it could not be
+    // from several smaller ones.
+    void setInline(std::string_view text) noexcept {
+        u64 words[2] = {0, 0};
+        if constexpr (std::endian::native == std::endian::little) {
+            const char* first = text.data();
+            const std::size_t n = text.size();
+            if (n >= 8) {
+                words[0] = load<u64>(first);
+                words[1] = n == 8 ? 0 : load<u64>(first + n - 8) >> (8 * (16 - n));
+            } else if (n >= 4) {
+                words[0] = load<u32>(first) | u64(load<u32>(first + n - 4)) << (8 * (n - 4));
+            } else if (n > 0) {
+                words[0] = load<u8>(first) | u64(load<u8>(first + n / 2)) << (8 * (n / 2)) |
+                           u64(load<u8>(first + n - 1)) << (8 * (n - 1));
+            }
+            words[1] |= u64(inlineCapacity - n) << 56;
+            handle_ = Handle{words[0], words[1]};
+        } else {
+            handle_ = Handle{0, 0};
+            text.copy(bytes(), text.size());
+            bytes()[inlineCapacity] = static_cast<char>(inlineCapacity - text.size());
+        }
+    }
+    template <class Word> [[nodiscard]] static Word load(const char* bytes) noexcept {
+        Word word;
+        std::memcpy(&word, bytes, sizeof word);
+        return word;
+    }
+
+    void setShared(std::string_view text);
+    char* allocate(std::size_t length);
+    void retain() const noexcept {
+        if (isShared())
+            std::atomic_ref(header()->references).fetch_add(1, std::memory_order_relaxed);
+    }
+    void release() noexcept {
+        if (isShared() && std::atomic_ref(header()->references).fetch_sub(1, std::memory_order_acq_rel) == 1)
+            std::free(shared());
+    }
+
+    // Either the text, NULs, and in the last byte the room that is left (so that a full handle ends in
+    // its own NUL); or the address of a shared text, and the tag in the last byte. Copied as a whole.
+    using Handle = u64 __attribute__((vector_size(16), aligned(8), may_alias));
+    static_assert(sizeof(Handle) == inlineCapacity + 1);
+    Handle handle_;
 };
 
 } // namespace vor
