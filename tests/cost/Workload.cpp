@@ -51,7 +51,7 @@ const std::map<std::string, Make> workloads = {
     {"references", units("t n; t m;", "n.x$ = m;\n")},
     {"links_of_many_nodes", units("", "t n$; n$.in |= n$.out; n$.ref = n$;\n")},
     {"comments", units("", "# comment $\n")},
-    {"one_list", units("t n; n.x = int32[1000000] {", "$ ", "};")},
+    {"one_list", units("t n; n.x = int32[1000000] {", "1234 ", "};")},
     {"one_string", units("t n; n.x = \"", "some text ", "\";")},
     {"depth_of_one_path", units("t n; n.x", "[0].m", " = 1;")},
     {"warnings", units("t n; n.b = true;", "n.b = 5;\n")},
