@@ -1,11 +1,12 @@
 # make run   builds the command and reads an example scene
 # make test  builds everything, with and without sanitizers, and runs every test
+# make bench compares the reader with others, on texts that it makes first
 # make format, make goldens, make grammar: see CONTRIBUTING.md
 
 LOCALES := $(CURDIR)/build/locales
 CONFIGURE := cmake -DVRN_WARNINGS_AS_ERRORS=ON -DVRN_LOCALES=$(LOCALES) --log-level=WARNING
 
-.PHONY: run test packages format goldens grammar clean
+.PHONY: run test bench packages format goldens grammar clean
 
 run: packages
 	@$(CONFIGURE) --preset release >/dev/null
@@ -23,6 +24,13 @@ test: packages $(LOCALES)/de_DE.UTF-8
 
 packages:
 	@scripts/install-packages
+
+bench: packages
+	@dpkg-query --show libsimdjson-dev >/dev/null || (echo "make bench needs the package libsimdjson-dev" >&2; exit 1)
+	@$(CONFIGURE) --preset release -DVRN_BENCHMARKS=ON >/dev/null
+	@cmake --build --preset release
+	@test -f build/bench/graph.json || (mkdir -p build/bench && build/release/bench_generate build/bench)
+	python3 bench/run.py build/release build/bench
 
 # A German locale of our own, so that nobody needs root for it.
 $(LOCALES)/de_DE.UTF-8:

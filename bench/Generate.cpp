@@ -1,0 +1,145 @@
+// Writes the texts that are measured: generate FOLDER. The same every time.
+//
+// mesh.vrn       1,000,000 points of six decimals and 2,000,000 triangles, two lists on a line each
+// mesh_wrap.vrn  the same numbers, a line every eight elements
+// mesh_rt.vrn    points as the shortest text that reads back the same float
+// mesh_mix.vrn   points of any sign, size and length; indices in no order
+// graph.vrn      200,000 nodes of five values and a connection each
+// *.json         the same numbers and nodes, for readers of JSON
+#include "scene/core/NumberText.h"
+
+#include <cmath>
+#include <cstdio>
+#include <fstream>
+#include <random>
+#include <string>
+#include <vector>
+
+using namespace vor;
+
+namespace {
+
+constexpr std::size_t side = 1000;
+
+std::string fixed(double value) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%.6f", value);
+    return text;
+}
+
+std::string shortest(float value) {
+    char text[realTextCapacity];
+    return std::string(writeReal(value, text));
+}
+
+std::vector<double> wavyGrid() {
+    std::vector<double> points;
+    for (std::size_t y = 0; y < side; ++y)
+        for (std::size_t x = 0; x < side; ++x) {
+            const double u = static_cast<double>(x) / side;
+            const double v = static_cast<double>(y) / side;
+            points.insert(points.end(), {10 * u - 5, 0.3 * std::sin(25 * u) * std::cos(19 * v), 10 * v - 5});
+        }
+    return points;
+}
+
+std::vector<std::size_t> triangles() {
+    std::vector<std::size_t> indices;
+    for (std::size_t y = 0; y < side; ++y)
+        for (std::size_t x = 0; x < side; ++x) {
+            const std::size_t a = y * side + x;
+            const std::size_t right = y * side + (x + 1) % side;
+            const std::size_t below = (y + 1) % side * side + x;
+            const std::size_t opposite = (y + 1) % side * side + (x + 1) % side;
+            indices.insert(indices.end(), {a, right, opposite, a, opposite, below});
+        }
+    return indices;
+}
+
+template <class Values, class Write>
+std::string list(const Values& values, const char* separator, std::size_t wrapAfter, Write write) {
+    std::string text;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (i != 0)
+            text += wrapAfter != 0 && i % wrapAfter == 0 ? "\n  " : separator;
+        text += write(values[i]);
+    }
+    return text;
+}
+
+void writeMesh(const std::string& path, const std::string& points, const std::string& indices) {
+    std::ofstream(path) << "# version: 1\nmesh grid;\ngrid.points = vec3f[" << side * side << "] {" << points
+                        << "};\ngrid.indices = int32[" << 6 * side * side << "] {" << indices << "};\n";
+}
+
+void writeMeshes(const std::string& folder) {
+    const std::vector<double> points = wavyGrid();
+    const std::vector<std::size_t> indices = triangles();
+    const auto number = [](std::size_t i) { return std::to_string(i); };
+    const auto inFloat = [](double value) { return shortest(static_cast<float>(value)); };
+    writeMesh(folder + "/mesh.vrn", list(points, " ", 0, fixed), list(indices, " ", 0, number));
+    writeMesh(folder + "/mesh_wrap.vrn", list(points, " ", 24, fixed), list(indices, " ", 8, number));
+    writeMesh(folder + "/mesh_rt.vrn", list(points, " ", 0, inFloat), list(indices, " ", 0, number));
+    std::ofstream(folder + "/mesh.json") << "{\"points\":[" << list(points, ",", 0, fixed) << "],\"indices\":["
+                                         << list(indices, ",", 0, number) << "]}\n";
+
+    std::mt19937_64 random(1);
+    std::uniform_real_distribution<double> exponent(-4, 5);
+    std::vector<std::string> any(points.size());
+    for (std::string& text : any) {
+        char buffer[64];
+        std::snprintf(buffer, sizeof buffer, "%.6g", (random() % 2 ? 1 : -1) * std::pow(10, exponent(random)));
+        text = buffer;
+    }
+    std::vector<std::size_t> shuffled(indices.size());
+    for (std::size_t& index : shuffled)
+        index = random() % (side * side);
+    writeMesh(folder + "/mesh_mix.vrn", list(any, " ", 0, [](const std::string& text) { return text; }),
+              list(shuffled, " ", 0, number));
+}
+
+void writeGraph(const std::string& folder) {
+    constexpr std::size_t nodes = 200000;
+    const char* kinds[] = {"light", "material", "camera", "instance"};
+    std::mt19937_64 random(2);
+    const auto real = [&](double scale) {
+        char text[64];
+        std::snprintf(text, sizeof text, "%.4g", scale * static_cast<double>(random() % 1000000) / 1e6);
+        return std::string(text);
+    };
+    std::ofstream vrn(folder + "/graph.vrn");
+    std::ofstream json(folder + "/graph.json");
+    vrn << "# version: 1\n";
+    json << "{\"nodes\":[\n";
+    for (std::size_t i = 0; i < nodes; ++i) {
+        const std::string kind = kinds[i % 4];
+        const std::string name = kind + std::to_string(i);
+        const std::size_t to = random() % nodes;
+        const std::string target = kinds[to % 4] + std::to_string(to);
+        const std::string colour[] = {real(1), real(1), real(1)};
+        const std::string place[] = {real(100), real(100), real(100)};
+        const std::string intensity = "1" + std::string(".") + std::to_string(random() % 1000);
+        const std::string samples = std::to_string(random() % 512);
+        vrn << kind << ' ' << name << ";\n"
+            << name << ".color = rgba(" << colour[0] << ' ' << colour[1] << ' ' << colour[2] << ");\n"
+            << name << ".intensity = " << intensity << ";\n"
+            << name << ".position = vec3(" << place[0] << ' ' << place[1] << ' ' << place[2] << ");\n"
+            << name << ".samples = " << samples << ";\n"
+            << name << ".label = \"node number " << i << "\";\n"
+            << name << ".target |= " << target << ".out;\n";
+        json << "{\"type\":\"" << kind << "\",\"name\":\"" << name << "\",\"color\":[" << colour[0] << ',' << colour[1]
+             << ',' << colour[2] << "],\"intensity\":" << intensity << ",\"position\":[" << place[0] << ',' << place[1]
+             << ',' << place[2] << "],\"samples\":" << samples << ",\"label\":\"node number " << i << "\",\"target\":\""
+             << target << ".out\"}" << (i + 1 == nodes ? "\n" : ",\n");
+    }
+    json << "]}\n";
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2)
+        return 2;
+    writeMeshes(argv[1]);
+    writeGraph(argv[1]);
+}
