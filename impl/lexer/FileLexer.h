@@ -9,30 +9,45 @@ namespace vor::velmo_sdk::impl {
 class FileLexer final : public Lexer {
 public:
     explicit FileLexer(const File& file) : source(file) { fetch(); }
+    ~FileLexer() override { skipConsumed(); }
 
     char consume() override {
-        advance();
-        fetch();
-        return static_cast<char>(prev);
+        if (!window().empty())
+            return consumeFromWindow();
+        const char end = consumeEnd();
+        fetch(); // a file may have grown
+        return end;
     }
 
 private:
-    void fetch() {
-        if (!source.read(cur))
-            cur = endOfText;
-    }
-
-    // `cur` is the byte that was read last, in front of those that are not.
-    [[nodiscard]] std::string_view window() const noexcept override {
-        const std::string_view unread = source.unread();
-        return isAtEnd() ? std::string_view() : std::string_view(unread.data() - 1, unread.size() + 1);
-    }
-    void skip(std::size_t count) override {
-        source.skip(count - 1);
+    void refill() override {
+        skipConsumed();
         fetch();
     }
 
+    // Shows `cur` and all that the file has at hand behind it.
+    void fetch() {
+        char first;
+        if (!source.read(first)) {
+            shown_ = {};
+            return setWindow({});
+        }
+        const std::string_view unread = source.unread();
+        shown_ = {unread.data() - 1, unread.size() + 1};
+        setWindow(shown_);
+    }
+
+    // Brings the file, which others may hold too, to where the window has been consumed to; its first
+    // character was read when it was shown.
+    void skipConsumed() noexcept {
+        const std::size_t left = window().size();
+        if (!shown_.empty())
+            source.skip(std::min(shown_.size() - left, shown_.size() - 1));
+        shown_ = {};
+    }
+
     File source;
+    std::string_view shown_;
 };
 
 } // namespace vor::velmo_sdk::impl

@@ -37,24 +37,30 @@ void Lexer::advance() noexcept {
 
 // Consumes characters of the window: what advance() would do for each of them, once for all.
 void Lexer::consumeRun(std::size_t count) {
-    const char* run = window().data();
+    const char* run = at_;
     const std::size_t before = count - 1; // a line feed counts when the next character is consumed
     const auto* lastFeed = static_cast<const char*>(memrchr(run, '\n', before));
-    u64 feeds = prev == '\n' ? 1 : 0;
-    if (lastFeed) {
-        feeds += static_cast<u64>(std::count(run, lastFeed + 1, '\n'));
-        column = wrappingAdd(0, static_cast<u64>(run + before - lastFeed));
-    } else {
-        column = wrappingAdd(feeds != 0 ? 0 : column, count);
-    }
-    line = wrappingAdd(line, feeds);
+    if (!lastFeed)
+        return consumeInLine(count);
+    line = wrappingAdd(line, (prev == '\n' ? 1U : 0U) + static_cast<u64>(std::count(run, lastFeed + 1, '\n')));
+    column = wrappingAdd(0, static_cast<u64>(run + before - lastFeed));
     pos = wrappingAdd(pos, count);
     prev = static_cast<signed char>(run[before]);
-    skip(count);
+    step(count);
+}
+
+// The same for characters of which none but the last may be a line feed.
+void Lexer::consumeInLine(std::size_t count) {
+    line = wrappingAdd(line, prev == '\n' ? 1 : 0);
+    column = wrappingAdd(prev == '\n' ? 0 : column, count);
+    pos = wrappingAdd(pos, count);
+    prev = static_cast<signed char>(at_[count - 1]);
+    step(count);
 }
 
 // Consumes characters as long as they belong, and returns them; the view holds until the next call.
-template <class Belongs> std::string_view Lexer::takeWhile(Belongs belongs) {
+// None of them is a line feed.
+template <class Belongs> std::string_view Lexer::takeInLine(Belongs belongs) {
     scratch_.clear();
     while (!isAtEnd() && belongs(static_cast<char>(cur))) {
         const std::string_view all = window();
@@ -68,19 +74,47 @@ template <class Belongs> std::string_view Lexer::takeWhile(Belongs belongs) {
         const bool isWhole = scratch_.empty() && count < all.size();
         if (!isWhole)
             scratch_ += all.substr(0, count); // the window will show other characters
-        consumeRun(count);
+        consumeInLine(count);
         if (isWhole)
             return all.substr(0, count);
     }
     return scratch_;
 }
 
-std::string_view Lexer::takeWhileIn(int classes) {
-    return takeWhile([=](char c) { return isIn(c, classes); });
+// The same, whatever the characters are.
+template <class Belongs> std::string_view Lexer::takeWhile(Belongs belongs) {
+    scratch_.clear();
+    while (!isAtEnd() && belongs(static_cast<char>(cur))) {
+        const std::string_view all = window();
+        std::size_t count = 1;
+        while (count < all.size() && belongs(all[count]))
+            ++count;
+        if (all.empty()) {
+            scratch_ += consume();
+        } else {
+            scratch_ += all.substr(0, count);
+            consumeRun(count);
+        }
+    }
+    return scratch_;
+}
+
+void Lexer::skipBlanks() {
+    while (isIn(cur, blankChar)) {
+        if (window().empty()) {
+            consume();
+            continue;
+        }
+        // Up to the first line feed, so that most positions are moved along one line.
+        const char* blank = at_;
+        while (*blank != '\n' && blank + 1 != end_ && isIn(blank[1], blankChar))
+            ++blank;
+        consumeInLine(static_cast<std::size_t>(blank + 1 - at_));
+    }
 }
 
 Token Lexer::nextToken() {
-    (void)takeWhileIn(blankChar);
+    skipBlanks();
     if (isAtEnd())
         return eof();
     switch (cur) {
@@ -130,7 +164,7 @@ Token Lexer::nextToken() {
 /// comment ::= '#' any*   up to the end of the line (LF or CR) or of the text
 Token Lexer::comment() {
     const std::string_view text =
-        takeWhile([](char c) { return c != '\n' && c != '\r' && c != static_cast<char>(endOfText); });
+        takeInLine([](char c) { return c != '\n' && c != '\r' && c != static_cast<char>(endOfText); });
     return token(Token::Type::Comment, text);
 }
 
@@ -218,7 +252,7 @@ Token Lexer::brackets() {
 Token Lexer::id() {
     if (isAtEnd())
         return unexpectedEof("ID");
-    const String word = takeWhileIn(identifierChar);
+    const String word = takeInLine([](char c) { return isIn(c, identifierChar); });
     struct Keyword {
         const char* text;
         Token::Type type;
@@ -236,7 +270,7 @@ Token Lexer::id() {
 Token Lexer::number() {
     if (isAtEnd())
         return unexpectedEof("NUMBER");
-    const std::string_view text = takeWhileIn(numberChar);
+    const std::string_view text = takeInLine([](char c) { return isIn(c, numberChar); });
     const bool isReal = text.find_first_of(".fFnNaAiI") != std::string_view::npos;
     return token(isReal ? Token::Type::Real : Token::Type::Int, text);
 }

@@ -34,12 +34,33 @@ protected:
 
     [[nodiscard]] bool isAtEnd() const noexcept { return cur == endOfText; }
 
-    // The characters at hand, `cur` being the first; empty at the end, and for a source that has none.
-    // They stay where they are until the last of them is consumed.
-    [[nodiscard]] virtual std::string_view window() const noexcept { return {}; }
+    // Sets `cur` to the first of `characters`, which are at hand from now on, or to the end of the text
+    // if there are none. They stay where they are until refill() is called.
+    void setWindow(std::string_view characters) noexcept {
+        at_ = characters.data();
+        end_ = at_ + characters.size();
+        cur = characters.empty() ? endOfText : static_cast<signed char>(*at_);
+    }
 
-    // Makes `cur` the character `count` places on; at least one, at most as many as the window has.
-    virtual void skip(std::size_t) {}
+    // The characters at hand, `cur` being the first; empty for a source that sets no window, and
+    // behind the last character.
+    [[nodiscard]] std::string_view window() const noexcept { return {at_, end_}; }
+
+    // Asks a source whose window has been consumed for the next one.
+    virtual void refill() {}
+
+    // consume() for a source that is at its end.
+    char consumeEnd() noexcept {
+        advance();
+        return static_cast<char>(prev);
+    }
+
+    // consume() for a source with a window.
+    char consumeFromWindow() {
+        advance();
+        step(1);
+        return static_cast<char>(prev);
+    }
 
     // What keeps the characters of the window where they are for good, or null if nothing does.
     [[nodiscard]] virtual std::shared_ptr<const void> owner() const noexcept { return nullptr; }
@@ -70,10 +91,21 @@ private:
     Token nestedList(const ListKind& kind);
     [[nodiscard]] static TokenText listText(std::string_view raw, bool isFlat, std::shared_ptr<const void> owner);
     void consumeRun(std::size_t count);
+    void consumeInLine(std::size_t count);
+    void step(std::size_t count) {
+        at_ += count;
+        if (at_ != end_)
+            cur = static_cast<signed char>(*at_);
+        else
+            refill();
+    }
+    void skipBlanks();
+    template <class Belongs> [[nodiscard]] std::string_view takeInLine(Belongs belongs);
     template <class Belongs> [[nodiscard]] std::string_view takeWhile(Belongs belongs);
-    [[nodiscard]] std::string_view takeWhileIn(int classes);
     [[nodiscard]] Token message(Token::Type type, TokenText text) const;
 
+    const char* at_ = nullptr; // where `cur` stands in the window
+    const char* end_ = nullptr;
     std::string scratch_; // characters of a token that no window shows as a whole
 };
 

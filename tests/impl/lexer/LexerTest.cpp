@@ -377,6 +377,21 @@ TEST(Lexer, wrapsItsPositionAroundBeyondTwoGiB) {
     EXPECT_EQ(lexer.column, 1);
 }
 
+TEST(FileLexer, leavesTheFileBehindWhatItHasLookedAt) {
+    for (const std::size_t size : {1U, 4U, 100U}) {
+        const std::string text = "ab cd;ef";
+        File file = File::fromSource(std::make_unique<Blocks>(text, size), size);
+        {
+            FileLexer lexer(file);
+            EXPECT_EQ(lexer.nextToken().text, "ab");
+            EXPECT_EQ(lexer.nextToken().text, "cd");
+        }
+        char c = 0;
+        EXPECT_TRUE(file.read(c));
+        EXPECT_EQ(c, 'e') << "the semicolon has been read as the character to come";
+    }
+}
+
 TEST(FileLexer, findsNothingInAFileAtItsEnd) {
     FileLexer lexer{File::fromMemory("")};
     EXPECT_EQ(lexer.nextToken().text, "EOF");
