@@ -59,8 +59,8 @@ void Lexer::consumeInLine(std::size_t count) {
 }
 
 // Consumes characters as long as they belong, and returns them; the view holds until the next call.
-// None of them is a line feed.
-template <class Belongs> std::string_view Lexer::takeInLine(Belongs belongs) {
+// `inLine` promises that none of them is a line feed.
+template <class Belongs> std::string_view Lexer::takeWhile(Belongs belongs, bool inLine) {
     scratch_.clear();
     while (!isAtEnd() && belongs(static_cast<char>(cur))) {
         const std::string_view all = window();
@@ -74,27 +74,12 @@ template <class Belongs> std::string_view Lexer::takeInLine(Belongs belongs) {
         const bool isWhole = scratch_.empty() && count < all.size();
         if (!isWhole)
             scratch_ += all.substr(0, count); // the window will show other characters
-        consumeInLine(count);
+        if (inLine)
+            consumeInLine(count);
+        else
+            consumeRun(count);
         if (isWhole)
             return all.substr(0, count);
-    }
-    return scratch_;
-}
-
-// The same, whatever the characters are.
-template <class Belongs> std::string_view Lexer::takeWhile(Belongs belongs) {
-    scratch_.clear();
-    while (!isAtEnd() && belongs(static_cast<char>(cur))) {
-        const std::string_view all = window();
-        std::size_t count = 1;
-        while (count < all.size() && belongs(all[count]))
-            ++count;
-        if (all.empty()) {
-            scratch_ += consume();
-        } else {
-            scratch_ += all.substr(0, count);
-            consumeRun(count);
-        }
     }
     return scratch_;
 }
@@ -164,7 +149,7 @@ Token Lexer::nextToken() {
 /// comment ::= '#' any*   up to the end of the line (LF or CR) or of the text
 Token Lexer::comment() {
     const std::string_view text =
-        takeInLine([](char c) { return c != '\n' && c != '\r' && c != static_cast<char>(endOfText); });
+        takeWhile([](char c) { return c != '\n' && c != '\r' && c != static_cast<char>(endOfText); }, true);
     return token(Token::Type::Comment, text);
 }
 
@@ -181,7 +166,7 @@ Token Lexer::string() {
         const bool isEscapedQuote = cur == '"' && prev == '\\';
         if (isPair || isEscapedQuote)
             text += consume();
-        text += takeWhile([](char c) { return c != '"' && c != '\\' && c != static_cast<char>(endOfText); });
+        text += takeWhile([](char c) { return c != '"' && c != '\\' && c != static_cast<char>(endOfText); }, false);
         if (cur == '"')
             break;
     }
@@ -252,7 +237,7 @@ Token Lexer::brackets() {
 Token Lexer::id() {
     if (isAtEnd())
         return unexpectedEof("ID");
-    const String word = takeInLine([](char c) { return isIn(c, identifierChar); });
+    const String word = takeWhile([](char c) { return isIn(c, identifierChar); }, true);
     struct Keyword {
         const char* text;
         Token::Type type;
@@ -270,7 +255,7 @@ Token Lexer::id() {
 Token Lexer::number() {
     if (isAtEnd())
         return unexpectedEof("NUMBER");
-    const std::string_view text = takeInLine([](char c) { return isIn(c, numberChar); });
+    const std::string_view text = takeWhile([](char c) { return isIn(c, numberChar); }, true);
     const bool isReal = text.find_first_of(".fFnNaAiI") != std::string_view::npos;
     return token(isReal ? Token::Type::Real : Token::Type::Int, text);
 }

@@ -100,8 +100,7 @@ private:
             refill();
     }
     void skipBlanks();
-    template <class Belongs> [[nodiscard]] std::string_view takeInLine(Belongs belongs);
-    template <class Belongs> [[nodiscard]] std::string_view takeWhile(Belongs belongs);
+    template <class Belongs> [[nodiscard]] std::string_view takeWhile(Belongs belongs, bool inLine);
     [[nodiscard]] Token message(Token::Type type, TokenText text) const;
 
     const char* at_ = nullptr; // where `cur` stands in the window
