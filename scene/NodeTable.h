@@ -3,7 +3,8 @@
 
 #include "scene/core/String.h"
 
-#include <bit>
+#include <algorithm>
+#include <functional>
 #include <string_view>
 #include <vector>
 
@@ -17,7 +18,7 @@ public:
     [[nodiscard]] T* find(const String& name) const noexcept {
         if (slots_.empty())
             return nullptr;
-        const u64 hash = name.hash();
+        const u64 hash = hashOf(name);
         for (std::size_t i = home(hash); slots_[i].node; i = next(i))
             if (slots_[i].hash == hash && slots_[i].node->key() == name)
                 return slots_[i].node;
@@ -37,13 +38,13 @@ public:
 
     // Enters a node whose name is not there yet.
     void insert(T* node) noexcept {
-        place({node->key().hash(), node});
+        place({hashOf(node->key()), node});
         ++size_;
     }
 
     // Takes out a node that is there, and closes the gap that it leaves.
     void erase(const T* node) noexcept {
-        std::size_t gap = home(node->key().hash());
+        std::size_t gap = home(hashOf(node->key()));
         while (slots_[gap].node != node)
             gap = next(gap);
         for (std::size_t i = next(gap); slots_[i].node; i = next(i)) {
@@ -66,6 +67,8 @@ private:
         T* node = nullptr;
     };
 
+    // Not String::hash(), for which it is easy to find names that collide.
+    [[nodiscard]] static u64 hashOf(const String& name) noexcept { return std::hash<std::string_view>()(name.view()); }
     [[nodiscard]] std::size_t home(u64 hash) const noexcept {
         return static_cast<std::size_t>(hash ^ hash >> 32) & (slots_.size() - 1);
     }
