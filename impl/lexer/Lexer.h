@@ -46,7 +46,7 @@ protected:
     // behind the last character.
     [[nodiscard]] std::string_view window() const noexcept { return {at_, end_}; }
 
-    // Asks a source whose window has been consumed for the next one.
+    // Asks a source whose window has been consumed to set the next one, or an empty one at its end.
     virtual void refill() {}
 
     // consume() for a source that is at its end.

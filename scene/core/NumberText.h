@@ -1,4 +1,5 @@
-// Numbers from text and back. The one place where either happens; independent of any locale.
+// Numbers from text and back. The one place where either happens, but for
+// the short way from text to number in PlainNumber.h; independent of any locale.
 //
 // All parsers take a whole text with optional spaces around it, return whether it is a number of the
 // type, and leave `out` alone when it is not. They are linear in the length and allocate nothing.
