@@ -59,9 +59,14 @@ bool VrnParser::parseStatement() {
 }
 
 const Token& VrnParser::consume() {
+    std::unique_ptr<BufferReader> reader = bufferAhead();
     Token& slot = tokens[static_cast<std::size_t>(cursor)];
     prevToken = std::move(slot);
-    slot = lexer->nextToken();
+    slot = lexer->nextToken(reader.get());
+    if (reader && slot.type == Token::Type::Braces) {
+        reader->finish();
+        bufferInScan = std::move(reader);
+    }
     if (slot.type == Token::Type::Invalid)
         tokenError(slot);
     cursor = (cursor + 1) % lookahead;

@@ -10,6 +10,7 @@
 #pragma once
 
 #include "impl/AssignInfo.h"
+#include "impl/BufferReader.h"
 #include "impl/DefinedNodes.h"
 #include "impl/PendingLinks.h"
 #include "impl/Reader.h"
@@ -141,9 +142,13 @@ private:
     // Steps of a scalar and of a buffer (Scalar.cpp, Buffer.cpp).
     [[nodiscard]] bool literal(AssignInfo& info, bool& isRead);
     [[nodiscard]] bool keywordScalar(AssignInfo& info);
-    void readElementCount(AssignInfo& info, DataType type);
-    void readPayload(AssignInfo& info);
-    void readNumbers(AssignInfo& info);
+    [[nodiscard]] std::unique_ptr<BufferReader> bufferAhead() const;
+    [[nodiscard]] std::unique_ptr<BufferReader> openBuffer(DataType type, const String& head) const;
+    [[nodiscard]] std::unique_ptr<BufferReader> readBuffer(DataType type, const String& head, const String& body) const;
+    void report(const BufferReader& reader, const AssignInfo& info);
+
+    // What has taken the elements of the list behind the current token, so that its token has none.
+    std::unique_ptr<BufferReader> bufferInScan;
 };
 
 } // namespace vor::velmo_sdk::impl

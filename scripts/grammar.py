@@ -7,7 +7,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[1]
 SECTIONS = [
     ("Statements", ["VrnParser", "Comment", "NodeStatements", "Assignment"]),
     ("Paths", ["Path"]),
-    ("Values", ["Value", "Scalar", "Buffer"]),
+    ("Values", ["Value", "Scalar", "Buffer", "BufferReader"]),
     ("Links", ["Links"]),
     ("Tokens", ["lexer/Lexer"]),
 ]

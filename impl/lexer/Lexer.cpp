@@ -15,6 +15,20 @@ i32 wrappingAdd(i32 number, u64 more) noexcept {
     return static_cast<i32>(static_cast<u32>(number) + static_cast<u32>(more));
 }
 
+// Counted in bytes, of which a vector register holds many, and so at most 255 characters at a time.
+u64 countLineFeeds(std::string_view text) noexcept {
+    u64 count = 0;
+    while (!text.empty()) {
+        u8 some = 0;
+        const std::string_view part = text.substr(0, 240);
+        for (const char c : part)
+            some = static_cast<u8>(some + (c == '\n' ? 1 : 0));
+        count += some;
+        text.remove_prefix(part.size());
+    }
+    return count;
+}
+
 // A list of more bytes is read from where it stands; for a shorter one that would not pay.
 constexpr std::size_t longList = 256;
 
@@ -42,7 +56,7 @@ void Lexer::consumeRun(std::size_t count) {
     const auto* lastFeed = static_cast<const char*>(memrchr(run, '\n', before));
     if (!lastFeed)
         return consumeInLine(count);
-    line = wrappingAdd(line, (prev == '\n' ? 1U : 0U) + static_cast<u64>(std::count(run, lastFeed + 1, '\n')));
+    line = wrappingAdd(line, (prev == '\n' ? 1U : 0U) + countLineFeeds({run, lastFeed + 1}));
     column = wrappingAdd(0, static_cast<u64>(run + before - lastFeed));
     pos = wrappingAdd(pos, count);
     prev = static_cast<signed char>(run[before]);
@@ -98,7 +112,7 @@ void Lexer::skipBlanks() {
     }
 }
 
-Token Lexer::nextToken() {
+Token Lexer::nextToken(ElementSink* sink) {
     skipBlanks();
     if (isAtEnd())
         return eof();
@@ -110,7 +124,7 @@ Token Lexer::nextToken() {
     case '(':
         return parens();
     case '{':
-        return braces();
+        return braces(sink);
     case '[':
         return brackets();
     case '\'':
@@ -178,42 +192,86 @@ Token Lexer::string() {
 Token Lexer::parens() { return nestedList({'(', ')', Token::Type::Parens, "PARENS", "PAREN"}); }
 
 /// braces ::= '{' ( number-char | blank | ',' | bracket )* '}'   flattened: one space between elements
-Token Lexer::braces() { return nestedList({'{', '}', Token::Type::Braces, "BRACES", "BRACE"}); }
+Token Lexer::braces(ElementSink* sink) {
+    const ListKind kind{'{', '}', Token::Type::Braces, "BRACES", "BRACE"};
+    return sink ? listFor(*sink, kind) : nestedList(kind);
+}
+
+// The characters at hand, or just `one`, which is `cur`.
+std::string_view Lexer::upcoming(const char& one, std::size_t most) const {
+    return window().empty() ? std::string_view(&one, 1) : window().substr(0, most);
+}
+
+void Lexer::consumePiece(std::size_t count) {
+    if (count == 0)
+        return;
+    if (window().empty())
+        consume();
+    else
+        consumeRun(count);
+}
 
 Token Lexer::nestedList(const ListKind& kind) {
     GatheredText gathered; // the list so far, if no window shows it as a whole
     ListScanner scanner(kind.open, kind.close);
     while (!isAtEnd()) {
         const char one = static_cast<char>(cur);
-        const bool hasWindow = !window().empty();
-        const std::string_view characters = hasWindow ? window() : std::string_view(&one, 1);
+        const std::string_view characters = upcoming(one, std::string_view::npos);
         const ListExtent extent = scanner.scan(characters);
         const std::string_view piece = characters.substr(0, extent.length);
         const bool isWhole = extent.end == ListExtent::End::Closed && gathered.isEmpty() && owner();
         if (!isWhole)
             gathered.append(piece);
-        if (hasWindow && !piece.empty())
-            consumeRun(piece.size());
-        else if (!piece.empty())
-            consume();
+        consumePiece(piece.size());
         if (extent.end == ListExtent::End::BadCharacter)
             return invalidListToken(kind.shortName);
         if (extent.end == ListExtent::End::Closed && isWhole)
-            return message(kind.type, listText(piece, extent.isFlat, owner()));
+            return message(kind.type, listText(piece, owner()));
         if (extent.end == ListExtent::End::Closed) {
             if (gathered.view().size() <= longList)
                 return message(kind.type, canonicalList(gathered.view()));
             const auto kept = std::make_shared<const GatheredText>(std::move(gathered));
-            return message(kind.type, listText(kept->view(), extent.isFlat, kept));
+            return message(kind.type, listText(kept->view(), kept));
         }
     }
     return unexpectedEof(kind.name);
 }
 
-TokenText Lexer::listText(std::string_view raw, bool isFlat, std::shared_ptr<const void> owner) {
+// The same, but the elements go to the sink piece by piece, each while it is still in the cache.
+Token Lexer::listFor(ElementSink& sink, const ListKind& kind) {
+    constexpr std::size_t pieceSize = 32 * 1024;
+    ListScanner scanner(kind.open, kind.close);
+    ListFlattener flattener(kind.open, kind.close);
+    bool isFirst = true;
+    while (!isAtEnd()) {
+        const char one = static_cast<char>(cur);
+        const std::string_view characters = upcoming(one, pieceSize);
+        const ListExtent extent = scanner.scan(characters);
+        const bool isClosed = extent.end == ListExtent::End::Closed;
+        std::string_view elements = characters.substr(0, extent.length);
+        if (isFirst)
+            elements.remove_prefix(1);
+        if (isClosed)
+            elements.remove_suffix(1);
+        isFirst = false;
+        if (extent.isFlat)
+            flattener.follow(elements);
+        sink.take(extent.isFlat ? elements : flattener.flatten(elements));
+        consumePiece(extent.length);
+        if (extent.end == ListExtent::End::BadCharacter)
+            return invalidListToken(kind.shortName);
+        if (isClosed) {
+            const char brackets[] = {kind.open, kind.close};
+            return message(kind.type, String(brackets, sizeof brackets));
+        }
+    }
+    return unexpectedEof(kind.name);
+}
+
+TokenText Lexer::listText(std::string_view raw, std::shared_ptr<const void> owner) {
     if (raw.size() <= longList)
         return canonicalList(raw);
-    return std::make_shared<const ListText>(raw, isFlat, std::move(owner));
+    return std::make_shared<const ListText>(raw, std::move(owner));
 }
 
 /// brackets ::= '[' ( digit | '*' | '[' | blank )* ']'   kept as written; the first ']' ends it

@@ -7,6 +7,7 @@
 #pragma once
 
 #include "impl/lexer/CharClass.h"
+#include "impl/lexer/ElementSink.h"
 #include "impl/lexer/Token.h"
 
 #include <memory>
@@ -24,8 +25,9 @@ public:
     // Advances by one character and returns it.
     virtual char consume() = 0;
 
-    // The next token; at the end of the text, Eof tokens for ever.
-    [[nodiscard]] Token nextToken();
+    // The next token; at the end of the text, Eof tokens for ever. If it is a list in braces and there is
+    // a sink, that takes the elements, and the token's text is the brackets alone.
+    [[nodiscard]] Token nextToken(ElementSink* sink = nullptr);
 
 protected:
     // Brings the position to the character that is about to be consumed. `pos`, like `line` and
@@ -68,7 +70,7 @@ protected:
     Token comment();
     Token string();
     Token parens();
-    Token braces();
+    Token braces(ElementSink* sink = nullptr);
     Token brackets();
     Token id();
     Token number();
@@ -89,7 +91,10 @@ protected:
 private:
     struct ListKind;
     Token nestedList(const ListKind& kind);
-    [[nodiscard]] static TokenText listText(std::string_view raw, bool isFlat, std::shared_ptr<const void> owner);
+    Token listFor(ElementSink& sink, const ListKind& kind);
+    [[nodiscard]] std::string_view upcoming(const char& one, std::size_t most) const;
+    void consumePiece(std::size_t count);
+    [[nodiscard]] static TokenText listText(std::string_view raw, std::shared_ptr<const void> owner);
     void consumeRun(std::size_t count);
     void consumeInLine(std::size_t count);
     void step(std::size_t count) {

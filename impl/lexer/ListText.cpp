@@ -14,24 +14,29 @@ namespace {
 
 constexpr std::size_t blockSize = 16;
 
-// Whether 16 characters are all digits, points, minus signs or blanks of ASCII: what lists of numbers
-// are made of, and nothing that ends, nests or breaks one.
+// Whether 16 characters may all stand in a list in braces, and none of them is a brace: digits, letters of
+// numbers up to f, points, signs, commas, round brackets, and blanks of ASCII.
 #ifdef __SSE2__
+__m128i isBetween(__m128i bytes, char first, char last) noexcept {
+    const __m128i fromFirst = _mm_sub_epi8(bytes, _mm_set1_epi8(first));
+    return _mm_cmpeq_epi8(_mm_min_epu8(fromFirst, _mm_set1_epi8(static_cast<char>(last - first))), fromFirst);
+}
 bool isPlainBlock(const char* block) noexcept {
     const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(block));
-    const __m128i fromMinus = _mm_sub_epi8(bytes, _mm_set1_epi8('-'));
-    const __m128i number = _mm_cmpeq_epi8(_mm_min_epu8(fromMinus, _mm_set1_epi8('9' - '-')), fromMinus);
     const __m128i blank = _mm_cmpeq_epi8(_mm_min_epu8(bytes, _mm_set1_epi8(' ')), bytes);
+    const __m128i star = _mm_cmpeq_epi8(bytes, _mm_set1_epi8('*'));
     const __m128i slash = _mm_cmpeq_epi8(bytes, _mm_set1_epi8('/'));
-    const __m128i plain = _mm_andnot_si128(slash, _mm_or_si128(number, blank));
-    return _mm_movemask_epi8(plain) == 0xFFFF;
+    const __m128i number = _mm_andnot_si128(_mm_or_si128(star, slash), isBetween(bytes, '(', '9'));
+    const __m128i letter = isBetween(_mm_or_si128(bytes, _mm_set1_epi8('a' ^ 'A')), 'a', 'f');
+    return _mm_movemask_epi8(_mm_or_si128(_mm_or_si128(number, letter), blank)) == 0xFFFF;
 }
 #else
 bool isPlainBlock(const char* block) noexcept {
     bool isPlain = true;
     for (std::size_t i = 0; i < blockSize; ++i) {
-        const u8 c = static_cast<u8>(block[i]);
-        isPlain &= (c >= '-' && c <= '9' && c != '/') || c <= ' ';
+        const char c = block[i];
+        isPlain &= (static_cast<u8>(c) <= ' ') || (c >= '(' && c <= '9' && c != '*' && c != '/') ||
+                   (String::lower(c) >= 'a' && String::lower(c) <= 'f');
     }
     return isPlain;
 }
@@ -44,8 +49,9 @@ bool isPlainBlock(const char* block) noexcept {
 ListExtent ListScanner::scan(std::string_view piece) noexcept {
     std::size_t i = isInside_ || piece.empty() ? 0 : 1;
     isInside_ = true;
+    const bool isInBraces = open_ == '{';
     while (i < piece.size()) {
-        if (piece.size() - i >= blockSize && isPlainBlock(piece.data() + i)) {
+        if (isInBraces && piece.size() - i >= blockSize && isPlainBlock(piece.data() + i)) {
             i += blockSize;
             continue;
         }
@@ -68,26 +74,36 @@ ListExtent ListScanner::scan(std::string_view piece) noexcept {
     return {i, ListExtent::End::EndOfText, isFlat_};
 }
 
-String canonicalList(std::string_view raw) {
-    const char open = raw.front();
-    const char close = raw.back();
-    std::string text(1, open);
-    for (std::size_t i = 1; i + 1 < raw.size(); ++i) {
-        const char c = raw[i];
-        if (c == open || c == close)
-            continue;
-        if (isIn(c, numberChar)) {
-            text += c;
-            continue;
+std::string_view ListFlattener::flatten(std::string_view piece) {
+    text_.clear();
+    for (const char c : piece) {
+        if (step_ == Step::Blanks && isIn(c, blankChar))
+            continue; // a run of blanks is one step
+        if (step_ != Step::None && isBehindNumber_ && c != close_) {
+            text_ += ' ';
+            isBehindNumber_ = false;
         }
-        // A separator, or a whole run of blanks.
-        if (isIn(c, blankChar))
-            while (isIn(raw[i + 1], blankChar))
-                ++i;
-        if (text.back() != ' ' && text.back() != open && raw[i + 1] != close)
-            text += ' ';
+        step_ = Step::None;
+        if (isIn(c, numberChar)) {
+            text_ += c;
+            isBehindNumber_ = true;
+        } else if (c != open_ && c != close_) {
+            step_ = isIn(c, blankChar) ? Step::Blanks : Step::Separator;
+        }
     }
-    text += close;
+    return text_;
+}
+
+void ListFlattener::follow(std::string_view characters) noexcept {
+    if (!characters.empty())
+        isBehindNumber_ = isIn(characters.back(), numberChar);
+}
+
+String canonicalList(std::string_view raw) {
+    ListFlattener flattener(raw.front(), raw.back());
+    std::string text(1, raw.front());
+    text += flattener.flatten(raw.substr(1, raw.size() - 2));
+    text += raw.back();
     return std::string_view(text);
 }
 

@@ -4,6 +4,7 @@
 #include "scene/core/String.h"
 
 #include <memory>
+#include <string>
 #include <string_view>
 
 namespace vor::velmo_sdk::impl {
@@ -12,6 +13,28 @@ namespace vor::velmo_sdk::impl {
 // Brackets of its own kind inside vanish, so that the elements of inner lists become its own.
 // `raw` runs from the opening to the closing bracket and is known to be well-formed.
 [[nodiscard]] String canonicalList(std::string_view raw);
+
+// Makes the canonical text of what stands between a list's brackets, from pieces that are cut anywhere.
+class ListFlattener {
+public:
+    ListFlattener(char open, char close) noexcept : open_(open), close_(close) {}
+
+    // The canonical text of the next piece; the view holds until the next call. A space between two elements
+    // comes with the second one.
+    [[nodiscard]] std::string_view flatten(std::string_view piece);
+
+    // Goes on behind characters that needed no flattening.
+    void follow(std::string_view characters) noexcept;
+
+private:
+    enum class Step { None, Blanks, Separator };
+
+    char open_;
+    char close_;
+    Step step_ = Step::None;      // what is being skipped
+    bool isBehindNumber_ = false; // no space has been written since the last number character
+    std::string text_;
+};
 
 // How far a list goes, and what was found where it ends.
 struct ListExtent {
@@ -38,18 +61,11 @@ private:
     u64 depth_ = 0;
 };
 
-// A long list, whose numbers are read from where it stands and whose canonical text is made only when
-// somebody asks for it.
+// A long list, whose canonical text is made only when somebody asks for it.
 class ListText {
 public:
     // `owner` keeps the bytes of `raw` alive.
-    ListText(std::string_view raw, bool isFlat, std::shared_ptr<const void> owner) noexcept
-        : raw_(raw), isFlat_(isFlat), owner_(std::move(owner)) {}
-
-    [[nodiscard]] std::string_view raw() const noexcept { return raw_; }
-
-    // Whether elements are just what stands between separators.
-    [[nodiscard]] bool isFlat() const noexcept { return isFlat_; }
+    ListText(std::string_view raw, std::shared_ptr<const void> owner) noexcept : raw_(raw), owner_(std::move(owner)) {}
 
     [[nodiscard]] const String& canonical() const {
         if (canonical_.isEmpty())
@@ -59,7 +75,6 @@ public:
 
 private:
     std::string_view raw_;
-    bool isFlat_;
     std::shared_ptr<const void> owner_;
     mutable String canonical_;
 };

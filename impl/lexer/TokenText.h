@@ -20,9 +20,6 @@ public:
     [[nodiscard]] std::size_t len() const { return string().len(); }
     [[nodiscard]] std::string_view view() const { return string().view(); }
 
-    // The list, if it is a long one; else null.
-    [[nodiscard]] const ListText* list() const noexcept { return list_.get(); }
-
     friend bool operator==(const TokenText& a, const char* b) { return a.string() == b; }
     friend bool operator==(const TokenText& a, std::string_view b) { return a.string() == b; }
     friend bool operator==(const TokenText& a, const String& b) { return a.string() == b; }

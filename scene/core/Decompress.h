@@ -4,10 +4,13 @@
 #include "scene/core/String.h"
 
 #include <memory>
+#include <span>
+#include <string_view>
+#include <vector>
 
 namespace vor {
 
-// Every text that decompress() reports: name, text.
+// Every text that a payload may give rise to: name, text.
 #define VRN_PAYLOAD_MESSAGES(MESSAGE)                                                                                  \
     MESSAGE(invalidCharacter, "compressed payload: invalid character '%c'")                                            \
     MESSAGE(oddDigits, "compressed payload: odd number of hexadecimal digits")                                         \
@@ -30,5 +33,20 @@ struct DecompressedBytes {
 // length is 0 and `error` says why. Bytes behind the end of the stream are an error too. Takes memory
 // for half the payload and for the expected size; throws std::bad_alloc when there is none.
 [[nodiscard]] DecompressedBytes decompress(const u8* data, std::size_t size, String& error, std::size_t expectedSize);
+
+// The same for a payload that comes piece by piece.
+class PayloadDecoder {
+public:
+    // Takes the hexadecimal digits at the start of a piece; returns how many there are.
+    [[nodiscard]] std::size_t takeDigits(std::string_view piece);
+
+    // Inflates what the digits say into `target`. Returns how many bytes that are; 0 is failure, and
+    // `error` says why.
+    [[nodiscard]] std::size_t inflate(std::span<u8> target, String& error) const;
+
+private:
+    std::vector<u8> stream_;
+    int high_ = -1; // the first digit of a byte whose second one has not come yet
+};
 
 } // namespace vor

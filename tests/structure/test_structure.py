@@ -11,10 +11,11 @@ KNOWS = {
     "scene/core": {"scene/core"},
     "scene": {"scene", "scene/core"},
     "impl/lexer": {"impl/lexer", "scene/core", "impl/Messages.h"},
-    "impl": {"impl", "impl/lexer", "scene", "scene/core"},
+    "impl/numbers": {"impl/numbers", "impl/lexer/CharClass.h", "scene/core"},
+    "impl": {"impl", "impl/lexer", "impl/numbers", "scene", "scene/core"},
     "cli": {"cli", "impl/Reader.h", "scene", "scene/core"},
 }
-LIBRARY = ("scene/core", "scene", "impl/lexer", "impl")
+LIBRARY = ("scene/core", "scene", "impl/lexer", "impl/numbers", "impl")
 
 
 def sources(folder):

@@ -1,5 +1,6 @@
 #include "impl/lexer/FileLexer.h"
 #include "tests/support/Reading.h"
+#include "tests/support/Sources.h"
 
 #include <random>
 
@@ -143,47 +144,6 @@ TEST(Lexer, refusesCharactersThatStartNoToken) {
 }
 
 namespace {
-
-// A source without a window: the scanner goes byte by byte, which is what all others are measured by.
-class PlainLexer final : public Lexer {
-public:
-    explicit PlainLexer(std::string text) : text_(std::move(text)) { fetch(); }
-    char consume() override {
-        advance();
-        ++at_;
-        fetch();
-        return static_cast<char>(prev);
-    }
-    using Lexer::brackets;
-    using Lexer::column;
-    using Lexer::cur;
-    using Lexer::id;
-    using Lexer::line;
-    using Lexer::number;
-    using Lexer::pos;
-    using Lexer::prev;
-
-private:
-    void fetch() { cur = at_ < text_.size() ? static_cast<signed char>(text_[at_]) : endOfText; }
-    std::string text_;
-    std::size_t at_ = 0;
-};
-
-// Delivers a text in blocks of one size.
-class Blocks final : public ByteSource {
-public:
-    Blocks(const std::string& text, std::size_t size) : text_(text), size_(size) {}
-    std::size_t read(char* buffer, std::size_t capacity, String&) override {
-        const std::size_t count = text_.copy(buffer, std::min(capacity, size_), at_);
-        at_ += count;
-        return count;
-    }
-
-private:
-    const std::string& text_;
-    std::size_t size_;
-    std::size_t at_ = 0;
-};
 
 std::string tokensOf(Lexer& lexer) {
     std::string all;

@@ -1,0 +1,87 @@
+#include "impl/BufferReader.h"
+
+#include "impl/Component.h"
+#include "impl/lexer/CharClass.h"
+
+#include <algorithm>
+
+namespace vor::velmo_sdk::impl {
+
+static std::span<u8> bytesOf(AttrData& data) noexcept {
+    const std::span<std::byte> block = data.bytes();
+    return {reinterpret_cast<u8*>(block.data()), block.size()};
+}
+
+void BufferReader::take(std::string_view characters) {
+    if (data_.bytes().empty())
+        return;
+    if (!numbers_ && !payload_) {
+        const auto first = std::ranges::find_if(characters, [](char c) { return isIn(c, numberChar); });
+        if (first == characters.end())
+            return;
+        characters.remove_prefix(static_cast<std::size_t>(first - characters.begin()));
+        if (isPayload(characters[0])) {
+            payload_ = std::make_unique<PayloadDecoder>();
+            characters.remove_prefix(1);
+        } else {
+            startNumbers();
+        }
+    }
+    if (payload_)
+        takePayload(characters);
+    else
+        numbers_->take(characters);
+}
+
+bool BufferReader::isPayload(char first) const noexcept {
+    return first == '.' && elementLayout(data_.dataType()).isCompressible();
+}
+
+/// numbers ::= '{' ( number ( ' ' number )* )? '}'   component after component
+void BufferReader::startNumbers() {
+    (void)withComponent(elementLayout(data_.dataType()).componentType, [&]<class Number>(Number) {
+        numbers_ = NumberFiller::make<Number>(data_.bytes());
+        return true;
+    });
+}
+
+/// payload ::= '{' '.' ( hexdigit hexdigit | ' ' )* '}'   a zlib stream, for elements of bytes only
+void BufferReader::takePayload(std::string_view characters) {
+    while (!characters.empty() && payloadError_.isEmpty()) {
+        if (!isIn(characters[0], numberChar)) {
+            characters.remove_prefix(1);
+            continue;
+        }
+        const std::size_t taken = payload_->takeDigits(characters);
+        if (taken == 0)
+            payloadError_ = String::format(payloadMessages::invalidCharacter, characters[0]);
+        characters.remove_prefix(taken);
+    }
+}
+
+void BufferReader::finish() {
+    if (numbers_)
+        numbers_->finish();
+    if (payload_ && payloadError_.isEmpty())
+        (void)payload_->inflate(bytesOf(data_), payloadError_);
+}
+
+void BufferReader::takeWhole(std::string_view elements) {
+    if (data_.bytes().empty() || elements.empty())
+        return;
+    if (isPayload(elements[0])) {
+        payload_ = std::make_unique<PayloadDecoder>();
+        const DecompressedBytes inflated = decompress(reinterpret_cast<const u8*>(elements.data()), elements.size(),
+                                                      payloadError_, data_.bytes().size());
+        std::copy_n(inflated.bytes.get(), inflated.length, bytesOf(data_).begin());
+        return;
+    }
+    startNumbers();
+    while (!elements.empty()) {
+        const std::string_view element = elements.substr(0, elements.find(' '));
+        numbers_->takeElement(element);
+        elements.remove_prefix(std::min(element.size() + 1, elements.size()));
+    }
+}
+
+} // namespace vor::velmo_sdk::impl

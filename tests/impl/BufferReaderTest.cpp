@@ -1,0 +1,122 @@
+// Buffers that are read while their list is scanned, against those whose list is there as a whole.
+#include "impl/BufferReader.h"
+
+#include "impl/lexer/FileLexer.h"
+#include "tests/support/Reading.h"
+#include "tests/support/Sources.h"
+
+#include <random>
+
+namespace vrn::test {
+
+namespace {
+
+struct Read {
+    std::string end; // the token
+    std::vector<std::byte> bytes;
+    std::size_t filled = 0;
+    bool isRead = true;
+    std::optional<String> excess;
+    String payloadError;
+
+    friend bool operator==(const Read&, const Read&) = default;
+};
+
+Read resultOf(BufferReader& reader) {
+    Read read;
+    read.payloadError = reader.payloadError();
+    if (const NumberFiller* numbers = reader.numbers()) {
+        read.filled = numbers->filledBytes();
+        read.isRead = numbers->isRead();
+        read.excess = numbers->excess();
+    }
+    const AttrData data = reader.takeData();
+    if (read.payloadError.isEmpty())
+        read.bytes.assign(data.bytes().begin(), data.bytes().end());
+    return read;
+}
+
+Read readWhile(Lexer& lexer, DataType type, u64 count) {
+    BufferReader reader(type, count);
+    const Token token = lexer.nextToken(&reader);
+    if (token.type == Token::Type::Braces)
+        reader.finish();
+    Read read = token.type == Token::Type::Braces ? resultOf(reader) : Read();
+    read.end = String::format("%d (%d,%d) ", static_cast<int>(token.type), token.line, token.column).view();
+    read.end += token.type == Token::Type::Braces ? "" : token.text.view();
+    return read;
+}
+
+Read readWhole(Lexer& lexer, DataType type, u64 count) {
+    BufferReader reader(type, count);
+    const Token token = lexer.nextToken();
+    if (token.type == Token::Type::Braces)
+        reader.takeWhole(token.text.view().substr(1, token.text.len() - 2));
+    Read read = token.type == Token::Type::Braces ? resultOf(reader) : Read();
+    read.end = String::format("%d (%d,%d) ", static_cast<int>(token.type), token.line, token.column).view();
+    read.end += token.type == Token::Type::Braces ? "" : token.text.view();
+    return read;
+}
+
+void expectTheSameFromAllSources(const std::string& text, DataType type, u64 count) {
+    PlainLexer whole(text);
+    const Read expected = readWhole(whole, type, count);
+    PlainLexer plain(text);
+    ASSERT_TRUE(readWhile(plain, type, count) == expected) << text;
+    StringLexer fromString{String(std::string_view(text))};
+    ASSERT_TRUE(readWhile(fromString, type, count) == expected) << text;
+    for (const std::size_t size : {1U, 2U, 5U, 64U, 777U}) {
+        FileLexer fromFile{File::fromSource(std::make_unique<Blocks>(text, size), size)};
+        ASSERT_TRUE(readWhile(fromFile, type, count) == expected) << size << ": " << text;
+    }
+}
+
+} // namespace
+
+TEST(BufferReader, readsTheSameFromAllSources) {
+    const DataType types[] = {DataType::Float, DataType::Int32, DataType::Byte, DataType::Vec3d, DataType::Rgba8};
+    const std::string_view characters = "0123456789-.eE{}{}()[],  \n\t\x01\x80";
+    std::mt19937 random(13);
+    for (int i = 0; i < 20000; ++i) {
+        std::string text = random() % 20 == 0 ? "{.5" : "{";
+        const std::size_t length = random() % (i % 10 == 0 ? 600 : 60);
+        const std::size_t kinds = random() % 4 == 0 ? characters.size() : 10 + random() % 4;
+        for (std::size_t n = 0; n < length; ++n)
+            text += random() % 2000 == 0 ? 'x' : random() % 5 == 0 ? ' ' : characters[random() % kinds];
+        text += "}}};";
+        text.erase(text.size() - random() % 2);
+        expectTheSameFromAllSources(text, types[random() % std::size(types)], random() % 40);
+    }
+}
+
+TEST(BufferReader, readsTheSamePayloads) {
+    const std::string stream = "789CEDC1010D000000C2A0F74F6D0E37A00000000000000000000000E06E0100000100000001";
+    std::mt19937 random(14);
+    for (int i = 0; i < 2000; ++i) {
+        std::string text = random() % 2 ? "{." : "{ \n.";
+        for (std::size_t at = 0; at < stream.size(); ++at) {
+            text += stream[at];
+            text += random() % 20 == 0 ? "\n " : random() % 50 == 0 ? "," : random() % 400 == 0 ? "-" : "";
+        }
+        text.erase(text.size() - random() % 2);
+        text += "};";
+        expectTheSameFromAllSources(text, DataType::Byte, 100000);
+    }
+}
+
+TEST(BufferReader, readsLongListsInPieces) {
+    std::string text = "{";
+    for (int i = 0; i < 200000; ++i)
+        text += std::to_string(i * 7919 % 100000) + (i % 10 == 9 ? "\n" : " ");
+    expectTheSameFromAllSources(text + "}", DataType::UInt32, 200000);
+    expectTheSameFromAllSources(text + "}", DataType::UInt32, 199999);
+    expectTheSameFromAllSources(text + "{1}2 3}", DataType::UInt32, 200010);
+}
+
+TEST(BufferReader, leavesNoTextInTheToken) {
+    BufferReader reader(DataType::Int32, 2);
+    StringLexer lexer("{1 2};");
+    EXPECT_EQ(lexer.nextToken(&reader).text, "{}");
+}
+
+} // namespace vrn::test
