@@ -1,10 +1,12 @@
 #include "impl/Component.h"
 #include "impl/Messages.h"
 #include "impl/VrnParser.h"
-#include "scene/core/HashMap.h"
+#include "impl/lexer/Keyword.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
+#include <vector>
 
 namespace vor::velmo_sdk::impl {
 
@@ -12,50 +14,38 @@ using Type = Token::Type;
 
 namespace {
 
-using BufferTypes = ds::HashMap<String, DataType>;
+struct BufferType {
+    u64 keyword;
+    DataType type;
+};
 
-// The keywords of buffers of plain numbers. Built on the first call.
-const BufferTypes& scalarBufferTypes() {
-    static const BufferTypes types = [] {
-        BufferTypes rows;
-        rows.set("char", DataType::Char);
-        rows.set("byte", DataType::Byte);
-        rows.set("int16", DataType::Int16);
-        rows.set("int32", DataType::Int32);
-        rows.set("int64", DataType::Int64);
-        rows.set("uint16", DataType::UInt16);
-        rows.set("uint32", DataType::UInt32);
-        rows.set("uint64", DataType::UInt64);
-        rows.set("float", DataType::Float);
-        rows.set("double", DataType::Double);
-        return rows;
-    }();
-    return types;
-}
-
-// The keywords of buffers of vectors, colours and matrices. Built on the first call.
-const BufferTypes& vectorBufferTypes() {
-    static const BufferTypes types = [] {
-        BufferTypes rows;
+// The keywords of buffers and their element types, in the order of their numbers. Built on the first call.
+const std::vector<BufferType>& bufferTypes() {
+    static const std::vector<BufferType> types = [] {
+        std::vector<BufferType> rows;
         for (const DataType type :
-             {DataType::Vec2f, DataType::Vec3f,   DataType::Vec4f, DataType::Pos2f, DataType::Pos3f, DataType::Quatf,
-              DataType::Mat3f, DataType::Mat4f,   DataType::Rgbf,  DataType::Rgbaf, DataType::Hsvf,  DataType::Hslf,
-              DataType::Vec2d, DataType::Vec3d,   DataType::Vec4d, DataType::Pos2d, DataType::Pos3d, DataType::Quatd,
-              DataType::Mat3d, DataType::Mat4d,   DataType::Rgbd,  DataType::Rgbad, DataType::Hsvd,  DataType::Hsld,
-              DataType::Vec2i, DataType::Vec3i,   DataType::Vec4i, DataType::Pos2i, DataType::Pos3i, DataType::Mat3i,
-              DataType::Mat4i, DataType::Vec2u,   DataType::Vec3u, DataType::Vec4u, DataType::Rgb8,  DataType::Rgba8,
-              DataType::Argb8, DataType::ColorRef})
-            rows.set(String(dataTypeName(type)).toLower(), type);
+             {DataType::Char,   DataType::Byte,   DataType::Int16,   DataType::Int32, DataType::Int64,
+              DataType::UInt16, DataType::UInt32, DataType::UInt64,  DataType::Float, DataType::Double,
+              DataType::Vec2f,  DataType::Vec3f,  DataType::Vec4f,   DataType::Pos2f, DataType::Pos3f,
+              DataType::Quatf,  DataType::Mat3f,  DataType::Mat4f,   DataType::Rgbf,  DataType::Rgbaf,
+              DataType::Hsvf,   DataType::Hslf,   DataType::Vec2d,   DataType::Vec3d, DataType::Vec4d,
+              DataType::Pos2d,  DataType::Pos3d,  DataType::Quatd,   DataType::Mat3d, DataType::Mat4d,
+              DataType::Rgbd,   DataType::Rgbad,  DataType::Hsvd,    DataType::Hsld,  DataType::Vec2i,
+              DataType::Vec3i,  DataType::Vec4i,  DataType::Pos2i,   DataType::Pos3i, DataType::Mat3i,
+              DataType::Mat4i,  DataType::Vec2u,  DataType::Vec3u,   DataType::Vec4u, DataType::Rgb8,
+              DataType::Rgba8,  DataType::Argb8,  DataType::ColorRef})
+            rows.push_back({keywordNumber(dataTypeName(type)), type});
+        std::ranges::sort(rows, {}, &BufferType::keyword);
         return rows;
     }();
     return types;
 }
 
 // The element type that a keyword names, or null.
-const DataType* bufferType(const String& keyword) {
-    const String key = keyword.toLower();
-    const DataType* type = scalarBufferTypes().find(key);
-    return type ? type : vectorBufferTypes().find(key);
+const DataType* bufferType(std::string_view keyword) {
+    const u64 number = keywordNumber(keyword);
+    const auto found = std::ranges::lower_bound(bufferTypes(), number, {}, &BufferType::keyword);
+    return found != bufferTypes().end() && found->keyword == number ? &found->type : nullptr;
 }
 
 } // namespace

@@ -9,14 +9,14 @@ bool VrnParser::parseComment() {
     if (!match(comment, Token::Type::Comment))
         return false;
     // What stands behind the first colon of all is the value, even if the keyword comes later.
-    const String value = comment.text.string().fromFirst(':').trim();
-    if (comment.text.string().contains("version:")) {
+    const String value = comment.text.fromFirst(':').trim();
+    if (comment.text.contains("version:")) {
         u64 version = 0;
         if (String::parse(value, version))
             scene->setFileVersion(version);
         else
             logWarning(position(), messages::badVersion, comment.text.buf());
-    } else if (comment.text.string().contains("time:") && !value.isEmpty()) {
+    } else if (comment.text.contains("time:") && !value.isEmpty()) {
         scene->setFileTime(value);
     }
     scene->pushFileComment(comment.text);

@@ -1,17 +1,22 @@
 #include "impl/VrnParser.h"
+#include "impl/lexer/Keyword.h"
 
 namespace vor::velmo_sdk::impl {
 
 using Type = Token::Type;
 
 /// remove ::= 'remove' ID ';'
-bool VrnParser::remove(RemoveInfo& info) { return keywordStatement("remove", Type::Semicolon, info.name); }
+bool VrnParser::remove(RemoveInfo& info) {
+    return keywordStatement(keywordNumber("remove"), Type::Semicolon, info.name);
+}
 
 /// define ::= 'define' ID ';'
-bool VrnParser::define(DefineInfo& info) { return keywordStatement("define", Type::Semicolon, info.name); }
+bool VrnParser::define(DefineInfo& info) {
+    return keywordStatement(keywordNumber("define"), Type::Semicolon, info.name);
+}
 
 /// with ::= 'with' ID ':'
-bool VrnParser::with(WithInfo& info) { return keywordStatement("with", Type::Colon, info.name); }
+bool VrnParser::with(WithInfo& info) { return keywordStatement(keywordNumber("with"), Type::Colon, info.name); }
 
 /// declare ::= ID ID ( ';' | ':' )   type and name; the colon makes the node the one of '.' paths
 bool VrnParser::declare(DeclareInfo& info) {
@@ -26,10 +31,10 @@ bool VrnParser::declare(DeclareInfo& info) {
 }
 
 // The types are looked at first: they tell most other statements apart without a look at the text.
-bool VrnParser::keywordStatement(const char* keyword, Type end, Token& name) {
+bool VrnParser::keywordStatement(u64 keyword, Type end, Token& name) {
     if (current().type != Type::Id || ahead(1).type != Type::Id || ahead(2).type != end)
         return false;
-    if (current().text.string().compareNoCase(keyword) != 0)
+    if (keywordNumber(current().text) != keyword)
         return false;
     consume();
     name = consume();

@@ -1,5 +1,5 @@
 #include "impl/VrnParser.h"
-#include "scene/core/HashMap.h"
+#include "impl/lexer/Keyword.h"
 #include "scene/core/NumberText.h"
 
 namespace vor::velmo_sdk::impl {
@@ -8,24 +8,30 @@ using Type = Token::Type;
 
 namespace {
 
-using ScalarTypes = ds::HashMap<String, AttrType>;
-
-// The keywords of values that are written as a list of components. Built on the first call.
-const ScalarTypes& scalarTypes() {
-    static const ScalarTypes types = [] {
-        ScalarTypes rows;
-        rows.set("vec2", AttrType::Vec2);
-        rows.set("vec3", AttrType::Vec3);
-        rows.set("vec4", AttrType::Vec4);
-        rows.set("pos2", AttrType::Pos2);
-        rows.set("pos3", AttrType::Pos3);
-        rows.set("quat", AttrType::Quat);
-        rows.set("mat3", AttrType::Mat3);
-        rows.set("mat4", AttrType::Mat4);
-        rows.set("rgba", AttrType::Rgba);
-        return rows;
-    }();
-    return types;
+// The type of a value that is written as a list of components, by its keyword; Null for other words.
+AttrType scalarType(std::string_view keyword) noexcept {
+    switch (keywordNumber(keyword)) {
+    case keywordNumber("vec2"):
+        return AttrType::Vec2;
+    case keywordNumber("vec3"):
+        return AttrType::Vec3;
+    case keywordNumber("vec4"):
+        return AttrType::Vec4;
+    case keywordNumber("pos2"):
+        return AttrType::Pos2;
+    case keywordNumber("pos3"):
+        return AttrType::Pos3;
+    case keywordNumber("quat"):
+        return AttrType::Quat;
+    case keywordNumber("mat3"):
+        return AttrType::Mat3;
+    case keywordNumber("mat4"):
+        return AttrType::Mat4;
+    case keywordNumber("rgba"):
+        return AttrType::Rgba;
+    default:
+        return AttrType::Null;
+    }
 }
 
 bool readReal(const Token& token, AttrData& data) {
@@ -44,13 +50,12 @@ bool readBool(const Token& token, AttrData& data) {
 bool readInteger(const Token& token, AttrData& data) {
     long long value = 0;
     const bool isRead = String::parse(token.text.view(), value, String::Radix::Auto);
-    data = token.text.string().endsWith("u") ? AttrData::unsignedInteger(static_cast<u64>(value))
-                                             : AttrData::integer(value);
+    data = token.text.endsWith("u") ? AttrData::unsignedInteger(static_cast<u64>(value)) : AttrData::integer(value);
     return isRead;
 }
 
 bool readString(const Token& token, AttrData& data) {
-    data = AttrData::string(token.text.string().substring(1, token.text.len() - 2).unescape());
+    data = AttrData::string(token.text.substring(1, token.text.len() - 2).unescape());
     return true;
 }
 
@@ -101,13 +106,13 @@ bool VrnParser::literal(AssignInfo& info, bool& isRead) {
 bool VrnParser::keywordScalar(AssignInfo& info) {
     if (current().type != Type::Id || ahead(1).type != Type::Parens)
         return false;
-    const AttrType* type = scalarTypes().find(current().text.string().toLower());
-    if (!type)
+    const AttrType type = scalarType(current().text);
+    if (type == AttrType::Null)
         return false;
     info.valueToken = consume();
     info.scalarTailToken = consume();
-    info.data = AttrData::zero(*type);
-    return readComponents(info.scalarTailToken.text.string().trimChars("()"), info.data);
+    info.data = AttrData::zero(type);
+    return readComponents(info.scalarTailToken.text.trimChars("()"), info.data);
 }
 
 } // namespace vor::velmo_sdk::impl

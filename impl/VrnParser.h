@@ -89,7 +89,7 @@ public:
     [[nodiscard]] bool define(DefineInfo& info);
     [[nodiscard]] bool declare(DeclareInfo& info);
     [[nodiscard]] bool with(WithInfo& info);
-    [[nodiscard]] bool keywordStatement(const char* keyword, Token::Type end, Token& name);
+    [[nodiscard]] bool keywordStatement(u64 keyword, Token::Type end, Token& name);
 
     // Paths (Path.cpp).
     [[nodiscard]] bool path(ds::Vector<Token>& out);

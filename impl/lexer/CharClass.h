@@ -15,6 +15,7 @@ enum CharClass : u8 {
     identifierChar = 2,  // letters, digits, `_`
     numberChar = 4,      // what a number may go on with
     listPunctuation = 8, // separates the elements of a list: brackets and the comma
+    realChar = 16,       // makes a number a real one
 };
 
 namespace detail {
@@ -28,7 +29,8 @@ constexpr u8 classesOf(char c) noexcept {
     const bool isPunctuation = c == '(' || c == ')' || c == '[' || c == ']' || c == '{' || c == '}' || c == ',';
     const bool isBlank = String::isSpace(c) || !String::isPrintable(c);
     const bool isIdentifier = String::isLetter(c) || String::isDigit(c) || c == '_';
-    return static_cast<u8>((isBlank ? blankChar : 0) | (isIdentifier ? identifierChar : 0) |
+    const bool isReal = c == '.' || small == 'f' || small == 'n' || small == 'a' || small == 'i';
+    return static_cast<u8>((isReal ? realChar : 0) | (isBlank ? blankChar : 0) | (isIdentifier ? identifierChar : 0) |
                            (isNumber ? numberChar : 0) | (isPunctuation ? listPunctuation : 0));
 }
 

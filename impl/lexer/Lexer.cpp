@@ -1,7 +1,9 @@
 #include "impl/lexer/Lexer.h"
 
 #include "impl/Messages.h"
-#include "impl/lexer/GatheredText.h"
+#include "impl/lexer/Keyword.h"
+#include "impl/lexer/ListText.h"
+#include "impl/lexer/StringScanner.h"
 
 #include <algorithm>
 #include <cstring>
@@ -9,11 +11,6 @@
 namespace vor::velmo_sdk::impl {
 
 namespace {
-
-// Positions wrap around beyond 2 GiB.
-i32 wrappingAdd(i32 number, u64 more) noexcept {
-    return static_cast<i32>(static_cast<u32>(number) + static_cast<u32>(more));
-}
 
 // Counted in bytes, of which a vector register holds many, and so at most 255 characters at a time.
 u64 countLineFeeds(std::string_view text) noexcept {
@@ -29,8 +26,22 @@ u64 countLineFeeds(std::string_view text) noexcept {
     return count;
 }
 
-// A list of more bytes is read from where it stands; for a shorter one that would not pay.
-constexpr std::size_t longList = 256;
+// Goes through brackets that are read piece by piece, beginning with the opening one.
+class BracketScanner {
+public:
+    [[nodiscard]] ScanExtent scan(std::string_view piece) noexcept {
+        for (std::size_t i = 0; i < piece.size(); ++i) {
+            const char c = piece[i];
+            if (c == ']')
+                return {i + 1, ScanEnd::Closed};
+            if (c == static_cast<char>(endOfText))
+                return {i, ScanEnd::EndOfText};
+            if (c != '[' && c != '*' && !isIn(c, blankChar) && !String::isDigit(c))
+                return {i, ScanEnd::BadCharacter};
+        }
+        return {piece.size(), ScanEnd::EndOfText};
+    }
+};
 
 } // namespace
 
@@ -63,44 +74,73 @@ void Lexer::consumeRun(std::size_t count) {
     step(count);
 }
 
-// The same for characters of which none but the last may be a line feed.
-void Lexer::consumeInLine(std::size_t count) {
-    line = wrappingAdd(line, prev == '\n' ? 1 : 0);
-    column = wrappingAdd(prev == '\n' ? 0 : column, count);
-    pos = wrappingAdd(pos, count);
-    prev = static_cast<signed char>(at_[count - 1]);
-    step(count);
+// Consumes characters as long as they belong, and returns them; the view holds until the next call. None of
+// them may be a line feed.
+template <class Belongs> std::string_view Lexer::takeWhile(Belongs belongs) {
+    const char* behind = at_;
+    while (behind != end_ && belongs(*behind))
+        ++behind;
+    if (behind == end_)
+        return gatherWhile(belongs); // the window may go on, or there is none
+    const std::string_view run(at_, behind);
+    if (!run.empty())
+        consumeInLine(run.size());
+    return run;
 }
 
-// Consumes characters as long as they belong, and returns them; the view holds until the next call.
-// `inLine` promises that none of them is a line feed.
-template <class Belongs> std::string_view Lexer::takeWhile(Belongs belongs, bool inLine) {
+template <class Belongs> std::string_view Lexer::gatherWhile(Belongs belongs) {
     scratch_.clear();
     while (!isAtEnd() && belongs(static_cast<char>(cur))) {
-        const std::string_view all = window();
-        if (all.empty()) {
+        const char* behind = at_;
+        while (behind != end_ && belongs(*behind))
+            ++behind;
+        if (behind == at_) {
             scratch_ += consume();
-            continue;
+        } else {
+            scratch_.append(at_, behind);
+            consumeInLine(static_cast<std::size_t>(behind - at_));
         }
-        std::size_t count = 1;
-        while (count < all.size() && belongs(all[count]))
-            ++count;
-        const bool isWhole = scratch_.empty() && count < all.size();
-        if (!isWhole)
-            scratch_ += all.substr(0, count); // the window will show other characters
-        if (inLine)
-            consumeInLine(count);
-        else
-            consumeRun(count);
-        if (isWhole)
-            return all.substr(0, count);
     }
     return scratch_;
 }
 
+// Consumes the token that a scanner goes through, as far as it does; `text` holds until the next call.
+template <class Scanner> ScanEnd Lexer::take(Scanner& scanner, std::string_view& text) {
+    scratch_.clear();
+    while (!isAtEnd()) {
+        const char one = static_cast<char>(cur);
+        const std::string_view characters = upcoming(one, std::string_view::npos);
+        const ScanExtent extent = scanner.scan(characters);
+        text = characters.substr(0, extent.length);
+        const bool isWhole = extent.end == ScanEnd::Closed && scratch_.empty() && text.size() < characters.size();
+        if (!isWhole) {
+            scratch_ += text; // the window will show other characters
+            text = scratch_;
+        }
+        consumePiece(extent.length);
+        if (extent.end != ScanEnd::EndOfText)
+            return extent.end;
+    }
+    return ScanEnd::EndOfText;
+}
+
+// The characters at hand, or just `one`, which is `cur`.
+std::string_view Lexer::upcoming(const char& one, std::size_t most) const {
+    return at_ == end_ ? std::string_view(&one, 1) : window().substr(0, most);
+}
+
+void Lexer::consumePiece(std::size_t count) {
+    if (count == 0)
+        return;
+    if (at_ == end_)
+        consume();
+    else
+        consumeRun(count);
+}
+
 void Lexer::skipBlanks() {
     while (isIn(cur, blankChar)) {
-        if (window().empty()) {
+        if (at_ == end_) {
             consume();
             continue;
         }
@@ -162,30 +202,15 @@ Token Lexer::nextToken(ElementSink* sink) {
 
 /// comment ::= '#' any*   up to the end of the line (LF or CR) or of the text
 Token Lexer::comment() {
-    const std::string_view text =
-        takeWhile([](char c) { return c != '\n' && c != '\r' && c != static_cast<char>(endOfText); }, true);
-    return token(Token::Type::Comment, text);
+    return token(Token::Type::Comment,
+                 takeWhile([](char c) { return c != '\n' && c != '\r' && c != static_cast<char>(endOfText); }));
 }
 
 /// string ::= '"' ( any but '"' and '\' | '\' any )* '"'   kept as written, quotes included
 Token Lexer::string() {
-    std::string text;
-    while (true) {
-        if (isAtEnd())
-            return unexpectedEof("STRING");
-        text += consume();
-        // A second backslash completes a pair, which cannot escape what follows; a quote behind a lone
-        // backslash is escaped. Either way the character is taken here and the next one looked at.
-        const bool isPair = cur == '\\' && prev == '\\';
-        const bool isEscapedQuote = cur == '"' && prev == '\\';
-        if (isPair || isEscapedQuote)
-            text += consume();
-        text += takeWhile([](char c) { return c != '"' && c != '\\' && c != static_cast<char>(endOfText); }, false);
-        if (cur == '"')
-            break;
-    }
-    text += consume();
-    return token(Token::Type::String, text);
+    StringScanner scanner;
+    std::string_view text;
+    return take(scanner, text) == ScanEnd::Closed ? token(Token::Type::String, text) : unexpectedEof("STRING");
 }
 
 /// parens ::= '(' ( number-char | blank | ',' | bracket )* ')'   flattened: one space between elements
@@ -197,44 +222,17 @@ Token Lexer::braces(ElementSink* sink) {
     return sink ? listFor(*sink, kind) : nestedList(kind);
 }
 
-// The characters at hand, or just `one`, which is `cur`.
-std::string_view Lexer::upcoming(const char& one, std::size_t most) const {
-    return window().empty() ? std::string_view(&one, 1) : window().substr(0, most);
-}
-
-void Lexer::consumePiece(std::size_t count) {
-    if (count == 0)
-        return;
-    if (window().empty())
-        consume();
-    else
-        consumeRun(count);
-}
-
 Token Lexer::nestedList(const ListKind& kind) {
-    GatheredText gathered; // the list so far, if no window shows it as a whole
     ListScanner scanner(kind.open, kind.close);
-    while (!isAtEnd()) {
-        const char one = static_cast<char>(cur);
-        const std::string_view characters = upcoming(one, std::string_view::npos);
-        const ListExtent extent = scanner.scan(characters);
-        const std::string_view piece = characters.substr(0, extent.length);
-        const bool isWhole = extent.end == ListExtent::End::Closed && gathered.isEmpty() && owner();
-        if (!isWhole)
-            gathered.append(piece);
-        consumePiece(piece.size());
-        if (extent.end == ListExtent::End::BadCharacter)
-            return invalidListToken(kind.shortName);
-        if (extent.end == ListExtent::End::Closed && isWhole)
-            return message(kind.type, listText(piece, owner()));
-        if (extent.end == ListExtent::End::Closed) {
-            if (gathered.view().size() <= longList)
-                return message(kind.type, canonicalList(gathered.view()));
-            const auto kept = std::make_shared<const GatheredText>(std::move(gathered));
-            return message(kind.type, listText(kept->view(), kept));
-        }
+    std::string_view text;
+    switch (take(scanner, text)) {
+    case ScanEnd::Closed:
+        return message(kind.type, canonicalList(text));
+    case ScanEnd::BadCharacter:
+        return invalidListToken(kind.shortName);
+    default:
+        return unexpectedEof(kind.name);
     }
-    return unexpectedEof(kind.name);
 }
 
 // The same, but the elements go to the sink piece by piece, each while it is still in the cache.
@@ -246,19 +244,19 @@ Token Lexer::listFor(ElementSink& sink, const ListKind& kind) {
     while (!isAtEnd()) {
         const char one = static_cast<char>(cur);
         const std::string_view characters = upcoming(one, pieceSize);
-        const ListExtent extent = scanner.scan(characters);
-        const bool isClosed = extent.end == ListExtent::End::Closed;
+        const ScanExtent extent = scanner.scan(characters);
+        const bool isClosed = extent.end == ScanEnd::Closed;
         std::string_view elements = characters.substr(0, extent.length);
         if (isFirst)
             elements.remove_prefix(1);
         if (isClosed)
             elements.remove_suffix(1);
         isFirst = false;
-        if (extent.isFlat)
+        if (scanner.isFlat())
             flattener.follow(elements);
-        sink.take(extent.isFlat ? elements : flattener.flatten(elements));
+        sink.take(scanner.isFlat() ? elements : flattener.flatten(elements));
         consumePiece(extent.length);
-        if (extent.end == ListExtent::End::BadCharacter)
+        if (extent.end == ScanEnd::BadCharacter)
             return invalidListToken(kind.shortName);
         if (isClosed) {
             const char brackets[] = {kind.open, kind.close};
@@ -268,26 +266,17 @@ Token Lexer::listFor(ElementSink& sink, const ListKind& kind) {
     return unexpectedEof(kind.name);
 }
 
-TokenText Lexer::listText(std::string_view raw, std::shared_ptr<const void> owner) {
-    if (raw.size() <= longList)
-        return canonicalList(raw);
-    return std::make_shared<const ListText>(raw, std::move(owner));
-}
-
 /// brackets ::= '[' ( digit | '*' | '[' | blank )* ']'   kept as written; the first ']' ends it
 Token Lexer::brackets() {
-    std::string text;
-    while (true) {
-        if (isAtEnd())
-            return unexpectedEof("BRACKETS");
-        const char c = static_cast<char>(cur);
-        if (c != '[' && c != ']' && c != '*' && !isIn(c, blankChar) && !String::isDigit(c))
-            return invalidListToken("BRACKET");
-        text += consume();
-        if (cur == ']') {
-            text += consume();
-            return token(Token::Type::Brackets, text);
-        }
+    BracketScanner scanner;
+    std::string_view text;
+    switch (take(scanner, text)) {
+    case ScanEnd::Closed:
+        return token(Token::Type::Brackets, text);
+    case ScanEnd::BadCharacter:
+        return invalidListToken("BRACKET");
+    default:
+        return unexpectedEof("BRACKETS");
     }
 }
 
@@ -295,17 +284,17 @@ Token Lexer::brackets() {
 Token Lexer::id() {
     if (isAtEnd())
         return unexpectedEof("ID");
-    const String word = takeWhile([](char c) { return isIn(c, identifierChar); }, true);
-    struct Keyword {
-        const char* text;
-        Token::Type type;
-    };
-    static constexpr Keyword keywords[] = {
-        {"true", Token::Type::True}, {"false", Token::Type::False}, {"null", Token::Type::Null}};
-    for (const Keyword& keyword : keywords)
-        if (String::lower(word[0]) == keyword.text[0] && word.compareNoCase(keyword.text) == 0)
-            return message(keyword.type, String(keyword.text));
-    return message(Token::Type::Id, word);
+    const std::string_view word = takeWhile([](char c) { return isIn(c, identifierChar); });
+    switch (keywordNumber(word)) {
+    case keywordNumber("true"):
+        return message(Token::Type::True, "true");
+    case keywordNumber("false"):
+        return message(Token::Type::False, "false");
+    case keywordNumber("null"):
+        return message(Token::Type::Null, "null");
+    default:
+        return token(Token::Type::Id, word);
+    }
 }
 
 /// number ::= ( '-' | digit ) number-char*   Real if any of . f n a i (in either case) is in it, else Int
@@ -313,20 +302,24 @@ Token Lexer::id() {
 Token Lexer::number() {
     if (isAtEnd())
         return unexpectedEof("NUMBER");
-    const std::string_view text = takeWhile([](char c) { return isIn(c, numberChar); }, true);
-    const bool isReal = text.find_first_of(".fFnNaAiI") != std::string_view::npos;
+    const std::string_view text = takeWhile([](char c) { return isIn(c, numberChar); });
+    const bool isReal = std::ranges::any_of(text, [](char c) { return isIn(c, realChar); });
     return token(isReal ? Token::Type::Real : Token::Type::Int, text);
 }
 
 Token Lexer::token(Token::Type type) {
-    const String text(consume());
-    return message(type, text);
+    const char c = static_cast<char>(cur);
+    if (at_ != end_)
+        consumeInLine(1);
+    else
+        consume();
+    return message(type, String(c));
 }
 
 Token Lexer::token(Token::Type type, std::string_view text) const { return message(type, String(text)); }
 
 // An error consumes nothing, so its position is that of the character before it.
-Token Lexer::message(Token::Type type, TokenText text) const { return {type, std::move(text), line, column}; }
+Token Lexer::message(Token::Type type, String text) const { return {type, std::move(text), line, column}; }
 
 Token Lexer::eof() const { return message(Token::Type::Eof, messages::endOfInput); }
 

@@ -8,9 +8,9 @@
 
 #include "impl/lexer/CharClass.h"
 #include "impl/lexer/ElementSink.h"
+#include "impl/lexer/ScanExtent.h"
 #include "impl/lexer/Token.h"
 
-#include <memory>
 #include <string>
 
 namespace vor::velmo_sdk::impl {
@@ -64,9 +64,6 @@ protected:
         return static_cast<char>(prev);
     }
 
-    // What keeps the characters of the window where they are for good, or null if nothing does.
-    [[nodiscard]] virtual std::shared_ptr<const void> owner() const noexcept { return nullptr; }
-
     Token comment();
     Token string();
     Token parens();
@@ -92,11 +89,16 @@ private:
     struct ListKind;
     Token nestedList(const ListKind& kind);
     Token listFor(ElementSink& sink, const ListKind& kind);
-    [[nodiscard]] std::string_view upcoming(const char& one, std::size_t most) const;
-    void consumePiece(std::size_t count);
-    [[nodiscard]] static TokenText listText(std::string_view raw, std::shared_ptr<const void> owner);
+    void skipBlanks();
     void consumeRun(std::size_t count);
-    void consumeInLine(std::size_t count);
+    void consumeInLine(std::size_t count) {
+        line = wrappingAdd(line, prev == '\n' ? 1 : 0);
+        column = wrappingAdd(prev == '\n' ? 0 : column, count);
+        pos = wrappingAdd(pos, count);
+        prev = static_cast<signed char>(at_[count - 1]);
+        step(count);
+    }
+    void consumePiece(std::size_t count);
     void step(std::size_t count) {
         at_ += count;
         if (at_ != end_)
@@ -104,9 +106,16 @@ private:
         else
             refill();
     }
-    void skipBlanks();
-    template <class Belongs> [[nodiscard]] std::string_view takeWhile(Belongs belongs, bool inLine);
-    [[nodiscard]] Token message(Token::Type type, TokenText text) const;
+    [[nodiscard]] std::string_view upcoming(const char& one, std::size_t most) const;
+    template <class Belongs> [[nodiscard]] std::string_view takeWhile(Belongs belongs);
+    template <class Belongs> [[nodiscard]] std::string_view gatherWhile(Belongs belongs);
+    template <class Scanner> [[nodiscard]] ScanEnd take(Scanner& scanner, std::string_view& text);
+    [[nodiscard]] Token message(Token::Type type, String text) const;
+
+    // Positions wrap around beyond 2 GiB.
+    static i32 wrappingAdd(i32 number, u64 more) noexcept {
+        return static_cast<i32>(static_cast<u32>(number) + static_cast<u32>(more));
+    }
 
     const char* at_ = nullptr; // where `cur` stands in the window
     const char* end_ = nullptr;

@@ -46,7 +46,7 @@ bool isPlainBlock(const char* block) noexcept {
 
 // Most of a long list is plain, so that blocks of it need no look at each character, which would
 // take ten times as long.
-ListExtent ListScanner::scan(std::string_view piece) noexcept {
+ScanExtent ListScanner::scan(std::string_view piece) noexcept {
     std::size_t i = isInside_ || piece.empty() ? 0 : 1;
     isInside_ = true;
     const bool isInBraces = open_ == '{';
@@ -63,15 +63,15 @@ ListExtent ListScanner::scan(std::string_view piece) noexcept {
                 isFlat_ = false;
             } else if (c == close_) {
                 if (depth_ == 0)
-                    return {i + 1, ListExtent::End::Closed, isFlat_};
+                    return {i + 1, ScanEnd::Closed};
                 --depth_;
             } else if (!isIn(c, blankChar | numberChar | listPunctuation)) {
                 const bool isEnd = c == static_cast<char>(endOfText);
-                return {i, isEnd ? ListExtent::End::EndOfText : ListExtent::End::BadCharacter, isFlat_};
+                return {i, isEnd ? ScanEnd::EndOfText : ScanEnd::BadCharacter};
             }
         }
     }
-    return {i, ListExtent::End::EndOfText, isFlat_};
+    return {i, ScanEnd::EndOfText};
 }
 
 std::string_view ListFlattener::flatten(std::string_view piece) {
@@ -99,7 +99,21 @@ void ListFlattener::follow(std::string_view characters) noexcept {
         isBehindNumber_ = isIn(characters.back(), numberChar);
 }
 
+// Whether nothing but one space stands between two elements, and nothing else around them.
+static bool isCanonical(std::string_view raw) noexcept {
+    bool isBehindNumber = false;
+    for (const char c : raw.substr(1, raw.size() - 2)) {
+        const bool isNumber = isIn(c, numberChar);
+        if (!isNumber && (c != ' ' || !isBehindNumber))
+            return false;
+        isBehindNumber = isNumber;
+    }
+    return isBehindNumber || raw.size() == 2;
+}
+
 String canonicalList(std::string_view raw) {
+    if (isCanonical(raw))
+        return raw;
     ListFlattener flattener(raw.front(), raw.back());
     std::string text(1, raw.front());
     text += flattener.flatten(raw.substr(1, raw.size() - 2));

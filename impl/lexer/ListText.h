@@ -1,9 +1,9 @@
 // A list in parentheses or braces, as it stands in the source.
 #pragma once
 
+#include "impl/lexer/ScanExtent.h"
 #include "scene/core/String.h"
 
-#include <memory>
 #include <string>
 #include <string_view>
 
@@ -36,22 +36,16 @@ private:
     std::string text_;
 };
 
-// How far a list goes, and what was found where it ends.
-struct ListExtent {
-    enum class End { Closed, BadCharacter, EndOfText };
-    std::size_t length = 0; // up to and with the closing bracket, or up to what ended it
-    End end = End::EndOfText;
-    bool isFlat = true; // no bracket of its own kind inside
-};
-
 // Goes through a list that is read piece by piece; remembers how deep it is between two of them.
 class ListScanner {
 public:
     ListScanner(char open, char close) noexcept : open_(open), close_(close) {}
 
-    // Looks at the next piece; the very first begins with the opening bracket. End::EndOfText means that
-    // the list goes on behind it, or that the text ends.
-    [[nodiscard]] ListExtent scan(std::string_view piece) noexcept;
+    // Looks at the next piece; the very first begins with the opening bracket.
+    [[nodiscard]] ScanExtent scan(std::string_view piece) noexcept;
+
+    // Whether there has been no bracket of its own kind inside.
+    [[nodiscard]] bool isFlat() const noexcept { return isFlat_; }
 
 private:
     char open_;
@@ -59,24 +53,6 @@ private:
     bool isInside_ = false;
     bool isFlat_ = true;
     u64 depth_ = 0;
-};
-
-// A long list, whose canonical text is made only when somebody asks for it.
-class ListText {
-public:
-    // `owner` keeps the bytes of `raw` alive.
-    ListText(std::string_view raw, std::shared_ptr<const void> owner) noexcept : raw_(raw), owner_(std::move(owner)) {}
-
-    [[nodiscard]] const String& canonical() const {
-        if (canonical_.isEmpty())
-            canonical_ = canonicalList(raw_);
-        return canonical_;
-    }
-
-private:
-    std::string_view raw_;
-    std::shared_ptr<const void> owner_;
-    mutable String canonical_;
 };
 
 } // namespace vor::velmo_sdk::impl

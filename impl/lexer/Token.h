@@ -1,8 +1,8 @@
 // Token: one word of a text, with the position of its last character.
 #pragma once
 
-#include "impl/lexer/TokenText.h"
 #include "scene/core/Log.h"
+#include "scene/core/String.h"
 
 namespace vor::velmo_sdk::impl {
 
@@ -36,7 +36,7 @@ struct Token {
     };
 
     Type type = Type::Eof;
-    TokenText text;
+    vor::String text;
     i32 line = 0; // 1-based, of the token's last character
     i32 column = 0;
 

@@ -1,0 +1,37 @@
+// Words of up to eight characters as numbers, so that keywords of any case are found by comparing numbers.
+#pragma once
+
+#include "scene/core/Types.h"
+
+#include <bit>
+#include <cstring>
+#include <string_view>
+#include <type_traits>
+
+namespace vor::velmo_sdk::impl {
+
+// The number of an identifier: equal for two that differ in the case of letters at most, 0 for one of more
+// than eight characters.
+[[nodiscard]] constexpr u64 keywordNumber(std::string_view word) noexcept {
+    constexpr u64 smallLetters = 0x2020202020202020; // neither digits nor small letters change
+    const std::size_t n = word.size();
+    if (n == 0 || n > 8)
+        return 0;
+    u64 number = 0;
+    if (std::is_constant_evaluated() || std::endian::native != std::endian::little) {
+        for (std::size_t i = 0; i < n; ++i)
+            number |= u64(static_cast<u8>(word[i])) << (8 * i);
+    } else if (n >= 4) {
+        u32 first = 0;
+        u32 last = 0;
+        std::memcpy(&first, word.data(), sizeof first);
+        std::memcpy(&last, word.data() + n - sizeof last, sizeof last);
+        number = first | u64(last) << (8 * (n - sizeof last));
+    } else {
+        number = u64(static_cast<u8>(word[0])) | u64(static_cast<u8>(word[n / 2])) << (8 * (n / 2)) |
+                 u64(static_cast<u8>(word[n - 1])) << (8 * (n - 1));
+    }
+    return number | (smallLetters >> (64 - 8 * n));
+}
+
+} // namespace vor::velmo_sdk::impl
