@@ -214,12 +214,13 @@ static void giveSiblingsType(Input* array, const AttrData& data) {
 void VrnParser::write(AttrData data, Input* input) {
     if (Input* parent = input->parent())
         giveSiblingsType(parent, data);
-    if (data.type() != AttrType::String)
+    // The list of an enumeration is the input's own, and stays while the value moves in.
+    const StringVector* entries = data.type() == AttrType::String ? &input->enumeration() : nullptr;
+    if (!entries || entries->isEmpty())
         return input->assign(std::move(data));
     const String text = data.asString();
     input->assign(std::move(data));
-    const StringVector& entries = input->enumeration();
-    if (!entries.isEmpty() && std::ranges::find(entries, text) == entries.end())
+    if (std::ranges::find(*entries, text) == entries->end())
         badEnumValueWarning(text, input);
 }
 

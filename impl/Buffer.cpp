@@ -62,9 +62,9 @@ bool VrnParser::buffer(AssignInfo& info) {
     const DataType* type = bufferType(current().text);
     if (!type)
         return false;
-    info.valueToken = consume();
-    info.bufferHeadToken = consume();
-    info.bufferBodyToken = consume();
+    info.valueToken = take();
+    info.bufferHeadToken = take();
+    info.bufferBodyToken = take();
     std::unique_ptr<BufferReader> reader = std::move(bufferInScan);
     if (!reader)
         reader = readBuffer(*type, info.bufferHeadToken.text, info.bufferBodyToken.text);
@@ -75,13 +75,19 @@ bool VrnParser::buffer(AssignInfo& info) {
     return true;
 }
 
-// The reader for the list that is about to be scanned, if the tokens before it say that it is a buffer's;
-// else null.
-std::unique_ptr<BufferReader> VrnParser::bufferAhead() const {
+// The token behind the look-ahead. If the tokens before it say that it is a buffer's list, it is read on
+// the way.
+Token VrnParser::nextToken() {
     const bool isBuffer =
-        current().type == Type::Equals && ahead(1).type == Type::Id && ahead(2).type == Type::Brackets;
-    const DataType* type = isBuffer && scene ? bufferType(ahead(1).text) : nullptr;
-    return type ? openBuffer(*type, ahead(2).text) : nullptr;
+        ahead(2).type == Type::Brackets && ahead(1).type == Type::Id && current().type == Type::Equals && scene;
+    const DataType* type = isBuffer ? bufferType(ahead(1).text) : nullptr;
+    std::unique_ptr<BufferReader> reader = type ? openBuffer(*type, ahead(2).text) : nullptr;
+    Token next = lexer->nextToken(reader.get());
+    if (reader && next.type == Type::Braces) {
+        reader->finish();
+        bufferInScan = std::move(reader);
+    }
+    return next;
 }
 
 // Null if the count is none, or asks for more than there may be.

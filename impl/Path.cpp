@@ -10,7 +10,7 @@ using Type = Token::Type;
 bool VrnParser::path(ds::Vector<Token>& out) {
     const bool isNamed = current().type == Type::Id && ahead(1).type == Type::Dot && ahead(2).type == Type::Id;
     if (isNamed)
-        out.push(consume());
+        out.push(take());
     if (!scalarattr(out))
         return false;
     while (arrayattr(out) || scalarattr(out)) {
@@ -22,7 +22,7 @@ bool VrnParser::path(ds::Vector<Token>& out) {
 bool VrnParser::arrayattr(ds::Vector<Token>& out) {
     if (current().type != Type::Brackets)
         return false;
-    out.push(consume());
+    out.push(take());
     return true;
 }
 
@@ -30,8 +30,8 @@ bool VrnParser::arrayattr(ds::Vector<Token>& out) {
 bool VrnParser::scalarattr(ds::Vector<Token>& out) {
     if (current().type != Type::Dot || ahead(1).type != Type::Id)
         return false;
-    out.push(consume());
-    out.push(consume());
+    out.push(take());
+    out.push(take());
     return true;
 }
 

@@ -55,8 +55,19 @@ bool readInteger(const Token& token, AttrData& data) {
 }
 
 bool readString(const Token& token, AttrData& data) {
-    data = AttrData::string(token.text.substring(1, token.text.len() - 2).unescape());
+    const std::string_view text = token.text.view().substr(1, token.text.len() - 2);
+    const bool isPlain = text.find('\\') == std::string_view::npos;
+    data = isPlain ? AttrData::string(text) : AttrData::string(String(text).unescape());
     return true;
+}
+
+std::string_view withoutParens(std::string_view list) noexcept {
+    const auto isParen = [](char c) { return c == '(' || c == ')'; };
+    while (!list.empty() && isParen(list.front()))
+        list.remove_prefix(1);
+    while (!list.empty() && isParen(list.back()))
+        list.remove_suffix(1);
+    return list;
 }
 
 bool readComponents(std::string_view list, AttrData& data) {
@@ -109,10 +120,10 @@ bool VrnParser::keywordScalar(AssignInfo& info) {
     const AttrType type = scalarType(current().text);
     if (type == AttrType::Null)
         return false;
-    info.valueToken = consume();
-    info.scalarTailToken = consume();
+    info.valueToken = take();
+    info.scalarTailToken = take();
     info.data = AttrData::zero(type);
-    return readComponents(info.scalarTailToken.text.trimChars("()"), info.data);
+    return readComponents(withoutParens(info.scalarTailToken.text), info.data);
 }
 
 } // namespace vor::velmo_sdk::impl

@@ -37,10 +37,10 @@ bool VrnParser::parse(IScene* target, Lexer* source) {
 
 // Fills the look-ahead by consuming as many placeholders as it holds.
 void VrnParser::prime() {
-    for (i32 i = 0; i < lookahead; ++i) {
+    for (i32 i = 0; i < lookahead; ++i)
         tokens.push(Token());
+    for (i32 i = 0; i < lookahead; ++i)
         consume();
-    }
 }
 
 /// text ::= statement*
@@ -55,28 +55,32 @@ void VrnParser::parseStatements() {
 
 /// statement ::= comment | remove | define | declare | with | assign   the first that fits
 bool VrnParser::parseStatement() {
-    return parseComment() || parseRemove() || parseDefine() || parseDeclare() || parseWith() || parseAssign();
+    // Two names in a row begin no assignment, and anything else no statement about nodes.
+    if (current().type == Token::Type::Id && ahead(1).type == Token::Type::Id)
+        return parseRemove() || parseDefine() || parseDeclare() || parseWith();
+    return parseComment() || parseAssign();
 }
 
 const Token& VrnParser::consume() {
-    std::unique_ptr<BufferReader> reader = bufferAhead();
+    Token next = nextToken();
     Token& slot = tokens[static_cast<std::size_t>(cursor)];
     prevToken = std::move(slot);
-    slot = lexer->nextToken(reader.get());
-    if (reader && slot.type == Token::Type::Braces) {
-        reader->finish();
-        bufferInScan = std::move(reader);
-    }
+    slot = std::move(next);
     if (slot.type == Token::Type::Invalid)
         tokenError(slot);
-    cursor = (cursor + 1) % lookahead;
+    cursor = cursor + 1 < lookahead ? cursor + 1 : 0;
     return prevToken;
 }
 
+Token VrnParser::take() {
+    consume();
+    return {prevToken.type, std::move(prevToken.text), prevToken.line, prevToken.column};
+}
+
 bool VrnParser::match(Token& out, Token::Type type) {
-    if (!accept(type))
+    if (current().type != type)
         return false;
-    out = prevToken;
+    out = take();
     return true;
 }
 

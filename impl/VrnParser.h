@@ -55,12 +55,14 @@ public:
     void prime();
     void parseStatements();
     [[nodiscard]] bool parseStatement();
-    const Token& consume(); // the token consumed, until the next call
+    const Token& consume();     // the token consumed, until the next call
+    [[nodiscard]] Token take(); // the same, with its text, which prevToken then has no more
     [[nodiscard]] bool match(Token& out, Token::Type type);
     [[nodiscard]] bool accept(Token::Type type); // match(), for a token that says nothing more
     [[nodiscard]] const Token& current() const noexcept { return ahead(0); }
     [[nodiscard]] const Token& ahead(i32 k) const noexcept {
-        return tokens[static_cast<std::size_t>((cursor + k) % lookahead)];
+        const i32 place = cursor + k;
+        return tokens[static_cast<std::size_t>(place < lookahead ? place : place - lookahead)];
     }
 
     // Errors (Diagnostics.cpp). All of them throw; the position printed by the first three is that of
@@ -142,7 +144,7 @@ private:
     // Steps of a scalar and of a buffer (Scalar.cpp, Buffer.cpp).
     [[nodiscard]] bool literal(AssignInfo& info, bool& isRead);
     [[nodiscard]] bool keywordScalar(AssignInfo& info);
-    [[nodiscard]] std::unique_ptr<BufferReader> bufferAhead() const;
+    [[nodiscard]] Token nextToken();
     [[nodiscard]] std::unique_ptr<BufferReader> openBuffer(DataType type, const String& head) const;
     [[nodiscard]] std::unique_ptr<BufferReader> readBuffer(DataType type, const String& head, const String& body) const;
     void report(const BufferReader& reader, const AssignInfo& info);

@@ -1,39 +1,23 @@
 #include "scene/AttrData.h"
 
+#include "scene/core/LargeMemory.h"
+
 #include <cstring>
 #include <new>
 
 namespace vor::velmo_sdk {
 
 AttrData::AttrData(const AttrData& other) : type_(other.type_), subtype_(other.subtype_), store_(other.store_) {
-    if (!hasBlock())
+    if (!hasBlock() || !store_.block.memory)
         return;
-    store_.block = {nullptr, 0};
+    store_.block.memory = nullptr;
     allocate(other.store_.block.count);
-    if (const u64 size = blockSize())
-        std::memcpy(store_.block.memory, other.store_.block.memory, size);
+    std::memcpy(store_.block.memory, other.store_.block.memory, blockSize());
 }
 
-AttrData AttrData::zero(AttrType type) {
-    switch (type) {
-    case AttrType::Bool:
-        return boolean(false);
-    case AttrType::Int:
-        return integer(0);
-    case AttrType::UInt:
-        return unsignedInteger(0);
-    case AttrType::String:
-        return string("");
-    case AttrType::Buffer:
-        return buffer(DataType::Null);
-    default:
-        break;
-    }
+AttrData AttrData::zero(AttrType type) noexcept {
     AttrData value(type, 0);
-    if (value.hasBlock())
-        value.allocate(componentCount(type));
-    else if (componentCount(type) != 0)
-        value.store_.reals[0] = value.store_.reals[1] = 0;
+    value.store_.block.count = value.hasBlock() ? componentCount(type) : 0;
     return value;
 }
 
@@ -64,8 +48,11 @@ AttrData AttrData::real(double value) noexcept {
 AttrData AttrData::string(std::string_view text) {
     text = text.substr(0, text.find('\0'));
     AttrData data(AttrType::String, 0);
-    data.allocate(text.size());
-    text.copy(static_cast<char*>(data.store_.block.memory), text.size());
+    char* copy = static_cast<char*>(std::malloc(text.size() + 1));
+    if (!copy)
+        throw std::bad_alloc();
+    copy[text.copy(copy, text.size())] = '\0';
+    data.store_.block = {copy, text.size()};
     return data;
 }
 
@@ -78,14 +65,23 @@ AttrData AttrData::buffer(DataType type, u64 count) {
 }
 
 const char* AttrData::asString() const noexcept {
-    return type_ == AttrType::String ? static_cast<const char*>(store_.block.memory) : "";
+    return type_ == AttrType::String && store_.block.memory ? static_cast<const char*>(store_.block.memory) : "";
 }
 
-std::span<const double> AttrData::components() const noexcept { return const_cast<AttrData*>(this)->components(); }
-
-std::span<double> AttrData::components() noexcept {
-    double* first = hasBlock() ? static_cast<double*>(store_.block.memory) : store_.reals;
+std::span<const double> AttrData::components() const noexcept {
+    static constexpr double zeros[16] = {};
+    const double* first = store_.reals;
+    if (hasBlock())
+        first = store_.block.memory ? static_cast<const double*>(store_.block.memory) : zeros;
     return {first, componentCount(type_)};
+}
+
+std::span<double> AttrData::components() {
+    const u32 count = componentCount(type_);
+    if (count != 0 && hasBlock() && !store_.block.memory)
+        allocate(count);
+    double* first = hasBlock() ? static_cast<double*>(store_.block.memory) : store_.reals;
+    return {first, count};
 }
 
 AttrType AttrData::elementType() const noexcept {
@@ -117,6 +113,8 @@ void AttrData::allocate(u64 count) {
     const u64 size = blockSize();
     if (size != 0 && !(store_.block.memory = std::calloc(size, 1)))
         throw std::bad_alloc();
+    if (size >= 2 * largePage)
+        preferLargePages(store_.block.memory, size);
 }
 
 // Reals are compared bit by bit, so that a NaN equals itself and -0 is not 0.

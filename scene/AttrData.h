@@ -66,8 +66,8 @@ public:
     ~AttrData() { release(); }
 
     // The zero value of a type: false, 0, "", no node, an empty buffer of DataType Null, an empty array
-    // of element type Null, an empty object.
-    [[nodiscard]] static AttrData zero(AttrType type);
+    // of element type Null, an empty object. Takes no memory before it is written to.
+    [[nodiscard]] static AttrData zero(AttrType type) noexcept;
     [[nodiscard]] static AttrData boolean(bool value) noexcept;
     [[nodiscard]] static AttrData integer(i64 value) noexcept;
     [[nodiscard]] static AttrData unsignedInteger(u64 value) noexcept;
@@ -92,9 +92,10 @@ public:
     // The text, NUL-terminated; valid until this value changes.
     [[nodiscard]] const char* asString() const noexcept;
 
-    // The numbers of a Real, vector, point, quaternion, colour or matrix (row-major).
+    // The numbers of a Real, vector, point, quaternion, colour or matrix (row-major). The second one throws
+    // std::bad_alloc if this is a zero value that has no memory of its own yet and there is none.
     [[nodiscard]] std::span<const double> components() const noexcept;
-    [[nodiscard]] std::span<double> components() noexcept;
+    [[nodiscard]] std::span<double> components();
 
     // Array: the type of its elements, Null while open.
     [[nodiscard]] AttrType elementType() const noexcept;
@@ -116,7 +117,7 @@ public:
 
 private:
     struct Block {
-        void* memory; // malloc'ed; null when there are no bytes
+        void* memory; // malloc'ed; null when there are no bytes, or when all of them are zero
         u64 count;    // elements of a buffer, bytes of a text, doubles of a large value
     };
     union Store {

@@ -28,7 +28,7 @@ String Input::label() const {
     return std::string_view(text);
 }
 
-Node* Input::nodeValue() const noexcept { return extras_ && extras_->reference ? extras_->reference->node : nullptr; }
+Node* Input::nodeValue() const noexcept { return extras_ ? extras_->node : nullptr; }
 
 void Input::assign(AttrData value) {
     if (type() != AttrType::Null && type() != value.type())
@@ -68,17 +68,14 @@ void Input::setNode(interfaces::INode* node) {
         write(AttrData::zero(AttrType::Node));
     if (type() != AttrType::Node)
         return;
-    if (!node) {
-        if (extras_)
-            extras_->reference.reset();
+    if (!node && !extras_)
         return;
-    }
-    Node* target = static_cast<Node*>(node);
-    auto& reference = extras().reference;
-    if (!reference)
-        reference.reset(new Reference{Link(this), nullptr});
-    reference->node = target;
-    reference->link.enter(target->references_);
+    Extras& links = extras();
+    links.node = static_cast<Node*>(node);
+    if (node)
+        links.reference.enter(links.node->references_);
+    else
+        links.reference.leave();
 }
 
 std::span<Input* const> Input::children() noexcept {
@@ -107,7 +104,8 @@ Input* Input::addChild(const String& name, AttrData value) {
     if (Input* existing = input(name))
         return existing;
     NamedList<Input>& members = extras().children;
-    std::unique_ptr<Input, void (*)(Input*)> member(new Input(*node_, this, name, members.size(), std::move(value)),
+    std::unique_ptr<Input, void (*)(Input*)> member(new (node_->scene().pools().inputs)
+                                                        Input(*node_, this, name, members.size(), std::move(value)),
                                                     [](Input* input) { input->release(); });
     members.push(member.get());
     return member.release();
@@ -118,7 +116,8 @@ Input* Input::appendElement() {
         return nullptr;
     NamedList<Input>& elements = extras().children;
     std::unique_ptr<Input, void (*)(Input*)> element(
-        new Input(*node_, this, String(), elements.size(), AttrData::zero(elementType())),
+        new (node_->scene().pools().inputs)
+            Input(*node_, this, String(), elements.size(), AttrData::zero(elementType())),
         [](Input* input) { input->release(); });
     elements.pushUnnamed(element.get());
     if (element->isUntyped(elementType()))
@@ -143,24 +142,21 @@ void Input::countUntyped() noexcept {
         extras_->untypedElements += element->isUntyped(elementType()) ? 1U : 0U;
 }
 
-Output* Input::connection() const noexcept {
-    return extras_ && extras_->connection ? extras_->connection->output : nullptr;
-}
+Output* Input::connection() const noexcept { return extras_ ? extras_->output : nullptr; }
 
 void Input::connect(interfaces::IOutput* output) {
     if (!output)
         return disconnect();
-    Output* source = static_cast<Output*>(output);
-    auto& connection = extras().connection;
-    if (!connection)
-        connection.reset(new Connection{Link(this), nullptr});
-    connection->output = source;
-    connection->link.enter(source->connections_);
+    Extras& links = extras();
+    links.output = static_cast<Output*>(output);
+    links.connection.enter(links.output->connections_);
 }
 
 void Input::disconnect() {
-    if (extras_)
-        extras_->connection.reset();
+    if (!extras_)
+        return;
+    extras_->output = nullptr;
+    extras_->connection.leave();
 }
 
 const StringVector& Input::enumeration() const noexcept {
@@ -179,7 +175,7 @@ void Input::release() {
 
 Input::Extras& Input::extras() {
     if (!extras_)
-        extras_ = std::make_unique<Extras>();
+        extras_.reset(new (node_->scene().pools().extras) Extras(this));
     return *extras_;
 }
 

@@ -16,6 +16,7 @@
 #include "scene/Interfaces.h"
 #include "scene/Link.h"
 #include "scene/NamedList.h"
+#include "scene/SlabPool.h"
 
 #include <memory>
 
@@ -24,7 +25,7 @@ namespace vor::velmo_sdk::impl {
 class Node;
 class Output;
 
-class Input final : public interfaces::IInput {
+class Input final : public interfaces::IInput, public Pooled {
 public:
     Input(const Input&) = delete;
     Input& operator=(const Input&) = delete;
@@ -96,24 +97,23 @@ public:
     void release() override;
     [[nodiscard]] bool isAttached() const override { return node_ != nullptr; }
 
+    // What a pool for what this may have besides needs to know.
+    [[nodiscard]] static constexpr std::size_t extrasSize() noexcept;
+
 private:
     friend class Node;
     friend class Output;
 
-    struct Connection {
-        Link link;
-        Output* output;
-    };
-    struct Reference {
-        Link link;
-        Node* node;
-    };
     // What most inputs have none of.
-    struct Extras {
+    struct Extras : Pooled {
+        explicit Extras(Input* input) noexcept : connection(input), reference(input) {}
+
         NamedList<Input> children;
         u64 untypedElements = 0;
-        std::unique_ptr<Connection> connection;
-        std::unique_ptr<Reference> reference;
+        Link connection; // in the list of `output`
+        Output* output = nullptr;
+        Link reference; // in the list of `node`
+        Node* node = nullptr;
         std::shared_ptr<const StringVector> enumeration;
     };
 
@@ -139,5 +139,7 @@ private:
     bool isLocked_ = false;
     bool isLinkOnly_ = false;
 };
+
+constexpr std::size_t Input::extrasSize() noexcept { return sizeof(Extras); }
 
 } // namespace vor::velmo_sdk::impl

@@ -3,6 +3,7 @@
 
 #include "scene/core/String.h"
 
+#include <algorithm>
 #include <memory>
 #include <span>
 #include <string_view>
@@ -17,7 +18,7 @@ public:
     [[nodiscard]] std::span<T* const> items() const noexcept { return items_; }
     [[nodiscard]] std::size_t size() const noexcept { return items_.size(); }
 
-    [[nodiscard]] T* find(std::string_view name) const noexcept {
+    [[nodiscard]] T* find(const String& name) const noexcept {
         if (index_) {
             const auto found = index_->find(name);
             return found == index_->end() ? nullptr : found->second;
@@ -30,7 +31,7 @@ public:
 
     // Appends an item whose name is not there yet. When it throws, nothing has changed.
     void push(T* item) {
-        items_.push_back(item);
+        pushUnnamed(item);
         try {
             enter(item);
         } catch (...) {
@@ -40,7 +41,11 @@ public:
     }
 
     // Appends an item that nobody looks up by name.
-    void pushUnnamed(T* item) { items_.push_back(item); }
+    void pushUnnamed(T* item) {
+        if (items_.size() == items_.capacity())
+            items_.reserve(std::max<std::size_t>(leastCapacity, 2 * items_.size()));
+        items_.push_back(item);
+    }
 
     // Takes the last item off; null when there is none. Meant for emptying the list: names are no
     // longer found quickly afterwards.
@@ -56,6 +61,7 @@ public:
 private:
     using Index = std::unordered_map<std::string_view, T*>;
     static constexpr std::size_t searchedLinearly = 16;
+    static constexpr std::size_t leastCapacity = 3; // what the smallest block of malloc() holds
 
     void enter(T* item) {
         if (index_) {

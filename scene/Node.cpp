@@ -32,7 +32,8 @@ Input* Node::createArray(const String& name, AttrType elementType) {
 Input* Node::addInput(const String& name, AttrData value) {
     if (Input* existing = input(name))
         return existing;
-    std::unique_ptr<Input, void (*)(Input*)> input(new Input(*this, nullptr, name, inputs_.size(), std::move(value)),
+    std::unique_ptr<Input, void (*)(Input*)> input(new (scene_.pools().inputs)
+                                                       Input(*this, nullptr, name, inputs_.size(), std::move(value)),
                                                    [](Input* i) { i->release(); });
     inputs_.push(input.get());
     return input.release();
@@ -46,7 +47,7 @@ Output* Node::findOutput(const String& name) {
 }
 
 Output* Node::addOutput(const String& name) {
-    auto output = std::make_unique<Output>(*this, name);
+    std::unique_ptr<Output> output(new (scene_.pools().outputs) Output(*this, name));
     outputs_.push(output.get());
     return output.release();
 }

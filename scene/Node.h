@@ -16,7 +16,7 @@ namespace vor::velmo_sdk::impl {
 class Scene;
 class NodeType;
 
-class Node final : public interfaces::INode {
+class Node final : public interfaces::INode, public Pooled {
 public:
     Node(const Node&) = delete;
     Node& operator=(const Node&) = delete;

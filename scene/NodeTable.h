@@ -15,10 +15,13 @@ namespace vor::velmo_sdk::impl {
 // it is while the node is in the table. All operations are O(1).
 template <class T> class NodeTable {
 public:
-    [[nodiscard]] T* find(const String& name) const noexcept {
+    // Not String::hash(), for which it is easy to find names that collide.
+    [[nodiscard]] static u64 hashOf(const String& name) noexcept { return std::hash<std::string_view>()(name.view()); }
+
+    // `hash` is the name's.
+    [[nodiscard]] T* find(const String& name, u64 hash) const noexcept {
         if (slots_.empty())
             return nullptr;
-        const u64 hash = hashOf(name);
         for (std::size_t i = home(hash); slots_[i].node; i = next(i))
             if (slots_[i].hash == hash && slots_[i].node->key() == name)
                 return slots_[i].node;
@@ -37,8 +40,8 @@ public:
     }
 
     // Enters a node whose name is not there yet.
-    void insert(T* node) noexcept {
-        place({hashOf(node->key()), node});
+    void insert(T* node, u64 hash) noexcept {
+        place({hash, node});
         ++size_;
     }
 
@@ -67,8 +70,6 @@ private:
         T* node = nullptr;
     };
 
-    // Not String::hash(), for which it is easy to find names that collide.
-    [[nodiscard]] static u64 hashOf(const String& name) noexcept { return std::hash<std::string_view>()(name.view()); }
     [[nodiscard]] std::size_t home(u64 hash) const noexcept {
         return static_cast<std::size_t>(hash ^ hash >> 32) & (slots_.size() - 1);
     }

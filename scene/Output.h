@@ -3,12 +3,13 @@
 
 #include "scene/Interfaces.h"
 #include "scene/Link.h"
+#include "scene/SlabPool.h"
 
 namespace vor::velmo_sdk::impl {
 
 class Node;
 
-class Output final : public interfaces::IOutput {
+class Output final : public interfaces::IOutput, public Pooled {
 public:
     Output(Node& node, String name) : node_(node), name_(std::move(name)) {}
     Output(const Output&) = delete;

@@ -7,7 +7,15 @@ Scene::~Scene() {
         deleteNode(first_);
 }
 
-Node* Scene::findNode(const String& name) const noexcept { return byName_.find(name); }
+Node* Scene::findNode(const String& name) const noexcept {
+    Node* last = found_.load(std::memory_order_relaxed);
+    if (last && last->key() == name)
+        return last;
+    Node* node = byName_.find(name, NodeTable<Node>::hashOf(name));
+    if (node)
+        found_.store(node, std::memory_order_relaxed);
+    return node;
+}
 
 Node* Scene::createNode(const String& type, const String& name, const String&) { return addNode(type, name, false); }
 
@@ -23,19 +31,22 @@ bool Scene::removeNode(const String& name) {
 }
 
 Node* Scene::addNode(const String& type, const String& name, bool isDefinition) {
-    if (findNode(name))
+    const u64 hash = NodeTable<Node>::hashOf(name);
+    if (byName_.find(name, hash))
         return nullptr;
     struct DeleteNode {
         void operator()(Node* node) const noexcept { delete node; }
     };
-    std::unique_ptr<Node, DeleteNode> node(new Node(*this, type, name, isDefinition));
-    const Node* definition = isDefinition ? nullptr : findNode(type);
+    std::unique_ptr<Node, DeleteNode> node(new (pools_.nodes) Node(*this, type, name, isDefinition));
+    const Node* definition = isDefinition || definitions_ == 0 ? nullptr : findNode(type);
     if (definition && definition->isDefinition())
         node->copyInputsFrom(*definition);
     if (const NodeType* catalogued = catalogue_ ? catalogue_->find(type) : nullptr)
         node->addCatalogued(*catalogued);
     byName_.reserveOne();
-    byName_.insert(node.get());
+    byName_.insert(node.get(), hash);
+    definitions_ += isDefinition ? 1U : 0U;
+    found_.store(node.get(), std::memory_order_relaxed);
     node->previous_ = last_;
     (last_ ? last_->next_ : first_) = node.get();
     last_ = node.get();
@@ -44,6 +55,9 @@ Node* Scene::addNode(const String& type, const String& name, bool isDefinition) 
 
 // Takes a node out of the order and deletes it; its name is the caller's to forget.
 void Scene::deleteNode(Node* node) noexcept {
+    definitions_ -= node->isDefinition() ? 1U : 0U;
+    if (found_.load(std::memory_order_relaxed) == node)
+        found_.store(nullptr, std::memory_order_relaxed);
     (node->previous_ ? node->previous_->next_ : first_) = node->next_;
     (node->next_ ? node->next_->previous_ : last_) = node->previous_;
     delete node;

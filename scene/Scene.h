@@ -15,6 +15,7 @@
 #include "scene/Node.h"
 #include "scene/NodeTable.h"
 
+#include <atomic>
 #include <iterator>
 #include <memory>
 
@@ -102,14 +103,26 @@ public:
     [[nodiscard]] bool hasStrictOutputs() const noexcept { return hasStrictOutputs_; }
     void setStrictOutputs(bool strict) noexcept { hasStrictOutputs_ = strict; }
 
+    // Where the things of this scene stand; for these.
+    struct Pools {
+        SlabPool nodes{sizeof(Node)};
+        SlabPool inputs{sizeof(Input)};
+        SlabPool extras{Input::extrasSize()};
+        SlabPool outputs{sizeof(Output)};
+    };
+    [[nodiscard]] Pools& pools() noexcept { return pools_; }
+
 private:
     Node* addNode(const String& type, const String& name, bool isDefinition);
     void deleteNode(Node* node) noexcept;
 
+    Pools pools_;
     u64 fileVersion_ = VRX_FILE_VERSION_1;
     String fileTime_;
     StringVector comments_;
     NodeTable<Node> byName_;
+    mutable std::atomic<Node*> found_ = nullptr; // last: most statements are about one node
+    u64 definitions_ = 0;
     Node* first_ = nullptr;
     Node* last_ = nullptr;
     SceneLimits limits_;

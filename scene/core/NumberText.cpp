@@ -1,5 +1,7 @@
 #include "scene/core/NumberText.h"
 
+#include "scene/core/PlainNumber.h"
+
 #include <charconv>
 #include <cmath>
 #include <fast_float/fast_float.h>
@@ -176,6 +178,11 @@ template <class Real> Real round(const Decimal& number) {
 }
 
 template <class Real> bool parseRealAs(std::string_view text, Real& out) {
+    Real plain;
+    if (!text.empty() && takePlainNumber(text.data(), text.data() + text.size(), plain) == text.data() + text.size()) {
+        out = plain;
+        return true;
+    }
     text = trimSpaces(text);
     const bool minus = takeSign(text);
     Decimal number;
@@ -201,17 +208,26 @@ template <class Real> std::string_view writeRealAs(Real value, char* buffer) {
 
 // Takes the next part of a list of parts separated by spaces; empty when there is none.
 std::string_view takePart(std::string_view& list) {
-    list.remove_prefix(std::min(list.find_first_not_of(' '), list.size()));
-    const std::string_view part = list.substr(0, list.find(' '));
-    list.remove_prefix(part.size());
+    std::size_t begin = 0;
+    while (begin < list.size() && list[begin] == ' ')
+        ++begin;
+    std::size_t end = begin;
+    while (end < list.size() && list[end] != ' ')
+        ++end;
+    const std::string_view part = list.substr(begin, end - begin);
+    list.remove_prefix(end);
     return part;
 }
 
 bool hasParts(std::string_view list, u64 count) {
-    for (u64 i = 0; i < count; ++i)
-        if (takePart(list).empty())
-            return false;
-    return true;
+    bool isInPart = false;
+    for (const char c : list) {
+        count -= c != ' ' && !isInPart ? 1 : 0;
+        if (count == 0)
+            break;
+        isInPart = c != ' ';
+    }
+    return count == 0;
 }
 
 } // namespace

@@ -75,7 +75,10 @@ public:
     // The byte at `i`; 0 at the length and beyond.
     [[nodiscard]] char operator[](std::size_t i) const noexcept { return i < len() ? buf()[i] : '\0'; }
 
-    friend bool operator==(const String& a, const String& b) noexcept { return a.view() == b.view(); }
+    friend bool operator==(const String& a, const String& b) noexcept {
+        const bool isSame = a.handle_[0] == b.handle_[0] && a.handle_[1] == b.handle_[1];
+        return isSame || (a.isShared() && b.isShared() && a.view() == b.view()); // an inline text has one handle
+    }
     friend bool operator==(const String& a, const char* b) noexcept { return a.view() == std::string_view(b); }
     friend bool operator==(const String& a, std::string_view b) noexcept { return a.view() == b; }
     friend String operator+(const String& a, const String& b) { return concat(a, b); }

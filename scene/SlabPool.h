@@ -1,0 +1,143 @@
+// Memory for many objects of one size.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <new>
+#include <utility>
+
+namespace vor::velmo_sdk::impl {
+
+// Hands out places of one size from slabs that hold many of them, which takes a tenth of the time of malloc()
+// and leaves no room between them. An object may outlive its pool: a slab goes with the last of its objects
+// or with the pool, whichever is later. Not to be used from two threads at once, nor two objects of one
+// pool. Under the address sanitizer each object stands alone, so that misuse is seen.
+class SlabPool {
+public:
+    // `objectSize` is at most a tenth of a block.
+    explicit SlabPool(std::size_t objectSize) noexcept : objectSize_((objectSize + 7) / 8 * 8) {}
+    SlabPool(const SlabPool&) = delete;
+    SlabPool& operator=(const SlabPool&) = delete;
+    ~SlabPool();
+
+    // A place for one object, aligned to eight bytes; throws std::bad_alloc when there is no memory.
+    [[nodiscard]] void* allocate();
+
+    // Gives a place back that allocate() of any pool has handed out.
+    static void release(void* place) noexcept;
+
+private:
+    // A slab is made of blocks that are aligned to their size, so that the address of an object says where
+    // its block begins, and that which slab it belongs to. The first slab has one of them, the others
+    // eight.
+    static constexpr std::size_t blockSize = 32 * 1024;
+
+    struct Slab;
+    struct Block {
+        Slab* slab;
+    };
+    struct Free {
+        Free* next;
+    };
+    struct Slab {
+        Block block;    // the first one
+        SlabPool* pool; // null once it is gone
+        Slab* next;     // of the pool's slabs
+        Slab* nextOpen; // of those with places that were given back
+        bool isOpen;
+        std::size_t live;
+        Free* free;
+        char* unused; // places from here to the end of the block have never been handed out
+        char* blockEnd;
+        char* end;
+    };
+
+    static void freeIfDone(Slab* slab) noexcept {
+        if (!slab->pool && slab->live == 0)
+            std::free(slab);
+    }
+    [[nodiscard]] bool hasUnused() const noexcept {
+        return slabs_ && static_cast<std::size_t>(slabs_->blockEnd - slabs_->unused) >= objectSize_;
+    }
+    void addBlock();
+    void addSlab();
+
+    std::size_t objectSize_;
+    Slab* slabs_ = nullptr; // the first one is where unused places are
+    Slab* open_ = nullptr;
+};
+
+inline SlabPool::~SlabPool() {
+    while (Slab* slab = slabs_) {
+        slabs_ = slab->next;
+        slab->pool = nullptr;
+        freeIfDone(slab);
+    }
+}
+
+#if defined(__SANITIZE_ADDRESS__)
+
+inline void* SlabPool::allocate() { return ::operator new(objectSize_); }
+inline void SlabPool::release(void* place) noexcept { ::operator delete(place); }
+
+#else
+
+inline void* SlabPool::allocate() {
+    if (Slab* slab = open_) {
+        Free* place = slab->free;
+        slab->free = place->next;
+        ++slab->live;
+        if (!slab->free) {
+            open_ = slab->nextOpen;
+            slab->isOpen = false;
+        }
+        return place;
+    }
+    if (!hasUnused())
+        addBlock();
+    ++slabs_->live;
+    return std::exchange(slabs_->unused, slabs_->unused + objectSize_);
+}
+
+inline void SlabPool::release(void* place) noexcept {
+    const std::uintptr_t block = reinterpret_cast<std::uintptr_t>(place) & ~std::uintptr_t(blockSize - 1);
+    Slab* slab = reinterpret_cast<Block*>(block)->slab;
+    slab->free = new (place) Free{slab->free};
+    --slab->live;
+    if (slab->pool && !slab->isOpen) {
+        slab->isOpen = true;
+        slab->nextOpen = std::exchange(slab->pool->open_, slab);
+    }
+    freeIfDone(slab);
+}
+
+#endif
+
+inline void SlabPool::addBlock() {
+    if (!slabs_ || slabs_->blockEnd == slabs_->end)
+        return addSlab();
+    char* block = slabs_->blockEnd;
+    new (block) Block{slabs_};
+    slabs_->unused = block + sizeof(Block);
+    slabs_->blockEnd = block + blockSize;
+}
+
+inline void SlabPool::addSlab() {
+    const std::size_t size = slabs_ ? 8 * blockSize : blockSize;
+    char* memory = static_cast<char*>(std::aligned_alloc(blockSize, size));
+    if (!memory)
+        throw std::bad_alloc();
+    slabs_ = new (memory) Slab{{nullptr}, this, slabs_, nullptr, false, 0, nullptr, memory + sizeof(Slab),
+                               memory + blockSize, memory + size};
+    slabs_->block.slab = slabs_;
+}
+
+// For a base class: objects that are made with `new (pool) T(...)` and deleted as usual.
+struct Pooled {
+    static void* operator new(std::size_t, SlabPool& pool) { return pool.allocate(); }
+    static void operator delete(void* place, SlabPool&) noexcept { SlabPool::release(place); }
+    static void operator delete(void* place) noexcept { SlabPool::release(place); }
+};
+
+} // namespace vor::velmo_sdk::impl

@@ -1,0 +1,29 @@
+// Memory in pieces of megabytes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#ifdef __linux__
+#    include <sys/mman.h>
+#endif
+
+namespace vor {
+
+// The size of a large page, as common processors have it.
+inline constexpr std::size_t largePage = std::size_t(2) << 20;
+
+// Asks the system to back what it can of a new, untouched piece of memory with large pages: touching a
+// gigabyte of small ones for the first time costs as much as reading a gigabyte of numbers. Harmless where
+// the system has none, and for small pieces.
+inline void preferLargePages([[maybe_unused]] void* memory, [[maybe_unused]] std::size_t size) noexcept {
+#ifdef MADV_HUGEPAGE
+    const auto first = reinterpret_cast<std::uintptr_t>(memory);
+    const std::uintptr_t begin = (first + largePage - 1) / largePage * largePage;
+    const std::uintptr_t end = (first + size) / largePage * largePage;
+    if (begin < end)
+        (void)::madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+#endif
+}
+
+} // namespace vor
