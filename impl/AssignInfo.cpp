@@ -15,7 +15,7 @@ void AssignInfo::clear() {
 String AssignInfo::valueString() const {
     constexpr std::size_t quotedLength = 20;
     const bool isBufferValue = bufferHeadToken.type >= Token::Type::Id;
-    const String text = isBufferValue ? valueToken.text + "[]" : valueToken.text;
+    const String text = isBufferValue ? String(valueToken.text) + "[]" : String(valueToken.text);
     return text.len() <= quotedLength ? text : text.substring(0, quotedLength) + "...";
 }
 

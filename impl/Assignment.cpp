@@ -117,12 +117,12 @@ Input* VrnParser::elementInput(Input* array, const Step& step) {
     giveElementType(array, step);
     while (array->size() <= index)
         if (!array->appendElement())
-            parseError(messages::invalidArrayIndex, step.token.text.trimChars("[]").buf());
+            parseError(messages::invalidArrayIndex, String(step.token.text).trimChars("[]").buf());
     return array->element(index);
 }
 
 u64 VrnParser::elementIndex(Input* array, const Token& brackets) {
-    const String text = brackets.text.trimChars("[]");
+    const String text = String(brackets.text).trimChars("[]");
     u64 index = array->size();
     const bool isIndex = text == "*" || String::parse(text, index);
     const bool canGrow = index < array->size() || index < scene->limits().arrayElements;

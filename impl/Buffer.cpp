@@ -62,27 +62,31 @@ bool VrnParser::buffer(AssignInfo& info) {
     const DataType* type = bufferType(current().text);
     if (!type)
         return false;
-    info.valueToken = take();
-    info.bufferHeadToken = take();
-    info.bufferBodyToken = take();
+    info.valueToken = consume();
+    info.bufferHeadToken = consume();
+    info.bufferBodyToken = consume();
     std::unique_ptr<BufferReader> reader = std::move(bufferInScan);
     if (!reader)
         reader = readBuffer(*type, info.bufferHeadToken.text, info.bufferBodyToken.text);
     if (!reader)
-        parseError(messages::invalidElementCount, info.bufferHeadToken.text.buf());
+        parseError(messages::invalidElementCount, String(info.bufferHeadToken.text).buf());
     info.data = reader->takeData();
     report(*reader, info);
     return true;
 }
 
-// The token behind the look-ahead. If the tokens before it say that it is a buffer's list, it is read on
-// the way.
+// The token behind the look-ahead, while the one before it is being consumed.
 Token VrnParser::nextToken() {
-    const bool isBuffer =
-        ahead(2).type == Type::Brackets && ahead(1).type == Type::Id && current().type == Type::Equals && scene;
-    const DataType* type = isBuffer ? bufferType(ahead(1).text) : nullptr;
+    const bool mayBeBuffer =
+        ahead(2).type == Type::Brackets && ahead(1).type == Type::Id && prevToken.type == Type::Equals;
+    return mayBeBuffer && scene ? bufferList() : lexer->nextToken();
+}
+
+// The same where it may be a buffer's list, which is then read on the way.
+Token VrnParser::bufferList() {
+    const DataType* type = bufferType(ahead(1).text);
     std::unique_ptr<BufferReader> reader = type ? openBuffer(*type, ahead(2).text) : nullptr;
-    Token next = lexer->nextToken(reader.get());
+    const Token next = lexer->nextToken(reader.get());
     if (reader && next.type == Type::Braces) {
         reader->finish();
         bufferInScan = std::move(reader);
@@ -104,10 +108,10 @@ std::unique_ptr<BufferReader> VrnParser::openBuffer(DataType type, const String&
 }
 
 // For a list that was scanned before it was known whose it is.
-std::unique_ptr<BufferReader> VrnParser::readBuffer(DataType type, const String& head, const String& body) const {
+std::unique_ptr<BufferReader> VrnParser::readBuffer(DataType type, const String& head, std::string_view body) const {
     std::unique_ptr<BufferReader> reader = openBuffer(type, head);
     if (reader)
-        reader->takeWhole(body.view().substr(1, body.len() - 2));
+        reader->takeWhole(body.substr(1, body.size() - 2));
     return reader;
 }
 
@@ -116,7 +120,8 @@ void VrnParser::report(const BufferReader& reader, const AssignInfo& info) {
         parseError("%s", reader.payloadError().buf());
     if (reader.isPayload())
         return;
-    const char* keyword = info.valueToken.text.buf();
+    const String keywordText = info.valueToken.text;
+    const char* keyword = keywordText.buf();
     const ElementLayout layout = elementLayout(info.data.dataType());
     const auto count = static_cast<unsigned long long>(info.data.count());
     const NumberFiller* numbers = reader.numbers();

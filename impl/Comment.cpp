@@ -8,18 +8,19 @@ bool VrnParser::parseComment() {
     Token comment;
     if (!match(comment, Token::Type::Comment))
         return false;
+    const String text = comment.text;
     // What stands behind the first colon of all is the value, even if the keyword comes later.
-    const String value = comment.text.fromFirst(':').trim();
-    if (comment.text.contains("version:")) {
+    const String value = text.fromFirst(':').trim();
+    if (text.contains("version:")) {
         u64 version = 0;
         if (String::parse(value, version))
             scene->setFileVersion(version);
         else
-            logWarning(position(), messages::badVersion, comment.text.buf());
-    } else if (comment.text.contains("time:") && !value.isEmpty()) {
+            logWarning(position(), messages::badVersion, text.buf());
+    } else if (text.contains("time:") && !value.isEmpty()) {
         scene->setFileTime(value);
     }
-    scene->pushFileComment(comment.text);
+    scene->pushFileComment(text);
     return true;
 }
 

@@ -33,8 +33,9 @@ void VrnParser::internalError(const String& kind, const char* format, va_list ar
 }
 
 void VrnParser::tokenError(const String& expected, const Token& found) {
-    throw ReadError(String::format(messages::badToken, found.line, found.column, expected.buf(), found.text.buf()),
-                    found.position());
+    throw ReadError(
+        String::format(messages::badToken, found.line, found.column, expected.buf(), String(found.text).buf()),
+        found.position());
 }
 
 void VrnParser::tokenError(const Token& found) { throw ReadError(found.text, found.position()); }

@@ -27,17 +27,30 @@ bool VrnParser::reference(AssignInfo& info) {
     return info.isReference;
 }
 
+// Cuts a path at its dots, of which one may lead; false unless that makes two parts.
+static bool cutInTwo(std::string_view path, std::string_view& node, std::string_view& output) noexcept {
+    path.remove_prefix(path.starts_with('.') ? 1 : 0);
+    const std::size_t dot = path.find('.');
+    if (dot == std::string_view::npos)
+        return false;
+    node = path.substr(0, dot);
+    output = path.substr(dot + 1);
+    return output.find('.') == std::string_view::npos;
+}
+
 void VrnParser::resolveConnections() {
     pendingConnections.resolveAll([this](IInput* input, const PendingLink& link) {
         if (link.isNull())
             return input->disconnect();
-        const StringVector parts = link.source.split('.', true, false);
-        if (parts.size() != 2)
+        std::string_view nodeName;
+        std::string_view outputName;
+        if (!cutInTwo(link.source, nodeName, outputName))
             return logWarning(link.position, messages::invalidOutput, link.source.buf());
-        interfaces::INode* node = scene->findNode(parts[0]);
+        const String name = nodeName;
+        interfaces::INode* node = scene->findNode(name);
         if (!node)
-            return logWarning(link.position, messages::cannotConnectNode, parts[0].buf(), input->label().buf());
-        if (interfaces::IOutput* output = node->findOutput(updateOutputName(node->type(), parts[1])))
+            return logWarning(link.position, messages::cannotConnectNode, name.buf(), input->label().buf());
+        if (interfaces::IOutput* output = node->findOutput(updateOutputName(node->type(), outputName)))
             return input->connect(output);
         logWarning(link.position, messages::cannotConnectOutput, link.source.buf(), input->label().buf());
     });

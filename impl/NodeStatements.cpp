@@ -24,8 +24,8 @@ bool VrnParser::declare(DeclareInfo& info) {
     if (current().type != Type::Id || ahead(1).type != Type::Id || !ends)
         return false;
     info.isWith = ahead(2).type == Type::Colon;
-    info.type = take();
-    info.name = take();
+    info.type = consume();
+    info.name = consume();
     consume();
     return true;
 }
@@ -37,7 +37,7 @@ bool VrnParser::keywordStatement(u64 keyword, Type end, Token& name) {
     if (keywordNumber(current().text) != keyword)
         return false;
     consume();
-    name = take();
+    name = consume();
     consume();
     return true;
 }

@@ -10,7 +10,7 @@ using Type = Token::Type;
 bool VrnParser::path(ds::Vector<Token>& out) {
     const bool isNamed = current().type == Type::Id && ahead(1).type == Type::Dot && ahead(2).type == Type::Id;
     if (isNamed)
-        out.push(take());
+        out.push(consume());
     if (!scalarattr(out))
         return false;
     while (arrayattr(out) || scalarattr(out)) {
@@ -22,7 +22,7 @@ bool VrnParser::path(ds::Vector<Token>& out) {
 bool VrnParser::arrayattr(ds::Vector<Token>& out) {
     if (current().type != Type::Brackets)
         return false;
-    out.push(take());
+    out.push(consume());
     return true;
 }
 
@@ -30,8 +30,8 @@ bool VrnParser::arrayattr(ds::Vector<Token>& out) {
 bool VrnParser::scalarattr(ds::Vector<Token>& out) {
     if (current().type != Type::Dot || ahead(1).type != Type::Id)
         return false;
-    out.push(take());
-    out.push(take());
+    out.push(consume());
+    out.push(consume());
     return true;
 }
 
@@ -39,7 +39,7 @@ bool VrnParser::scalarattr(ds::Vector<Token>& out) {
 String VrnParser::collapse(const ds::Vector<Token>& tokens) {
     std::string text;
     for (const Token& token : tokens)
-        text += token.text.view();
+        text += token.text;
     return std::string_view(text);
 }
 

@@ -5,6 +5,8 @@
 #include "scene/core/HashMap.h"
 #include "scene/core/Log.h"
 
+#include <cstdint>
+
 namespace vor::velmo_sdk::impl {
 
 // What an input is to be linked to, as the text has it: an output's path or a node's name, or `null`,
@@ -26,12 +28,15 @@ public:
     ~PendingLinks() { release(); }
 
     void store(interfaces::IInput* input, PendingLink link) {
-        if (const std::size_t* place = places_.find(input)) {
-            waiting_[*place].link = std::move(link);
+        makeRoom();
+        const u64 key = keyOf(input);
+        const i64 place = places_.find(key, [&](std::size_t i) { return waiting_[i].input == input; });
+        if (place >= 0) {
+            waiting_[static_cast<std::size_t>(place)].link = std::move(link);
             return;
         }
-        places_.set(input, waiting_.size());
         waiting_.push({input, std::move(link)});
+        places_.insert(key, waiting_.size() - 1);
         input->retain();
     }
 
@@ -50,6 +55,20 @@ private:
         PendingLink link;
     };
 
+    static u64 keyOf(const interfaces::IInput* input) noexcept { return reinterpret_cast<std::uintptr_t>(input); }
+
+    // For one more place in the index.
+    void makeRoom() {
+        const std::size_t count = waiting_.size() + 1;
+        if (places_.hasRoomFor(count))
+            return;
+        ds::BucketIndex places;
+        places.rebuild(count);
+        for (std::size_t i = 0; i < waiting_.size(); ++i)
+            places.insert(keyOf(waiting_[i].input), i);
+        places_ = std::move(places);
+    }
+
     void release() {
         for (const Waiting& each : waiting_)
             each.input->release();
@@ -57,7 +76,7 @@ private:
     }
 
     ds::Vector<Waiting> waiting_;
-    ds::HashMap<interfaces::IInput*, std::size_t> places_; // in waiting_
+    ds::BucketIndex places_; // in waiting_, by input
 };
 
 } // namespace vor::velmo_sdk::impl

@@ -36,12 +36,12 @@ AttrType scalarType(std::string_view keyword) noexcept {
 
 bool readReal(const Token& token, AttrData& data) {
     data = AttrData::zero(AttrType::Real);
-    return String::parse(token.text.view(), data.components()[0]);
+    return String::parse(token.text, data.components()[0]);
 }
 
 bool readBool(const Token& token, AttrData& data) {
     bool value = false;
-    const bool isRead = String::parse(token.text.view(), value);
+    const bool isRead = String::parse(token.text, value);
     data = AttrData::boolean(value);
     return isRead;
 }
@@ -49,15 +49,20 @@ bool readBool(const Token& token, AttrData& data) {
 // A trailing `u` makes the type unsigned; the number is read as a signed one all the same.
 bool readInteger(const Token& token, AttrData& data) {
     long long value = 0;
-    const bool isRead = String::parse(token.text.view(), value, String::Radix::Auto);
-    data = token.text.endsWith("u") ? AttrData::unsignedInteger(static_cast<u64>(value)) : AttrData::integer(value);
+    const bool isRead = String::parse(token.text, value, String::Radix::Auto);
+    data = token.text.ends_with('u') ? AttrData::unsignedInteger(static_cast<u64>(value)) : AttrData::integer(value);
     return isRead;
 }
 
 bool readString(const Token& token, AttrData& data) {
-    const std::string_view text = token.text.view().substr(1, token.text.len() - 2);
+    const std::string_view text = token.text.substr(1, token.text.size() - 2);
     const bool isPlain = text.find('\\') == std::string_view::npos;
     data = isPlain ? AttrData::string(text) : AttrData::string(String(text).unescape());
+    return true;
+}
+
+template <AttrType type> bool readEmpty(const Token&, AttrData& data) {
+    data = AttrData::zero(type);
     return true;
 }
 
@@ -89,25 +94,29 @@ bool VrnParser::scalar(AssignInfo& info) {
 
 /// literal ::= TRUE | FALSE | INT | REAL | STRING | BRACES | BRACKETS   braces: an object, brackets: an array
 bool VrnParser::literal(AssignInfo& info, bool& isRead) {
-    Token& token = info.valueToken;
-    if (match(token, Type::True) || match(token, Type::False)) {
-        isRead = readBool(token, info.data);
-    } else if (match(token, Type::Int)) {
-        isRead = readInteger(token, info.data);
-    } else if (match(token, Type::Real)) {
-        isRead = readReal(token, info.data);
-    } else if (match(token, Type::String)) {
-        isRead = readString(token, info.data);
-    } else if (match(token, Type::Braces)) {
-        info.data = AttrData::zero(AttrType::Object);
-        isRead = true;
-    } else if (match(token, Type::Brackets)) {
-        info.data = AttrData::zero(AttrType::Array);
-        isRead = true;
-    } else {
+    using Read = bool (*)(const Token& token, AttrData& data);
+    const auto apply = [&](Read read) {
+        info.valueToken = consume();
+        isRead = read(info.valueToken, info.data);
+        return true;
+    };
+    switch (current().type) {
+    case Type::True:
+    case Type::False:
+        return apply(readBool);
+    case Type::Int:
+        return apply(readInteger);
+    case Type::Real:
+        return apply(readReal);
+    case Type::String:
+        return apply(readString);
+    case Type::Braces:
+        return apply(readEmpty<AttrType::Object>);
+    case Type::Brackets:
+        return apply(readEmpty<AttrType::Array>);
+    default:
         return false;
     }
-    return true;
 }
 
 /// keywordScalar ::= ( 'vec2' | 'vec3' | 'vec4' | 'pos2' | 'pos3' | 'quat' | 'mat3' | 'mat4' | 'rgba' ) PARENS
@@ -120,8 +129,8 @@ bool VrnParser::keywordScalar(AssignInfo& info) {
     const AttrType type = scalarType(current().text);
     if (type == AttrType::Null)
         return false;
-    info.valueToken = take();
-    info.scalarTailToken = take();
+    info.valueToken = consume();
+    info.scalarTailToken = consume();
     info.data = AttrData::zero(type);
     return readComponents(withoutParens(info.scalarTailToken.text), info.data);
 }

@@ -4,6 +4,8 @@
 #include "impl/lexer/FileLexer.h"
 #include "impl/lexer/StringLexer.h"
 
+#include <new>
+
 namespace vor::velmo_sdk::impl {
 
 bool VrnParser::parse(IScene* target, const String& text) {
@@ -46,10 +48,11 @@ void VrnParser::prime() {
 /// text ::= statement*
 void VrnParser::parseStatements() {
     while (current().type > Token::Type::Invalid) {
+        lexer->startStatement();
         if (!scene)
             parseError(messages::noScene);
         if (!parseStatement())
-            parseError(messages::unrecognizedToken, current().text.buf());
+            parseError(messages::unrecognizedToken, String(current().text).buf());
     }
 }
 
@@ -62,25 +65,19 @@ bool VrnParser::parseStatement() {
 }
 
 const Token& VrnParser::consume() {
-    Token next = nextToken();
     Token& slot = tokens[static_cast<std::size_t>(cursor)];
-    prevToken = std::move(slot);
-    slot = std::move(next);
+    prevToken = slot;
+    new (&slot) Token(nextToken()); // in place: a copy could not be fed from the pieces that were just written
     if (slot.type == Token::Type::Invalid)
         tokenError(slot);
     cursor = cursor + 1 < lookahead ? cursor + 1 : 0;
     return prevToken;
 }
 
-Token VrnParser::take() {
-    consume();
-    return {prevToken.type, std::move(prevToken.text), prevToken.line, prevToken.column};
-}
-
 bool VrnParser::match(Token& out, Token::Type type) {
     if (current().type != type)
         return false;
-    out = take();
+    out = consume();
     return true;
 }
 

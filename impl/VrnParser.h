@@ -55,8 +55,7 @@ public:
     void prime();
     void parseStatements();
     [[nodiscard]] bool parseStatement();
-    const Token& consume();     // the token consumed, until the next call
-    [[nodiscard]] Token take(); // the same, with its text, which prevToken then has no more
+    const Token& consume(); // the token consumed, until the next call
     [[nodiscard]] bool match(Token& out, Token::Type type);
     [[nodiscard]] bool accept(Token::Type type); // match(), for a token that says nothing more
     [[nodiscard]] const Token& current() const noexcept { return ahead(0); }
@@ -145,8 +144,10 @@ private:
     [[nodiscard]] bool literal(AssignInfo& info, bool& isRead);
     [[nodiscard]] bool keywordScalar(AssignInfo& info);
     [[nodiscard]] Token nextToken();
+    [[nodiscard]] Token bufferList();
     [[nodiscard]] std::unique_ptr<BufferReader> openBuffer(DataType type, const String& head) const;
-    [[nodiscard]] std::unique_ptr<BufferReader> readBuffer(DataType type, const String& head, const String& body) const;
+    [[nodiscard]] std::unique_ptr<BufferReader> readBuffer(DataType type, const String& head,
+                                                           std::string_view body) const;
     void report(const BufferReader& reader, const AssignInfo& info);
 
     // What has taken the elements of the list behind the current token, so that its token has none.

@@ -128,8 +128,8 @@ inline void SlabPool::addSlab() {
     char* memory = static_cast<char*>(std::aligned_alloc(blockSize, size));
     if (!memory)
         throw std::bad_alloc();
-    slabs_ = new (memory) Slab{{nullptr}, this, slabs_, nullptr, false, 0, nullptr, memory + sizeof(Slab),
-                               memory + blockSize, memory + size};
+    slabs_ = new (memory) Slab{
+        {nullptr}, this, slabs_, nullptr, false, 0, nullptr, memory + sizeof(Slab), memory + blockSize, memory + size};
     slabs_->block.slab = slabs_;
 }
 

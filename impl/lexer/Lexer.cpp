@@ -6,7 +6,13 @@
 #include "impl/lexer/StringScanner.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cstring>
+
+#ifdef __SSE2__
+#    include <emmintrin.h>
+#endif
 
 namespace vor::velmo_sdk::impl {
 
@@ -24,6 +30,25 @@ u64 countLineFeeds(std::string_view text) noexcept {
         text.remove_prefix(part.size());
     }
     return count;
+}
+
+// How many of sixteen characters belong to an identifier before the first that does not.
+std::size_t identifierLength(const char* text) noexcept {
+#ifdef __SSE2__
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
+    const __m128i fromA = _mm_sub_epi8(_mm_or_si128(bytes, _mm_set1_epi8('a' ^ 'A')), _mm_set1_epi8('a'));
+    const __m128i fromZero = _mm_sub_epi8(bytes, _mm_set1_epi8('0'));
+    const __m128i letter = _mm_cmpeq_epi8(_mm_min_epu8(fromA, _mm_set1_epi8('z' - 'a')), fromA);
+    const __m128i digit = _mm_cmpeq_epi8(_mm_min_epu8(fromZero, _mm_set1_epi8(9)), fromZero);
+    const __m128i underscore = _mm_cmpeq_epi8(bytes, _mm_set1_epi8('_'));
+    const __m128i belongs = _mm_or_si128(_mm_or_si128(letter, digit), underscore);
+    return static_cast<std::size_t>(std::countr_one(static_cast<u32>(_mm_movemask_epi8(belongs))));
+#else
+    std::size_t length = 0;
+    while (length < 16 && isIn(text[length], identifierChar))
+        ++length;
+    return length;
+#endif
 }
 
 // Goes through brackets that are read piece by piece, beginning with the opening one.
@@ -44,6 +69,17 @@ public:
 };
 
 } // namespace
+
+// A text of one ASCII character, which stays.
+static std::string_view textOf(char c) noexcept {
+    static constexpr std::array<char, 128> all = [] {
+        std::array<char, 128> characters{};
+        for (std::size_t i = 0; i < characters.size(); ++i)
+            characters[i] = static_cast<char>(i);
+        return characters;
+    }();
+    return {&all[static_cast<u8>(c)], 1};
+}
 
 struct Lexer::ListKind {
     char open;
@@ -85,6 +121,16 @@ template <class Belongs> std::string_view Lexer::takeWhile(Belongs belongs) {
     const std::string_view run(at_, behind);
     if (!run.empty())
         consumeInLine(run.size());
+    return run;
+}
+
+// The same for the characters of identifiers, sixteen at a time.
+std::string_view Lexer::takeIdentifier() {
+    const std::size_t length = end_ - at_ >= 16 ? identifierLength(at_) : 16;
+    if (length == 16)
+        return takeWhile([](char c) { return isIn(c, identifierChar); });
+    const std::string_view run(at_, length);
+    consumeInLine(length);
     return run;
 }
 
@@ -139,7 +185,7 @@ void Lexer::consumePiece(std::size_t count) {
 }
 
 void Lexer::skipBlanks() {
-    while (isIn(cur, blankChar)) {
+    do {
         if (at_ == end_) {
             consume();
             continue;
@@ -149,11 +195,14 @@ void Lexer::skipBlanks() {
         while (*blank != '\n' && blank + 1 != end_ && isIn(blank[1], blankChar))
             ++blank;
         consumeInLine(static_cast<std::size_t>(blank + 1 - at_));
-    }
+    } while (isIn(cur, blankChar));
 }
 
 Token Lexer::nextToken(ElementSink* sink) {
-    skipBlanks();
+    if (isIn(cur, blankChar))
+        skipBlanks();
+    if (isIn(cur, identifierChar))
+        return String::isDigit(static_cast<char>(cur)) ? number() : id();
     if (isAtEnd())
         return eof();
     switch (cur) {
@@ -189,15 +238,11 @@ Token Lexer::nextToken(ElementSink* sink) {
         return token(Token::Type::Backslash);
     case '|':
         return token(Token::Type::Pipe);
-    default:
-        break;
-    }
-    const char c = static_cast<char>(cur);
-    if (String::isLetter(c) || c == '_')
-        return id();
-    if (c == '-' || String::isHexDigit(c))
+    case '-':
         return number();
-    return invalidToken();
+    default:
+        return invalidToken();
+    }
 }
 
 /// comment ::= '#' any*   up to the end of the line (LF or CR) or of the text
@@ -227,7 +272,7 @@ Token Lexer::nestedList(const ListKind& kind) {
     std::string_view text;
     switch (take(scanner, text)) {
     case ScanEnd::Closed:
-        return message(kind.type, canonicalList(text));
+        return isCanonical(text) ? token(kind.type, text) : message(kind.type, canonicalList(text));
     case ScanEnd::BadCharacter:
         return invalidListToken(kind.shortName);
     default:
@@ -258,10 +303,8 @@ Token Lexer::listFor(ElementSink& sink, const ListKind& kind) {
         consumePiece(extent.length);
         if (extent.end == ScanEnd::BadCharacter)
             return invalidListToken(kind.shortName);
-        if (isClosed) {
-            const char brackets[] = {kind.open, kind.close};
-            return message(kind.type, String(brackets, sizeof brackets));
-        }
+        if (isClosed)
+            return here(kind.type, "{}");
     }
     return unexpectedEof(kind.name);
 }
@@ -284,14 +327,14 @@ Token Lexer::brackets() {
 Token Lexer::id() {
     if (isAtEnd())
         return unexpectedEof("ID");
-    const std::string_view word = takeWhile([](char c) { return isIn(c, identifierChar); });
+    const std::string_view word = takeIdentifier();
     switch (keywordNumber(word)) {
     case keywordNumber("true"):
-        return message(Token::Type::True, "true");
+        return here(Token::Type::True, "true");
     case keywordNumber("false"):
-        return message(Token::Type::False, "false");
+        return here(Token::Type::False, "false");
     case keywordNumber("null"):
-        return message(Token::Type::Null, "null");
+        return here(Token::Type::Null, "null");
     default:
         return token(Token::Type::Id, word);
     }
@@ -308,30 +351,31 @@ Token Lexer::number() {
 }
 
 Token Lexer::token(Token::Type type) {
-    const char c = static_cast<char>(cur);
+    const std::string_view text = textOf(static_cast<char>(cur));
     if (at_ != end_)
         consumeInLine(1);
     else
         consume();
-    return message(type, String(c));
+    return here(type, text);
 }
 
-Token Lexer::token(Token::Type type, std::string_view text) const { return message(type, String(text)); }
+Token Lexer::token(Token::Type type, std::string_view text) {
+    const bool isShown = isWindowKept_ && text.data() != scratch_.data();
+    return here(type, isShown ? text : texts_.keep(text));
+}
+
+Token Lexer::eof() const { return here(Token::Type::Eof, messages::endOfInput); }
 
 // An error consumes nothing, so its position is that of the character before it.
-Token Lexer::message(Token::Type type, String text) const { return {type, std::move(text), line, column}; }
-
-Token Lexer::eof() const { return message(Token::Type::Eof, messages::endOfInput); }
-
-Token Lexer::invalidToken() const {
+Token Lexer::invalidToken() {
     return message(Token::Type::Invalid, String::format(messages::invalidToken, line, column, cur));
 }
 
-Token Lexer::unexpectedEof(const String& what) const {
+Token Lexer::unexpectedEof(const String& what) {
     return message(Token::Type::Eof, String::format(messages::unexpectedEof, what.buf()));
 }
 
-Token Lexer::invalidListToken(const String& what) const {
+Token Lexer::invalidListToken(const String& what) {
     return message(Token::Type::Invalid, String::format(messages::invalidListToken, what.buf(), line, column, cur));
 }
 

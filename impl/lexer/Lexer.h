@@ -9,6 +9,7 @@
 #include "impl/lexer/CharClass.h"
 #include "impl/lexer/ElementSink.h"
 #include "impl/lexer/ScanExtent.h"
+#include "impl/lexer/TextKeeper.h"
 #include "impl/lexer/Token.h"
 
 #include <string>
@@ -26,8 +27,13 @@ public:
     virtual char consume() = 0;
 
     // The next token; at the end of the text, Eof tokens for ever. If it is a list in braces and there is
-    // a sink, that takes the elements, and the token's text is the brackets alone.
+    // a sink, that takes the elements, and the token's text is the brackets alone. The text of a token
+    // stays until startStatement() has been called four times more.
     [[nodiscard]] Token nextToken(ElementSink* sink = nullptr);
+
+    // To be called when the tokens that have been consumed are not needed any more; at least one of them
+    // for each call.
+    void startStatement() noexcept { texts_.startStatement(); }
 
 protected:
     // Brings the position to the character that is about to be consumed. `pos`, like `line` and
@@ -43,6 +49,9 @@ protected:
         end_ = at_ + characters.size();
         cur = characters.empty() ? endOfText : static_cast<signed char>(*at_);
     }
+
+    // Promises that what setWindow() has been given stays as long as the lexer, so that tokens may show it.
+    void keepWindow() noexcept { isWindowKept_ = true; }
 
     // The characters at hand, `cur` being the first; empty for a source that sets no window, and
     // behind the last character.
@@ -72,11 +81,11 @@ protected:
     Token id();
     Token number();
     Token token(Token::Type type);
-    [[nodiscard]] Token token(Token::Type type, std::string_view text) const;
+    [[nodiscard]] Token token(Token::Type type, std::string_view text);
     [[nodiscard]] Token eof() const;
-    [[nodiscard]] Token invalidToken() const;
-    [[nodiscard]] Token unexpectedEof(const String& what) const;
-    [[nodiscard]] Token invalidListToken(const String& what) const;
+    [[nodiscard]] Token invalidToken();
+    [[nodiscard]] Token unexpectedEof(const String& what);
+    [[nodiscard]] Token invalidListToken(const String& what);
     [[nodiscard]] bool isNumberChar() const noexcept { return isIn(cur, numberChar); }
 
     signed char prev = 0; // the character consumed last
@@ -108,9 +117,11 @@ private:
     }
     [[nodiscard]] std::string_view upcoming(const char& one, std::size_t most) const;
     template <class Belongs> [[nodiscard]] std::string_view takeWhile(Belongs belongs);
+    [[nodiscard]] std::string_view takeIdentifier();
     template <class Belongs> [[nodiscard]] std::string_view gatherWhile(Belongs belongs);
     template <class Scanner> [[nodiscard]] ScanEnd take(Scanner& scanner, std::string_view& text);
-    [[nodiscard]] Token message(Token::Type type, String text) const;
+    [[nodiscard]] Token here(Token::Type type, std::string_view text) const { return {type, text, line, column}; }
+    [[nodiscard]] Token message(Token::Type type, const String& text) { return here(type, texts_.keep(text)); }
 
     // Positions wrap around beyond 2 GiB.
     static i32 wrappingAdd(i32 number, u64 more) noexcept {
@@ -119,6 +130,8 @@ private:
 
     const char* at_ = nullptr; // where `cur` stands in the window
     const char* end_ = nullptr;
+    bool isWindowKept_ = false;
+    TextKeeper texts_;
     std::string scratch_; // characters of a token that no window shows as a whole
 };
 

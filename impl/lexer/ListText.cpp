@@ -99,8 +99,7 @@ void ListFlattener::follow(std::string_view characters) noexcept {
         isBehindNumber_ = isIn(characters.back(), numberChar);
 }
 
-// Whether nothing but one space stands between two elements, and nothing else around them.
-static bool isCanonical(std::string_view raw) noexcept {
+bool isCanonical(std::string_view raw) noexcept {
     bool isBehindNumber = false;
     for (const char c : raw.substr(1, raw.size() - 2)) {
         const bool isNumber = isIn(c, numberChar);
@@ -112,8 +111,6 @@ static bool isCanonical(std::string_view raw) noexcept {
 }
 
 String canonicalList(std::string_view raw) {
-    if (isCanonical(raw))
-        return raw;
     ListFlattener flattener(raw.front(), raw.back());
     std::string text(1, raw.front());
     text += flattener.flatten(raw.substr(1, raw.size() - 2));

@@ -9,6 +9,9 @@
 
 namespace vor::velmo_sdk::impl {
 
+// Whether a list is its own canonical text: one space between two elements, and nothing else.
+[[nodiscard]] bool isCanonical(std::string_view raw) noexcept;
+
 // The canonical text of a list: its own brackets around the elements, one space between two of them.
 // Brackets of its own kind inside vanish, so that the elements of inner lists become its own.
 // `raw` runs from the opening to the closing bracket and is known to be well-formed.

@@ -10,6 +10,7 @@ namespace vor::velmo_sdk::impl {
 class StringLexer final : public Lexer {
 public:
     explicit StringLexer(const String& text) : source(text) {
+        keepWindow();
         // The empty text begins with its terminator.
         setWindow({source.buf(), std::max<std::size_t>(source.len(), 1)});
     }

@@ -2,7 +2,8 @@
 #pragma once
 
 #include "scene/core/Log.h"
-#include "scene/core/String.h"
+
+#include <string_view>
 
 namespace vor::velmo_sdk::impl {
 
@@ -36,8 +37,8 @@ struct Token {
     };
 
     Type type = Type::Eof;
-    vor::String text;
-    i32 line = 0; // 1-based, of the token's last character
+    std::string_view text; // of the lexer, which says how long it stays
+    i32 line = 0;          // 1-based, of the token's last character
     i32 column = 0;
 
     [[nodiscard]] TextPosition position() const noexcept { return {line, column}; }

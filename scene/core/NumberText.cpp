@@ -206,28 +206,29 @@ template <class Real> std::string_view writeRealAs(Real value, char* buffer) {
     return {buffer, static_cast<std::size_t>(end - buffer)};
 }
 
-// Takes the next part of a list of parts separated by spaces; empty when there is none.
+// Takes spaces off the front, then what stands before the next one.
 std::string_view takePart(std::string_view& list) {
-    std::size_t begin = 0;
-    while (begin < list.size() && list[begin] == ' ')
-        ++begin;
-    std::size_t end = begin;
-    while (end < list.size() && list[end] != ' ')
-        ++end;
-    const std::string_view part = list.substr(begin, end - begin);
-    list.remove_prefix(end);
+    list.remove_prefix(std::min(list.find_first_not_of(' '), list.size()));
+    const std::string_view part = list.substr(0, list.find(' '));
+    list.remove_prefix(part.size());
     return part;
 }
 
-bool hasParts(std::string_view list, u64 count) {
-    bool isInPart = false;
-    for (const char c : list) {
-        count -= c != ' ' && !isInPart ? 1 : 0;
-        if (count == 0)
-            break;
-        isInPart = c != ' ';
-    }
-    return count == 0;
+// Takes the next of a list of numbers separated by spaces; false when there is none. `isRead` says whether
+// it is one.
+bool takeReal(std::string_view& list, double& number, bool& isRead) {
+    while (!list.empty() && list[0] == ' ')
+        list.remove_prefix(1);
+    if (list.empty())
+        return false;
+    const char* end = list.data() + list.size();
+    const char* behind = takePlainNumber(list.data(), end, number);
+    isRead = behind && (behind == end || *behind == ' ');
+    if (isRead)
+        list = {behind, end};
+    else
+        isRead = parseReal(takePart(list), number);
+    return true;
 }
 
 } // namespace
@@ -269,11 +270,16 @@ bool parseReal(std::string_view text, float& out) { return parseRealAs(text, out
 bool parseReal(std::string_view text, double& out) { return parseRealAs(text, out); }
 
 bool parseReals(std::string_view text, u64 count, double* out) {
-    if (!hasParts(text, count))
-        return false;
+    double numbers[mostReals];
+    bool isRead[mostReals];
     bool all = true;
+    for (u64 i = 0; i < count; ++i) {
+        if (!takeReal(text, numbers[i], isRead[i]))
+            return false;
+        all = all && isRead[i];
+    }
     for (u64 i = 0; i < count; ++i)
-        all = parseReal(takePart(text), out[i]) && all;
+        out[i] = isRead[i] ? numbers[i] : out[i];
     return all;
 }
 

@@ -27,9 +27,10 @@ template <class Integer> [[nodiscard]] bool parseInteger(std::string_view text, 
 [[nodiscard]] bool parseReal(std::string_view text, float& out);
 [[nodiscard]] bool parseReal(std::string_view text, double& out);
 
-// The first `count` parts of `text`, separated by one or more spaces, as reals. False with nothing
+// The first `count` parts of `text`, at most mostReals, separated by one or more spaces, as reals. False with nothing
 // changed when there are fewer parts; otherwise every part is read into its place and the result says
 // whether all were numbers.
+inline constexpr u64 mostReals = 16;
 [[nodiscard]] bool parseReals(std::string_view text, u64 count, double* out);
 
 // The shortest decimal text that reads back as the same value, `inf`, `-inf` or `nan`. The view is

@@ -43,7 +43,7 @@ Read readWhile(Lexer& lexer, DataType type, u64 count) {
         reader.finish();
     Read read = token.type == Token::Type::Braces ? resultOf(reader) : Read();
     read.end = String::format("%d (%d,%d) ", static_cast<int>(token.type), token.line, token.column).view();
-    read.end += token.type == Token::Type::Braces ? "" : token.text.view();
+    read.end += token.type == Token::Type::Braces ? "" : token.text;
     return read;
 }
 
@@ -51,10 +51,10 @@ Read readWhole(Lexer& lexer, DataType type, u64 count) {
     BufferReader reader(type, count);
     const Token token = lexer.nextToken();
     if (token.type == Token::Type::Braces)
-        reader.takeWhole(token.text.view().substr(1, token.text.len() - 2));
+        reader.takeWhole(token.text.substr(1, token.text.size() - 2));
     Read read = token.type == Token::Type::Braces ? resultOf(reader) : Read();
     read.end = String::format("%d (%d,%d) ", static_cast<int>(token.type), token.line, token.column).view();
-    read.end += token.type == Token::Type::Braces ? "" : token.text.view();
+    read.end += token.type == Token::Type::Braces ? "" : token.text;
     return read;
 }
 

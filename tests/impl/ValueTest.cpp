@@ -97,7 +97,10 @@ TEST(Scalar, readsLiterals) {
     EXPECT_STREQ(scalarOf(R"("")").info.data.asString(), "");
     EXPECT_EQ(scalarOf("{ }").info.data.type(), AttrType::Object);
     EXPECT_EQ(scalarOf("[ ]").info.data.type(), AttrType::Array);
-    EXPECT_EQ(scalarOf("{ 1 }").info.valueToken.text, "{1}");
+    ParserOn p("{ 1 }");
+    AssignInfo info;
+    EXPECT_TRUE(p->scalar(info));
+    EXPECT_EQ(info.valueToken.text, "{1}");
 }
 
 TEST(Scalar, readsKeywordForms) {

@@ -29,7 +29,7 @@ Input* Reading::input(const String& path) const {
         if (tokens[i].type == Token::Type::Id)
             input = input->input(tokens[i].text);
         else if (tokens[i].type == Token::Type::Brackets)
-            input = String::parse(tokens[i].text.trimChars("[]"), index) ? input->element(index) : nullptr;
+            input = String::parse(String(tokens[i].text).trimChars("[]"), index) ? input->element(index) : nullptr;
     }
     return input;
 }

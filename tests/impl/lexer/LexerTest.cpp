@@ -150,7 +150,7 @@ std::string tokensOf(Lexer& lexer) {
     for (Token token;;) {
         token = lexer.nextToken();
         all += String::format("%d (%d,%d) ", static_cast<int>(token.type), token.line, token.column);
-        all += token.text.view();
+        all += token.text;
         all += '\n';
         if (token.type <= Type::Invalid)
             return all;

@@ -1,0 +1,77 @@
+// The texts of tokens that nobody else keeps.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace vor::velmo_sdk::impl {
+
+// Keeps copies of texts for the statement that they are scanned in and the next few: a statement consumes at
+// least one token, so that none is looked at later than `lookahead` statements after its own.
+class TextKeeper {
+public:
+    static constexpr std::size_t lookahead = 3; // tokens scanned before they are consumed
+
+    // A copy, which stays until startStatement() has been called `lookahead` + 1 times more.
+    [[nodiscard]] std::string_view keep(std::string_view text) {
+        char* copy = statements_[current_].allocate(text.size());
+        if (!text.empty())
+            std::memcpy(copy, text.data(), text.size());
+        return {copy, text.size()};
+    }
+
+    void startStatement() noexcept {
+        current_ = (current_ + 1) % statements_.size();
+        statements_[current_].clear();
+    }
+
+private:
+    // The texts of one statement: one block for all of them, unless they are many or large.
+    class Texts {
+    public:
+        char* allocate(std::size_t size) {
+            if (size > left_)
+                addBlock(size);
+            left_ -= size;
+            char* place = next_;
+            next_ += size;
+            return place;
+        }
+
+        void clear() noexcept {
+            if (blocks_.empty())
+                return;
+            blocks_.resize(1);
+            next_ = blocks_[0].get();
+            left_ = firstSize;
+        }
+
+    private:
+        static constexpr std::size_t firstSize = 1024;
+
+        void addBlock(std::size_t atLeast) {
+            lastSize_ = blocks_.empty() ? firstSize : 2 * lastSize_;
+            if (blocks_.empty() && atLeast > firstSize)
+                blocks_.push_back(std::make_unique_for_overwrite<char[]>(firstSize));
+            const std::size_t size = std::max(lastSize_, atLeast);
+            blocks_.push_back(std::make_unique_for_overwrite<char[]>(size));
+            next_ = blocks_.back().get();
+            left_ = size;
+        }
+
+        std::vector<std::unique_ptr<char[]>> blocks_;
+        std::size_t lastSize_ = 0;
+        char* next_ = nullptr;
+        std::size_t left_ = 0;
+    };
+
+    std::array<Texts, lookahead + 1> statements_;
+    std::size_t current_ = 0;
+};
+
+} // namespace vor::velmo_sdk::impl
