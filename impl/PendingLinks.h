@@ -2,10 +2,12 @@
 #pragma once
 
 #include "scene/Interfaces.h"
-#include "scene/core/HashMap.h"
 #include "scene/core/Log.h"
+#include "scene/core/Vector.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <vector>
 
 namespace vor::velmo_sdk::impl {
 
@@ -29,14 +31,16 @@ public:
 
     void store(interfaces::IInput* input, PendingLink link) {
         makeRoom();
-        const u64 key = keyOf(input);
-        const i64 place = places_.find(key, [&](std::size_t i) { return waiting_[i].input == input; });
-        if (place >= 0) {
-            waiting_[static_cast<std::size_t>(place)].link = std::move(link);
-            return;
+        std::size_t slot = home(input);
+        for (; slots_[slot] != 0; slot = next(slot)) {
+            Waiting& earlier = waiting_[slots_[slot] - 1];
+            if (earlier.input == input) {
+                earlier.link = std::move(link);
+                return;
+            }
         }
         waiting_.push({input, std::move(link)});
-        places_.insert(key, waiting_.size() - 1);
+        slots_[slot] = waiting_.size();
         input->retain();
     }
 
@@ -55,28 +59,35 @@ private:
         PendingLink link;
     };
 
-    static u64 keyOf(const interfaces::IInput* input) noexcept { return reinterpret_cast<std::uintptr_t>(input); }
+    // Inputs that are made one after the other stand near each other in memory, and here too: links come in
+    // much the same order, and a place at random would have to be waited for.
+    [[nodiscard]] std::size_t home(const interfaces::IInput* input) const noexcept {
+        return reinterpret_cast<std::uintptr_t>(input) / alignof(void*) & (slots_.size() - 1);
+    }
+    [[nodiscard]] std::size_t next(std::size_t slot) const noexcept { return (slot + 1) & (slots_.size() - 1); }
 
-    // For one more place in the index.
+    // For one more input in the table, which is at most half full.
     void makeRoom() {
-        const std::size_t count = waiting_.size() + 1;
-        if (places_.hasRoomFor(count))
+        if (2 * (waiting_.size() + 1) <= slots_.size())
             return;
-        ds::BucketIndex places;
-        places.rebuild(count);
-        for (std::size_t i = 0; i < waiting_.size(); ++i)
-            places.insert(keyOf(waiting_[i].input), i);
-        places_ = std::move(places);
+        slots_ = std::vector<std::size_t>(std::max<std::size_t>(16, 4 * slots_.size()));
+        for (std::size_t i = 0; i < waiting_.size(); ++i) {
+            std::size_t slot = home(waiting_[i].input);
+            while (slots_[slot] != 0)
+                slot = next(slot);
+            slots_[slot] = i + 1;
+        }
     }
 
     void release() {
         for (const Waiting& each : waiting_)
             each.input->release();
         waiting_.clear();
+        slots_.clear();
     }
 
     ds::Vector<Waiting> waiting_;
-    ds::BucketIndex places_; // in waiting_, by input
+    std::vector<std::size_t> slots_; // by input, a place in waiting_ + 1; 0 is free
 };
 
 } // namespace vor::velmo_sdk::impl

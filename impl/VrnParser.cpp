@@ -81,11 +81,4 @@ bool VrnParser::match(Token& out, Token::Type type) {
     return true;
 }
 
-bool VrnParser::accept(Token::Type type) {
-    if (current().type != type)
-        return false;
-    consume();
-    return true;
-}
-
 } // namespace vor::velmo_sdk::impl

@@ -57,7 +57,12 @@ public:
     [[nodiscard]] bool parseStatement();
     const Token& consume(); // the token consumed, until the next call
     [[nodiscard]] bool match(Token& out, Token::Type type);
-    [[nodiscard]] bool accept(Token::Type type); // match(), for a token that says nothing more
+    [[nodiscard]] bool accept(Token::Type type) { // match(), for a token that says nothing more
+        const bool isThere = current().type == type;
+        if (isThere)
+            consume();
+        return isThere;
+    }
     [[nodiscard]] const Token& current() const noexcept { return ahead(0); }
     [[nodiscard]] const Token& ahead(i32 k) const noexcept {
         const i32 place = cursor + k;

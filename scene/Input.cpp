@@ -103,7 +103,7 @@ Input* Input::addChild(const String& name, AttrData value) {
         return nullptr;
     if (Input* existing = input(name))
         return existing;
-    NamedList<Input>& members = extras().children;
+    auto& members = extras().children;
     std::unique_ptr<Input, void (*)(Input*)> member(new (node_->scene().pools().inputs)
                                                         Input(*node_, this, name, members.size(), std::move(value)),
                                                     [](Input* input) { input->release(); });
@@ -114,7 +114,7 @@ Input* Input::addChild(const String& name, AttrData value) {
 Input* Input::appendElement() {
     if (type() != AttrType::Array || size() >= node_->scene().limits().arrayElements)
         return nullptr;
-    NamedList<Input>& elements = extras().children;
+    auto& elements = extras().children;
     std::unique_ptr<Input, void (*)(Input*)> element(
         new (node_->scene().pools().inputs)
             Input(*node_, this, String(), elements.size(), AttrData::zero(elementType())),

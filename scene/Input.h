@@ -108,7 +108,7 @@ private:
     struct Extras : Pooled {
         explicit Extras(Input* input) noexcept : connection(input), reference(input) {}
 
-        NamedList<Input> children;
+        NamedList<Input, 3> children;
         u64 untypedElements = 0;
         Link connection; // in the list of `output`
         Output* output = nullptr;

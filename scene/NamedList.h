@@ -13,7 +13,8 @@
 namespace vor::velmo_sdk::impl {
 
 // T has `const String& key() const`, which stays where and what it is while the item is in the list.
-template <class T> class NamedList {
+// `leastCapacity` is how many the first block of memory is for.
+template <class T, std::size_t leastCapacity> class NamedList {
 public:
     [[nodiscard]] std::span<T* const> items() const noexcept { return items_; }
     [[nodiscard]] std::size_t size() const noexcept { return items_.size(); }
@@ -61,7 +62,6 @@ public:
 private:
     using Index = std::unordered_map<std::string_view, T*>;
     static constexpr std::size_t searchedLinearly = 16;
-    static constexpr std::size_t leastCapacity = 3; // what the smallest block of malloc() holds
 
     void enter(T* item) {
         if (index_) {

@@ -57,8 +57,8 @@ private:
     Scene& scene_;
     String type_;
     String name_;
-    NamedList<Input> inputs_;
-    NamedList<Output> outputs_;
+    NamedList<Input, 6> inputs_;
+    NamedList<Output, 1> outputs_;
     Link* references_ = nullptr; // the inputs that refer to this node
     Node* previous_ = nullptr;   // in the scene's order
     Node* next_ = nullptr;

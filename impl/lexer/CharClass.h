@@ -11,11 +11,12 @@ namespace vor::velmo_sdk::impl {
 inline constexpr signed char endOfText = -1;
 
 enum CharClass : u8 {
-    blankChar = 1,       // a space, or not printable: nothing between tokens and inside lists
-    identifierChar = 2,  // letters, digits, `_`
-    numberChar = 4,      // what a number may go on with
-    listPunctuation = 8, // separates the elements of a list: brackets and the comma
-    realChar = 16,       // makes a number a real one
+    blankChar = 1,        // a space, or not printable: nothing between tokens and inside lists
+    identifierChar = 2,   // letters, digits, `_`
+    numberChar = 4,       // what a number may go on with
+    listPunctuation = 8,  // separates the elements of a list: brackets and the comma
+    realChar = 16,        // makes a number a real one
+    punctuationChar = 32, // is a token of its own
 };
 
 namespace detail {
@@ -30,8 +31,11 @@ constexpr u8 classesOf(char c) noexcept {
     const bool isBlank = String::isSpace(c) || !String::isPrintable(c);
     const bool isIdentifier = String::isLetter(c) || String::isDigit(c) || c == '_';
     const bool isReal = c == '.' || small == 'f' || small == 'n' || small == 'a' || small == 'i';
-    return static_cast<u8>((isReal ? realChar : 0) | (isBlank ? blankChar : 0) | (isIdentifier ? identifierChar : 0) |
-                           (isNumber ? numberChar : 0) | (isPunctuation ? listPunctuation : 0));
+    const bool isToken = c == '\'' || c == '*' || c == '+' || c == ',' || c == '.' || c == '/' || c == ':' ||
+                         c == ';' || c == '=' || c == '\\' || c == '|';
+    return static_cast<u8>((isToken ? punctuationChar : 0) | (isReal ? realChar : 0) | (isBlank ? blankChar : 0) |
+                           (isIdentifier ? identifierChar : 0) | (isNumber ? numberChar : 0) |
+                           (isPunctuation ? listPunctuation : 0));
 }
 
 inline constexpr std::array<u8, 256> charClasses = [] {

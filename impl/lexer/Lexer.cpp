@@ -51,6 +51,26 @@ std::size_t identifierLength(const char* text) noexcept {
 #endif
 }
 
+// Where a word that begins at `at` ends, at most at `end`; `at` itself if none begins there. There must be
+// sixteen characters.
+const char* wordEnd(const char* at, const char* end) noexcept {
+    if (isIn(*at, punctuationChar))
+        return at + 1;
+    const bool isNumber = String::isDigit(*at) || *at == '-';
+    if (!isNumber && !isIn(*at, identifierChar))
+        return at;
+    if (!isNumber) {
+        const std::size_t length = identifierLength(at);
+        at += length;
+        if (length < 16)
+            return at;
+    }
+    const int belongs = isNumber ? numberChar : identifierChar;
+    while (at != end && isIn(*at, belongs))
+        ++at;
+    return at;
+}
+
 // Goes through brackets that are read piece by piece, beginning with the opening one.
 class BracketScanner {
 public:
@@ -70,15 +90,21 @@ public:
 
 } // namespace
 
-// A text of one ASCII character, which stays.
-static std::string_view textOf(char c) noexcept {
-    static constexpr std::array<char, 128> all = [] {
-        std::array<char, 128> characters{};
-        for (std::size_t i = 0; i < characters.size(); ++i)
-            characters[i] = static_cast<char>(i);
-        return characters;
-    }();
-    return {&all[static_cast<u8>(c)], 1};
+static Token::Type punctuationType(char c) noexcept {
+    using Type = Token::Type;
+    struct Table {
+        std::array<Type, 128> types{};
+        constexpr Table() {
+            constexpr std::string_view characters = "'*+,./:;=\\|";
+            constexpr Type each[] = {Type::Quote,  Type::Star,      Type::Plus,  Type::Comma,
+                                     Type::Dot,    Type::Slash,     Type::Colon, Type::Semicolon,
+                                     Type::Equals, Type::Backslash, Type::Pipe};
+            for (std::size_t i = 0; i < characters.size(); ++i)
+                types[static_cast<u8>(characters[i])] = each[i];
+        }
+    };
+    static constexpr Table table;
+    return table.types[static_cast<u8>(c)];
 }
 
 struct Lexer::ListKind {
@@ -121,16 +147,6 @@ template <class Belongs> std::string_view Lexer::takeWhile(Belongs belongs) {
     const std::string_view run(at_, behind);
     if (!run.empty())
         consumeInLine(run.size());
-    return run;
-}
-
-// The same for the characters of identifiers, sixteen at a time.
-std::string_view Lexer::takeIdentifier() {
-    const std::size_t length = end_ - at_ >= 16 ? identifierLength(at_) : 16;
-    if (length == 16)
-        return takeWhile([](char c) { return isIn(c, identifierChar); });
-    const std::string_view run(at_, length);
-    consumeInLine(length);
     return run;
 }
 
@@ -198,11 +214,69 @@ void Lexer::skipBlanks() {
     } while (isIn(cur, blankChar));
 }
 
+Token Lexer::token(Token::Type type, std::string_view text) {
+    const bool isShown = isWindowKept_ && text.data() != scratch_.data();
+    return here(type, isShown ? text : texts_.keep(text));
+}
+
+Token Lexer::idToken(std::string_view word) {
+    switch (keywordNumber(word)) {
+    case keywordNumber("true"):
+        return here(Token::Type::True, "true");
+    case keywordNumber("false"):
+        return here(Token::Type::False, "false");
+    case keywordNumber("null"):
+        return here(Token::Type::Null, "null");
+    default:
+        return token(Token::Type::Id, word);
+    }
+}
+
+Token Lexer::numberToken(std::string_view text) {
+    const bool isReal = std::ranges::any_of(text, [](char c) { return isIn(c, realChar); });
+    return token(isReal ? Token::Type::Real : Token::Type::Int, text);
+}
+
+// Takes a word (an identifier, a number, a punctuation character) and the blanks before it, if the window
+// goes on behind it, and brings the position up to date once for all. Most tokens are words in sight.
+bool Lexer::takeShownWord(std::string_view& word) {
+    const char* at = at_;
+    const char* lineStart = nullptr; // behind the last line feed among the blanks
+    u64 feeds = 0;
+    for (; at != end_ && isIn(*at, blankChar); ++at)
+        if (*at == '\n') {
+            lineStart = at + 1;
+            ++feeds;
+        }
+    if (end_ - at <= 16)
+        return false;
+    const char* behind = wordEnd(at, end_);
+    if (behind == at || behind == end_)
+        return false;
+    word = {at, behind};
+    const auto count = static_cast<std::size_t>(behind - at_);
+    line = wrappingAdd(line, (prev == '\n' ? 1U : 0U) + feeds);
+    column = feeds != 0 ? static_cast<i32>(behind - lineStart) : wrappingAdd(prev == '\n' ? 0 : column, count);
+    pos = wrappingAdd(pos, count);
+    prev = static_cast<signed char>(behind[-1]);
+    at_ = behind;
+    cur = static_cast<signed char>(*behind);
+    return true;
+}
+
+Token Lexer::wordToken(std::string_view word) {
+    const char first = word[0];
+    if (isIn(first, punctuationChar))
+        return token(punctuationType(first), word);
+    return String::isDigit(first) || first == '-' ? numberToken(word) : idToken(word);
+}
+
 Token Lexer::nextToken(ElementSink* sink) {
+    std::string_view word;
+    if (takeShownWord(word))
+        return wordToken(word);
     if (isIn(cur, blankChar))
         skipBlanks();
-    if (isIn(cur, identifierChar))
-        return String::isDigit(static_cast<char>(cur)) ? number() : id();
     if (isAtEnd())
         return eof();
     switch (cur) {
@@ -216,33 +290,17 @@ Token Lexer::nextToken(ElementSink* sink) {
         return braces(sink);
     case '[':
         return brackets();
-    case '\'':
-        return token(Token::Type::Quote);
-    case '*':
-        return token(Token::Type::Star);
-    case '+':
-        return token(Token::Type::Plus);
-    case ',':
-        return token(Token::Type::Comma);
-    case '.':
-        return token(Token::Type::Dot);
-    case '/':
-        return token(Token::Type::Slash);
-    case ':':
-        return token(Token::Type::Colon);
-    case ';':
-        return token(Token::Type::Semicolon);
-    case '=':
-        return token(Token::Type::Equals);
-    case '\\':
-        return token(Token::Type::Backslash);
-    case '|':
-        return token(Token::Type::Pipe);
-    case '-':
-        return number();
     default:
-        return invalidToken();
+        break;
     }
+    const char c = static_cast<char>(cur);
+    if (isIn(c, punctuationChar))
+        return token(punctuationType(c));
+    if (String::isLetter(c) || c == '_')
+        return id();
+    if (c == '-' || String::isHexDigit(c))
+        return number();
+    return invalidToken();
 }
 
 /// comment ::= '#' any*   up to the end of the line (LF or CR) or of the text
@@ -327,17 +385,7 @@ Token Lexer::brackets() {
 Token Lexer::id() {
     if (isAtEnd())
         return unexpectedEof("ID");
-    const std::string_view word = takeIdentifier();
-    switch (keywordNumber(word)) {
-    case keywordNumber("true"):
-        return here(Token::Type::True, "true");
-    case keywordNumber("false"):
-        return here(Token::Type::False, "false");
-    case keywordNumber("null"):
-        return here(Token::Type::Null, "null");
-    default:
-        return token(Token::Type::Id, word);
-    }
+    return idToken(takeWhile([](char c) { return isIn(c, identifierChar); }));
 }
 
 /// number ::= ( '-' | digit ) number-char*   Real if any of . f n a i (in either case) is in it, else Int
@@ -345,23 +393,14 @@ Token Lexer::id() {
 Token Lexer::number() {
     if (isAtEnd())
         return unexpectedEof("NUMBER");
-    const std::string_view text = takeWhile([](char c) { return isIn(c, numberChar); });
-    const bool isReal = std::ranges::any_of(text, [](char c) { return isIn(c, realChar); });
-    return token(isReal ? Token::Type::Real : Token::Type::Int, text);
+    return numberToken(takeWhile([](char c) { return isIn(c, numberChar); }));
 }
 
+/// punctuation ::= "'" | '*' | '+' | ',' | '.' | '/' | ':' | ';' | '=' | '\' | '|'   each a token of its own
 Token Lexer::token(Token::Type type) {
-    const std::string_view text = textOf(static_cast<char>(cur));
-    if (at_ != end_)
-        consumeInLine(1);
-    else
-        consume();
-    return here(type, text);
-}
-
-Token Lexer::token(Token::Type type, std::string_view text) {
-    const bool isShown = isWindowKept_ && text.data() != scratch_.data();
-    return here(type, isShown ? text : texts_.keep(text));
+    const char c = static_cast<char>(cur);
+    consume();
+    return here(type, texts_.keep({&c, 1}));
 }
 
 Token Lexer::eof() const { return here(Token::Type::Eof, messages::endOfInput); }

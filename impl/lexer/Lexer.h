@@ -81,7 +81,7 @@ protected:
     Token id();
     Token number();
     Token token(Token::Type type);
-    [[nodiscard]] Token token(Token::Type type, std::string_view text);
+    [[nodiscard, gnu::always_inline]] inline Token token(Token::Type type, std::string_view text);
     [[nodiscard]] Token eof() const;
     [[nodiscard]] Token invalidToken();
     [[nodiscard]] Token unexpectedEof(const String& what);
@@ -98,6 +98,12 @@ private:
     struct ListKind;
     Token nestedList(const ListKind& kind);
     Token listFor(ElementSink& sink, const ListKind& kind);
+    // Part of nextToken(), so that the position goes into the token from registers: it could not be read
+    // back at once as a whole from the two halves that it is written in.
+    [[nodiscard, gnu::always_inline]] inline bool takeShownWord(std::string_view& word);
+    [[nodiscard, gnu::always_inline]] inline Token wordToken(std::string_view word);
+    [[nodiscard, gnu::always_inline]] inline Token idToken(std::string_view word);
+    [[nodiscard, gnu::always_inline]] inline Token numberToken(std::string_view text);
     void skipBlanks();
     void consumeRun(std::size_t count);
     void consumeInLine(std::size_t count) {
@@ -117,7 +123,6 @@ private:
     }
     [[nodiscard]] std::string_view upcoming(const char& one, std::size_t most) const;
     template <class Belongs> [[nodiscard]] std::string_view takeWhile(Belongs belongs);
-    [[nodiscard]] std::string_view takeIdentifier();
     template <class Belongs> [[nodiscard]] std::string_view gatherWhile(Belongs belongs);
     template <class Scanner> [[nodiscard]] ScanEnd take(Scanner& scanner, std::string_view& text);
     [[nodiscard]] Token here(Token::Type type, std::string_view text) const { return {type, text, line, column}; }

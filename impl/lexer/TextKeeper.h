@@ -18,7 +18,7 @@ public:
     static constexpr std::size_t lookahead = 3; // tokens scanned before they are consumed
 
     // A copy, which stays until startStatement() has been called `lookahead` + 1 times more.
-    [[nodiscard]] std::string_view keep(std::string_view text) {
+    [[nodiscard, gnu::noinline]] std::string_view keep(std::string_view text) {
         char* copy = statements_[current_].allocate(text.size());
         if (!text.empty())
             std::memcpy(copy, text.data(), text.size());
