@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
+#include <new>
 #include <vector>
 
 namespace vor::velmo_sdk::impl {
@@ -40,7 +42,7 @@ public:
             }
         }
         waiting_.push({input, std::move(link)});
-        slots_[slot] = waiting_.size();
+        slots_[slot] = static_cast<u32>(waiting_.size());
         input->retain();
     }
 
@@ -70,12 +72,14 @@ private:
     void makeRoom() {
         if (2 * (waiting_.size() + 1) <= slots_.size())
             return;
-        slots_ = std::vector<std::size_t>(std::max<std::size_t>(16, 4 * slots_.size()));
+        if (slots_.size() > std::numeric_limits<u32>::max())
+            throw std::bad_alloc(); // more links than can be counted
+        slots_ = std::vector<u32>(std::max<std::size_t>(16, 2 * slots_.size()));
         for (std::size_t i = 0; i < waiting_.size(); ++i) {
             std::size_t slot = home(waiting_[i].input);
             while (slots_[slot] != 0)
                 slot = next(slot);
-            slots_[slot] = i + 1;
+            slots_[slot] = static_cast<u32>(i + 1);
         }
     }
 
@@ -87,7 +91,7 @@ private:
     }
 
     ds::Vector<Waiting> waiting_;
-    std::vector<std::size_t> slots_; // by input, a place in waiting_ + 1; 0 is free
+    std::vector<u32> slots_; // by input, a place in waiting_ + 1; 0 is free
 };
 
 } // namespace vor::velmo_sdk::impl

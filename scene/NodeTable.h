@@ -10,9 +10,10 @@
 
 namespace vor::velmo_sdk::impl {
 
-// Open addressing with linear probing, at most half full; a slot holds the hash beside the node, so that
-// a lookup goes to the node itself only for a match. T has `const String& key() const`, which stays as
-// it is while the node is in the table. All operations are O(1).
+// Open addressing with linear probing, at most half full. A byte of each hash stands in an array of its own,
+// small enough to stay in the cache: for a name that is not there, as that of each new node, it is all
+// that is looked at. T has `const String& key() const`, which stays as it is while the node is in the
+// table. All operations are O(1).
 template <class T> class NodeTable {
 public:
     // Not String::hash(), for which it is easy to find names that collide.
@@ -20,28 +21,32 @@ public:
 
     // `hash` is the name's.
     [[nodiscard]] T* find(const String& name, u64 hash) const noexcept {
-        if (slots_.empty())
+        if (tags_.empty())
             return nullptr;
-        for (std::size_t i = home(hash); slots_[i].node; i = next(i))
-            if (slots_[i].hash == hash && slots_[i].node->key() == name)
+        for (std::size_t i = home(hash); tags_[i] != free; i = next(i))
+            if (tags_[i] == tagOf(hash) && slots_[i].node->key() == name)
                 return slots_[i].node;
         return nullptr;
     }
 
     // Makes room for one more; insert() then cannot fail.
     void reserveOne() {
-        if (2 * (size_ + 1) <= slots_.size())
+        if (2 * (size_ + 1) <= tags_.size())
             return;
-        std::vector<Slot> old(std::max<std::size_t>(16, 2 * slots_.size()));
-        old.swap(slots_);
-        for (const Slot& slot : old)
-            if (slot.node)
-                place(slot);
+        const std::size_t count = std::max<std::size_t>(16, 2 * tags_.size());
+        NodeTable larger;
+        larger.tags_.resize(count);
+        larger.slots_.resize(count);
+        for (std::size_t i = 0; i < tags_.size(); ++i)
+            if (tags_[i] != free)
+                larger.place(slots_[i]);
+        larger.size_ = size_;
+        *this = std::move(larger);
     }
 
     // Enters a node whose name is not there yet.
     void insert(T* node, u64 hash) noexcept {
-        place({hash, node});
+        place({node, hash});
         ++size_;
     }
 
@@ -50,15 +55,17 @@ public:
         std::size_t gap = home(hashOf(node->key()));
         while (slots_[gap].node != node)
             gap = next(gap);
-        for (std::size_t i = next(gap); slots_[i].node; i = next(i)) {
-            const std::size_t mask = slots_.size() - 1;
+        for (std::size_t i = next(gap); tags_[i] != free; i = next(i)) {
+            const std::size_t mask = tags_.size() - 1;
             const std::size_t fromHome = (i - home(slots_[i].hash)) & mask;
             if (fromHome < ((i - gap) & mask))
                 continue; // moving it would put it before its home
             slots_[gap] = slots_[i];
+            tags_[gap] = tags_[i];
             gap = i;
         }
         slots_[gap] = {};
+        tags_[gap] = free;
         --size_;
     }
 
@@ -66,22 +73,27 @@ public:
 
 private:
     struct Slot {
-        u64 hash = 0;
         T* node = nullptr;
+        u64 hash = 0;
     };
 
+    static constexpr u8 free = 0;
+
+    [[nodiscard]] static u8 tagOf(u64 hash) noexcept { return static_cast<u8>(hash >> 56 | 0x80); }
     [[nodiscard]] std::size_t home(u64 hash) const noexcept {
-        return static_cast<std::size_t>(hash ^ hash >> 32) & (slots_.size() - 1);
+        return static_cast<std::size_t>(hash ^ hash >> 32) & (tags_.size() - 1);
     }
-    [[nodiscard]] std::size_t next(std::size_t i) const noexcept { return (i + 1) & (slots_.size() - 1); }
+    [[nodiscard]] std::size_t next(std::size_t i) const noexcept { return (i + 1) & (tags_.size() - 1); }
     void place(const Slot& slot) noexcept {
         std::size_t i = home(slot.hash);
-        while (slots_[i].node)
+        while (tags_[i] != free)
             i = next(i);
         slots_[i] = slot;
+        tags_[i] = tagOf(slot.hash);
     }
 
-    std::vector<Slot> slots_; // a power of two of them
+    std::vector<u8> tags_; // a power of two of them
+    std::vector<Slot> slots_;
     std::size_t size_ = 0;
 };
 
