@@ -9,7 +9,8 @@ void AssignInfo::clear() {
         if (token->type != Token::Type::Eof)
             *token = Token();
     isScalar = isBuffer = isConnection = isReference = false;
-    data = AttrData();
+    if (data.type() != AttrType::Null)
+        data = AttrData();
 }
 
 String AssignInfo::valueString() const {

@@ -31,9 +31,9 @@ bool VrnParser::parseAssign() {
         return false;
     Input* input = targetInput(info);
     if (info.isConnection)
-        pendingConnections.store(input, {collapse(info.source), info.source.last().position()});
+        pendingConnections.store(input, linkTo(info.source));
     else if (info.isReference)
-        pendingReferences.store(input, {info.refToken.text, info.refToken.position()});
+        pendingReferences.store(input, {.node = info.refToken.text, .position = info.refToken.position()});
     else
         apply(info, input);
     return true;

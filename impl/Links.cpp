@@ -1,6 +1,8 @@
 #include "impl/Messages.h"
 #include "impl/VrnParser.h"
 
+#include <algorithm>
+
 namespace vor::velmo_sdk::impl {
 
 using Type = Token::Type;
@@ -27,32 +29,34 @@ bool VrnParser::reference(AssignInfo& info) {
     return info.isReference;
 }
 
-// Cuts a path at its dots, of which one may lead; false unless that makes two parts.
-static bool cutInTwo(std::string_view path, std::string_view& node, std::string_view& output) noexcept {
-    path.remove_prefix(path.starts_with('.') ? 1 : 0);
-    const std::size_t dot = path.find('.');
-    if (dot == std::string_view::npos)
-        return false;
-    node = path.substr(0, dot);
-    output = path.substr(dot + 1);
-    return output.find('.') == std::string_view::npos;
+// Cuts the path of an output at its dots, of which one may lead.
+PendingLink VrnParser::linkTo(const ds::Vector<Token>& source) {
+    const std::span<const Token> whole(source.data(), source.size());
+    const auto isDot = [](const Token& token) { return token.type == Type::Dot; };
+    PendingLink link;
+    link.position = source.last().position();
+    link.isWithNode = isDot(whole[0]);
+    const std::span<const Token> path = whole.subspan(link.isWithNode ? 1 : 0);
+    const auto dot = static_cast<std::size_t>(std::ranges::find_if(path, isDot) - path.begin());
+    const bool hasTwoParts = dot < path.size() && std::ranges::none_of(path.subspan(dot + 1), isDot);
+    link.node = collapse(hasTwoParts ? path.first(dot) : path);
+    if (hasTwoParts)
+        link.output = collapse(path.subspan(dot + 1));
+    return link;
 }
 
 void VrnParser::resolveConnections() {
     pendingConnections.resolveAll([this](IInput* input, const PendingLink& link) {
         if (link.isNull())
             return input->disconnect();
-        std::string_view nodeName;
-        std::string_view outputName;
-        if (!cutInTwo(link.source, nodeName, outputName))
-            return logWarning(link.position, messages::invalidOutput, link.source.buf());
-        const String name = nodeName;
-        interfaces::INode* node = scene->findNode(name);
+        if (link.output.isEmpty())
+            return logWarning(link.position, messages::invalidOutput, link.source().buf());
+        interfaces::INode* node = scene->findNode(link.node);
         if (!node)
-            return logWarning(link.position, messages::cannotConnectNode, name.buf(), input->label().buf());
-        if (interfaces::IOutput* output = node->findOutput(updateOutputName(node->type(), outputName)))
+            return logWarning(link.position, messages::cannotConnectNode, link.node.buf(), input->label().buf());
+        if (interfaces::IOutput* output = node->findOutput(updateOutputName(node->type(), link.output)))
             return input->connect(output);
-        logWarning(link.position, messages::cannotConnectOutput, link.source.buf(), input->label().buf());
+        logWarning(link.position, messages::cannotConnectOutput, link.source().buf(), input->label().buf());
     });
 }
 
@@ -60,9 +64,9 @@ void VrnParser::resolveReferences() {
     pendingReferences.resolveAll([this](IInput* input, const PendingLink& link) {
         if (link.isNull())
             return input->setNode(nullptr);
-        if (Node* node = scene->findNode(link.source))
+        if (Node* node = scene->findNode(link.node))
             return input->setNode(node);
-        logWarning(link.position, messages::cannotAssignNode, link.source.buf(), input->label().buf());
+        logWarning(link.position, messages::cannotAssignNode, link.node.buf(), input->label().buf());
     });
 }
 

@@ -35,8 +35,10 @@ bool VrnParser::scalarattr(ds::Vector<Token>& out) {
     return true;
 }
 
-// The path as it would be written without spaces.
-String VrnParser::collapse(const ds::Vector<Token>& tokens) {
+// The tokens of a path, as they would be written without spaces.
+String VrnParser::collapse(std::span<const Token> tokens) {
+    if (tokens.size() == 1)
+        return tokens[0].text;
     std::string text;
     for (const Token& token : tokens)
         text += token.text;

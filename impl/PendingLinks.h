@@ -13,13 +13,21 @@
 
 namespace vor::velmo_sdk::impl {
 
-// What an input is to be linked to, as the text has it: an output's path or a node's name, or `null`,
-// which is neither.
+// What an input is to be linked to, as the text has it: a node, or an output of one, or `null`, which is
+// neither. The names stand apart, as short texts take no memory of their own.
 struct PendingLink {
-    String source;
-    TextPosition position;
+    String node;     // of a path that has not just two parts, all of it
+    String output{}; // empty for a path that has not two parts, and for a reference
+    TextPosition position{};
+    bool isWithNode = false; // the path began with a dot
 
-    [[nodiscard]] bool isNull() const { return source == "null"; }
+    [[nodiscard]] bool isNull() const { return output.isEmpty() && node == "null"; }
+
+    // The path, as it was written.
+    [[nodiscard]] String source() const {
+        const String path = output.isEmpty() ? node : node + "." + output;
+        return isWithNode ? "." + path : path;
+    }
 };
 
 // Holds a reference on every input that it has a link for, so that an input may be taken out of the

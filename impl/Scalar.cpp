@@ -35,8 +35,10 @@ AttrType scalarType(std::string_view keyword) noexcept {
 }
 
 bool readReal(const Token& token, AttrData& data) {
-    data = AttrData::zero(AttrType::Real);
-    return String::parse(token.text, data.components()[0]);
+    double value = 0;
+    const bool isRead = String::parse(token.text, value);
+    data = AttrData::real(value);
+    return isRead;
 }
 
 bool readBool(const Token& token, AttrData& data) {

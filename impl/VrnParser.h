@@ -101,7 +101,7 @@ public:
     [[nodiscard]] bool path(ds::Vector<Token>& out);
     [[nodiscard]] bool arrayattr(ds::Vector<Token>& out);
     [[nodiscard]] bool scalarattr(ds::Vector<Token>& out);
-    [[nodiscard]] static String collapse(const ds::Vector<Token>& tokens);
+    [[nodiscard]] static String collapse(std::span<const Token> tokens);
 
     // Values (Value.cpp, Scalar.cpp, Buffer.cpp).
     [[nodiscard]] bool value(AssignInfo& info);
@@ -112,6 +112,7 @@ public:
     // Links (Links.cpp).
     [[nodiscard]] bool connect(AssignInfo& info);
     [[nodiscard]] bool reference(AssignInfo& info);
+    [[nodiscard]] static PendingLink linkTo(const ds::Vector<Token>& source);
     void resolveConnections();
     void resolveReferences();
 

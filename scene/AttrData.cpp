@@ -2,12 +2,13 @@
 
 #include "scene/core/LargeMemory.h"
 
+#include <bit>
 #include <cstring>
 #include <new>
 
 namespace vor::velmo_sdk {
 
-AttrData::AttrData(const AttrData& other) : type_(other.type_), subtype_(other.subtype_), store_(other.store_) {
+AttrData::AttrData(const AttrData& other) : kind_(other.kind_), store_{.words = other.store_.words} {
     if (!hasBlock() || !store_.block.memory)
         return;
     store_.block.memory = nullptr;
@@ -15,45 +16,23 @@ AttrData::AttrData(const AttrData& other) : type_(other.type_), subtype_(other.s
     std::memcpy(store_.block.memory, other.store_.block.memory, blockSize());
 }
 
-AttrData AttrData::zero(AttrType type) noexcept {
-    AttrData value(type, 0);
-    value.store_.block.count = value.hasBlock() ? componentCount(type) : 0;
-    return value;
-}
+AttrData AttrData::zero(AttrType type) noexcept { return {type, 0, 0, hasBlock(type) ? componentCount(type) : 0}; }
 
-AttrData AttrData::boolean(bool value) noexcept {
-    AttrData data(AttrType::Bool, 0);
-    data.store_.boolean = value;
-    return data;
-}
+AttrData AttrData::boolean(bool value) noexcept { return {AttrType::Bool, 0, value ? u64(1) : 0}; }
 
-AttrData AttrData::integer(i64 value) noexcept {
-    AttrData data(AttrType::Int, 0);
-    data.store_.integer = value;
-    return data;
-}
+AttrData AttrData::integer(i64 value) noexcept { return {AttrType::Int, 0, static_cast<u64>(value)}; }
 
-AttrData AttrData::unsignedInteger(u64 value) noexcept {
-    AttrData data(AttrType::UInt, 0);
-    data.store_.integer = static_cast<i64>(value);
-    return data;
-}
+AttrData AttrData::unsignedInteger(u64 value) noexcept { return {AttrType::UInt, 0, value}; }
 
-AttrData AttrData::real(double value) noexcept {
-    AttrData data(AttrType::Real, 0);
-    data.store_.reals[0] = value;
-    return data;
-}
+AttrData AttrData::real(double value) noexcept { return {AttrType::Real, 0, std::bit_cast<u64>(value)}; }
 
 AttrData AttrData::string(std::string_view text) {
     text = text.substr(0, text.find('\0'));
-    AttrData data(AttrType::String, 0);
     char* copy = static_cast<char*>(std::malloc(text.size() + 1));
     if (!copy)
         throw std::bad_alloc();
     copy[text.copy(copy, text.size())] = '\0';
-    data.store_.block = {copy, text.size()};
-    return data;
+    return {AttrType::String, 0, std::bit_cast<u64>(copy), text.size()};
 }
 
 AttrData AttrData::array(AttrType elementType) noexcept { return {AttrType::Array, static_cast<i32>(elementType)}; }
@@ -65,7 +44,7 @@ AttrData AttrData::buffer(DataType type, u64 count) {
 }
 
 const char* AttrData::asString() const noexcept {
-    return type_ == AttrType::String && store_.block.memory ? static_cast<const char*>(store_.block.memory) : "";
+    return type() == AttrType::String && store_.block.memory ? static_cast<const char*>(store_.block.memory) : "";
 }
 
 std::span<const double> AttrData::components() const noexcept {
@@ -73,11 +52,11 @@ std::span<const double> AttrData::components() const noexcept {
     const double* first = store_.reals;
     if (hasBlock())
         first = store_.block.memory ? static_cast<const double*>(store_.block.memory) : zeros;
-    return {first, componentCount(type_)};
+    return {first, componentCount(type())};
 }
 
 std::span<double> AttrData::components() {
-    const u32 count = componentCount(type_);
+    const u32 count = componentCount(type());
     if (count != 0 && hasBlock() && !store_.block.memory)
         allocate(count);
     double* first = hasBlock() ? static_cast<double*>(store_.block.memory) : store_.reals;
@@ -85,25 +64,25 @@ std::span<double> AttrData::components() {
 }
 
 AttrType AttrData::elementType() const noexcept {
-    return type_ == AttrType::Array ? static_cast<AttrType>(subtype_) : AttrType::Null;
+    return type() == AttrType::Array ? static_cast<AttrType>(subtype()) : AttrType::Null;
 }
 
 DataType AttrData::dataType() const noexcept {
-    return type_ == AttrType::Buffer ? static_cast<DataType>(subtype_) : DataType::Null;
+    return type() == AttrType::Buffer ? static_cast<DataType>(subtype()) : DataType::Null;
 }
 
 std::span<const std::byte> AttrData::bytes() const noexcept { return const_cast<AttrData*>(this)->bytes(); }
 
 std::span<std::byte> AttrData::bytes() noexcept {
-    if (type_ != AttrType::Buffer)
+    if (type() != AttrType::Buffer)
         return {};
     return {static_cast<std::byte*>(store_.block.memory), blockSize()};
 }
 
 u64 AttrData::blockSize() const noexcept {
-    if (type_ == AttrType::String)
+    if (type() == AttrType::String)
         return store_.block.count + 1;
-    const u64 unit = type_ == AttrType::Buffer ? elementLayout(dataType()).elementSize() : sizeof(double);
+    const u64 unit = type() == AttrType::Buffer ? elementLayout(dataType()).elementSize() : sizeof(double);
     return store_.block.count * unit;
 }
 
@@ -119,16 +98,14 @@ void AttrData::allocate(u64 count) {
 
 // Reals are compared bit by bit, so that a NaN equals itself and -0 is not 0.
 bool operator==(const AttrData& a, const AttrData& b) noexcept {
-    if (a.type_ != b.type_ || a.subtype_ != b.subtype_)
+    if (a.kind_ != b.kind_)
         return false;
-    if (a.type_ == AttrType::Bool)
-        return a.store_.boolean == b.store_.boolean;
-    if (a.type_ == AttrType::Int || a.type_ == AttrType::UInt)
+    if (a.type() == AttrType::Bool || a.type() == AttrType::Int || a.type() == AttrType::UInt)
         return a.store_.integer == b.store_.integer;
-    if (a.type_ == AttrType::String)
+    if (a.type() == AttrType::String)
         return std::strcmp(a.asString(), b.asString()) == 0;
-    const auto mine = a.type_ == AttrType::Buffer ? a.bytes() : std::as_bytes(a.components());
-    const auto others = b.type_ == AttrType::Buffer ? b.bytes() : std::as_bytes(b.components());
+    const auto mine = a.type() == AttrType::Buffer ? a.bytes() : std::as_bytes(a.components());
+    const auto others = b.type() == AttrType::Buffer ? b.bytes() : std::as_bytes(b.components());
     return mine.size() == others.size() && (mine.empty() || std::memcmp(mine.data(), others.data(), mine.size()) == 0);
 }
 

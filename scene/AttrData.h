@@ -82,12 +82,14 @@ public:
     // `count` zero-filled elements, which must not take more than 2^63 bytes.
     [[nodiscard]] static AttrData buffer(DataType type, u64 count = 0);
 
-    [[nodiscard]] AttrType type() const noexcept { return type_; }
+    [[nodiscard]] AttrType type() const noexcept { return static_cast<AttrType>(static_cast<u32>(kind_)); }
 
-    [[nodiscard]] bool asBool() const noexcept { return type_ == AttrType::Bool && store_.boolean; }
-    [[nodiscard]] i64 asInt() const noexcept { return type_ == AttrType::Int ? store_.integer : 0; }
-    [[nodiscard]] u64 asUInt() const noexcept { return type_ == AttrType::UInt ? static_cast<u64>(store_.integer) : 0; }
-    [[nodiscard]] double asReal() const noexcept { return type_ == AttrType::Real ? store_.reals[0] : 0; }
+    [[nodiscard]] bool asBool() const noexcept { return type() == AttrType::Bool && store_.integer != 0; }
+    [[nodiscard]] i64 asInt() const noexcept { return type() == AttrType::Int ? store_.integer : 0; }
+    [[nodiscard]] u64 asUInt() const noexcept {
+        return type() == AttrType::UInt ? static_cast<u64>(store_.integer) : 0;
+    }
+    [[nodiscard]] double asReal() const noexcept { return type() == AttrType::Real ? store_.reals[0] : 0; }
 
     // The text, NUL-terminated; valid until this value changes.
     [[nodiscard]] const char* asString() const noexcept;
@@ -102,7 +104,7 @@ public:
 
     // Buffer: the type of its elements (Null while open), how many, and their bytes.
     [[nodiscard]] DataType dataType() const noexcept;
-    [[nodiscard]] u64 count() const noexcept { return type_ == AttrType::Buffer ? store_.block.count : 0; }
+    [[nodiscard]] u64 count() const noexcept { return type() == AttrType::Buffer ? store_.block.count : 0; }
     [[nodiscard]] std::span<const std::byte> bytes() const noexcept;
     [[nodiscard]] std::span<std::byte> bytes() noexcept;
 
@@ -120,31 +122,35 @@ private:
         void* memory; // malloc'ed; null when there are no bytes, or when all of them are zero
         u64 count;    // elements of a buffer, bytes of a text, doubles of a large value
     };
+    // A value is put together in registers and written as a whole: the copy that follows soon could not be
+    // fed from the pieces.
+    using Words = u64 __attribute__((vector_size(16), aligned(8), may_alias));
     union Store {
-        bool boolean;
+        Words words;
         i64 integer;
         double reals[2];
         Block block;
     };
 
-    AttrData(AttrType type, i32 subtype) noexcept : type_(type), subtype_(subtype) {}
+    AttrData(AttrType type, i32 subtype, u64 first = 0, u64 second = 0) noexcept
+        : kind_(u64(static_cast<u32>(type)) | u64(static_cast<u32>(subtype)) << 32), store_{.words = {first, second}} {}
+    [[nodiscard]] i32 subtype() const noexcept { return static_cast<i32>(kind_ >> 32); }
 
     // Strings and buffers always stand in a block, other values when two doubles do not hold them.
-    [[nodiscard]] bool hasBlock() const noexcept {
+    [[nodiscard]] static bool hasBlock(AttrType of) noexcept {
         using enum AttrType;
         constexpr auto bit = [](AttrType type) { return u32(1) << static_cast<u32>(type); };
         constexpr u32 blocks = bit(Vec3) | bit(Vec4) | bit(Pos3) | bit(Quat) | bit(Rgba) | bit(Mat3) | bit(Mat4) |
                                bit(AttrType::String) | bit(Buffer);
-        return static_cast<u32>(type_) < 32 && (blocks >> static_cast<u32>(type_) & 1) != 0;
+        return static_cast<u32>(of) < 32 && (blocks >> static_cast<u32>(of) & 1) != 0;
     }
+    [[nodiscard]] bool hasBlock() const noexcept { return hasBlock(type()); }
     [[nodiscard]] u64 blockSize() const noexcept;
     void allocate(u64 count);
     void take(AttrData& other) noexcept {
-        type_ = other.type_;
-        subtype_ = other.subtype_;
-        store_ = other.store_;
-        other.type_ = AttrType::Null;
-        other.subtype_ = 0;
+        kind_ = other.kind_;
+        store_.words = other.store_.words;
+        other.kind_ = 0;
     }
     void release() noexcept {
         if (hasBlock())
@@ -162,9 +168,8 @@ private:
         return {reinterpret_cast<T*>(bytes.data()), bytes.size() / sizeof(Element)};
     }
 
-    AttrType type_ = AttrType::Null;
-    i32 subtype_ = 0; // the DataType of a buffer, the element type of an array
-    Store store_{.block = {nullptr, 0}};
+    u64 kind_ = 0; // the type; above it the DataType of a buffer, the element type of an array
+    Store store_{.words = {0, 0}};
 };
 
 } // namespace vor::velmo_sdk

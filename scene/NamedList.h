@@ -4,27 +4,36 @@
 #include "scene/core/String.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <memory>
+#include <new>
 #include <span>
 #include <string_view>
 #include <unordered_map>
-#include <vector>
 
 namespace vor::velmo_sdk::impl {
 
-// T has `const String& key() const`, which stays where and what it is while the item is in the list.
-// `leastCapacity` is how many the first block of memory is for.
+// T has `const String& key() const`, which stays where and what it is while the item is in the list. A list
+// of one takes no memory of its own; `leastCapacity` is how many the first block of memory is for.
 template <class T, std::size_t leastCapacity> class NamedList {
 public:
-    [[nodiscard]] std::span<T* const> items() const noexcept { return items_; }
-    [[nodiscard]] std::size_t size() const noexcept { return items_.size(); }
+    NamedList() = default;
+    NamedList(const NamedList&) = delete;
+    NamedList& operator=(const NamedList&) = delete;
+    ~NamedList() {
+        if (capacity_ > 1)
+            std::free(many_);
+    }
+
+    [[nodiscard]] std::span<T* const> items() const noexcept { return {capacity_ > 1 ? many_ : &one_, size_}; }
+    [[nodiscard]] std::size_t size() const noexcept { return size_; }
 
     [[nodiscard]] T* find(const String& name) const noexcept {
         if (index_) {
             const auto found = index_->find(name);
             return found == index_->end() ? nullptr : found->second;
         }
-        for (T* item : items_)
+        for (T* item : items())
             if (item->key() == name)
                 return item;
         return nullptr;
@@ -33,48 +42,63 @@ public:
     // Appends an item whose name is not there yet. When it throws, nothing has changed.
     void push(T* item) {
         pushUnnamed(item);
+        if (size_ <= searchedLinearly)
+            return;
         try {
             enter(item);
         } catch (...) {
-            items_.pop_back();
+            --size_;
             throw;
         }
     }
 
     // Appends an item that nobody looks up by name.
     void pushUnnamed(T* item) {
-        if (items_.size() == items_.capacity())
-            items_.reserve(std::max<std::size_t>(leastCapacity, 2 * items_.size()));
-        items_.push_back(item);
+        if (size_ == capacity_)
+            grow();
+        (capacity_ > 1 ? many_ : &one_)[size_++] = item;
     }
 
     // Takes the last item off; null when there is none. Meant for emptying the list: names are no
     // longer found quickly afterwards.
     [[nodiscard]] T* takeLast() noexcept {
         index_.reset();
-        if (items_.empty())
-            return nullptr;
-        T* item = items_.back();
-        items_.pop_back();
-        return item;
+        return size_ == 0 ? nullptr : (capacity_ > 1 ? many_ : &one_)[--size_];
     }
 
 private:
     using Index = std::unordered_map<std::string_view, T*>;
     static constexpr std::size_t searchedLinearly = 16;
 
+    void grow() {
+        const std::size_t capacity = std::max<std::size_t>(leastCapacity, 2 * capacity_);
+        void* memory = std::realloc(capacity_ > 1 ? many_ : nullptr, capacity * sizeof(T*));
+        if (!memory)
+            throw std::bad_alloc();
+        T** many = static_cast<T**>(memory);
+        if (capacity_ == 1 && size_ == 1)
+            many[0] = one_;
+        many_ = many;
+        capacity_ = capacity;
+    }
+
     void enter(T* item) {
         if (index_) {
             index_->emplace(item->key(), item);
-        } else if (items_.size() > searchedLinearly) {
-            auto index = std::make_unique<Index>();
-            for (T* each : items_)
-                index->emplace(each->key(), each);
-            index_ = std::move(index);
+            return;
         }
+        auto index = std::make_unique<Index>();
+        for (T* each : items())
+            index->emplace(each->key(), each);
+        index_ = std::move(index);
     }
 
-    std::vector<T*> items_;
+    union {
+        T* one_ = nullptr; // while the capacity is 1
+        T** many_;
+    };
+    std::size_t size_ = 0;
+    std::size_t capacity_ = 1;
     std::unique_ptr<Index> index_; // made when a search from the front gets slow
 };
 

@@ -58,7 +58,7 @@ private:
     String type_;
     String name_;
     NamedList<Input, 6> inputs_;
-    NamedList<Output, 1> outputs_;
+    NamedList<Output, 3> outputs_;
     Link* references_ = nullptr; // the inputs that refer to this node
     Node* previous_ = nullptr;   // in the scene's order
     Node* next_ = nullptr;

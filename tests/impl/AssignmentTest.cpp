@@ -241,6 +241,13 @@ TEST(Links, thatCannotBeMadeAreLogged) {
     EXPECT_EQ(r.input("a.x")->type(), AttrType::Int) << "a reference to a node is no Int";
 }
 
+TEST(Links, takePathsWithADotBeforeThem) {
+    const Reading r = readText("t a; t b; a.x |= .b.out; a.y |= .b[0].out; a.z |= b.out[1];");
+    EXPECT_EQ(r.input("a.x")->connection()->label(), "b.out") << "an empty part is none";
+    EXPECT_EQ(r.input("a.z")->connection()->label(), "b.out[1]");
+    EXPECT_EQ(r.log, (Log{warning(1, 41, "Cannot connect nonexistent node b[0] to a.y.")}));
+}
+
 TEST(Links, toOutputsThatAreNotThereAreLogged) {
     Reading r;
     r.scene->setStrictOutputs(true);
