@@ -4,15 +4,10 @@
 #include "impl/lexer/Keyword.h"
 #include "impl/lexer/ListText.h"
 #include "impl/lexer/StringScanner.h"
+#include "impl/lexer/Word.h"
 
 #include <algorithm>
-#include <array>
-#include <bit>
 #include <cstring>
-
-#ifdef __SSE2__
-#    include <emmintrin.h>
-#endif
 
 namespace vor::velmo_sdk::impl {
 
@@ -30,45 +25,6 @@ u64 countLineFeeds(std::string_view text) noexcept {
         text.remove_prefix(part.size());
     }
     return count;
-}
-
-// How many of sixteen characters belong to an identifier before the first that does not.
-std::size_t identifierLength(const char* text) noexcept {
-#ifdef __SSE2__
-    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
-    const __m128i fromA = _mm_sub_epi8(_mm_or_si128(bytes, _mm_set1_epi8('a' ^ 'A')), _mm_set1_epi8('a'));
-    const __m128i fromZero = _mm_sub_epi8(bytes, _mm_set1_epi8('0'));
-    const __m128i letter = _mm_cmpeq_epi8(_mm_min_epu8(fromA, _mm_set1_epi8('z' - 'a')), fromA);
-    const __m128i digit = _mm_cmpeq_epi8(_mm_min_epu8(fromZero, _mm_set1_epi8(9)), fromZero);
-    const __m128i underscore = _mm_cmpeq_epi8(bytes, _mm_set1_epi8('_'));
-    const __m128i belongs = _mm_or_si128(_mm_or_si128(letter, digit), underscore);
-    return static_cast<std::size_t>(std::countr_one(static_cast<u32>(_mm_movemask_epi8(belongs))));
-#else
-    std::size_t length = 0;
-    while (length < 16 && isIn(text[length], identifierChar))
-        ++length;
-    return length;
-#endif
-}
-
-// Where a word that begins at `at` ends, at most at `end`; `at` itself if none begins there. There must be
-// sixteen characters.
-const char* wordEnd(const char* at, const char* end) noexcept {
-    if (isIn(*at, punctuationChar))
-        return at + 1;
-    const bool isNumber = String::isDigit(*at) || *at == '-';
-    if (!isNumber && !isIn(*at, identifierChar))
-        return at;
-    if (!isNumber) {
-        const std::size_t length = identifierLength(at);
-        at += length;
-        if (length < 16)
-            return at;
-    }
-    const int belongs = isNumber ? numberChar : identifierChar;
-    while (at != end && isIn(*at, belongs))
-        ++at;
-    return at;
 }
 
 // Goes through brackets that are read piece by piece, beginning with the opening one.
@@ -89,23 +45,6 @@ public:
 };
 
 } // namespace
-
-static Token::Type punctuationType(char c) noexcept {
-    using Type = Token::Type;
-    struct Table {
-        std::array<Type, 128> types{};
-        constexpr Table() {
-            constexpr std::string_view characters = "'*+,./:;=\\|";
-            constexpr Type each[] = {Type::Quote,  Type::Star,      Type::Plus,  Type::Comma,
-                                     Type::Dot,    Type::Slash,     Type::Colon, Type::Semicolon,
-                                     Type::Equals, Type::Backslash, Type::Pipe};
-            for (std::size_t i = 0; i < characters.size(); ++i)
-                types[static_cast<u8>(characters[i])] = each[i];
-        }
-    };
-    static constexpr Table table;
-    return table.types[static_cast<u8>(c)];
-}
 
 struct Lexer::ListKind {
     char open;
