@@ -4,6 +4,10 @@
 // mesh_wrap.vrn  the same numbers, a line every eight elements
 // mesh_rt.vrn    points as the shortest text that reads back the same float
 // mesh_mix.vrn   points of any sign, size and length; indices in no order
+// doubles.vrn    3,000,000 reals of 17 digits
+// int8.vrn, int16.vrn, int64.vrn   6,000,000 integers of all lengths that the type has
+// rgba8.vrn      1,500,000 colours of four bytes
+// payload.vrn    16 MB of compressed bytes
 // graph.vrn      200,000 nodes of five values and a connection each
 // *.json         the same numbers and nodes, for readers of JSON
 #include "scene/core/NumberText.h"
@@ -11,6 +15,8 @@
 #include <cmath>
 #include <cstdio>
 #include <fstream>
+#include <libdeflate.h>
+#include <limits>
 #include <random>
 #include <string>
 #include <vector>
@@ -98,6 +104,51 @@ void writeMeshes(const std::string& folder) {
               list(shuffled, " ", 0, number));
 }
 
+void writeBuffer(const std::string& path, const char* type, std::size_t count, const std::string& body) {
+    std::ofstream(path) << "data d;\nd.values = " << type << '[' << count << "] {" << body << "};\n";
+}
+
+void writeDoubles(const std::string& folder) {
+    std::mt19937_64 random(3);
+    std::uniform_real_distribution<double> uniform(-1000, 1000);
+    std::vector<double> values(3000000);
+    for (double& value : values)
+        value = uniform(random);
+    writeBuffer(folder + "/doubles.vrn", "double", values.size(), list(values, " ", 0, [](double value) {
+                    char text[64];
+                    std::snprintf(text, sizeof text, "%.17g", value);
+                    return std::string(text);
+                }));
+}
+
+// Integers whose number of bits is any that the type has, so that all lengths occur.
+template <class Integer> void writeIntegers(const std::string& path, const char* type, std::size_t components) {
+    std::mt19937_64 random(4);
+    std::vector<long long> values(6000000);
+    for (long long& value : values) {
+        value = static_cast<Integer>(static_cast<Integer>(random()) >> (random() % (8 * sizeof(Integer))));
+    }
+    writeBuffer(path, type, values.size() / components,
+                list(values, " ", 0, [](long long value) { return std::to_string(value); }));
+}
+
+void writePayload(const std::string& folder) {
+    std::mt19937_64 random(5);
+    std::string bytes(16 << 20, '\0');
+    for (std::size_t i = 0; i < bytes.size(); ++i) // a picture: neighbours are alike
+        bytes[i] = static_cast<char>((i / 64 % 256) + (random() % 8));
+    libdeflate_compressor* compressor = libdeflate_alloc_compressor(6);
+    std::string stream(libdeflate_zlib_compress_bound(compressor, bytes.size()), '\0');
+    stream.resize(libdeflate_zlib_compress(compressor, bytes.data(), bytes.size(), stream.data(), stream.size()));
+    libdeflate_free_compressor(compressor);
+    std::string hex = ".";
+    for (const char c : stream) {
+        hex += "0123456789ABCDEF"[static_cast<unsigned char>(c) >> 4];
+        hex += "0123456789ABCDEF"[c & 15];
+    }
+    writeBuffer(folder + "/payload.vrn", "byte", bytes.size(), hex);
+}
+
 void writeGraph(const std::string& folder) {
     constexpr std::size_t nodes = 200000;
     const char* kinds[] = {"light", "material", "camera", "instance"};
@@ -140,6 +191,13 @@ void writeGraph(const std::string& folder) {
 int main(int argc, char** argv) {
     if (argc != 2)
         return 2;
-    writeMeshes(argv[1]);
-    writeGraph(argv[1]);
+    const std::string folder = argv[1];
+    writeMeshes(folder);
+    writeDoubles(folder);
+    writeIntegers<signed char>(folder + "/int8.vrn", "char", 1);
+    writeIntegers<short>(folder + "/int16.vrn", "int16", 1);
+    writeIntegers<long long>(folder + "/int64.vrn", "int64", 1);
+    writeIntegers<unsigned char>(folder + "/rgba8.vrn", "rgba8", 4);
+    writePayload(folder);
+    writeGraph(folder);
 }

@@ -4,12 +4,10 @@
 // plain scene of nodes with inputs and links.
 #include "bench/Process.h"
 
-#include <array>
 #include <memory>
 #include <simdjson.h>
-#include <tuple>
 #include <unordered_map>
-#include <variant>
+#include <vector>
 
 using namespace simdjson;
 
@@ -26,12 +24,15 @@ static void readMesh(ondemand::parser& parser, const padded_string& json, Mesh& 
         mesh.indices.push_back(static_cast<int>(value));
 }
 
-// A plain scene that can hold what ours does: nodes by name, inputs of any type by name, links.
+// A plain scene: nodes by name, inputs by name with a value of any type, links that are resolved at the end.
 struct Node;
 struct Input {
     std::string name;
-    std::variant<std::monostate, int64_t, double, std::array<double, 4>, std::string> value;
-    const Node* target = nullptr;
+    int type = 0;
+    int64_t integer = 0;
+    double reals[4] = {};
+    std::string text;
+    Node* target = nullptr;
 };
 struct Node {
     std::string type;
@@ -42,58 +43,68 @@ struct Node {
         for (Input& each : inputs)
             if (each.name == key)
                 return each;
-        return inputs.emplace_back(Input{std::string(key), {}, nullptr});
+        Input& made = inputs.emplace_back();
+        made.name = key;
+        return made;
     }
 };
 struct Graph {
     std::vector<std::unique_ptr<Node>> nodes;
     std::unordered_map<std::string_view, Node*> byName;
-    std::vector<std::tuple<Node*, std::size_t, std::string>> links;
+    std::vector<std::pair<Input*, std::string>> links;
 
+    Node& add(std::string_view type, std::string_view name) {
+        Node& node = *nodes.emplace_back(std::make_unique<Node>());
+        node.type = type;
+        node.name = name;
+        node.inputs.reserve(8);
+        byName.emplace(node.name, &node);
+        return node;
+    }
     void resolve() {
-        for (const auto& [node, input, source] : links) {
+        for (const auto& [input, source] : links) {
             const auto found = byName.find(std::string_view(source).substr(0, source.find('.')));
-            node->inputs[input].target = found == byName.end() ? nullptr : found->second;
+            input->target = found == byName.end() ? nullptr : found->second;
         }
     }
 };
 
-static std::array<double, 4> realsOf(ondemand::value list) {
-    std::array<double, 4> reals = {0, 0, 0, 1};
-    std::size_t i = 0;
-    for (const double real : list.get_array())
-        reals[i++] = real;
-    return reals;
-}
-
 static void readField(Graph& graph, Node& node, std::string_view key, ondemand::value value) {
     Input& input = node.input(key);
-    if (key == "target")
-        graph.links.emplace_back(&node, node.inputs.size() - 1, std::string_view(value));
-    else if (key == "samples")
-        input.value = int64_t(value);
-    else if (key == "intensity")
-        input.value = double(value);
-    else if (key == "label")
-        input.value = std::string(value.get_string().value());
-    else
-        input.value = realsOf(value);
+    if (key == "target") {
+        input.type = 1;
+        graph.links.emplace_back(&input, std::string_view(value));
+    } else if (key == "samples") {
+        input.type = 2;
+        input.integer = int64_t(value);
+    } else if (key == "intensity") {
+        input.type = 4;
+        input.reals[0] = double(value);
+    } else if (key == "label") {
+        input.type = 14;
+        input.text = value.get_string().value();
+    } else {
+        input.type = 11;
+        std::size_t i = 0;
+        for (const double real : value.get_array())
+            input.reals[i++] = real;
+    }
 }
 
 static void readGraph(ondemand::parser& parser, const padded_string& json, Graph& graph) {
     ondemand::document document = parser.iterate(json);
     for (ondemand::object object : document["nodes"].get_array()) {
-        Node& node = *graph.nodes.emplace_back(std::make_unique<Node>());
+        // The type comes first and the name second.
+        std::string_view type;
+        Node* node = nullptr;
         for (ondemand::field field : object) {
             const std::string_view key = field.unescaped_key();
-            if (key == "type") {
-                node.type = field.value().get_string().value();
-            } else if (key == "name") {
-                node.name = field.value().get_string().value();
-                graph.byName.emplace(node.name, &node);
-            } else {
-                readField(graph, node, key, field.value());
-            }
+            if (key == "type")
+                type = field.value();
+            else if (key == "name")
+                node = &graph.add(type, field.value());
+            else
+                readField(graph, *node, key, field.value());
         }
     }
     graph.resolve();

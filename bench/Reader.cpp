@@ -1,7 +1,10 @@
-// The reader: bench_reader string|file FILE.vrn
+// The reader: bench_reader string|file|avx2|baseline FILE.vrn
+//
+// From memory, from a file, or from memory with no more than a set of instructions.
 #include "impl/Reader.h"
 
 #include "bench/Process.h"
+#include "impl/numbers/PlainBlocks.h"
 #include "scene/Scene.h"
 
 #include <memory>
@@ -12,14 +15,19 @@ using namespace vor::velmo_sdk::impl;
 int main(int argc, char** argv) {
     if (argc != 3)
         return 2;
-    const bool isString = std::string(argv[1]) == "string";
+    const std::string mode = argv[1];
+    const bool isFile = mode == "file";
+    if (mode == "avx2")
+        limitInstructionSet(InstructionSet::Avx2);
+    if (mode == "baseline")
+        limitInstructionSet(InstructionSet::Baseline);
     String text;
-    if (isString)
+    if (!isFile)
         text = std::string_view(vrn::bench::readFile(argv[2]));
     std::unique_ptr<Scene> scene;
     const auto read = [&] {
         scene = std::make_unique<Scene>();
-        const bool isOk = isString ? parseString(scene.get(), text) : parseVrn(scene.get(), File::open(argv[2]), false);
+        const bool isOk = isFile ? parseVrn(scene.get(), File::open(argv[2]), false) : parseString(scene.get(), text);
         if (!isOk)
             std::exit(1);
     };

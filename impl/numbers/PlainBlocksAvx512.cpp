@@ -14,8 +14,10 @@
 
 #    include "impl/lexer/CharClass.h"
 #    include "impl/numbers/BlockMasks.h"
+#    include "scene/core/PlainNumber.h"
 
 #    include <bit>
+#    include <cstring>
 #    include <immintrin.h>
 #    include <limits>
 #    include <type_traits>
@@ -49,8 +51,8 @@ constexpr Bytes positions([](int i) { return i; });
 constexpr Bytes byteOf8([](int i) { return i % 8 - 8; });
 constexpr Bytes byteOf16([](int i) { return i % 16 - 16; });
 constexpr Bytes numberOf8([](int i) { return i / 8; });
-constexpr Bytes evenNumberOf16([](int i) { return i / 16 * 2; });
-constexpr Bytes oddNumberOf16([](int i) { return i / 16 * 2 + 1; });
+constexpr Bytes numberOf16([](int i) { return i / 16; });
+constexpr char mostDigits = 19; // as many always fit 64 bits
 
 VRN_AVX512 inline __m512i load(const Bytes& bytes) { return _mm512_load_si512(bytes.byte); }
 
@@ -63,7 +65,12 @@ struct Block {
     std::size_t count;
     std::size_t length; // characters up to the end of the last one
     bool isShort;       // none has more than eight digits
+    bool isLongest;     // one has more than sixteen
 };
+
+VRN_AVX512 inline bool anyAbove(__m512i bytes, u64 which, char most) {
+    return (_mm512_cmpgt_epu8_mask(bytes, _mm512_set1_epi8(most)) & which) != 0;
+}
 
 // Finds the whole numbers among 64 characters.
 template <bool isReal> VRN_AVX512 inline Found find(const char* at, Block& block) {
@@ -90,11 +97,10 @@ template <bool isReal> VRN_AVX512 inline Found find(const char* at, Block& block
     __m512i lengths = _mm512_add_epi8(_mm512_sub_epi8(wholeAt, startAt), block.places);
     lengths = _mm512_mask_sub_epi8(lengths, block.negative, lengths, _mm512_set1_epi8(1));
     const u64 all = (u64(1) << block.count) - 1;
-    const u64 tooLong = _mm512_cmpgt_epu8_mask(lengths, _mm512_set1_epi8(16)) |
-                        _mm512_cmpgt_epu8_mask(block.places, _mm512_set1_epi8(15));
-    if ((tooLong & all) != 0)
+    if (anyAbove(lengths, all, mostDigits))
         return Found::Other;
-    block.isShort = (_mm512_cmpgt_epu8_mask(lengths, _mm512_set1_epi8(8)) & all) == 0;
+    block.isShort = !anyAbove(lengths, all, 8);
+    block.isLongest = anyAbove(lengths, all, 16);
 
     block.digits = _mm512_maskz_mov_epi8(is.digits, values);
     block.ends = endAt;
@@ -126,15 +132,28 @@ VRN_AVX512 inline __m512i joinHalves(__m512i halves, i64 factor) {
 }
 
 // The numbers first to first + 7 as integers without their signs and points.
-VRN_AVX512 inline __m512i shortIntegers(const Block& block, __m512i first) {
-    return joinHalves(joinFours(rightAligned(block, _mm512_add_epi8(load(numberOf8), first), load(byteOf8))), 10000);
+VRN_AVX512 inline __m512i shortIntegers(const Block& block, std::size_t first) {
+    const __m512i which = _mm512_add_epi8(load(numberOf8), _mm512_set1_epi8(static_cast<char>(first)));
+    return joinHalves(joinFours(rightAligned(block, which, load(byteOf8))), 10000);
 }
-VRN_AVX512 inline __m512i longIntegers(const Block& block, __m512i first) {
-    const __m512i place = load(byteOf16);
-    const __m512i even = joinFours(rightAligned(block, _mm512_add_epi8(load(evenNumberOf16), first), place));
-    const __m512i odd = joinFours(rightAligned(block, _mm512_add_epi8(load(oddNumberOf16), first), place));
-    const __m512i eights = _mm512_madd_epi16(_mm512_packus_epi32(even, odd), _mm512_set1_epi32(0x00012710));
-    return joinHalves(eights, 100000000);
+
+// Up to sixteen digits each, the last of them `place` before the end; four numbers fill a register.
+VRN_AVX512 inline __m512i sixteenDigits(const Block& block, std::size_t first, __m512i place) {
+    const __m512i which = _mm512_add_epi8(load(numberOf16), _mm512_set1_epi8(static_cast<char>(first)));
+    const __m512i four = joinFours(rightAligned(block, which, place));
+    __m512i others = _mm512_setzero_si512();
+    if (block.count - first > 4)
+        others = joinFours(rightAligned(block, _mm512_add_epi8(which, _mm512_set1_epi8(4)), place));
+    const __m512i eights = _mm512_madd_epi16(_mm512_packus_epi32(four, others), _mm512_set1_epi32(0x00012710));
+    const __m512i inOrder = _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), eights);
+    return joinHalves(inOrder, 100000000);
+}
+VRN_AVX512 inline __m512i longIntegers(const Block& block, std::size_t first) {
+    const __m512i last = sixteenDigits(block, first, load(byteOf16));
+    if (!block.isLongest)
+        return last;
+    const __m512i others = sixteenDigits(block, first, _mm512_sub_epi8(load(byteOf16), _mm512_set1_epi8(16)));
+    return _mm512_add_epi64(last, _mm512_mullo_epi64(others, _mm512_set1_epi64(10000000000000000)));
 }
 
 template <class Number> VRN_AVX512 inline void store(std::byte* out, __m512i integers) {
@@ -161,36 +180,54 @@ template <class Number> VRN_AVX512 inline bool finish(__m512i integers, __m512i,
     return true;
 }
 
-// Eight reals; false if one cannot be made by one division that is rounded once (Clinger 1990).
+// The reals of the lanes of `which`, for which one division is not enough; false if 128 bits are not, either.
+template <class Number>
+bool roundSingly(const u64 (&digits)[8], const u64 (&places)[8], u32 negative, u32 which, std::byte* out) noexcept {
+    for (; which != 0; which &= which - 1) {
+        const auto lane = static_cast<u32>(std::countr_zero(which));
+        Number number;
+        if (!vor::detail::roundDecimal(digits[lane], static_cast<u32>(places[lane]), number))
+            return false;
+        number = (negative >> lane & 1) != 0 ? -number : number;
+        std::memcpy(out + lane * sizeof number, &number, sizeof number);
+    }
+    return true;
+}
+
+// Eight reals, most of them made by one division that is rounded once (Clinger 1990).
 template <class Number>
 requires std::is_floating_point_v<Number> VRN_AVX512 inline bool finish(__m512i digits, __m512i places,
                                                                         __mmask8 negative, std::byte* out) {
-    if (_mm512_cmpgt_epu64_mask(digits, _mm512_set1_epi64(i64(1) << 53)) != 0)
-        return false;
     const __m512d low = _mm512_setr_pd(1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7);
     const __m512d high = _mm512_setr_pd(1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15);
     const __m512i exponents = _mm512_cvtepu8_epi64(_mm512_castsi512_si128(places));
     __m512d values = _mm512_div_pd(_mm512_cvtepu64_pd(digits), _mm512_permutex2var_pd(low, exponents, high));
+    u32 inexact = _mm512_cmpgt_epu64_mask(digits, _mm512_set1_epi64(i64(1) << 53)) |
+                  _mm512_cmpgt_epu64_mask(exponents, _mm512_set1_epi64(15));
     if constexpr (sizeof(Number) == sizeof(float)) {
         // Rounding twice goes wrong only where the double looks like a tie between two floats.
         const __m512i tail = _mm512_and_si512(_mm512_castpd_si512(values), _mm512_set1_epi64(0x1FFFFFFF));
-        if (_mm512_cmpeq_epi64_mask(tail, _mm512_set1_epi64(0x10000000)) != 0)
-            return false;
+        inexact |= _mm512_cmpeq_epi64_mask(tail, _mm512_set1_epi64(0x10000000));
     }
     values = _mm512_mask_xor_pd(values, negative, values, _mm512_set1_pd(-0.0));
     if constexpr (sizeof(Number) == sizeof(float))
         _mm256_storeu_ps(reinterpret_cast<float*>(out), _mm512_cvtpd_ps(values));
     else
         _mm512_storeu_pd(out, values);
-    return true;
+    if (inexact == 0)
+        return true;
+    alignas(64) u64 eachDigits[8];
+    alignas(64) u64 eachPlaces[8];
+    _mm512_store_si512(eachDigits, digits);
+    _mm512_store_si512(eachPlaces, exponents);
+    return roundSingly<Number>(eachDigits, eachPlaces, negative, inexact, out);
 }
 
 template <class Number> VRN_AVX512 inline bool convert(const Block& block, std::byte* out) {
     __m512i places = block.places;
     for (std::size_t first = 0; first < block.count; first += 8) {
-        const __m512i from = _mm512_set1_epi8(static_cast<char>(first));
         const bool isShort = !std::is_floating_point_v<Number> && block.isShort;
-        const __m512i integers = isShort ? shortIntegers(block, from) : longIntegers(block, from);
+        const __m512i integers = isShort ? shortIntegers(block, first) : longIntegers(block, first);
         if (!finish<Number>(integers, places, static_cast<__mmask8>(block.negative >> first), out))
             return false;
         places = _mm512_alignr_epi64(places, places, 1);

@@ -231,7 +231,19 @@ bool takeReal(std::string_view& list, double& number, bool& isRead) {
     return true;
 }
 
+template <class Real> bool roundDecimalAs(u64 digits, u32 places, Real& out) noexcept {
+    const auto rounded =
+        fast_float::compute_float<fast_float::binary_format<Real>>(-static_cast<std::int64_t>(places), digits);
+    if (rounded.power2 < 0)
+        return false;
+    fast_float::to_float(false, rounded, out);
+    return true;
+}
+
 } // namespace
+
+bool detail::roundDecimal(u64 digits, u32 places, float& out) noexcept { return roundDecimalAs(digits, places, out); }
+bool detail::roundDecimal(u64 digits, u32 places, double& out) noexcept { return roundDecimalAs(digits, places, out); }
 
 bool parseBool(std::string_view text, bool& out) {
     text = trimSpaces(text);
