@@ -1,6 +1,6 @@
 # make run   builds the command and reads an example scene
 # make test  builds everything, with and without sanitizers, and runs every test
-# make bench compares the reader with others, on texts that it makes first
+# make bench measures the pieces of the reader and compares it with others, on texts that it makes first
 # make format, make goldens, make grammar: see CONTRIBUTING.md
 
 LOCALES := $(CURDIR)/build/locales
@@ -26,10 +26,12 @@ packages:
 	@scripts/install-packages
 
 bench: packages
-	@dpkg-query --show libsimdjson-dev >/dev/null || (echo "make bench needs the package libsimdjson-dev" >&2; exit 1)
+	@dpkg-query --show libsimdjson-dev libbenchmark-dev >/dev/null || \
+	  (echo "make bench needs the packages libsimdjson-dev and libbenchmark-dev" >&2; exit 1)
 	@$(CONFIGURE) --preset release -DVRN_BENCHMARKS=ON >/dev/null
 	@cmake --build --preset release
 	@test -f build/bench/graph.json || (mkdir -p build/bench && build/release/bench_generate build/bench)
+	build/release/bench_pieces --benchmark_min_time=0.05
 	python3 bench/run.py build/release build/bench
 
 # A German locale of our own, so that nobody needs root for it.

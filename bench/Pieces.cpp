@@ -16,11 +16,16 @@ namespace {
 
 // Text by text, what a thousand statements of a kind look like.
 const std::pair<const char*, const char*> statements[] = {
-    {"declarations", "light light%d;\n"},       {"reals", "n.intensity = 1.%d;\n"},
-    {"integers", "n.samples = %d;\n"},          {"strings", "n.label = \"node number %d\";\n"},
-    {"vectors", "n.position = vec3(65.42 93.5 %d);\n"}, {"references", "n.other = n;\n"},
-    {"connections", "n.target |= n.out;\n"},    {"elements", "n.values[*] = %d;\n"},
-    {"members", "n.a.b.c = %d;\n"},             {"comments", "# number %d\n"},
+    {"declarations", "light light%d;\n"},
+    {"reals", "n.intensity = 1.%d;\n"},
+    {"integers", "n.samples = %d;\n"},
+    {"strings", "n.label = \"node number %d\";\n"},
+    {"vectors", "n.position = vec3(65.42 93.5 %d);\n"},
+    {"references", "n.other = n;\n"},
+    {"connections", "n.target |= n.out;\n"},
+    {"elements", "n.values[*] = %d;\n"},
+    {"members", "n.a.b.c = %d;\n"},
+    {"comments", "# number %d\n"},
 };
 
 String thousand(const char* format) {

@@ -58,6 +58,8 @@ ScanExtent ListScanner::scan(std::string_view piece) noexcept {
         const std::size_t blockEnd = std::min(i + blockSize, piece.size());
         for (; i < blockEnd; ++i) {
             const char c = piece[i];
+            if (isIn(c, blankChar | numberChar))
+                continue;
             if (c == open_) {
                 ++depth_;
                 isFlat_ = false;
@@ -65,7 +67,7 @@ ScanExtent ListScanner::scan(std::string_view piece) noexcept {
                 if (depth_ == 0)
                     return {i + 1, ScanEnd::Closed};
                 --depth_;
-            } else if (!isIn(c, blankChar | numberChar | listPunctuation)) {
+            } else if (!isIn(c, listPunctuation)) {
                 const bool isEnd = c == static_cast<char>(endOfText);
                 return {i, isEnd ? ScanEnd::EndOfText : ScanEnd::BadCharacter};
             }

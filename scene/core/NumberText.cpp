@@ -231,6 +231,28 @@ bool takeReal(std::string_view& list, double& number, bool& isRead) {
     return true;
 }
 
+// The first parts of a text, at most mostReals, as reals.
+struct Reals {
+    double numbers[mostReals];
+    bool isRead[mostReals];
+    u64 count = 0; // parts
+
+    Reals(std::string_view text, u64 most) {
+        while (count < most && takeReal(text, numbers[count], isRead[count]))
+            ++count;
+    }
+
+    // Stores those of the first `of` parts that are numbers; true if all of them are.
+    bool store(u64 of, double* out) const noexcept {
+        bool all = true;
+        for (u64 i = 0; i < of; ++i) {
+            out[i] = isRead[i] ? numbers[i] : out[i];
+            all = all && isRead[i];
+        }
+        return all;
+    }
+};
+
 template <class Real> bool roundDecimalAs(u64 digits, u32 places, Real& out) noexcept {
     const auto rounded =
         fast_float::compute_float<fast_float::binary_format<Real>>(-static_cast<std::int64_t>(places), digits);
@@ -282,17 +304,21 @@ bool parseReal(std::string_view text, float& out) { return parseRealAs(text, out
 bool parseReal(std::string_view text, double& out) { return parseRealAs(text, out); }
 
 bool parseReals(std::string_view text, u64 count, double* out) {
-    double numbers[mostReals];
-    bool isRead[mostReals];
-    bool all = true;
-    for (u64 i = 0; i < count; ++i) {
-        if (!takeReal(text, numbers[i], isRead[i]))
-            return false;
-        all = all && isRead[i];
-    }
-    for (u64 i = 0; i < count; ++i)
-        out[i] = isRead[i] ? numbers[i] : out[i];
-    return all;
+    const Reals reals(text, count);
+    return reals.count == count && reals.store(count, out);
+}
+
+bool parseColourReals(std::string_view text, double* out) {
+    const Reals reals(text, 4);
+    if (reals.count < 3)
+        return false;
+    const bool areAllRead = reals.store(reals.count, out);
+    if (areAllRead && reals.count == 4)
+        return true;
+    if (!reals.store(3, out))
+        return false;
+    out[3] = 1;
+    return true;
 }
 
 std::string_view writeReal(float value, char (&buffer)[realTextCapacity]) { return writeRealAs(value, buffer); }

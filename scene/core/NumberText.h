@@ -33,6 +33,9 @@ template <class Integer> [[nodiscard]] bool parseInteger(std::string_view text, 
 inline constexpr u64 mostReals = 16;
 [[nodiscard]] bool parseReals(std::string_view text, u64 count, double* out);
 
+// The same for the four components of a colour; with only three numbers, the fourth is 1.
+[[nodiscard]] bool parseColourReals(std::string_view text, double* out);
+
 // The shortest decimal text that reads back as the same value, `inf`, `-inf` or `nan`. The view is
 // into `buffer`.
 inline constexpr std::size_t realTextCapacity = 32;

@@ -308,15 +308,7 @@ bool String::parse(std::string_view text, unsigned long long& out, Radix radix) 
     return parseInteger(text, out, radix);
 }
 
-// Whether there are as many parts, separated by spaces.
-bool String::hasParts(std::string_view text, u64 count) noexcept {
-    bool isInPart = false;
-    for (const char c : text) {
-        count -= c != ' ' && !isInPart && count > 0 ? 1 : 0;
-        isInPart = c != ' ';
-    }
-    return count == 0;
-}
+bool String::parseColour(std::string_view text, double* out) { return parseColourReals(text, out); }
 
 bool String::parseComponents(std::string_view text, u64 count, double* out) { return parseReals(text, count, out); }
 

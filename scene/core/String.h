@@ -169,12 +169,7 @@ public:
 
     // A colour: four numbers, or three and an alpha of 1.
     template <class T> [[nodiscard]] static bool parse(std::string_view text, math::RgbaT<T>& out) {
-        if (hasParts(text, 4) && parse(text, 4, out))
-            return true;
-        if (!parse(text, 3, out))
-            return false;
-        out[3] = T(1);
-        return true;
+        return parseColour(text, out.data());
     }
 
 private:
@@ -188,7 +183,7 @@ private:
     static constexpr char sharedTag = 0x7F;
 
     [[nodiscard]] static String concat(std::string_view a, std::string_view b);
-    [[nodiscard]] static bool hasParts(std::string_view text, u64 count) noexcept;
+    [[nodiscard]] static bool parseColour(std::string_view text, double* out);
     [[nodiscard]] static bool parseComponents(std::string_view text, u64 count, double* out);
     template <class Fill> [[nodiscard]] static String build(std::size_t length, Fill fill);
 
