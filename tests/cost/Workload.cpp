@@ -51,6 +51,9 @@ const std::map<std::string, Make> workloads = {
     {"references", units("t n; t m;", "n.x$ = m;\n")},
     {"links_of_many_nodes", units("", "t n$; n$.in |= n$.out; n$.ref = n$;\n")},
     {"comments", units("", "# comment $\n")},
+    {"one_list_of_reals", units("t n; n.x = vec3f[1000000] {", "0.1234$ ", "};")},
+    {"statements_of_all_kinds", units("t m;", "t n$;\nn$.a = 0.$;\nn$.b = $;\nn$.c = vec3(0.$ 2.5 1e5);\n"
+                                              "n$.d = \"text $\";\nn$.e |= m.out;\nn$.f[0].g = rgba(1 0 0.$);\n")},
     {"one_list", units("t n; n.x = int32[1000000] {", "1234 ", "};")},
     {"one_string", units("t n; n.x = \"", "some text ", "\";")},
     {"depth_of_one_path", units("t n; n.x", "[0].m", " = 1;")},
