@@ -276,4 +276,18 @@ TEST(Input, connectsToOneOutput) {
 
 TEST(Input, isSmall) { EXPECT_LE(sizeof(Input), 96U); }
 
+TEST(Scene, mayGoBeforeAnInputThatIsHeld) {
+    auto scene = std::make_unique<Scene>();
+    Node* node = scene->createNode("t", "n");
+    Input* object = node->createInput("o", AttrType::Object);
+    Input* member = object->createInput("m", AttrType::Vec3);
+    member->connect(node->findOutput("out"));
+    member->retain();
+    scene.reset();
+    EXPECT_FALSE(member->isAttached());
+    EXPECT_EQ(member->connection(), nullptr);
+    EXPECT_EQ(member->value().components().size(), 3U);
+    member->release();
+}
+
 } // namespace vrn::test
