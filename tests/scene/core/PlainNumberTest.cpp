@@ -66,6 +66,13 @@ TEST(PlainNumber, takesWhatIsPlain) {
         EXPECT_FALSE(isTaken<double>(text)) << text;
         EXPECT_FALSE(isTaken<i64>(text)) << text;
     }
+    // As many digits as always fit 64 bits, and one more.
+    EXPECT_TRUE(isTaken<i64>("9223372036854775807") && isTaken<i64>("-9223372036854775808"));
+    EXPECT_FALSE(isTaken<i64>("9223372036854775808") || isTaken<i64>("-9223372036854775809"));
+    EXPECT_TRUE(isTaken<u64>("9999999999999999999") && isTaken<double>("9999999999999999999"));
+    EXPECT_TRUE(isTaken<double>("0.123456789012345678") && isTaken<double>(".1234567890123456789"));
+    EXPECT_FALSE(isTaken<double>("0.1234567890123456789") || isTaken<u64>("10000000000000000000"));
+    EXPECT_TRUE(isTaken<i8>("-128"));
     EXPECT_FALSE(isTaken<i8>("128"));
     EXPECT_FALSE(isTaken<u8>("256"));
     EXPECT_FALSE(isTaken<u8>("-1"));
