@@ -78,7 +78,7 @@ bool VrnParser::buffer(AssignInfo& info) {
 // The token behind the look-ahead, while the one before it is being consumed.
 Token VrnParser::nextToken() {
     const bool mayBeBuffer =
-        ahead(2).type == Type::Brackets && ahead(1).type == Type::Id && prevToken.type == Type::Equals;
+        prevToken.type == Type::Equals && ahead(1).type == Type::Id && ahead(2).type == Type::Brackets;
     return mayBeBuffer && scene ? bufferList() : lexer->nextToken();
 }
 

@@ -278,6 +278,12 @@ bool parseBool(std::string_view text, bool& out) {
 
 template <class Integer> bool parseInteger(std::string_view text, Integer& out, String::Radix radix) {
     using Limits = std::numeric_limits<Integer>;
+    Integer plain;
+    const char* end = text.data() + text.size();
+    if (radix == String::Radix::Auto && !text.empty() && takePlainNumber(text.data(), end, plain) == end) {
+        out = plain;
+        return true;
+    }
     text = trimSpaces(text);
     const bool minus = takeSign(text);
     Magnitude number;
