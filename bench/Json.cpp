@@ -69,43 +69,34 @@ struct Graph {
     }
 };
 
-static void readField(Graph& graph, Node& node, std::string_view key, ondemand::value value) {
+static void setReals(Node& node, const char* key, int type, ondemand::array values) {
     Input& input = node.input(key);
-    if (key == "target") {
-        input.type = 1;
-        graph.links.emplace_back(&input, std::string_view(value));
-    } else if (key == "samples") {
-        input.type = 2;
-        input.integer = int64_t(value);
-    } else if (key == "intensity") {
-        input.type = 4;
-        input.reals[0] = double(value);
-    } else if (key == "label") {
-        input.type = 14;
-        input.text = value.get_string().value();
-    } else {
-        input.type = 11;
-        std::size_t i = 0;
-        for (const double real : value.get_array())
-            input.reals[i++] = real;
-    }
+    input.type = type;
+    std::size_t i = 0;
+    for (const double real : values)
+        input.reals[i++] = real;
 }
 
+// Field by field, by name.
 static void readGraph(ondemand::parser& parser, const padded_string& json, Graph& graph) {
     ondemand::document document = parser.iterate(json);
     for (ondemand::object object : document["nodes"].get_array()) {
-        // The type comes first and the name second.
-        std::string_view type;
-        Node* node = nullptr;
-        for (ondemand::field field : object) {
-            const std::string_view key = field.unescaped_key();
-            if (key == "type")
-                type = field.value();
-            else if (key == "name")
-                node = &graph.add(type, field.value());
-            else
-                readField(graph, *node, key, field.value());
-        }
+        const std::string_view type = object["type"];
+        Node& node = graph.add(type, object["name"]);
+        setReals(node, "color", 11, object["color"].get_array());
+        Input& intensity = node.input("intensity");
+        intensity.type = 4;
+        intensity.reals[0] = double(object["intensity"]);
+        setReals(node, "position", 6, object["position"].get_array());
+        Input& samples = node.input("samples");
+        samples.type = 2;
+        samples.integer = int64_t(object["samples"]);
+        Input& label = node.input("label");
+        label.type = 14;
+        label.text = std::string_view(object["label"]);
+        Input& target = node.input("target");
+        target.type = 15;
+        graph.links.emplace_back(&target, std::string_view(object["target"]));
     }
     graph.resolve();
 }

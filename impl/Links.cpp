@@ -45,8 +45,14 @@ PendingLink VrnParser::linkTo(const ds::Vector<Token>& source) {
     return link;
 }
 
+// Tells a scene that wants to know it which nodes it will be asked for next.
+template <class AnyScene> static void expectNodes(const AnyScene& scene, std::span<const String* const> names) {
+    if constexpr (requires { scene.expectNodes(names); })
+        scene.expectNodes(names);
+}
+
 void VrnParser::resolveConnections() {
-    pendingConnections.resolveAll([this](IInput* input, const PendingLink& link) {
+    const auto resolve = [this](IInput* input, const PendingLink& link) {
         if (link.isNull())
             return input->disconnect();
         if (link.output.isEmpty())
@@ -57,17 +63,19 @@ void VrnParser::resolveConnections() {
         if (interfaces::IOutput* output = node->findOutput(updateOutputName(node->type(), link.output)))
             return input->connect(output);
         logWarning(link.position, messages::cannotConnectOutput, link.source().buf(), input->label().buf());
-    });
+    };
+    pendingConnections.resolveAll(resolve, [this](auto names) { expectNodes(*scene, names); });
 }
 
 void VrnParser::resolveReferences() {
-    pendingReferences.resolveAll([this](IInput* input, const PendingLink& link) {
+    const auto resolve = [this](IInput* input, const PendingLink& link) {
         if (link.isNull())
             return input->setNode(nullptr);
         if (Node* node = scene->findNode(link.node))
             return input->setNode(node);
         logWarning(link.position, messages::cannotAssignNode, link.node.buf(), input->label().buf());
-    });
+    };
+    pendingReferences.resolveAll(resolve, [this](auto names) { expectNodes(*scene, names); });
 }
 
 } // namespace vor::velmo_sdk::impl

@@ -6,9 +6,11 @@
 #include "scene/core/Vector.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <limits>
 #include <new>
+#include <span>
 #include <vector>
 
 namespace vor::velmo_sdk::impl {
@@ -55,11 +57,21 @@ public:
     }
 
     // Calls `resolve(input, link)` for every input that is still in the scene, in the order of the text
-    // so that two runs log the same, and lets go of the inputs.
-    template <class Resolve> void resolveAll(Resolve resolve) {
-        for (const Waiting& each : waiting_)
-            if (each.input->isAttached())
-                resolve(each.input, each.link);
+    // so that two runs log the same, and lets go of the inputs. Before some of them, `expect(names)` is told
+    // which nodes they are about.
+    template <class Resolve, class Expect> void resolveAll(Resolve resolve, Expect expect) {
+        constexpr std::size_t atOnce = 32;
+        std::array<const String*, atOnce> names;
+        for (std::size_t i = 0; i < waiting_.size(); ++i) {
+            if (i % atOnce == 0) {
+                const std::size_t count = std::min(atOnce, waiting_.size() - i);
+                for (std::size_t k = 0; k < count; ++k)
+                    names[k] = &waiting_[i + k].link.node;
+                expect(std::span<const String* const>(names.data(), count));
+            }
+            if (waiting_[i].input->isAttached())
+                resolve(waiting_[i].input, waiting_[i].link);
+        }
         release();
     }
 

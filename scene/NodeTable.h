@@ -4,7 +4,9 @@
 #include "scene/core/String.h"
 
 #include <algorithm>
+#include <array>
 #include <functional>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -28,6 +30,22 @@ public:
                 return slots_[i].node;
         return nullptr;
     }
+
+    // Brings what find() will look at for some names into the cache, all at the same time, where each find()
+    // would wait for memory by itself. (An instruction that only asks for it is not enough where the page
+    // is not known either.)
+    void touch(std::span<const u64> hashes) const noexcept {
+        constexpr std::size_t cacheLine = 64;
+        if (tags_.empty())
+            return;
+        std::array<const volatile char*, atOnce> nodes{};
+        for (std::size_t i = 0; i < hashes.size() && i < atOnce; ++i)
+            nodes[i] = reinterpret_cast<const volatile char*>(slots_[home(hashes[i])].node);
+        for (const volatile char* node : nodes)
+            for (std::size_t i = 0; node && i < sizeof(T); i += cacheLine)
+                (void)node[i];
+    }
+    static constexpr std::size_t atOnce = 32; // names for one touch()
 
     // Makes room for one more; insert() then cannot fail.
     void reserveOne() {

@@ -1,5 +1,8 @@
 #include "scene/Scene.h"
 
+#include <algorithm>
+#include <array>
+
 namespace vor::velmo_sdk::impl {
 
 Scene::~Scene() {
@@ -15,6 +18,14 @@ Node* Scene::findNode(const String& name) const noexcept {
     if (node)
         found_.store(node, std::memory_order_relaxed);
     return node;
+}
+
+void Scene::expectNodes(std::span<const String* const> names) const noexcept {
+    std::array<u64, NodeTable<Node>::atOnce> hashes;
+    const std::size_t count = std::min(names.size(), hashes.size());
+    for (std::size_t i = 0; i < count; ++i)
+        hashes[i] = NodeTable<Node>::hashOf(*names[i]);
+    byName_.touch(std::span(hashes).first(count));
 }
 
 Node* Scene::createNode(const String& type, const String& name, const String&) { return addNode(type, name, false); }

@@ -48,6 +48,10 @@ public:
 
     [[nodiscard]] Node* findNode(const String& name) const noexcept; // or null
 
+    // A hint that findNode() is about to be called for these names, at most 32 of them, so that it need not
+    // wait for memory each time.
+    void expectNodes(std::span<const String* const> names) const noexcept;
+
     // A new node; null if the name is taken. It starts with copies of the inputs of the definition
     // that its type names, if there is one (types, values, enumerations and marks, but no links), then
     // with those of the catalogue's type. The third text is the caller's own and not kept.

@@ -290,4 +290,19 @@ TEST(Scene, mayGoBeforeAnInputThatIsHeld) {
     member->release();
 }
 
+TEST(Scene, takesHintsOfAnyNames) {
+    const std::vector<String> names{"a", "", "not there", "a name that is long enough to be shared"};
+    std::vector<const String*> expected;
+    for (int i = 0; i < 50; ++i) // more than are taken at once
+        expected.push_back(&names[static_cast<std::size_t>(i) % names.size()]);
+    Scene scene;
+    scene.expectNodes(expected);
+    EXPECT_EQ(scene.findNode("a"), nullptr);
+    Node* node = scene.createNode("t", "a");
+    scene.expectNodes(expected);
+    scene.expectNodes({});
+    EXPECT_EQ(scene.findNode("a"), node);
+    EXPECT_EQ(scene.findNode("not there"), nullptr);
+}
+
 } // namespace vrn::test
