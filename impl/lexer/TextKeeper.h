@@ -47,6 +47,7 @@ private:
             if (blocks_.empty())
                 return;
             blocks_.resize(1);
+            lastSize_ = firstSize;
             next_ = blocks_[0].get();
             left_ = firstSize;
         }
@@ -54,12 +55,16 @@ private:
     private:
         static constexpr std::size_t firstSize = 1024;
 
+        // The first block has always the same size, so that it can be used again.
         void addBlock(std::size_t atLeast) {
-            lastSize_ = blocks_.empty() ? firstSize : 2 * lastSize_;
-            if (blocks_.empty() && atLeast > firstSize)
-                blocks_.push_back(std::make_unique_for_overwrite<char[]>(firstSize));
-            const std::size_t size = std::max(lastSize_, atLeast);
+            if (blocks_.empty())
+                push(firstSize);
+            if (left_ < atLeast)
+                push(std::max(2 * lastSize_, atLeast));
+        }
+        void push(std::size_t size) {
             blocks_.push_back(std::make_unique_for_overwrite<char[]>(size));
+            lastSize_ = size;
             next_ = blocks_.back().get();
             left_ = size;
         }

@@ -32,7 +32,7 @@ struct BlockNumbers {
 };
 
 // Finds the numbers; Other if one of them is not plain, or too long to see where it ends. The block begins
-// with no number half-way. `ifReal` says whether there may be points at all.
+// with no number half-way. `isReal` says whether there may be points at all.
 template <bool isReal>
 [[nodiscard, gnu::always_inline]] inline Found findNumbers(const BlockMasks& is, BlockNumbers& found) noexcept {
     const u64 ends = ~is.number & (is.number << 1);

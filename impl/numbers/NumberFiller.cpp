@@ -35,6 +35,7 @@ private:
     // How many characters go one number at a time after the block reader has stopped: few after it has read
     // something, more and more when it finds nothing that it can read.
     static constexpr std::size_t fewest = 64;
+    static_assert(fewest >= blockMargin, "the first ones of a text always go singly");
     static constexpr std::size_t most = 4096;
 
     void readWhole(std::string_view text) override {

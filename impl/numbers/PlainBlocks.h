@@ -21,7 +21,9 @@ struct BlockProgress {
 // list's text ends, `room` how many numbers fit. Everything that is no number character separates; the
 // characters must be known to be ones that a list may hold. It stops before what is not plain, does not
 // fit the type, cannot be rounded by one division, or is too near to either end, for someone else to go
-// on from there. Behind the numbers that it counts it may have overwritten up to mostNumbers of `out`.
+// on from there. The blockMargin characters before `at` must be readable. Behind the numbers that it counts it may have
+// overwritten up to mostNumbers of `out`.
+inline constexpr std::size_t blockMargin = 16;
 using BlockReader = BlockProgress (*)(const char* at, const char* end, std::byte* out, std::size_t room);
 
 // The sets of instructions that there are readers for, the best last.

@@ -49,17 +49,18 @@ std::size_t PayloadDecoder::takeDigits(std::string_view piece) {
     }
     if (high_ >= 0)
         return 0;
-    const std::size_t before = stream_.size();
-    const std::size_t most = (piece.size() - i) / 2;
-    stream_.resize(before + most);
-    u8* byte = stream_.data() + before;
-    for (u8* end = byte + most; byte != end; ++byte, i += 2) {
-        const int value = hexValue(piece[i]) * 16 + hexValue(piece[i + 1]);
-        if ((hexValue(piece[i]) | hexValue(piece[i + 1])) < 0)
-            break;
-        *byte = static_cast<u8>(value);
-    }
-    stream_.resize(static_cast<std::size_t>(byte - stream_.data()));
+    std::array<u8, 512> some;
+    std::size_t count = 0;
+    do {
+        for (count = 0; count < some.size() && i + 1 < piece.size(); ++count, i += 2) {
+            const int high = hexValue(piece[i]);
+            const int low = hexValue(piece[i + 1]);
+            if ((high | low) < 0)
+                break;
+            some[count] = static_cast<u8>(high * 16 + low);
+        }
+        stream_.insert(stream_.end(), some.begin(), some.begin() + static_cast<std::ptrdiff_t>(count));
+    } while (count == some.size());
     if (i < piece.size() && hexValue(piece[i]) >= 0)
         high_ = hexValue(piece[i++]);
     return i;

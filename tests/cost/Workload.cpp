@@ -37,6 +37,28 @@ Make units(std::string head, std::string unit, std::string tail = {}) {
     };
 }
 
+// A zlib stream of n zeros that are not compressed (RFC 1950, 1951), a space behind each byte.
+std::string spacedPayload(int n) {
+    std::string text = "t n; n.x = byte[" + std::to_string(n) + "] {.";
+    const auto byte = [&](int value) {
+        char digits[4];
+        std::snprintf(digits, sizeof digits, "%02X ", static_cast<unsigned>(value) & 0xFFU);
+        text += digits;
+    };
+    byte(0x78);
+    byte(0x01);
+    byte(1); // the last block, stored
+    byte(n);
+    byte(n >> 8);
+    byte(~n);
+    byte(~n >> 8);
+    for (int i = 0; i < n; ++i)
+        byte(0);
+    for (const int sum : {n >> 8, n, 0, 1})
+        byte(sum);
+    return text + "};";
+}
+
 const std::map<std::string, Make> workloads = {
     {"declarations", units("", "t n$;\n")},
     {"removals", [](int n) { return units("", "define n$;\n")(n) + units("", "remove n$;\n")(n); }},
@@ -56,6 +78,7 @@ const std::map<std::string, Make> workloads = {
                                               "n$.d = \"text $\";\nn$.e |= m.out;\nn$.f[0].g = rgba(1 0 0.$);\n")},
     {"one_list", units("t n; n.x = int32[1000000] {", "1234 ", "};")},
     {"one_string", units("t n; n.x = \"", "some text ", "\";")},
+    {"payload_with_spaces", spacedPayload},
     {"depth_of_one_path", units("t n; n.x", "[0].m", " = 1;")},
     {"warnings", units("t n; n.b = true;", "n.b = 5;\n")},
 };

@@ -3,6 +3,7 @@
 
 #include "impl/lexer/FileLexer.h"
 #include "impl/lexer/Keyword.h"
+#include "impl/lexer/StringLexer.h"
 #include "tests/support/Sources.h"
 
 #include <algorithm>
@@ -69,6 +70,30 @@ TEST(Lexer, keepsTheTextsOfTokensForFourStatements) {
     EXPECT_EQ(tokens[7].text, "name7");
     EXPECT_EQ(tokens[3000].text.size(), 5000U);
     EXPECT_EQ(tokens[6000].text, "name2999");
+}
+
+TEST(Lexer, usesTheMemoryOfTextsAgain) {
+    // Were each statement's memory larger than the last one's, it would soon be more than there is.
+    std::string text;
+    for (int i = 0; i < 1000; ++i)
+        text += "# " + std::string(1100, 'x') + "\n";
+    FileLexer fromFile{File::fromMemory(String(std::string_view(text)))};
+    for (int i = 0; i < 1000; ++i) {
+        fromFile.startStatement();
+        ASSERT_EQ(fromFile.nextToken().text.size(), 1102U);
+    }
+    std::string lists;
+    for (int i = 0; i < 1000; ++i) {
+        lists += "{";
+        for (int n = 0; n < 600; ++n)
+            lists += "1  ";
+        lists += "}";
+    }
+    StringLexer fromString{String(std::string_view(lists))};
+    for (int i = 0; i < 1000; ++i) {
+        fromString.startStatement();
+        ASSERT_EQ(fromString.nextToken().text.size(), 1201U);
+    }
 }
 
 } // namespace vrn::test
