@@ -7,7 +7,7 @@ namespace vor::velmo_sdk::impl {
 
 // Calls `use(number)` with a zero of the type of a component; false if buffers have no such component.
 template <class Use> [[nodiscard]] bool withComponent(DataType type, Use use) {
-    switch (type) {
+    switch (type) { // NOLINTNEXTLINE(bugprone-branch-clone): each branch has another type
     case DataType::Char:
         return use(i8());
     case DataType::Byte:

@@ -101,7 +101,7 @@ inline void* SlabPool::allocate() {
 }
 
 inline void SlabPool::release(void* place) noexcept {
-    const std::uintptr_t block = reinterpret_cast<std::uintptr_t>(place) & ~std::uintptr_t(blockSize - 1);
+    char* block = static_cast<char*>(place) - reinterpret_cast<std::uintptr_t>(place) % blockSize;
     Slab* slab = reinterpret_cast<Block*>(block)->slab;
     slab->free = new (place) Free{slab->free};
     --slab->live;
@@ -137,7 +137,7 @@ inline void SlabPool::addSlab() {
 struct Pooled {
     static void* operator new(std::size_t, SlabPool& pool) { return pool.allocate(); }
     static void operator delete(void* place, SlabPool&) noexcept { SlabPool::release(place); }
-    static void operator delete(void* place) noexcept { SlabPool::release(place); }
+    static void operator delete(void* place) noexcept { SlabPool::release(place); } // NOLINT(misc-new-delete-overloads)
 };
 
 } // namespace vor::velmo_sdk::impl

@@ -18,11 +18,9 @@ inline constexpr std::size_t largePage = std::size_t(2) << 20;
 // the system has none, and for small pieces.
 inline void preferLargePages([[maybe_unused]] void* memory, [[maybe_unused]] std::size_t size) noexcept {
 #ifdef MADV_HUGEPAGE
-    const auto first = reinterpret_cast<std::uintptr_t>(memory);
-    const std::uintptr_t begin = (first + largePage - 1) / largePage * largePage;
-    const std::uintptr_t end = (first + size) / largePage * largePage;
-    if (begin < end)
-        (void)::madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+    const std::size_t before = -reinterpret_cast<std::uintptr_t>(memory) % largePage; // up to the first whole one
+    if (size >= before + largePage)
+        (void)::madvise(static_cast<char*>(memory) + before, (size - before) / largePage * largePage, MADV_HUGEPAGE);
 #endif
 }
 
