@@ -1,6 +1,6 @@
 // 64 characters are looked at together, from the start of a number on. Bit masks say where numbers begin and
 // end; byte permutations bring eight of them, digits alone, into equal places, where three
-// multiplications make them integers (Muła's way of reading digits). No step depends on how long a number
+// multiplications make them integers. No step depends on how long a number
 // is. The next 64 characters begin behind the last number that was whole.
 #include "impl/numbers/PlainBlocksAvx512.h"
 
