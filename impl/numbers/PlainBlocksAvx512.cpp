@@ -167,8 +167,20 @@ template <class Number> VRN_AVX512 inline void store(std::byte* out, __m512i int
         _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm512_cvtepi64_epi8(integers));
 }
 
+// Reals for which one division is not enough. They are rounded some hundred at a time, for a call out of the
+// reader has all of its registers saved and loaded again.
+struct LongNumbers {
+    static constexpr std::size_t capacity = 256;
+    u64 digits[capacity + 8];
+    u64 places[capacity + 8];
+    u64 index[capacity + 8]; // of the number
+    u64 isNegative[capacity + 8];
+    std::size_t count = 0;
+};
+
 // Eight integers with their signs; false if one is too large for the type.
-template <class Number> VRN_AVX512 inline bool finish(__m512i integers, __m512i, __mmask8 negative, std::byte* out) {
+template <class Number>
+VRN_AVX512 inline bool finish(__m512i integers, __m512i, __mmask8 negative, std::byte* out, LongNumbers&, std::size_t) {
     constexpr u64 largest = std::numeric_limits<Number>::max();
     if (_mm512_cmpgt_epu64_mask(integers, _mm512_set1_epi64(static_cast<i64>(largest))) != 0)
         return false;
@@ -180,24 +192,55 @@ template <class Number> VRN_AVX512 inline bool finish(__m512i integers, __m512i,
     return true;
 }
 
-// The reals of the lanes of `which`, for which one division is not enough; false if 128 bits are not, either.
+VRN_AVX512 inline void remember(LongNumbers& numbers, __mmask8 which, __m512i digits, __m512i places, __mmask8 negative,
+                                std::size_t index) {
+    const __m512i lanes = _mm512_setr_epi64(0, 1, 2, 3, 4, 5, 6, 7);
+    const __m512i indexes = _mm512_add_epi64(lanes, _mm512_set1_epi64(static_cast<i64>(index)));
+    const __m512i signs = _mm512_maskz_set1_epi64(negative, 1);
+    _mm512_storeu_si512(numbers.digits + numbers.count, _mm512_maskz_compress_epi64(which, digits));
+    _mm512_storeu_si512(numbers.places + numbers.count, _mm512_maskz_compress_epi64(which, places));
+    _mm512_storeu_si512(numbers.index + numbers.count, _mm512_maskz_compress_epi64(which, indexes));
+    _mm512_storeu_si512(numbers.isNegative + numbers.count, _mm512_maskz_compress_epi64(which, signs));
+    numbers.count += static_cast<std::size_t>(std::popcount(static_cast<u32>(which)));
+}
+
+// Rounds them into their places. Returns how many of all numbers are good then: all that were `read`, or those
+// before the first one for which 128 bits are not enough, either.
 template <class Number>
-bool roundSingly(const u64 (&digits)[8], const u64 (&places)[8], u32 negative, u32 which, std::byte* out) noexcept {
-    for (; which != 0; which &= which - 1) {
-        const auto lane = static_cast<u32>(std::countr_zero(which));
-        Number number;
-        if (!vor::detail::roundDecimal(digits[lane], static_cast<u32>(places[lane]), number))
-            return false;
-        number = (negative >> lane & 1) != 0 ? -number : number;
-        std::memcpy(out + lane * sizeof number, &number, sizeof number);
+[[gnu::noinline]] std::size_t roundAll(LongNumbers& numbers, std::byte* out, std::size_t read) noexcept {
+    for (std::size_t i = 0; i < numbers.count; ++i) {
+        Number number = 0;
+        if (!vor::detail::roundDecimal(numbers.digits[i], static_cast<u32>(numbers.places[i]), number))
+            return static_cast<std::size_t>(numbers.index[i]);
+        number = numbers.isNegative[i] != 0 ? -number : number;
+        std::memcpy(out + numbers.index[i] * sizeof number, &number, sizeof number);
     }
-    return true;
+    numbers.count = 0;
+    return read;
+}
+
+template <class Number> std::size_t roundLater(LongNumbers& numbers, std::byte* out, std::size_t read) noexcept {
+    if constexpr (std::is_floating_point_v<Number>)
+        return numbers.count == 0 ? read : roundAll<Number>(numbers, out, read);
+    else
+        return read;
+}
+
+// Where the number behind `count` others begins.
+const char* skipNumbers(const char* at, std::size_t count) noexcept {
+    for (; count > 0; --count) {
+        while (!isIn(*at, numberChar))
+            ++at;
+        while (isIn(*at, numberChar))
+            ++at;
+    }
+    return at;
 }
 
 // Eight reals, most of them made by one division that is rounded once (Clinger 1990).
 template <class Number>
-requires std::is_floating_point_v<Number> VRN_AVX512 inline bool finish(__m512i digits, __m512i places,
-                                                                        __mmask8 negative, std::byte* out) {
+requires std::is_floating_point_v<Number> VRN_AVX512 inline bool
+finish(__m512i digits, __m512i places, __mmask8 negative, std::byte* out, LongNumbers& later, std::size_t index) {
     const __m512d low = _mm512_setr_pd(1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7);
     const __m512d high = _mm512_setr_pd(1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15);
     const __m512i exponents = _mm512_cvtepu8_epi64(_mm512_castsi512_si128(places));
@@ -214,21 +257,19 @@ requires std::is_floating_point_v<Number> VRN_AVX512 inline bool finish(__m512i 
         _mm256_storeu_ps(reinterpret_cast<float*>(out), _mm512_cvtpd_ps(values));
     else
         _mm512_storeu_pd(out, values);
-    if (inexact == 0)
-        return true;
-    alignas(64) u64 eachDigits[8];
-    alignas(64) u64 eachPlaces[8];
-    _mm512_store_si512(eachDigits, digits);
-    _mm512_store_si512(eachPlaces, exponents);
-    return roundSingly<Number>(eachDigits, eachPlaces, negative, inexact, out);
+    if (inexact != 0)
+        remember(later, static_cast<__mmask8>(inexact), digits, exponents, negative, index);
+    return true;
 }
 
-template <class Number> VRN_AVX512 inline bool convert(const Block& block, std::byte* out) {
+template <class Number>
+VRN_AVX512 inline bool convert(const Block& block, std::byte* out, LongNumbers& later, std::size_t index) {
     __m512i places = block.places;
     for (std::size_t first = 0; first < block.count; first += 8) {
         const bool isShort = !std::is_floating_point_v<Number> && block.isShort;
         const __m512i integers = isShort ? shortIntegers(block, first) : longIntegers(block, first);
-        if (!finish<Number>(integers, places, static_cast<__mmask8>(block.negative >> first), out))
+        if (!finish<Number>(integers, places, static_cast<__mmask8>(block.negative >> first), out, later,
+                            index + first))
             return false;
         places = _mm512_alignr_epi64(places, places, 1);
         out += 8 * sizeof(Number);
@@ -239,6 +280,8 @@ template <class Number> VRN_AVX512 inline bool convert(const Block& block, std::
 template <class Number>
 VRN_AVX512 BlockProgress readBlocks(const char* at, const char* end, std::byte* out, std::size_t room) {
     std::size_t numbers = 0;
+    LongNumbers later;
+    BlockProgress rounded{at, 0}; // up to where none is left for later
     while (static_cast<std::size_t>(end - at) >= blockSize && room - numbers >= mostNumbers) {
         Block block;
         const Found found = find<std::is_floating_point_v<Number>>(at, block);
@@ -246,12 +289,24 @@ VRN_AVX512 BlockProgress readBlocks(const char* at, const char* end, std::byte* 
             at += blockSize;
             continue;
         }
-        if (found == Found::Other || !convert<Number>(block, out + numbers * sizeof(Number)))
+        const std::size_t before = later.count;
+        if (found == Found::Other || !convert<Number>(block, out + numbers * sizeof(Number), later, numbers)) {
+            later.count = before;
             break;
+        }
         at += block.length;
         numbers += block.count;
+        if (later.count <= LongNumbers::capacity - mostNumbers)
+            continue;
+        if (roundLater<Number>(later, out, numbers) != numbers)
+            break;
+        rounded = {at, numbers};
     }
-    return {at, numbers};
+    const std::size_t good = roundLater<Number>(later, out, numbers);
+    if (good == numbers)
+        return {at, numbers};
+    std::memset(out + good * sizeof(Number), 0, (numbers - good) * sizeof(Number)); // as if it had not been read
+    return {skipNumbers(rounded.at, good - rounded.numbers), good};
 }
 
 } // namespace
