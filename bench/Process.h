@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <malloc.h>
 #include <string>
 #include <vector>
 
@@ -51,6 +52,7 @@ template <class Work, class Drop> int measure(const char* name, const char* file
         work();
         const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         drop();
+        malloc_trim(0);
         if (i == 0) {
             cold = seconds;
             peak = statusMiB("VmHWM") - before;

@@ -6,9 +6,10 @@
 namespace vor::velmo_sdk::impl {
 
 Input::Input(Node& node, Input* parent, String name, u64 index, AttrData value)
-    : node_(&node), parent_(parent), name_(std::move(name)), value_(std::move(value)), index_(index) {}
+    : node_(&node), parent_(parent), name_(std::move(name)), value_(std::move(value)),
+      index_(index % NamedList<Input, 3>::mostItems) {}
 
-String Input::name() const { return isElement() ? String(index_) : name_; }
+String Input::name() const { return isElement() ? String(u64(index_)) : name_; }
 
 // Inputs may be nested as deep as a text cares to write, so nothing here recurses.
 String Input::label() const {

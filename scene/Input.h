@@ -134,10 +134,10 @@ private:
     String name_;
     AttrData value_;
     std::unique_ptr<Extras> extras_;
-    u64 index_;
     u32 references_ = 1; // the scene's
-    bool isLocked_ = false;
-    bool isLinkOnly_ = false;
+    u32 index_ : 30;
+    bool isLocked_ : 1 = false;
+    bool isLinkOnly_ : 1 = false;
 };
 
 constexpr std::size_t Input::extrasSize() noexcept { return sizeof(Extras); }

@@ -15,8 +15,10 @@ namespace vor::velmo_sdk::impl {
 
 // T has `const String& key() const`, which stays where and what it is while the item is in the list. A list
 // of one takes no memory of its own; `leastCapacity` is how many the first block of memory is for.
-template <class T, std::size_t leastCapacity> class NamedList {
+template <class T, u32 leastCapacity> class NamedList {
 public:
+    static constexpr u32 mostItems = u32(1) << 30; // one more throws std::bad_alloc
+
     NamedList() = default;
     NamedList(const NamedList&) = delete;
     NamedList& operator=(const NamedList&) = delete;
@@ -71,7 +73,9 @@ private:
     static constexpr std::size_t searchedLinearly = 16;
 
     void grow() {
-        const std::size_t capacity = std::max<std::size_t>(leastCapacity, 2 * capacity_);
+        if (capacity_ >= mostItems)
+            throw std::bad_alloc();
+        const u32 capacity = std::clamp(2 * capacity_, leastCapacity, mostItems);
         void* memory = std::realloc(capacity_ > 1 ? many_ : nullptr, capacity * sizeof(T*));
         if (!memory)
             throw std::bad_alloc();
@@ -97,8 +101,8 @@ private:
         T* one_ = nullptr; // while the capacity is 1
         T** many_;
     };
-    std::size_t size_ = 0;
-    std::size_t capacity_ = 1;
+    u32 size_ = 0;
+    u32 capacity_ = 1;
     std::unique_ptr<Index> index_; // made when a search from the front gets slow
 };
 

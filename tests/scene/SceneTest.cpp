@@ -274,7 +274,7 @@ TEST(Input, connectsToOneOutput) {
     input->disconnect();
 }
 
-TEST(Input, isSmall) { EXPECT_LE(sizeof(Input), 96U); }
+TEST(Input, isSmall) { EXPECT_LE(sizeof(Input), 80U); }
 
 TEST(Scene, mayGoBeforeAnInputThatIsHeld) {
     auto scene = std::make_unique<Scene>();
