@@ -45,7 +45,8 @@ const std::vector<BufferType>& bufferTypes() {
 const DataType* bufferType(std::string_view keyword) {
     const u64 number = keywordNumber(keyword);
     const auto found = std::ranges::lower_bound(bufferTypes(), number, {}, &BufferType::keyword);
-    return found != bufferTypes().end() && found->keyword == number ? &found->type : nullptr;
+    const bool isFound = number != 0 && found != bufferTypes().end() && found->keyword == number;
+    return isFound ? &found->type : nullptr;
 }
 
 } // namespace
@@ -66,8 +67,6 @@ bool VrnParser::buffer(AssignInfo& info) {
     info.bufferHeadToken = consume();
     info.bufferBodyToken = consume();
     std::unique_ptr<BufferReader> reader = std::move(bufferInScan);
-    if (!reader)
-        reader = readBuffer(*type, info.bufferHeadToken.text, info.bufferBodyToken.text);
     if (!reader)
         parseError(messages::invalidElementCount, String(info.bufferHeadToken.text).buf());
     info.data = reader->takeData();
@@ -105,14 +104,6 @@ std::unique_ptr<BufferReader> VrnParser::openBuffer(DataType type, const String&
     } catch (const std::bad_alloc&) {
         return nullptr;
     }
-}
-
-// For a list that was scanned before it was known whose it is.
-std::unique_ptr<BufferReader> VrnParser::readBuffer(DataType type, const String& head, std::string_view body) const {
-    std::unique_ptr<BufferReader> reader = openBuffer(type, head);
-    if (reader)
-        reader->takeWhole(body.substr(1, body.size() - 2));
-    return reader;
 }
 
 void VrnParser::report(const BufferReader& reader, const AssignInfo& info) {

@@ -66,22 +66,4 @@ void BufferReader::finish() {
         (void)payload_->inflate(bytesOf(data_), payloadError_);
 }
 
-void BufferReader::takeWhole(std::string_view elements) {
-    if (data_.bytes().empty() || elements.empty())
-        return;
-    if (isPayload(elements[0])) {
-        payload_ = std::make_unique<PayloadDecoder>();
-        const DecompressedBytes inflated = decompress(reinterpret_cast<const u8*>(elements.data()), elements.size(),
-                                                      payloadError_, data_.bytes().size());
-        std::copy_n(inflated.bytes.get(), inflated.length, bytesOf(data_).begin());
-        return;
-    }
-    startNumbers();
-    while (!elements.empty()) {
-        const std::string_view element = elements.substr(0, elements.find(' '));
-        numbers_->takeElement(element);
-        elements.remove_prefix(std::min(element.size() + 1, elements.size()));
-    }
-}
-
 } // namespace vor::velmo_sdk::impl

@@ -20,9 +20,6 @@ public:
     // To be called behind the last piece.
     void finish();
 
-    // Instead of both, for a text that no scanner has seen: nothing but spaces separates.
-    void takeWhole(std::string_view elements);
-
     // The value, to be taken over; what the functions below say stays.
     [[nodiscard]] AttrData takeData() noexcept { return std::move(data_); }
 

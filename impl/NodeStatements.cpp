@@ -46,12 +46,13 @@ bool VrnParser::parseRemove() {
     RemoveInfo info;
     if (!remove(info))
         return false;
-    if (Node* node = scene->findNode(info.name.text)) {
+    const String name = info.name.text;
+    if (Node* node = scene->findNode(name)) {
         definedNodes.forget(node);
         if (withNode == node)
             withNode = nullptr;
     }
-    scene->removeNode(info.name.text);
+    scene->removeNode(name);
     return true;
 }
 
@@ -59,9 +60,10 @@ bool VrnParser::parseDefine() {
     DefineInfo info;
     if (!define(info))
         return false;
-    Node* node = scene->findNode(info.name.text);
+    const String name = info.name.text;
+    Node* node = scene->findNode(name);
     if (!node)
-        node = scene->defineNode(info.name.text);
+        node = scene->defineNode(name);
     definedNodes.add(node);
     return true;
 }
@@ -71,9 +73,10 @@ bool VrnParser::parseDeclare() {
     DeclareInfo info;
     if (!declare(info))
         return false;
-    Node* node = scene->findNode(info.name.text);
+    const String name = info.name.text;
+    Node* node = scene->findNode(name);
     if (!node)
-        node = scene->createNode(info.type.text, info.name.text, "");
+        node = scene->createNode(info.type.text, name, "");
     if (info.isWith)
         withNode = node;
     return true;

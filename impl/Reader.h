@@ -17,7 +17,8 @@
 // text. An error among the first three tokens is thrown instead of logged, as a ReadError.
 //
 // A parse runs on the caller's thread; two may run at once on different scenes. Time is linear in the
-// text. Memory: the scene, the text of the longest single list, and a record for each link.
+// text. Memory: the scene, a record for each link, twice the text of the longest token that is not a buffer's
+// list, and half that of the longest compressed payload.
 // std::bad_alloc passes through, and the scene stays sound. examples/read_scene.cpp is a whole program.
 #pragma once
 

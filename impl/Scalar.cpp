@@ -80,10 +80,7 @@ std::string_view withoutParens(std::string_view list) noexcept {
 bool readComponents(std::string_view list, AttrData& data) {
     if (data.type() != AttrType::Rgba)
         return parseReals(list, componentCount(data.type()), data.components().data());
-    math::RgbaT<double> colour;
-    const bool isRead = String::parse<double>(list, colour);
-    std::copy_n(colour.data(), colour.size, data.components().begin());
-    return isRead;
+    return parseColourReals(list, data.components().data());
 }
 
 } // namespace

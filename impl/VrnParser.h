@@ -119,9 +119,9 @@ public:
     // Where the parser is: the last character of the token consumed last.
     [[nodiscard]] TextPosition position() const noexcept { return prevToken.position(); }
 
-    Lexer* lexer = nullptr; // not owned; null until parse()
-    i32 lookahead = 3;
-    i32 cursor = 0; // of the current token
+    Lexer* lexer = nullptr;                // not owned; null until parse()
+    i32 lookahead = TextKeeper::lookahead; // tokens scanned before they are consumed
+    i32 cursor = 0;                        // of the current token
     ds::Vector<Token> tokens;
     Token prevToken;        // consumed last
     Scene* scene = nullptr; // not owned
@@ -152,8 +152,6 @@ private:
     [[nodiscard]] Token nextToken();
     [[nodiscard]] Token bufferList();
     [[nodiscard]] std::unique_ptr<BufferReader> openBuffer(DataType type, const String& head) const;
-    [[nodiscard]] std::unique_ptr<BufferReader> readBuffer(DataType type, const String& head,
-                                                           std::string_view body) const;
     void report(const BufferReader& reader, const AssignInfo& info);
 
     // What has taken the elements of the list behind the current token, so that its token has none.

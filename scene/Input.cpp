@@ -65,6 +65,8 @@ void Input::write(AttrData value) {
 }
 
 void Input::setNode(interfaces::INode* node) {
+    if (!node_)
+        return;
     if (type() == AttrType::Null)
         write(AttrData::zero(AttrType::Node));
     if (type() != AttrType::Node)
@@ -100,12 +102,12 @@ Input* Input::createArray(const String& name, AttrType elementType) {
 }
 
 Input* Input::addChild(const String& name, AttrData value) {
-    if (type() != AttrType::Object)
+    if (type() != AttrType::Object || !node_)
         return nullptr;
     if (Input* existing = input(name))
         return existing;
     auto& members = extras().children;
-    std::unique_ptr<Input, void (*)(Input*)> member(new (node_->scene().pools().inputs)
+    std::unique_ptr<Input, void (*)(Input*)> member(new (node_->scene().pools_.inputs)
                                                         Input(*node_, this, name, members.size(), std::move(value)),
                                                     [](Input* input) { input->release(); });
     members.push(member.get());
@@ -113,11 +115,11 @@ Input* Input::addChild(const String& name, AttrData value) {
 }
 
 Input* Input::appendElement() {
-    if (type() != AttrType::Array || size() >= node_->scene().limits().arrayElements)
+    if (type() != AttrType::Array || !node_ || size() >= node_->scene().limits().arrayElements)
         return nullptr;
     auto& elements = extras().children;
     std::unique_ptr<Input, void (*)(Input*)> element(
-        new (node_->scene().pools().inputs)
+        new (node_->scene().pools_.inputs)
             Input(*node_, this, String(), elements.size(), AttrData::zero(elementType())),
         [](Input* input) { input->release(); });
     elements.pushUnnamed(element.get());
@@ -148,6 +150,8 @@ Output* Input::connection() const noexcept { return extras_ ? extras_->output : 
 void Input::connect(interfaces::IOutput* output) {
     if (!output)
         return disconnect();
+    if (!node_)
+        return;
     Extras& links = extras();
     links.output = static_cast<Output*>(output);
     links.connection.enter(links.output->connections_);
@@ -166,6 +170,8 @@ const StringVector& Input::enumeration() const noexcept {
 }
 
 void Input::setEnumeration(StringVector entries) {
+    if (!node_)
+        return;
     extras().enumeration = std::make_shared<const StringVector>(std::move(entries));
 }
 
@@ -176,7 +182,7 @@ void Input::release() {
 
 Input::Extras& Input::extras() {
     if (!extras_)
-        extras_.reset(new (node_->scene().pools().extras) Extras(this));
+        extras_.reset(new (node_->scene().pools_.extras) Extras(this));
     return *extras_;
 }
 

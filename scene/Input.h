@@ -9,7 +9,8 @@
 // An input has a name (an element: its index), a type, a value of that type, and may have a connection
 // to an output, a list of the texts that it takes (an enumeration) and marks. Its type is settled once
 // it is other than Null. It belongs to its node, moves never, and is found by name in O(1). Where a
-// function takes a name that is there already, or an input that cannot have children, it says so.
+// function takes a name that is there already, or an input that cannot have children, it says so. An
+// input that is held beyond its node keeps its value, and takes neither links nor children any more.
 #pragma once
 
 #include "scene/AttrData.h"

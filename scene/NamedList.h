@@ -1,6 +1,7 @@
 // The children of a node or an input: owned elsewhere, in order, and found by name in O(1).
 #pragma once
 
+#include "scene/core/Hash.h"
 #include "scene/core/String.h"
 
 #include <algorithm>
@@ -69,7 +70,10 @@ public:
     }
 
 private:
-    using Index = std::unordered_map<std::string_view, T*>;
+    struct Hash {
+        std::size_t operator()(std::string_view name) const noexcept { return keyedHash(name); }
+    };
+    using Index = std::unordered_map<std::string_view, T*, Hash>;
     static constexpr std::size_t searchedLinearly = 16;
 
     void grow() {

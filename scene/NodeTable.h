@@ -1,11 +1,11 @@
 // The nodes of a scene by name.
 #pragma once
 
+#include "scene/core/Hash.h"
 #include "scene/core/String.h"
 
 #include <algorithm>
 #include <array>
-#include <functional>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -18,8 +18,7 @@ namespace vor::velmo_sdk::impl {
 // table. All operations are O(1).
 template <class T> class NodeTable {
 public:
-    // Not String::hash(), for which it is easy to find names that collide.
-    [[nodiscard]] static u64 hashOf(const String& name) noexcept { return std::hash<std::string_view>()(name.view()); }
+    [[nodiscard]] static u64 hashOf(const String& name) noexcept { return keyedHash(name.view()); }
 
     // `hash` is the name's.
     [[nodiscard]] T* find(const String& name, u64 hash) const noexcept {

@@ -107,16 +107,18 @@ public:
     [[nodiscard]] bool hasStrictOutputs() const noexcept { return hasStrictOutputs_; }
     void setStrictOutputs(bool strict) noexcept { hasStrictOutputs_ = strict; }
 
-    // Where the things of this scene stand; for these.
+private:
+    friend class Node;
+    friend class Input;
+
+    // Where the things of this scene stand.
     struct Pools {
         SlabPool nodes{sizeof(Node)};
         SlabPool inputs{sizeof(Input)};
         SlabPool extras{Input::extrasSize()};
         SlabPool outputs{sizeof(Output)};
     };
-    [[nodiscard]] Pools& pools() noexcept { return pools_; }
 
-private:
     Node* addNode(const String& type, const String& name, bool isDefinition);
     void deleteNode(Node* node) noexcept;
 

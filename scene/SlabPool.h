@@ -7,6 +7,12 @@
 #include <new>
 #include <utility>
 
+#if defined(__has_feature)
+#    define VRN_CLANG_ADDRESS_SANITIZER __has_feature(address_sanitizer)
+#else
+#    define VRN_CLANG_ADDRESS_SANITIZER 0
+#endif
+
 namespace vor::velmo_sdk::impl {
 
 // Hands out places of one size from slabs that hold many of them, which takes a tenth of the time of malloc()
@@ -76,7 +82,7 @@ inline SlabPool::~SlabPool() {
     }
 }
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(__SANITIZE_ADDRESS__) || VRN_CLANG_ADDRESS_SANITIZER
 
 inline void* SlabPool::allocate() { return ::operator new(objectSize_); }
 inline void SlabPool::release(void* place) noexcept { ::operator delete(place); }

@@ -4,6 +4,7 @@
 #include "scene/core/String.h"
 
 #include <array>
+#include <string_view>
 
 namespace vor::velmo_sdk::impl {
 
@@ -19,6 +20,9 @@ enum CharClass : u8 {
     punctuationChar = 32, // is a token of its own
 };
 
+// The characters of the last class.
+inline constexpr std::string_view punctuation = "'*+,./:;=\\|";
+
 namespace detail {
 
 constexpr u8 classesOf(char c) noexcept {
@@ -31,8 +35,7 @@ constexpr u8 classesOf(char c) noexcept {
     const bool isBlank = String::isSpace(c) || !String::isPrintable(c);
     const bool isIdentifier = String::isLetter(c) || String::isDigit(c) || c == '_';
     const bool isReal = c == '.' || small == 'f' || small == 'n' || small == 'a' || small == 'i';
-    const bool isToken = c == '\'' || c == '*' || c == '+' || c == ',' || c == '.' || c == '/' || c == ':' ||
-                         c == ';' || c == '=' || c == '\\' || c == '|';
+    const bool isToken = punctuation.find(c) != std::string_view::npos;
     return static_cast<u8>((isToken ? punctuationChar : 0) | (isReal ? realChar : 0) | (isBlank ? blankChar : 0) |
                            (isIdentifier ? identifierChar : 0) | (isNumber ? numberChar : 0) |
                            (isPunctuation ? listPunctuation : 0));

@@ -14,11 +14,11 @@ public:
     ~FileLexer() override { skipConsumed(); }
 
     char consume() override {
-        if (!window().empty())
-            return consumeFromWindow();
-        const char end = consumeEnd();
-        fetch(); // a file may have grown
-        return end;
+        const bool isBehindEnd = window().empty();
+        const char consumed = consumeFromWindow();
+        if (isBehindEnd)
+            fetch(); // whether its end is the last word is the file's to say
+        return consumed;
     }
 
 private:

@@ -269,7 +269,7 @@ Token Lexer::nestedList(const ListKind& kind) {
     std::string_view text;
     switch (take(scanner, text)) {
     case ScanEnd::Closed:
-        return isCanonical(text) ? token(kind.type, text) : message(kind.type, canonicalList(text));
+        return isCanonical(text) ? token(kind.type, text) : here(kind.type, canonicalList(text));
     case ScanEnd::BadCharacter:
         return invalidListToken(kind.shortName);
     default:
@@ -277,11 +277,27 @@ Token Lexer::nestedList(const ListKind& kind) {
     }
 }
 
+// The elements between the brackets that `raw` begins and ends with, one space between two of them.
+std::string_view Lexer::canonicalList(std::string_view raw) {
+    ListFlattener flattener(raw.front(), raw.back());
+    char* const text = texts_.allocate(raw.size());
+    char* end = text;
+    *end++ = raw.front();
+    end = flattener.flatten(raw.substr(1, raw.size() - 2), end);
+    *end++ = raw.back();
+    return {text, end};
+}
+
 // The same, but the elements go to the sink piece by piece, each while it is still in the cache.
 Token Lexer::listFor(ElementSink& sink, const ListKind& kind) {
     constexpr std::size_t pieceSize = 32 * 1024;
     ListScanner scanner(kind.open, kind.close);
     ListFlattener flattener(kind.open, kind.close);
+    std::string buffer;
+    const auto flattened = [&](std::string_view elements) {
+        buffer.resize(elements.size() + 1);
+        return std::string_view(buffer.data(), flattener.flatten(elements, buffer.data()));
+    };
     bool isFirst = true;
     while (!isAtEnd()) {
         const char one = static_cast<char>(cur);
@@ -296,7 +312,9 @@ Token Lexer::listFor(ElementSink& sink, const ListKind& kind) {
         isFirst = false;
         if (scanner.isFlat())
             flattener.follow(elements);
-        sink.take(scanner.isFlat() ? elements : flattener.flatten(elements));
+        else
+            elements = flattened(elements);
+        sink.take(elements);
         consumePiece(extent.length);
         if (extent.end == ScanEnd::BadCharacter)
             return invalidListToken(kind.shortName);

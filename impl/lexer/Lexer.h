@@ -33,7 +33,11 @@ public:
 
     // To be called when the tokens that have been consumed are not needed any more; at least one of them
     // for each call.
-    void startStatement() noexcept { texts_.startStatement(); }
+    void startStatement() noexcept {
+        texts_.startStatement();
+        if (scratch_.capacity() > largeScratch)
+            scratch_ = std::string();
+    }
 
 protected:
     // Brings the position to the character that is about to be consumed. `pos`, like `line` and
@@ -60,23 +64,18 @@ protected:
     // Asks a source whose window has been consumed to set the next one, or an empty one at its end.
     virtual void refill() {}
 
-    // consume() for a source that is at its end.
-    char consumeEnd() noexcept {
-        advance();
-        return static_cast<char>(prev);
-    }
-
-    // consume() for a source with a window.
+    // consume() for a source with a window, up to its end and behind it.
     char consumeFromWindow() {
         advance();
-        step(1);
+        if (at_ != end_)
+            step(1);
         return static_cast<char>(prev);
     }
 
     Token comment();
     Token string();
     Token parens();
-    Token braces(ElementSink* sink = nullptr);
+    Token braces(ElementSink* sink);
     Token brackets();
     Token id();
     Token number();
@@ -97,6 +96,7 @@ protected:
 private:
     struct ListKind;
     Token nestedList(const ListKind& kind);
+    [[nodiscard]] std::string_view canonicalList(std::string_view raw);
     Token listFor(ElementSink& sink, const ListKind& kind);
     // Part of nextToken(), so that the position goes into the token from registers: it could not be read
     // back at once as a whole from the two halves that it is written in.
@@ -137,7 +137,8 @@ private:
     const char* end_ = nullptr;
     bool isWindowKept_ = false;
     TextKeeper texts_;
-    std::string scratch_; // characters of a token that no window shows as a whole
+    static constexpr std::size_t largeScratch = 1 << 20; // not kept for the next token
+    std::string scratch_;                                // characters of a token that no window shows as a whole
 };
 
 } // namespace vor::velmo_sdk::impl

@@ -2,6 +2,8 @@
 
 #include "impl/lexer/CharClass.h"
 
+#include <algorithm>
+
 #include <string>
 
 #ifdef __SSE2__
@@ -76,24 +78,23 @@ ScanExtent ListScanner::scan(std::string_view piece) noexcept {
     return {i, ScanEnd::EndOfText};
 }
 
-std::string_view ListFlattener::flatten(std::string_view piece) {
-    text_.clear();
+char* ListFlattener::flatten(std::string_view piece, char* out) noexcept {
     for (const char c : piece) {
         if (step_ == Step::Blanks && isIn(c, blankChar))
             continue; // a run of blanks is one step
         if (step_ != Step::None && isBehindNumber_ && c != close_) {
-            text_ += ' ';
+            *out++ = ' ';
             isBehindNumber_ = false;
         }
         step_ = Step::None;
         if (isIn(c, numberChar)) {
-            text_ += c;
+            *out++ = c;
             isBehindNumber_ = true;
         } else if (c != open_ && c != close_) {
             step_ = isIn(c, blankChar) ? Step::Blanks : Step::Separator;
         }
     }
-    return text_;
+    return out;
 }
 
 void ListFlattener::follow(std::string_view characters) noexcept {
@@ -110,14 +111,6 @@ bool isCanonical(std::string_view raw) noexcept {
         isBehindNumber = isNumber;
     }
     return isBehindNumber || raw.size() == 2;
-}
-
-String canonicalList(std::string_view raw) {
-    ListFlattener flattener(raw.front(), raw.back());
-    std::string text(1, raw.front());
-    text += flattener.flatten(raw.substr(1, raw.size() - 2));
-    text += raw.back();
-    return std::string_view(text);
 }
 
 } // namespace vor::velmo_sdk::impl

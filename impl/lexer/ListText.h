@@ -2,9 +2,8 @@
 #pragma once
 
 #include "impl/lexer/ScanExtent.h"
-#include "scene/core/String.h"
+#include "scene/core/Types.h"
 
-#include <string>
 #include <string_view>
 
 namespace vor::velmo_sdk::impl {
@@ -12,19 +11,16 @@ namespace vor::velmo_sdk::impl {
 // Whether a list is its own canonical text: one space between two elements, and nothing else.
 [[nodiscard]] bool isCanonical(std::string_view raw) noexcept;
 
-// The canonical text of a list: its own brackets around the elements, one space between two of them.
-// Brackets of its own kind inside vanish, so that the elements of inner lists become its own.
-// `raw` runs from the opening to the closing bracket and is known to be well-formed.
-[[nodiscard]] String canonicalList(std::string_view raw);
-
-// Makes the canonical text of what stands between a list's brackets, from pieces that are cut anywhere.
+// Makes the canonical text of what stands between a list's brackets, from pieces that are cut anywhere: one
+// space between two elements. Brackets of the list's own kind vanish, so that the elements of inner lists
+// become its own.
 class ListFlattener {
 public:
     ListFlattener(char open, char close) noexcept : open_(open), close_(close) {}
 
-    // The canonical text of the next piece; the view holds until the next call. A space between two elements
-    // comes with the second one.
-    [[nodiscard]] std::string_view flatten(std::string_view piece);
+    // Writes the canonical text of the next piece, which is never longer than the piece and one character;
+    // returns the place behind it. A space between two elements comes with the second one.
+    [[nodiscard]] char* flatten(std::string_view piece, char* out) noexcept;
 
     // Goes on behind characters that needed no flattening.
     void follow(std::string_view characters) noexcept;
@@ -36,7 +32,6 @@ private:
     char close_;
     Step step_ = Step::None;      // what is being skipped
     bool isBehindNumber_ = false; // no space has been written since the last number character
-    std::string text_;
 };
 
 // Goes through a list that is read piece by piece; remembers how deep it is between two of them.

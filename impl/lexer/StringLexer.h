@@ -15,7 +15,7 @@ public:
         setWindow({source.buf(), std::max<std::size_t>(source.len(), 1)});
     }
 
-    char consume() override { return window().empty() ? consumeEnd() : consumeFromWindow(); }
+    char consume() override { return consumeFromWindow(); }
 
 private:
     void refill() override { setWindow({}); }

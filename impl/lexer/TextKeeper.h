@@ -15,15 +15,18 @@ namespace vor::velmo_sdk::impl {
 // least one token, so that none is looked at later than `lookahead` statements after its own.
 class TextKeeper {
 public:
-    static constexpr std::size_t lookahead = 3; // tokens scanned before they are consumed
+    static constexpr int lookahead = 3; // tokens scanned before they are consumed
 
     // A copy, which stays until startStatement() has been called `lookahead` + 1 times more.
     [[nodiscard, gnu::noinline]] std::string_view keep(std::string_view text) {
-        char* copy = statements_[current_].allocate(text.size());
+        char* copy = allocate(text.size());
         if (!text.empty())
             std::memcpy(copy, text.data(), text.size());
         return {copy, text.size()};
     }
+
+    // Room for a text of as many characters, which stays as long.
+    [[nodiscard]] char* allocate(std::size_t size) { return statements_[current_].allocate(size); }
 
     void startStatement() noexcept {
         current_ = (current_ + 1) % statements_.size();

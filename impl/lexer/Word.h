@@ -6,6 +6,7 @@
 
 #include <array>
 #include <bit>
+#include <iterator>
 #include <string_view>
 
 #ifdef __SSE2__
@@ -59,12 +60,12 @@ namespace vor::velmo_sdk::impl {
     struct Table {
         std::array<Type, 128> types{};
         constexpr Table() {
-            constexpr std::string_view characters = "'*+,./:;=\\|";
             constexpr Type each[] = {Type::Quote,  Type::Star,      Type::Plus,  Type::Comma,
                                      Type::Dot,    Type::Slash,     Type::Colon, Type::Semicolon,
                                      Type::Equals, Type::Backslash, Type::Pipe};
-            for (std::size_t i = 0; i < characters.size(); ++i)
-                types[static_cast<u8>(characters[i])] = each[i];
+            static_assert(std::size(each) == punctuation.size());
+            for (std::size_t i = 0; i < punctuation.size(); ++i)
+                types[static_cast<u8>(punctuation[i])] = each[i];
         }
     };
     static constexpr Table table;

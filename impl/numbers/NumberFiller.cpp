@@ -35,7 +35,7 @@ private:
     // How many characters go one number at a time after the block reader has stopped: few after it has read
     // something, more and more when it finds nothing that it can read.
     static constexpr std::size_t fewest = 64;
-    static_assert(fewest >= blockMargin, "the first ones of a text always go singly");
+    static_assert(fewest >= blockMargin); // which the first ones of a text, as they go singly, give
     static constexpr std::size_t most = 4096;
 
     void readWhole(std::string_view text) override {
@@ -73,10 +73,8 @@ private:
         return at;
     }
 
-    void readOne(std::string_view text) override {
+    void readOne(std::string_view text) {
         Number number = 0;
-        if (room() == 0)
-            return tooMany(text);
         if (String::parse(text, number))
             std::memcpy(next(), &number, sizeof number);
         else
@@ -118,11 +116,6 @@ void NumberFiller::take(std::string_view characters) {
         readWhole({at, last});
     if (!excess_)
         cut_.assign(last, end);
-}
-
-void NumberFiller::takeElement(std::string_view element) {
-    if (!element.empty() && !excess_)
-        readOne(element);
 }
 
 void NumberFiller::finish() {

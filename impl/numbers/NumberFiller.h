@@ -28,9 +28,6 @@ public:
 
     void take(std::string_view characters);
 
-    // Takes one element as it is, whatever it is made of; an empty one is none.
-    void takeElement(std::string_view element);
-
     // To be called behind the last piece.
     void finish();
 
@@ -50,7 +47,6 @@ protected:
 private:
     // Numbers of a text that goes on with a separator, or ends.
     virtual void readWhole(std::string_view text) = 0;
-    virtual void readOne(std::string_view number) = 0;
 
     std::span<std::byte> block_;
     std::size_t filled_ = 0;

@@ -12,11 +12,13 @@ namespace vor::velmo_sdk::impl {
 
 static InstructionSet findInstructionSet() noexcept {
     __builtin_cpu_init();
+    const bool hasBitInstructions =
+        __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("popcnt");
     if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512dq") &&
         __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi") &&
-        __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("bmi2"))
+        __builtin_cpu_supports("avx512vbmi2") && hasBitInstructions)
         return InstructionSet::Avx512;
-    if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2"))
+    if (__builtin_cpu_supports("avx2") && hasBitInstructions)
         return InstructionSet::Avx2;
     return InstructionSet::Baseline;
 }

@@ -20,7 +20,7 @@ struct BlockProgress {
 // are plain: digits, with a minus sign before them and for reals one point among them. `end` is where the
 // list's text ends, `room` how many numbers fit. Everything that is no number character separates; the
 // characters must be known to be ones that a list may hold. It stops before what is not plain, does not
-// fit the type, cannot be rounded by one division, or is too near to either end, for someone else to go
+// fit the type, takes more digits than it can round, or is too near to either end, for someone else to go
 // on from there. The blockMargin characters before `at` must be readable. Behind the numbers that it counts it may have
 // overwritten up to mostNumbers of `out`.
 inline constexpr std::size_t blockMargin = 16;

@@ -6,6 +6,7 @@
 
 #    include "impl/lexer/CharClass.h"
 #    include "impl/numbers/BlockMasks.h"
+#    include "scene/core/PlainNumber.h"
 
 #    include <cstring>
 #    include <immintrin.h>
@@ -62,8 +63,6 @@ struct alignas(16) Shuffles {
 };
 constexpr Shuffles shuffles;
 
-constexpr double powers[16] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
-
 VRN_AVX2 inline u64 bits(__m256i low, __m256i high) {
     return static_cast<u32>(_mm256_movemask_epi8(low)) | u64(static_cast<u32>(_mm256_movemask_epi8(high))) << 32;
 }
@@ -86,7 +85,7 @@ VRN_AVX2 inline u64 bitsOf(__m256i low, __m256i high, char c) {
     return bits(_mm256_cmpeq_epi8(low, all), _mm256_cmpeq_epi8(high, all));
 }
 
-// Whether there are `length` number characters in a row, but for the last, incomplete number.
+// Where 9, or 17, number characters stand in a row.
 constexpr u64 runsOf9(u64 number) noexcept {
     u64 runs = number & (number >> 1);
     runs &= runs >> 2;
@@ -232,7 +231,7 @@ VRN_AVX2 inline __m256d toDoubles(__m256i integers) {
 }
 
 VRN_AVX2 inline double power(const Taken& number) {
-    return powers[number.whole == number.end ? 0 : number.end - number.whole - 1];
+    return vor::detail::exactPowersOfTen[number.whole == number.end ? 0 : number.end - number.whole - 1];
 }
 
 // Four reals; false if one cannot be made by one division that is rounded once (Clinger 1990).

@@ -23,7 +23,7 @@
 #    include <type_traits>
 
 #    define VRN_AVX512                                                                                                 \
-        __attribute__((target("avx512f,avx512bw,avx512dq,avx512vl,avx512vbmi,avx512vbmi2,bmi,bmi2,lzcnt,popcnt")))
+        __attribute__((target("avx512f,avx512bw,avx512dq,avx512vl,avx512vbmi,avx512vbmi2,bmi,bmi2,popcnt")))
 
 namespace vor::velmo_sdk::impl {
 
@@ -52,7 +52,6 @@ constexpr Bytes byteOf8([](int i) { return i % 8 - 8; });
 constexpr Bytes byteOf16([](int i) { return i % 16 - 16; });
 constexpr Bytes numberOf8([](int i) { return i / 8; });
 constexpr Bytes numberOf16([](int i) { return i / 16; });
-constexpr char mostDigits = 19; // as many always fit 64 bits
 
 VRN_AVX512 inline __m512i load(const Bytes& bytes) { return _mm512_load_si512(bytes.byte); }
 
@@ -97,7 +96,7 @@ template <bool isReal> VRN_AVX512 inline Found find(const char* at, Block& block
     __m512i lengths = _mm512_add_epi8(_mm512_sub_epi8(wholeAt, startAt), block.places);
     lengths = _mm512_mask_sub_epi8(lengths, block.negative, lengths, _mm512_set1_epi8(1));
     const u64 all = (u64(1) << block.count) - 1;
-    if (anyAbove(lengths, all, mostDigits))
+    if (anyAbove(lengths, all, vor::detail::mostDigits))
         return Found::Other;
     block.isShort = !anyAbove(lengths, all, 8);
     block.isLongest = anyAbove(lengths, all, 16);
@@ -204,37 +203,21 @@ VRN_AVX512 inline void remember(LongNumbers& numbers, __mmask8 which, __m512i di
     numbers.count += static_cast<std::size_t>(std::popcount(static_cast<u32>(which)));
 }
 
-// Rounds them into their places. Returns how many of all numbers are good then: all that were `read`, or those
-// before the first one for which 128 bits are not enough, either.
-template <class Number>
-[[gnu::noinline]] std::size_t roundAll(LongNumbers& numbers, std::byte* out, std::size_t read) noexcept {
+// Rounds them into their places.
+template <class Number> [[gnu::noinline]] void roundAll(LongNumbers& numbers, std::byte* out) noexcept {
     for (std::size_t i = 0; i < numbers.count; ++i) {
-        Number number = 0;
-        if (!vor::detail::roundDecimal(numbers.digits[i], static_cast<u32>(numbers.places[i]), number))
-            return static_cast<std::size_t>(numbers.index[i]);
-        number = numbers.isNegative[i] != 0 ? -number : number;
+        const auto magnitude =
+            vor::detail::roundDecimal<Number>(numbers.digits[i], static_cast<u32>(numbers.places[i]));
+        const Number number = numbers.isNegative[i] != 0 ? -magnitude : magnitude;
         std::memcpy(out + numbers.index[i] * sizeof number, &number, sizeof number);
     }
     numbers.count = 0;
-    return read;
 }
 
-template <class Number> std::size_t roundLater(LongNumbers& numbers, std::byte* out, std::size_t read) noexcept {
+template <class Number> void roundLater(LongNumbers& numbers, std::byte* out) noexcept {
     if constexpr (std::is_floating_point_v<Number>)
-        return numbers.count == 0 ? read : roundAll<Number>(numbers, out, read);
-    else
-        return read;
-}
-
-// Where the number behind `count` others begins.
-const char* skipNumbers(const char* at, std::size_t count) noexcept {
-    for (; count > 0; --count) {
-        while (!isIn(*at, numberChar))
-            ++at;
-        while (isIn(*at, numberChar))
-            ++at;
-    }
-    return at;
+        if (numbers.count != 0)
+            roundAll<Number>(numbers, out);
 }
 
 // Eight reals, most of them made by one division that is rounded once (Clinger 1990).
@@ -281,7 +264,6 @@ template <class Number>
 VRN_AVX512 BlockProgress readBlocks(const char* at, const char* end, std::byte* out, std::size_t room) {
     std::size_t numbers = 0;
     LongNumbers later;
-    BlockProgress rounded{at, 0}; // up to where none is left for later
     while (static_cast<std::size_t>(end - at) >= blockSize && room - numbers >= mostNumbers) {
         Block block;
         const Found found = find<std::is_floating_point_v<Number>>(at, block);
@@ -289,24 +271,15 @@ VRN_AVX512 BlockProgress readBlocks(const char* at, const char* end, std::byte* 
             at += blockSize;
             continue;
         }
-        const std::size_t before = later.count;
-        if (found == Found::Other || !convert<Number>(block, out + numbers * sizeof(Number), later, numbers)) {
-            later.count = before;
+        if (found == Found::Other || !convert<Number>(block, out + numbers * sizeof(Number), later, numbers))
             break;
-        }
         at += block.length;
         numbers += block.count;
-        if (later.count <= LongNumbers::capacity - mostNumbers)
-            continue;
-        if (roundLater<Number>(later, out, numbers) != numbers)
-            break;
-        rounded = {at, numbers};
+        if (later.count > LongNumbers::capacity - mostNumbers)
+            roundLater<Number>(later, out);
     }
-    const std::size_t good = roundLater<Number>(later, out, numbers);
-    if (good == numbers)
-        return {at, numbers};
-    std::memset(out + good * sizeof(Number), 0, (numbers - good) * sizeof(Number)); // as if it had not been read
-    return {skipNumbers(rounded.at, good - rounded.numbers), good};
+    roundLater<Number>(later, out);
+    return {at, numbers};
 }
 
 } // namespace

@@ -1,8 +1,14 @@
 #include "scene/core/Decompress.h"
 
+#include <algorithm>
 #include <array>
+#include <cstring>
 #include <libdeflate.h>
 #include <new>
+
+#ifdef __SSE2__
+#    include <emmintrin.h>
+#endif
 
 namespace vor {
 
@@ -24,6 +30,44 @@ constexpr std::array<i8, 256> hexValues = [] {
 
 int hexValue(char c) noexcept { return hexValues[static_cast<u8>(c)]; }
 
+// Sixteen digits as eight bytes; false if one of them is no digit.
+#ifdef __SSE2__
+bool decodeSixteen(const char* text, u8* out) noexcept {
+    const __m128i digits = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
+    const __m128i decimal = _mm_sub_epi8(digits, _mm_set1_epi8('0'));
+    const __m128i small = _mm_or_si128(digits, _mm_set1_epi8('a' ^ 'A'));
+    const __m128i letter = _mm_sub_epi8(small, _mm_set1_epi8('a'));
+    const __m128i isDecimal = _mm_cmpeq_epi8(_mm_min_epu8(decimal, _mm_set1_epi8(9)), decimal);
+    const __m128i isLetter = _mm_cmpeq_epi8(_mm_min_epu8(letter, _mm_set1_epi8(5)), letter);
+    if (_mm_movemask_epi8(_mm_or_si128(isDecimal, isLetter)) != 0xFFFF)
+        return false;
+    const __m128i letters = _mm_and_si128(isLetter, _mm_add_epi8(letter, _mm_set1_epi8(10)));
+    const __m128i values = _mm_or_si128(_mm_and_si128(isDecimal, decimal), letters);
+    // In each pair the first digit is the low byte.
+    const __m128i bytes = _mm_or_si128(_mm_slli_epi16(values, 4), _mm_srli_epi16(values, 8));
+    const __m128i packed = _mm_packus_epi16(_mm_and_si128(bytes, _mm_set1_epi16(0xFF)), bytes);
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(out), packed);
+    return true;
+}
+#else
+bool decodeSixteen(const char*, u8*) noexcept { return false; }
+#endif
+
+// Decodes pairs of digits as long as there are any; returns how many bytes they make.
+std::size_t decodeDigits(std::string_view text, u8* out) noexcept {
+    std::size_t count = 0;
+    while (text.size() - 2 * count >= 16 && decodeSixteen(text.data() + 2 * count, out + count))
+        count += 8;
+    for (; text.size() - 2 * count >= 2; ++count) {
+        const int high = hexValue(text[2 * count]);
+        const int low = hexValue(text[2 * count + 1]);
+        if ((high | low) < 0)
+            break;
+        out[count] = static_cast<u8>(high * 16 + low);
+    }
+    return count;
+}
+
 // ::= '.' (hexdigit | ' ')*   and spaces before the dot
 bool decode(std::string_view payload, PayloadDecoder& decoder, String& error) {
     bool hasDot = false;
@@ -44,26 +88,39 @@ bool decode(std::string_view payload, PayloadDecoder& decoder, String& error) {
 std::size_t PayloadDecoder::takeDigits(std::string_view piece) {
     std::size_t i = 0;
     if (high_ >= 0 && !piece.empty() && hexValue(piece[0]) >= 0) {
-        stream_.push_back(static_cast<u8>(high_ * 16 + hexValue(piece[i++])));
+        const u8 byte = static_cast<u8>(high_ * 16 + hexValue(piece[i++]));
+        append({&byte, 1});
         high_ = -1;
     }
     if (high_ >= 0)
         return 0;
-    std::array<u8, 512> some;
+    std::array<u8, 4096> some;
     std::size_t count = 0;
     do {
-        for (count = 0; count < some.size() && i + 1 < piece.size(); ++count, i += 2) {
-            const int high = hexValue(piece[i]);
-            const int low = hexValue(piece[i + 1]);
-            if ((high | low) < 0)
-                break;
-            some[count] = static_cast<u8>(high * 16 + low);
-        }
-        stream_.insert(stream_.end(), some.begin(), some.begin() + static_cast<std::ptrdiff_t>(count));
+        const std::string_view digits = piece.substr(i, 2 * some.size());
+        count = decodeDigits(digits, some.data());
+        append({some.data(), count});
+        i += 2 * count;
     } while (count == some.size());
     if (i < piece.size() && hexValue(piece[i]) >= 0)
         high_ = hexValue(piece[i++]);
     return i;
+}
+
+// Grows with realloc(), which moves large blocks without touching them.
+void PayloadDecoder::append(std::span<const u8> bytes) {
+    if (bytes.size() > capacity_ - size_) {
+        const std::size_t capacity = std::max<std::size_t>({64, size_ + bytes.size(), 2 * capacity_});
+        void* memory = std::realloc(stream_.get(), capacity);
+        if (!memory)
+            throw std::bad_alloc();
+        (void)stream_.release();
+        stream_.reset(static_cast<u8*>(memory));
+        capacity_ = capacity;
+    }
+    if (!bytes.empty())
+        std::memcpy(stream_.get() + size_, bytes.data(), bytes.size());
+    size_ += bytes.size();
 }
 
 std::size_t PayloadDecoder::inflate(std::span<u8> target, String& error) const {
@@ -76,13 +133,13 @@ std::size_t PayloadDecoder::inflate(std::span<u8> target, String& error) const {
         throw std::bad_alloc();
     std::size_t taken = 0;
     std::size_t length = 0;
-    const libdeflate_result result = libdeflate_zlib_decompress_ex(decompressor.get(), stream_.data(), stream_.size(),
+    const libdeflate_result result = libdeflate_zlib_decompress_ex(decompressor.get(), stream_.get(), size_,
                                                                    target.data(), target.size(), &taken, &length);
     if (result == LIBDEFLATE_INSUFFICIENT_SPACE) {
         error = String::format(payloadMessages::tooManyBytes, static_cast<unsigned long long>(target.size()));
         return 0;
     }
-    if (result != LIBDEFLATE_SUCCESS || taken != stream_.size() || length == 0) {
+    if (result != LIBDEFLATE_SUCCESS || taken != size_ || length == 0) {
         error = payloadMessages::corruptData;
         return 0;
     }

@@ -3,10 +3,10 @@
 
 #include "scene/core/String.h"
 
+#include <cstdlib>
 #include <memory>
 #include <span>
 #include <string_view>
-#include <vector>
 
 namespace vor {
 
@@ -45,7 +45,14 @@ public:
     [[nodiscard]] std::size_t inflate(std::span<u8> target, String& error) const;
 
 private:
-    std::vector<u8> stream_;
+    struct Free {
+        void operator()(void* memory) const noexcept { std::free(memory); }
+    };
+    void append(std::span<const u8> bytes);
+
+    std::unique_ptr<u8, Free> stream_;
+    std::size_t size_ = 0;
+    std::size_t capacity_ = 0;
     int high_ = -1; // the first digit of a byte whose second one has not come yet
 };
 

@@ -11,6 +11,7 @@
 // its nodes, and lookup stays O(1) for any number of keys. Values move when their bucket grows.
 #pragma once
 
+#include "scene/core/Hash.h"
 #include "scene/core/String.h"
 #include "scene/core/Vector.h"
 
@@ -46,9 +47,9 @@ public:
     void rebuild(std::size_t count) { slots_ = std::vector<std::size_t>(std::bit_ceil(4 * count)); }
 
 private:
-    // Fibonacci hashing (Knuth, TAOCP 3, 6.4): keys of one bucket agree in their low bits.
+    // Keys of one bucket agree in their low bits.
     [[nodiscard]] std::size_t home(u64 key) const noexcept {
-        return static_cast<std::size_t>((key * 0x9E3779B97F4A7C15) >> 32) & (slots_.size() - 1);
+        return static_cast<std::size_t>(keyedHash(key)) & (slots_.size() - 1);
     }
 
     std::vector<std::size_t> slots_; // position + 1; 0 is free

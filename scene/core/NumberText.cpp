@@ -238,7 +238,7 @@ struct Reals {
     u64 count = 0; // parts
 
     Reals(std::string_view text, u64 most) {
-        while (count < most && takeReal(text, numbers[count], isRead[count]))
+        while (count < std::min(most, mostReals) && takeReal(text, numbers[count], isRead[count]))
             ++count;
     }
 
@@ -253,19 +253,17 @@ struct Reals {
     }
 };
 
-template <class Real> bool roundDecimalAs(u64 digits, u32 places, Real& out) noexcept {
-    const auto rounded =
-        fast_float::compute_float<fast_float::binary_format<Real>>(-static_cast<std::int64_t>(places), digits);
-    if (rounded.power2 < 0)
-        return false;
-    fast_float::to_float(false, rounded, out);
-    return true;
-}
-
 } // namespace
 
-bool detail::roundDecimal(u64 digits, u32 places, float& out) noexcept { return roundDecimalAs(digits, places, out); }
-bool detail::roundDecimal(u64 digits, u32 places, double& out) noexcept { return roundDecimalAs(digits, places, out); }
+template <class Real> Real detail::roundDecimal(u64 digits, u32 places) noexcept {
+    const auto rounded =
+        fast_float::compute_float<fast_float::binary_format<Real>>(-static_cast<std::int64_t>(places), digits);
+    Real number = 0;
+    fast_float::to_float(false, rounded, number);
+    return number;
+}
+template float detail::roundDecimal(u64, u32) noexcept;
+template double detail::roundDecimal(u64, u32) noexcept;
 
 bool parseBool(std::string_view text, bool& out) {
     text = trimSpaces(text);

@@ -86,10 +86,11 @@ template <class Real> [[nodiscard]] inline bool divide(u64 digits, u32 places, R
     return true;
 }
 
-// The same for any digits (Lemire, "Number parsing at a gigabyte per second", 2021); false
-// in the rare case that 128 bits do not tell which that is.
-[[nodiscard]] bool roundDecimal(u64 digits, u32 places, float& out) noexcept;
-[[nodiscard]] bool roundDecimal(u64 digits, u32 places, double& out) noexcept;
+// The same for any digits and up to mostDigits places, for which 128 bits always tell what is nearest (Lemire,
+// "Number parsing at a gigabyte per second", 2021).
+template <class Real> [[nodiscard]] Real roundDecimal(u64 digits, u32 places) noexcept;
+extern template float roundDecimal(u64, u32) noexcept;
+extern template double roundDecimal(u64, u32) noexcept;
 
 } // namespace detail
 
@@ -120,11 +121,10 @@ requires std::is_floating_point_v<Real>
     if (number.count == 0)
         return nullptr;
     const u32 places = number.count - whole;
-    if (detail::divide(number.value, places, out) || detail::roundDecimal(number.value, places, out)) {
-        out = minus ? -out : out;
-        return text;
-    }
-    return nullptr;
+    if (!detail::divide(number.value, places, out))
+        out = detail::roundDecimal<Real>(number.value, places);
+    out = minus ? -out : out;
+    return text;
 }
 
 } // namespace vor

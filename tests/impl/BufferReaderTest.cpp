@@ -5,6 +5,7 @@
 #include "tests/support/Reading.h"
 #include "tests/support/Sources.h"
 
+#include <algorithm>
 #include <random>
 
 namespace vrn::test {
@@ -47,12 +48,38 @@ Read readWhile(Lexer& lexer, DataType type, u64 count) {
     return read;
 }
 
+// One element after the other.
+Read readElements(std::string_view canonical, DataType type, u64 count) {
+    const ElementLayout layout = elementLayout(type);
+    Read read;
+    read.bytes.resize(count * layout.elementSize());
+    std::string_view elements = canonical.substr(1, canonical.size() - 2);
+    if (elements.starts_with('.') && layout.isCompressible() && count != 0) {
+        const DecompressedBytes inflated = decompress(reinterpret_cast<const u8*>(elements.data()), elements.size(),
+                                                      read.payloadError, read.bytes.size());
+        std::transform(inflated.bytes.get(), inflated.bytes.get() + inflated.length, read.bytes.begin(),
+                       [](u8 byte) { return std::byte(byte); });
+        if (!read.payloadError.isEmpty())
+            read.bytes.clear();
+        return read;
+    }
+    while (!elements.empty() && count != 0 && !read.excess) {
+        const std::string_view element = elements.substr(0, elements.find(' '));
+        elements.remove_prefix(std::min(element.size() + 1, elements.size()));
+        if (read.filled == read.bytes.size()) {
+            read.excess = String(element);
+            continue;
+        }
+        u8* place = reinterpret_cast<u8*>(read.bytes.data()) + read.filled;
+        read.isRead &= VrnParser::parseElem(" " + std::string(element), layout.componentType, place);
+        read.filled += layout.componentSize;
+    }
+    return read;
+}
+
 Read readWhole(Lexer& lexer, DataType type, u64 count) {
-    BufferReader reader(type, count);
     const Token token = lexer.nextToken();
-    if (token.type == Token::Type::Braces)
-        reader.takeWhole(token.text.substr(1, token.text.size() - 2));
-    Read read = token.type == Token::Type::Braces ? resultOf(reader) : Read();
+    Read read = token.type == Token::Type::Braces ? readElements(token.text, type, count) : Read();
     read.end = String::format("%d (%d,%d) ", static_cast<int>(token.type), token.line, token.column).view();
     read.end += token.type == Token::Type::Braces ? "" : token.text;
     return read;

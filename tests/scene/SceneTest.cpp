@@ -290,6 +290,27 @@ TEST(Scene, mayGoBeforeAnInputThatIsHeld) {
     member->release();
 }
 
+TEST(Input, takesNoLinksAndNoChildrenOnceItIsTakenOut) {
+    Scene scene;
+    Output* output = scene.createNode("t", "other")->findOutput("out");
+    for (const AttrType type : {AttrType::Null, AttrType::Node, AttrType::Object, AttrType::Array, AttrType::String}) {
+        Input* input = scene.createNode("t", "n")->createInput("i", type);
+        input->retain();
+        scene.removeNode("n");
+        input->connect(output);
+        input->setNode(scene.findNode("other"));
+        input->setEnumeration({"a"});
+        EXPECT_EQ(input->createInput("m", AttrType::Int), nullptr);
+        EXPECT_EQ(input->createArray("a", AttrType::Int), nullptr);
+        EXPECT_EQ(input->appendElement(), nullptr);
+        EXPECT_EQ(input->connection(), nullptr);
+        EXPECT_EQ(input->nodeValue(), nullptr);
+        EXPECT_TRUE(input->enumeration().isEmpty());
+        EXPECT_EQ(input->type(), type);
+        input->release();
+    }
+}
+
 TEST(Scene, takesHintsOfAnyNames) {
     const std::vector<String> names{"a", "", "not there", "a name that is long enough to be shared"};
     std::vector<const String*> expected;

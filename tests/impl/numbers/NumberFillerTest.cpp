@@ -26,7 +26,7 @@ struct Filled {
     friend bool operator==(const Filled&, const Filled&) = default;
 };
 
-constexpr std::size_t capacity = 150; // numbers
+constexpr std::size_t capacity = 1000; // numbers
 
 template <class Number, class Give> Filled fill(InstructionSet set, Give give) {
     Filled filled;
@@ -36,6 +36,29 @@ template <class Number, class Give> Filled fill(InstructionSet set, Give give) {
     filled.bytes = filler->filledBytes();
     filled.isRead = filler->isRead();
     filled.excess = filler->excess();
+    return filled;
+}
+
+// The same the long way: no text with a blank before it goes the short one.
+template <class Number> bool readTheLongWay(const std::string& text, Number& number) {
+    return String::parse(std::string_view(" " + text), number);
+}
+
+template <class Number> Filled fillTheLongWay(const std::vector<std::string>& elements) {
+    Filled filled;
+    filled.block.resize(capacity * sizeof(Number));
+    for (const std::string& each : elements) {
+        if (filled.bytes == filled.block.size()) {
+            filled.excess = String(std::string_view(each));
+            break;
+        }
+        Number number = 0;
+        if (readTheLongWay(each, number))
+            std::memcpy(filled.block.data() + filled.bytes, &number, sizeof number);
+        else
+            filled.isRead = false;
+        filled.bytes += sizeof number;
+    }
     return filled;
 }
 
@@ -103,7 +126,8 @@ std::string separator(Random& random) {
 }
 
 template <class Number> void expectTheSame(Random& random) {
-    std::vector<std::string> elements(random() % (capacity + 30));
+    const std::size_t most = random() % 20 == 0 ? capacity + 30 : 200;
+    std::vector<std::string> elements(random() % most);
     const int strangeness = random() % 2 ? 0 : static_cast<int>(random() % 30);
     std::string text = random() % 2 ? "" : separator(random);
     for (std::string& each : elements) {
@@ -114,10 +138,7 @@ template <class Number> void expectTheSame(Random& random) {
     }
     if (random() % 2)
         text.erase(text.find_last_not_of(" \n\r\t,()[]\x80\x7F\xC2\xA0") + 1);
-    const Filled expected = fill<Number>(InstructionSet::Baseline, [&](NumberFiller& filler) {
-        for (const std::string& each : elements)
-            filler.takeElement(each);
-    });
+    const Filled expected = fillTheLongWay<Number>(elements);
     const std::size_t piece = random() % 3 == 0 ? text.size() + 1 : random() % 300 + 1;
     for (const InstructionSet set : instructionSets()) {
         const Filled filled = fill<Number>(set, [&](NumberFiller& filler) {
@@ -151,7 +172,7 @@ TYPED_TEST(NumberFillerOf, findsNumbersWhereverTheyStand) {
                 std::string text(128, ' '); // the first characters go one by one
                 text += std::string(before, ' ') + number + std::string(200, ' ');
                 TypeParam expected = 0;
-                const bool isRead = String::parse(std::string_view(number), expected);
+                const bool isRead = readTheLongWay(number, expected);
                 const Filled filled = fill<TypeParam>(set, [&](NumberFiller& filler) {
                     filler.take("1 " + text);
                     filler.finish();
@@ -183,9 +204,34 @@ TEST(NumberFiller, roundsFloatsOnce) {
             const Filled filled = fill<float>(set, [&](NumberFiller& filler) { filler.take(text); });
             for (std::size_t n = 0; n < elements.size(); ++n) {
                 float expected = 0;
-                ASSERT_TRUE(String::parse(std::string_view(elements[n]), expected));
+                ASSERT_TRUE(readTheLongWay(elements[n], expected));
                 ASSERT_EQ(std::memcmp(filled.block.data() + 4 * n, &expected, 4), 0) << elements[n];
             }
+        }
+    }
+}
+
+// More of them in a row than are put off to be rounded together.
+TYPED_TEST(NumberFillerOf, readsManyLongNumbers) {
+    Random random(15);
+    for (int i = 0; i < 50; ++i) {
+        std::vector<std::string> elements(capacity);
+        std::string text;
+        for (std::string& each : elements) {
+            each = std::to_string(random() >> (random() % 10 == 0 ? 50 : random() % 10));
+            if (std::is_floating_point_v<TypeParam>)
+                each.insert(random() % each.size(), ".");
+            if (random() % 2)
+                each.insert(0, "-");
+            text += each + ' ';
+        }
+        const Filled expected = fillTheLongWay<TypeParam>(elements);
+        for (const InstructionSet set : instructionSets()) {
+            const Filled filled = fill<TypeParam>(set, [&](NumberFiller& filler) {
+                filler.take(text);
+                filler.finish();
+            });
+            ASSERT_TRUE(filled == expected) << static_cast<int>(set) << ": " << text;
         }
     }
 }
