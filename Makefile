@@ -1,12 +1,13 @@
 # make run   builds the command and reads an example scene
 # make test  builds everything, with and without sanitizers, and runs every test
 # make bench measures the pieces of the reader and compares it with others, on texts that it makes first
+# make fuzz  MINUTES=n  runs every fuzzer for n minutes
 # make format, make goldens, make grammar: see CONTRIBUTING.md
 
 LOCALES := $(CURDIR)/build/locales
 CONFIGURE := cmake -DVRN_WARNINGS_AS_ERRORS=ON -DVRN_LOCALES=$(LOCALES) -DVRN_BENCHMARKS=OFF --log-level=WARNING
 
-.PHONY: run test bench packages format goldens grammar clean
+.PHONY: run test bench fuzz packages format goldens grammar clean
 
 run: packages
 	@$(CONFIGURE) --preset release >/dev/null
@@ -19,8 +20,11 @@ test: packages $(LOCALES)/de_DE.UTF-8
 	cmake --build --preset release
 	$(CONFIGURE) --preset asan
 	cmake --build --preset asan
+	$(CONFIGURE) --preset fuzz
+	cmake --build --preset fuzz
 	ctest --preset release
 	ctest --preset asan
+	scripts/fuzz 20
 
 packages:
 	@scripts/install-packages
@@ -34,6 +38,12 @@ bench: packages
 	  build/release/bench_generate build/bench && cp build/release/bench_generate build/bench/made_by)
 	build/release/bench_pieces --benchmark_min_time=0.05
 	python3 bench/run.py build/release build/bench
+
+MINUTES := 10
+fuzz: packages
+	$(CONFIGURE) --preset fuzz
+	cmake --build --preset fuzz
+	scripts/fuzz $$((60 * $(MINUTES)))
 
 # A German locale of our own, so that nobody needs root for it.
 $(LOCALES)/de_DE.UTF-8:

@@ -71,7 +71,7 @@ private:
 
     std::size_t objectSize_;
     Slab* slabs_ = nullptr; // the first one is where unused places are
-    Slab* open_ = nullptr;
+    [[maybe_unused]] Slab* open_ = nullptr; // those with places that were given back
 };
 
 inline SlabPool::~SlabPool() {

@@ -113,7 +113,7 @@ std::size_t escape(std::string_view text, std::string& out) {
 
 String::String(const char* text) : String(text ? std::string_view(text) : std::string_view()) {}
 
-String::String(u64 number) {
+String::String(u64 number) : String() {
     char digits[20];
     const char* end = std::to_chars(digits, digits + sizeof digits, number).ptr;
     *this = String(digits, static_cast<std::size_t>(end - digits));

@@ -1,8 +1,23 @@
 #include "tests/support/Reading.h"
 
+#include <cstddef>
+#include <cstring>
+#include <new>
 #include <thread>
 
 namespace vrn::test {
+
+// A handle is made in memory that may hold anything, another handle's bytes among it.
+TEST(String, ofANumberDoesNotLookAtWhatWasThere) {
+    const String text = "a text that is too long to live in its handle";
+    alignas(String) std::byte place[sizeof(String)];
+    std::memcpy(place, &text, sizeof place);
+    String* number = new (place) String(u64(1234));
+    EXPECT_EQ(*number, "1234");
+    number->~String();
+    const String copy = text;
+    EXPECT_EQ(copy, "a text that is too long to live in its handle");
+}
 
 TEST(String, holdsTextsOfEveryLengthWithANulBehind) {
     for (std::size_t length = 0; length < 40; ++length) {

@@ -1,0 +1,115 @@
+// The rules of numbers written down once more, without a thought of speed, to measure the parsers by.
+#pragma once
+
+#include <cstdlib>
+#include <limits>
+#include <optional>
+#include <string>
+#include <type_traits>
+
+namespace vrn::fuzz::slow {
+
+inline std::string trimmed(std::string text) {
+    const auto isBlank = [](char c) { return c == ' ' || (c >= 9 && c <= 13); };
+    while (!text.empty() && isBlank(text.front()))
+        text.erase(0, 1);
+    while (!text.empty() && isBlank(text.back()))
+        text.pop_back();
+    return text;
+}
+
+inline std::string small(std::string text) {
+    for (char& c : text)
+        if (c >= 'A' && c <= 'Z')
+            c = static_cast<char>(c + 32);
+    return text;
+}
+
+// Takes the digits of a radix off the front.
+inline std::string takeDigits(std::string& text, int radix) {
+    std::size_t count = 0;
+    const std::string digits = std::string("0123456789abcdef").substr(0, static_cast<std::size_t>(radix));
+    while (count < text.size() && digits.find(text[count]) != std::string::npos)
+        ++count;
+    const std::string taken = text.substr(0, count);
+    text.erase(0, count);
+    return taken;
+}
+
+// A sign, a prefix or none, digits, for decimal ones an exponent that is not negative, and one `u`.
+template <class Integer> std::optional<Integer> integer(const std::string& original) {
+    __extension__ using Wide = __int128;
+    std::string text = small(trimmed(original));
+    const bool isNegative = text.starts_with('-');
+    if (isNegative || text.starts_with('+'))
+        text.erase(0, 1);
+    const int radix = text.starts_with("0x") ? 16 : text.starts_with("0b") ? 2 : 10;
+    if (radix != 10)
+        text.erase(0, 2);
+    const std::string digits = takeDigits(text, radix);
+    if (digits.empty() || (isNegative && !std::is_signed_v<Integer>))
+        return {};
+    constexpr Wide large = Wide(1) << 80; // more does not matter
+    Wide value = 0;
+    for (const char c : digits)
+        value = value > large ? large : value * radix + (c <= '9' ? c - '0' : c - 'a' + 10);
+    if (radix == 10 && text.starts_with('e')) {
+        text.erase(0, text.starts_with("e+") ? 2 : 1);
+        const std::string exponent = takeDigits(text, 10);
+        if (exponent.empty())
+            return {};
+        long times = 0;
+        for (const char c : exponent)
+            times = times > 1000 ? times : times * 10 + (c - '0');
+        for (; times > 0 && value != 0; --times)
+            value = value > large ? large : value * 10;
+    }
+    if (text == "u")
+        text.clear();
+    value = isNegative ? -value : value;
+    if (!text.empty() || value < Wide(std::numeric_limits<Integer>::min()) ||
+        value > Wide(std::numeric_limits<Integer>::max()))
+        return {};
+    return static_cast<Integer>(value);
+}
+
+// A sign, `inf`, `nan` or digits with a point among them and an exponent, and one `f`; rounded by the C library.
+template <class Real> std::optional<Real> real(const std::string& original) {
+    std::string text = small(trimmed(original));
+    const bool isNegative = text.starts_with('-');
+    if (isNegative || text.starts_with('+'))
+        text.erase(0, 1);
+    std::string number = text;
+    if (text != "inf" && text != "nan") {
+        const bool hasWhole = !takeDigits(text, 10).empty();
+        if (text.starts_with('.'))
+            text.erase(0, 1);
+        if (takeDigits(text, 10).empty() && !hasWhole)
+            return {};
+        if (text.starts_with('e')) {
+            text.erase(0, 1);
+            if (text.starts_with('+') || text.starts_with('-'))
+                text.erase(0, 1);
+            if (takeDigits(text, 10).empty())
+                return {};
+        }
+        number.resize(number.size() - text.size());
+        if (!text.empty() && text != "f")
+            return {};
+    }
+    Real value;
+    if constexpr (sizeof(Real) == sizeof(float))
+        value = std::strtof(number.c_str(), nullptr);
+    else
+        value = std::strtod(number.c_str(), nullptr);
+    return isNegative ? -value : value;
+}
+
+template <class Number> std::optional<Number> number(const std::string& text) {
+    if constexpr (std::is_floating_point_v<Number>)
+        return real<Number>(text);
+    else
+        return integer<Number>(text);
+}
+
+} // namespace vrn::fuzz::slow

@@ -1,0 +1,21 @@
+// Any bytes as a text: the scene is sound afterwards, can be written out and read into again.
+#include "tests/fuzz/Fuzz.h"
+
+using namespace vrn::fuzz;
+
+int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
+    const String text = asText(data, size);
+    Scene scene;
+    limit(scene);
+    for (int i = 0; i < 2; ++i) { // the second time the nodes are there already
+        (void)logOf([&] { return parseString(&scene, text); });
+        checkScene(scene);
+        require(!jsonOf(scene).empty(), "a scene has a picture");
+    }
+    while (scene.nodeCount() != 0) {
+        (void)scene.removeNode(scene.nodes().begin()->name());
+        if (scene.nodeCount() < 8)
+            checkScene(scene);
+    }
+    return 0;
+}
