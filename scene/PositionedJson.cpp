@@ -125,7 +125,7 @@ JsonValue readJson(std::string_view text) {
     rapidjson::MemoryStream memory(text.data(), text.size());
     Stream stream(memory);
     TreeBuilder builder(stream);
-    rapidjson::Reader reader;
+    rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF8<>, JsonAllocator> reader;
     const rapidjson::ParseResult result = reader.Parse<flags>(stream, builder);
     if (!result)
         throw JsonError(expectation(result.Code()), result.Offset());

@@ -1,10 +1,38 @@
-// The JSON library, set up alike for all who include it: lengths of texts have 64 bits. This header
-// comes before any of the library's own.
+// The JSON library, set up alike for all who include it: lengths of texts have 64 bits, and no memory is an
+// exception. This header comes before any of the library's own.
 #pragma once
 
 #include <cstddef>
+#include <cstdlib>
+#include <new>
 
 #define RAPIDJSON_NO_SIZETYPEDEFINE
 namespace rapidjson {
 using SizeType = std::size_t;
 }
+
+namespace vor::velmo_sdk::impl {
+
+// For its readers and writers, whose own allocator takes it for granted that there is memory. Throws
+// std::bad_alloc.
+struct JsonAllocator {
+    static constexpr bool kNeedFree = true;
+
+    void* Malloc(std::size_t size) { return size == 0 ? nullptr : checked(std::malloc(size)); }
+    void* Realloc(void* block, std::size_t, std::size_t size) {
+        if (size != 0)
+            return checked(std::realloc(block, size));
+        std::free(block);
+        return nullptr;
+    }
+    static void Free(void* block) noexcept { std::free(block); }
+
+private:
+    static void* checked(void* block) {
+        if (!block)
+            throw std::bad_alloc();
+        return block;
+    }
+};
+
+} // namespace vor::velmo_sdk::impl

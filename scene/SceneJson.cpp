@@ -51,9 +51,12 @@ namespace vor::velmo_sdk::impl {
 
 namespace {
 
+using CompactWriter = rapidjson::Writer<BlockStream, rapidjson::UTF8<>, rapidjson::UTF8<>, JsonAllocator>;
+using IndentedWriter = rapidjson::PrettyWriter<BlockStream, rapidjson::UTF8<>, rapidjson::UTF8<>, JsonAllocator>;
+
 // Arrays of numbers stand on one line, all others on a line an item.
-void setOneLineArrays(rapidjson::Writer<BlockStream>&, bool) {}
-void setOneLineArrays(rapidjson::PrettyWriter<BlockStream>& writer, bool isOneLine) {
+void setOneLineArrays(CompactWriter&, bool) {}
+void setOneLineArrays(IndentedWriter& writer, bool isOneLine) {
     writer.SetFormatOptions(isOneLine ? rapidjson::kFormatSingleLineArray : rapidjson::kFormatDefault);
 }
 
@@ -282,10 +285,10 @@ template <class Writer> void writeWith(Writer& writer, const Scene& scene, const
 void writeSceneJson(const Scene& scene, const SceneJsonOptions& options, const TextSink& sink) {
     BlockStream stream(sink);
     if (options.isCompact) {
-        rapidjson::Writer<BlockStream> writer(stream);
+        CompactWriter writer(stream);
         writeWith(writer, scene, options);
     } else {
-        rapidjson::PrettyWriter<BlockStream> writer(stream);
+        IndentedWriter writer(stream);
         writer.SetIndent(' ', 2);
         writeWith(writer, scene, options);
     }
