@@ -26,6 +26,8 @@ void writeDiagnostic(JsonWriter& writer, const LogRecord& record) {
     writer.StartObject();
     writeText(writer, "severity", record.severity == LogSeverity::Error ? "error" : "warning");
     writeText(writer, "message", record.text);
+    if (record.severity == LogSeverity::Notice)
+        writeText(writer, "source", "check");
     writer.Key("line");
     writer.Int(record.position.line);
     writer.Key("column");
@@ -71,17 +73,18 @@ std::string summary(const Totals& totals, std::size_t asked) {
 int check(const CheckOptions& options) {
     const bool isText = options.format == "text";
     Totals totals;
-    int status = forEachScene(options.scenes, [&](const SceneFile& file, const Scene&) {
+    const auto visit = [&](const SceneFile& file, const Scene&) {
         if (!isText)
             print(jsonLine(file));
         if (!file.isWhole())
             return;
         ++totals.files;
         totals.errors += file.count(LogSeverity::Error);
-        totals.warnings += file.count(LogSeverity::Warning);
+        totals.warnings += file.warnings();
         if (isText)
             print(file.diagnosticsText());
-    });
+    };
+    int status = forEachScene(options.scenes, visit, options.isWithoutLint ? Notices::No : Notices::Yes);
     if (options.isWarningError && totals.warnings != 0)
         status = std::max<int>(status, exitErrors);
     if (isText)

@@ -22,12 +22,12 @@ static std::string readAll(File& file) {
     return text;
 }
 
-void SceneFile::read(Scene& scene) {
+void SceneFile::read(Scene& scene, Notices notices) {
     std::error_code ignored;
     if (isStandardInput() || !std::filesystem::is_regular_file(argument_.buf(), ignored))
         keep();
     const File file = open();
-    const ScopedLogSink sink([this](const LogRecord& record) { diagnostics_.push_back(record); });
+    const ScopedLogSink sink([this](const LogRecord& record) { diagnostics_.push_back(record); }, notices);
     try {
         isOk_ = parseVrn(&scene, file, false);
     } catch (const ReadError& error) {
@@ -51,6 +51,8 @@ std::size_t SceneFile::count(LogSeverity severity) const noexcept {
         std::ranges::count(diagnostics_, severity, [](const LogRecord& record) { return record.severity; }));
 }
 
+std::size_t SceneFile::warnings() const noexcept { return count(LogSeverity::Warning) + count(LogSeverity::Notice); }
+
 String SceneFile::displayName() const { return isStandardInput() ? "<stdin>" : argument_; }
 
 std::string SceneFile::diagnosticsText() const {
@@ -67,7 +69,7 @@ std::string SceneFile::diagnosticsText() const {
         const char* severity = record.severity == LogSeverity::Error ? "error" : "warning";
         text += String::format("%s:%d:%d: %s: ", name.buf(), record.position.line, record.position.column, severity);
         text += escapeForTerminal(record.text).view();
-        text += '\n';
+        text += record.severity == LogSeverity::Notice ? " [check]\n" : "\n";
         text += excerpts[i].withCaret();
     }
     return text;
@@ -89,15 +91,17 @@ static std::shared_ptr<const Catalogue> loadCatalogue(const String& path) {
     }
 }
 
-int forEachScene(const SceneArguments& arguments, const std::function<void(const SceneFile&, const Scene&)>& visit) {
+int forEachScene(const SceneArguments& arguments, const std::function<void(const SceneFile&, const Scene&)>& visit,
+                 Notices notices) {
     const auto catalogue = arguments.types.empty() ? nullptr : loadCatalogue(std::string_view(arguments.types));
     int status = exitOk;
     for (const std::string& name : arguments.files) {
         SceneFile file{String(std::string_view(name))};
         Scene scene;
         scene.setCatalogue(catalogue);
+        scene.setLimits(arguments.limits);
         try {
-            file.read(scene);
+            file.read(scene, notices);
             visit(file, scene);
         } catch (const std::bad_alloc&) {
             file.giveUp("out of memory");

@@ -19,8 +19,8 @@ public:
     // shown.
     explicit SceneFile(vor::String argument) : argument_(std::move(argument)) {}
 
-    // Reads the file into `scene`.
-    void read(Scene& scene);
+    // Reads the file into `scene`; whether what the reader takes without a word is a diagnostic, too.
+    void read(Scene& scene, vor::Notices notices);
 
     // Whether all of the file could be read; if not, readError() says why.
     [[nodiscard]] bool isWhole() const noexcept { return readError_.isEmpty(); }
@@ -32,6 +32,7 @@ public:
     [[nodiscard]] bool isOk() const noexcept { return isOk_ && isWhole(); }
     [[nodiscard]] const std::vector<vor::LogRecord>& diagnostics() const noexcept { return diagnostics_; }
     [[nodiscard]] std::size_t count(vor::LogSeverity severity) const noexcept;
+    [[nodiscard]] std::size_t warnings() const noexcept; // notices are warnings of the command's own
     [[nodiscard]] bool hasErrors() const noexcept { return !isOk() || count(vor::LogSeverity::Error) != 0; }
 
     [[nodiscard]] const vor::String& argument() const noexcept { return argument_; }
@@ -57,7 +58,8 @@ private:
 // not be read; then complains of it. Returns the exit status that the files deserve. Throws
 // UnusableCatalogue, having complained, when the catalogue cannot be read.
 [[nodiscard]] int forEachScene(const SceneArguments& arguments,
-                               const std::function<void(const SceneFile&, const Scene&)>& visit);
+                               const std::function<void(const SceneFile&, const Scene&)>& visit,
+                               vor::Notices notices = vor::Notices::No);
 
 struct UnusableCatalogue {};
 

@@ -39,6 +39,14 @@ void addScenes(CLI::App& command, SceneArguments& scenes) {
         ->transform(unshield)
         ->check([](const std::string& name) { return name.empty() ? "the name is empty" : ""; })
         ->type_name("CATALOGUE.json");
+    command.add_option("--max-array", scenes.limits.arrayElements, "How many elements one array may have")
+        ->capture_default_str()
+        ->check(CLI::Range(vor::u64(0), vor::u64(1) << 30))
+        ->type_name("COUNT");
+    command.add_option("--max-buffer-bytes", scenes.limits.bufferBytes, "How many bytes one buffer may take")
+        ->capture_default_str()
+        ->check(CLI::Range(vor::u64(0), vor::u64(1) << 60))
+        ->type_name("BYTES");
 }
 
 CLI::App* addCommand(CLI::App& app, const char* name, const char* what, const std::string& example) {
@@ -71,6 +79,8 @@ int run(int argc, char** argv) {
     checkCommand->add_option("--format", checkOptions.format, "How to say it: text, or json (one line a file)")
         ->check(CLI::IsMember({"text", "json"}))
         ->type_name("FORMAT");
+    checkCommand->add_flag("--no-lint", checkOptions.isWithoutLint,
+                           "Say nothing of what the reader takes without a word, but may not be meant");
     checkCommand->add_flag("--werror", checkOptions.isWarningError, "Let warnings fail the check, too");
 
     DumpOptions dumpOptions;

@@ -31,12 +31,20 @@ bool VrnParser::parseAssign() {
         return false;
     Input* input = targetInput(info);
     if (info.isConnection)
-        pendingConnections.store(input, linkTo(info.source));
+        store(pendingConnections, input, linkTo(info.source));
     else if (info.isReference)
-        pendingReferences.store(input, {.node = info.refToken.text, .position = info.refToken.position()});
+        store(pendingReferences, input, {.node = info.refToken.text, .position = info.refToken.position()});
     else
         apply(info, input);
     return true;
+}
+
+// A link to `null` undoes an earlier one; any other loses it.
+void VrnParser::store(PendingLinks& links, Input* input, PendingLink link) {
+    const TextPosition position = link.position;
+    const bool isNull = link.isNull();
+    if (links.store(input, std::move(link)) && !isNull && wantsNotices())
+        logNotice(position, messages::linkReplaced, input->label().buf());
 }
 
 Node* VrnParser::targetNode(const AssignInfo& info) {

@@ -42,7 +42,14 @@ namespace vor::velmo_sdk::impl {
     MESSAGE(invalidOutput, Warning, "Invalid output: %s.")                                                             \
     MESSAGE(cannotConnectNode, Warning, "Cannot connect nonexistent node %s to %s.")                                   \
     MESSAGE(cannotConnectOutput, Warning, "Cannot connect nonexistent output %s to %s.")                               \
-    MESSAGE(cannotAssignNode, Warning, "Cannot assign nonexistent node %s to %s.")
+    MESSAGE(cannotAssignNode, Warning, "Cannot assign nonexistent node %s to %s.")                                     \
+    /* What is taken without a word. */                                                                                \
+    MESSAGE(endsInsideToken, Notice, "the text ends too early: %s")                                                    \
+    MESSAGE(endedByByte, Notice, "a byte 0xFF ends the text; nothing behind it is read")                               \
+    MESSAGE(foreignBytes, Notice, "bytes outside ASCII between tokens are taken for blanks: %llu in all")              \
+    MESSAGE(linkReplaced, Notice, "an earlier link of %s is replaced")                                                 \
+    MESSAGE(declaredAsOther, Notice, "node %s is declared as a %s but stays a %s")                                     \
+    MESSAGE(newNodeOfTypeWith, Notice, "there is no node %s to go on with; a new one of type %s is made")
 
 namespace messages {
 #define VRN_MESSAGE(name, severity, text) inline constexpr char name[] = text;

@@ -1,3 +1,4 @@
+#include "impl/Messages.h"
 #include "impl/VrnParser.h"
 #include "impl/lexer/Keyword.h"
 
@@ -75,11 +76,25 @@ bool VrnParser::parseDeclare() {
         return false;
     const String name = info.name.text;
     Node* node = scene->findNode(name);
-    if (!node)
+    const bool isNew = !node;
+    if (isNew)
         node = scene->createNode(info.type.text, name, "");
+    if (wantsNotices())
+        noticeTheType(info, node, isNew);
     if (info.isWith)
         withNode = node;
     return true;
+}
+
+// `with` in place of a type means a node that is there, whatever its type.
+void VrnParser::noticeTheType(const DeclareInfo& info, Node* node, bool isNew) const {
+    const String type = info.type.text;
+    const String name = info.name.text;
+    const bool isWithKeyword = keywordNumber(info.type.text) == keywordNumber("with");
+    if (isNew && isWithKeyword)
+        logNotice(position(), messages::newNodeOfTypeWith, name.buf(), type.buf());
+    else if (!isNew && !isWithKeyword && node->type() != type)
+        logNotice(position(), messages::declaredAsOther, name.buf(), type.buf(), node->type().buf());
 }
 
 // `with name:` is also a declaration, and those are tried first; so this runs only for a text that no

@@ -42,19 +42,21 @@ public:
     PendingLinks& operator=(const PendingLinks&) = delete;
     ~PendingLinks() { release(); }
 
-    void store(interfaces::IInput* input, PendingLink link) {
+    // Whether it replaces an earlier one.
+    bool store(interfaces::IInput* input, PendingLink link) {
         makeRoom();
         std::size_t slot = home(input);
         for (; slots_[slot] != 0; slot = next(slot)) {
             Waiting& earlier = waiting_[slots_[slot] - 1];
             if (earlier.input == input) {
                 earlier.link = std::move(link);
-                return;
+                return true;
             }
         }
         waiting_.push({input, std::move(link)});
         slots_[slot] = static_cast<u32>(waiting_.size());
         input->retain();
+        return false;
     }
 
     // Calls `resolve(input, link)` for every input that is still in the scene, in the order of the text

@@ -23,6 +23,12 @@ bool VrnParser::parse(IScene* target, Lexer* source) {
     lexer = source;
     const NameMapScope names(scene);
     prime(); // outside of the handler: an error among the first tokens is the caller's
+    const bool isRead = readStatements();
+    noticeTheEnd(isRead);
+    return isRead;
+}
+
+bool VrnParser::readStatements() {
     try {
         parseStatements();
         resolveConnections();
@@ -35,6 +41,17 @@ bool VrnParser::parse(IScene* target, Lexer* source) {
         return false;
     }
     return true;
+}
+
+// A text may end where its author did not mean it to. Where an error has ended it, that has said so.
+void VrnParser::noticeTheEnd(bool isRead) const {
+    if (isRead && current().text != messages::endOfInput)
+        logNotice(current().position(), messages::endsInsideToken, String(current().text).buf());
+    if (lexer->isEndedByByte())
+        logNotice(lexer->nextPosition(), messages::endedByByte);
+    if (lexer->foreignBytes() != 0)
+        logNotice(lexer->firstForeignByte(), messages::foreignBytes,
+                  static_cast<unsigned long long>(lexer->foreignBytes()));
 }
 
 // Fills the look-ahead by consuming as many placeholders as it holds.

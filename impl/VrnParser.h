@@ -53,6 +53,8 @@ public:
     bool parse(IScene* scene, const File& file);
     bool parse(IScene* scene, Lexer* lexer);
     void prime();
+    [[nodiscard]] bool readStatements();
+    void noticeTheEnd(bool isRead) const;
     void parseStatements();
     [[nodiscard]] bool parseStatement();
     const Token& consume(); // the token consumed, until the next call
@@ -95,6 +97,7 @@ public:
     [[nodiscard]] bool define(DefineInfo& info);
     [[nodiscard]] bool declare(DeclareInfo& info);
     [[nodiscard]] bool with(WithInfo& info);
+    void noticeTheType(const DeclareInfo& info, Node* node, bool isNew) const;
     [[nodiscard]] bool keywordStatement(u64 keyword, Token::Type end, Token& name);
 
     // Paths (Path.cpp).
@@ -142,6 +145,7 @@ private:
     void giveElementType(Input* array, const Step& step);
     void passThrough(Input* input, const Step& step);
     [[nodiscard]] String fullPath(const AssignInfo& info, Node* node);
+    static void store(PendingLinks& links, Input* input, PendingLink link);
     void apply(AssignInfo& info, Input* input);
     [[nodiscard]] bool refuses(Input* input, const AssignInfo& info);
     void write(AttrData data, Input* input);

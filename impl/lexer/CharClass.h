@@ -12,12 +12,14 @@ namespace vor::velmo_sdk::impl {
 inline constexpr signed char endOfText = -1;
 
 enum CharClass : u8 {
-    blankChar = 1,        // a space, or not printable: nothing between tokens and inside lists
-    identifierChar = 2,   // letters, digits, `_`
-    numberChar = 4,       // what a number may go on with
-    listPunctuation = 8,  // separates the elements of a list: brackets and the comma
-    realChar = 16,        // makes a number a real one
-    punctuationChar = 32, // is a token of its own
+    asciiBlank = 1,
+    foreignChar = 64,                     // outside ASCII
+    blankChar = asciiBlank | foreignChar, // a space, or not printable: nothing between tokens and inside lists
+    identifierChar = 2,                   // letters, digits, `_`
+    numberChar = 4,                       // what a number may go on with
+    listPunctuation = 8,                  // separates the elements of a list: brackets and the comma
+    realChar = 16,                        // makes a number a real one
+    punctuationChar = 32,                 // is a token of its own
 };
 
 // The characters of the last class.
@@ -32,13 +34,14 @@ constexpr u8 classesOf(char c) noexcept {
     const bool isNumber =
         String::isHexDigit(c) || c == '+' || c == '-' || c == '.' || small == 'i' || small == 'n' || small == 'u';
     const bool isPunctuation = c == '(' || c == ')' || c == '[' || c == ']' || c == '{' || c == '}' || c == ',';
+    const bool isForeign = static_cast<u8>(c) >= 0x80;
     const bool isBlank = String::isSpace(c) || !String::isPrintable(c);
     const bool isIdentifier = String::isLetter(c) || String::isDigit(c) || c == '_';
     const bool isReal = c == '.' || small == 'f' || small == 'n' || small == 'a' || small == 'i';
     const bool isToken = punctuation.find(c) != std::string_view::npos;
-    return static_cast<u8>((isToken ? punctuationChar : 0) | (isReal ? realChar : 0) | (isBlank ? blankChar : 0) |
-                           (isIdentifier ? identifierChar : 0) | (isNumber ? numberChar : 0) |
-                           (isPunctuation ? listPunctuation : 0));
+    return static_cast<u8>((isToken ? punctuationChar : 0) | (isReal ? realChar : 0) |
+                           (isBlank ? isForeign ? foreignChar : asciiBlank : 0) | (isIdentifier ? identifierChar : 0) |
+                           (isNumber ? numberChar : 0) | (isPunctuation ? listPunctuation : 0));
 }
 
 inline constexpr std::array<u8, 256> charClasses = [] {

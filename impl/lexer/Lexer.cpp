@@ -142,6 +142,8 @@ void Lexer::consumePiece(std::size_t count) {
 void Lexer::skipBlanks() {
     do {
         if (at_ == end_) {
+            const char blank = static_cast<char>(cur);
+            countForeign({&blank, 1});
             consume();
             continue;
         }
@@ -149,8 +151,25 @@ void Lexer::skipBlanks() {
         const char* blank = at_;
         while (*blank != '\n' && blank + 1 != end_ && isIn(blank[1], blankChar))
             ++blank;
+        countForeign({at_, blank + 1});
         consumeInLine(static_cast<std::size_t>(blank + 1 - at_));
     } while (isIn(cur, blankChar));
+}
+
+// Blanks that are about to be consumed.
+void Lexer::countForeign(std::string_view blanks) {
+    if (std::ranges::none_of(blanks, [](char c) { return isIn(c, foreignChar); }))
+        return;
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    TextPosition place = nextPosition();
+    for (std::size_t i = 0; i < blanks.size(); ++i) {
+        const auto offset = static_cast<std::size_t>(pos) + i;
+        const bool isMark = offset < byteOrderMark.size() && blanks[i] == byteOrderMark[offset];
+        if (isIn(blanks[i], foreignChar) && !isMark && foreignBytes_++ == 0)
+            firstForeignByte_ = place;
+        place = blanks[i] == '\n' ? TextPosition{wrappingAdd(place.line, 1), 1}
+                                  : TextPosition{place.line, wrappingAdd(place.column, 1)};
+    }
 }
 
 Token Lexer::token(Token::Type type, std::string_view text) {
@@ -182,7 +201,7 @@ bool Lexer::takeShownWord(std::string_view& word) {
     const char* at = at_;
     const char* lineStart = nullptr; // behind the last line feed among the blanks
     u64 feeds = 0;
-    for (; at != end_ && isIn(*at, blankChar); ++at)
+    for (; at != end_ && isIn(*at, asciiBlank); ++at)
         if (*at == '\n') {
             lineStart = at + 1;
             ++feeds;

@@ -39,6 +39,18 @@ public:
             scratch_ = std::string();
     }
 
+    // What has been taken without a word so far: whether a byte of the value of the end stands where the text
+    // ends, as far as the source shows it; how many bytes outside ASCII have been skipped between tokens, but for
+    // a byte-order mark at the start, and where the first of them is.
+    [[nodiscard]] bool isEndedByByte() const noexcept { return isAtEnd() && !window().empty(); }
+    [[nodiscard]] u64 foreignBytes() const noexcept { return foreignBytes_; }
+    [[nodiscard]] TextPosition firstForeignByte() const noexcept { return firstForeignByte_; }
+
+    // Of the character that would be consumed next.
+    [[nodiscard]] TextPosition nextPosition() const noexcept {
+        return prev == '\n' ? TextPosition{wrappingAdd(line, 1), 1} : TextPosition{line, wrappingAdd(column, 1)};
+    }
+
 protected:
     // Brings the position to the character that is about to be consumed. `pos`, like `line` and
     // `column`, wraps around beyond 2 GiB; a source keeps its own offset.
@@ -105,6 +117,7 @@ private:
     [[nodiscard, gnu::always_inline]] inline Token idToken(std::string_view word);
     [[nodiscard, gnu::always_inline]] inline Token numberToken(std::string_view text);
     void skipBlanks();
+    [[gnu::noinline]] void countForeign(std::string_view blanks);
     void consumeRun(std::size_t count);
     void consumeInLine(std::size_t count) {
         line = wrappingAdd(line, prev == '\n' ? 1 : 0);
@@ -136,6 +149,8 @@ private:
     const char* at_ = nullptr; // where `cur` stands in the window
     const char* end_ = nullptr;
     bool isWindowKept_ = false;
+    u64 foreignBytes_ = 0;
+    TextPosition firstForeignByte_;
     TextKeeper texts_;
     static constexpr std::size_t largeScratch = 1 << 20; // not kept for the next token
     std::string scratch_;                                // characters of a token that no window shows as a whole

@@ -17,18 +17,25 @@ void writeToStderr(const LogRecord& record) {
 
 } // namespace
 
-ScopedLogSink::ScopedLogSink(LogSink sink) : sink_(std::move(sink)), outer_(currentSink) { currentSink = this; }
+ScopedLogSink::ScopedLogSink(LogSink sink, Notices notices)
+    : sink_(std::move(sink)), notices_(notices), outer_(currentSink) {
+    currentSink = this;
+}
 
 ScopedLogSink::~ScopedLogSink() { currentSink = outer_; }
 
+bool wantsNotices() noexcept { return currentSink && currentSink->notices_ == Notices::Yes; }
+
 void writeLog(const LogRecord& record) {
+    if (record.severity == LogSeverity::Notice && !wantsNotices())
+        return;
     if (currentSink)
         currentSink->sink_(record);
     else
         writeToStderr(record);
 }
 
-// The four functions differ in nothing but what they fill in; C's variadic arguments cannot be passed
+// The functions differ in nothing but what they fill in; C's variadic arguments cannot be passed
 // on without naming them in each.
 #define VRN_LOG(severity, position)                                                                                    \
     va_list arguments;                                                                                                 \
@@ -41,6 +48,11 @@ void logError(const char* format, ...) { VRN_LOG(LogSeverity::Error, TextPositio
 void logWarning(const char* format, ...) { VRN_LOG(LogSeverity::Warning, TextPosition()); }
 void logError(TextPosition position, const char* format, ...) { VRN_LOG(LogSeverity::Error, position); }
 void logWarning(TextPosition position, const char* format, ...) { VRN_LOG(LogSeverity::Warning, position); }
+void logNotice(TextPosition position, const char* format, ...) {
+    if (wantsNotices()) {
+        VRN_LOG(LogSeverity::Notice, position);
+    }
+}
 
 #undef VRN_LOG
 

@@ -7,6 +7,9 @@
 // Without a sink of its own a thread writes `error: TEXT` and `warning: TEXT` lines to stderr, with
 // control characters escaped. A ScopedLogSink takes over for the thread that made it until it is
 // destroyed; sinks nest. What a sink throws passes through the call that logged.
+//
+// Notices are no part of the log: they tell of what is taken without a word, though whoever wrote the text may
+// have meant something else. Only a sink that asks for them gets them; without one they are not even made.
 #pragma once
 
 #include "scene/core/String.h"
@@ -15,7 +18,7 @@
 
 namespace vor {
 
-enum class LogSeverity { Error, Warning };
+enum class LogSeverity { Error, Warning, Notice };
 
 // A place in a text: 1-based, counted in bytes; (0,0) when unknown.
 struct TextPosition {
@@ -33,20 +36,27 @@ struct LogRecord {
 
 using LogSink = std::function<void(const LogRecord&)>;
 
+enum class Notices { No, Yes };
+
 class ScopedLogSink {
 public:
-    explicit ScopedLogSink(LogSink sink);
+    explicit ScopedLogSink(LogSink sink, Notices notices = Notices::No);
     ~ScopedLogSink();
     ScopedLogSink(const ScopedLogSink&) = delete;
     ScopedLogSink& operator=(const ScopedLogSink&) = delete;
 
 private:
     friend void writeLog(const LogRecord& record);
+    friend bool wantsNotices() noexcept;
     LogSink sink_;
+    Notices notices_;
     ScopedLogSink* outer_;
 };
 
-// Hands a record to the sink of this thread.
+// Whether the sink of this thread takes notices.
+[[nodiscard]] bool wantsNotices() noexcept;
+
+// Hands a record to the sink of this thread; a notice only if it is wanted.
 void writeLog(const LogRecord& record);
 
 // printf-style, with or without the place in the text that is spoken of.
@@ -54,5 +64,6 @@ void logError(const char* format, ...) __attribute__((format(printf, 1, 2)));
 void logWarning(const char* format, ...) __attribute__((format(printf, 1, 2)));
 void logError(TextPosition position, const char* format, ...) __attribute__((format(printf, 2, 3)));
 void logWarning(TextPosition position, const char* format, ...) __attribute__((format(printf, 2, 3)));
+void logNotice(TextPosition position, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
 } // namespace vor

@@ -126,6 +126,46 @@ class Check(Folder):
             },
         )
 
+    ODD = "t a; a.x = 1; a.y = b;\na.y = a;\nu a;\n"
+
+    def test_says_what_the_reader_takes_without_a_word(self):
+        result = run("check", "-", stdin=self.ODD.encode())
+        self.assertEqual(
+            result.stdout.decode(),
+            "<stdin>:2:7: warning: an earlier link of a.y is replaced [check]\na.y = a;\n      ^\n"
+            "<stdin>:3:4: warning: node a is declared as a u but stays a t [check]\nu a;\n   ^\n"
+            "1 file checked: 0 errors, 2 warnings\n",
+        )
+        self.assertEqual(result.returncode, 0)
+        self.assertEqual(run("check", "--werror", "-", stdin=self.ODD.encode()).returncode, 1)
+        silent = run("check", "--werror", "--no-lint", "-", stdin=self.ODD.encode())
+        self.assertEqual((silent.returncode, silent.stdout), (0, b"1 file checked: 0 errors, 0 warnings\n"))
+
+    def test_json_tells_its_own_warnings_from_the_readers(self):
+        text = b"t a; a.b = float[2] {1};\nu a;"
+        line = json.loads(run("check", "--format", "json", "-", stdin=text).stdout)
+        self.assertEqual(
+            [(d["severity"], d.get("source"), d["line"], d["column"]) for d in line["diagnostics"]],
+            [("warning", None, 1, 16), ("warning", "check", 2, 4)],
+        )
+        self.assertTrue(line["ok"])
+
+    def test_only_check_has_warnings_of_its_own(self):
+        self.assertEqual(run("dump", "-", stdin=self.ODD.encode()).stderr, b"")
+        self.assertIn(b"0 errors, 0 warnings", run("info", "-", stdin=self.ODD.encode()).stdout)
+
+    def test_limits_can_be_set(self):
+        for command in ("check", "dump", "info"):
+            for option, text, problem in (("--max-array=4", b"t a; a.x[4] = 1;", "invalid input array index: 4"),
+                                          ("--max-buffer-bytes=7", b"t a; a.x = float[2] {};",
+                                           "invalid buffer element count: [2]")):
+                result = run(command, option, "-", stdin=text)
+                self.assertEqual(result.returncode, 1)
+                self.assertIn(problem, (result.stdout + result.stderr).decode())
+                self.assertEqual(run(command, option.replace("4", "5").replace("7", "8"), "-", stdin=text).returncode, 0)
+        for wrong in ("--max-array=-1", "--max-array=x", "--max-buffer-bytes=-1", "--max-array=9999999999"):
+            self.assertEqual(run("check", wrong, "-").returncode, 2, wrong)
+
     def test_json_replaces_bytes_that_are_no_text(self):
         result = run("check", "--format", "json", "-", stdin=b"t a; a.x = 1 \"\xc4\";")
         self.assertIn("found '\"\ufffd\"'", json.loads(result.stdout)["diagnostics"][0]["message"])

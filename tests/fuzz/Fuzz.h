@@ -1,6 +1,7 @@
 // What the fuzzers share: bytes as the source of their decisions, and the end when something is wrong.
 #pragma once
 
+#include "impl/Messages.h"
 #include "impl/Reader.h"
 #include "scene/Scene.h"
 #include "scene/core/Log.h"
@@ -67,7 +68,7 @@ inline void limit(Scene& scene) { scene.setLimits({.arrayElements = 1000, .buffe
 
 [[nodiscard]] std::string jsonOf(const Scene& scene);
 
-// Runs `work` and returns what it logged or threw, a line each.
+// Runs `work` and returns what it logged, noticed or threw, a line each.
 template <class Work> std::string logOf(Work work) {
     std::string log;
     const auto add = [&](const char* kind, const String& text, TextPosition position) {
@@ -75,9 +76,13 @@ template <class Work> std::string logOf(Work work) {
         log += text.view();
         log += '\n';
     };
-    const ScopedLogSink sink([&](const LogRecord& record) {
-        add(record.severity == LogSeverity::Error ? "error" : "warning", record.text, record.position);
-    });
+    const auto write = [&](const LogRecord& record) {
+        constexpr const char* severities[] = {"error", "warning", "notice"};
+        // Only a source that shows what it has knows whether the text goes on behind its end.
+        if (record.text != messages::endedByByte)
+            add(severities[static_cast<std::size_t>(record.severity)], record.text, record.position);
+    };
+    const ScopedLogSink sink(write, Notices::Yes);
     try {
         log += work() ? "read\n" : "not read\n";
     } catch (const ReadError& error) {
