@@ -20,10 +20,13 @@ test: packages $(LOCALES)/de_DE.UTF-8
 	cmake --build --preset release
 	$(CONFIGURE) --preset asan
 	cmake --build --preset asan
+	$(CONFIGURE) --preset tsan
+	cmake --build --preset tsan
 	$(CONFIGURE) --preset fuzz
 	cmake --build --preset fuzz
 	ctest --preset release
 	ctest --preset asan
+	build/tsan/tests/vrn_thread_tests
 	scripts/fuzz 20
 
 packages:

@@ -123,18 +123,28 @@ Input* VrnParser::namedInput(Node* node, Input* parent, const Step& step) {
 Input* VrnParser::elementInput(Input* array, const Step& step) {
     const u64 index = elementIndex(array, step.token);
     giveElementType(array, step);
+    if (index > array->size())
+        gaps += index - array->size();
     while (array->size() <= index)
         if (!array->appendElement())
             parseError(messages::invalidArrayIndex, String(step.token.text).trimChars("[]").buf());
     return array->element(index);
 }
 
+// Scenes may allow less for one array, and still many such arrays.
+static constexpr u64 usualArrayLimit = 16'777'216;
+
+// A few letters may ask for millions of elements: for as many as an array may have, but only once in a text.
+bool VrnParser::canGrow(Input* array, u64 index) const {
+    const u64 limit = scene->limits().arrayElements;
+    return index < limit && index - array->size() <= std::max(limit, usualArrayLimit) - gaps;
+}
+
 u64 VrnParser::elementIndex(Input* array, const Token& brackets) {
     const String text = String(brackets.text).trimChars("[]");
     u64 index = array->size();
     const bool isIndex = text == "*" || String::parse(text, index);
-    const bool canGrow = index < array->size() || index < scene->limits().arrayElements;
-    if (!isIndex || !canGrow)
+    if (!isIndex || (index >= array->size() && !canGrow(array, index)))
         parseError(messages::invalidArrayIndex, text.buf());
     return index;
 }

@@ -132,6 +132,7 @@ public:
     DefinedNodes definedNodes;
     PendingLinks pendingConnections;
     PendingLinks pendingReferences;
+    u64 gaps = 0;          // elements that came to be because one behind them was named
     AssignInfo assignment; // the one being read; kept to use its memory again
 
 private:
@@ -142,6 +143,7 @@ private:
     [[nodiscard]] Input* namedInput(Node* node, Input* parent, const Step& step);
     [[nodiscard]] Input* elementInput(Input* array, const Step& step);
     [[nodiscard]] u64 elementIndex(Input* array, const Token& brackets);
+    [[nodiscard]] bool canGrow(Input* array, u64 index) const;
     void giveElementType(Input* array, const Step& step);
     void passThrough(Input* input, const Step& step);
     [[nodiscard]] String fullPath(const AssignInfo& info, Node* node);

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
+#include <malloc.h>
 
 // What stands behind the names below in the C library.
 extern "C" {
@@ -17,7 +18,9 @@ namespace vrn::test {
 
 namespace {
 
-std::atomic<std::size_t> live = 0;
+std::atomic<std::size_t> blocks = 0;
+std::atomic<std::size_t> bytes = 0;
+std::atomic<std::size_t> peak = 0;
 thread_local std::size_t untilFailure = 0; // 0: none is to come
 thread_local bool isEachToFail = false;
 thread_local bool hasFailed = false;
@@ -34,8 +37,20 @@ bool isToFail() noexcept {
 }
 
 void* counted(void* block) noexcept {
-    live += block ? 1U : 0U;
+    if (!block)
+        return nullptr;
+    ++blocks;
+    bytes += malloc_usable_size(block);
+    if (bytes > peak)
+        peak = bytes.load();
     return block;
+}
+
+void uncount(void* block) noexcept {
+    if (!block)
+        return;
+    --blocks;
+    bytes -= malloc_usable_size(block);
 }
 
 } // namespace
@@ -53,7 +68,10 @@ bool stopFailing() noexcept {
     return hasFailed;
 }
 
-std::size_t liveBlocks() noexcept { return live; }
+std::size_t liveBlocks() noexcept { return blocks; }
+std::size_t liveBytes() noexcept { return bytes; }
+std::size_t peakBytes() noexcept { return peak; }
+void forgetPeak() noexcept { peak = bytes.load(); }
 
 } // namespace vrn::test
 
@@ -66,8 +84,8 @@ void* calloc(std::size_t count, std::size_t size) { return isToFail() ? nullptr 
 void* realloc(void* block, std::size_t size) {
     if (isToFail())
         return nullptr;
-    void* moved = __libc_realloc(block, size);
-    return block ? moved : counted(moved);
+    uncount(block); // what is moved may be in two places for a while, but the pages of large blocks are not
+    return counted(__libc_realloc(block, size));
 }
 void* aligned_alloc(std::size_t alignment, std::size_t size) {
     return isToFail() ? nullptr : counted(__libc_memalign(alignment, size));
@@ -78,7 +96,7 @@ int posix_memalign(void** block, std::size_t alignment, std::size_t size) {
     return *block ? 0 : ENOMEM;
 }
 void free(void* block) {
-    live -= block ? 1U : 0U;
+    uncount(block);
     __libc_free(block);
 }
 }

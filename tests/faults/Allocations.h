@@ -17,7 +17,10 @@ void failAllocation(std::size_t nth, Failing which = Failing::One) noexcept;
 // Lets allocations be again; whether one has failed.
 bool stopFailing() noexcept;
 
-// How many blocks of memory this process holds.
+// How many blocks of memory this process holds, their bytes, and the most bytes since the last forgetPeak().
 [[nodiscard]] std::size_t liveBlocks() noexcept;
+[[nodiscard]] std::size_t liveBytes() noexcept;
+[[nodiscard]] std::size_t peakBytes() noexcept;
+void forgetPeak() noexcept;
 
 } // namespace vrn::test
