@@ -142,7 +142,7 @@ bool VrnParser::canGrow(Input* array, u64 index) const {
 
 u64 VrnParser::elementIndex(Input* array, const Token& brackets) {
     const String text = String(brackets.text).trimChars("[]");
-    u64 index = array->size();
+    u64 index = array->size(); // NOLINT(clang-analyzer-core.CallAndMessage): a path begins with a name
     const bool isIndex = text == "*" || String::parse(text, index);
     if (!isIndex || (index >= array->size() && !canGrow(array, index)))
         parseError(messages::invalidArrayIndex, text.buf());

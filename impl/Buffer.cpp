@@ -69,8 +69,8 @@ bool VrnParser::buffer(AssignInfo& info) {
     std::unique_ptr<BufferReader> reader = std::move(bufferInScan);
     if (!reader)
         parseError(messages::invalidElementCount, String(info.bufferHeadToken.text).buf());
-    info.data = reader->takeData();
-    report(*reader, info);
+    info.data = reader->takeData(); // cppcheck-suppress nullPointerRedundantCheck
+    report(*reader, info);          // cppcheck-suppress nullPointerRedundantCheck
     return true;
 }
 
@@ -91,7 +91,7 @@ Token VrnParser::bufferList() {
         bufferInScan = std::move(reader);
     }
     return next;
-}
+} // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): it does not see that the reader is moved
 
 // Null if the count is none, or asks for more than there may be.
 std::unique_ptr<BufferReader> VrnParser::openBuffer(DataType type, const String& head) const {

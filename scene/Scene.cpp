@@ -54,14 +54,15 @@ Node* Scene::addNode(const String& type, const String& name, bool isDefinition) 
         node->copyInputsFrom(*definition);
     if (const NodeType* catalogued = catalogue_ ? catalogue_->find(type) : nullptr)
         node->addCatalogued(*catalogued);
-    byName_.reserveOne();
-    byName_.insert(node.get(), hash);
+    byName_.reserveOne(); // the last that may throw
+    Node* added = node.release();
+    byName_.insert(added, hash);
     definitions_ += isDefinition ? 1U : 0U;
-    found_.store(node.get(), std::memory_order_relaxed);
-    node->previous_ = last_;
-    (last_ ? last_->next_ : first_) = node.get();
-    last_ = node.get();
-    return node.release();
+    found_.store(added, std::memory_order_relaxed);
+    added->previous_ = last_;
+    (last_ ? last_->next_ : first_) = added;
+    last_ = added;
+    return added;
 }
 
 // Takes a node out of the order and deletes it; its name is the caller's to forget.

@@ -44,12 +44,13 @@ constexpr u8 classesOf(char c) noexcept {
                            (isNumber ? numberChar : 0) | (isPunctuation ? listPunctuation : 0));
 }
 
-inline constexpr std::array<u8, 256> charClasses = [] {
+constexpr std::array<u8, 256> classesOfAll() noexcept {
     std::array<u8, 256> table{};
     for (std::size_t i = 0; i < table.size(); ++i)
         table[i] = classesOf(static_cast<char>(static_cast<u8>(i)));
     return table;
-}();
+}
+inline constexpr std::array<u8, 256> charClasses = classesOfAll();
 
 } // namespace detail
 

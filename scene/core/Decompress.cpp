@@ -21,12 +21,13 @@ struct FreeDecompressor {
 };
 
 // The value of each hexadecimal digit; -1 for every other character.
-constexpr std::array<i8, 256> hexValues = [] {
+constexpr std::array<i8, 256> hexValuesOfAll() noexcept {
     std::array<i8, 256> values{};
     for (std::size_t i = 0; i < values.size(); ++i)
         values[i] = static_cast<i8>(String::hexValue(static_cast<char>(static_cast<u8>(i))));
     return values;
-}();
+}
+constexpr std::array<i8, 256> hexValues = hexValuesOfAll();
 
 int hexValue(char c) noexcept { return hexValues[static_cast<u8>(c)]; }
 

@@ -115,6 +115,7 @@ public:
         const u64 number = Key::number(key);
         Bucket& bucket = bucketOf(number);
         makeRoom(bucket);
+        // cppcheck-suppress accessMoved; it was moved only where this is not reached
         V& stored = bucket.nodes.push({Key::store(key), std::move(value)}).value;
         if (!bucket.index.isEmpty())
             bucket.index.insert(number, bucket.nodes.size() - 1);

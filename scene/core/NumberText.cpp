@@ -237,6 +237,7 @@ struct Reals {
     bool isRead[mostReals];
     u64 count = 0; // parts
 
+    // cppcheck-suppress uninitMemberVar
     Reals(std::string_view text, u64 most) {
         while (count < std::min(most, mostReals) && takeReal(text, numbers[count], isRead[count]))
             ++count;
