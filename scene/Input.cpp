@@ -58,8 +58,8 @@ void Input::write(AttrData value) {
     Input* array = isElement() ? parent_ : nullptr;
     const bool wasUntyped = array && isUntyped(array->elementType());
     value_ = std::move(value);
-    if (wasUntyped && !isUntyped(array->elementType()))
-        --array->extras_->untypedElements;
+    if (const bool isStill = array && isUntyped(array->elementType()); isStill != wasUntyped)
+        array->extras_->untypedElements += isStill ? 1 : u64(0) - 1;
     if (type() == AttrType::Array)
         countUntyped();
 }

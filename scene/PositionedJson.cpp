@@ -1,7 +1,9 @@
 #include "scene/PositionedJson.h"
 
 #include "scene/RapidJson.h"
+#include "scene/core/String.h"
 
+#include <cmath>
 #include <rapidjson/encodedstream.h>
 #include <rapidjson/memorystream.h>
 #include <rapidjson/reader.h>
@@ -21,18 +23,31 @@ public:
 
     [[nodiscard]] JsonValue takeRoot() { return std::move(root_); }
 
+    // Whether it has stopped at a number that no double can hold.
+    [[nodiscard]] bool isStoppedByNumber() const noexcept { return isTooLarge_; }
+
     bool Null() { return add({}); }
     bool Bool(bool value) { return add({.kind = JsonValue::Kind::Bool, .boolean = value}); }
-    bool Int(int value) { return Int64(value); }
-    bool Uint(unsigned value) { return Int64(value); }
-    bool Int64(std::int64_t value) {
-        return add({.kind = JsonValue::Kind::Int, .integer = value, .real = static_cast<double>(value)});
+    // Numbers come as text: the library's own conversion to a double reads beyond its tables for some of them.
+    bool RawNumber(const char* text, rapidjson::SizeType length, bool) {
+        JsonValue value;
+        const std::string_view number(text, length);
+        isTooLarge_ = !vor::String::parse(number, value.real) || std::isinf(value.real);
+        if (number.find_first_of(".eE") != std::string_view::npos)
+            value.kind = JsonValue::Kind::Real;
+        else if (vor::String::parse(number, value.integer))
+            value.kind = JsonValue::Kind::Int;
+        else if (vor::String::parse(number, value.unsignedInteger))
+            value.kind = JsonValue::Kind::UInt;
+        else
+            value.kind = JsonValue::Kind::Real;
+        return !isTooLarge_ && add(std::move(value));
     }
-    bool Uint64(std::uint64_t value) {
-        return add({.kind = JsonValue::Kind::UInt, .unsignedInteger = value, .real = static_cast<double>(value)});
-    }
-    bool Double(double value) { return add({.kind = JsonValue::Kind::Real, .real = value}); }
-    bool RawNumber(const char*, rapidjson::SizeType, bool) { return false; } // numbers come as values
+    bool Int(int) { return false; }
+    bool Uint(unsigned) { return false; }
+    bool Int64(std::int64_t) { return false; }
+    bool Uint64(std::uint64_t) { return false; }
+    bool Double(double) { return false; }
     bool String(const char* text, rapidjson::SizeType length, bool) {
         return add({.kind = JsonValue::Kind::String, .text = std::string(text, length)});
     }
@@ -78,6 +93,7 @@ private:
     std::vector<JsonValue*> open_;
     std::string key_;
     std::size_t keyOffset_ = 0;
+    bool isTooLarge_ = false;
 };
 
 // What the reader expected where it stopped.
@@ -119,7 +135,7 @@ const char* expectation(rapidjson::ParseErrorCode code) {
 
 JsonValue readJson(std::string_view text) {
     constexpr unsigned flags =
-        rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag | rapidjson::kParseValidateEncodingFlag;
+        rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag | rapidjson::kParseValidateEncodingFlag;
     if (const std::size_t nul = text.find('\0'); nul != std::string_view::npos)
         throw JsonError("expected no NUL byte", nul); // the reader below would take it for the end
     rapidjson::MemoryStream memory(text.data(), text.size());
@@ -127,6 +143,8 @@ JsonValue readJson(std::string_view text) {
     TreeBuilder builder(stream);
     rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF8<>, JsonAllocator> reader;
     const rapidjson::ParseResult result = reader.Parse<flags>(stream, builder);
+    if (builder.isStoppedByNumber())
+        throw JsonError(expectation(rapidjson::kParseErrorNumberTooBig), result.Offset());
     if (!result)
         throw JsonError(expectation(result.Code()), result.Offset());
     return builder.takeRoot();

@@ -126,6 +126,34 @@ TEST(Catalogue, isMadeByCallsToo) {
         << "a default of another type counts for none";
 }
 
+TEST(Catalogue, takesNumbersOfAnyLength) {
+    const std::string zeros(400, '0');
+    const struct {
+        std::string number;
+        double value;
+    } cases[] = {
+        {"-0", -0.0},
+        {"45", 45},
+        {"-45.5e-1", -4.55},
+        {"0.1", 0.1},
+        {"18446744073709551616", 18446744073709551616.0},
+        {"-9223372036854775809", -9223372036854775809.0},
+        {"0." + zeros + zeros, 0},
+        {"1." + zeros, 1},
+        {"0." + zeros.substr(0, 70) + "1" + zeros, 1e-71},
+        {"1" + zeros.substr(0, 300), 1e300},
+        {"88" + zeros.substr(0, 51) + "8" + zeros.substr(0, 19), 8.8e72},
+        {"1.7976931348623157e308", 1.7976931348623157e308},
+        {"4.9e-324", 4.9e-324},
+        {"1e-999", 0},
+    };
+    for (const auto& c : cases) {
+        const Catalogue types =
+            readCatalogue(R"({"types": {"t": {"inputs": {"x": {"type": "Real", "default": )" + c.number + "}}}}}");
+        EXPECT_EQ(types.find("t")->inputs()[0].initialValue().asReal(), c.value) << c.number;
+    }
+}
+
 TEST(Catalogue, refusesWhatBreaksItsRules) {
     const struct {
         const char* json;
@@ -141,6 +169,7 @@ TEST(Catalogue, refusesWhatBreaksItsRules) {
         {"{\"types\": [1 2]}", 1, 14, "expected ',' or ']'"},
         {"{\"types\": nul}", 1, 14, "expected a JSON value"},
         {"{\"types\": 1e999}", 1, 11, "expected a number that a double can hold"},
+        {"{\"types\": -1.8e308}", 1, 11, "expected a number that a double can hold"},
         {"{\"types\": 1.}", 1, 13, "expected a digit"},
         {"{\"types\": \"\\q\"}", 1, 12, "expected a valid escape in the string"},
         {"{\"types\": \"", 1, 12, "expected the string to end"},

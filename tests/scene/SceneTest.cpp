@@ -245,6 +245,8 @@ TEST(Input, countsElementsWithoutAType) {
     buffers->element(3)->assign(AttrData::buffer(DataType::Float, 2));
     buffers->element(3)->assign(AttrData::buffer(DataType::Float, 3));
     EXPECT_EQ(buffers->untypedElements(), 2U);
+    buffers->element(3)->assign(AttrData::buffer(DataType::Null));
+    EXPECT_EQ(buffers->untypedElements(), 3U) << "one that has lost its type";
     buffers->assign(AttrData::array(AttrType::Null));
     EXPECT_EQ(buffers->untypedElements(), 0U);
 
