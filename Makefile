@@ -2,12 +2,13 @@
 # make test  builds everything, with and without sanitizers, and runs every test
 # make bench measures the pieces of the reader and compares it with others, on texts that it makes first
 # make fuzz  MINUTES=n  runs every fuzzer for n minutes
+# make lint  asks clang-tidy and cppcheck;  make coverage  says which lines the tests reach
 # make format, make goldens, make grammar: see CONTRIBUTING.md
 
 LOCALES := $(CURDIR)/build/locales
 CONFIGURE := cmake -DVRN_WARNINGS_AS_ERRORS=ON -DVRN_LOCALES=$(LOCALES) -DVRN_BENCHMARKS=OFF --log-level=WARNING
 
-.PHONY: run test bench fuzz packages format goldens grammar clean
+.PHONY: run test bench fuzz lint coverage packages checks format goldens grammar clean
 
 run: packages
 	@$(CONFIGURE) --preset release >/dev/null
@@ -15,7 +16,7 @@ run: packages
 	build/release/vrn check examples/first_scene.vrn
 	build/release/vrn info examples/first_scene.vrn
 
-test: packages $(LOCALES)/de_DE.UTF-8
+test: checks $(LOCALES)/de_DE.UTF-8
 	$(CONFIGURE) --preset release
 	cmake --build --preset release
 	$(CONFIGURE) --preset asan
@@ -32,6 +33,9 @@ test: packages $(LOCALES)/de_DE.UTF-8
 packages:
 	@scripts/install-packages
 
+checks:
+	@scripts/install-packages packages.txt packages-checks.txt
+
 bench: packages
 	@dpkg-query --show libsimdjson-dev libbenchmark-dev >/dev/null || \
 	  (echo "make bench needs the packages libsimdjson-dev and libbenchmark-dev" >&2; exit 1)
@@ -43,10 +47,16 @@ bench: packages
 	python3 bench/run.py build/release build/bench
 
 MINUTES := 10
-fuzz: packages
+fuzz: checks
 	$(CONFIGURE) --preset fuzz
 	cmake --build --preset fuzz
 	scripts/fuzz $$((60 * $(MINUTES)))
+
+lint: checks
+	@scripts/lint
+
+coverage: checks $(LOCALES)/de_DE.UTF-8
+	@scripts/coverage -DVRN_LOCALES=$(LOCALES)
 
 # A German locale of our own, so that nobody needs root for it.
 $(LOCALES)/de_DE.UTF-8:

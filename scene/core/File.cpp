@@ -73,8 +73,6 @@ bool File::State::fetch() {
 
 File::File() : state_(std::make_shared<State>()) {}
 
-File::File(std::shared_ptr<State> state) : state_(std::move(state)) {}
-
 File File::open(const String& path) {
     const int descriptor = openForReading(path);
     if (descriptor >= 0)

@@ -61,7 +61,6 @@ public:
 
 private:
     struct State;
-    explicit File(std::shared_ptr<State> state);
     std::shared_ptr<State> state_;
 };
 

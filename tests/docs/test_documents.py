@@ -142,7 +142,7 @@ class Readme(unittest.TestCase):
         self.assertEqual((result.stdout.decode(), result.returncode), ("/nowhere: No such file or directory\n", 1))
 
     def test_links_lead_somewhere(self):
-        for document in [self.README, *(ROOT / "docs").glob("*.md"), ROOT / "CONTRIBUTING.md"]:
+        for document in [self.README, *(ROOT / "docs").glob("*.md"), ROOT / "CONTRIBUTING.md", ROOT / "SECURITY.md"]:
             for target in re.findall(r"\]\(([^)#:\s]+)\)", document.read_text()):
                 self.assertTrue((document.parent / target).exists(), (document.name, target))
 
@@ -150,7 +150,8 @@ class Readme(unittest.TestCase):
 class Packages(unittest.TestCase):
     def test_every_package_has_a_reason(self):
         reasons = (ROOT / "docs" / "dependencies.md").read_text()
-        packages = [l for l in (ROOT / "packages.txt").read_text().split("\n") if l and not l.startswith("#")]
+        lists = (ROOT / "packages.txt").read_text() + (ROOT / "packages-checks.txt").read_text()
+        packages = [l for l in lists.split("\n") if l and not l.startswith("#")]
         for package in packages:
             self.assertIn(f"`{package}`", reasons)
         self.assertEqual(sorted(re.findall(r"`([a-z][a-z0-9+-]+)`(?=[,| ].* \|)", reasons)), sorted(packages))

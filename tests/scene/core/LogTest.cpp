@@ -11,6 +11,16 @@ TEST(Log, writesLinesToStandardErrorWithControlCharactersEscaped) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "error: 100%s \\x1B[31m\\n\nwarning: 5\n");
 }
 
+TEST(Log, leavesNoticesToThoseWhoAsk) {
+    testing::internal::CaptureStderr();
+    writeLog({LogSeverity::Notice, "to nobody", {1, 2}});
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    Log heard;
+    const ScopedLogSink sink([&](const LogRecord& r) { heard.push_back(r); }, Notices::Yes);
+    writeLog({LogSeverity::Notice, "to one", {1, 2}});
+    EXPECT_EQ(heard.size(), 1U);
+}
+
 TEST(Log, goesToTheInnermostSinkOfTheThread) {
     Log outer;
     Log inner;

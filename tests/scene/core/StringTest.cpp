@@ -7,6 +7,13 @@
 
 namespace vrn::test {
 
+TEST(String, findsNoPartThatIsNotThere) {
+    EXPECT_FALSE(String("abc").contains("cd", true));
+    EXPECT_FALSE(String("ab").startsWith("ABC", true));
+    EXPECT_FALSE(String("ab").endsWith("CAB", true));
+    EXPECT_NE(String("ab").compareNoCase("abc"), 0);
+}
+
 // A handle is made in memory that may hold anything, another handle's bytes among it.
 TEST(String, ofANumberDoesNotLookAtWhatWasThere) {
     const String text = "a text that is too long to live in its handle";

@@ -25,6 +25,11 @@ TEST(TextEncoding, replacesEachByteThatIsNoUtf8) {
         EXPECT_EQ(toUtf8(c.text), c.utf8) << c.text;
 }
 
+TEST(TextEncoding, goesOnBehindWhatIsNoUtf8) {
+    EXPECT_EQ(toUtf8("\xFFo\xC3\xA4 \xC3"), "\xEF\xBF\xBDo\xC3\xA4 \xEF\xBF\xBD");
+    EXPECT_EQ(utf8Length(""), 0U);
+}
+
 TEST(TextEncoding, escapesWhatATerminalWouldObey) {
     EXPECT_EQ(escapeForTerminal("a\x1b[0m\n\t\r\x7f"), "a\\x1B[0m\\n\\t\\r\\x7F");
     EXPECT_EQ(escapeForTerminal("ä \xC2\x9B"
