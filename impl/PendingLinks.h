@@ -86,10 +86,10 @@ private:
 
     // Inputs that are made one after the other stand near each other in memory, and here too: links come in
     // much the same order, and a place at random would have to be waited for. Where a stretch of them begins is
-    // no text's to choose.
+    // no text's to choose. (Long stretches would pile up in some places.)
     [[nodiscard]] std::size_t home(const interfaces::IInput* input) const noexcept {
-        constexpr u64 stretch = 4096;
-        const u64 place = reinterpret_cast<std::uintptr_t>(input) / alignof(void*);
+        constexpr u64 stretch = 64;
+        const u64 place = reinterpret_cast<std::uintptr_t>(input) / (2 * alignof(void*));
         return (place % stretch + keyedHash(place / stretch)) & (slots_.size() - 1);
     }
     [[nodiscard]] std::size_t next(std::size_t slot) const noexcept { return (slot + 1) & (slots_.size() - 1); }
