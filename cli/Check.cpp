@@ -17,9 +17,8 @@ namespace {
 using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
 
 void writeText(JsonWriter& writer, const char* key, const String& text) {
-    const String utf8 = toUtf8(text);
     writer.Key(key);
-    writer.String(utf8.buf(), utf8.len());
+    velmo_sdk::impl::writeJsonText(writer, text);
 }
 
 void writeDiagnostic(JsonWriter& writer, const LogRecord& record) {

@@ -27,14 +27,26 @@ void SceneFile::read(Scene& scene, Notices notices) {
     if (isStandardInput() || !std::filesystem::is_regular_file(argument_.buf(), ignored))
         keep();
     const File file = open();
-    const ScopedLogSink sink([this](const LogRecord& record) { diagnostics_.push_back(record); }, notices);
+    const ScopedLogSink sink([this](const LogRecord& record) { add(record); }, notices);
     try {
         isOk_ = parseVrn(&scene, file, false);
     } catch (const ReadError& error) {
-        diagnostics_.push_back({LogSeverity::Error, error.what(), error.position()});
+        add({LogSeverity::Error, error.what(), error.position()});
     }
     if (readError_.isEmpty())
         readError_ = file.error();
+}
+
+// A text may have its name, however long, said as often as it likes: beyond many megabytes of diagnostics only the
+// beginnings of long ones are kept.
+void SceneFile::add(const LogRecord& record) {
+    constexpr std::size_t mostBytes = std::size_t(64) << 20;
+    constexpr std::size_t beginning = 200;
+    diagnostics_.push_back(record);
+    String& text = diagnostics_.back().text;
+    if (keptBytes_ > mostBytes && text.len() > beginning)
+        text = text.substring(0, beginning) + "...";
+    keptBytes_ += text.len();
 }
 
 void SceneFile::keep() {

@@ -45,11 +45,13 @@ private:
     [[nodiscard]] bool isStandardInput() const noexcept { return argument_ == "-"; }
     [[nodiscard]] vor::File open() const;
     void keep();
+    void add(const vor::LogRecord& record);
 
     vor::String argument_;
     vor::String kept_; // the text, if it can be read only once
     bool isKept_ = false;
     std::vector<vor::LogRecord> diagnostics_;
+    std::size_t keptBytes_ = 0; // of their texts
     vor::String readError_;
     bool isOk_ = false;
 };

@@ -43,6 +43,12 @@ void addScenes(CLI::App& command, SceneArguments& scenes) {
         ->capture_default_str()
         ->check(CLI::Range(vor::u64(0), vor::u64(1) << 30))
         ->type_name("COUNT");
+    command
+        .add_option("--max-unnamed", scenes.limits.unnamedElements,
+                    "How many elements a text may make by naming one behind them")
+        ->capture_default_str()
+        ->check(CLI::Range(vor::u64(0), vor::u64(1) << 60))
+        ->type_name("COUNT");
     command.add_option("--max-buffer-bytes", scenes.limits.bufferBytes, "How many bytes one buffer may take")
         ->capture_default_str()
         ->check(CLI::Range(vor::u64(0), vor::u64(1) << 60))

@@ -1,5 +1,7 @@
 #include "impl/AssignInfo.h"
 
+#include "impl/Messages.h"
+
 namespace vor::velmo_sdk::impl {
 
 void AssignInfo::clear() {
@@ -14,10 +16,9 @@ void AssignInfo::clear() {
 }
 
 String AssignInfo::valueString() const {
-    constexpr std::size_t quotedLength = 20;
     const bool isBufferValue = bufferHeadToken.type >= Token::Type::Id;
     const String text = isBufferValue ? String(valueToken.text) + "[]" : String(valueToken.text);
-    return text.len() <= quotedLength ? text : text.substring(0, quotedLength) + "...";
+    return quoted(text);
 }
 
 } // namespace vor::velmo_sdk::impl

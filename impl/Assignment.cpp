@@ -3,6 +3,7 @@
 #include "impl/VrnParser.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace vor::velmo_sdk::impl {
@@ -44,7 +45,7 @@ void VrnParser::store(PendingLinks& links, Input* input, PendingLink link) {
     const TextPosition position = link.position;
     const bool isNull = link.isNull();
     if (links.store(input, std::move(link)) && !isNull && wantsNotices())
-        logNotice(position, messages::linkReplaced, input->label().buf());
+        logNotice(position, messages::linkReplaced, quoted(input->label(), 200).buf());
 }
 
 Node* VrnParser::targetNode(const AssignInfo& info) {
@@ -124,20 +125,24 @@ Input* VrnParser::elementInput(Input* array, const Step& step) {
     const u64 index = elementIndex(array, step.token);
     giveElementType(array, step);
     if (index > array->size())
-        gaps += index - array->size();
+        unnamedElements += index - array->size();
     while (array->size() <= index)
         if (!array->appendElement())
             parseError(messages::invalidArrayIndex, String(step.token.text).trimChars("[]").buf());
     return array->element(index);
 }
 
-// Scenes may allow less for one array, and still many such arrays.
-static constexpr u64 usualArrayLimit = 16'777'216;
+// How many elements a text may make without naming them; a scene of a host may know no such limit.
+template <class Limits> static u64 unnamedLimit(const Limits& limits) noexcept {
+    if constexpr (requires { limits.unnamedElements; })
+        return limits.unnamedElements;
+    else
+        return std::numeric_limits<u64>::max();
+}
 
-// A few letters may ask for millions of elements: for as many as an array may have, but only once in a text.
 bool VrnParser::canGrow(Input* array, u64 index) const {
-    const u64 limit = scene->limits().arrayElements;
-    return index < limit && index - array->size() <= std::max(limit, usualArrayLimit) - gaps;
+    const u64 unnamed = index - array->size();
+    return index < scene->limits().arrayElements && unnamed <= unnamedLimit(scene->limits()) - unnamedElements;
 }
 
 u64 VrnParser::elementIndex(Input* array, const Token& brackets) {

@@ -57,6 +57,11 @@ VRN_MESSAGES(VRN_MESSAGE)
 #undef VRN_MESSAGE
 } // namespace messages
 
+// The beginning of a text that may be long, as a message quotes it.
+[[nodiscard]] inline String quoted(const String& text, std::size_t most = 20) {
+    return text.len() <= most ? text : text.substring(0, most) + "...";
+}
+
 // What fills the first blank of messages::decoratedError.
 inline constexpr char parseErrorKind[] = "PARSE ERROR";
 inline constexpr char bufferErrorKind[] = "BUFFER ERROR";

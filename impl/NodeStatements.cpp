@@ -88,13 +88,15 @@ bool VrnParser::parseDeclare() {
 
 // `with` in place of a type means a node that is there, whatever its type.
 void VrnParser::noticeTheType(const DeclareInfo& info, Node* node, bool isNew) const {
+    constexpr std::size_t most = 60; // of names that may be as long as the text
     const String type = info.type.text;
-    const String name = info.name.text;
+    const String shortType = quoted(type, most);
+    const String name = quoted(info.name.text, most);
     const bool isWithKeyword = keywordNumber(info.type.text) == keywordNumber("with");
     if (isNew && isWithKeyword)
-        logNotice(position(), messages::newNodeOfTypeWith, name.buf(), type.buf());
+        logNotice(position(), messages::newNodeOfTypeWith, name.buf(), shortType.buf());
     else if (!isNew && !isWithKeyword && node->type() != type)
-        logNotice(position(), messages::declaredAsOther, name.buf(), type.buf(), node->type().buf());
+        logNotice(position(), messages::declaredAsOther, name.buf(), shortType.buf(), quoted(node->type(), most).buf());
 }
 
 // `with name:` is also a declaration, and those are tried first; so this runs only for a text that no

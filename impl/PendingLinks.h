@@ -42,15 +42,16 @@ public:
     PendingLinks& operator=(const PendingLinks&) = delete;
     ~PendingLinks() { release(); }
 
-    // Whether it replaces an earlier one.
+    // Whether it replaces an earlier one that was not `null`.
     bool store(interfaces::IInput* input, PendingLink link) {
         makeRoom();
         std::size_t slot = home(input);
         for (; slots_[slot] != 0; slot = next(slot)) {
             Waiting& earlier = waiting_[slots_[slot] - 1];
             if (earlier.input == input) {
+                const bool wasNull = earlier.link.isNull();
                 earlier.link = std::move(link);
-                return true;
+                return !wasNull;
             }
         }
         waiting_.push({input, std::move(link)});

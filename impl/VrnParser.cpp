@@ -22,10 +22,20 @@ bool VrnParser::parse(IScene* target, Lexer* source) {
     scene = static_cast<Scene*>(target);
     lexer = source;
     const NameMapScope names(scene);
-    prime(); // outside of the handler: an error among the first tokens is the caller's
+    primeOrNotice();
     const bool isRead = readStatements();
     noticeTheEnd(isRead);
     return isRead;
+}
+
+// Outside of the handler of all other errors: one among the first tokens is the caller's.
+void VrnParser::primeOrNotice() {
+    try {
+        prime();
+    } catch (const ReadError&) {
+        noticeTheEnd(false);
+        throw;
+    }
 }
 
 bool VrnParser::readStatements() {

@@ -53,6 +53,7 @@ public:
     bool parse(IScene* scene, const File& file);
     bool parse(IScene* scene, Lexer* lexer);
     void prime();
+    void primeOrNotice();
     [[nodiscard]] bool readStatements();
     void noticeTheEnd(bool isRead) const;
     void parseStatements();
@@ -132,8 +133,8 @@ public:
     DefinedNodes definedNodes;
     PendingLinks pendingConnections;
     PendingLinks pendingReferences;
-    u64 gaps = 0;          // elements that came to be because one behind them was named
-    AssignInfo assignment; // the one being read; kept to use its memory again
+    u64 unnamedElements = 0; // that came to be because one behind them was named
+    AssignInfo assignment;   // the one being read; kept to use its memory again
 
 private:
     // Steps of an assignment (Assignment.cpp).

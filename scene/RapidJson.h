@@ -11,6 +11,12 @@ namespace rapidjson {
 using SizeType = std::size_t;
 }
 
+#include "scene/core/TextEncoding.h"
+
+#include <algorithm>
+#include <rapidjson/rapidjson.h>
+#include <string>
+
 namespace vor::velmo_sdk::impl {
 
 // For its readers and writers, whose own allocator takes it for granted that there is memory. Throws
@@ -34,5 +40,17 @@ private:
         return block;
     }
 };
+
+// Writes a text of any bytes as a string that any terminal may show.
+template <class Writer> void writeJsonText(Writer& writer, const String& text) {
+    const String utf8 = toUtf8(text);
+    const auto mayBeControl = [](char c) { return c == '\x7F' || c == '\xC2'; }; // all others the writer escapes
+    if (std::ranges::none_of(utf8.view(), mayBeControl)) {
+        writer.String(utf8.buf(), utf8.len());
+        return;
+    }
+    const std::string quoted = quoteForJson(utf8);
+    writer.RawValue(quoted.data(), quoted.size(), rapidjson::kStringType);
+}
 
 } // namespace vor::velmo_sdk::impl

@@ -258,10 +258,7 @@ private:
 
     void key(const char* name) { writer_.Key(name); }
 
-    void text(const String& text) {
-        const String utf8 = toUtf8(text);
-        writer_.String(utf8.buf(), utf8.len());
-    }
+    void text(const String& text) { writeJsonText(writer_, text); }
 
     template <class Real> void real(Real value) {
         char buffer[realTextCapacity];

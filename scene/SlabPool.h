@@ -70,7 +70,7 @@ private:
     void addSlab();
 
     std::size_t objectSize_;
-    Slab* slabs_ = nullptr; // the first one is where unused places are
+    Slab* slabs_ = nullptr;                 // the first one is where unused places are
     [[maybe_unused]] Slab* open_ = nullptr; // those with places that were given back
 };
 

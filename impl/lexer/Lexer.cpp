@@ -163,10 +163,13 @@ void Lexer::countForeign(std::string_view blanks) {
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     TextPosition place = nextPosition();
     for (std::size_t i = 0; i < blanks.size(); ++i) {
-        const auto offset = static_cast<std::size_t>(pos) + i;
-        const bool isMark = offset < byteOrderMark.size() && blanks[i] == byteOrderMark[offset];
-        if (isIn(blanks[i], foreignChar) && !isMark && foreignBytes_++ == 0)
+        if (isIn(blanks[i], foreignChar) && foreignBytes_++ == 0)
             firstForeignByte_ = place;
+        // A mark at the start counts for nothing, once all of it has been seen there.
+        const bool goesOn = markLength_ < byteOrderMark.size() && u64(markLength_) + 1 == foreignBytes_ &&
+                            static_cast<u64>(pos) + i == markLength_ && blanks[i] == byteOrderMark[markLength_];
+        if (goesOn && ++markLength_ == byteOrderMark.size())
+            foreignBytes_ = 0;
         place = blanks[i] == '\n' ? TextPosition{wrappingAdd(place.line, 1), 1}
                                   : TextPosition{place.line, wrappingAdd(place.column, 1)};
     }

@@ -150,6 +150,7 @@ private:
     const char* end_ = nullptr;
     bool isWindowKept_ = false;
     u64 foreignBytes_ = 0;
+    u32 markLength_ = 0; // how much of a byte-order mark has been seen
     TextPosition firstForeignByte_;
     TextKeeper texts_;
     static constexpr std::size_t largeScratch = 1 << 20; // not kept for the next token

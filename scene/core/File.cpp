@@ -15,13 +15,34 @@ String errorText(int number) {
     return text ? String(text) : String::format("Unknown error %d", number);
 }
 
+int openForReading(const String& path) {
+    // The system ends a path at a NUL; a name that holds one is no file's.
+    if (path.find('\0') >= 0) {
+        errno = ENOENT;
+        return -1;
+    }
+    int descriptor;
+    do
+        descriptor = ::open(path.buf(), O_RDONLY | O_CLOEXEC);
+    while (descriptor < 0 && errno == EINTR);
+    if (descriptor >= 0)
+        ::posix_fadvise(descriptor, 0, 0, POSIX_FADV_SEQUENTIAL);
+    return descriptor;
+}
+
 class DescriptorSource final : public ByteSource {
 public:
     DescriptorSource(int descriptor, bool isOwned) noexcept : descriptor_(descriptor), isOwned_(isOwned) {}
+
+    // To be called once, of one that has no descriptor yet; false, with the reason in errno, if it cannot be opened.
+    [[nodiscard]] bool open(const String& path) {
+        descriptor_ = openForReading(path);
+        return descriptor_ >= 0;
+    }
     DescriptorSource(const DescriptorSource&) = delete;
     DescriptorSource& operator=(const DescriptorSource&) = delete;
     ~DescriptorSource() override {
-        if (isOwned_)
+        if (isOwned_ && descriptor_ >= 0)
             ::close(descriptor_);
     }
 
@@ -41,21 +62,6 @@ private:
     bool isOwned_;
 };
 
-int openForReading(const String& path) {
-    // The system ends a path at a NUL; a name that holds one is no file's.
-    if (path.find('\0') >= 0) {
-        errno = ENOENT;
-        return -1;
-    }
-    int descriptor;
-    do
-        descriptor = ::open(path.buf(), O_RDONLY | O_CLOEXEC);
-    while (descriptor < 0 && errno == EINTR);
-    if (descriptor >= 0)
-        ::posix_fadvise(descriptor, 0, 0, POSIX_FADV_SEQUENTIAL);
-    return descriptor;
-}
-
 } // namespace
 
 bool File::State::fetch() {
@@ -74,12 +80,15 @@ bool File::State::fetch() {
 File::File() : state_(std::make_shared<State>()) {}
 
 File File::open(const String& path) {
-    const int descriptor = openForReading(path);
-    if (descriptor >= 0)
-        return fromSource(std::make_unique<DescriptorSource>(descriptor, true));
-    const String error = errorText(errno);
-    File file;
-    file.state_->error = error;
+    // All that takes memory comes first, so that no descriptor is lost when there is none.
+    auto source = std::make_unique<DescriptorSource>(-1, true);
+    DescriptorSource& opened = *source;
+    File file = fromSource(std::move(source));
+    if (!opened.open(path)) {
+        file.state_->error = errorText(errno);
+        file.state_->isOpen = false;
+        file.state_->source.reset();
+    }
     return file;
 }
 

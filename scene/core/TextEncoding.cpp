@@ -95,4 +95,27 @@ String escapeForTerminal(std::string_view text) {
     return std::string_view(out);
 }
 
+std::string quoteForJson(std::string_view utf8) {
+    std::string out = "\"";
+    const auto appendControl = [&](char c) {
+        out += "\\u00";
+        out += "0123456789ABCDEF"[static_cast<u8>(c) >> 4];
+        out += "0123456789ABCDEF"[static_cast<u8>(c) & 15];
+    };
+    for (std::size_t i = 0; i < utf8.size(); ++i) {
+        const char c = utf8[i];
+        if (isBetween(c, 0, 31) || c == 127) {
+            appendControl(c);
+        } else if (c == '\xC2' && i + 1 < utf8.size() && isBetween(utf8[i + 1], 0x80, 0x9F)) {
+            appendControl(utf8[++i]);
+        } else {
+            if (c == '"' || c == '\\')
+                out += '\\';
+            out += c;
+        }
+    }
+    out += '"';
+    return out;
+}
+
 } // namespace vor

@@ -17,6 +17,10 @@ namespace vor {
 // that are not UTF-8 become `\n`, `\t`, `\r` or `\xHH`; all else stays.
 [[nodiscard]] String escapeForTerminal(std::string_view text);
 
+// Well-formed UTF-8 as a JSON string, quotes included. Control characters become `\u00HH`, those of Latin-1 and DEL
+// among them, which JSON would let through and a terminal obey.
+[[nodiscard]] std::string quoteForJson(std::string_view utf8);
+
 // Appends one character of `text`, escaped as above, to `out`; returns how many bytes it took.
 // `text` must not be empty.
 std::size_t escapeCharacter(std::string_view text, std::string& out);

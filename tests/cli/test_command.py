@@ -157,6 +157,7 @@ class Check(Folder):
     def test_limits_can_be_set(self):
         for command in ("check", "dump", "info"):
             for option, text, problem in (("--max-array=4", b"t a; a.x[4] = 1;", "invalid input array index: 4"),
+                                          ("--max-unnamed=4", b"t a; a.x[5] = 1;", "invalid input array index: 5"),
                                           ("--max-buffer-bytes=7", b"t a; a.x = float[2] {};",
                                            "invalid buffer element count: [2]")):
                 result = run(command, option, "-", stdin=text)
@@ -165,6 +166,15 @@ class Check(Folder):
                 self.assertEqual(run(command, option.replace("4", "5").replace("7", "8"), "-", stdin=text).returncode, 0)
         for wrong in ("--max-array=-1", "--max-array=x", "--max-buffer-bytes=-1", "--max-array=9999999999"):
             self.assertEqual(run("check", wrong, "-").returncode, 2, wrong)
+
+    def test_json_holds_nothing_that_a_terminal_obeys(self):
+        text = b"t a; a.x = \"\x1b\x7f\xc2\x9b31m \xc2\xa0\"; a.x = 5 \"\x1b\x7f\xc2\x9b\";"
+        for command in (["check", "--format", "json"], ["dump"], ["dump", "--compact"]):
+            output = run(*command, "-", stdin=text).stdout
+            for control in (b"\x1b", b"\x7f", b"\xc2\x9b"):
+                self.assertNotIn(control, output, command)
+            self.assertTrue("\x7f\x9b" in json.loads(output)["diagnostics"][0]["message"] if "json" in command else
+                            json.loads(output)["nodes"][0]["inputs"][0]["value"] == "\x1b\x7f\x9b31m \xa0")
 
     def test_json_replaces_bytes_that_are_no_text(self):
         result = run("check", "--format", "json", "-", stdin=b"t a; a.x = 1 \"\xc4\";")

@@ -124,6 +124,17 @@ TEST(Assignment, leavesAnArrayAloneThatItRefuses) {
     EXPECT_EQ(r.input("a.x")->size(), 3U);
 }
 
+TEST(Assignment, makesNoMoreUnnamedElementsThanAllowed) {
+    Reading r;
+    r.scene->setLimits({.unnamedElements = 4});
+    readMore(r, "t a; a.x[2] = 1; a.y[*] = 1; a.y[2] = 2; a.z[0] = 1; a.x[1] = 1; a.z[3] = 1; a.z[2] = 1;");
+    EXPECT_EQ(r.log, (Log{error(1, 76, "PARSE ERROR (1,76): invalid input array index: 3.")}));
+    EXPECT_EQ(r.input("a.y")->size(), 3U);
+    EXPECT_EQ(r.input("a.z")->size(), 1U);
+    readMore(r, "a.z[3] = 1;"); // another text
+    EXPECT_EQ(r.log, Log{});
+}
+
 TEST(Assignment, writesElementsThatAreThereWhateverTheLimit) {
     Reading r = readText("t a; a.x[4] = 1;");
     r.scene->setLimits({.arrayElements = 2});

@@ -63,6 +63,7 @@ TEST(Notices, tellOfWhatIsTakenWithoutAWord) {
         {"t a; a.l[1] |= a.o;\na.l[1] |= a.p; a.r = a; a.r = b; a.l[0] |= a.p;",
          {notice(2, 13, "an earlier link of a.l[1] is replaced"), notice(2, 31, "an earlier link of a.r is replaced")}},
         {"t a; a.l |= a.o; a.l |= null; a.r = a; a.r = NULL;", {}}, // undone on purpose
+        {"t a; a.l |= null; a.l |= a.o; a.r = null; a.r = a;", {}}, // nothing is lost
         {"t a;\xE2\x80\x83 a.x = 1;", {notice(1, 5, foreign)}},
         {"t a;\n \xE2\x80\x83\na.x = 1;", {notice(2, 2, foreign)}},
         {"t a;\n\xC2\xA0#c\n a.x = 1;\xFE", {notice(2, 1, foreign)}},
@@ -70,6 +71,8 @@ TEST(Notices, tellOfWhatIsTakenWithoutAWord) {
         {"\xEF\xBB\xBFt a;\n", {}},
         {"\xEF\xBB\xBF\xEF\xBB\xBFt a;\n", {notice(1, 4, foreign)}},
         {"t a; a\xE2\x80\x83.x = ;", {notice(1, 7, foreign)}}, // also of a text with an error
+        {"\xE2\x80\x9C a ?", {notice(1, 1, foreign)}},         // even among the first tokens
+        {"\xEF t a;\xFE\xFE", {notice(1, 1, foreign)}},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(noticesFromMemory(c.text), c.notices) << c.text;

@@ -25,6 +25,12 @@ TEST(TextEncoding, replacesEachByteThatIsNoUtf8) {
         EXPECT_EQ(toUtf8(c.text), c.utf8) << c.text;
 }
 
+TEST(TextEncoding, quotesForJson) {
+    EXPECT_EQ(quoteForJson("a\"\\/\x1b\n\x7F\xC2\x9B\xC2\xA0\xC3\xA4"),
+              "\"a\\\"\\\\/\\u001B\\u000A\\u007F\\u009B\xC2\xA0\xC3\xA4\"");
+    EXPECT_EQ(quoteForJson(""), "\"\"");
+}
+
 TEST(TextEncoding, goesOnBehindWhatIsNoUtf8) {
     EXPECT_EQ(toUtf8("\xFFo\xC3\xA4 \xC3"), "\xEF\xBF\xBDo\xC3\xA4 \xEF\xBF\xBD");
     EXPECT_EQ(utf8Length(""), 0U);
