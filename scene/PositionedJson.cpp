@@ -28,7 +28,8 @@ public:
 
     bool Null() { return add({}); }
     bool Bool(bool value) { return add({.kind = JsonValue::Kind::Bool, .boolean = value}); }
-    // Numbers come as text: the library's own conversion to a double reads beyond its tables for some of them.
+    // Numbers come as text: the library's exact conversion to a double reads beyond its tables for some of them.
+    // (It still looks at how large they are and refuses some that have hundreds of zeros.)
     bool RawNumber(const char* text, rapidjson::SizeType length, bool) {
         JsonValue value;
         const std::string_view number(text, length);

@@ -36,6 +36,23 @@ inline std::string takeDigits(std::string& text, int radix) {
     return taken;
 }
 
+// What numbers of a list are made of; all else separates, as far as a list may hold it.
+inline bool isNumberCharacter(char c) {
+    return std::string("+-.0123456789ABCDEFINUabcdefinu").find(c) != std::string::npos;
+}
+inline bool isSeparator(char c) {
+    const bool isControl = static_cast<unsigned char>(c) < 32 || static_cast<unsigned char>(c) >= 127;
+    return c != '\xFF' && (isControl || std::string(" ()[]{},").find(c) != std::string::npos);
+}
+
+// `true`, `false`, `1` or `0`.
+inline std::optional<bool> boolean(const std::string& original) {
+    const std::string text = small(trimmed(original));
+    if (text == "true" || text == "1")
+        return true;
+    return text == "false" || text == "0" ? std::optional<bool>(false) : std::nullopt;
+}
+
 // A sign, a prefix or none, digits, for decimal ones an exponent that is not negative, and one `u`.
 template <class Integer> std::optional<Integer> integer(const std::string& original) {
     __extension__ using Wide = __int128;

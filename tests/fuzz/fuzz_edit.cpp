@@ -3,6 +3,7 @@
 #include "tests/fuzz/Fuzz.h"
 
 #include <deque>
+#include <memory>
 
 using namespace vrn::fuzz;
 
@@ -16,8 +17,16 @@ constexpr DataType dataTypes[] = {DataType::Null, DataType::Float, DataType::Vec
 
 class Editor {
 public:
-    explicit Editor(Bytes decisions) : decisions_(decisions) { limit(scene_); }
+    explicit Editor(Bytes decisions) : decisions_(decisions) {
+        limit(scene_);
+        if (decisions_.byte() % 4 == 0)
+            scene_.setCatalogue(catalogue());
+        scene_.setStrictOutputs(decisions_.byte() % 4 == 0);
+    }
+    // What is held goes before the scene or after it.
     ~Editor() {
+        if (decisions_.byte() % 2 == 0)
+            owned_.reset();
         while (!held_.empty())
             letGo();
     }
@@ -151,7 +160,19 @@ private:
         }
     }
 
-    Scene scene_;
+    static std::shared_ptr<const Catalogue> catalogue() {
+        NodeType type("a");
+        type.addInput({.name = "in", .type = AttrType::Array, .elementType = AttrType::Buffer});
+        type.addInput({.name = "x", .type = AttrType::String, .enumeration = {"one", "two"}, .isLocked = true});
+        type.addOutput("out");
+        type.renameInput("c", "in");
+        Catalogue catalogue;
+        catalogue.add(std::move(type));
+        return std::make_shared<const Catalogue>(std::move(catalogue));
+    }
+
+    std::unique_ptr<Scene> owned_ = std::make_unique<Scene>();
+    Scene& scene_ = *owned_;
     Bytes decisions_;
     std::deque<Input*> held_;
 };

@@ -1,10 +1,11 @@
 // Each parser of numbers, and each way of reading many, against slow and simple ones.
-#include "impl/lexer/CharClass.h"
 #include "impl/numbers/NumberFiller.h"
+#include "scene/core/NumberText.h"
 #include "scene/core/PlainNumber.h"
 #include "tests/fuzz/Fuzz.h"
 #include "tests/fuzz/SlowNumbers.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -40,7 +41,7 @@ template <class Number> void checkOne(std::string_view text) {
 std::vector<std::string> elementsOf(std::string_view list) {
     std::vector<std::string> elements(1);
     for (const char c : list) {
-        if (isIn(c, numberChar))
+        if (slow::isNumberCharacter(c))
             elements.back() += c;
         else if (!elements.back().empty())
             elements.emplace_back();
@@ -53,24 +54,29 @@ std::vector<std::string> elementsOf(std::string_view list) {
 // What stands in a list: number characters and separators, as the scanner lets through.
 bool isListText(std::string_view text) {
     for (const char c : text)
-        if (!isIn(c, numberChar | blankChar | listPunctuation))
+        if (!slow::isNumberCharacter(c) && !slow::isSeparator(c))
             return false;
     return true;
 }
 
-template <class Number> void checkList(std::string_view list, std::size_t piece) {
+// `more` is how many numbers more than the list has the block has room for.
+template <class Number> void checkList(std::string_view list, std::size_t piece, int more) {
     const std::vector<std::string> elements = elementsOf(list);
+    const std::size_t room = more < 0 && elements.empty() ? 0 : elements.size() + static_cast<std::size_t>(more);
+    const std::size_t count = std::min(room, elements.size());
     for (const InstructionSet set : {InstructionSet::Baseline, InstructionSet::Avx2, InstructionSet::Avx512}) {
         if (set > instructionSet())
             break;
-        std::vector<std::byte> block(elements.size() * sizeof(Number));
+        std::vector<std::byte> block(room * sizeof(Number));
         const std::unique_ptr<NumberFiller> filler = NumberFiller::make<Number>(block, set);
         for (std::string_view rest = list; !rest.empty(); rest.remove_prefix(std::min(piece, rest.size())))
             filler->take(rest.substr(0, piece));
         filler->finish();
-        require(filler->filledBytes() == block.size() && !filler->excess(), "all elements are there");
+        require(filler->filledBytes() == count * sizeof(Number), "all elements that have room are there");
+        require(filler->excess().has_value() == (count < elements.size()), "the first that has none is remembered");
+        require(!filler->excess() || *filler->excess() == String(std::string_view(elements[count])), "as it is");
         bool isRead = true;
-        for (std::size_t i = 0; i < elements.size(); ++i) {
+        for (std::size_t i = 0; i < count; ++i) {
             const std::optional<Number> expected = slow::number<Number>(elements[i]);
             Number found;
             std::memcpy(&found, block.data() + i * sizeof found, sizeof found);
@@ -79,7 +85,40 @@ template <class Number> void checkList(std::string_view list, std::size_t piece)
                 fail("element '" + elements[i] + "' in " + __PRETTY_FUNCTION__);
         }
         require(filler->isRead() == isRead, "a list is read if all of its elements are");
+        for (std::size_t i = count * sizeof(Number); i < block.size(); ++i)
+            require(block[i] == std::byte(0), "what has no number is zero");
     }
+}
+
+// Some reals between spaces, all or nothing but for those that cannot be read.
+void checkReals(std::string_view text, std::size_t count) {
+    std::vector<std::string> parts(1);
+    for (const char c : text) {
+        if (c != ' ')
+            parts.back() += c;
+        else if (!parts.back().empty())
+            parts.emplace_back();
+    }
+    if (parts.back().empty())
+        parts.pop_back();
+    double reals[mostReals + 1];
+    std::ranges::fill(reals, 55.0);
+    const bool isRead = parseReals(text, count, reals);
+    bool all = parts.size() >= count;
+    for (std::size_t i = 0; i <= mostReals; ++i) {
+        const std::optional<double> expected =
+            parts.size() >= count && i < count ? slow::real<double>(parts[i]) : std::optional<double>(55.0);
+        all = all && expected.has_value();
+        if (!isSame(reals[i], expected.value_or(55.0)))
+            fail("real " + std::to_string(i) + " of '" + std::string(text) + "'");
+    }
+    require(isRead == all, "reals are read if all of them are");
+}
+
+void checkBool(std::string_view text) {
+    const std::optional<bool> expected = slow::boolean(std::string(text));
+    bool found = false;
+    require(String::parse(text, found) == expected.has_value() && found == expected.value_or(false), "a boolean");
 }
 
 template <class Number> void check(Bytes decisions, std::size_t piece) {
@@ -89,9 +128,10 @@ template <class Number> void check(Bytes decisions, std::size_t piece) {
         return;
     for (const std::string& element : elementsOf(text))
         checkOne<Number>(element);
-    checkList<Number>(text, piece);
+    const int more = static_cast<int>(piece % 3) - 1;
+    checkList<Number>(text, piece, more);
     // The first characters of a list go one number at a time, the others many.
-    checkList<Number>(std::string(80, ' ') + std::string(text) + std::string(80, ' '), 1000);
+    checkList<Number>(std::string(80, ' ') + std::string(text) + std::string(80, ' '), 1000, more);
 }
 
 } // namespace
@@ -104,5 +144,7 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
     static constexpr Check checks[] = {check<i8>,  check<u8>,  check<i16>, check<u16>,   check<i32>,
                                        check<u32>, check<i64>, check<u64>, check<float>, check<double>};
     checks[type % std::size(checks)](decisions, piece);
+    checkBool(decisions.rest());
+    checkReals(decisions.rest(), 1 + piece % mostReals);
     return 0;
 }

@@ -10,7 +10,7 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
     for (int i = 0; i < 2; ++i) { // the second time the nodes are there already
         (void)logOf([&] { return parseString(&scene, text); });
         checkScene(scene);
-        require(!jsonOf(scene).empty(), "a scene has a picture");
+        (void)jsonOf(scene);
     }
     while (scene.nodeCount() != 0) {
         (void)scene.removeNode(scene.nodes().begin()->name());

@@ -6,7 +6,8 @@ namespace vrn::test {
 
 namespace {
 
-constexpr const char* hostile[] = {"%s%s%n",
+constexpr const char* hostile[] = {"%s%n",
+                                   "%s%s%n",
                                    "%99999999d",
                                    "\x1b[2J\x1b]0;title\x07",
                                    "\b\v\b",
@@ -47,8 +48,10 @@ TEST(HostileText, ofAnEnumerationComesOutAsItIs) {
         readCatalogue(R"({"types": {"t": {"inputs": {"kind": {"type": "String", "enum": ["%s%n"]}}}}})"));
     for (const std::string text : hostile) {
         const Reading r = readText(std::string_view("t a; a.kind = \"" + text + "\";"), catalogue);
-        const Log expected = text == "%s%n" ? Log{} : Log{r.log.at(0)};
-        EXPECT_EQ(r.log, expected);
+        if (text == "%s%n") { // which it is meant to be
+            EXPECT_EQ(r.log, Log{});
+            continue;
+        }
         EXPECT_TRUE(r.log.at(0).text.view().find("setting non-existent enum value '" + text + "' @ a.kind") !=
                     std::string_view::npos)
             << r.log.at(0).text.view();
@@ -56,7 +59,7 @@ TEST(HostileText, ofAnEnumerationComesOutAsItIs) {
 }
 
 // No text makes such names, but a host may.
-TEST(HostileText, ofNamesComesOutAsItIs) {
+TEST(HostileText, ofNamesComesOutOfLabelsAsItIs) {
     for (const std::string name : hostile) {
         Reading r;
         Input* input = r.scene->createNode("t", "a")->createInput(std::string_view(name), AttrType::Null);

@@ -150,7 +150,9 @@ TEST(Catalogue, takesNumbersOfAnyLength) {
     for (const auto& c : cases) {
         const Catalogue types =
             readCatalogue(R"({"types": {"t": {"inputs": {"x": {"type": "Real", "default": )" + c.number + "}}}}}");
-        EXPECT_EQ(types.find("t")->inputs()[0].initialValue().asReal(), c.value) << c.number;
+        const double value = types.find("t")->inputs()[0].initialValue().asReal();
+        EXPECT_EQ(value, c.value) << c.number;
+        EXPECT_EQ(std::signbit(value), std::signbit(c.value)) << c.number;
     }
 }
 
