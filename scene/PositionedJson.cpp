@@ -34,11 +34,10 @@ public:
         JsonValue value;
         const std::string_view number(text, length);
         isTooLarge_ = !vor::String::parse(number, value.real) || std::isinf(value.real);
-        if (number.find_first_of(".eE") != std::string_view::npos)
-            value.kind = JsonValue::Kind::Real;
-        else if (vor::String::parse(number, value.integer))
+        const bool isWhole = number.find_first_of(".eE") == std::string_view::npos;
+        if (isWhole && vor::String::parse(number, value.integer))
             value.kind = JsonValue::Kind::Int;
-        else if (vor::String::parse(number, value.unsignedInteger))
+        else if (isWhole && vor::String::parse(number, value.unsignedInteger))
             value.kind = JsonValue::Kind::UInt;
         else
             value.kind = JsonValue::Kind::Real;
