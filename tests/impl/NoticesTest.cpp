@@ -42,14 +42,24 @@ Log noticesByteByByte(const std::string& text) {
     });
 }
 
+struct Case {
+    std::string text;
+    Log notices;
+};
+
+// A source that knows where its text ends can say what stands behind a byte that ends it; one byte at a time, it
+// cannot.
+void expectNoticesOfAllSources(const Case& c) {
+    EXPECT_EQ(noticesFromMemory(c.text), c.notices) << c.text;
+    for (const std::size_t block : {1U, 2U, 7U, 1000U})
+        EXPECT_EQ(noticesFromFile(c.text, block), c.notices) << block << c.text;
+}
+
 } // namespace
 
 TEST(Notices, tellOfWhatIsTakenWithoutAWord) {
     const char* const foreign = "bytes outside ASCII between tokens are taken for blanks: 3 in all";
-    const struct {
-        std::string text;
-        Log notices;
-    } cases[] = {
+    const Case cases[] = {
         {"t a; a.x = 1; a.y = a; with a: .z = 2; # \xC3\xA4\nA a2; with a2: a.s = \"\xE2\x80\x83\";", {}},
         {"t a;\n\"abc", {notice(2, 4, "the text ends too early: UNEXPECTED EOF while parsing STRING")}},
         {"t a; {1 2", {notice(1, 9, "the text ends too early: UNEXPECTED EOF while parsing BRACES")}},
@@ -74,20 +84,15 @@ TEST(Notices, tellOfWhatIsTakenWithoutAWord) {
         {"\xE2\x80\x9C a ?", {notice(1, 1, foreign)}},         // even among the first tokens
         {"\xEF t a;\xFE\xFE", {notice(1, 1, foreign)}},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(noticesFromMemory(c.text), c.notices) << c.text;
+    for (const Case& c : cases) {
+        expectNoticesOfAllSources(c);
         EXPECT_EQ(noticesByteByByte(c.text), c.notices) << c.text;
-        for (const std::size_t block : {1U, 2U, 7U, 1000U})
-            EXPECT_EQ(noticesFromFile(c.text, block), c.notices) << block << c.text;
     }
 }
 
 TEST(Notices, tellWhereAByteEndsTheText) {
     const char* const ended = "a byte 0xFF ends the text; nothing behind it is read";
-    const struct {
-        std::string text;
-        Log notices;
-    } cases[] = {
+    const Case cases[] = {
         {"t a;\n\xFF t b;", {notice(2, 1, ended)}},
         {"t a;# c\xFF", {notice(1, 8, ended)}},
         {"t a; \"b\xFF\"",
@@ -95,11 +100,8 @@ TEST(Notices, tellWhereAByteEndsTheText) {
         {"t a; a.x = \"\xFF\";", {notice(1, 13, ended)}},
         {"t a; a.x = float[2] {1 \xFF};", {notice(1, 24, ended)}},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(noticesFromMemory(c.text), c.notices) << c.text;
-        for (const std::size_t block : {1U, 2U, 7U, 1000U})
-            EXPECT_EQ(noticesFromFile(c.text, block), c.notices) << block << c.text;
-    }
+    for (const Case& c : cases)
+        expectNoticesOfAllSources(c);
 }
 
 TEST(Notices, areNoPartOfTheLog) {
