@@ -5,6 +5,7 @@
 #include "scene/core/TextEncoding.h"
 
 #include <algorithm>
+#include <memory>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
@@ -13,6 +14,13 @@ namespace vrn::cli {
 using namespace vor;
 
 namespace {
+
+struct CheckOptions {
+    SceneArguments scenes;
+    std::string format = "text";
+    bool isWithoutLint = false; // or says what the reader takes without a word, too
+    bool isWarningError = false;
+};
 
 using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
 
@@ -67,8 +75,6 @@ std::string summary(const Totals& totals, std::size_t asked) {
     return text + '\n';
 }
 
-} // namespace
-
 int check(const CheckOptions& options) {
     const bool isText = options.format == "text";
     Totals totals;
@@ -89,6 +95,29 @@ int check(const CheckOptions& options) {
     if (isText)
         print(summary(totals, options.scenes.files.size()));
     return finishOutput() ? status : exitTrouble;
+}
+
+} // namespace
+
+Command checkCommand() {
+    const auto options = std::make_shared<CheckOptions>();
+    Command command{.name = "check",
+                    .what = "Say what is wrong with scenes, and where",
+                    .example = "vrn check --werror examples/*.vrn\ngenerate-scene | vrn check --format json -",
+                    .run = [options] { return check(*options); }};
+    addSceneFiles(command.options, options->scenes);
+    addReadingOptions(command.options, options->scenes);
+    command.options.push_back({.names = "--format",
+                               .help = "How to say it: text, or json (one line a file)",
+                               .target = &options->format,
+                               .value = "FORMAT",
+                               .choices = {"text", "json"}});
+    command.options.push_back({.names = "--no-lint",
+                               .help = "Say nothing of what the reader takes without a word, but may not be meant",
+                               .target = &options->isWithoutLint});
+    command.options.push_back(
+        {.names = "--werror", .help = "Let warnings fail the check, too", .target = &options->isWarningError});
+    return command;
 }
 
 } // namespace vrn::cli

@@ -5,6 +5,7 @@
 #include "scene/core/TextEncoding.h"
 
 #include <map>
+#include <memory>
 
 namespace vrn::cli {
 
@@ -73,16 +74,27 @@ std::string describe(const SceneFile& file, const Scene& scene) {
     return text;
 }
 
-} // namespace
-
-int info(const InfoOptions& options) {
-    const int status = forEachScene(options.scenes, [](const SceneFile& file, const Scene& scene) {
+int info(const SceneArguments& scenes) {
+    const int status = forEachScene(scenes, [](const SceneFile& file, const Scene& scene) {
         if (!file.isWhole())
             return;
         printError(file.diagnosticsText());
         print(describe(file, scene));
     });
     return finishOutput() ? status : exitTrouble;
+}
+
+} // namespace
+
+Command infoCommand() {
+    const auto scenes = std::make_shared<SceneArguments>();
+    Command command{.name = "info",
+                    .what = "Sum scenes up for people",
+                    .example = "vrn info examples/first_scene.vrn",
+                    .run = [scenes] { return info(*scenes); }};
+    addSceneFiles(command.options, *scenes);
+    addReadingOptions(command.options, *scenes);
+    return command;
 }
 
 } // namespace vrn::cli

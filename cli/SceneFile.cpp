@@ -15,6 +15,37 @@ namespace vrn::cli {
 using namespace vor;
 using namespace vor::velmo_sdk::impl;
 
+void addSceneFiles(std::vector<Option>& options, SceneArguments& arguments) {
+    options.push_back({.names = "FILE",
+                       .help = "Scenes to read; - is standard input",
+                       .target = &arguments.files,
+                       .completion = Completion::Scene,
+                       .isRequired = true});
+}
+
+void addReadingOptions(std::vector<Option>& options, SceneArguments& arguments) {
+    options.push_back({.names = "--types",
+                       .help = "Catalogue of node types (JSON) that new nodes follow",
+                       .target = &arguments.types,
+                       .value = "CATALOGUE.json",
+                       .completion = Completion::File});
+    options.push_back({.names = "--max-array",
+                       .help = "How many elements one array may have",
+                       .target = &arguments.limits.arrayElements,
+                       .value = "COUNT",
+                       .most = u64(1) << 30});
+    options.push_back({.names = "--max-unnamed",
+                       .help = "How many elements a text may make by naming one behind them",
+                       .target = &arguments.limits.unnamedElements,
+                       .value = "COUNT",
+                       .most = u64(1) << 60});
+    options.push_back({.names = "--max-buffer-bytes",
+                       .help = "How many bytes one buffer may take",
+                       .target = &arguments.limits.bufferBytes,
+                       .value = "BYTES",
+                       .most = u64(1) << 60});
+}
+
 static std::string readAll(File& file) {
     std::string text;
     for (char c; file.read(c);)

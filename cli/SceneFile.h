@@ -1,7 +1,7 @@
 // One file of the command line, read into a scene.
 #pragma once
 
-#include "cli/Commands.h"
+#include "cli/Command.h"
 #include "scene/Scene.h"
 #include "scene/core/File.h"
 #include "scene/core/Log.h"
@@ -12,6 +12,17 @@
 namespace vrn::cli {
 
 using vor::velmo_sdk::impl::Scene;
+
+// Which scenes a command reads, and how.
+struct SceneArguments {
+    std::vector<std::string> files; // `-` is standard input
+    std::string types;              // a catalogue, or empty
+    vor::velmo_sdk::impl::SceneLimits limits;
+};
+
+// The options that set them: the files, and those that say how to read them.
+void addSceneFiles(std::vector<Option>& options, SceneArguments& arguments);
+void addReadingOptions(std::vector<Option>& options, SceneArguments& arguments);
 
 class SceneFile {
 public:
