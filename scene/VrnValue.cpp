@@ -11,7 +11,6 @@
 #include <cmath>
 #include <memory>
 #include <optional>
-#include <ranges>
 
 namespace vor::velmo_sdk::impl {
 
@@ -145,10 +144,7 @@ public:
         const auto endOf = [&](std::size_t element) { return ends[element * each + each - 1]; };
         std::size_t begun = 0; // of what has not been written yet
         for (std::size_t next = 0; next < elements;) {
-            const std::size_t room = column_ - std::min(column_, used_) + 1;
-            const std::size_t most = std::min(elements, next + room / 2 + 1); // a number and its space at least
-            const auto fits = [&](std::size_t element) { return endOf(element) - begun <= room; };
-            std::size_t behind = *std::ranges::partition_point(std::views::iota(next, most), fits);
+            std::size_t behind = firstBeyond(begun + column_ - std::min(column_, used_) + 1, next, elements, endOf);
             if (behind == next && isBegun_) {
                 startLine();
                 continue;
@@ -179,6 +175,20 @@ public:
     }
 
 private:
+    // The first element from `next` on that ends behind a place. Each takes two characters at least.
+    template <class EndOf>
+    static std::size_t firstBeyond(std::size_t place, std::size_t next, std::size_t elements, EndOf endOf) {
+        const std::size_t begun = next == 0 ? 0 : endOf(next - 1);
+        std::size_t left = std::min(elements - next, (place - begun) / 2 + 1);
+        while (left != 0) {
+            const std::size_t half = left / 2;
+            const bool isWithin = endOf(next + half) <= place;
+            next = isWithin ? next + half + 1 : next;
+            left = isWithin ? left - half - 1 : half;
+        }
+        return next;
+    }
+
     void startLine() {
         text_.append('\n');
         text_.append(indent_, ' ');
