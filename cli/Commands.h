@@ -8,6 +8,7 @@ namespace vrn::cli {
 [[nodiscard]] Command checkCommand();
 [[nodiscard]] Command dumpCommand();
 [[nodiscard]] Command infoCommand();
+[[nodiscard]] Command fmtCommand();
 
 [[nodiscard]] std::vector<Command> allCommands();
 

@@ -13,7 +13,7 @@ KNOWS = {
     "impl/lexer": {"impl/lexer", "scene/core", "impl/Messages.h"},
     "impl/numbers": {"impl/numbers", "impl/lexer/CharClass.h", "scene/core"},
     "impl": {"impl", "impl/lexer", "impl/numbers", "scene", "scene/core"},
-    "cli": {"cli", "impl/Reader.h", "scene", "scene/core"},
+    "cli": {"cli", "impl/Formatter.h", "impl/Reader.h", "scene", "scene/core"},
 }
 LIBRARY = ("scene/core", "scene", "impl/lexer", "impl/numbers", "impl")
 
