@@ -5,14 +5,28 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <mutex>
 
 namespace vrn::cli {
 
 using vor::String;
 
+static std::mutex consoleMutex; // of all below
 static int writeErrno = 0;
+static bool hasStatus = false;
+
+static void eraseStatus() {
+    constexpr std::string_view backAndClear = "\r\x1B[K";
+    if (hasStatus)
+        std::fwrite(backAndClear.data(), 1, backAndClear.size(), stderr);
+    hasStatus = false;
+}
 
 static void put(std::string_view text, std::FILE* stream) {
+    if (text.empty())
+        return;
+    const std::lock_guard lock(consoleMutex);
+    eraseStatus();
     errno = 0;
     if (std::fwrite(text.data(), 1, text.size(), stream) != text.size() && stream == stdout && writeErrno == 0)
         writeErrno = errno;
@@ -27,11 +41,23 @@ void complain(const String& name, const String& reason) {
         String::format("vrn: %s: %s\n", vor::escapeForTerminal(name).buf(), vor::escapeForTerminal(reason).buf()));
 }
 
-bool finishOutput() {
+void showStatus(std::string_view line) {
+    const std::lock_guard lock(consoleMutex);
+    eraseStatus();
+    std::fwrite(line.data(), 1, line.size(), stderr);
+    hasStatus = !line.empty();
+}
+
+static bool flushOutput() {
+    const std::lock_guard lock(consoleMutex);
     errno = 0;
     if (std::fflush(stdout) != 0 && writeErrno == 0)
         writeErrno = errno;
-    if (writeErrno == 0 && !std::ferror(stdout))
+    return writeErrno == 0 && !std::ferror(stdout);
+}
+
+bool finishOutput() {
+    if (flushOutput())
         return true;
     complain("standard output", strerrordesc_np(writeErrno));
     return false;

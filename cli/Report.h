@@ -1,0 +1,36 @@
+// The formats in which `vrn check` says what it found.
+#pragma once
+
+#include "cli/InOrder.h"
+#include "cli/SceneFile.h"
+
+#include <memory>
+
+namespace vrn::cli {
+
+// What was found in all files.
+struct Totals {
+    std::size_t files = 0; // that could be read
+    std::size_t errors = 0;
+    std::size_t warnings = 0;
+    std::size_t unreadable = 0;
+};
+
+class Report {
+public:
+    virtual ~Report() = default;
+
+    // What is to be said of a file, also of one that could not be read, when it is its turn. May be asked for several
+    // files at once.
+    [[nodiscard]] virtual Finish about(const SceneFile& file) = 0;
+
+    // Says what remains when that of all files is said.
+    virtual void end(const Totals&) {}
+};
+
+[[nodiscard]] std::unique_ptr<Report> makeTextReport();
+[[nodiscard]] std::unique_ptr<Report> makeJsonReport();
+[[nodiscard]] std::unique_ptr<Report> makeGithubReport();
+[[nodiscard]] std::unique_ptr<Report> makeSarifReport();
+
+} // namespace vrn::cli
