@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <mutex>
+#include <string>
 
 namespace vrn::cli {
 
@@ -15,18 +16,19 @@ static std::mutex consoleMutex; // of all below
 static int writeErrno = 0;
 static bool hasStatus = false;
 
-static void eraseStatus() {
-    constexpr std::string_view backAndClear = "\r\x1B[K";
-    if (hasStatus)
-        std::fwrite(backAndClear.data(), 1, backAndClear.size(), stderr);
-    hasStatus = false;
+// At once, so that nothing flickers.
+static void replaceStatus(std::string_view line) {
+    std::string text(hasStatus ? "\r\x1B[K" : "");
+    text += line;
+    std::fwrite(text.data(), 1, text.size(), stderr);
+    hasStatus = !line.empty();
 }
 
 static void put(std::string_view text, std::FILE* stream) {
     if (text.empty())
         return;
     const std::lock_guard lock(consoleMutex);
-    eraseStatus();
+    replaceStatus("");
     errno = 0;
     if (std::fwrite(text.data(), 1, text.size(), stream) != text.size() && stream == stdout && writeErrno == 0)
         writeErrno = errno;
@@ -43,9 +45,7 @@ void complain(const String& name, const String& reason) {
 
 void showStatus(std::string_view line) {
     const std::lock_guard lock(consoleMutex);
-    eraseStatus();
-    std::fwrite(line.data(), 1, line.size(), stderr);
-    hasStatus = !line.empty();
+    replaceStatus(line);
 }
 
 static bool flushOutput() {

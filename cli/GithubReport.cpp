@@ -42,7 +42,7 @@ std::string command(const LogRecord& record, TextPosition position, const std::s
 class GithubReport final : public Report {
 public:
     Finish about(const SceneFile& file) override {
-        const std::string name = propertyText(file.displayName());
+        const std::string name = propertyText(comparablePath(file.displayName()));
         std::string text;
         if (!file.isWhole())
             text = "::error file=" + name + ",title=vrn check::" + messageText(file.readError()) + '\n';

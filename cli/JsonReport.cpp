@@ -1,10 +1,7 @@
 // Diagnostics for programs: one line of JSON a file.
 #include "cli/Console.h"
+#include "cli/Json.h"
 #include "cli/Report.h"
-#include "scene/RapidJson.h"
-
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
 
 namespace vrn::cli {
 
@@ -12,40 +9,27 @@ using namespace vor;
 
 namespace {
 
-using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
-
-void writeText(JsonWriter& writer, const char* key, const String& text) {
-    writer.Key(key);
-    velmo_sdk::impl::writeJsonText(writer, text);
-}
-
-void writeDiagnostic(JsonWriter& writer, const LogRecord& record) {
-    writer.StartObject();
-    writeText(writer, "severity", record.severity == LogSeverity::Error ? "error" : "warning");
-    writeText(writer, "message", record.text);
-    if (record.severity == LogSeverity::Notice)
-        writeText(writer, "source", "check");
-    writer.Key("line");
-    writer.Int(record.position.line);
-    writer.Key("column");
-    writer.Int(record.position.column);
-    writer.EndObject();
+std::string diagnostic(const LogRecord& record) {
+    return Json::object([&](Json& diagnostic) {
+        diagnostic.text("severity", record.severity == LogSeverity::Error ? "error" : "warning");
+        diagnostic.text("message", record.text);
+        if (record.severity == LogSeverity::Notice)
+            diagnostic.text("source", "check");
+        diagnostic.number("line", record.position.line);
+        diagnostic.number("column", record.position.column);
+    });
 }
 
 std::string jsonLine(const SceneFile& file) {
-    rapidjson::StringBuffer buffer;
-    JsonWriter writer(buffer);
-    writer.StartObject();
-    writeText(writer, "file", file.argument());
-    writer.Key("ok");
-    writer.Bool(file.isOk());
-    writer.Key("diagnostics");
-    writer.StartArray();
+    std::string diagnostics;
     for (const LogRecord& record : file.diagnostics())
-        writeDiagnostic(writer, record);
-    writer.EndArray();
-    writer.EndObject();
-    return std::string(buffer.GetString(), buffer.GetSize()) + '\n';
+        diagnostics += (diagnostics.empty() ? "" : ",") + diagnostic(record);
+    return Json::object([&](Json& line) {
+               line.text("file", file.argument());
+               line.boolean("ok", file.isOk());
+               line.list("diagnostics", diagnostics);
+           }) +
+           '\n';
 }
 
 class JsonReport final : public Report {

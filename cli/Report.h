@@ -4,7 +4,9 @@
 #include "cli/InOrder.h"
 #include "cli/SceneFile.h"
 
+#include <algorithm>
 #include <memory>
+#include <string_view>
 
 namespace vrn::cli {
 
@@ -27,6 +29,14 @@ public:
     // Says what remains when that of all files is said.
     virtual void end(const Totals&) {}
 };
+
+// The path of a file for programs that compare it with others from the same folder: they write no `./` before it.
+[[nodiscard]] inline std::string_view comparablePath(const vor::String& path) {
+    std::string_view rest = path;
+    while (rest.starts_with("./"))
+        rest.remove_prefix(std::min(rest.find_first_not_of('/', 1), rest.size()));
+    return rest;
+}
 
 [[nodiscard]] std::unique_ptr<Report> makeTextReport();
 [[nodiscard]] std::unique_ptr<Report> makeJsonReport();

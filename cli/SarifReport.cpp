@@ -1,13 +1,11 @@
 // Diagnostics as one log in SARIF 2.1.0 (Static Analysis Results Interchange Format), which editors and hosts of code
 // show. Results are written as they come; what is known only at the end stands behind them.
 #include "cli/Console.h"
+#include "cli/Json.h"
 #include "cli/Report.h"
 #include "impl/Reader.h"
-#include "scene/RapidJson.h"
 
 #include <map>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
 
 namespace vrn::cli {
 
@@ -15,46 +13,8 @@ using namespace vor;
 
 namespace {
 
-using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
-
 constexpr const char* schema =
     "https://docs.oasis-open.org/sarif/sarif/v2.1.0/errata01/os/schemas/sarif-schema-2.1.0.json";
-
-// A JSON object or member as it is written, so that their nesting is that of the code.
-class Json {
-public:
-    template <class Write> static std::string object(Write write) {
-        Json json;
-        json.writer_.StartObject();
-        write(json);
-        json.writer_.EndObject();
-        return {json.buffer_.GetString(), json.buffer_.GetSize()};
-    }
-
-    void text(const char* key, const String& value) {
-        writer_.Key(key);
-        velmo_sdk::impl::writeJsonText(writer_, value);
-    }
-    void number(const char* key, i32 value) {
-        writer_.Key(key);
-        writer_.Int(value);
-    }
-    void boolean(const char* key, bool value) {
-        writer_.Key(key);
-        writer_.Bool(value);
-    }
-    // What is JSON already.
-    void raw(const char* key, const std::string& json) {
-        writer_.Key(key);
-        writer_.RawValue(json.data(), json.size(), rapidjson::kObjectType);
-    }
-    template <class Write> void object(const char* key, Write write) { raw(key, object(write)); }
-    void list(const char* key, const std::string& items) { raw(key, '[' + items + ']'); }
-
-private:
-    rapidjson::StringBuffer buffer_;
-    JsonWriter writer_{buffer_};
-};
 
 void append(std::string& list, const std::string& item) {
     list += list.empty() ? "\n" : ",\n";
@@ -62,10 +22,10 @@ void append(std::string& list, const std::string& item) {
 }
 
 // A path as a URI: absolute ones as such, others relative to wherever the log's reader starts from.
-String uriOf(const String& path) {
+String uriOf(std::string_view path) {
     constexpr char digits[] = "0123456789ABCDEF";
-    std::string uri = path.startsWith("/") ? "file://" : "";
-    for (const char c : path.view()) {
+    std::string uri = path.starts_with('/') ? "file://" : "";
+    for (const char c : path) {
         const auto byte = static_cast<u8>(c);
         if (String::isLetter(c) || String::isDigit(c) || std::string_view("-._~/").find(c) != std::string_view::npos)
             uri += c;
@@ -82,7 +42,7 @@ std::string location(const SceneFile& file, TextPosition position) {
                 if (file.argument() == "-")
                     artifact.object("description", [](Json& message) { message.text("text", "standard input"); });
                 else
-                    artifact.text("uri", uriOf(file.argument()));
+                    artifact.text("uri", uriOf(comparablePath(file.argument())));
             });
             if (position.line > 0)
                 physical.object("region", [&](Json& region) {

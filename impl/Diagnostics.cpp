@@ -51,7 +51,7 @@ const char* messageName(const char* format) noexcept {
         const char* name;
     };
 #define VRN_MESSAGE(name, severity, text) {messages::name, #name},
-    static constexpr Named all[] = {VRN_MESSAGES(VRN_MESSAGE)};
+    static constexpr Named all[] = {{unreadablePayload, "unreadablePayload"}, VRN_MESSAGES(VRN_MESSAGE)};
 #undef VRN_MESSAGE
     const Named* const found = std::ranges::find(all, format, &Named::format);
     return found == std::end(all) ? nullptr : found->name;
