@@ -30,10 +30,13 @@ void list(const fs::path& folder, Scenes& scenes, std::vector<fs::path>& folders
     std::error_code error;
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
         const fs::path& path = entry->path();
-        std::error_code ignored;
         if (isHidden(path))
             continue;
-        if (fs::is_directory(entry->symlink_status(ignored)))
+        std::error_code unknown;
+        const bool isFolder = !entry->is_symlink(unknown) && entry->is_directory(unknown);
+        if (unknown)
+            scenes.emplace_back(path, reason(unknown));
+        else if (isFolder)
             folders.push_back(path);
         else if (path.extension() == ".vrn" && isFile(*entry))
             scenes.emplace_back(path, vor::String());
