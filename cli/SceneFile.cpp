@@ -36,7 +36,7 @@ void addSceneFilesAndFolders(std::vector<Option>& options, SceneArguments& argum
                        .help = "How many files to read at once, which takes memory for as many; 0: one a processor",
                        .target = &arguments.jobs,
                        .value = "COUNT",
-                       .most = 1024});
+                       .most = 256});
 }
 
 void addReadingOptions(std::vector<Option>& options, SceneArguments& arguments) {
@@ -280,7 +280,7 @@ int forEachScene(const SceneArguments& arguments, const std::function<void(const
         visit(file, scene);
         return Finish();
     };
-    SceneArguments oneByOne = arguments;
+    SceneArguments oneByOne = arguments; // such a visit knows nothing of threads
     oneByOne.jobs = 1;
     return visitScenes(oneByOne, visitAtOnce, notices);
 }

@@ -1,9 +1,11 @@
 """The formats of `vrn check` that other programs show."""
 import json
 import os
+import re
+import subprocess
 import unittest
 
-from command import Folder, ROOT, run
+from command import Folder, ROOT, VRN, run
 
 WORDS = "t a; a.b = true;\na.b = 1.5; a.f = float[2] {1};\nu a;\n"
 
@@ -111,6 +113,23 @@ class Sarif(Folder):
         notification = invocation["toolExecutionNotifications"][0]
         self.assertEqual(notification["message"]["text"], "No such file or directory")
         self.assertEqual(notification["locations"][0]["physicalLocation"], {"artifactLocation": {"uri": "nowhere"}})
+
+
+class Page(unittest.TestCase):
+    def test_sessions_are_what_the_command_prints(self):
+        sessions = re.findall(r"^```console\n\$ vrn ([^\n]*)\n(.*?)^```$", (ROOT / "docs/check.md").read_text(), re.M | re.S)
+        self.assertEqual(len(sessions), 2)
+        for arguments, shown in sessions:
+            self.assertEqual(run(*arguments.split(), cwd=ROOT).stdout.decode(), shown)
+
+    def test_hook_checks_what_is_staged(self):
+        hook = re.search(r"^```sh\n(.*?)^```$", (ROOT / "docs/check.md").read_text(), re.M | re.S).group(1)
+        # What git would print.
+        staged = "printf '%s\\0' examples/spot.vrn tests/data/reject/008_no_value.vrn"
+        hook = re.sub(r"git diff .*?(?= \|)", lambda _: staged, hook).replace("vrn check", VRN + " check")
+        result = subprocess.run(hook, shell=True, cwd=ROOT, capture_output=True)
+        self.assertNotEqual(result.returncode, 0)
+        self.assertIn(b"2 files checked: 1 error", result.stdout)
 
 
 if __name__ == "__main__":
