@@ -3,6 +3,7 @@
 #include "cli/Console.h"
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -10,7 +11,6 @@
 namespace vrn::cli {
 
 using namespace vor;
-using namespace std::chrono_literals;
 
 namespace {
 
@@ -72,7 +72,7 @@ void Progress::advance(u64 bytes) {
     const Clock::time_point now = Clock::now();
     if (now < next_)
         return;
-    next_ = now + 100ms;
+    next_ = now + std::chrono::milliseconds(100);
     showStatus(
         line(std::chrono::duration_cast<std::chrono::milliseconds>(now - begin_)).substr(0, terminalWidth() - 1));
 }
@@ -91,7 +91,7 @@ std::string Progress::line(std::chrono::milliseconds elapsed) const {
         return "Reading: " + sizeText(read_) + ", " + speedText;
     const double left = static_cast<double>(*total_ - read_) / speed;
     return "Reading: " + sizeText(read_) + " of " + sizeText(*total_) + ", " + speedText + ", " +
-           secondsText(static_cast<u64>(left + 0.5)) + " left";
+           secondsText(static_cast<u64>(std::ceil(left))) + " left";
 }
 
 } // namespace vrn::cli

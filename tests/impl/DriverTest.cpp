@@ -199,7 +199,7 @@ TEST(Driver, everyMessageHasTheNameOfItsKind) {
     EXPECT_EQ(namesOf("t a; a.x = ;"), Names{"badToken"});
     EXPECT_EQ(namesOf("t a; b.x = 1;"), Names{"nodeNotFound"});
     EXPECT_EQ(namesOf("t a; a.x = byte[1] {1 2};"), Names{"tooManyElements"});
-    EXPECT_EQ(namesOf("t a; a.x = byte[1] {.zz};"), Names{"unreadablePayload"});
+    EXPECT_EQ(namesOf("t a; a.x = byte[1] {.78i};"), Names{"unreadablePayload"});
     EXPECT_EQ(namesOf("t a; a.x = true; a.x = 1.5; u a;"), (Names{"typeError", "declaredAsOther"}));
     EXPECT_EQ(messageName(nullptr), nullptr);
     EXPECT_EQ(messageName("of nobody"), nullptr);
