@@ -67,7 +67,7 @@ std::unique_ptr<BufferReader> VrnParser::openBuffer(DataType type, const String&
 
 void VrnParser::report(const BufferReader& reader, const AssignInfo& info) {
     if (!reader.payloadError().isEmpty())
-        parseError("%s", reader.payloadError().buf());
+        parseError(unreadablePayload, reader.payloadError().buf());
     if (reader.isPayload())
         return;
     const String keywordText = info.valueToken.text;
