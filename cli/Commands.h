@@ -8,6 +8,10 @@ namespace vrn::cli {
 [[nodiscard]] Command checkCommand();
 [[nodiscard]] Command dumpCommand();
 [[nodiscard]] Command infoCommand();
+[[nodiscard]] Command treeCommand();
+[[nodiscard]] Command graphCommand();
+[[nodiscard]] Command diffCommand();
+[[nodiscard]] Command queryCommand();
 
 [[nodiscard]] std::vector<Command> allCommands();
 
