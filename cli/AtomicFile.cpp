@@ -13,11 +13,11 @@ namespace {
 
 [[noreturn]] void fail(int error) { throw std::system_error(error, std::generic_category()); }
 
-// Devices and pipes are written to, not replaced; here nobody would notice the difference until too late.
+// A device or a pipe would be replaced by a file.
 void refuseWhatIsNoFile(const std::string& path) {
     struct stat status {};
     if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode))
-        fail(S_ISDIR(status.st_mode) ? EISDIR : EEXIST);
+        fail(S_ISDIR(status.st_mode) ? EISDIR : ENOTSUP);
 }
 
 } // namespace

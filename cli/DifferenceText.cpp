@@ -139,6 +139,11 @@ void writeText(JsonWriter& writer, const char* key, const std::optional<std::str
     writer.Null();
 }
 
+void writeDigits(JsonWriter& writer, const char* key, const std::string& digits) {
+    writer.Key(key);
+    writer.RawValue(digits.data(), digits.size(), rapidjson::kNumberType);
+}
+
 void writeNumbers(JsonWriter& writer, const NumbersDifference& numbers) {
     const auto integer = [&](const char* key, u64 number) {
         writer.Key(key);
@@ -168,6 +173,11 @@ void writeSides(JsonWriter& writer, const Difference& difference) {
         writer.Key("index");
         writer.Uint64(difference.index);
     }
+    if (difference.aspect == Aspect::Version || difference.aspect == Aspect::Count) {
+        writeDigits(writer, "before", *difference.before);
+        writeDigits(writer, "after", *difference.after);
+        return;
+    }
     writeText(writer, "before", difference.before);
     writeText(writer, "after", difference.after);
 }
@@ -177,7 +187,7 @@ void writeSides(JsonWriter& writer, const Difference& difference) {
 std::string differenceLine(const Difference& difference, const Style& style) {
     const std::string line = headline(difference, style);
     if (difference.aspect == Aspect::Node)
-        return line + " (" + style.type(escapedShort(difference.node->type())) + ")\n";
+        return line + " (" + style.type(typeText(*difference.node)) + ")\n";
     return line + ": " + detail(difference, style) + '\n';
 }
 
@@ -193,7 +203,7 @@ void printJson(const Difference& difference) {
             writeSides(writer, difference);
         } else {
             const Input* input = difference.inputBefore ? difference.inputBefore : difference.inputAfter;
-            writeJsonMember(writer, "type", difference.node ? difference.node->type().view() : typeText(*input));
+            writeJsonMember(writer, "type", difference.node ? typeText(*difference.node) : typeText(*input));
         }
         writer.EndObject();
     });

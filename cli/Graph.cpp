@@ -124,8 +124,7 @@ Command graphCommand() {
                                .isRequired = true});
     addReadingOptions(command.options, options->scenes);
     command.options.push_back({.names = "-o,--output",
-                               .help = "Where to write: a name that ends in .dot, .svg, .png or .pdf; without it, DOT "
-                                       "goes to standard output",
+                               .help = "A file that ends in .dot, .svg, .png or .pdf; or DOT goes to standard output",
                                .target = &options->output,
                                .value = "OUT",
                                .completion = Completion::File});

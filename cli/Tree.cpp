@@ -36,8 +36,7 @@ public:
                 nodes.push_back(&node);
         for (const Node* node : nodes) {
             const bool isLast = node == nodes.back();
-            const String type = node->isDefinition() ? String("definition") : node->type();
-            line(isLast, style_.name(escapedShort(node->name())) + " (" + style_.type(escapedShort(type)) + ')');
+            line(isLast, style_.name(escapedShort(node->name())) + " (" + style_.type(typeText(*node)) + ')');
             if (options_.depth > 0)
                 drawInputs(node->inputs(), isLast);
         }

@@ -1,7 +1,6 @@
 #include "cli/ValueText.h"
 
 #include "cli/Console.h"
-#include "scene/Node.h"
 #include "scene/core/TextEncoding.h"
 
 namespace vrn::cli {
@@ -36,6 +35,8 @@ std::string typeText(const Input& input) {
                        input.size());
     return attrTypeName(input.type());
 }
+
+std::string typeText(const impl::Node& node) { return node.isDefinition() ? "definition" : escapedShort(node.type()); }
 
 std::string valueText(const Input& input) {
     const AttrData& value = input.value();

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "cli/Style.h"
-#include "scene/Input.h"
+#include "scene/Node.h"
 #include "scene/core/NumberText.h"
 
 #include <concepts>
@@ -45,6 +45,9 @@ inline constexpr std::size_t shortLength = 60;
 
 // The type: `Real`, `vec3f[413]` for a buffer, `Real[3]` for an array, `Array[3]` while its element type is open.
 [[nodiscard]] std::string typeText(const Input& input);
+
+// The type of a node, cut and fit for a terminal; of a definition, that it is one.
+[[nodiscard]] std::string typeText(const vor::velmo_sdk::impl::Node& node);
 
 // All of the value on one line, a string as it is; what a reference or connection leads to; for buffers and arrays the
 // type, for an object `{2 members}`.

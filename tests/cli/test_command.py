@@ -1,37 +1,15 @@
-"""The command, as a person or a script would run it. VRN names the program."""
+"""The command, as a person or a script would run it."""
 import json
 import os
 import pathlib
 import shlex
 import subprocess
-import tempfile
 import unittest
 
-VRN = os.environ["VRN"]
-ROOT = pathlib.Path(__file__).resolve().parents[2]
+from command import ROOT, VRN, Folder, run
+
 DATA = ROOT / "tests" / "data"
 TEXTS = sorted(DATA.glob("accept/*.vrn")) + sorted(DATA.glob("reject/*.vrn"))
-
-
-def run(*arguments, stdin=b"", **more):
-    return subprocess.run([VRN, *map(str, arguments)], input=stdin, capture_output=True, timeout=300, **more)
-
-
-class Folder(unittest.TestCase):
-    """A test in a folder of its own."""
-
-    def setUp(self):
-        temporary = tempfile.TemporaryDirectory()
-        self.addCleanup(temporary.cleanup)
-        self.folder = pathlib.Path(temporary.name)
-
-    def file(self, name, content):
-        path = self.folder / name
-        path.write_bytes(content if isinstance(content, bytes) else content.encode())
-        return path
-
-    def run_here(self, *arguments, **more):
-        return run(*arguments, cwd=self.folder, **more)
 
 
 class Check(Folder):
@@ -358,7 +336,7 @@ class Usage(unittest.TestCase):
     def test_help_has_an_example_for_each_command(self):
         overview = run("--help")
         self.assertEqual(overview.returncode, 0)
-        for command in ("check", "dump", "info"):
+        for command in ("check", "dump", "info", "tree", "graph", "diff", "query"):
             self.assertIn(f"vrn {command}", overview.stdout.decode())
             text = run(command, "--help")
             self.assertEqual(text.returncode, 0)
