@@ -5,7 +5,7 @@
 #include "cli/SceneFile.h"
 #include "cli/Style.h"
 
-#include <algorithm>
+#include <cmath>
 #include <memory>
 
 namespace vrn::cli {
@@ -52,6 +52,10 @@ int printDifferences(const DiffOptions& options, const Scene& before, const Scen
 }
 
 int diff(const DiffOptions& options) {
+    if (std::isnan(options.tolerance)) {
+        complain("--tolerance", "expected a distance, found nan");
+        return exitTrouble;
+    }
     if (options.before == "-" && options.after == "-") {
         complain("-", "standard input can be only one of both scenes; name a file for the other");
         return exitTrouble;

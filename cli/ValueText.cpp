@@ -22,7 +22,16 @@ std::string escapedShort(std::string_view text, std::size_t length) {
     return std::string(escapeForTerminal(shortened(text, length)).view());
 }
 
-std::string quotedShort(std::string_view text) { return quoteForJson(toUtf8(std::string_view(shortened(text)))); }
+std::string quotedShort(std::string_view text) {
+    const std::string cut = shortened(text);
+    std::string quoted = "\"";
+    for (std::string_view left = cut; !left.empty();) {
+        if (left[0] == '"' || left[0] == '\\')
+            quoted += '\\';
+        left.remove_prefix(escapeCharacter(left, quoted));
+    }
+    return quoted + '"';
+}
 
 std::string dataTypeText(DataType type) { return std::string(String(dataTypeName(type)).toLower().view()); }
 

@@ -36,7 +36,7 @@ template <class Number> void appendNumbers(std::string& text, std::span<const Nu
 inline constexpr std::size_t shortLength = 60;
 [[nodiscard]] std::string shortened(std::string_view text, std::size_t length = shortLength);
 
-// The same, fit for a terminal, and in quotes.
+// The same, fit for a terminal; and in quotes, as in a text.
 [[nodiscard]] std::string escapedShort(std::string_view text, std::size_t length = shortLength);
 [[nodiscard]] std::string quotedShort(std::string_view text);
 
