@@ -16,20 +16,14 @@ namespace {
 constexpr std::size_t mostRows = 40; // of a node; the other links share one more
 constexpr std::size_t mostCharacters = 40;
 
-// A text for the inside of an HTML-like label.
+// A text for the inside of an HTML-like label, where backslashes begin escapes of DOT's own, too.
 std::string escapedHtml(std::string_view text) {
     std::string escaped;
     for (const char c : escapedShort(text, mostCharacters)) {
-        if (c == '&')
-            escaped += "&amp;";
-        else if (c == '<')
-            escaped += "&lt;";
-        else if (c == '>')
-            escaped += "&gt;";
-        else if (c == '"')
-            escaped += "&quot;";
+        if (c == '&' || c == '<' || c == '>' || c == '"')
+            escaped += "&#" + std::to_string(int(c)) + ';';
         else
-            escaped += c;
+            escaped += c == '\\' ? "\\\\" : std::string(1, c);
     }
     return escaped.empty() ? " " : escaped;
 }
