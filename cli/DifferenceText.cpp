@@ -78,7 +78,7 @@ std::string valuesText(const Difference& difference) {
 }
 
 std::string headline(const Difference& difference, const Style& style) {
-    const auto say = [&](char sign, std::string text) {
+    const auto say = [&](char sign, const std::string& text) {
         const std::string line = sign + (' ' + text);
         switch (difference.change) {
         case Change::Added:

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <map>
+#include <unordered_map>
 
 namespace vrn::cli {
 
@@ -45,45 +46,53 @@ Shades shadesOf(const Node& node) {
     return {"0." + digits + " 0.22 0.98", "0." + digits + " 0.85 0.55"};
 }
 
-// What of a node links begin and end at.
-class Ports {
-public:
-    // The row of an input or output, made when it is asked for first.
-    std::size_t row(const void* key, const String& name) {
-        const auto [place, isNew] = rows_.try_emplace(key, names_.size());
-        if (isNew)
-            names_.push_back(name);
-        return std::min(place->second, mostRows);
+std::string shownName(const Output& output) { return escapedHtml(output.name()); }
+
+// The input's path without its node.
+std::string shownName(const Input& input) {
+    std::vector<const Input*> steps;
+    for (const Input* step = &input; step; step = step->parent())
+        steps.push_back(step);
+    std::string path;
+    for (auto step = steps.rbegin(); step != steps.rend() && path.size() <= mostCharacters; ++step) {
+        const String name = (*step)->name();
+        if ((*step)->isElement())
+            path += '[' + std::string(name.view()) + ']';
+        else
+            path += (path.empty() ? "" : ".") + std::string(name.view());
     }
-    [[nodiscard]] std::size_t shown() const { return std::min(names_.size(), mostRows + 1); }
+    return escapedHtml(path);
+}
+
+// The inputs or outputs of a node that are linked, each in a row of its own as far as there is room.
+template <class Port> class Ports {
+public:
+    void add(const Port* port) {
+        if (rows_.try_emplace(port, ports_.size()).second)
+            ports_.push_back(port);
+    }
+    [[nodiscard]] std::size_t row(const Port* port) const { return std::min(rows_.at(port), mostRows); }
+    [[nodiscard]] std::size_t shown() const { return std::min(ports_.size(), mostRows + 1); }
     [[nodiscard]] std::string text(std::size_t row) const {
-        const std::size_t rest = names_.size() - mostRows;
-        return row < mostRows || rest == 1 ? escapedHtml(names_[row]) : "... " + std::to_string(rest) + " more";
+        const bool isShared = row == mostRows && ports_.size() > mostRows + 1;
+        return isShared ? "... " + std::to_string(ports_.size() - mostRows) + " more" : shownName(*ports_[row]);
     }
 
 private:
-    std::map<const void*, std::size_t> rows_;
-    std::vector<String> names_;
+    std::unordered_map<const Port*, std::size_t> rows_;
+    std::vector<const Port*> ports_;
 };
 
 struct NodePorts {
-    Ports inputs;
-    Ports outputs;
+    Ports<Input> inputs;
+    Ports<Output> outputs;
 };
 
-// The input's path without its node.
-String pathInNode(const Input& input) {
-    const std::size_t nodeLength = input.node()->key().len() + 1;
-    const String label = input.label();
-    return label.substring(nodeLength, label.len());
-}
-
-std::string cell(char side, std::size_t row, const Ports& ports, const Ports& opposite) {
+template <class Port> std::string cell(char side, std::size_t row, const Ports<Port>& ports, bool isAlone) {
     if (row >= ports.shown())
         return {};
-    const std::string span = row < opposite.shown() ? "" : " COLSPAN=\"2\"";
     return std::string("<TD PORT=\"") + side + std::to_string(row) + "\" ALIGN=\"" + (side == 'i' ? "LEFT" : "RIGHT") +
-           '"' + span + "><FONT POINT-SIZE=\"10\">" + ports.text(row) + "</FONT></TD>";
+           (isAlone ? "\" COLSPAN=\"2" : "") + "\"><FONT POINT-SIZE=\"10\">" + ports.text(row) + "</FONT></TD>";
 }
 
 std::string nodeText(std::size_t index, const Node& node, const NodePorts& ports) {
@@ -97,9 +106,10 @@ std::string nodeText(std::size_t index, const Node& node, const NodePorts& ports
                        "BGCOLOR=\"" +
                        shades.fill + "\"><B>" + escapedHtml(node.name()) +
                        "</B><BR/><FONT POINT-SIZE=\"10\" COLOR=\"#404040\">" + type + "</FONT></TD></TR>";
-    const std::size_t rows = std::max(ports.inputs.shown(), ports.outputs.shown());
-    for (std::size_t row = 0; row < rows; ++row)
-        text += "<TR>" + cell('i', row, ports.inputs, ports.outputs) + cell('o', row, ports.outputs, ports.inputs) +
+    const std::size_t inputs = ports.inputs.shown();
+    const std::size_t outputs = ports.outputs.shown();
+    for (std::size_t row = 0; row < std::max(inputs, outputs); ++row)
+        text += "<TR>" + cell('i', row, ports.inputs, row >= outputs) + cell('o', row, ports.outputs, row >= inputs) +
                 "</TR>";
     return text + "</TABLE>>];\n";
 }
@@ -127,9 +137,9 @@ std::vector<const LinkEdge*> opposites(const LinkGraph& graph) {
 
 class EdgeWriter {
 public:
-    EdgeWriter(const LinkGraph& graph, std::vector<NodePorts>& ports) : graph_(graph), ports_(ports) {}
+    EdgeWriter(const LinkGraph& graph, const std::vector<NodePorts>& ports) : graph_(graph), ports_(ports) {}
 
-    [[nodiscard]] std::string write() {
+    [[nodiscard]] std::string write() const {
         const std::vector<const LinkEdge*> opposite = opposites(graph_);
         std::string text;
         for (std::size_t i = 0; i < graph_.edges.size(); ++i) {
@@ -146,19 +156,19 @@ public:
 private:
     static bool isElement(const LinkEdge& edge) { return edge.input->isElement(); }
 
-    [[nodiscard]] std::string inputPort(const LinkEdge& edge) {
-        return 'n' + std::to_string(edge.to) + ":i" + std::to_string(ports_[edge.to].inputs.row(edge.input, {}));
+    [[nodiscard]] std::string inputPort(const LinkEdge& edge) const {
+        return 'n' + std::to_string(edge.to) + ":i" + std::to_string(ports_[edge.to].inputs.row(edge.input));
     }
 
-    [[nodiscard]] std::string single(const LinkEdge& edge) {
+    [[nodiscard]] std::string single(const LinkEdge& edge) const {
         const std::string source =
-            edge.output ? 'o' + std::to_string(ports_[edge.from].outputs.row(edge.output, {})) : "title";
+            edge.output ? 'o' + std::to_string(ports_[edge.from].outputs.row(edge.output)) : "title";
         return "  n" + std::to_string(edge.from) + ':' + source + ":e -> " + inputPort(edge) + ":w [color=\"" +
                colour(edge.from) + '"' + (edge.output ? "" : ", style=dashed") + "];\n";
     }
 
     // Two opposite references as one line, the node of the first one, which has a list, on the left.
-    [[nodiscard]] std::string both(const LinkEdge& list, const LinkEdge& other) {
+    [[nodiscard]] std::string both(const LinkEdge& list, const LinkEdge& other) const {
         return "  " + inputPort(list) + ":e -> " + inputPort(other) + ":w [color=\"" + colour(list.to) +
                "\", style=dashed, dir=both];\n";
     }
@@ -166,7 +176,7 @@ private:
     [[nodiscard]] std::string colour(std::size_t node) const { return shadesOf(*graph_.nodes[node]).line; }
 
     const LinkGraph& graph_;
-    std::vector<NodePorts>& ports_;
+    const std::vector<NodePorts>& ports_;
 };
 
 constexpr const char* opening = "digraph scene {\n"
@@ -179,14 +189,16 @@ constexpr const char* opening = "digraph scene {\n"
 std::string dotText(const LinkGraph& graph) {
     std::vector<NodePorts> ports(graph.nodes.size());
     for (const LinkEdge& edge : graph.edges) {
-        ports[edge.to].inputs.row(edge.input, pathInNode(*edge.input));
+        ports[edge.to].inputs.add(edge.input);
         if (edge.output)
-            ports[edge.from].outputs.row(edge.output, edge.output->name());
+            ports[edge.from].outputs.add(edge.output);
     }
     std::string text = opening;
     for (std::size_t i = 0; i < graph.nodes.size(); ++i)
         text += nodeText(i, *graph.nodes[i], ports[i]);
-    return text + EdgeWriter(graph, ports).write() + "}\n";
+    text += EdgeWriter(graph, ports).write();
+    text += "}\n";
+    return text;
 }
 
 } // namespace vrn::cli

@@ -30,6 +30,8 @@ template <class Number> [[nodiscard]] double distance(Number a, Number b) {
         if (std::isnan(apart))
             return std::numeric_limits<double>::infinity();
         return std::max(apart, std::numeric_limits<double>::denorm_min()); // never 0 where they are not equal
+    } else if constexpr (sizeof(Number) < sizeof(vor::u64)) {
+        return std::abs(static_cast<double>(a) - static_cast<double>(b));
     } else {
         const auto wideA = static_cast<vor::u64>(a);
         const auto wideB = static_cast<vor::u64>(b);

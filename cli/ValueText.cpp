@@ -26,7 +26,7 @@ std::string quotedShort(std::string_view text) {
     const std::string cut = shortened(text);
     std::string quoted = "\"";
     for (std::string_view left = cut; !left.empty();) {
-        if (left[0] == '"' || left[0] == '\\')
+        if (left.starts_with('"') || left.starts_with('\\'))
             quoted += '\\';
         left.remove_prefix(escapeCharacter(left, quoted));
     }
@@ -36,7 +36,7 @@ std::string quotedShort(std::string_view text) {
 std::string dataTypeText(DataType type) { return std::string(String(dataTypeName(type)).toLower().view()); }
 
 std::string typeText(const Input& input) {
-    const auto counted = [](std::string type, u64 count) { return type + '[' + std::to_string(count) + ']'; };
+    const auto counted = [](const std::string& type, u64 count) { return type + '[' + std::to_string(count) + ']'; };
     if (input.type() == AttrType::Buffer)
         return counted(dataTypeText(input.dataType()), input.value().count());
     if (input.type() == AttrType::Array)

@@ -113,6 +113,10 @@ class Dot(Folder):
         texts = [t.text for t in xml.etree.ElementTree.fromstring(drawn.stdout).iter("{http://www.w3.org/2000/svg}text")]
         self.assertIn("<b>&\"\\N\\x1B\u00e4]", texts)
 
+    def test_long_names_cost_once(self):
+        text = b"t " + b"n" * 1000000 + b":" + b"".join(b".x%d |= a.o;" % i for i in range(5000)) + b"t a;"
+        self.assertLess(len(graph("-", stdin=text).stdout), 1000000)
+
     def test_empty_and_deep_scenes(self):
         self.assertEqual(names(graph("-").stdout.decode()), {})
         result = graph("-", stdin=b"t a; a" + b".b" * 100000 + b" = a;")
