@@ -6,9 +6,13 @@
 namespace vrn::cli {
 
 [[nodiscard]] Command checkCommand();
-[[nodiscard]] Command dumpCommand();
-[[nodiscard]] Command infoCommand();
 [[nodiscard]] Command fmtCommand();
+[[nodiscard]] Command infoCommand();
+[[nodiscard]] Command treeCommand();
+[[nodiscard]] Command queryCommand();
+[[nodiscard]] Command graphCommand();
+[[nodiscard]] Command diffCommand();
+[[nodiscard]] Command dumpCommand();
 
 [[nodiscard]] std::vector<Command> allCommands();
 

@@ -1,12 +1,14 @@
+#include "cli/AtomicFile.h"
 #include "cli/Commands.h"
 #include "cli/Console.h"
-#include "cli/OutputFile.h"
 #include "cli/TextFile.h"
 #include "impl/Formatter.h"
 #include "scene/core/TextEncoding.h"
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
+#include <system_error>
 
 namespace vrn::cli {
 
@@ -42,10 +44,15 @@ int use(const TextFile& file, const std::string& formatted, const FmtOptions& op
     }
     if (isSame)
         return exitOk;
-    const String reason = replaceFile(file.argument(), formatted);
-    if (!reason.isEmpty())
-        complain(file.displayName(), reason);
-    return reason.isEmpty() ? exitOk : exitTrouble;
+    try {
+        AtomicFile output(file.argument().buf());
+        output.write(formatted);
+        output.commit();
+    } catch (const std::system_error& error) {
+        complain(file.displayName(), strerrordesc_np(error.code().value()));
+        return exitTrouble;
+    }
+    return exitOk;
 }
 
 int fmt(const std::string& name, const FmtOptions& options) {

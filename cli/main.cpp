@@ -9,7 +9,10 @@
 
 namespace vrn::cli {
 
-std::vector<Command> allCommands() { return {checkCommand(), dumpCommand(), infoCommand(), fmtCommand()}; }
+std::vector<Command> allCommands() {
+    return {checkCommand(), fmtCommand(),   infoCommand(), treeCommand(),
+            queryCommand(), graphCommand(), diffCommand(), dumpCommand()};
+}
 
 } // namespace vrn::cli
 
