@@ -38,10 +38,11 @@ void print(std::string_view text) { put(text, stdout); }
 
 void printError(std::string_view text) { put(text, stderr); }
 
-void complain(const String& name, const String& reason) {
-    printError(
-        String::format("vrn: %s: %s\n", vor::escapeForTerminal(name).buf(), vor::escapeForTerminal(reason).buf()));
+String complaintText(const String& name, const String& reason) {
+    return String::format("vrn: %s: %s\n", vor::escapeForTerminal(name).buf(), vor::escapeForTerminal(reason).buf());
 }
+
+void complain(const String& name, const String& reason) { printError(complaintText(name, reason).view()); }
 
 void showStatus(std::string_view line) {
     const std::lock_guard lock(consoleMutex);

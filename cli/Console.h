@@ -23,8 +23,9 @@ inline constexpr const char* programPurpose =
 void print(std::string_view text);
 void printError(std::string_view text);
 
-// Writes `vrn: NAME: REASON` to standard error.
+// Writes `vrn: NAME: REASON` to standard error; or gives that line.
 void complain(const vor::String& name, const vor::String& reason);
+[[nodiscard]] vor::String complaintText(const vor::String& name, const vor::String& reason);
 
 // A line at the bottom of the terminal that standard error is: each call rewrites it, an empty one takes it away,
 // and so does whatever is printed next. No line feed may be in it.

@@ -1,6 +1,8 @@
 #include "cli/AtomicFile.h"
 #include "cli/Commands.h"
 #include "cli/Console.h"
+#include "cli/InOrder.h"
+#include "cli/SceneFolders.h"
 #include "cli/TextFile.h"
 #include "impl/Formatter.h"
 #include "scene/core/TextEncoding.h"
@@ -8,6 +10,7 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <system_error>
 
 namespace vrn::cli {
@@ -20,55 +23,71 @@ namespace {
 struct FmtOptions {
     std::vector<std::string> files;
     u64 column = FormatOptions().column;
+    u64 jobs = 1;
     bool isCheck = false;
     bool isInPlace = false;
 };
 
-// A text that cannot be formatted is an error in it, and it stays as it is.
-int refuse(const TextFile& file, const FormatError& error) {
-    printError(String::format("%s:%d:%d: error: %s; not formatted\n", escapeForTerminal(file.displayName()).buf(),
-                              error.position().line, error.position().column, escapeForTerminal(error.what()).buf()));
-    return exitErrors;
+// What became of one file: what to say of it, and its exit status.
+struct Outcome {
+    int status = exitOk;
+    std::string output{};
+    std::string complaint{};
+};
+
+Outcome trouble(const String& name, const String& reason) {
+    return {.status = exitTrouble, .complaint = std::string(complaintText(name, reason).view())};
 }
 
-int use(const TextFile& file, const std::string& formatted, const FmtOptions& options) {
-    const bool isSame = formatted == file.text().view();
-    if (options.isCheck) {
-        if (!isSame)
-            print(std::string(escapeForTerminal(file.displayName()).view()) + '\n');
-        return isSame ? exitOk : exitErrors;
-    }
-    if (!options.isInPlace || file.isStandardInput()) {
-        print(formatted);
-        return exitOk;
-    }
-    if (isSame)
-        return exitOk;
+// A text that cannot be formatted is an error in it, and it stays as it is.
+Outcome refused(const TextFile& file, const FormatError& error) {
+    const String name = escapeForTerminal(file.displayName());
+    const String text = String::format("%s:%d:%d: error: %s; not formatted\n", name.buf(), error.position().line,
+                                       error.position().column, escapeForTerminal(error.what()).buf());
+    return {.status = exitErrors, .complaint = std::string(text.view())};
+}
+
+Outcome replaced(const TextFile& file, const std::string& formatted) {
     try {
         AtomicFile output(file.argument().buf());
         output.write(formatted);
         output.commit();
+        return {};
     } catch (const std::system_error& error) {
-        complain(file.displayName(), strerrordesc_np(error.code().value()));
-        return exitTrouble;
+        return trouble(file.displayName(), strerrordesc_np(error.code().value()));
     }
-    return exitOk;
 }
 
-int fmt(const std::string& name, const FmtOptions& options) {
-    const TextFile file{String(std::string_view(name))};
-    if (!file.error().isEmpty()) {
-        complain(file.displayName(), file.error());
-        return exitTrouble;
-    }
-    std::string formatted;
+Outcome used(const TextFile& file, std::string formatted, const FmtOptions& options) {
+    const bool isSame = formatted == file.text().view();
+    if (options.isCheck && !isSame)
+        return {.status = exitErrors, .output = std::string(escapeForTerminal(file.displayName()).view()) + '\n'};
+    if (options.isCheck || (options.isInPlace && isSame && !file.isStandardInput()))
+        return {};
+    if (options.isInPlace && !file.isStandardInput())
+        return replaced(file, formatted);
+    return {.output = std::move(formatted)};
+}
+
+Outcome formatted(const NamedScene& scene, const FmtOptions& options) {
+    const String name = std::string_view(scene.name);
+    if (!scene.trouble.isEmpty())
+        return trouble(name, scene.trouble);
     try {
-        formatVrn(file.text(), {.column = static_cast<u32>(options.column)},
-                  [&](std::string_view piece) { formatted += piece; });
-    } catch (const FormatError& error) {
-        return refuse(file, error);
+        const TextFile file(name);
+        if (!file.error().isEmpty())
+            return trouble(file.displayName(), file.error());
+        std::string text;
+        try {
+            formatVrn(file.text(), {.column = static_cast<u32>(options.column)},
+                      [&](std::string_view piece) { text += piece; });
+        } catch (const FormatError& error) {
+            return refused(file, error);
+        }
+        return used(file, std::move(text), options);
+    } catch (const std::bad_alloc&) {
+        return trouble(name, "out of memory");
     }
-    return use(file, formatted, options);
 }
 
 int fmt(const FmtOptions& options) {
@@ -76,9 +95,17 @@ int fmt(const FmtOptions& options) {
         printError("vrn: --check and --in-place exclude each other\n");
         return exitTrouble;
     }
+    const std::vector<NamedScene> scenes = expandFolders(options.files);
     int status = exitOk;
-    for (const std::string& name : options.files)
-        status = std::max(status, fmt(name, options));
+    runInOrder(scenes.size(), options.jobs, [&](std::size_t i, const Turn& turn) -> Finish {
+        if (scenes[i].name == "-")
+            turn.await();
+        return [&status, outcome = formatted(scenes[i], options)] {
+            printError(outcome.complaint);
+            print(outcome.output);
+            status = std::max(status, outcome.status);
+        };
+    });
     return finishOutput() ? status : exitTrouble;
 }
 
@@ -91,11 +118,12 @@ Command fmtCommand() {
                     .example = "vrn fmt --in-place scene.vrn\nvrn fmt --check scenes/*.vrn",
                     .details = "Without options the formatted text goes to standard output.",
                     .run = [options] { return fmt(*options); }};
-    command.options.push_back({.names = "FILE",
-                               .help = "Texts to format; - is standard input",
-                               .target = &options->files,
-                               .completion = Completion::Scene,
-                               .isRequired = true});
+    command.options.push_back(
+        {.names = "FILE",
+         .help = "Texts to format, or folders with scenes (*.vrn) in or below them; - is standard input",
+         .target = &options->files,
+         .completion = Completion::Scene,
+         .isRequired = true});
     command.options.push_back(
         {.names = "--check",
          .help = "Change nothing; name the files that would change, and exit with 1 if there are any",
@@ -103,6 +131,11 @@ Command fmtCommand() {
     command.options.push_back({.names = "-i,--in-place",
                                .help = "Replace each file that changes, as a whole or not at all",
                                .target = &options->isInPlace});
+    command.options.push_back({.names = "-j,--jobs",
+                               .help = "How many files to format at once; 0: one a processor",
+                               .target = &options->jobs,
+                               .value = "COUNT",
+                               .most = 256});
     command.options.push_back({.names = "--column",
                                .help = "Wrap lists before this column; 0 wraps none",
                                .target = &options->column,

@@ -4,6 +4,7 @@
 #include "cli/Excerpt.h"
 #include "cli/Progress.h"
 #include "cli/SceneFolders.h"
+#include "cli/TextFile.h"
 #include "impl/Reader.h"
 #include "scene/CatalogueJson.h"
 #include "scene/core/TextEncoding.h"
@@ -65,13 +66,6 @@ void addReadingOptions(std::vector<Option>& options, SceneArguments& arguments) 
                        .target = &arguments.isQuiet});
 }
 
-static std::string readAll(File& file) {
-    std::string text;
-    for (char c; file.read(c);)
-        text += c;
-    return text;
-}
-
 bool SceneFile::isReadOnce() const {
     std::error_code ignored;
     return isStandardInput() || !std::filesystem::is_regular_file(argument_.buf(), ignored);
@@ -120,7 +114,7 @@ void SceneFile::add(const LogRecord& record) {
 }
 
 void SceneFile::keep(File file) {
-    kept_ = std::string_view(readAll(file));
+    kept_ = readAll(file);
     readError_ = file.error();
     isKept_ = true;
 }
@@ -179,13 +173,13 @@ std::string SceneFile::diagnosticsText() const {
 
 static std::shared_ptr<const Catalogue> loadCatalogue(const String& path) {
     File file = File::open(path);
-    const std::string text = readAll(file);
+    const String text = readAll(file);
     if (!file.error().isEmpty()) {
         complain(path, file.error());
         throw UnusableCatalogue();
     }
     try {
-        return std::make_shared<const Catalogue>(readCatalogue(text));
+        return std::make_shared<const Catalogue>(readCatalogue(text.view()));
     } catch (const CatalogueError& error) {
         printError(String::format("%s:%d:%d: error: %s\n", escapeForTerminal(path).buf(), error.position().line,
                                   error.position().column, error.what()));
