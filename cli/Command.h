@@ -12,7 +12,7 @@
 namespace vrn::cli {
 
 // What a value names, so that a shell can complete it.
-enum class Completion { Nothing, File, Scene, Folder };
+enum class Completion { Nothing, File, Scene, Folder, Command };
 
 // One option or argument, and the variable that takes its value and holds its default.
 struct Option {
@@ -26,6 +26,12 @@ struct Option {
     Completion completion = Completion::Nothing;
     vor::u64 most = std::numeric_limits<vor::u64>::max(); // of a whole number
     bool isRequired = false;
+
+    // Each of the names by itself.
+    [[nodiscard]] std::vector<std::string> nameList() const;
+
+    // What the variable holds, as text; empty for a flag or a list.
+    [[nodiscard]] std::string defaultText() const;
 
     [[nodiscard]] bool isArgument() const { return names[0] != '-'; }
     [[nodiscard]] bool isFlag() const { return std::holds_alternative<bool*>(target); }

@@ -8,6 +8,8 @@ namespace vrn::cli {
 [[nodiscard]] Command checkCommand();
 [[nodiscard]] Command dumpCommand();
 [[nodiscard]] Command infoCommand();
+[[nodiscard]] Command completionCommand();
+[[nodiscard]] Command manCommand();
 
 [[nodiscard]] std::vector<Command> allCommands();
 

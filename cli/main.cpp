@@ -9,7 +9,9 @@
 
 namespace vrn::cli {
 
-std::vector<Command> allCommands() { return {checkCommand(), dumpCommand(), infoCommand()}; }
+std::vector<Command> allCommands() {
+    return {checkCommand(), dumpCommand(), infoCommand(), completionCommand(), manCommand()};
+}
 
 } // namespace vrn::cli
 

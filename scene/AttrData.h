@@ -14,6 +14,7 @@
 
 #include "scene/AttrType.h"
 #include "scene/DataType.h"
+#include "scene/core/Export.h"
 #include "scene/core/Math.h"
 
 #include <cstdlib>
@@ -50,7 +51,7 @@ struct Number<T> {
 
 } // namespace detail
 
-class AttrData {
+class VRN_API AttrData {
 public:
     AttrData() noexcept = default; // Null
     AttrData(const AttrData& other);
