@@ -3,6 +3,7 @@
 #include "cli/Commands.h"
 #include "cli/Console.h"
 
+#include <algorithm>
 #include <memory>
 
 namespace vrn::cli {
@@ -24,9 +25,8 @@ std::string joined(const std::vector<std::string>& words, std::string_view betwe
 }
 
 std::vector<std::string> namesOf(const std::vector<Command>& commands) {
-    std::vector<std::string> names;
-    for (const Command& command : commands)
-        names.push_back(command.name);
+    std::vector<std::string> names(commands.size());
+    std::ranges::transform(commands, names.begin(), &Command::name);
     return names;
 }
 

@@ -91,18 +91,24 @@ std::string valueCase(const std::vector<std::string>& patterns, const std::strin
     return action.empty() ? std::string() : "    " + joined(patterns, " | ") + ") " + action + " ;;\n";
 }
 
+// A list goes on where it begins.
+std::vector<std::string> placePatterns(const Command& command, const Option& argument, int place) {
+    const std::string number = std::to_string(place);
+    const std::string name = shellQuoted(command.name + ' ');
+    if (!argument.isList())
+        return {name + number};
+    std::string oneDigit = name;
+    oneDigit += '[' + number + "-9]";
+    return {oneDigit, name + "[0-9][0-9]*"};
+}
+
 std::string valueCases(const Command& command, const std::string& commandNames) {
     std::string text;
     int place = 0;
     for (const Option& option : command.options) {
         std::vector<std::string> patterns;
         if (option.isArgument()) {
-            const std::string number = std::to_string(place++);
-            const std::string prefix = shellQuoted(command.name + ' ');
-            if (option.isList())
-                patterns = {prefix + '[' + number + "-9]", prefix + "[0-9][0-9]*"};
-            else
-                patterns = {prefix + number};
+            patterns = placePatterns(command, option, place++);
         } else if (!option.isFlag()) {
             for (const std::string& name : option.nameList())
                 patterns.push_back(shellQuoted(command.name + ' ' + name));

@@ -116,7 +116,7 @@ public:
     }
     template <class T> [[nodiscard]] std::span<T> elements() noexcept { return elementsIn<T>(bytes()); }
 
-    friend bool operator==(const AttrData& a, const AttrData& b) noexcept;
+    friend VRN_API bool operator==(const AttrData& a, const AttrData& b) noexcept;
 
 private:
     struct Block {

@@ -25,14 +25,17 @@ def blocks(language):
 
 
 def setUpModule():
-    global TEMPORARY, PREFIX, ENVIRONMENT
+    global TEMPORARY, PREFIX, LIBRARIES, VERSION, SONAME, ENVIRONMENT
     temporary = tempfile.TemporaryDirectory()
     unittest.addModuleCleanup(temporary.cleanup)
     TEMPORARY = pathlib.Path(temporary.name)
     PREFIX = TEMPORARY / "prefix"
     output("cmake", "--install", BUILD, "--prefix", PREFIX)
-    ENVIRONMENT = {**os.environ, "PKG_CONFIG_PATH": str(PREFIX / "lib" / "pkgconfig"), "LC_ALL": "C",
-                   "LD_LIBRARY_PATH": str(PREFIX / "lib")}
+    LIBRARIES = next(PREFIX.rglob("libvrn.a")).parent # whose name depends on the system and the prefix
+    VERSION = output(PREFIX / "bin/vrn", "--version").split()[1]
+    SONAME = "libvrn.so." + VERSION.rpartition(".")[0]
+    ENVIRONMENT = {**os.environ, "PKG_CONFIG_PATH": str(LIBRARIES / "pkgconfig"), "LC_ALL": "C",
+                   "LD_LIBRARY_PATH": str(LIBRARIES)}
     (TEMPORARY / "viewer.cpp").write_text(blocks("cpp")[0])
 
 
@@ -47,15 +50,17 @@ def needed_libraries(program):
 class Tree(unittest.TestCase):
     def test_holds_what_it_should(self):
         found = {str(p.relative_to(PREFIX)) for p in PREFIX.rglob("*") if not p.is_dir()}
+        folder = LIBRARIES.relative_to(PREFIX)
         commands = re.findall(r"^\.BR vrn\\-(\w+)", (PREFIX / "share/man/man1/vrn.1").read_text(), re.M)
         self.assertGreaterEqual(len(commands), 5)
         expected = {
-            "bin/vrn", "include/vrn/vrn.h", "lib/libvrn.a", "lib/libvrn.so", "lib/libvrn.so.0.1", "lib/libvrn.so.0.1.0",
-            "lib/pkgconfig/vrn.pc", "share/doc/vrn/LICENSE", "share/man/man1/vrn.1",
+            "bin/vrn", "include/vrn/vrn.h", *(f"{folder}/{name}" for name in
+                                              ("libvrn.a", "libvrn.so", SONAME, f"libvrn.so.{VERSION}", "pkgconfig/vrn.pc")),
+            "share/doc/vrn/LICENSE", "share/man/man1/vrn.1",
             *(f"share/man/man1/vrn-{command}.1" for command in commands),
             "share/bash-completion/completions/vrn", "share/zsh/site-functions/_vrn",
             "share/fish/vendor_completions.d/vrn.fish",
-            *(f"lib/cmake/vrn/vrn-{part}.cmake" for part in
+            *(f"{folder}/cmake/vrn/vrn-{part}.cmake" for part in
               ("config", "config-version", "static", "static-release", "shared", "shared-release")),
             *(f"share/vrn/{p.relative_to(ROOT)}" for p in (ROOT / "catalogues").glob("*.json")),
         }
@@ -90,18 +95,24 @@ class Headers(unittest.TestCase):
             self.assertIn(f'#include "{name}"', "".join(h.read_text() for h in headers()), name)
 
     def test_every_function_is_marked(self):
+        """In its declaration; those of classes are, with the class."""
+        declaration = r"^(?: *friend |\[\[nodiscard\]\] )?\w[\w:<>*& ]*[ *&]([\w=]+)\([^{};]*\)[^{};=]*;$"
+        found = 0
         for header in headers():
-            for line in re.findall(r"^(?:\[\[nodiscard\]\] )?\w[\w:<>*& ]*[ *&]\w+\([^{}]*\)[^{};]*;$", header.read_text(), re.M):
-                self.assertIn("VRN_API ", line, header.name)
+            text = header.read_text()
+            for name in re.findall(declaration, text, re.M):
+                found += 1
+                self.assertRegex(text, rf"VRN_API [^;(]*\b{re.escape(name)}\(", header.name)
+        self.assertGreater(found, 25)
 
 
 class Symbols(unittest.TestCase):
     def setUp(self):
-        library = PREFIX / "lib" / "libvrn.so"
+        library = LIBRARIES / "libvrn.so"
         lines = output("nm", "--dynamic", "--defined-only", "--demangle", library).splitlines()
         self.symbols = [line.split(" ", 2)[2] for line in lines]
         self.assertGreater(len(self.symbols), 150)
-        self.assertIn("Library soname: [libvrn.so.0.1]", output("readelf", "-d", library))
+        self.assertIn(f"Library soname: [{SONAME}]", output("readelf", "-d", library))
 
     def test_are_those_of_the_headers(self):
         words = set(re.findall(r"\w+", "".join(header.read_text() for header in headers())))
@@ -133,7 +144,7 @@ class Builds(unittest.TestCase):
         return folder / "build"
 
     def test_with_cmake(self):
-        for kind, shared, libraries in (("static", "OFF", ["libdeflate.so.0"]), ("shared", "ON", ["libvrn.so.0.1"])):
+        for kind, shared, libraries in (("static", "OFF", ["libdeflate.so.0"]), ("shared", "ON", [SONAME])):
             with self.subTest(kind):
                 build = self.configure(kind, blocks("cmake")[0], f"-DCMAKE_PREFIX_PATH={PREFIX}",
                                        f"-DBUILD_SHARED_LIBS={shared}")
@@ -145,11 +156,13 @@ class Builds(unittest.TestCase):
     def test_with_other_versions_of_cmakes_package(self):
         asking = 'cmake_minimum_required(VERSION 3.16)\nproject(asks LANGUAGES NONE)\n' \
                  'find_package(vrn ${WANTED} CONFIG QUIET)\nfile(WRITE found "${vrn_CONSIDERED_VERSIONS} ${vrn_VERSION}")\n'
-        for wanted, version in (("0.1", "0.1.0"), ("0.0", ""), ("0.2", ""), ("1.0", "")):
+        major, minor, _ = map(int, VERSION.split("."))
+        others = [f"{major}.{minor + 1}", f"{major + 1}.0", *([f"{major}.{minor - 1}"] if minor > 0 else [])]
+        for wanted, version in ((f"{major}.{minor}", VERSION), *((other, "") for other in others)):
             name = f"asks_{wanted}"
-            self.configure(name, asking, f"-DCMAKE_PREFIX_PATH={PREFIX}", f"-DWANTED={wanted}",
+            self.configure(name, asking, f"-Dvrn_DIR={LIBRARIES}/cmake/vrn", f"-DWANTED={wanted}",
                            "-DBUILD_SHARED_LIBS=ON")
-            self.assertEqual((TEMPORARY / name / "found").read_text(), f"0.1.0 {version}")
+            self.assertEqual((TEMPORARY / name / "found").read_text(), f"{VERSION} {version}")
 
     def test_with_the_sources_in_a_folder(self):
         (TEMPORARY / "sources").mkdir()
@@ -167,7 +180,7 @@ class Builds(unittest.TestCase):
         shared, static = blocks("sh")
         output("sh", "-e", "-c", shared.replace("-o viewer", f"-o viewer {' '.join(WARNINGS)}"), cwd=TEMPORARY,
                env=ENVIRONMENT)
-        self.assertIn("libvrn.so.0.1", needed_libraries(TEMPORARY / "viewer"))
+        self.assertIn(SONAME, needed_libraries(TEMPORARY / "viewer"))
         self.viewer_prints_what_is_shown(TEMPORARY / "viewer")
         output("sh", "-e", "-c", static, cwd=TEMPORARY, env=ENVIRONMENT)
         self.assertEqual(needed_libraries(TEMPORARY / "viewer"), [])
