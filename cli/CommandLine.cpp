@@ -97,6 +97,7 @@ std::string remedy(const Option& option) {
     return option.completion == Completion::Scene ? "name a file, or - for standard input" : option.help;
 }
 
+// The required options of a command that are not there, and what to do; empty if there are none.
 std::string missing(const CLI::App& app, const Command& command) {
     std::string text;
     for (const Option& option : command.options)
@@ -108,9 +109,10 @@ std::string missing(const CLI::App& app, const Command& command) {
 int misused(const CLI::App& app, const std::vector<Command>& commands, const CLI::ParseError& error) {
     for (const Command& command : commands)
         if (app.got_subcommand(command.name)) {
-            const bool isMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
-            const std::string reason = isMissing ? missing(*app.get_subcommand(command.name), command) : error.what();
-            return misused(reason, "vrn " + command.name + " --help");
+            std::string reason;
+            if (dynamic_cast<const CLI::RequiredError*>(&error))
+                reason = missing(*app.get_subcommand(command.name), command);
+            return misused(reason.empty() ? error.what() : reason, "vrn " + command.name + " --help");
         }
     return misused(error.what());
 }
