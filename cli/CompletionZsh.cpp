@@ -68,7 +68,7 @@ std::string action(const Option& option, const std::string& commandNames) {
     return " ";
 }
 
-std::string argumentSpec(const Option& argument, int place, const std::string& commandNames) {
+std::string argumentEntry(const Option& argument, int place, const std::string& commandNames) {
     const std::string where = argument.isList() ? "*" : std::to_string(place);
     const char* colon = argument.isRequired || argument.isList() ? ":" : "::";
     return shellQuoted(where + colon + escaped(argument.names, ":") + ':' + action(argument, commandNames));
@@ -76,7 +76,7 @@ std::string argumentSpec(const Option& argument, int place, const std::string& c
 
 // `'(-i --in-place)'{-i,--in-place}'[HELP]'`; behind a name with a value stands `=` or `+`, which allow it to be
 // joined.
-std::string optionSpec(const Option& option, const std::string& commandNames) {
+std::string optionEntry(const Option& option, const std::string& commandNames) {
     std::vector<std::string> names = option.nameList();
     const std::string others = option.isList() ? "*" : '(' + joined(names, " ") + ')';
     for (std::string& name : names)
@@ -92,9 +92,10 @@ std::string commandCase(const Command& command, const std::string& commandNames)
     std::string text = "        " + command.name + ")\n            _arguments \\\n";
     int place = 0;
     for (const Option& option : command.options)
-        text += "                " +
-                (option.isArgument() ? argumentSpec(option, ++place, commandNames) : optionSpec(option, commandNames)) +
-                " \\\n";
+        text +=
+            "                " +
+            (option.isArgument() ? argumentEntry(option, ++place, commandNames) : optionEntry(option, commandNames)) +
+            " \\\n";
     return text + "                '(- *)'{-h,--help}'[Show this help]'\n            ;;\n";
 }
 

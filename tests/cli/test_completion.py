@@ -134,7 +134,7 @@ class Fish(Shell):
 
 @unittest.skipUnless(shutil.which("zsh"), "there is no zsh")
 class Zsh(Shell):
-    def specifications(self, command, program=VRN):
+    def words_for(self, command, program=VRN):
         """What zsh's own function is told of the words of a command."""
         stand_ins = """
             compdef() { : }
@@ -146,16 +146,16 @@ class Zsh(Shell):
     def test_every_option_is_told_of(self):
         for command in commands():
             with self.subTest(command):
-                told = re.findall(r"^(?:\*|\([^)]*\))(-[-\w]+)", "\n".join(self.specifications(command)), re.M)
+                told = re.findall(r"^(?:\*|\([^)]*\))(-[-\w]+)", "\n".join(self.words_for(command)), re.M)
                 self.assertEqual(sorted(told), options(command))
 
     def test_kinds_of_values(self):
-        told = self.specifications("check")
+        told = self.words_for("check")
         self.assertIn('*:FILE:_files -g "*.vrn"', told)
         self.assertIn("(--format)--format=[How to say it: text, or json (one line a file)]:FORMAT:(text json)", told)
 
     def test_texts_are_quoted(self):
-        told = self.specifications("odd", ODD)
+        told = self.words_for("odd", ODD)
         self.assertIn("1::FIRST:_files", told)
         self.assertIn("*:REST:_files -/", told)
         self.assertIn("(-i --in-place)-i[Don't \\[ever\\]: \\\\ `x` $HOME]", told)
