@@ -1,5 +1,6 @@
 # make run   builds the command and reads an example scene
 # make test  builds everything, with and without sanitizers, and runs every test
+# make install  puts library, command and manual below /usr/local, or below what PREFIX names
 # make bench measures the pieces of the reader and compares it with others, on texts that it makes first
 # make fuzz  MINUTES=n  runs every fuzzer for n minutes
 # make lint  asks clang-tidy and cppcheck;  make coverage  says which lines the tests reach
@@ -8,7 +9,7 @@
 LOCALES := $(CURDIR)/build/locales
 CONFIGURE := cmake -DVRN_WARNINGS_AS_ERRORS=ON -DVRN_LOCALES=$(LOCALES) -DVRN_BENCHMARKS=OFF --log-level=WARNING
 
-.PHONY: run test bench fuzz lint coverage packages checks format goldens grammar clean
+.PHONY: run test install bench fuzz lint coverage packages checks format goldens grammar clean
 
 run: packages
 	@$(CONFIGURE) --preset release >/dev/null
@@ -29,6 +30,13 @@ test: checks $(LOCALES)/de_DE.UTF-8
 	ctest --preset asan
 	build/tsan/tests/vrn_thread_tests
 	scripts/fuzz 20
+
+# DESTDIR, if there is one, stands in front of the prefix.
+PREFIX := /usr/local
+install: packages
+	@$(CONFIGURE) --preset release -DCMAKE_INSTALL_PREFIX=$(abspath $(PREFIX)) >/dev/null
+	@cmake --build --preset release --target vrn_installed
+	cmake --install build/release
 
 packages:
 	@scripts/install-packages

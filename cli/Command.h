@@ -12,7 +12,7 @@
 namespace vrn::cli {
 
 // What a value names, so that a shell can complete it.
-enum class Completion { Nothing, File, Scene, Folder };
+enum class Completion { Nothing, File, Scene, Folder, Command };
 
 // One option or argument, and the variable that takes its value and holds its default.
 struct Option {
@@ -27,6 +27,12 @@ struct Option {
     vor::u64 most = std::numeric_limits<vor::u64>::max(); // of a whole number
     bool isRequired = false;
 
+    // Each of the names by itself.
+    [[nodiscard]] std::vector<std::string> nameList() const;
+
+    // What the variable holds, as text; empty for a flag or a list.
+    [[nodiscard]] std::string defaultText() const;
+
     [[nodiscard]] bool isArgument() const { return names[0] != '-'; }
     [[nodiscard]] bool isFlag() const { return std::holds_alternative<bool*>(target); }
     [[nodiscard]] bool isList() const { return std::holds_alternative<std::vector<std::string>*>(target); }
@@ -39,7 +45,9 @@ struct Command {
     std::vector<Option> options{};
     std::string details{};      // anything more that its help should say
     std::function<int()> run{}; // does it and returns the exit status; owns the variables of the options
-    std::string exitStatuses{}; // what its help says of them, if they mean something of their own
+    std::string exitStatuses{}; // what they mean, if not what they mean to most
+
+    [[nodiscard]] std::string exitStatusText() const;
 };
 
 } // namespace vrn::cli

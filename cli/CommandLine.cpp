@@ -83,13 +83,38 @@ std::string footer(const Command& command) {
     std::string example = "  " + command.example;
     for (std::size_t at = 0; (at = example.find('\n', at)) != std::string::npos; at += 3)
         example.insert(at + 1, "  ");
-    return text + "Example:\n" + example + "\n\n" +
-           (command.exitStatuses.empty() ? exitStatuses : command.exitStatuses);
+    return text + "Example:\n" + example + "\n\nExit status: " + command.exitStatusText();
 }
 
-int misused(const std::string& reason) {
-    printError("vrn: " + std::string(vor::escapeForTerminal(reason).view()) + "\nvrn --help tells more.\n");
+// `help` is the call that tells more.
+int misused(const std::string& reason, const std::string& help = "vrn --help") {
+    printError("vrn: " + std::string(vor::escapeForTerminal(reason).view()) + '\n' + help + " tells more.\n");
     return exitTrouble;
+}
+
+// What to do about a required option that is not there.
+std::string remedy(const Option& option) {
+    return option.completion == Completion::Scene ? "name a file, or - for standard input" : option.help;
+}
+
+// The required options of a command that are not there, and what to do; empty if there are none.
+std::string missing(const CLI::App& app, const Command& command) {
+    std::string text;
+    for (const Option& option : command.options)
+        if (option.isRequired && app.count(option.nameList()[0]) == 0)
+            text += (text.empty() ? "" : "; ") + option.names + " is required: " + remedy(option);
+    return text;
+}
+
+int misused(const CLI::App& app, const std::vector<Command>& commands, const CLI::ParseError& error) {
+    for (const Command& command : commands)
+        if (app.got_subcommand(command.name)) {
+            std::string reason;
+            if (dynamic_cast<const CLI::RequiredError*>(&error))
+                reason = missing(*app.get_subcommand(command.name), command);
+            return misused(reason.empty() ? error.what() : reason, "vrn " + command.name + " --help");
+        }
+    return misused(error.what());
 }
 
 } // namespace
@@ -111,7 +136,7 @@ int runCommandLine(const std::vector<Command>& commands, int argc, char** argv) 
     } catch (const CLI::Success& help) {
         return app.exit(help);
     } catch (const CLI::ParseError& error) {
-        return misused(error.what());
+        return misused(app, commands, error);
     }
     for (const Command& command : commands)
         if (app.got_subcommand(command.name))

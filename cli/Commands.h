@@ -13,6 +13,8 @@ namespace vrn::cli {
 [[nodiscard]] Command graphCommand();
 [[nodiscard]] Command diffCommand();
 [[nodiscard]] Command dumpCommand();
+[[nodiscard]] Command completionCommand();
+[[nodiscard]] Command manCommand();
 
 [[nodiscard]] std::vector<Command> allCommands();
 

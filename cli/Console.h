@@ -14,7 +14,7 @@ enum ExitStatus : int {
     exitTrouble = 2 // usage, or a file that cannot be opened, read or written
 };
 inline constexpr const char* exitStatuses =
-    "Exit status: 0 all read without an error, 1 an error was found, 2 wrong usage or a\n"
+    "0 all read without an error, 1 an error was found, 2 wrong usage or a\n"
     "file that cannot be opened or read (the other files are still dealt with).\n";
 inline constexpr const char* programPurpose =
     "Reads scenes in the VRN text scene format: checks them, shows them, sums them up.";

@@ -75,9 +75,8 @@ Command diffCommand() {
                     .what = "Say what is different between two scenes",
                     .example = "vrn diff --tolerance 0.001 before.vrn after.vrn",
                     .run = [options] { return diff(*options); },
-                    .exitStatuses =
-                        "Exit status: 0 the scenes are the same, 1 they differ, 2 wrong usage, a file that\n"
-                        "cannot be opened or read, or a scene with an error.\n"};
+                    .exitStatuses = "0 the scenes are the same, 1 they differ, 2 wrong usage, a file that\n"
+                                    "cannot be opened or read, or a scene with an error.\n"};
     command.options.push_back({.names = "BEFORE",
                                .help = "The one scene; - is standard input",
                                .target = &options->before,

@@ -117,7 +117,9 @@ Command fmtCommand() {
                     .what = "Lay texts out anew: the same tokens and comments, other blanks",
                     .example = "vrn fmt --in-place scene.vrn\nvrn fmt --check scenes/*.vrn",
                     .details = "Without options the formatted text goes to standard output.",
-                    .run = [options] { return fmt(*options); }};
+                    .run = [options] { return fmt(*options); },
+                    .exitStatuses = "0 all formatted, or with --check nothing would change, 1 a text would change or\n"
+                                    "cannot be formatted, 2 wrong usage or a file that cannot be read or written.\n"};
     command.options.push_back(
         {.names = "FILE",
          .help = "Texts to format, or folders with scenes (*.vrn) in or below them; - is standard input",

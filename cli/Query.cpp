@@ -73,7 +73,7 @@ Command queryCommand() {
                     .example = "vrn query scene.vrn cam1.fov 'box.points[0:10]' '*.type'",
                     .details = details,
                     .run = [options] { return query(*options); },
-                    .exitStatuses = "Exit status: 0 every path leads to a value, 1 one does not, or the scene has an "
+                    .exitStatuses = "0 every path leads to a value, 1 one does not, or the scene has an "
                                     "error, 2 wrong\nusage, a malformed path, or a file that cannot be opened or "
                                     "read.\n"};
     command.options.push_back({.names = "FILE",

@@ -14,6 +14,7 @@
 // cannot be told is refused.
 #pragma once
 
+#include "scene/core/Export.h"
 #include "scene/core/Log.h"
 #include "scene/core/TextSink.h"
 
@@ -22,7 +23,7 @@
 namespace vor::velmo_sdk::impl {
 
 // Why a text cannot be formatted, and where.
-class FormatError : public std::runtime_error {
+class VRN_API FormatError : public std::runtime_error {
 public:
     FormatError(const String& message, TextPosition position)
         : std::runtime_error(message.buf()), position_(position) {}
@@ -38,6 +39,6 @@ struct FormatOptions {
 
 // Hands the formatted text to `sink` in pieces of some 64 KiB. Throws FormatError, when some of it may have been handed
 // on already, std::bad_alloc, and what `sink` throws. Linear in the text; takes memory for its longest statement.
-void formatVrn(const String& text, const FormatOptions& options, const TextSink& sink);
+VRN_API void formatVrn(const String& text, const FormatOptions& options, const TextSink& sink);
 
 } // namespace vor::velmo_sdk::impl

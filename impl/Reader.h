@@ -23,6 +23,7 @@
 #pragma once
 
 #include "scene/Interfaces.h"
+#include "scene/core/Export.h"
 #include "scene/core/File.h"
 #include "scene/core/Log.h"
 
@@ -31,7 +32,7 @@
 namespace vor::velmo_sdk::impl {
 
 // An error in a text; what() is the finished message, format() that of its LogRecord.
-class ReadError : public std::runtime_error {
+class VRN_API ReadError : public std::runtime_error {
 public:
     ReadError(const String& message, TextPosition position, const char* format = nullptr)
         : std::runtime_error(message.buf()), position_(position), format_(format) {}
@@ -45,13 +46,13 @@ private:
 
 // What the reader calls the kind of message that a record or error with this format is, such as `badToken`: a name that
 // programs may go by, for it stays when the words change. Null if it has none.
-[[nodiscard]] const char* messageName(const char* format) noexcept;
+[[nodiscard]] VRN_API const char* messageName(const char* format) noexcept;
 
 // Reads VRN text held in memory on top of what the scene holds. True when the whole text was read.
-bool parseString(interfaces::IScene* scene, String text);
+VRN_API bool parseString(interfaces::IScene* scene, String text);
 
 // Reads VRN text from an open file, from its current position. Without `merge` the scene's comments,
 // file version and file time are first reset; its nodes never are.
-bool parseVrn(interfaces::IScene* scene, File file, bool merge);
+VRN_API bool parseVrn(interfaces::IScene* scene, File file, bool merge);
 
 } // namespace vor::velmo_sdk::impl

@@ -14,6 +14,7 @@
 
 #include "scene/AttrType.h"
 #include "scene/DataType.h"
+#include "scene/core/Export.h"
 #include "scene/core/Math.h"
 
 #include <cstdlib>
@@ -50,7 +51,7 @@ struct Number<T> {
 
 } // namespace detail
 
-class AttrData {
+class VRN_API AttrData {
 public:
     AttrData() noexcept = default; // Null
     AttrData(const AttrData& other);
@@ -115,7 +116,7 @@ public:
     }
     template <class T> [[nodiscard]] std::span<T> elements() noexcept { return elementsIn<T>(bytes()); }
 
-    friend bool operator==(const AttrData& a, const AttrData& b) noexcept;
+    friend VRN_API bool operator==(const AttrData& a, const AttrData& b) noexcept;
 
 private:
     struct Block {

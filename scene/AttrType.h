@@ -1,6 +1,7 @@
 // AttrType: the type of a node input and of the value in it.
 #pragma once
 
+#include "scene/core/Export.h"
 #include "scene/core/Types.h"
 
 #include <optional>
@@ -32,16 +33,16 @@ enum class AttrType : i32 {
 inline constexpr i32 attrTypeCount = 19;
 
 // The enumerator's name; "<unknown>" for a value that is none.
-[[nodiscard]] const char* attrTypeName(AttrType type) noexcept;
+[[nodiscard]] VRN_API const char* attrTypeName(AttrType type) noexcept;
 
 // The same for the type of a value, which is never Null: Null is "<unknown>", too.
-[[nodiscard]] const char* valueTypeName(AttrType type) noexcept;
+[[nodiscard]] VRN_API const char* valueTypeName(AttrType type) noexcept;
 
 // The type of an exact name.
-[[nodiscard]] std::optional<AttrType> attrTypeByName(std::string_view name) noexcept;
+[[nodiscard]] VRN_API std::optional<AttrType> attrTypeByName(std::string_view name) noexcept;
 
 // How many real numbers a value consists of: 1 for Real, 2 to 16 for vectors, points, quaternions,
 // colours and matrices, 0 for all others.
-[[nodiscard]] u32 componentCount(AttrType type) noexcept;
+[[nodiscard]] VRN_API u32 componentCount(AttrType type) noexcept;
 
 } // namespace vor::velmo_sdk

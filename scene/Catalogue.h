@@ -13,6 +13,7 @@
 #pragma once
 
 #include "scene/AttrData.h"
+#include "scene/core/Export.h"
 #include "scene/core/String.h"
 
 #include <map>
@@ -22,7 +23,7 @@
 namespace vor::velmo_sdk::impl {
 
 // An input that every node of a type starts with.
-struct InputType {
+struct VRN_API InputType {
     String name;
     AttrType type = AttrType::Null;
     DataType dataType = DataType::Null;    // of a Buffer
@@ -36,7 +37,7 @@ struct InputType {
     [[nodiscard]] AttrData initialValue() const;
 };
 
-class NodeType {
+class VRN_API NodeType {
 public:
     explicit NodeType(String name) : name_(std::move(name)) {}
 
@@ -64,7 +65,7 @@ private:
     Renames renamedOutputs_;
 };
 
-class Catalogue {
+class VRN_API Catalogue {
 public:
     // Adds a type; one of the same name is replaced.
     void add(NodeType type);

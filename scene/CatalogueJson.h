@@ -16,6 +16,7 @@
 #pragma once
 
 #include "scene/Catalogue.h"
+#include "scene/core/Export.h"
 #include "scene/core/Log.h"
 
 #include <stdexcept>
@@ -24,7 +25,7 @@ namespace vor::velmo_sdk::impl {
 
 // Says what is wrong with a catalogue, what was expected and where it stands: `line` and `column`,
 // counted from 1 in bytes, are those of the last character of the value at fault.
-class CatalogueError : public std::runtime_error {
+class VRN_API CatalogueError : public std::runtime_error {
 public:
     CatalogueError(const std::string& text, TextPosition position) : std::runtime_error(text), position_(position) {}
     [[nodiscard]] TextPosition position() const noexcept { return position_; }
@@ -35,6 +36,6 @@ private:
 
 // Reads a whole catalogue; throws CatalogueError if it breaks a rule, names something unknown or holds
 // a key twice. Linear in the text.
-[[nodiscard]] Catalogue readCatalogue(std::string_view json);
+[[nodiscard]] VRN_API Catalogue readCatalogue(std::string_view json);
 
 } // namespace vor::velmo_sdk::impl

@@ -1,6 +1,7 @@
 // DataType: the type of the elements of a buffer, and how such an element lies in memory.
 #pragma once
 
+#include "scene/core/Export.h"
 #include "scene/core/Types.h"
 
 #include <optional>
@@ -73,13 +74,13 @@ enum class DataType : i32 {
 inline constexpr i32 dataTypeCount = 60;
 
 // The enumerator's name; "<unknown>" for a value that is none.
-[[nodiscard]] const char* dataTypeName(DataType type) noexcept;
+[[nodiscard]] VRN_API const char* dataTypeName(DataType type) noexcept;
 
 // The type of an exact name.
-[[nodiscard]] std::optional<DataType> dataTypeByName(std::string_view name) noexcept;
+[[nodiscard]] VRN_API std::optional<DataType> dataTypeByName(std::string_view name) noexcept;
 
 // Whether a text can hold a buffer of this type. The keyword is the name in small letters, or in any others.
-[[nodiscard]] bool hasKeyword(DataType type) noexcept;
+[[nodiscard]] VRN_API bool hasKeyword(DataType type) noexcept;
 
 // An element is `components` numbers of `componentType` in a row, without padding.
 struct ElementLayout {
@@ -94,6 +95,6 @@ struct ElementLayout {
 };
 
 // The layout of an element; all zero for Null and for a value that is no DataType.
-[[nodiscard]] ElementLayout elementLayout(DataType type) noexcept;
+[[nodiscard]] VRN_API ElementLayout elementLayout(DataType type) noexcept;
 
 } // namespace vor::velmo_sdk

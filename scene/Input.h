@@ -18,6 +18,7 @@
 #include "scene/Link.h"
 #include "scene/NamedList.h"
 #include "scene/SlabPool.h"
+#include "scene/core/Export.h"
 
 #include <memory>
 
@@ -26,7 +27,7 @@ namespace vor::velmo_sdk::impl {
 class Node;
 class Output;
 
-class Input final : public interfaces::IInput, public Pooled {
+class VRN_API Input final : public interfaces::IInput, public Pooled {
 public:
     Input(const Input&) = delete;
     Input& operator=(const Input&) = delete;

@@ -6,19 +6,20 @@
 // valid, unlinked and empty, until the last reference to it is released.
 #pragma once
 
+#include "scene/core/Export.h"
 #include "scene/core/String.h"
 
 namespace vor::velmo_sdk::interfaces {
 
 class INode;
 
-class IOutput {
+class VRN_API IOutput {
 public:
     virtual ~IOutput() = default;
     [[nodiscard]] virtual String name() const = 0;
 };
 
-class IInput {
+class VRN_API IInput {
 public:
     virtual ~IInput() = default;
 
@@ -39,7 +40,7 @@ public:
     [[nodiscard]] virtual bool isAttached() const = 0;
 };
 
-class INode {
+class VRN_API INode {
 public:
     virtual ~INode() = default;
     [[nodiscard]] virtual String name() const = 0;
@@ -49,7 +50,7 @@ public:
     [[nodiscard]] virtual IOutput* findOutput(const String& name) = 0;
 };
 
-class IScene {
+class VRN_API IScene {
 public:
     virtual ~IScene() = default;
 };

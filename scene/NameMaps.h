@@ -1,6 +1,7 @@
 // Inputs and outputs by their current names, for texts that use older ones.
 #pragma once
 
+#include "scene/core/Export.h"
 #include "scene/core/String.h"
 
 namespace vor::velmo_sdk::impl {
@@ -10,7 +11,7 @@ class Catalogue;
 
 // For as long as it lives, this thread's name maps are those of the scene's catalogue. The reader makes
 // one for each parse; they nest. `scene` may be null.
-class NameMapScope {
+class VRN_API NameMapScope {
 public:
     explicit NameMapScope(const Scene* scene) noexcept;
     ~NameMapScope();
@@ -23,7 +24,7 @@ private:
 
 // The current name of an input or output of a node type; the name itself when it is no old one, when
 // the type is unknown, or outside of any NameMapScope.
-[[nodiscard]] String updateInputName(const String& nodeType, const String& inputName);
-[[nodiscard]] String updateOutputName(const String& nodeType, const String& outputName);
+[[nodiscard]] VRN_API String updateInputName(const String& nodeType, const String& inputName);
+[[nodiscard]] VRN_API String updateOutputName(const String& nodeType, const String& outputName);
 
 } // namespace vor::velmo_sdk::impl

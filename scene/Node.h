@@ -10,13 +10,14 @@
 
 #include "scene/Input.h"
 #include "scene/Output.h"
+#include "scene/core/Export.h"
 
 namespace vor::velmo_sdk::impl {
 
 class Scene;
 class NodeType;
 
-class Node final : public interfaces::INode, public Pooled {
+class VRN_API Node final : public interfaces::INode, public Pooled {
 public:
     Node(const Node&) = delete;
     Node& operator=(const Node&) = delete;

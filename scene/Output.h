@@ -4,12 +4,13 @@
 #include "scene/Interfaces.h"
 #include "scene/Link.h"
 #include "scene/SlabPool.h"
+#include "scene/core/Export.h"
 
 namespace vor::velmo_sdk::impl {
 
 class Node;
 
-class Output final : public interfaces::IOutput, public Pooled {
+class VRN_API Output final : public interfaces::IOutput, public Pooled {
 public:
     Output(Node& node, String name) : node_(node), name_(std::move(name)) {}
     Output(const Output&) = delete;

@@ -14,6 +14,7 @@
 #include "scene/NameMaps.h"
 #include "scene/Node.h"
 #include "scene/NodeTable.h"
+#include "scene/core/Export.h"
 
 #include <atomic>
 #include <iterator>
@@ -32,7 +33,7 @@ struct SceneLimits {
     u64 unnamedElements = 16'777'216;
 };
 
-class Scene final : public interfaces::IScene {
+class VRN_API Scene final : public interfaces::IScene {
 public:
     Scene() = default;
     Scene(const Scene&) = delete;

@@ -9,6 +9,7 @@
 #pragma once
 
 #include "scene/Scene.h"
+#include "scene/core/Export.h"
 #include "scene/core/TextSink.h"
 
 namespace vor::velmo_sdk::impl {
@@ -20,6 +21,6 @@ struct SceneJsonOptions {
 
 // Writes the scene in pieces of some 64 KiB, ending in a line feed; the text is never held whole. What
 // `sink` throws passes through.
-void writeSceneJson(const Scene& scene, const SceneJsonOptions& options, const TextSink& sink);
+VRN_API void writeSceneJson(const Scene& scene, const SceneJsonOptions& options, const TextSink& sink);
 
 } // namespace vor::velmo_sdk::impl

@@ -14,6 +14,7 @@
 #pragma once
 
 #include "scene/Scene.h"
+#include "scene/core/Export.h"
 #include "scene/core/TextSink.h"
 
 #include <limits>
@@ -37,6 +38,7 @@ struct VrnLoss {
 
 // Writes the scene in pieces of some 64 KiB; the text is never held whole. Linear in the scene, but for the paths
 // that deep inputs repeat. What `sink` throws passes through, and so does std::bad_alloc.
-[[nodiscard]] std::vector<VrnLoss> writeVrn(const Scene& scene, const VrnWriterOptions& options, const TextSink& sink);
+[[nodiscard]] VRN_API std::vector<VrnLoss> writeVrn(const Scene& scene, const VrnWriterOptions& options,
+                                                    const TextSink& sink);
 
 } // namespace vor::velmo_sdk::impl

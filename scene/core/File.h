@@ -11,6 +11,7 @@
 // blocks; read() hands out one at a time and is cheap. Not to be used from two threads at once.
 #pragma once
 
+#include "scene/core/Export.h"
 #include "scene/core/String.h"
 
 #include <functional>
@@ -19,7 +20,7 @@
 namespace vor {
 
 // Where a File gets its bytes. Implement it to read from an archive, a socket, a decoder.
-class ByteSource {
+class VRN_API ByteSource {
 public:
     virtual ~ByteSource() = default;
 
@@ -28,7 +29,7 @@ public:
     [[nodiscard]] virtual std::size_t read(char* buffer, std::size_t capacity, String& error) = 0;
 };
 
-class File {
+class VRN_API File {
 public:
     File(); // not open; reads nothing
 

@@ -1,6 +1,7 @@
 // A hash for tables of what texts name: keyed, so that no text can be written whose names collide.
 #pragma once
 
+#include "scene/core/Export.h"
 #include "scene/core/Types.h"
 
 #include <cstddef>
@@ -14,7 +15,7 @@ struct HashSeed {
     u64 first;
     u64 second;
 };
-[[nodiscard]] const HashSeed& hashSeed() noexcept;
+[[nodiscard]] VRN_API const HashSeed& hashSeed() noexcept;
 
 namespace detail {
 

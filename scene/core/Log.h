@@ -12,6 +12,7 @@
 // have meant something else. Only a sink that asks for them gets them; without one they are not even made.
 #pragma once
 
+#include "scene/core/Export.h"
 #include "scene/core/String.h"
 
 #include <functional>
@@ -41,7 +42,7 @@ using LogSink = std::function<void(const LogRecord&)>;
 
 enum class Notices { No, Yes };
 
-class ScopedLogSink {
+class VRN_API ScopedLogSink {
 public:
     explicit ScopedLogSink(LogSink sink, Notices notices = Notices::No);
     ~ScopedLogSink();
@@ -57,16 +58,16 @@ private:
 };
 
 // Whether the sink of this thread takes notices.
-[[nodiscard]] bool wantsNotices() noexcept;
+[[nodiscard]] VRN_API bool wantsNotices() noexcept;
 
 // Hands a record to the sink of this thread; a notice only if it is wanted.
-void writeLog(const LogRecord& record);
+VRN_API void writeLog(const LogRecord& record);
 
 // printf-style, with or without the place in the text that is spoken of.
-void logError(const char* format, ...) __attribute__((format(printf, 1, 2)));
-void logWarning(const char* format, ...) __attribute__((format(printf, 1, 2)));
-void logError(TextPosition position, const char* format, ...) __attribute__((format(printf, 2, 3)));
-void logWarning(TextPosition position, const char* format, ...) __attribute__((format(printf, 2, 3)));
-void logNotice(TextPosition position, const char* format, ...) __attribute__((format(printf, 2, 3)));
+VRN_API void logError(const char* format, ...) __attribute__((format(printf, 1, 2)));
+VRN_API void logWarning(const char* format, ...) __attribute__((format(printf, 1, 2)));
+VRN_API void logError(TextPosition position, const char* format, ...) __attribute__((format(printf, 2, 3)));
+VRN_API void logWarning(TextPosition position, const char* format, ...) __attribute__((format(printf, 2, 3)));
+VRN_API void logNotice(TextPosition position, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
 } // namespace vor

@@ -13,6 +13,7 @@
 // when there is no memory for it; nothing else throws.
 #pragma once
 
+#include "scene/core/Export.h"
 #include "scene/core/Math.h"
 #include "scene/core/Types.h"
 #include "scene/core/Vector.h"
@@ -29,7 +30,7 @@ namespace vor {
 class String;
 using StringVector = ds::Vector<String>;
 
-class String {
+class VRN_API String {
 public:
     // How the integer parsers read digits. Auto takes a decimal number, or one with the prefix `0x` or
     // `0b`; the others take digits of just that base.

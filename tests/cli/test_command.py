@@ -356,7 +356,7 @@ class Usage(unittest.TestCase):
     def test_wrong_usage(self):
         misuses = {
             "": b"a command is missing",
-            "check": b"FILE is required",
+            "check": b"FILE is required: name a file, or - for standard input\nvrn check --help tells more.\n",
             "frobnicate": b"frobnicate",
             "check --format xml -": b"xml",
             "dump --bogus -": b"--bogus",

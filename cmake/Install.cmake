@@ -1,0 +1,90 @@
+# What `cmake --install` puts where: headers, both libraries, what other builds find them by, and the command with
+# its manual and its completions.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+# The headers keep their folders, below one of ours: `#include <vrn/vrn.h>`.
+set(installed_headers
+  impl/Formatter.h
+  impl/Reader.h
+  scene/AttrData.h
+  scene/AttrType.h
+  scene/Catalogue.h
+  scene/CatalogueJson.h
+  scene/DataType.h
+  scene/Input.h
+  scene/Interfaces.h
+  scene/Link.h
+  scene/NameMaps.h
+  scene/NamedList.h
+  scene/Node.h
+  scene/NodeTable.h
+  scene/Output.h
+  scene/Scene.h
+  scene/SceneJson.h
+  scene/SlabPool.h
+  scene/VrnWriter.h
+  scene/Walk.h
+  scene/core/Export.h
+  scene/core/File.h
+  scene/core/Hash.h
+  scene/core/Log.h
+  scene/core/Math.h
+  scene/core/NumberText.h
+  scene/core/String.h
+  scene/core/TextEncoding.h
+  scene/core/TextSink.h
+  scene/core/Types.h
+  scene/core/Vector.h)
+foreach(header ${installed_headers})
+  cmake_path(GET header PARENT_PATH folder)
+  install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vrn/${folder})
+endforeach()
+install(FILES include/vrn/vrn.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vrn)
+
+# Each of the two is vrn::reader to those who find it; the package's configuration takes the one that is wanted.
+set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/vrn)
+set(header_folders ${CMAKE_INSTALL_INCLUDEDIR} ${CMAKE_INSTALL_INCLUDEDIR}/vrn)
+set_target_properties(vrn vrn_shared PROPERTIES EXPORT_NAME reader)
+install(TARGETS vrn EXPORT vrn-static ARCHIVE INCLUDES DESTINATION ${header_folders})
+install(TARGETS vrn_shared EXPORT vrn-shared LIBRARY INCLUDES DESTINATION ${header_folders})
+install(EXPORT vrn-static NAMESPACE vrn:: DESTINATION ${package_folder})
+install(EXPORT vrn-shared NAMESPACE vrn:: DESTINATION ${package_folder})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/vrn-config-version.cmake COMPATIBILITY SameMinorVersion)
+install(FILES cmake/vrn-config.cmake ${PROJECT_BINARY_DIR}/vrn-config-version.cmake DESTINATION ${package_folder})
+
+# vrn.pc finds its folders from where it stands, so that an installed tree may be moved.
+set(pkgconfig_folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX
+  BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig OUTPUT_VARIABLE prefix_from_pkgconfig)
+cmake_path(APPEND pkgconfig_libdir "\${prefix}" "${CMAKE_INSTALL_LIBDIR}")
+cmake_path(APPEND pkgconfig_includedir "\${prefix}" "${CMAKE_INSTALL_INCLUDEDIR}")
+configure_file(cmake/vrn.pc.in ${PROJECT_BINARY_DIR}/vrn.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/vrn.pc DESTINATION ${pkgconfig_folder})
+
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+if(EXISTS ${PROJECT_SOURCE_DIR}/catalogues)
+  install(DIRECTORY catalogues/ DESTINATION ${CMAKE_INSTALL_DATADIR}/vrn/catalogues FILES_MATCHING PATTERN *.json)
+endif()
+
+# The command writes its manual and its completions itself.
+add_custom_target(vrn_installed DEPENDS vrn vrn_shared)
+if(TARGET vrn_command)
+  set(shell_files ${PROJECT_BINARY_DIR}/shell)
+  add_custom_command(OUTPUT ${shell_files}/made
+    COMMAND ${CMAKE_COMMAND} -E rm -rf ${shell_files}
+    COMMAND ${CMAKE_COMMAND} -E make_directory ${shell_files}/man
+    COMMAND vrn_command man --write ${shell_files}/man
+    COMMAND vrn_command completion bash > ${shell_files}/vrn
+    COMMAND vrn_command completion zsh > ${shell_files}/_vrn
+    COMMAND vrn_command completion fish > ${shell_files}/vrn.fish
+    COMMAND ${CMAKE_COMMAND} -E touch ${shell_files}/made
+    DEPENDS vrn_command VERBATIM)
+  add_custom_target(vrn_shell_files ALL DEPENDS ${shell_files}/made)
+  add_dependencies(vrn_installed vrn_command vrn_shell_files)
+  install(TARGETS vrn_command RUNTIME)
+  install(DIRECTORY ${shell_files}/man/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  install(FILES ${shell_files}/vrn DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+  install(FILES ${shell_files}/_vrn DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+  install(FILES ${shell_files}/vrn.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
+endif()
