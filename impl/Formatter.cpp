@@ -153,7 +153,7 @@ private:
     void appendLine(std::string_view list) {
         const ListText text(list);
         text_ += list[0];
-        text_.append(text.words).append(text.separator()).append(text.hasLastSeparator ? " " : "");
+        text_.append(text.words).append(text.separator()).append(text.hasLastSeparator ? 1 : 0, ' ');
         text_ += list.back();
     }
 

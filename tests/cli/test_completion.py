@@ -75,9 +75,9 @@ class Bash(Shell):
         self.assertEqual(self.complete("dump", "--types", "x", "b"), ["b c.vrn"])
 
     def test_values_follow_their_options(self):
-        self.assertEqual(self.complete("check", "--format", ""), ["json", "text"])
+        self.assertEqual(self.complete("check", "--format", ""), ["github", "json", "sarif", "text"])
         self.assertEqual(self.complete("check", "--format", "=", "j"), ["json"])
-        self.assertEqual(self.complete("check", "--format", "="), ["json", "text"])
+        self.assertEqual(self.complete("check", "--format", "="), ["github", "json", "sarif", "text"])
         self.assertEqual(self.complete("check", "--types", "t"), ["types.json"])
         self.assertEqual(self.complete("check", "--max-array", ""), [])
         self.assertEqual(self.complete("man", "--write", ""), ["sub"])
@@ -114,7 +114,7 @@ class Fish(Shell):
     def test_values_and_files(self):
         self.assertEqual(self.complete("vrn check "), ["a.vrn", "b c.vrn", "sub/"])
         self.assertEqual(self.complete("vrn check a.vrn sub/"), ["sub/d.vrn"])
-        self.assertEqual(self.complete("vrn check --format "), ["json", "text"])
+        self.assertEqual(self.complete("vrn check --format "), ["github", "json", "sarif", "text"])
         self.assertEqual(self.complete("vrn check --types t"), ["types.json"])
         self.assertEqual(self.complete("vrn check --max-array "), [])
         self.assertEqual(self.complete("vrn man --write "), ["sub/"])
@@ -152,7 +152,7 @@ class Zsh(Shell):
     def test_kinds_of_values(self):
         told = self.words_for("check")
         self.assertIn('*:FILE:_files -g "*.vrn"', told)
-        self.assertIn("(--format)--format=[How to say it: text, or json (one line a file)]:FORMAT:(text json)", told)
+        self.assertTrue(any(line.startswith("(--format)--format=[") and line.endswith("]:FORMAT:(text json sarif github)") for line in told))
 
     def test_texts_are_quoted(self):
         told = self.words_for("odd", ODD)
