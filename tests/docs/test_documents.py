@@ -65,7 +65,7 @@ class Sessions(unittest.TestCase):
         with tempfile.TemporaryDirectory() as folder:
             pathlib.Path(folder, "vrn").symlink_to(VRN)
             environment = {**os.environ, "PATH": f"{folder}:{os.environ['PATH']}"}
-            for page in ("tree", "graph", "diff", "query"):
+            for page in ("tree", "graph", "diff", "query", "fmt"):
                 sessions = [text for language, text in blocks(ROOT / "docs" / f"{page}.md") if language == "console"]
                 self.assertTrue(sessions, page)
                 for command, shown in re.findall(r"^\$ (.*)\n((?:(?!\$ ).*\n)*)", "".join(sessions), re.M):
