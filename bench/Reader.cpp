@@ -1,11 +1,12 @@
-// The reader: bench_reader string|file|avx2|baseline FILE.vrn
+// The reader and the writer: bench_reader string|file|avx2|baseline|write FILE.vrn
 //
-// From memory, from a file, or from memory with no more than a set of instructions.
+// From memory, from a file, or from memory with no more than a set of instructions; or writes what has been read.
 #include "impl/Reader.h"
 
 #include "bench/Process.h"
-#include "impl/numbers/PlainBlocks.h"
 #include "scene/Scene.h"
+#include "scene/VrnWriter.h"
+#include "scene/core/InstructionSet.h"
 
 #include <memory>
 
@@ -31,5 +32,15 @@ int main(int argc, char** argv) {
         if (!isOk)
             std::exit(1);
     };
-    return vrn::bench::measure(argv[1], argv[2], read, [&] { scene.reset(); });
+    if (mode != "write")
+        return vrn::bench::measure(argv[1], argv[2], read, [&] { scene.reset(); });
+    read();
+    text = String();
+    std::size_t bytes = 0;
+    const auto write = [&] {
+        const auto losses = writeVrn(*scene, {}, [&](std::string_view piece) { bytes += piece.size(); });
+        if (!losses.empty() || bytes == 0)
+            std::exit(1);
+    };
+    return vrn::bench::measure(argv[1], argv[2], write, [] {});
 }

@@ -11,7 +11,7 @@ import subprocess
 import sys
 
 PROGRAMS = {"string": "bench_reader", "file": "bench_reader", "avx2": "bench_reader", "baseline": "bench_reader",
-            "numbers": "bench_roof", "payload": "bench_roof", "read": "bench_roof",
+            "write": "bench_reader", "numbers": "bench_roof", "payload": "bench_roof", "read": "bench_roof",
             "plain": "bench_json", "tuned": "bench_json", "graph": "bench_json", "links": "bench_scale"}
 
 
@@ -43,6 +43,13 @@ ROWS = [
     ("mesh / JSON as users write it", *over("string mesh.vrn", "plain mesh.json"), 0.70, 0.50),
     ("mesh / JSON tuned", *over("string mesh.vrn", "tuned mesh.json"), 1.00, 0.85),
     ("graph / JSON and a plain scene", *over("string graph.vrn", "graph graph.json"), 1.15, 0.95),
+    ("writing mesh / reading", *over("write mesh.vrn", "string mesh.vrn"), 1.00, None),
+    ("writing shortest reals / reading", *over("write mesh_rt.vrn", "string mesh_rt.vrn"), 1.00, None),
+    ("writing doubles / reading", *over("write doubles.vrn", "string doubles.vrn"), 1.00, None),
+    ("writing 8-bit integers / reading", *over("write int8.vrn", "string int8.vrn"), 1.00, None),
+    ("writing 16-bit integers / reading", *over("write int16.vrn", "string int16.vrn"), None, None),
+    ("writing 64-bit integers / reading", *over("write int64.vrn", "string int64.vrn"), 1.00, None),
+    ("writing graph / reading", *over("write graph.vrn", "string graph.vrn"), 1.00, None),
     ("a link of 1,000,000 / of 10,000", *over("links 1000000", "links 10000"), 1.50, 1.20),
 ]
 MEMORY = [
