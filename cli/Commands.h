@@ -6,6 +6,7 @@
 namespace vrn::cli {
 
 [[nodiscard]] Command checkCommand();
+[[nodiscard]] Command convertCommand();
 [[nodiscard]] Command dumpCommand();
 [[nodiscard]] Command infoCommand();
 

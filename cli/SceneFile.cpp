@@ -118,7 +118,10 @@ std::string SceneFile::diagnosticsText() const {
     return text;
 }
 
-static std::shared_ptr<const Catalogue> loadCatalogue(const String& path) {
+std::shared_ptr<const Catalogue> loadCatalogue(const SceneArguments& arguments) {
+    if (arguments.types.empty())
+        return nullptr;
+    const String path = std::string_view(arguments.types);
     File file = File::open(path);
     const std::string text = readAll(file);
     if (!file.error().isEmpty()) {
@@ -136,7 +139,7 @@ static std::shared_ptr<const Catalogue> loadCatalogue(const String& path) {
 
 int forEachScene(const SceneArguments& arguments, const std::function<void(const SceneFile&, const Scene&)>& visit,
                  Notices notices) {
-    const auto catalogue = arguments.types.empty() ? nullptr : loadCatalogue(std::string_view(arguments.types));
+    const auto catalogue = loadCatalogue(arguments);
     int status = exitOk;
     for (const std::string& name : arguments.files) {
         SceneFile file{String(std::string_view(name))};

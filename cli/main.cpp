@@ -9,7 +9,7 @@
 
 namespace vrn::cli {
 
-std::vector<Command> allCommands() { return {checkCommand(), dumpCommand(), infoCommand()}; }
+std::vector<Command> allCommands() { return {checkCommand(), convertCommand(), dumpCommand(), infoCommand()}; }
 
 } // namespace vrn::cli
 

@@ -1,0 +1,65 @@
+#include "convert/AssimpImport.h"
+
+#include "convert/Convert.h"
+#include "convert/SceneImport.h"
+#include "scene/core/File.h"
+
+#include <algorithm>
+#include <assimp/Importer.hpp>
+#include <assimp/postprocess.h>
+#include <filesystem>
+#include <optional>
+
+namespace vrn::convert {
+
+namespace {
+
+// What cannot be read at all is another thing than what makes no sense.
+void openOrThrow(const std::string& path) {
+    File file = File::open(std::string_view(path));
+    char first = 0;
+    (void)file.read(first);
+    if (!file.error().isEmpty())
+        throw FileError(path, file.error().buf());
+}
+
+void findAnimated(SceneImport& import) {
+    for (const aiAnimation* animation : std::span(import.from.mAnimations, import.from.mNumAnimations))
+        for (const aiNodeAnim* channel : std::span(animation->mChannels, animation->mNumChannels))
+            import.animated.emplace(textOf(channel->mNodeName));
+}
+
+void noteUnused(SceneImport& import) {
+    for (unsigned i = 0; i < import.from.mNumMaterials; ++i) {
+        const String name = import.from.mMaterials[i]->GetName().C_Str();
+        if (!import.materials.contains(i) && name != AI_DEFAULT_MATERIAL_NAME)
+            import.losses.add("materials that no mesh has", name);
+    }
+}
+
+} // namespace
+
+void importModel(const std::string& path, Scene& scene, Losses& losses) {
+    openOrThrow(path);
+    Assimp::Importer importer;
+    // Pivots as nodes of their own would be helpers that nobody asked for.
+    importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);
+    constexpr unsigned asItStands = 0;
+    const aiScene* from = importer.ReadFile(path, asItStands);
+    if (!from)
+        throw ContentError(path, importer.GetErrorString());
+    const std::string extension = extensionOf(path);
+    const bool isGltf = extension == ".glb" || extension == ".gltf";
+    const std::optional<GltfCoordinates> exact =
+        isGltf ? std::optional<GltfCoordinates>(std::in_place, path) : std::optional<GltfCoordinates>(std::in_place);
+    SceneImport import{.from = *from, .scene = scene, .losses = losses, .coordinates = *exact, .hasUris = isGltf};
+    findAnimated(import);
+    importMeshes(import);
+    importNodes(import);
+    importCameras(import);
+    importLights(import);
+    importAnimations(import);
+    noteUnused(import);
+}
+
+} // namespace vrn::convert

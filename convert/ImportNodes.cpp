@@ -1,0 +1,173 @@
+#include "convert/SceneImport.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace vrn::convert {
+
+namespace {
+
+constexpr double degrees = 180 / std::numbers::pi;
+
+// Scaling, turning and moving are said apart where that loses nothing, and where they are animated one by one.
+void setTransform(SceneImport& import, Node& node, const aiNode& from) {
+    const Matrix matrix = matrixOf(from.mTransformation);
+    const Trs trs = decompose(matrix);
+    const Matrix again = toMatrix(trs);
+    const bool isAnimated = import.animated.contains(std::string(textOf(from.mName)));
+    if (again != matrix && !isAnimated)
+        return setNumbers(node, "transform", AttrType::Mat4, matrix);
+    if (difference(again, matrix) > 1e-5)
+        import.losses.add("shear of animated nodes", node);
+    const Trs initial;
+    if (isAnimated || trs.translation != initial.translation)
+        setNumbers(node, "translation", AttrType::Vec3, trs.translation);
+    if (isAnimated || trs.rotation != initial.rotation)
+        setNumbers(node, "rotation", AttrType::Quat, trs.rotation);
+    if (isAnimated || trs.scale != initial.scale)
+        setNumbers(node, "scale", AttrType::Vec3, trs.scale);
+}
+
+void setGeometry(SceneImport& import, Node& node, unsigned mesh) {
+    const auto known = import.meshes.find(mesh);
+    if (known != import.meshes.end() && known->second)
+        refer(node, "geometry", *known->second);
+}
+
+// A node shows one mesh; of several, each but the first is a child.
+Node& addNode(SceneImport& import, const aiNode& from, Node* parent) {
+    Node& node = import.create(from.mNumMeshes == 0 ? "transform" : "instance", textOf(from.mName), "node");
+    if (parent)
+        refer(node, "parent", *parent);
+    setTransform(import, node, from);
+    for (unsigned i = 0; i < from.mNumMeshes; ++i) {
+        Node& shown =
+            i == 0 ? node : import.create("instance", "", (std::string(node.name().view()) + "_more").c_str());
+        if (i != 0)
+            refer(shown, "parent", node);
+        setGeometry(import, shown, from.mMeshes[i]);
+    }
+    if (from.mMetaData && from.mMetaData->mNumProperties != 0)
+        import.losses.add("metadata of nodes", node);
+    return node;
+}
+
+// Places a camera or light at the node of its name.
+void setPlace(SceneImport& import, Node& node, const aiString& name, const aiVector3D& position) {
+    if (const auto place = import.nodes.find(std::string(textOf(name))); place != import.nodes.end())
+        connect(node, "worldMatrix", *place->second, "outMatrix");
+    if (position != aiVector3D())
+        setNumbers(
+            node, "position", AttrType::Pos3,
+            Vector{static_cast<double>(position.x), static_cast<double>(position.y), static_cast<double>(position.z)});
+}
+
+Vector vectorOf(const aiVector3D& v) {
+    return {static_cast<double>(v.x), static_cast<double>(v.y), static_cast<double>(v.z)};
+}
+
+void setLens(Node& node, const aiCamera& camera) {
+    const double aspect = camera.mAspect > 0 ? static_cast<double>(camera.mAspect) : 1;
+    if (camera.mOrthographicWidth > 0) {
+        const double width = static_cast<double>(camera.mOrthographicWidth);
+        setText(node, "projection", "orthographic");
+        setNumbers(node, "size", AttrType::Vec2, std::array{width, width / aspect});
+    } else {
+        const double across = static_cast<double>(camera.mHorizontalFOV);
+        setText(node, "projection", "perspective");
+        set(node, "fov", AttrData::real(2 * std::atan(std::tan(across / 2) / aspect) * degrees));
+        if (camera.mAspect > 0)
+            set(node, "aspect", AttrData::real(aspect));
+    }
+    set(node, "near", AttrData::real(static_cast<double>(camera.mClipPlaneNear)));
+    set(node, "far", AttrData::real(static_cast<double>(camera.mClipPlaneFar)));
+}
+
+const char* kindOf(const aiLight& light) {
+    switch (light.mType) {
+    case aiLightSource_DIRECTIONAL:
+        return "directional";
+    case aiLightSource_POINT:
+        return "point";
+    case aiLightSource_SPOT:
+        return "spot";
+    default:
+        return nullptr;
+    }
+}
+
+void setColor(Node& node, const aiColor3D& color) {
+    const double most = static_cast<double>(std::max({color.r, color.g, color.b}));
+    const double intensity = most > 0 ? most : 1;
+    setNumbers(node, "color", AttrType::Rgba,
+               std::array{static_cast<double>(color.r) / intensity, static_cast<double>(color.g) / intensity,
+                          static_cast<double>(color.b) / intensity, 1.0});
+    set(node, "intensity", AttrData::real(intensity));
+}
+
+} // namespace
+
+void importNodes(SceneImport& import) {
+    struct Open {
+        const aiNode* from;
+        Node* parent;
+    };
+    std::vector<Open> open;
+    if (import.from.mRootNode)
+        open.push_back({import.from.mRootNode, nullptr});
+    while (!open.empty()) {
+        const auto [from, parent] = open.back();
+        open.pop_back();
+        Node& node = addNode(import, *from, parent);
+        import.nodes.emplace(textOf(from->mName), &node);
+        for (unsigned i = from->mNumChildren; i > 0; --i)
+            open.push_back({from->mChildren[i - 1], &node});
+    }
+    importSkins(import);
+    std::unordered_map<const Node*, Node*> skins; // by the mesh that they move
+    for (const auto& [number, skin] : import.skins)
+        skins.emplace(import.meshes[number], skin);
+    for (Node& node : import.scene.nodes()) {
+        const Input* geometry = node.input("geometry");
+        const auto skin = geometry ? skins.find(geometry->nodeValue()) : skins.end();
+        if (skin != skins.end())
+            refer(node, "skin", *skin->second);
+    }
+}
+
+void importCameras(SceneImport& import) {
+    for (const aiCamera* camera : std::span(import.from.mCameras, import.from.mNumCameras)) {
+        Node& node = import.create("camera", textOf(camera->mName), "camera");
+        setLens(node, *camera);
+        setPlace(import, node, camera->mName, camera->mPosition);
+        if (camera->mLookAt != aiVector3D(0, 0, -1) && camera->mLookAt != aiVector3D()) {
+            const aiVector3D at = camera->mPosition + camera->mLookAt;
+            setNumbers(node, "lookAt", AttrType::Pos3, vectorOf(at));
+        }
+        if (camera->mUp != aiVector3D(0, 1, 0))
+            setNumbers(node, "up", AttrType::Vec3, vectorOf(camera->mUp));
+    }
+}
+
+void importLights(SceneImport& import) {
+    for (const aiLight* light : std::span(import.from.mLights, import.from.mNumLights)) {
+        const char* kind = kindOf(*light);
+        if (!kind) {
+            import.losses.add("lights that are neither directional nor points nor spots", String(textOf(light->mName)));
+            continue;
+        }
+        Node& node = import.create("light", textOf(light->mName), "light");
+        setText(node, "kind", kind);
+        setColor(node, light->mColorDiffuse);
+        if (light->mDirection != aiVector3D())
+            setNumbers(node, "direction", AttrType::Vec3, vectorOf(light->mDirection));
+        if (light->mType == aiLightSource_SPOT) {
+            set(node, "innerAngle", AttrData::real(static_cast<double>(light->mAngleInnerCone) * degrees));
+            set(node, "outerAngle", AttrData::real(static_cast<double>(light->mAngleOuterCone) * degrees));
+        }
+        setPlace(import, node, light->mName, light->mPosition);
+    }
+}
+
+} // namespace vrn::convert
