@@ -191,7 +191,7 @@ void exportModel(const Model& model, const char* format, const std::string& path
     OutputFile file(path);
     file.write(std::string_view(static_cast<const char*>(blob->data), blob->size));
     for (const aiExportDataBlob* beside = blob->next; beside; beside = beside->next) {
-        OutputFile other(std::filesystem::path(path).replace_extension(beside->name.C_Str()).string());
+        OutputFile other((std::filesystem::path(path).parent_path() / beside->name.C_Str()).string());
         other.write(std::string_view(static_cast<const char*>(beside->data), beside->size));
         other.commit();
     }

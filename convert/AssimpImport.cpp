@@ -30,11 +30,9 @@ void findAnimated(SceneImport& import) {
 }
 
 void noteUnused(SceneImport& import) {
-    for (unsigned i = 0; i < import.from.mNumMaterials; ++i) {
-        const String name = import.from.mMaterials[i]->GetName().C_Str();
-        if (!import.materials.contains(i) && name != AI_DEFAULT_MATERIAL_NAME)
-            import.losses.add("materials that no mesh has", name);
-    }
+    for (unsigned i = 0; i < import.from.mNumMaterials; ++i)
+        if (!import.materials.contains(i) && !isAdded(import, i))
+            import.losses.add("materials that no mesh has", String(import.from.mMaterials[i]->GetName().C_Str()));
 }
 
 } // namespace
@@ -48,11 +46,13 @@ void importModel(const std::string& path, Scene& scene, Losses& losses) {
     const aiScene* from = importer.ReadFile(path, asItStands);
     if (!from)
         throw ContentError(path, importer.GetErrorString());
+    if (!from->mRootNode)
+        throw ContentError(path, "there is no scene in it");
     const std::string extension = extensionOf(path);
     const bool isGltf = extension == ".glb" || extension == ".gltf";
-    const std::optional<GltfCoordinates> exact =
-        isGltf ? std::optional<GltfCoordinates>(std::in_place, path) : std::optional<GltfCoordinates>(std::in_place);
-    SceneImport import{.from = *from, .scene = scene, .losses = losses, .coordinates = *exact, .hasUris = isGltf};
+    const std::optional<GltfFile> gltf =
+        isGltf ? std::optional<GltfFile>(std::in_place, path) : std::optional<GltfFile>(std::in_place);
+    SceneImport import{.from = *from, .scene = scene, .losses = losses, .isGltf = isGltf, .gltf = *gltf};
     findAnimated(import);
     importMeshes(import);
     importNodes(import);

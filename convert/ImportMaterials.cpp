@@ -52,8 +52,7 @@ public:
         setPortion("roughness", AI_MATKEY_ROUGHNESS_FACTOR);
         if (aiColor3D color; from_.Get(AI_MATKEY_COLOR_EMISSIVE, color) == AI_SUCCESS && !color.IsBlack())
             setMember(*node_->createInput("emission", AttrType::Object), "color",
-                      numbersOf(AttrType::Vec3, std::array{static_cast<double>(color.r), static_cast<double>(color.g),
-                                                           static_cast<double>(color.b)}));
+                      numbersOf(AttrType::Vec3, std::array{plain(color.r), plain(color.g), plain(color.b)}));
         setAlpha();
         if (int isDoubleSided = 0; from_.Get(AI_MATKEY_TWOSIDED, isDoubleSided) == AI_SUCCESS)
             set(*node_, "doubleSided", AttrData::boolean(isDoubleSided != 0));
@@ -72,14 +71,13 @@ private:
         if (from_.Get(AI_MATKEY_OPACITY, opacity) == AI_SUCCESS && opacity < 1)
             color.a = opacity;
         setNumbers(*node_, "baseColor", AttrType::Rgba,
-                   std::array{static_cast<double>(color.r), static_cast<double>(color.g), static_cast<double>(color.b),
-                              static_cast<double>(color.a)});
+                   std::array{plain(color.r), plain(color.g), plain(color.b), plain(color.a)});
         isSeeThrough_ = color.a < 1;
     }
 
     void setPortion(const char* name, const char* key, unsigned type, unsigned index) {
         if (float portion = 0; from_.Get(key, type, index, portion) == AI_SUCCESS)
-            set(*node_, name, AttrData::real(static_cast<double>(portion)));
+            set(*node_, name, AttrData::real(plain(portion)));
     }
 
     void setAlpha() {
@@ -89,7 +87,7 @@ private:
         Input& alpha = *node_->createInput("alpha", AttrType::Object);
         setMember(alpha, "mode", AttrData::string(String(textOf(mode)).toLower().view()));
         if (float cutoff = 0; from_.Get(AI_MATKEY_GLTF_ALPHACUTOFF, cutoff) == AI_SUCCESS)
-            setMember(alpha, "cutoff", AttrData::real(static_cast<double>(cutoff)));
+            setMember(alpha, "cutoff", AttrData::real(plain(cutoff)));
     }
 
     void connectMap(const Map& map) {
@@ -160,7 +158,7 @@ private:
         const aiTexture* embedded = import_.from.GetEmbeddedTexture(std::string(file).c_str());
         if (embedded)
             return makeEmbedded(*embedded);
-        const std::string path = import_.hasUris ? pathOf(file) : std::string(file);
+        const std::string path = import_.isGltf ? pathOf(file) : std::string(file);
         const std::size_t folder = path.find_last_of("/\\");
         const std::string name = folder == std::string::npos ? path : path.substr(folder + 1);
         Node& texture = import_.create("texture", name.substr(0, name.rfind('.')), "texture");
@@ -196,13 +194,13 @@ private:
             const bool isTexture = key.starts_with("$tex.");
             const bool isRead = isTexture ? std::ranges::find(maps, property->mSemantic, &Map::type) != std::end(maps)
                                           : std::ranges::find(readProperties, key) != std::end(readProperties);
-            if (isRead || (isTexture && key != "$tex.file"))
+            const bool isDerived = import_.isGltf && key == "$mat.shininess"; // from the roughness
+            if (isRead || isDerived || (isTexture && key != "$tex.file"))
                 continue;
-            import_.losses.add(isTexture
-                                   ? "textures for other things than colour, normals, metal, roughness, occlusion "
-                                     "and emission"
-                                   : "property " + std::string(key) + " of materials",
-                               *node_);
+            import_.losses.add(isTexture ? "textures for other things than colour, normals, metal, roughness, occlusion "
+                                           "and emission"
+                                         : "properties of materials beyond those of metal and roughness",
+                               node_->name() + " " + String(key));
         }
     }
 
@@ -214,16 +212,21 @@ private:
 
 } // namespace
 
+bool isAdded(const SceneImport& import, unsigned material) {
+    const aiMaterial& from = *import.from.mMaterials[material];
+    if (import.isGltf)
+        return !import.gltf.hasMaterial(material);
+    return textOf(from.GetName()) == AI_DEFAULT_MATERIAL_NAME && from.GetTextureCount(aiTextureType_DIFFUSE) == 0;
+}
+
 Node* importMaterial(SceneImport& import, unsigned number) {
-    if (number >= import.from.mNumMaterials)
+    if (number >= import.from.mNumMaterials || isAdded(import, number))
         return nullptr;
     if (const auto known = import.materials.find(number); known != import.materials.end())
         return known->second;
     const aiMaterial& from = *import.from.mMaterials[number];
-    aiString name;
-    (void)from.Get(AI_MATKEY_NAME, name);
-    const bool isNone = textOf(name) == AI_DEFAULT_MATERIAL_NAME && from.GetTextureCount(aiTextureType_DIFFUSE) == 0;
-    return import.materials[number] = isNone ? nullptr : MaterialImport(import, from).read(textOf(name));
+    const aiString name = from.GetName();
+    return import.materials[number] = MaterialImport(import, from).read(textOf(name));
 }
 
 } // namespace vrn::convert

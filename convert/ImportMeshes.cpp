@@ -127,7 +127,7 @@ private:
     AttrData coordinates(unsigned set) {
         AttrData buffer = AttrData::buffer(DataType::Vec2f, mesh_.mNumVertices);
         const std::span<float> to = buffer.elements<float>();
-        const std::vector<float> exact = import_.coordinates.verticals(number_, set, mesh_.mNumVertices);
+        const std::vector<float> exact = import_.gltf.verticals(number_, set, mesh_.mNumVertices);
         bool isSame = true;
         for (std::size_t i = 0; i < mesh_.mNumVertices; ++i) {
             const aiVector3D& from = mesh_.mTextureCoords[set][i];

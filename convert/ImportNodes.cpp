@@ -35,6 +35,19 @@ void setGeometry(SceneImport& import, Node& node, unsigned mesh) {
         refer(node, "geometry", *known->second);
 }
 
+constexpr const char* lightRange = "PBR_LightRange"; // stands at the node of a light
+
+// Whether a node has more than what its light is read from.
+bool hasMetadata(const aiNode& node) {
+    if (!node.mMetaData)
+        return false;
+    unsigned known = node.mMetaData->HasKey(lightRange) ? 1 : 0;
+    aiMetadata extensions;
+    if (node.mMetaData->Get("extensions", extensions))
+        known += extensions.mNumProperties == 1 && extensions.HasKey("KHR_lights_punctual") ? 1 : 0;
+    return node.mMetaData->mNumProperties > known;
+}
+
 // A node shows one mesh; of several, each but the first is a child.
 Node& addNode(SceneImport& import, const aiNode& from, Node* parent) {
     Node& node = import.create(from.mNumMeshes == 0 ? "transform" : "instance", textOf(from.mName), "node");
@@ -48,7 +61,7 @@ Node& addNode(SceneImport& import, const aiNode& from, Node* parent) {
             refer(shown, "parent", node);
         setGeometry(import, shown, from.mMeshes[i]);
     }
-    if (from.mMetaData && from.mMetaData->mNumProperties != 0)
+    if (hasMetadata(from))
         import.losses.add("metadata of nodes", node);
     return node;
 }
@@ -58,30 +71,26 @@ void setPlace(SceneImport& import, Node& node, const aiString& name, const aiVec
     if (const auto place = import.nodes.find(std::string(textOf(name))); place != import.nodes.end())
         connect(node, "worldMatrix", *place->second, "outMatrix");
     if (position != aiVector3D())
-        setNumbers(
-            node, "position", AttrType::Pos3,
-            Vector{static_cast<double>(position.x), static_cast<double>(position.y), static_cast<double>(position.z)});
+        setNumbers(node, "position", AttrType::Pos3, Vector{plain(position.x), plain(position.y), plain(position.z)});
 }
 
-Vector vectorOf(const aiVector3D& v) {
-    return {static_cast<double>(v.x), static_cast<double>(v.y), static_cast<double>(v.z)};
-}
+Vector vectorOf(const aiVector3D& v) { return {plain(v.x), plain(v.y), plain(v.z)}; }
 
 void setLens(Node& node, const aiCamera& camera) {
-    const double aspect = camera.mAspect > 0 ? static_cast<double>(camera.mAspect) : 1;
+    const double aspect = camera.mAspect > 0 ? plain(camera.mAspect) : 1;
     if (camera.mOrthographicWidth > 0) {
-        const double width = static_cast<double>(camera.mOrthographicWidth);
+        const double width = plain(camera.mOrthographicWidth);
         setText(node, "projection", "orthographic");
         setNumbers(node, "size", AttrType::Vec2, std::array{width, width / aspect});
     } else {
-        const double across = static_cast<double>(camera.mHorizontalFOV);
+        const double across = plain(camera.mHorizontalFOV);
         setText(node, "projection", "perspective");
         set(node, "fov", AttrData::real(2 * std::atan(std::tan(across / 2) / aspect) * degrees));
         if (camera.mAspect > 0)
             set(node, "aspect", AttrData::real(aspect));
     }
-    set(node, "near", AttrData::real(static_cast<double>(camera.mClipPlaneNear)));
-    set(node, "far", AttrData::real(static_cast<double>(camera.mClipPlaneFar)));
+    set(node, "near", AttrData::real(plain(camera.mClipPlaneNear)));
+    set(node, "far", AttrData::real(plain(camera.mClipPlaneFar)));
 }
 
 const char* kindOf(const aiLight& light) {
@@ -98,11 +107,10 @@ const char* kindOf(const aiLight& light) {
 }
 
 void setColor(Node& node, const aiColor3D& color) {
-    const double most = static_cast<double>(std::max({color.r, color.g, color.b}));
-    const double intensity = most > 0 ? most : 1;
+    const double most = plain(std::max({color.r, color.g, color.b}));
+    const double intensity = most > 1 ? most : 1;
     setNumbers(node, "color", AttrType::Rgba,
-               std::array{static_cast<double>(color.r) / intensity, static_cast<double>(color.g) / intensity,
-                          static_cast<double>(color.b) / intensity, 1.0});
+               std::array{plain(color.r) / intensity, plain(color.g) / intensity, plain(color.b) / intensity, 1.0});
     set(node, "intensity", AttrData::real(intensity));
 }
 
@@ -160,12 +168,15 @@ void importLights(SceneImport& import) {
         Node& node = import.create("light", textOf(light->mName), "light");
         setText(node, "kind", kind);
         setColor(node, light->mColorDiffuse);
-        if (light->mDirection != aiVector3D())
+        if (light->mDirection != aiVector3D() && light->mDirection != aiVector3D(0, 0, -1))
             setNumbers(node, "direction", AttrType::Vec3, vectorOf(light->mDirection));
         if (light->mType == aiLightSource_SPOT) {
-            set(node, "innerAngle", AttrData::real(static_cast<double>(light->mAngleInnerCone) * degrees));
-            set(node, "outerAngle", AttrData::real(static_cast<double>(light->mAngleOuterCone) * degrees));
+            set(node, "innerAngle", AttrData::real(plain(light->mAngleInnerCone) * degrees));
+            set(node, "outerAngle", AttrData::real(plain(light->mAngleOuterCone) * degrees));
         }
+        const aiNode* place = import.from.mRootNode->FindNode(light->mName);
+        if (float range = 0; place && place->mMetaData && place->mMetaData->Get(lightRange, range) && range > 0)
+            set(node, "range", AttrData::real(plain(range)));
         setPlace(import, node, light->mName, light->mPosition);
     }
 }

@@ -11,16 +11,10 @@ namespace {
 const Patterns placedInputs = {"name",  "parent",    "children", "translation", "rotation",
                                "scale", "transform", "geometry", "material",    "skin"};
 
-bool isCamera(const Node& node) { return node.type() == "camera"; }
-bool isLight(const Node& node) { return node.type() == "light"; }
-
-bool isPlaced(const Node& node, const Target& target) {
-    if (node.isDefinition())
-        return false;
-    if (isCamera(node) || isLight(node))
-        return target.hasScene;
+bool isPlaced(const Node& node) {
     const String type = node.type();
-    return type == "instance" || type == "transform" || type == "group" || node.input("geometry");
+    const bool isKnown = type == "instance" || type == "transform" || type == "group" || node.input("geometry");
+    return isKnown && !node.isDefinition();
 }
 
 Quaternion readRotation(const Node& node, const InputReader& reader, Losses& losses) {
@@ -150,24 +144,17 @@ u32 geometryOf(SceneReading& reading, const Node& mesh) {
 } // namespace
 
 void placeNodes(SceneReading& reading) {
-    std::vector<Placement>& placements = reading.model.placements;
     for (const Node& node : reading.scene.nodes())
-        if (isPlaced(node, reading.target)) {
-            reading.placements.emplace(&node, static_cast<u32>(placements.size()));
-            placements.emplace_back().source = &node;
-            reading.carried.insert(&node);
-        }
+        if (isPlaced(node))
+            reading.place(node);
+    if (reading.target.hasScene)
+        readViews(reading);
     Family(reading).link();
-    for (Placement& placement : placements) {
-        if (isCamera(*placement.source)) {
-            readCamera(reading, placement);
-        } else if (isLight(*placement.source)) {
-            readLight(reading, placement);
-        } else {
+    for (Placement& placement : reading.model.placements)
+        if (isPlaced(*placement.source)) {
             readTransform(placement, reading.losses);
             noteOthers(*placement.source, placedInputs, reading.losses);
         }
-    }
     aimAtTargets(reading);
 }
 

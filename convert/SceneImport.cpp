@@ -1,17 +1,26 @@
 #include "convert/SceneImport.h"
 
+#include "scene/core/NumberText.h"
+
 #include <algorithm>
 
 namespace vrn::convert {
 
 namespace {
 
-// Letters, digits and underlines, not beginning with a digit.
+// Letters, digits and underlines, not beginning with a digit; all else between them becomes one underline.
 std::string identifier(std::string_view name, const char* otherwise) {
     std::string text;
-    for (const char c : name)
-        text += String::isLetter(c) || String::isDigit(c) ? c : '_';
-    if (std::ranges::all_of(text, [](char c) { return c == '_'; }))
+    bool isGap = false;
+    for (const char c : name) {
+        const bool fits = String::isLetter(c) || String::isDigit(c) || c == '_';
+        if (fits && isGap && !text.empty())
+            text += '_';
+        if (fits)
+            text += c;
+        isGap = !fits;
+    }
+    if (text.empty())
         return otherwise;
     return String::isDigit(text[0]) ? "_" + text : text;
 }
@@ -71,11 +80,18 @@ void connect(Node& node, const char* name, Node& source, const char* output) {
         node.createInput(name, AttrType::Null)->connect(from);
 }
 
+double plain(float number) {
+    char digits[realTextCapacity];
+    double same = static_cast<double>(number);
+    (void)parseReal(writeReal(number, digits), same);
+    return same;
+}
+
 Matrix matrixOf(const aiMatrix4x4& matrix) {
     Matrix made{};
     for (unsigned row = 0; row < 4; ++row)
         for (unsigned column = 0; column < 4; ++column)
-            made[4 * column + row] = static_cast<double>(matrix[row][column]);
+            made[4 * column + row] = plain(matrix[row][column]);
     return made;
 }
 

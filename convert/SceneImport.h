@@ -1,7 +1,7 @@
 // A scene of Assimp's on its way into one of ours: what the steps of that have made so far.
 #pragma once
 
-#include "convert/GltfCoordinates.h"
+#include "convert/GltfFile.h"
 #include "convert/Losses.h"
 #include "convert/Transform.h"
 #include "scene/Scene.h"
@@ -17,8 +17,8 @@ struct SceneImport {
     const aiScene& from;
     Scene& scene;
     Losses& losses;
-    const GltfCoordinates& coordinates;             // the exact ones, where they are known
-    bool hasUris = false;                           // files are named by references
+    bool isGltf = false;
+    const GltfFile& gltf;                           // knows nothing of other files
     std::unordered_map<std::string, Node*> nodes{}; // by the name that the file has for them
     std::unordered_set<std::string> animated{};     // names of nodes that move
     std::map<unsigned, Node*> meshes{};             // by their number; null for one that was left out
@@ -38,6 +38,7 @@ void importSkins(SceneImport& import); // of the meshes; after the nodes, which 
 void importCameras(SceneImport& import);
 void importLights(SceneImport& import);
 void importAnimations(SceneImport& import);
+[[nodiscard]] bool isAdded(const SceneImport& import, unsigned material); // by Assimp, for meshes that have none
 [[nodiscard]] Node* importMaterial(SceneImport& import, unsigned number); // null for the one that stands for none
 
 // Setting inputs of new nodes.
@@ -48,6 +49,9 @@ void setNumbers(Node& node, const char* name, AttrType type, std::span<const dou
 [[nodiscard]] AttrData numbersOf(AttrType type, std::span<const double> numbers);
 void refer(Node& node, const char* name, Node& target);
 void connect(Node& node, const char* name, Node& source, const char* output);
+
+// The shortest decimal number that is the same float, such as 0.1.
+[[nodiscard]] double plain(float number);
 
 [[nodiscard]] Matrix matrixOf(const aiMatrix4x4& matrix);
 [[nodiscard]] inline std::string_view textOf(const aiString& text) { return {text.data, text.length}; }

@@ -26,6 +26,14 @@ struct SceneReading {
         const auto found = placements.find(node);
         return node && found != placements.end() ? found->second : none;
     }
+
+    Placement& place(const Node& node) {
+        placements.emplace(&node, static_cast<u32>(model.placements.size()));
+        carried.insert(&node);
+        Placement& placement = model.placements.emplace_back();
+        placement.source = &node;
+        return placement;
+    }
 };
 
 // Things at their places: groups, transforms, instances, cameras and lights, with their parents and children.
@@ -37,9 +45,8 @@ void readGeometries(SceneReading& reading);
 // The material of a node that an input connects to or names, read once; `none` for null.
 [[nodiscard]] u32 readMaterial(SceneReading& reading, const Node* node);
 
-// Makes a placed node of that type a camera or a light.
-void readCamera(SceneReading& reading, Placement& placement);
-void readLight(SceneReading& reading, Placement& placement);
+// Cameras and lights: at the node whose matrix they take, if they add nothing to it, or at a place of their own.
+void readViews(SceneReading& reading);
 
 // Turns the cameras and lights that have no direction of their own towards their targets.
 void aimAtTargets(SceneReading& reading);

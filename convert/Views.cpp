@@ -54,54 +54,80 @@ void readClipping(Camera& camera, const InputReader& reader, Losses& losses) {
     }
 }
 
-} // namespace
-
-void readCamera(SceneReading& reading, Placement& placement) {
-    const Node& node = *placement.source;
-    const InputReader reader(node, reading.losses);
+Camera readCamera(const Node& node, Losses& losses) {
+    const InputReader reader(node, losses);
     Camera camera{.source = &node};
     camera.isPerspective = reader.text("projection") != "orthographic";
     camera.fov = reader.number("fov", 45) * degree;
     if (camera.fov <= 0 || camera.fov >= std::numbers::pi) {
-        reading.losses.add("angles of cameras that are not between 0 and 180 degrees", node);
+        losses.add("angles of cameras that are not between 0 and 180 degrees", node);
         camera.fov = 45 * degree;
     }
     camera.aspect = std::max(0.0, reader.number("aspect", 0));
     camera.size = reader.numbers<2>("size", {1, 1});
     if (camera.size[0] == 0 || camera.size[1] == 0) {
-        reading.losses.add("sizes of cameras that are 0", node);
+        losses.add("sizes of cameras that are 0", node);
         camera.size = {1, 1};
     }
-    readClipping(camera, reader, reading.losses);
-    stand(placement, reader, ownDirection(reader));
-    noteOthers(node, cameraInputs, reading.losses);
-    placement.camera = static_cast<u32>(reading.model.cameras.size());
-    reading.model.cameras.push_back(camera);
+    readClipping(camera, reader, losses);
+    noteOthers(node, cameraInputs, losses);
+    return camera;
 }
 
-void readLight(SceneReading& reading, Placement& placement) {
-    const Node& node = *placement.source;
-    const InputReader reader(node, reading.losses);
+Light readLight(const Node& node, Losses& losses) {
+    const InputReader reader(node, losses);
     Light light{.source = &node};
     light.kind = reader.text("kind");
     if (light.kind != "point" && light.kind != "spot") {
         if (!light.kind.empty() && light.kind != "directional")
-            reading.losses.add("unknown kinds of lights", node);
+            losses.add("unknown kinds of lights", node);
         light.kind = "directional";
     }
     const Vector color = reader.numbers<3>("color", {1, 1, 1});
     for (std::size_t i = 0; i < 3; ++i)
         light.color[i] = std::clamp(color[i], 0.0, 1.0);
     if (light.color != color)
-        reading.losses.add("colours of lights outside of 0 to 1", node);
+        losses.add("colours of lights outside of 0 to 1", node);
     light.intensity = std::max(0.0, reader.number("intensity", 1));
     light.range = std::max(0.0, reader.number("range", 0));
     light.outerAngle = std::clamp(reader.number("outerAngle", 45), 0.1, 90.0) * degree;
     light.innerAngle = std::clamp(reader.number("innerAngle", 0) * degree, 0.0, light.outerAngle * 0.999);
-    stand(placement, reader, ownDirection(reader));
-    noteOthers(node, lightInputs, reading.losses);
-    placement.light = static_cast<u32>(reading.model.lights.size());
-    reading.model.lights.push_back(light);
+    noteOthers(node, lightInputs, losses);
+    return light;
+}
+
+// The place of a camera or light; `slot` is the member of a placement that takes it.
+Placement& placeOf(SceneReading& reading, const Node& node, u32 Placement::*slot) {
+    Placement own;
+    const InputReader reader(node, reading.losses);
+    stand(own, reader, ownDirection(reader));
+    const u32 host = reading.placementOf(reader.node("worldMatrix"));
+    const bool addsNothing = own.local() == identity && !reader.node("target") && !reader.node("parent");
+    if (host == none || !addsNothing || reading.model.placements[host].*slot != none) {
+        Placement& placement = reading.place(node);
+        placement.trs = own.trs;
+        placement.matrix = own.matrix;
+        return placement;
+    }
+    reading.placements.emplace(&node, host);
+    reading.carried.insert(&node);
+    return reading.model.placements[host];
+}
+
+} // namespace
+
+void readViews(SceneReading& reading) {
+    for (const Node& node : reading.scene.nodes()) {
+        if (node.isDefinition())
+            continue;
+        if (node.type() == "camera") {
+            placeOf(reading, node, &Placement::camera).camera = static_cast<u32>(reading.model.cameras.size());
+            reading.model.cameras.push_back(readCamera(node, reading.losses));
+        } else if (node.type() == "light") {
+            placeOf(reading, node, &Placement::light).light = static_cast<u32>(reading.model.lights.size());
+            reading.model.lights.push_back(readLight(node, reading.losses));
+        }
+    }
 }
 
 void aimAtTargets(SceneReading& reading) {

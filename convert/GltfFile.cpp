@@ -1,6 +1,6 @@
 #include "scene/RapidJson.h"
 
-#include "convert/GltfCoordinates.h"
+#include "convert/GltfFile.h"
 #include "convert/Uri.h"
 #include "scene/core/File.h"
 
@@ -72,7 +72,7 @@ u32 wordAt(std::string_view bytes, std::size_t at) {
 
 } // namespace
 
-struct GltfCoordinates::Contents {
+struct GltfFile::Contents {
     Document json;
     std::vector<const Value*> primitives;
     std::vector<std::string> buffers;
@@ -138,11 +138,15 @@ struct GltfCoordinates::Contents {
     }
 };
 
-GltfCoordinates::GltfCoordinates() = default;
-GltfCoordinates::GltfCoordinates(const std::string& path) : contents_(std::make_unique<Contents>(path)) {}
-GltfCoordinates::~GltfCoordinates() = default;
+GltfFile::GltfFile() = default;
+GltfFile::GltfFile(const std::string& path) : contents_(std::make_unique<Contents>(path)) {}
+GltfFile::~GltfFile() = default;
 
-std::vector<float> GltfCoordinates::verticals(u32 primitive, u32 set, u64 vertices) const {
+bool GltfFile::hasMaterial(u32 number) const {
+    return contents_ && itemOf(contents_->json, "materials", number) != nullptr;
+}
+
+std::vector<float> GltfFile::verticals(u32 primitive, u32 set, u64 vertices) const {
     if (!contents_ || primitive >= contents_->primitives.size())
         return {};
     const Value& of = *contents_->primitives[primitive];
