@@ -23,18 +23,9 @@ struct BufferType {
 const std::vector<BufferType>& bufferTypes() {
     static const std::vector<BufferType> types = [] {
         std::vector<BufferType> rows;
-        for (const DataType type :
-             {DataType::Char,   DataType::Byte,   DataType::Int16,   DataType::Int32, DataType::Int64,
-              DataType::UInt16, DataType::UInt32, DataType::UInt64,  DataType::Float, DataType::Double,
-              DataType::Vec2f,  DataType::Vec3f,  DataType::Vec4f,   DataType::Pos2f, DataType::Pos3f,
-              DataType::Quatf,  DataType::Mat3f,  DataType::Mat4f,   DataType::Rgbf,  DataType::Rgbaf,
-              DataType::Hsvf,   DataType::Hslf,   DataType::Vec2d,   DataType::Vec3d, DataType::Vec4d,
-              DataType::Pos2d,  DataType::Pos3d,  DataType::Quatd,   DataType::Mat3d, DataType::Mat4d,
-              DataType::Rgbd,   DataType::Rgbad,  DataType::Hsvd,    DataType::Hsld,  DataType::Vec2i,
-              DataType::Vec3i,  DataType::Vec4i,  DataType::Pos2i,   DataType::Pos3i, DataType::Mat3i,
-              DataType::Mat4i,  DataType::Vec2u,  DataType::Vec3u,   DataType::Vec4u, DataType::Rgb8,
-              DataType::Rgba8,  DataType::Argb8,  DataType::ColorRef})
-            rows.push_back({keywordNumber(dataTypeName(type)), type});
+        for (i32 i = 0; i < dataTypeCount; ++i)
+            if (const auto type = static_cast<DataType>(i); hasKeyword(type))
+                rows.push_back({keywordNumber(dataTypeName(type)), type});
         std::ranges::sort(rows, {}, &BufferType::keyword);
         return rows;
     }();

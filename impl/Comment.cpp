@@ -1,5 +1,6 @@
 #include "impl/Messages.h"
 #include "impl/VrnParser.h"
+#include "scene/core/HeaderComment.h"
 
 namespace vor::velmo_sdk::impl {
 
@@ -9,16 +10,19 @@ bool VrnParser::parseComment() {
     if (!match(comment, Token::Type::Comment))
         return false;
     const String text = comment.text;
-    // What stands behind the first colon of all is the value, even if the keyword comes later.
-    const String value = text.fromFirst(':').trim();
-    if (text.contains("version:")) {
-        u64 version = 0;
-        if (String::parse(value, version))
-            scene->setFileVersion(version);
-        else
-            logWarning(position(), messages::badVersion, text.buf());
-    } else if (text.contains("time:") && !value.isEmpty()) {
-        scene->setFileTime(value);
+    const HeaderComment header = readHeaderComment(text);
+    switch (header.kind) {
+    case HeaderComment::Kind::Version:
+        scene->setFileVersion(header.version);
+        break;
+    case HeaderComment::Kind::BadVersion:
+        logWarning(position(), messages::badVersion, text.buf());
+        break;
+    case HeaderComment::Kind::Time:
+        scene->setFileTime(header.time);
+        break;
+    case HeaderComment::Kind::None:
+        break;
     }
     scene->pushFileComment(text);
     return true;

@@ -48,6 +48,26 @@ const char* dataTypeName(DataType type) noexcept {
     return row ? row->name : "<unknown>";
 }
 
+bool hasKeyword(DataType type) noexcept {
+    switch (type) {
+    case DataType::Null:
+    case DataType::Bool:
+    case DataType::Ptr:
+    case DataType::Xformf:
+    case DataType::Xformd:
+    case DataType::Xformi:
+    case DataType::Aabbf:
+    case DataType::Aabbd:
+    case DataType::Aabbi:
+    case DataType::Obbf:
+    case DataType::Obbd:
+    case DataType::Obbi:
+        return false;
+    default:
+        return rowOf(type) != nullptr;
+    }
+}
+
 std::optional<DataType> dataTypeByName(std::string_view name) noexcept {
     for (std::size_t i = 0; i < rows.size(); ++i)
         if (rows[i].name == name)

@@ -78,6 +78,9 @@ inline constexpr i32 dataTypeCount = 60;
 // The type of an exact name.
 [[nodiscard]] std::optional<DataType> dataTypeByName(std::string_view name) noexcept;
 
+// Whether a text can hold a buffer of this type. The keyword is the name in small letters, or in any others.
+[[nodiscard]] bool hasKeyword(DataType type) noexcept;
+
 // An element is `components` numbers of `componentType` in a row, without padding.
 struct ElementLayout {
     DataType componentType = DataType::Null;

@@ -11,27 +11,13 @@
 
 namespace vor::velmo_sdk::impl {
 
-// The output stream of the JSON writers: gathers characters and hands them on in blocks.
-class BlockStream {
+// The output stream of the JSON writers, in their words.
+class BlockStream : public TextBlock {
 public:
     using Ch = char;
-    explicit BlockStream(const TextSink& sink) : sink_(sink) { block_.reserve(blockSize); }
-
-    void Put(char c) {
-        if (block_.size() == blockSize)
-            Flush();
-        block_.push_back(c);
-    }
-    void Flush() {
-        if (!block_.empty())
-            sink_(block_);
-        block_.clear();
-    }
-
-private:
-    static constexpr std::size_t blockSize = 64 * 1024;
-    const TextSink& sink_;
-    std::string block_;
+    using TextBlock::TextBlock;
+    void Put(char c) { append(c); }
+    void Flush() { flush(); }
 };
 
 } // namespace vor::velmo_sdk::impl
@@ -41,8 +27,7 @@ namespace rapidjson {
 // Writes the indentation of a line. It stops growing at some depth: inputs may be nested so deep that
 // the spaces would outgrow everything else.
 template <> inline void PutN(vor::velmo_sdk::impl::BlockStream& stream, char c, std::size_t count) {
-    for (std::size_t i = 0; i < std::min<std::size_t>(count, 64); ++i)
-        stream.Put(c);
+    stream.append(std::min<std::size_t>(count, 64), c);
 }
 
 } // namespace rapidjson

@@ -9,8 +9,7 @@
 #pragma once
 
 #include "scene/Scene.h"
-
-#include <functional>
+#include "scene/core/TextSink.h"
 
 namespace vor::velmo_sdk::impl {
 
@@ -18,9 +17,6 @@ struct SceneJsonOptions {
     bool isCompact = false;    // one line, no spaces
     bool hasBufferData = true; // or only the type and the count of each buffer
 };
-
-// Receives the text piece by piece.
-using TextSink = std::function<void(std::string_view)>;
 
 // Writes the scene in pieces of some 64 KiB, ending in a line feed; the text is never held whole. What
 // `sink` throws passes through.

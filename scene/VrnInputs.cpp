@@ -1,0 +1,222 @@
+#include "scene/VrnInputs.h"
+
+#include "scene/VrnLosses.h"
+#include "scene/VrnValue.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace vor::velmo_sdk::impl {
+
+namespace {
+
+constexpr std::size_t indent = 4;
+
+// Inputs of these types come to be by links.
+bool isMadeByLink(const Input& input) noexcept {
+    return input.type() == AttrType::Null || input.type() == AttrType::Node;
+}
+
+bool isUntypedBuffer(const Input& input) noexcept {
+    return input.type() == AttrType::Buffer && input.dataType() == DataType::Null;
+}
+
+// Whether writing its value gives the array of an element that type.
+bool givesType(const Input& element, AttrType type) noexcept {
+    return element.type() == type && (type != AttrType::Buffer || hasKeyword(element.dataType()));
+}
+
+} // namespace
+
+void VrnInputs::write(const Input& input, bool isThere) {
+    if (const char* reason = obstacle(input, nullptr))
+        return lose(input, reason);
+    path_.assign(indent, ' ').append(".").append(input.key().view());
+    begin(input, isThere);
+    while (!open_.empty()) {
+        if (open_.back().next == open_.back().input->size())
+            open_.pop_back();
+        else
+            writeNextOf(open_.back());
+    }
+}
+
+void VrnInputs::writeNextOf(Open& parent) {
+    const bool isArray = parent.input->type() == AttrType::Array;
+    const Input& child = *parent.input->children()[parent.next++];
+    if (const char* reason = obstacle(child, isArray ? &parent.plan : nullptr))
+        return lose(child, reason);
+    path_.resize(parent.pathLength);
+    if (isArray)
+        path_.append("[").append(std::to_string(child.index())).append("]");
+    else
+        path_.append(".").append(child.key().view());
+    begin(child, false);
+}
+
+// Why a text cannot have an input, or an element of an array, at all; null if it can.
+const char* VrnInputs::obstacle(const Input& input, const ArrayPlan* array) noexcept {
+    if (!array && !isIdentifier(input.key().view()))
+        return losses::inputName;
+    if (input.type() == AttrType::Buffer && !isUntypedBuffer(input) && !hasKeyword(input.dataType()))
+        return losses::noKeyword;
+    if (!array)
+        return isUntypedBuffer(input) && !input.connection() ? losses::untypedBuffer : nullptr;
+    if (isMadeByLink(input)) {
+        // Once the array has a type, what is appended has it, too; in some arrays all elements get it.
+        const bool isEarly =
+            input.index() < array->firstTyped && array->type != AttrType::Buffer && array->type != AttrType::Array;
+        return array->type == AttrType::Null || isEarly ? nullptr : losses::untypedElement;
+    }
+    if (input.type() != array->type)
+        return losses::otherElement;
+    // A buffer gets the type of those that are written behind it.
+    return isUntypedBuffer(input) && input.index() < array->endOfTyped ? losses::untypedBuffer : nullptr;
+}
+
+void VrnInputs::begin(const Input& input, bool isThere) {
+    switch (input.type()) {
+    case AttrType::Null:
+        if (!input.connection())
+            statement(" |= ", "null");
+        break;
+    case AttrType::Node:
+        writeReference(input);
+        break;
+    case AttrType::Array:
+        beginArray(input, isThere);
+        break;
+    case AttrType::Object:
+        beginObject(input, isThere);
+        break;
+    case AttrType::Buffer:
+        writeBuffer(input);
+        break;
+    case AttrType::UInt:
+        writeUnsigned(input);
+        break;
+    default:
+        if (hasForeignNaN(input.value()))
+            lose(input, losses::foreignNaN);
+        assign(input.value());
+    }
+    writeConnection(input);
+}
+
+void VrnInputs::beginObject(const Input& object, bool isThere) {
+    const auto hasName = [](const Input* member) { return isIdentifier(member->key().view()); };
+    if (isThere || std::ranges::none_of(object.children(), hasName))
+        assign(AttrData::zero(AttrType::Object));
+    open_.push_back({.input = &object, .pathLength = path_.size()});
+}
+
+// An array keeps the type of its elements when it is emptied.
+void VrnInputs::beginArray(const Input& array, bool isThere) {
+    const ArrayPlan plan = planOf(array);
+    const bool isTypeGiven = plan.firstTyped < array.size();
+    if (!isThere && !isTypeGiven && plan.type != AttrType::Null) {
+        path_ += "[0]";
+        assign(plan.type == AttrType::Buffer ? AttrData::buffer(DataType::Float) : AttrData::zero(plan.type));
+        path_.resize(path_.size() - 3);
+        assign(AttrData::zero(AttrType::Array));
+    } else if (isThere || array.size() == 0) {
+        assign(AttrData::zero(AttrType::Array));
+    }
+    open_.push_back({.input = &array, .pathLength = path_.size(), .plan = plan});
+}
+
+VrnInputs::ArrayPlan VrnInputs::planOf(const Input& array) {
+    const auto elements = array.children();
+    ArrayPlan plan{.type = array.elementType()};
+    if (plan.type == AttrType::Null || plan.type == AttrType::Node) {
+        const auto typed = std::ranges::find_if_not(elements, [](const Input* e) { return isMadeByLink(*e); });
+        if (plan.type == AttrType::Node || typed != elements.end())
+            lose(array, losses::elementType);
+        plan.type = typed == elements.end() ? AttrType::Null : (*typed)->type();
+    }
+    plan.firstTyped = elements.size();
+    for (u64 i = elements.size(); i-- > 0;) {
+        if (!givesType(*elements[i], plan.type))
+            continue;
+        plan.firstTyped = i;
+        plan.endOfTyped = std::max(plan.endOfTyped, i + 1);
+    }
+    // Elements that links make would be of the array's type, were it given beforehand.
+    if (plan.endOfTyped == 0 && std::ranges::any_of(elements, [](const Input* e) { return isMadeByLink(*e); })) {
+        if (plan.type != AttrType::Null)
+            lose(array, losses::elementType);
+        plan.type = AttrType::Null;
+    }
+    return plan;
+}
+
+// Above the signed numbers it is written as the negative number of the same bits, which takes an input that has its
+// type already; an array would refuse that for its element.
+void VrnInputs::writeUnsigned(const Input& input) {
+    constexpr u64 most = static_cast<u64>(std::numeric_limits<i64>::max());
+    const u64 number = input.value().asUInt();
+    const bool isLarge = number > most;
+    if (isLarge && input.isElement())
+        lose(input, losses::largeUnsigned);
+    assign(AttrData::unsignedInteger(std::min(number, most)));
+    if (isLarge && !input.isElement())
+        assign(AttrData::integer(static_cast<i64>(number)));
+}
+
+void VrnInputs::writeBuffer(const Input& input) {
+    const AttrData& buffer = input.value();
+    if (isUntypedBuffer(input)) {
+        // An element has been obstructed, or gets the array's type by coming to be.
+        if (!input.isElement())
+            lose(input, losses::untypedBuffer);
+        if (!input.connection())
+            statement(" |= ", "null");
+        return;
+    }
+    if (hasForeignNaN(buffer))
+        lose(input, losses::foreignNaN);
+    text_.append(path_);
+    text_.append(" = ");
+    appendBuffer(buffer, options_, {.prefix = path_.size() + 3, .indent = indent}, text_);
+    text_.append(";\n");
+}
+
+void VrnInputs::writeReference(const Input& input) {
+    const Node* node = input.nodeValue();
+    const bool hasName = node && isIdentifier(node->key().view());
+    if (node && !hasName)
+        lose(input, losses::linkedName);
+    statement(" = ", hasName ? node->key().view() : "null");
+}
+
+void VrnInputs::writeConnection(const Input& input) {
+    const Output* output = input.connection();
+    if (!output)
+        return;
+    const std::string_view node = output->node()->key().view();
+    const bool hasName = isIdentifier(node) && isIdentifier(output->key().view());
+    if (hasName)
+        return statement(" |= ", output->label().view());
+    lose(input, losses::linkedName);
+    if (input.type() == AttrType::Null || isUntypedBuffer(input))
+        statement(" |= ", "null");
+}
+
+void VrnInputs::assign(const AttrData& value) {
+    if (value.type() == AttrType::Buffer) {
+        statement(" = ", "float[0] {}");
+    } else {
+        value_.clear();
+        appendLiteral(value, value_);
+        statement(" = ", value_);
+    }
+}
+
+void VrnInputs::statement(std::string_view sign, std::string_view value) {
+    text_.append(path_);
+    text_.append(sign);
+    text_.append(value);
+    text_.append(";\n");
+}
+
+} // namespace vor::velmo_sdk::impl

@@ -1,0 +1,214 @@
+#include "scene/VrnWriter.h"
+
+#include "scene/VrnInputs.h"
+#include "scene/VrnLosses.h"
+#include "scene/VrnValue.h"
+#include "scene/core/HeaderComment.h"
+
+#include <algorithm>
+#include <unordered_set>
+#include <utility>
+
+namespace vor::velmo_sdk::impl {
+
+namespace {
+
+bool isComment(std::string_view text) noexcept {
+    return text.starts_with('#') && text.find_first_of("\n\r\xFF") == std::string_view::npos;
+}
+
+bool isWord(std::string_view text, std::string_view word) noexcept {
+    return std::ranges::equal(text, word, {}, [](char c) { return String::lower(c); });
+}
+
+// Whether an input, with all below it, is what a text's copy of the definition's input is: the same, without links.
+// What only links make is not there yet when the copy is made.
+bool isCopy(const Input& input, const Input& original) {
+    std::vector<std::pair<const Input*, const Input*>> open{{&input, &original}};
+    while (!open.empty()) {
+        const auto [mine, others] = open.back();
+        open.pop_back();
+        const bool isSame = mine->key() == others->key() && mine->value() == others->value() &&
+                            mine->size() == others->size() && !mine->connection() &&
+                            mine->type() != AttrType::Node;
+        if (!isSame)
+            return false;
+        for (u64 i = 0; i < mine->size(); ++i)
+            open.emplace_back(mine->children()[i], others->children()[i]);
+    }
+    return true;
+}
+
+// Whether a copy of the definition's input can be turned into the input by statements that replace it.
+bool canReplace(const Input& input, const Input& original) {
+    if (input.key() != original.key() || input.type() != original.type())
+        return false;
+    if (input.type() == AttrType::Buffer)
+        return input.dataType() == original.dataType();
+    if (input.type() != AttrType::Array)
+        return true;
+    // Elements come with the type that the array has from the start, whoever makes them.
+    const AttrType type = input.elementType();
+    const auto isOfType = [&](const Input* element) { return element->type() == type; };
+    return type == original.elementType() &&
+           (type == AttrType::Null || std::ranges::all_of(input.children(), isOfType));
+}
+
+// Whether a node may have begun as a copy of the definition as it is now.
+bool follows(const Node& node, const Node& definition) {
+    const auto mine = node.inputs();
+    const auto originals = definition.inputs();
+    if (mine.size() < originals.size())
+        return false;
+    for (std::size_t i = 0; i < originals.size(); ++i)
+        if (!canReplace(*mine[i], *originals[i]))
+            return false;
+    return true;
+}
+
+class SceneText {
+public:
+    SceneText(const Scene& scene, const VrnWriterOptions& options, const TextSink& sink)
+        : scene_(scene), text_(sink), inputs_(text_, options, losses_) {}
+
+    std::vector<VrnLoss> write() {
+        writeComments();
+        findLateDefinitions();
+        for (const Node& node : scene_.nodes())
+            write(node);
+        for (const Node& node : scene_.nodes())
+            if (late_.contains(&node))
+                block("with", node, nullptr);
+        text_.flush();
+        return std::move(losses_);
+    }
+
+private:
+    // The comments, and what they do not say of version and time.
+    void writeComments() {
+        u64 version = VRX_FILE_VERSION_1;
+        String time;
+        for (const String& comment : scene_.fileComments()) {
+            if (!isComment(comment.view())) {
+                losses_.push_back({String(), losses::comment});
+                continue;
+            }
+            const HeaderComment header = readHeaderComment(comment);
+            if (header.kind == HeaderComment::Kind::Version)
+                version = header.version;
+            if (header.kind == HeaderComment::Kind::Time)
+                time = header.time;
+            writeComment(comment);
+        }
+        if (version != scene_.fileVersion())
+            add(String("# version: ") + String(scene_.fileVersion()), losses::version);
+        if (time != scene_.fileTime())
+            addTime();
+    }
+
+    void addTime() {
+        const String comment = String("# time: ") + scene_.fileTime();
+        const HeaderComment header = readHeaderComment(comment);
+        if (isComment(comment.view()) && header.kind == HeaderComment::Kind::Time && header.time == scene_.fileTime())
+            add(comment, losses::time);
+        else
+            losses_.push_back({String(), losses::foreignTime});
+    }
+
+    void add(const String& comment, const char* loss) {
+        writeComment(comment);
+        losses_.push_back({String(), loss});
+    }
+
+    void writeComment(const String& comment) {
+        text_.append(comment.view());
+        text_.append('\n');
+        before_ = Before::Block;
+    }
+
+    // Nodes begin with copies of what the definition of their type has when they are made. A definition that has
+    // changed since, or whose copies have, is late: it gets its inputs when all nodes have been made.
+    void findLateDefinitions() {
+        for (const Node& node : scene_.nodes()) {
+            const Node* definition = definitionOf(node);
+            if (definition && !follows(node, *definition))
+                late_.insert(definition);
+            if (node.isDefinition())
+                made_.insert(&node);
+        }
+        made_.clear();
+    }
+
+    // The definition that a node is made from: the one of its type, if it was made before.
+    [[nodiscard]] const Node* definitionOf(const Node& node) const {
+        const Node* definition = made_.empty() ? nullptr : scene_.findNode(node.type());
+        return definition && made_.contains(definition) ? definition : nullptr;
+    }
+
+    void write(const Node& node) {
+        const String type = node.type();
+        if (!isIdentifier(node.key().view()) || !isIdentifier(type.view()))
+            return losses_.push_back({node.name(), losses::nodeName});
+        if (node.isDefinition()) {
+            made_.insert(&node);
+            statement("define", node);
+            if (!late_.contains(&node))
+                block("with", node, nullptr);
+            return;
+        }
+        const Node* definition = definitionOf(node);
+        if (!block(type.view(), node, late_.contains(definition) ? nullptr : definition))
+            statement(type.view(), node);
+    }
+
+    // A node and its inputs but for those that it has by being made; nothing, and false, if there are none.
+    bool block(std::string_view type, const Node& node, const Node* definition) {
+        const auto inputs = node.inputs();
+        const auto originals = definition ? definition->inputs() : std::span<const Input* const>();
+        const auto isMade = [&](std::size_t i) { return i < originals.size() && isCopy(*inputs[i], *originals[i]); };
+        std::size_t i = 0;
+        while (i < inputs.size() && isMade(i))
+            ++i;
+        if (i == inputs.size())
+            return false;
+        begin(Before::Block, type, node, ":\n");
+        for (; i < inputs.size(); ++i)
+            if (!isMade(i))
+                inputs_.write(*inputs[i], i < originals.size());
+        return true;
+    }
+
+    // Two of the types would be read as keywords before a semicolon.
+    void statement(std::string_view type, const Node& node) {
+        const bool isKeyword = !node.isDefinition() && (isWord(type, "remove") || isWord(type, "define"));
+        begin(Before::Statement, type, node, isKeyword ? ":\n" : ";\n");
+    }
+
+    // A blank line stands on both sides of a block.
+    enum class Before { Nothing, Statement, Block };
+    void begin(Before what, std::string_view type, const Node& node, std::string_view end) {
+        if (before_ == Before::Block || (before_ == Before::Statement && what == Before::Block))
+            text_.append('\n');
+        text_.append(type);
+        text_.append(' ');
+        text_.append(node.key().view());
+        text_.append(end);
+        before_ = what;
+    }
+
+    const Scene& scene_;
+    TextBlock text_;
+    std::vector<VrnLoss> losses_;
+    VrnInputs inputs_;
+    Before before_ = Before::Nothing;
+    std::unordered_set<const Node*> late_;
+    std::unordered_set<const Node*> made_; // definitions
+};
+
+} // namespace
+
+std::vector<VrnLoss> writeVrn(const Scene& scene, const VrnWriterOptions& options, const TextSink& sink) {
+    return SceneText(scene, options, sink).write();
+}
+
+} // namespace vor::velmo_sdk::impl

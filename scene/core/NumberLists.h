@@ -1,0 +1,26 @@
+// Many numbers to text at once: the lists that buffers are written as.
+//
+// What comes out is the shortest text that reads back as the same number, as writeReal() gives it, only that the point
+// and the exponent may stand otherwise: plain decimals from 0.00001 on as far as a real has a fraction. NaNs keep their
+// sign. The short way works without a branch that depends on the numbers, several numbers at once.
+#pragma once
+
+#include "scene/core/Types.h"
+
+#include <span>
+
+namespace vor {
+
+// The most characters that a number may take, its separator included, and how much more room the last one needs.
+inline constexpr std::size_t listNumberCapacity = 34;
+inline constexpr std::size_t listSlack = 64;
+
+// Where each number of a list ends, relative to its start.
+using ListEnds = std::span<u32>;
+
+// Writes the numbers, a space behind each, to `out`, which has room for listNumberCapacity characters a number and
+// listSlack more; returns the place behind the last space. `ends` has room for as many places as there are numbers.
+// Instantiated for the integers of 8 to 64 bits, float and double.
+template <class Number> char* writeNumberList(std::span<const Number> numbers, char* out, ListEnds ends) noexcept;
+
+} // namespace vor

@@ -1,0 +1,183 @@
+// Does any sequence of things to a scene, reading texts into it among them.
+#pragma once
+
+#include "tests/fuzz/Fuzz.h"
+
+#include <deque>
+#include <memory>
+
+namespace vrn::fuzz {
+
+inline constexpr const char* names[] = {"a", "b", "c", "d", "in", "out", "x", "a_name_of_more_than_sixteen_letters"};
+inline constexpr AttrType types[] = {AttrType::Null,   AttrType::Bool, AttrType::Int,   AttrType::UInt,
+                                     AttrType::Real,   AttrType::Vec3, AttrType::Mat4,  AttrType::Rgba,
+                                     AttrType::String, AttrType::Node, AttrType::Array, AttrType::Object,
+                                     AttrType::Buffer};
+inline constexpr DataType dataTypes[] = {DataType::Null, DataType::Float, DataType::Vec3f, DataType::Byte,
+                                         DataType::Mat4d};
+
+class Editor {
+public:
+    explicit Editor(Bytes decisions) : decisions_(decisions) {
+        limit(scene_);
+        if (decisions_.byte() % 4 == 0)
+            scene_.setCatalogue(catalogue());
+        scene_.setStrictOutputs(decisions_.byte() % 4 == 0);
+    }
+    // What is held goes before the scene or after it.
+    ~Editor() {
+        if (decisions_.byte() % 2 == 0)
+            owned_.reset();
+        while (!held_.empty())
+            letGo();
+    }
+    Editor(const Editor&) = delete;
+    Editor& operator=(const Editor&) = delete;
+
+    [[nodiscard]] Scene& scene() noexcept { return scene_; }
+
+    void run() {
+        for (int i = 0; !decisions_.isEmpty() && i < 400; ++i) {
+            step();
+            if (i % 16 == 0)
+                checkScene(scene_);
+        }
+        checkScene(scene_);
+        (void)jsonOf(scene_);
+    }
+
+private:
+    String name() { return names[decisions_.below(std::size(names))]; }
+    AttrType type() { return types[decisions_.below(std::size(types))]; }
+    Node* node() { return scene_.findNode(name()); }
+
+    // Some input, at any depth.
+    Input* input() {
+        Node* owner = node();
+        if (!owner)
+            return nullptr;
+        std::span<Input* const> siblings = owner->inputs();
+        Input* chosen = nullptr;
+        while (!siblings.empty()) {
+            chosen = siblings[decisions_.below(siblings.size())];
+            if (decisions_.byte() % 3 == 0)
+                break;
+            siblings = chosen->children();
+        }
+        return chosen;
+    }
+
+    AttrData value() {
+        const AttrType chosen = type();
+        switch (chosen) {
+        case AttrType::String:
+            return AttrData::string(decisions_.text(30));
+        case AttrType::Array:
+            return AttrData::array(type());
+        case AttrType::Buffer:
+            return AttrData::buffer(dataTypes[decisions_.below(std::size(dataTypes))], decisions_.below(20));
+        case AttrType::Int:
+            return AttrData::integer(decisions_.byte());
+        default:
+            return AttrData::zero(chosen);
+        }
+    }
+
+    void grow(Input* array) {
+        for (std::size_t i = decisions_.below(40); i > 0; --i)
+            (void)array->appendElement();
+    }
+
+    void hold(Input* held) {
+        held->retain();
+        held_.push_back(held);
+    }
+    // An input that is held is alive, whatever became of its node.
+    void letGo() {
+        Input* held = held_.front();
+        held_.pop_front();
+        require(held->isAttached() == (held->node() != nullptr), "an input knows whether it is attached");
+        (void)held->label();
+        held->release();
+    }
+
+    void onInput(u8 what) {
+        Input* chosen = !held_.empty() && decisions_.byte() % 8 == 0 ? held_.back() : input();
+        if (!chosen)
+            return;
+        switch (what % 11) {
+        case 0:
+            return chosen->assign(value());
+        case 1:
+            return chosen->set(value());
+        case 2:
+            return (void)chosen->createInput(name(), type());
+        case 3:
+            return (void)chosen->createArray(name(), type());
+        case 4:
+            return grow(chosen);
+        case 5:
+            return chosen->setNode(node());
+        case 6: {
+            Node* source = node();
+            return chosen->connect(source ? source->findOutput(name()) : nullptr);
+        }
+        case 7:
+            return chosen->disconnect();
+        case 8:
+            chosen->setEnumeration({"one", "two"});
+            chosen->setLocked(decisions_.byte() % 2 == 0);
+            return chosen->setLinkOnly(decisions_.byte() % 2 == 0);
+        case 9:
+            return hold(chosen);
+        default:
+            return chosen->assign(AttrData(chosen->value())); // its own value
+        }
+    }
+
+    void step() {
+        const u8 what = decisions_.byte();
+        switch (what % 8) {
+        case 0:
+            return (void)scene_.createNode(name(), name());
+        case 1:
+            return (void)scene_.defineNode(name());
+        case 2:
+            return (void)scene_.removeNode(name());
+        case 3:
+            if (Node* owner = node())
+                (void)owner->createInput(name(), type());
+            return;
+        case 4:
+            if (Node* owner = node())
+                (void)owner->createArray(name(), type());
+            return;
+        case 5:
+            if (what >= 128)
+                return (void)logOf([&] { return parseString(&scene_, decisions_.text(300)); });
+            if (!held_.empty())
+                letGo();
+            return;
+        default:
+            return onInput(decisions_.byte());
+        }
+    }
+
+    static std::shared_ptr<const Catalogue> catalogue() {
+        NodeType type("a");
+        type.addInput({.name = "in", .type = AttrType::Array, .elementType = AttrType::Buffer});
+        type.addInput({.name = "x", .type = AttrType::String, .enumeration = {"one", "two"}, .isLocked = true});
+        type.addOutput("out");
+        type.renameInput("c", "in");
+        Catalogue catalogue;
+        catalogue.add(std::move(type));
+        return std::make_shared<const Catalogue>(std::move(catalogue));
+    }
+
+    std::unique_ptr<Scene> owned_ = std::make_unique<Scene>();
+    Scene& scene_ = *owned_;
+    Bytes decisions_;
+    std::deque<Input*> held_;
+};
+
+} // namespace vrn::fuzz

@@ -1,0 +1,125 @@
+// Any scene, read or put together, is written as a text that reads back without a word; as the same scene, unless the
+// writer has told what is lost, and that is written as the same text.
+#include "scene/VrnWriter.h"
+#include "tests/fuzz/Editor.h"
+#include "tests/support/SameScene.h"
+
+#include <cstring>
+
+using namespace vrn::fuzz;
+
+namespace {
+
+template <class Number> Number number(Bytes& bytes) {
+    u8 raw[sizeof(Number)];
+    for (u8& byte : raw)
+        byte = bytes.byte();
+    Number result;
+    std::memcpy(&result, raw, sizeof result);
+    return result;
+}
+
+// Any value of the type of the input.
+AttrData anyValue(const Input& input, Bytes& bytes) {
+    AttrData value = input.value();
+    switch (input.type()) {
+    case AttrType::Bool:
+        return AttrData::boolean(bytes.byte() % 2 != 0);
+    case AttrType::Int:
+        return AttrData::integer(number<i64>(bytes));
+    case AttrType::UInt:
+        return AttrData::unsignedInteger(number<u64>(bytes));
+    case AttrType::Real:
+        return AttrData::real(number<double>(bytes));
+    case AttrType::String:
+        return AttrData::string(bytes.text(30));
+    case AttrType::Buffer:
+        for (std::byte& byte : value.bytes())
+            byte = static_cast<std::byte>(bytes.byte());
+        return value;
+    default:
+        for (double& component : value.components())
+            component = number<double>(bytes);
+        return value;
+    }
+}
+
+void fill(Input& root, Bytes& bytes) {
+    std::vector<Input*> open{&root};
+    while (!open.empty() && !bytes.isEmpty()) {
+        Input* input = open.back();
+        open.pop_back();
+        if (input->type() != AttrType::Array && input->type() != AttrType::Object)
+            input->assign(anyValue(*input, bytes));
+        for (Input* child : input->children())
+            open.push_back(child);
+    }
+}
+
+// What only a program can make a scene hold.
+void addForeign(Scene& scene, Bytes& bytes) {
+    const String name = bytes.text(6);
+    if (Node* node = scene.createNode(bytes.text(6), name)) {
+        (void)node->createInput(bytes.text(6), AttrType::Real);
+        (void)node->createArray("array", bytes.byte() % 2 != 0 ? AttrType::Node : AttrType::Null);
+        (void)node->createInput("buffer", AttrType::Buffer)
+            ->set(AttrData::buffer(static_cast<DataType>(bytes.byte() % 60), 2));
+        node->createInput("link", AttrType::Null)->connect(node->findOutput(bytes.text(6)));
+    }
+    scene.setFileVersion(bytes.byte());
+    scene.setFileTime(bytes.text(6));
+    scene.pushFileComment(bytes.text(20));
+}
+
+struct Written {
+    std::string text;
+    std::vector<VrnLoss> losses;
+};
+
+Written write(const Scene& scene, const VrnWriterOptions& options) {
+    Written written;
+    written.losses = writeVrn(scene, options, [&](std::string_view piece) { written.text += piece; });
+    return written;
+}
+
+void check(const Scene& scene, const VrnWriterOptions& options) {
+    const Written first = write(scene, options);
+    Scene again;
+    const std::string log = logOf([&] { return parseString(&again, String(std::string_view(first.text))); });
+    const bool isQuiet = log == "read\n" || log.find("Failed to parse VRN version comment") != std::string::npos;
+    if (!isQuiet)
+        fail(log + first.text);
+    if (!first.losses.empty())
+        return;
+    if (const std::string found = vrn::test::firstDifference(scene, again); !found.empty())
+        fail(found + "\n" + first.text);
+    const Written second = write(again, options);
+    if (second.text != first.text || !second.losses.empty())
+        fail("another text: " + second.text + "\nafter: " + first.text);
+}
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
+    Bytes bytes(asText(data, size));
+    const u8 what = bytes.byte();
+    const VrnWriterOptions options{.column = what % 4 * 20U, .compressAbove = what % 3 == 0 ? 8U : 1U << 20};
+    if (what >= 128) {
+        Scene scene;
+        limit(scene);
+        (void)logOf([&] { return parseString(&scene, bytes.rest()); });
+        check(scene, options);
+        return 0;
+    }
+    const std::string_view values = bytes.text(1000);
+    Editor editor(bytes);
+    editor.run();
+    Bytes more(values);
+    if (what % 2 == 0)
+        addForeign(editor.scene(), more);
+    for (Node& node : editor.scene().nodes())
+        for (Input* input : node.inputs())
+            fill(*input, more);
+    check(editor.scene(), options);
+    return 0;
+}
