@@ -5,6 +5,7 @@
 #include "convert/GltfWriter.h"
 #include "convert/OutputFile.h"
 #include "scene/SceneJson.h"
+#include "scene/VrnWriter.h"
 
 #include <algorithm>
 #include <assimp/Importer.hpp>
@@ -15,6 +16,15 @@ namespace vrn::convert {
 namespace {
 
 using Write = void (*)(const Scene& scene, const std::string& path, Losses& losses);
+
+// Images and other long lists of bytes take less room compressed, and nobody reads them.
+void writeText(const Scene& scene, const std::string& path, Losses& losses) {
+    OutputFile file(path);
+    const auto lost = writeVrn(scene, {.compressAbove = 4096}, [&](std::string_view text) { file.write(text); });
+    for (const VrnLoss& loss : lost)
+        losses.add(loss.what, loss.path);
+    file.commit();
+}
 
 void writeJson(const Scene& scene, const std::string& path, Losses&) {
     OutputFile file(path);
@@ -37,6 +47,7 @@ struct Format {
 };
 
 constexpr Format formats[] = {
+    {".vrn", writeText},
     {".json", writeJson},
     {".gltf", writeModel<gltfTarget, writeGltf>},
     {".glb", writeModel<gltfTarget, writeGlb>},

@@ -16,8 +16,8 @@
 
 namespace vrn::convert {
 
-// Whether there is a way to read, or write, files of that name, .vrn among those that are written but not those that
-// are read here; and the extensions for which there is, for people.
+// Whether there is a way to read, or write, files of that name, and the extensions for which there is, for people.
+// Texts of scenes are written here, too, but the reader reads them.
 [[nodiscard]] bool canRead(const std::string& path);
 [[nodiscard]] bool canWrite(const std::string& path);
 [[nodiscard]] std::string readableExtensions();

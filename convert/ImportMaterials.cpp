@@ -197,9 +197,10 @@ private:
             const bool isDerived = import_.isGltf && key == "$mat.shininess"; // from the roughness
             if (isRead || isDerived || (isTexture && key != "$tex.file"))
                 continue;
-            import_.losses.add(isTexture ? "textures for other things than colour, normals, metal, roughness, occlusion "
-                                           "and emission"
-                                         : "properties of materials beyond those of metal and roughness",
+            import_.losses.add(isTexture
+                                   ? "textures for other things than colour, normals, metal, roughness, occlusion "
+                                     "and emission"
+                                   : "properties of materials beyond those of metal and roughness",
                                node_->name() + " " + String(key));
         }
     }

@@ -43,8 +43,9 @@ bool hasMetadata(const aiNode& node) {
         return false;
     unsigned known = node.mMetaData->HasKey(lightRange) ? 1 : 0;
     aiMetadata extensions;
-    if (node.mMetaData->Get("extensions", extensions))
-        known += extensions.mNumProperties == 1 && extensions.HasKey("KHR_lights_punctual") ? 1 : 0;
+    if (node.mMetaData->Get("extensions", extensions) && extensions.mNumProperties == 1 &&
+        extensions.HasKey("KHR_lights_punctual"))
+        ++known;
     return node.mMetaData->mNumProperties > known;
 }
 

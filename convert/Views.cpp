@@ -37,21 +37,24 @@ Vector ownDirection(const InputReader& reader) {
     return minus(reader.numbers<3>("lookAt", {0, 0, 0}), reader.numbers<3>("position", {0, 0, 0}));
 }
 
-// Near and far, which may also stand together in `clip`.
+// Near and far, which may also stand together in `clip`; 0 is what nobody said.
 void readClipping(Camera& camera, const InputReader& reader, Losses& losses) {
-    const std::array<double, 2> clip = reader.numbers<2>("clip", {0.1, 0});
-    camera.near = reader.number("near", clip[0]);
-    camera.far = reader.number("far", clip[1]);
-    const bool isNearFit = camera.isPerspective ? camera.near > 0 : camera.near >= 0;
-    if (!isNearFit) {
-        losses.add("nearest distances of cameras that are not above 0", *camera.source);
+    const std::array<double, 2> clip = reader.numbers<2>("clip", {0, 0});
+    const auto given = [&](const char* name, double otherwise) {
+        const double number = reader.number(name, 0);
+        return number != 0 ? number : otherwise;
+    };
+    camera.near = given("near", clip[0]);
+    camera.far = given("far", clip[1]);
+    if (camera.near < 0)
+        losses.add("nearest distances of cameras that are below 0", *camera.source);
+    if (camera.near <= 0)
         camera.near = camera.isPerspective ? 0.1 : 0;
-    }
-    if (camera.far <= camera.near) {
-        if (camera.far != 0)
-            losses.add("farthest distances of cameras that are not behind the nearest", *camera.source);
-        camera.far = camera.isPerspective ? 0 : camera.near + 1000;
-    }
+    if (camera.far > camera.near)
+        return;
+    if (camera.far != 0)
+        losses.add("farthest distances of cameras that are not behind the nearest", *camera.source);
+    camera.far = camera.isPerspective ? 0 : camera.near + 1000;
 }
 
 Camera readCamera(const Node& node, Losses& losses) {
