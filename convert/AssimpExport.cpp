@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <assimp/Exporter.hpp>
 #include <assimp/scene.h>
+#include <cmath>
 #include <cstring>
 #include <filesystem>
 #include <map>
@@ -120,7 +121,7 @@ private:
         if (!geometry.normals.empty())
             mesh->mNormals = copy<aiVector3D>(geometry.normals.span());
         if (!geometry.colors.empty())
-            mesh->mColors[0] = copy<aiColor4D>(geometry.colors.span());
+            addColors(*mesh, geometry);
         if (!geometry.uvsets.empty())
             addCoordinates(*mesh, geometry);
         addFaces(*mesh, geometry);
@@ -131,6 +132,13 @@ private:
         T* list = new T[numbers.size() * sizeof(float) / sizeof(T)];
         std::memcpy(static_cast<void*>(list), numbers.data(), numbers.size_bytes());
         return list;
+    }
+
+    void addColors(aiMesh& mesh, const Geometry& geometry) {
+        mesh.mColors[0] = copy<aiColor4D>(geometry.colors.span());
+        const auto isByte = [](float part) { return part == std::round(std::clamp(part, 0.F, 1.F) * 255) / 255; };
+        if (!std::ranges::all_of(geometry.colors, isByte))
+            losses_.add("digits of colours beyond 8 bits", *geometry.source);
     }
 
     // They begin in the lower left corner of the picture there, in the upper left one here.

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <assimp/Importer.hpp>
-#include <assimp/postprocess.h>
 #include <filesystem>
 #include <optional>
 
@@ -21,6 +20,18 @@ void openOrThrow(const std::string& path) {
     (void)file.read(first);
     if (!file.error().isEmpty())
         throw FileError(path, file.error().buf());
+}
+
+// Nothing is joined, split, flipped or made anew: the file as it stands.
+const aiScene* readWith(Assimp::Importer& importer, const std::string& path) {
+    // Pivots as nodes of their own would be helpers that nobody asked for.
+    importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);
+    const aiScene* scene = importer.ReadFile(path, 0U);
+    if (!scene)
+        throw ContentError(path, importer.GetErrorString());
+    if (!scene->mRootNode)
+        throw ContentError(path, "there is no scene in it");
+    return scene;
 }
 
 void findAnimated(SceneImport& import) {
@@ -39,19 +50,14 @@ void noteUnused(SceneImport& import) {
 
 void importModel(const std::string& path, Scene& scene, Losses& losses) {
     openOrThrow(path);
-    Assimp::Importer importer;
-    // Pivots as nodes of their own would be helpers that nobody asked for.
-    importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);
-    constexpr unsigned asItStands = 0;
-    const aiScene* from = importer.ReadFile(path, asItStands);
-    if (!from)
-        throw ContentError(path, importer.GetErrorString());
-    if (!from->mRootNode)
-        throw ContentError(path, "there is no scene in it");
     const std::string extension = extensionOf(path);
     const bool isGltf = extension == ".glb" || extension == ".gltf";
     const std::optional<GltfFile> gltf =
         isGltf ? std::optional<GltfFile>(std::in_place, path) : std::optional<GltfFile>(std::in_place);
+    if (const std::string danger = gltf->danger(); !danger.empty())
+        throw ContentError(path, danger);
+    Assimp::Importer importer;
+    const aiScene* from = readWith(importer, path);
     SceneImport import{.from = *from, .scene = scene, .losses = losses, .isGltf = isGltf, .gltf = *gltf};
     findAnimated(import);
     importMeshes(import);

@@ -38,7 +38,7 @@ void writeModel(const Scene& scene, const std::string& path, Losses& losses) {
 }
 
 void writeObj(const Model& model, const std::string& path, Losses& losses) { exportModel(model, "obj", path, losses); }
-void writePly(const Model& model, const std::string& path, Losses& losses) { exportModel(model, "plyb", path, losses); }
+void writePly(const Model& model, const std::string& path, Losses& losses) { exportModel(model, "ply", path, losses); }
 void writeStl(const Model& model, const std::string& path, Losses& losses) { exportModel(model, "stlb", path, losses); }
 
 struct Format {

@@ -70,10 +70,50 @@ u32 wordAt(std::string_view bytes, std::size_t at) {
     return word;
 }
 
+constexpr std::size_t mostDepth = 1000;
+
+// Nodes go down from those that are no children, one level after the other.
+std::string dangerOf(const std::vector<std::vector<u64>>& children, const std::vector<bool>& isChild) {
+    std::vector<u64> level;
+    for (u64 i = 0; i < children.size(); ++i)
+        if (!isChild[i])
+            level.push_back(i);
+    std::size_t seen = 0;
+    for (std::size_t depth = 0; !level.empty(); ++depth) {
+        if (depth > mostDepth)
+            return "its nodes are nested more than 1000 deep";
+        seen += level.size();
+        std::vector<u64> next;
+        for (const u64 node : level)
+            next.insert(next.end(), children[node].begin(), children[node].end());
+        level = std::move(next);
+    }
+    return seen == children.size() ? "" : "its nodes are their own children";
+}
+
+// Whether brackets are nested deeper than anybody needs.
+bool isNestedDeeply(std::string_view json) {
+    std::size_t depth = 0;
+    bool isInText = false;
+    for (std::size_t i = 0; i < json.size(); ++i) {
+        const char c = json[i];
+        if (c == '"')
+            isInText = !isInText;
+        else if (isInText)
+            i += c == '\\' ? 1 : 0;
+        else if ((c == '[' || c == '{') && ++depth > mostDepth)
+            return true;
+        else if ((c == ']' || c == '}') && depth > 0)
+            --depth;
+    }
+    return false;
+}
+
 } // namespace
 
 struct GltfFile::Contents {
     Document json;
+    bool isDeep = false;
     std::vector<const Value*> primitives;
     std::vector<std::string> buffers;
 
@@ -88,6 +128,7 @@ struct GltfFile::Contents {
                 binary = text.substr(next + 8, wordAt(text, next));
             text = text.substr(20, length);
         }
+        isDeep = isNestedDeeply(text);
         json.Parse<rapidjson::kParseIterativeFlag>(text.data(), text.size());
         if (json.HasParseError() || !json.IsObject())
             return;
@@ -141,6 +182,31 @@ struct GltfFile::Contents {
 GltfFile::GltfFile() = default;
 GltfFile::GltfFile(const std::string& path) : contents_(std::make_unique<Contents>(path)) {}
 GltfFile::~GltfFile() = default;
+
+// The children of the nodes, each of which must be the child of one at most.
+std::string GltfFile::danger() const {
+    if (!contents_ || contents_->isDeep)
+        return contents_ ? "its lists are nested more than 1000 deep" : "";
+    const Document& json = contents_->json;
+    const auto member = json.IsObject() ? json.FindMember("nodes") : json.MemberEnd();
+    if (!json.IsObject() || member == json.MemberEnd() || !member->value.IsArray())
+        return "";
+    std::vector<std::vector<u64>> children(member->value.Size());
+    std::vector<bool> isChild(children.size());
+    for (u64 i = 0; i < children.size(); ++i) {
+        const Value* node = itemOf(json, "nodes", i);
+        const auto list = node ? node->FindMember("children") : Value::ConstMemberIterator();
+        if (!node || list == node->MemberEnd() || !list->value.IsArray())
+            continue;
+        for (const Value& child : list->value.GetArray()) {
+            if (!child.IsUint64() || child.GetUint64() >= children.size() || isChild[child.GetUint64()])
+                return "its nodes have children that are not there or have another parent";
+            isChild[child.GetUint64()] = true;
+            children[i].push_back(child.GetUint64());
+        }
+    }
+    return dangerOf(children, isChild);
+}
 
 bool GltfFile::hasMaterial(u32 number) const {
     return contents_ && itemOf(contents_->json, "materials", number) != nullptr;

@@ -21,6 +21,9 @@ public:
     GltfFile(const GltfFile&) = delete;
     GltfFile& operator=(const GltfFile&) = delete;
 
+    // Why the file must not be handed on, which recurses over what it holds; empty if nothing speaks against it.
+    [[nodiscard]] std::string danger() const;
+
     // Whether the file has so many materials that `number` is one.
     [[nodiscard]] bool hasMaterial(vor::u32 number) const;
 

@@ -149,9 +149,11 @@ void importCameras(SceneImport& import) {
     for (const aiCamera* camera : std::span(import.from.mCameras, import.from.mNumCameras)) {
         Node& node = import.create("camera", textOf(camera->mName), "camera");
         setLens(node, *camera);
-        setPlace(import, node, camera->mName, camera->mPosition);
+        // For glTF, that is the place of the node once more.
+        const aiVector3D position = import.isGltf ? aiVector3D() : camera->mPosition;
+        setPlace(import, node, camera->mName, position);
         if (camera->mLookAt != aiVector3D(0, 0, -1) && camera->mLookAt != aiVector3D()) {
-            const aiVector3D at = camera->mPosition + camera->mLookAt;
+            const aiVector3D at = position + camera->mLookAt;
             setNumbers(node, "lookAt", AttrType::Pos3, vectorOf(at));
         }
         if (camera->mUp != aiVector3D(0, 1, 0))

@@ -4,34 +4,12 @@ import os
 import pathlib
 import shlex
 import subprocess
-import tempfile
 import unittest
 
-VRN = os.environ["VRN"]
-ROOT = pathlib.Path(__file__).resolve().parents[2]
+from command import ROOT, VRN, Folder, run
+
 DATA = ROOT / "tests" / "data"
 TEXTS = sorted(DATA.glob("accept/*.vrn")) + sorted(DATA.glob("reject/*.vrn"))
-
-
-def run(*arguments, stdin=b"", **more):
-    return subprocess.run([VRN, *map(str, arguments)], input=stdin, capture_output=True, timeout=300, **more)
-
-
-class Folder(unittest.TestCase):
-    """A test in a folder of its own."""
-
-    def setUp(self):
-        temporary = tempfile.TemporaryDirectory()
-        self.addCleanup(temporary.cleanup)
-        self.folder = pathlib.Path(temporary.name)
-
-    def file(self, name, content):
-        path = self.folder / name
-        path.write_bytes(content if isinstance(content, bytes) else content.encode())
-        return path
-
-    def run_here(self, *arguments, **more):
-        return run(*arguments, cwd=self.folder, **more)
 
 
 class Check(Folder):

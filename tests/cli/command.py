@@ -1,0 +1,30 @@
+"""What the tests of the command have in common. VRN names the program."""
+import os
+import pathlib
+import subprocess
+import tempfile
+import unittest
+
+VRN = os.environ["VRN"]
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+
+
+def run(*arguments, stdin=b"", **more):
+    return subprocess.run([VRN, *map(str, arguments)], input=stdin, capture_output=True, timeout=300, **more)
+
+
+class Folder(unittest.TestCase):
+    """A test in a folder of its own."""
+
+    def setUp(self):
+        temporary = tempfile.TemporaryDirectory()
+        self.addCleanup(temporary.cleanup)
+        self.folder = pathlib.Path(temporary.name)
+
+    def file(self, name, content):
+        path = self.folder / name
+        path.write_bytes(content if isinstance(content, bytes) else content.encode())
+        return path
+
+    def run_here(self, *arguments, **more):
+        return run(*arguments, cwd=self.folder, **more)
