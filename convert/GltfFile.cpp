@@ -185,11 +185,15 @@ GltfFile::~GltfFile() = default;
 
 // The children of the nodes, each of which must be the child of one at most.
 std::string GltfFile::danger() const {
-    if (!contents_ || contents_->isDeep)
-        return contents_ ? "its lists are nested more than 1000 deep" : "";
+    if (!contents_)
+        return "";
+    if (contents_->isDeep)
+        return "its lists are nested more than 1000 deep";
     const Document& json = contents_->json;
-    const auto member = json.IsObject() ? json.FindMember("nodes") : json.MemberEnd();
-    if (!json.IsObject() || member == json.MemberEnd() || !member->value.IsArray())
+    if (!json.IsObject())
+        return "";
+    const auto member = json.FindMember("nodes");
+    if (member == json.MemberEnd() || !member->value.IsArray())
         return "";
     std::vector<std::vector<u64>> children(member->value.Size());
     std::vector<bool> isChild(children.size());
@@ -210,6 +214,17 @@ std::string GltfFile::danger() const {
 
 bool GltfFile::hasMaterial(u32 number) const {
     return contents_ && itemOf(contents_->json, "materials", number) != nullptr;
+}
+
+bool GltfFile::hasCurves(u32 animation) const {
+    const Value* of = contents_ ? itemOf(contents_->json, "animations", animation) : nullptr;
+    for (u64 i = 0; const Value* sampler = of ? itemOf(*of, "samplers", i) : nullptr; ++i) {
+        const auto way = sampler->FindMember("interpolation");
+        if (way != sampler->MemberEnd() && way->value.IsString() &&
+            std::string_view(way->value.GetString()) != "LINEAR")
+            return true;
+    }
+    return false;
 }
 
 std::vector<float> GltfFile::verticals(u32 primitive, u32 set, u64 vertices) const {

@@ -27,6 +27,9 @@ public:
     // Whether the file has so many materials that `number` is one.
     [[nodiscard]] bool hasMaterial(vor::u32 number) const;
 
+    // Whether an animation has keys that are not joined linearly.
+    [[nodiscard]] bool hasCurves(vor::u32 animation) const;
+
     // The second texture coordinate of each vertex, `primitive` counting those of all meshes; empty if they are not
     // known, or are not `vertices`.
     [[nodiscard]] std::vector<float> verticals(vor::u32 primitive, vor::u32 set, vor::u64 vertices) const;

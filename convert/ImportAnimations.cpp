@@ -77,8 +77,13 @@ private:
 } // namespace
 
 void importAnimations(SceneImport& import) {
-    for (const aiAnimation* animation : std::span(import.from.mAnimations, import.from.mNumAnimations))
-        AnimationImport(import, *animation).read();
+    for (unsigned i = 0; i < import.from.mNumAnimations; ++i) {
+        const aiAnimation& animation = *import.from.mAnimations[i];
+        AnimationImport(import, animation).read();
+        if (import.gltf.hasCurves(i))
+            import.losses.add("ways to join the keys of animations other than linearly",
+                              String(animation.mName.C_Str()));
+    }
 }
 
 } // namespace vrn::convert

@@ -3,6 +3,7 @@ import base64
 import json
 import os
 import pathlib
+import re
 import struct
 import subprocess
 import sys
@@ -416,6 +417,23 @@ class ToGltf(Converting):
         lost = self.convert_text(channel % ("rotation", "0 1"))
         self.assertIn(why + "values that do not fit the times and the path: 1 (a.channels[0])", lost)
 
+    def test_animations_that_are_not_linear(self):
+        self.file(
+            "in.vrn",
+            'group g; animation a; a.channels[*].target = g; a.channels[0].path = "scale";\n'
+            'a.channels[0].interpolation = "step"; a.channels[0].times = float[2] {0 1};\n'
+            "a.channels[0].values = vec3f[2] {1 1 1 2 2 2};",
+        )
+        self.assertEqual(self.convert("in.vrn", "out.glb"), [])
+        self.validate("out.glb")
+        self.assertEqual(self.gltf("out.glb")["animations"][0]["samplers"][0]["interpolation"], "STEP")
+        lost = self.convert("out.glb", "back.vrn")
+        self.assertEqual(lost, ["ways to join the keys of animations other than linearly: 1 (a)"])
+        animation = [inputs_of(n) for n in self.scene("back.vrn")["nodes"] if n["type"] == "animation"][0]
+        channel = inputs_of(animation["channels"]["elements"][0])
+        self.assertEqual(channel["times"]["data"], [0, 1])
+        self.assertEqual(channel["values"]["data"], [1, 1, 1, 2, 2, 2])
+
     def convert_text(self, text):
         self.file("in.vrn", text)
         return self.convert("in.vrn", "out.glb")
@@ -545,6 +563,24 @@ class OtherFormats(Converting):
         self.assertEqual(self.convert("one.gltf", "one.vrn"), [])
         self.convert("made.gltf", "made.vrn")
         self.assertEqual(meshes(self.scene("one.vrn"))[0].corners, meshes(self.scene("made.vrn"))[0].corners)
+
+
+class Document(Converting):
+    def test_says_what_is_said(self):
+        text = (ROOT / "docs" / "convert.md").read_text()
+        sessions = re.findall(r"^```console\n\$ vrn convert (\S+) (\S+)\n(.*?)^```$", text, re.M | re.S)
+        self.assertEqual(len(sessions), 1)
+        for source, target, said in sessions:
+            result = self.run_here("convert", ROOT / source, target)
+            self.assertEqual(result.stderr.decode(), said)
+
+    def test_names_all_types_and_inputs_of_the_catalogue(self):
+        text = (ROOT / "docs" / "scene-types.md").read_text()
+        for name, described in json.loads(CATALOGUE.read_text())["types"].items():
+            self.assertIn(f"`{name}`", text)
+            for word in described["inputs"]:
+                known = re.search(rf"`{word}[`.\[]", text) or (word.endswith("Xform") and "Xform" in text)
+                self.assertTrue(known, (name, word))
 
 
 class Trouble(Converting):
