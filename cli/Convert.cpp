@@ -2,10 +2,13 @@
 
 #include "cli/Commands.h"
 #include "cli/Console.h"
+#include "cli/Isolated.h"
 #include "cli/SceneFile.h"
 #include "scene/core/TextEncoding.h"
 
+#include <algorithm>
 #include <memory>
+#include <optional>
 
 namespace vrn::cli {
 
@@ -66,15 +69,22 @@ int convertText(const ConvertOptions& options) {
     return std::max(read, written);
 }
 
+// Assimp ends the process when it meets what it did not expect, so it gets one of its own.
 int convertModel(const ConvertOptions& options) {
-    Scene scene;
-    scene.setCatalogue(loadCatalogue(options.scenes));
-    scene.setLimits(options.scenes.limits);
-    return attempt([&] {
-        Losses losses;
-        convert::readModel(options.from, scene, losses);
-        write(scene, losses, options.to);
+    const auto catalogue = loadCatalogue(options.scenes);
+    const std::optional<int> status = runIsolated([&] {
+        Scene scene;
+        scene.setCatalogue(catalogue);
+        scene.setLimits(options.scenes.limits);
+        return attempt([&] {
+            Losses losses;
+            convert::readModel(options.from, scene, losses);
+            write(scene, losses, options.to);
+        });
     });
+    if (!status)
+        complain(std::string_view(options.from), "it is so broken that its reader gave up");
+    return status.value_or(exitErrors);
 }
 
 int refuse(const std::string& file, const char* what, const std::string& known) {

@@ -55,12 +55,13 @@ Node& addNode(SceneImport& import, const aiNode& from, Node* parent) {
     if (parent)
         refer(node, "parent", *parent);
     setTransform(import, node, from);
-    for (unsigned i = 0; i < from.mNumMeshes; ++i) {
-        Node& shown =
-            i == 0 ? node : import.create("instance", "", (std::string(node.name().view()) + "_more").c_str());
-        if (i != 0)
-            refer(shown, "parent", node);
-        setGeometry(import, shown, from.mMeshes[i]);
+    if (from.mNumMeshes != 0)
+        setGeometry(import, node, from.mMeshes[0]);
+    const std::string more = std::string(node.name().view()) + "_more";
+    for (unsigned i = 1; i < from.mNumMeshes; ++i) {
+        Node& child = import.create("instance", "", more.c_str());
+        refer(child, "parent", node);
+        setGeometry(import, child, from.mMeshes[i]);
     }
     if (hasMetadata(from))
         import.losses.add("metadata of nodes", node);

@@ -628,6 +628,18 @@ class Trouble(Converting):
             with self.subTest(path):
                 self.fails(1, f"vrn: {path}: ", path, "out.vrn")
 
+    def test_a_model_that_ends_its_reader(self):
+        count = 200_000
+        self.file(
+            "deep.dae",
+            '<?xml version="1.0"?><COLLADA xmlns="http://www.collada.org/2005/11/COLLADASchema" version="1.4.1">'
+            '<library_visual_scenes><visual_scene id="s">'
+            + "<node>" * count
+            + "</node>" * count
+            + '</visual_scene></library_visual_scenes><scene><instance_visual_scene url="#s"/></scene></COLLADA>',
+        )
+        self.fails(1, "vrn: deep.dae: it is so broken that its reader gave up", "deep.dae", "out.vrn")
+
     def test_scenes_with_errors_are_not_converted(self):
         self.file("bad.vrn", TRIANGLE + "m.b = true; m.b = 1.5;")
         self.fails(1, "bad.vrn:2:22: error: TYPE ERROR", "bad.vrn", "out.glb")
