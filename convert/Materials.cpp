@@ -63,7 +63,7 @@ std::array<double, 4> readBaseColor(const Node& node, const InputReader& reader,
     const std::array<double, 4> given = color;
     for (double& part : color)
         part = std::clamp(part, 0.0, 1.0);
-    if (color != given)
+    if (input && color != given)
         losses.add("numbers outside of 0 to 1", *input);
     return color;
 }
@@ -85,7 +85,7 @@ std::string readAlphaMode(SceneReading& reading, const InputReader& reader, cons
     const bool isOpacityInColors = opacity && colors != none && reading.model.textures[colors].source == opacity;
     if (opacity && !isOpacityInColors)
         reading.losses.add("opacity maps that are not the alpha of the colour map", *reader.find("opacityMap"));
-    const std::string mode = reader.text("alpha.mode");
+    std::string mode = reader.text("alpha.mode");
     if (mode == "opaque" || mode == "mask" || mode == "blend")
         return mode;
     if (!mode.empty())

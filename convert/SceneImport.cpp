@@ -54,11 +54,13 @@ Node& SceneImport::create(const char* type, std::string_view name, const char* o
 }
 
 void set(Node& node, const char* name, AttrData value) {
-    node.createInput(name, value.type())->assign(std::move(value));
+    Input* input = node.createInput(name, value.type());
+    input->assign(std::move(value));
 }
 
 void setMember(Input& object, const char* name, AttrData value) {
-    object.createInput(name, value.type())->assign(std::move(value));
+    Input* input = object.createInput(name, value.type());
+    input->assign(std::move(value));
 }
 
 void setText(Node& node, const char* name, std::string_view text) { set(node, name, AttrData::string(text)); }

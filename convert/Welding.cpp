@@ -46,6 +46,7 @@ void weld(Geometry& geometry, const std::vector<Values<u32>>& attributes) {
     const std::vector<u32> corners = firstCorners(vertices);
     const auto through = [&](std::span<const u32> indices) {
         std::vector<u32> picked;
+        picked.reserve(corners.size());
         for (const u32 corner : corners)
             picked.push_back(indices[corner]);
         return picked;
