@@ -39,6 +39,7 @@ struct Command {
     std::vector<Option> options{};
     std::string details{};      // anything more that its help should say
     std::function<int()> run{}; // does it and returns the exit status; owns the variables of the options
+    std::string exitStatuses{}; // what its help says of them, if they mean something of their own
 };
 
 } // namespace vrn::cli

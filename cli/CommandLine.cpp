@@ -83,7 +83,8 @@ std::string footer(const Command& command) {
     std::string example = "  " + command.example;
     for (std::size_t at = 0; (at = example.find('\n', at)) != std::string::npos; at += 3)
         example.insert(at + 1, "  ");
-    return text + "Example:\n" + example + "\n\n" + exitStatuses;
+    return text + "Example:\n" + example + "\n\n" +
+           (command.exitStatuses.empty() ? exitStatuses : command.exitStatuses);
 }
 
 int misused(const std::string& reason) {

@@ -6,9 +6,14 @@
 namespace vrn::cli {
 
 [[nodiscard]] Command checkCommand();
-[[nodiscard]] Command convertCommand();
-[[nodiscard]] Command dumpCommand();
+[[nodiscard]] Command fmtCommand();
 [[nodiscard]] Command infoCommand();
+[[nodiscard]] Command treeCommand();
+[[nodiscard]] Command queryCommand();
+[[nodiscard]] Command graphCommand();
+[[nodiscard]] Command diffCommand();
+[[nodiscard]] Command dumpCommand();
+[[nodiscard]] Command convertCommand();
 
 [[nodiscard]] std::vector<Command> allCommands();
 

@@ -19,11 +19,17 @@ inline constexpr const char* exitStatuses =
 inline constexpr const char* programPurpose =
     "Reads scenes in the VRN text scene format: checks them, shows them, sums them up.";
 
+// Any thread may print; what is printed at once stays together.
 void print(std::string_view text);
 void printError(std::string_view text);
 
-// Writes `vrn: NAME: REASON` to standard error.
+// Writes `vrn: NAME: REASON` to standard error; or gives that line.
 void complain(const vor::String& name, const vor::String& reason);
+[[nodiscard]] vor::String complaintText(const vor::String& name, const vor::String& reason);
+
+// A line at the bottom of the terminal that standard error is: each call rewrites it, an empty one takes it away,
+// and so does whatever is printed next. No line feed may be in it.
+void showStatus(std::string_view line);
 
 // Flushes standard output; false, with a complaint, if anything could not be written.
 [[nodiscard]] bool finishOutput();

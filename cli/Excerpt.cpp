@@ -17,6 +17,8 @@ constexpr i64 widthBehind = 60;
 
 constexpr std::string_view ellipsis = "...";
 
+bool isContinuation(char c) { return (static_cast<u8>(c) & 0xC0) == 0x80; }
+
 i64 caretColumn(TextPosition position) { return std::max<i64>(position.column, 1); }
 
 // Fills the excerpts of one line while its bytes go by; `order` lists them by line and column.
@@ -40,9 +42,14 @@ public:
         for (next_ = first_; next_ < order_.size() && positions_[order_[next_]].line == line; ++next_)
             excerpts_[order_[next_]].exists = true;
         open_ = first_;
+        reached_ = first_;
+        characters_ = 0;
     }
 
     void take(char c, i64 column) {
+        characters_ += isContinuation(c) ? 0 : 1;
+        while (reached_ < next_ && caretColumn(positions_[order_[reached_]]) == column)
+            excerpts_[order_[reached_++]].column = std::max<i64>(characters_, 1);
         // Those whose window has gone by are at the front, for all windows are equally wide.
         while (open_ < next_ && column > caretColumn(positions_[order_[open_]]) + widthBehind)
             excerpts_[order_[open_++]].isCutBehind = true;
@@ -57,18 +64,22 @@ public:
         }
     }
 
-    void endLine() { first_ = next_; }
+    void endLine() {
+        while (reached_ < next_)
+            excerpts_[order_[reached_++]].column = characters_ + 1;
+        first_ = next_;
+    }
 
 private:
     const std::vector<TextPosition>& positions_;
     std::vector<Excerpt>& excerpts_;
     std::vector<std::size_t> order_;
-    std::size_t first_ = 0; // of this line, in order_
-    std::size_t open_ = 0;  // the first of them that still takes bytes
-    std::size_t next_ = 0;  // behind this line's
+    std::size_t first_ = 0;   // of this line, in order_
+    std::size_t open_ = 0;    // the first of them that still takes bytes
+    std::size_t reached_ = 0; // the first of them whose column is still to come
+    std::size_t next_ = 0;    // behind this line's
+    i64 characters_ = 0;      // of this line so far
 };
-
-bool isContinuation(char c) { return (static_cast<u8>(c) & 0xC0) == 0x80; }
 
 // Takes off the pieces of characters that a cut has left at the ends.
 void mendCuts(Excerpt& excerpt) {
@@ -133,6 +144,7 @@ std::vector<Excerpt> readExcerpts(File file, const std::vector<TextPosition>& po
             collector.take(c, ++column);
         }
     }
+    collector.endLine();
     return excerpts;
 }
 

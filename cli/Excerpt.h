@@ -13,6 +13,7 @@ namespace vrn::cli {
 struct Excerpt {
     std::string text;
     std::size_t caret = 0; // bytes of `text` before the position
+    vor::i64 column = 0;   // of the position in the line, in characters; 0 if there is no such line
     bool isCutBefore = false;
     bool isCutBehind = false;
     bool exists = false; // not for a position that is unknown or beyond the end

@@ -75,11 +75,13 @@ std::string describe(const SceneFile& file, const Scene& scene) {
 }
 
 int info(const SceneArguments& scenes) {
-    const int status = forEachScene(scenes, [](const SceneFile& file, const Scene& scene) {
+    const int status = visitScenes(scenes, [](const SceneFile& file, const Scene& scene) -> Finish {
         if (!file.isWhole())
-            return;
-        printError(file.diagnosticsText());
-        print(describe(file, scene));
+            return {};
+        return [diagnostics = file.diagnosticsText(), description = describe(file, scene)] {
+            printError(diagnostics);
+            print(description);
+        };
     });
     return finishOutput() ? status : exitTrouble;
 }
@@ -90,9 +92,9 @@ Command infoCommand() {
     const auto scenes = std::make_shared<SceneArguments>();
     Command command{.name = "info",
                     .what = "Sum scenes up for people",
-                    .example = "vrn info examples/first_scene.vrn",
+                    .example = "vrn info examples/first_scene.vrn\nvrn info --jobs 4 examples",
                     .run = [scenes] { return info(*scenes); }};
-    addSceneFiles(command.options, *scenes);
+    addSceneFilesAndFolders(command.options, *scenes);
     addReadingOptions(command.options, *scenes);
     return command;
 }

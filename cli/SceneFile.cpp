@@ -2,6 +2,9 @@
 
 #include "cli/Console.h"
 #include "cli/Excerpt.h"
+#include "cli/Progress.h"
+#include "cli/SceneFolders.h"
+#include "cli/TextFile.h"
 #include "impl/Reader.h"
 #include "scene/CatalogueJson.h"
 #include "scene/core/TextEncoding.h"
@@ -21,6 +24,20 @@ void addSceneFiles(std::vector<Option>& options, SceneArguments& arguments) {
                        .target = &arguments.files,
                        .completion = Completion::Scene,
                        .isRequired = true});
+}
+
+void addSceneFilesAndFolders(std::vector<Option>& options, SceneArguments& arguments) {
+    arguments.hasFolders = true;
+    options.push_back({.names = "FILE",
+                       .help = "Scenes to read, or folders with scenes (*.vrn) in or below them; - is standard input",
+                       .target = &arguments.files,
+                       .completion = Completion::Scene,
+                       .isRequired = true});
+    options.push_back({.names = "-j,--jobs",
+                       .help = "How many files to read at once, which takes memory for as many; 0: one a processor",
+                       .target = &arguments.jobs,
+                       .value = "COUNT",
+                       .most = 256});
 }
 
 void addReadingOptions(std::vector<Option>& options, SceneArguments& arguments) {
@@ -44,25 +61,41 @@ void addReadingOptions(std::vector<Option>& options, SceneArguments& arguments) 
                        .target = &arguments.limits.bufferBytes,
                        .value = "BYTES",
                        .most = u64(1) << 60});
+    options.push_back({.names = "--quiet",
+                       .help = "Do not show on the terminal how far the reading has come",
+                       .target = &arguments.isQuiet});
 }
 
-static std::string readAll(File& file) {
-    std::string text;
-    for (char c; file.read(c);)
-        text += c;
-    return text;
-}
-
-void SceneFile::read(Scene& scene, Notices notices) {
+bool SceneFile::isReadOnce() const {
     std::error_code ignored;
-    if (isStandardInput() || !std::filesystem::is_regular_file(argument_.buf(), ignored))
-        keep();
-    const File file = open();
+    return isStandardInput() || !std::filesystem::is_regular_file(argument_.buf(), ignored);
+}
+
+void SceneFile::read(Scene& scene, Notices notices, Progress* progress) {
+    File file = isStandardInput() ? File::standardInput() : File::open(argument_);
+    u64 unread = 0;
+    if (progress) {
+        std::error_code error;
+        const u64 size = std::filesystem::file_size(argument_.buf(), error);
+        unread = error ? 0 : size;
+        file.onFetch([&](std::size_t bytes) {
+            progress->advance(bytes);
+            unread -= std::min<u64>(bytes, unread);
+        });
+    }
+    if (isReadOnce())
+        keep(file);
+    parse(scene, isKept_ ? open() : file, notices);
+    if (progress)
+        progress->leaveOut(unread);
+}
+
+void SceneFile::parse(Scene& scene, const File& file, Notices notices) {
     const ScopedLogSink sink([this](const LogRecord& record) { add(record); }, notices);
     try {
         isOk_ = parseVrn(&scene, file, false);
     } catch (const ReadError& error) {
-        add({LogSeverity::Error, error.what(), error.position()});
+        add({LogSeverity::Error, error.what(), error.position(), error.format()});
     }
     if (readError_.isEmpty())
         readError_ = file.error();
@@ -80,11 +113,16 @@ void SceneFile::add(const LogRecord& record) {
     keptBytes_ += text.len();
 }
 
-void SceneFile::keep() {
-    File file = isStandardInput() ? File::standardInput() : File::open(argument_);
-    kept_ = std::string_view(readAll(file));
+void SceneFile::keep(File file) {
+    kept_ = readAll(file);
     readError_ = file.error();
     isKept_ = true;
+}
+
+void SceneFile::giveUp(const String& reason) {
+    diagnostics_ = {};
+    isOk_ = false;
+    readError_ = reason;
 }
 
 File SceneFile::open() const { return isKept_ ? File::fromMemory(kept_) : File::open(argument_); }
@@ -98,13 +136,28 @@ std::size_t SceneFile::warnings() const noexcept { return count(LogSeverity::War
 
 String SceneFile::displayName() const { return isStandardInput() ? "<stdin>" : argument_; }
 
-std::string SceneFile::diagnosticsText() const {
-    if (diagnostics_.empty())
-        return {};
+std::vector<Excerpt> SceneFile::excerpts() const {
     std::vector<TextPosition> positions;
     for (const LogRecord& record : diagnostics_)
         positions.push_back(record.position);
-    const std::vector<Excerpt> excerpts = readExcerpts(open(), positions);
+    return readExcerpts(open(), positions);
+}
+
+std::vector<TextPosition> SceneFile::characterPositions() const {
+    if (diagnostics_.empty())
+        return {};
+    std::vector<TextPosition> positions;
+    for (const Excerpt& excerpt : excerpts()) {
+        const i32 line = diagnostics_[positions.size()].position.line;
+        positions.push_back(excerpt.exists ? TextPosition{line, static_cast<i32>(excerpt.column)} : TextPosition());
+    }
+    return positions;
+}
+
+std::string SceneFile::diagnosticsText() const {
+    if (diagnostics_.empty())
+        return {};
+    const std::vector<Excerpt> excerpts = this->excerpts();
     const String name = escapeForTerminal(displayName());
     std::string text;
     for (std::size_t i = 0; i < diagnostics_.size(); ++i) {
@@ -123,13 +176,13 @@ std::shared_ptr<const Catalogue> loadCatalogue(const SceneArguments& arguments) 
         return nullptr;
     const String path = std::string_view(arguments.types);
     File file = File::open(path);
-    const std::string text = readAll(file);
+    const String text = readAll(file);
     if (!file.error().isEmpty()) {
         complain(path, file.error());
         throw UnusableCatalogue();
     }
     try {
-        return std::make_shared<const Catalogue>(readCatalogue(text));
+        return std::make_shared<const Catalogue>(readCatalogue(text.view()));
     } catch (const CatalogueError& error) {
         printError(String::format("%s:%d:%d: error: %s\n", escapeForTerminal(path).buf(), error.position().line,
                                   error.position().column, error.what()));
@@ -137,27 +190,95 @@ std::shared_ptr<const Catalogue> loadCatalogue(const SceneArguments& arguments) 
     }
 }
 
+static std::vector<NamedScene> scenesOf(const SceneArguments& arguments) {
+    if (arguments.hasFolders)
+        return expandFolders(arguments.files);
+    std::vector<NamedScene> scenes;
+    for (const std::string& file : arguments.files)
+        scenes.push_back({file});
+    return scenes;
+}
+
+static std::vector<std::string> namesOf(const std::vector<NamedScene>& scenes) {
+    std::vector<std::string> names;
+    std::ranges::transform(scenes, std::back_inserter(names), &NamedScene::name);
+    return names;
+}
+
+namespace {
+
+// Reads one file after the other, or some of them at once.
+class SceneReading {
+public:
+    SceneReading(const SceneArguments& arguments, const Visit& visit, Notices notices)
+        : arguments_(arguments), visit_(visit), notices_(notices) {}
+
+    int run() {
+        catalogue_ = loadCatalogue(arguments_);
+        runInOrder(scenes_.size(), arguments_.jobs, [this](std::size_t i, const Turn& turn) {
+            SceneFile file{std::string_view(scenes_[i].name)};
+            Finish finish;
+            try {
+                finish = read(file, scenes_[i], turn);
+            } catch (const std::bad_alloc&) {
+                file.giveUp("out of memory");
+                finish = visit_(file, Scene());
+            }
+            return conclude(file, std::move(finish));
+        });
+        return status_;
+    }
+
+private:
+    Finish read(SceneFile& file, const NamedScene& named, const Turn& turn) {
+        Scene scene;
+        scene.setCatalogue(catalogue_);
+        scene.setLimits(arguments_.limits);
+        if (!named.trouble.isEmpty())
+            file.giveUp(named.trouble);
+        else {
+            if (file.isReadOnce()) // two names may lead to one pipe
+                turn.await();
+            file.read(scene, notices_, &progress_);
+        }
+        return visit_(file, scene);
+    }
+
+    Finish conclude(const SceneFile& file, Finish finish) {
+        const int deserved = !file.isWhole() ? exitTrouble : file.hasErrors() ? exitErrors : exitOk;
+        return [this, deserved, finish = std::move(finish), name = file.displayName(), trouble = file.readError()] {
+            if (finish)
+                finish();
+            if (!trouble.isEmpty())
+                complain(name, trouble);
+            status_ = std::max(status_, deserved);
+        };
+    }
+
+    const SceneArguments& arguments_;
+    const Visit& visit_;
+    Notices notices_;
+    std::vector<NamedScene> scenes_ = scenesOf(arguments_);
+    Progress progress_{namesOf(scenes_), arguments_.isQuiet};
+    std::shared_ptr<const Catalogue> catalogue_;
+    int status_ = exitOk;
+};
+
+} // namespace
+
+int visitScenes(const SceneArguments& arguments, const Visit& visit, Notices notices) {
+    return SceneReading(arguments, visit, notices).run();
+}
+
 int forEachScene(const SceneArguments& arguments, const std::function<void(const SceneFile&, const Scene&)>& visit,
                  Notices notices) {
-    const auto catalogue = loadCatalogue(arguments);
-    int status = exitOk;
-    for (const std::string& name : arguments.files) {
-        SceneFile file{String(std::string_view(name))};
-        Scene scene;
-        scene.setCatalogue(catalogue);
-        scene.setLimits(arguments.limits);
-        try {
-            file.read(scene, notices);
-            visit(file, scene);
-        } catch (const std::bad_alloc&) {
-            file.giveUp("out of memory");
-        }
-        if (!file.isWhole())
-            complain(file.displayName(), file.readError());
-        const int deserved = !file.isWhole() ? exitTrouble : file.hasErrors() ? exitErrors : exitOk;
-        status = std::max(status, deserved);
-    }
-    return status;
+    const auto visitAtOnce = [&](const SceneFile& file, const Scene& scene) {
+        visit(file, scene);
+        return Finish();
+    };
+    SceneArguments oneByOne = arguments; // such a visit knows nothing of threads
+    oneByOne.jobs = 1;
+    return visitScenes(oneByOne, visitAtOnce, notices);
 }
 
 } // namespace vrn::cli

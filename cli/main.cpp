@@ -9,7 +9,10 @@
 
 namespace vrn::cli {
 
-std::vector<Command> allCommands() { return {checkCommand(), convertCommand(), dumpCommand(), infoCommand()}; }
+std::vector<Command> allCommands() {
+    return {checkCommand(), fmtCommand(),  infoCommand(), treeCommand(),   queryCommand(),
+            graphCommand(), diffCommand(), dumpCommand(), convertCommand()};
+}
 
 } // namespace vrn::cli
 

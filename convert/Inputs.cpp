@@ -150,7 +150,7 @@ Values<float> readFloats(const Input* input, u32 components, Losses& losses) {
     std::vector<float> floats(doubles.size());
     bool isSame = true;
     for (std::size_t i = 0; i < doubles.size(); ++i) {
-        constexpr double most = std::numeric_limits<float>::max();
+        constexpr double most = static_cast<double>(std::numeric_limits<float>::max());
         constexpr float infinity = std::numeric_limits<float>::infinity();
         floats[i] = doubles[i] > most ? infinity : doubles[i] < -most ? -infinity : static_cast<float>(doubles[i]);
         isSame &= static_cast<double>(floats[i]) == doubles[i];

@@ -1,46 +1,14 @@
+#include "impl/BufferType.h"
 #include "impl/Component.h"
 #include "impl/Messages.h"
 #include "impl/VrnParser.h"
-#include "impl/lexer/Keyword.h"
 
-#include <algorithm>
 #include <cstring>
 #include <new>
-#include <vector>
 
 namespace vor::velmo_sdk::impl {
 
 using Type = Token::Type;
-
-namespace {
-
-struct BufferType {
-    u64 keyword;
-    DataType type;
-};
-
-// The keywords of buffers and their element types, in the order of their numbers. Built on the first call.
-const std::vector<BufferType>& bufferTypes() {
-    static const std::vector<BufferType> types = [] {
-        std::vector<BufferType> rows;
-        for (i32 i = 0; i < dataTypeCount; ++i)
-            if (const auto type = static_cast<DataType>(i); hasKeyword(type))
-                rows.push_back({keywordNumber(dataTypeName(type)), type});
-        std::ranges::sort(rows, {}, &BufferType::keyword);
-        return rows;
-    }();
-    return types;
-}
-
-// The element type that a keyword names, or null.
-const DataType* bufferType(std::string_view keyword) {
-    const u64 number = keywordNumber(keyword);
-    const auto found = std::ranges::lower_bound(bufferTypes(), number, {}, &BufferType::keyword);
-    const bool isFound = number != 0 && found != bufferTypes().end() && found->keyword == number;
-    return isFound ? &found->type : nullptr;
-}
-
-} // namespace
 
 /// buffer ::= bufferType BRACKETS BRACES   element type, count, and numbers or a compressed payload
 /// bufferType ::= 'char' | 'byte' | ( 'int' | 'uint' ) ( '16' | '32' | '64' ) | 'float' | 'double'
@@ -99,7 +67,7 @@ std::unique_ptr<BufferReader> VrnParser::openBuffer(DataType type, const String&
 
 void VrnParser::report(const BufferReader& reader, const AssignInfo& info) {
     if (!reader.payloadError().isEmpty())
-        parseError("%s", reader.payloadError().buf());
+        parseError(unreadablePayload, reader.payloadError().buf());
     if (reader.isPayload())
         return;
     const String keywordText = info.valueToken.text;

@@ -66,6 +66,9 @@ VRN_MESSAGES(VRN_MESSAGE)
 inline constexpr char parseErrorKind[] = "PARSE ERROR";
 inline constexpr char bufferErrorKind[] = "BUFFER ERROR";
 
+// What says of a payload why it cannot be inflated: the messages of scene/core/Decompress.h.
+inline constexpr char unreadablePayload[] = "%s";
+
 // What fills the first blank of messages::badToken.
 inline constexpr char expectedLinkSource[] = "(null|path)";
 inline constexpr char expectedValue[] = "(scalar|buffer|reference)";

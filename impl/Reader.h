@@ -30,15 +30,22 @@
 
 namespace vor::velmo_sdk::impl {
 
-// An error in a text; what() is the finished message.
+// An error in a text; what() is the finished message, format() that of its LogRecord.
 class ReadError : public std::runtime_error {
 public:
-    ReadError(const String& message, TextPosition position) : std::runtime_error(message.buf()), position_(position) {}
+    ReadError(const String& message, TextPosition position, const char* format = nullptr)
+        : std::runtime_error(message.buf()), position_(position), format_(format) {}
     [[nodiscard]] TextPosition position() const noexcept { return position_; }
+    [[nodiscard]] const char* format() const noexcept { return format_; }
 
 private:
     TextPosition position_;
+    const char* format_;
 };
+
+// What the reader calls the kind of message that a record or error with this format is, such as `badToken`: a name that
+// programs may go by, for it stays when the words change. Null if it has none.
+[[nodiscard]] const char* messageName(const char* format) noexcept;
 
 // Reads VRN text held in memory on top of what the scene holds. True when the whole text was read.
 bool parseString(interfaces::IScene* scene, String text);

@@ -7,7 +7,8 @@ namespace vor::velmo_sdk::impl {
 void VrnParser::typeError(const String& valueType, Input* input, bool isArray) {
     const String text = String::format(messages::cannotAssign, valueType.buf(), isArray ? "[]" : "",
                                        input->typeName().buf(), input->label().buf());
-    throw ReadError(String::format(messages::typeError, prevToken.line, prevToken.column, text.buf()), position());
+    throw ReadError(String::format(messages::typeError, prevToken.line, prevToken.column, text.buf()), position(),
+                    messages::typeError);
 }
 
 void VrnParser::narrowTypeWarning(const String& valueType, Input* input) {

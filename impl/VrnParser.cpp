@@ -44,7 +44,7 @@ bool VrnParser::readStatements() {
         resolveConnections();
         resolveReferences();
     } catch (const ReadError& error) {
-        logError(error.position(), "%s", error.what());
+        writeLog({LogSeverity::Error, error.what(), error.position(), error.format()});
         return false;
     } catch (const std::runtime_error& error) {
         logError(position(), "%s", error.what());

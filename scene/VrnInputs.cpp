@@ -4,7 +4,6 @@
 #include "scene/VrnValue.h"
 
 #include <algorithm>
-#include <limits>
 
 namespace vor::velmo_sdk::impl {
 
@@ -24,6 +23,24 @@ bool isUntypedBuffer(const Input& input) noexcept {
 // Whether writing its value gives the array of an element that type.
 bool givesType(const Input& element, AttrType type) noexcept {
     return element.type() == type && (type != AttrType::Buffer || hasKeyword(element.dataType()));
+}
+
+// The name of an output may go on with indices. Each ends at its first closing bracket; what stands before it is not
+// looked at, but of few characters.
+bool isOutputName(std::string_view name) noexcept {
+    const std::size_t brackets = std::min(name.find('['), name.size());
+    if (!isIdentifier(name.substr(0, brackets)))
+        return false;
+    const auto canStandThere = [](char c) {
+        return c == '[' || c == '*' || String::isDigit(c) ||
+               (c != '\xFF' && (String::isSpace(c) || !String::isPrintable(c)));
+    };
+    for (name.remove_prefix(brackets); !name.empty(); name.remove_prefix(name.find(']') + 1)) {
+        const std::string_view index = name.substr(0, name.find(']'));
+        if (index.size() == name.size() || index[0] != '[' || !std::ranges::all_of(index, canStandThere))
+            return false;
+    }
+    return true;
 }
 
 } // namespace
@@ -92,9 +109,6 @@ void VrnInputs::begin(const Input& input, bool isThere) {
     case AttrType::Buffer:
         writeBuffer(input);
         break;
-    case AttrType::UInt:
-        writeUnsigned(input);
-        break;
     default:
         if (hasForeignNaN(input.value()))
             lose(input, losses::foreignNaN);
@@ -150,19 +164,6 @@ VrnInputs::ArrayPlan VrnInputs::planOf(const Input& array) {
     return plan;
 }
 
-// Above the signed numbers it is written as the negative number of the same bits, which takes an input that has its
-// type already; an array would refuse that for its element.
-void VrnInputs::writeUnsigned(const Input& input) {
-    constexpr u64 most = static_cast<u64>(std::numeric_limits<i64>::max());
-    const u64 number = input.value().asUInt();
-    const bool isLarge = number > most;
-    if (isLarge && input.isElement())
-        lose(input, losses::largeUnsigned);
-    assign(AttrData::unsignedInteger(std::min(number, most)));
-    if (isLarge && !input.isElement())
-        assign(AttrData::integer(static_cast<i64>(number)));
-}
-
 void VrnInputs::writeBuffer(const Input& input) {
     const AttrData& buffer = input.value();
     if (isUntypedBuffer(input)) {
@@ -194,8 +195,7 @@ void VrnInputs::writeConnection(const Input& input) {
     if (!output)
         return;
     const std::string_view node = output->node()->key().view();
-    const bool hasName = isIdentifier(node) && isIdentifier(output->key().view());
-    if (hasName)
+    if (isIdentifier(node) && isOutputName(output->key().view()))
         return statement(" |= ", output->label().view());
     lose(input, losses::linkedName);
     if (input.type() == AttrType::Null || isUntypedBuffer(input))

@@ -36,7 +36,6 @@ private:
     void beginArray(const Input& array, bool isThere);
     [[nodiscard]] ArrayPlan planOf(const Input& array);
     void beginObject(const Input& object, bool isThere);
-    void writeUnsigned(const Input& input);
     void writeBuffer(const Input& input);
     void writeReference(const Input& input);
     void writeConnection(const Input& input);

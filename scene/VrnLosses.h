@@ -9,13 +9,12 @@ inline constexpr char time[] = "the file time is in no comment; one is added";
 inline constexpr char foreignTime[] = "the file time cannot stand in a comment";
 inline constexpr char nodeName[] = "the node is left out: its name or its type is no identifier";
 inline constexpr char inputName[] = "the input is left out: its name is no identifier";
-inline constexpr char linkedName[] = "the link is left out: the name of what it leads to is no identifier";
+inline constexpr char linkedName[] = "the link is left out: what it leads to has a name that no text can have";
 inline constexpr char noKeyword[] = "the buffer is left out: there is no keyword for its element type";
 inline constexpr char untypedBuffer[] = "the buffer is left out: it has no element type";
 inline constexpr char untypedElement[] = "the element is left out: in an array with a type it has none";
 inline constexpr char otherElement[] = "the element is left out: it is of another type than the array's";
 inline constexpr char elementType[] = "the element type of the array is that of its elements, if any";
-inline constexpr char largeUnsigned[] = "an element cannot be above 9223372036854775807; it is written as that";
 inline constexpr char foreignNaN[] = "a NaN loses its sign or what else its bits say";
 
 } // namespace vor::velmo_sdk::impl::losses

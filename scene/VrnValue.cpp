@@ -133,24 +133,27 @@ public:
         : text_(text), indent_(place.indent + 4) {
         constexpr std::size_t closing = 2; // the brace and the semicolon
         isOneLine_ = options.column == 0 || place.prefix + length + closing <= options.column;
-        column_ = isOneLine_ ? std::numeric_limits<std::size_t>::max() : options.column;
+        column_ = isOneLine_ ? std::numeric_limits<std::size_t>::max() / 2 : options.column;
         used_ = isOneLine_ ? 0 : column_;
+        isBegun_ = !isOneLine_; // by what comes before the list, and there is no room left
     }
 
     // Numbers with a space behind each; `ends` are theirs, `each` of them are one element.
     void append(const char* numbers, std::span<const u32> ends, std::size_t each) {
+        const std::size_t elements = ends.size() / each;
+        const auto endOf = [&](std::size_t element) { return ends[element * each + each - 1]; };
         std::size_t begun = 0; // of what has not been written yet
-        for (std::size_t i = each; i <= ends.size(); i += each) {
-            const std::size_t start = i == each ? 0 : ends[i - each - 1];
-            const std::size_t length = ends[i - 1] - start;
-            if (used_ + length - 1 > column_) {
-                write(numbers, begun, start);
-                begun = start;
+        for (std::size_t next = 0; next < elements;) {
+            std::size_t behind = firstBeyond(begun + column_ - std::min(column_, used_) + 1, next, elements, endOf);
+            if (behind == next && isBegun_) {
                 startLine();
+                continue;
             }
-            used_ += length;
+            behind = std::max(behind, next + 1); // one that is longer than a line, too
+            write({numbers + begun, numbers + endOf(behind - 1)});
+            begun = endOf(behind - 1);
+            next = behind;
         }
-        write(numbers, begun, ends.back());
     }
 
     // A `.`, then digits that belong together in pairs.
@@ -172,19 +175,32 @@ public:
     }
 
 private:
+    // The first element from `next` on that ends behind a place. Each takes two characters at least.
+    template <class EndOf>
+    static std::size_t firstBeyond(std::size_t place, std::size_t next, std::size_t elements, EndOf endOf) {
+        const std::size_t begun = next == 0 ? 0 : endOf(next - 1);
+        std::size_t left = std::min(elements - next, (place - begun) / 2 + 1);
+        while (left != 0) {
+            const std::size_t half = left / 2;
+            const bool isWithin = endOf(next + half) <= place;
+            next = isWithin ? next + half + 1 : next;
+            left = isWithin ? left - half - 1 : half;
+        }
+        return next;
+    }
+
     void startLine() {
         text_.append('\n');
         text_.append(indent_, ' ');
         used_ = indent_;
         isBegun_ = false;
     }
-    void write(const char* numbers, std::size_t from, std::size_t to) {
-        if (from == to)
-            return;
+    void write(std::string_view numbers) {
         if (isBegun_)
             text_.append(' ');
-        text_.append({numbers + from, to - from - 1});
+        text_.append(numbers.substr(0, numbers.size() - 1));
         isBegun_ = true;
+        used_ += numbers.size();
     }
 
     TextBlock& text_;
@@ -192,7 +208,7 @@ private:
     std::size_t column_;
     std::size_t used_; // of the line, with a space behind the last number
     bool isOneLine_;
-    bool isBegun_ = false; // the line has numbers
+    bool isBegun_; // the line has numbers
 };
 
 // How many numbers are made text at once: what a processor keeps near.
@@ -240,8 +256,8 @@ void appendLiteral(const AttrData& value, std::string& text) {
     case AttrType::Int:
         text += std::to_string(value.asInt());
         return;
-    case AttrType::UInt:
-        text += std::to_string(value.asUInt());
+    case AttrType::UInt: // read as a signed number, so that those above are the negative ones of the same bits
+        text += std::to_string(static_cast<i64>(value.asUInt()));
         text += 'u';
         return;
     case AttrType::Real:

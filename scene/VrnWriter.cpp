@@ -29,8 +29,7 @@ bool isCopy(const Input& input, const Input& original) {
         const auto [mine, others] = open.back();
         open.pop_back();
         const bool isSame = mine->key() == others->key() && mine->value() == others->value() &&
-                            mine->size() == others->size() && !mine->connection() &&
-                            mine->type() != AttrType::Node;
+                            mine->size() == others->size() && !mine->connection() && mine->type() != AttrType::Node;
         if (!isSame)
             return false;
         for (u64 i = 0; i < mine->size(); ++i)

@@ -17,6 +17,9 @@ public:
 
     char consume() override { return consumeFromWindow(); }
 
+    // Of the character that would be consumed next, in bytes from the start of the text.
+    [[nodiscard]] std::size_t offset() const noexcept { return source.len() - std::min(source.len(), window().size()); }
+
 private:
     void refill() override { setWindow({}); }
 

@@ -1,6 +1,7 @@
 // Plain numbers of a list, many at a time, with the widest instructions that the processor has.
 #pragma once
 
+#include "scene/core/InstructionSet.h"
 #include "scene/core/Types.h"
 
 #include <cstddef>
@@ -25,15 +26,6 @@ struct BlockProgress {
 // overwritten up to mostNumbers of `out`.
 inline constexpr std::size_t blockMargin = 16;
 using BlockReader = BlockProgress (*)(const char* at, const char* end, std::byte* out, std::size_t room);
-
-// The sets of instructions that there are readers for, the best last.
-enum class InstructionSet { Baseline, Avx2, Avx512 };
-
-// The best one that this processor has, found out once, and that is not above the limit.
-[[nodiscard]] InstructionSet instructionSet() noexcept;
-
-// For tests and measurements of what other processors do; for all threads, from the next list on.
-void limitInstructionSet(InstructionSet best) noexcept;
 
 // The reader for a type of number with a set of instructions that the processor has; null for Baseline,
 // where one number at a time is as quick. The numbers are those that buffers have.

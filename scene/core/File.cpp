@@ -74,6 +74,8 @@ bool File::State::fetch() {
     end = next + count;
     if (count == 0)
         source.reset();
+    else if (observer)
+        observer(count);
     return count != 0;
 }
 
@@ -114,6 +116,8 @@ File File::fromSource(std::unique_ptr<ByteSource> source, std::size_t blockSize)
 }
 
 bool File::isOpen() const noexcept { return state_->isOpen; }
+
+void File::onFetch(std::function<void(std::size_t)> observer) { state_->observer = std::move(observer); }
 
 String File::error() const { return state_->error; }
 

@@ -13,6 +13,7 @@
 
 #include "scene/core/String.h"
 
+#include <functional>
 #include <memory>
 
 namespace vor {
@@ -48,6 +49,10 @@ public:
     // Why opening or reading failed, in the words of errno; empty while nothing has.
     [[nodiscard]] String error() const;
 
+    // Calls `observer` with the size of each block that is fetched from now on, on the thread that reads: for those
+    // who want to say how far the reading has come.
+    void onFetch(std::function<void(std::size_t)> observer);
+
     // Takes the next byte; false at the end and on a read error, `c` then being left alone.
     [[nodiscard]] bool read(signed char& c);
     [[nodiscard]] bool read(char& c);
@@ -73,6 +78,7 @@ struct File::State {
     std::unique_ptr<char[]> block;
     std::size_t blockSize = 0;
     String text; // keeps the bytes of a file in memory
+    std::function<void(std::size_t)> observer;
 
     [[nodiscard]] bool fetch();
 };

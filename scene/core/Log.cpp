@@ -42,7 +42,7 @@ void writeLog(const LogRecord& record) {
     va_start(arguments, format);                                                                                       \
     const String text = String::formatv(format, arguments);                                                            \
     va_end(arguments);                                                                                                 \
-    writeLog({severity, text, position})
+    writeLog({severity, text, position, format})
 
 void logError(const char* format, ...) { VRN_LOG(LogSeverity::Error, TextPosition()); }
 void logWarning(const char* format, ...) { VRN_LOG(LogSeverity::Warning, TextPosition()); }

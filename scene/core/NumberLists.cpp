@@ -1,45 +1,92 @@
+// Vectors are handed around in functions that are part of their callers.
+#pragma GCC diagnostic ignored "-Wpsabi"
+
 #include "scene/core/NumberLists.h"
 
+#include "scene/core/InstructionSet.h"
 #include "scene/core/NumberText.h"
 #include "scene/core/ShortestDecimal.h"
 
 #include <algorithm>
-#include <bit>
-#include <charconv>
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <limits>
-#include <type_traits>
 
 namespace vor {
 
 namespace {
 
-// Eight digits, a byte each, the first one lowest.
-u64 eightDigits(u64 number) noexcept {
-    const u64 halves = number / 10000 | number % 10000 << 32;
-    const u64 hundreds = (halves * 10486 >> 20) & 0x0000007F0000007F;
-    const u64 pairs = hundreds | (halves - 100 * hundreds) << 16;
-    const u64 tens = (pairs * 103 >> 10) & 0x000F000F000F000F;
+using detail::all;
+using detail::Lanes;
+using detail::select;
+
+// Numbers are worked on in groups: what has just been written in pieces could not be read back as a whole without
+// waiting, and several may be worked on with one instruction.
+constexpr std::size_t groupSize = 16;
+using Words = std::array<u64, groupSize>;
+
+// Does something with all words of a group, one at a time or several.
+template <class Word, class Do> [[gnu::always_inline]] inline void forEachWord(Do work) noexcept {
+    for (std::size_t i = 0; i < groupSize; i += sizeof(Word) / sizeof(u64))
+        work(i);
+}
+template <class Word> [[gnu::always_inline]] inline Word load(const Words& words, std::size_t i) noexcept {
+    Word word;
+    std::memcpy(&word, &words[i], sizeof word);
+    return word;
+}
+template <class Word> [[gnu::always_inline]] inline void store(Word word, void* words) noexcept {
+    std::memcpy(words, &word, sizeof word);
+}
+
+// The digits of a number below 10^8, a byte each, the first one lowest. Divisions are multiplications, exact for these
+// numbers.
+template <class Word> [[gnu::always_inline]] inline Word eightDigits(Word number) noexcept {
+    const Word upper = (number * 109951163) >> 40; // by 10000
+    const Word halves = upper | (number - 10000 * upper) << 32;
+    const Word hundreds = ((halves * 10486) >> 20) & 0x0000007F0000007F;
+    const Word pairs = hundreds | (halves - 100 * hundreds) << 16;
+    const Word tens = ((pairs * 103) >> 10) & 0x000F000F000F000F;
     return tens | (pairs - 10 * tens) << 8;
 }
 
 constexpr u64 zeros = 0x3030303030303030;
 
-void store(char* to, u64 word) noexcept {
+void storeText(u64 digits, char* to) noexcept {
+    digits += zeros;
     if constexpr (std::endian::native == std::endian::big)
-        word = __builtin_bswap64(word);
-    std::memcpy(to, &word, sizeof word);
+        digits = __builtin_bswap64(digits);
+    store(digits, to);
 }
 
-// How many of the eight digits are zeros at the start and at the end.
+// How many of eight digits are zeros at the start and at the end.
 u32 leadingZeros(u64 digits) noexcept { return static_cast<u32>(std::countr_zero(digits)) / 8; }
 u32 trailingZeros(u64 digits) noexcept { return static_cast<u32>(std::countl_zero(digits)) / 8; }
 
-char* writeAny(std::integral auto number, char* out) noexcept {
-    return std::to_chars(out, out + listNumberCapacity, number).ptr;
+// The digits but for the zeros that they begin with; at least one.
+char* storeShort(u64 digits, char* out) noexcept {
+    const u32 skipped = std::min(leadingZeros(digits), 7U);
+    storeText(digits >> (8 * skipped), out);
+    return out + 8 - skipped;
 }
 
+// Numbers of more than eight digits.
+char* writeLarge(u64 number, char* out) noexcept {
+    constexpr u64 unit = 100000000;
+    const u64 upper = number / unit;
+    if (upper >= unit) {
+        out = storeShort(eightDigits(upper / unit), out);
+        storeText(eightDigits(upper % unit), out);
+        out += 8;
+    } else {
+        out = storeShort(eightDigits(upper), out);
+    }
+    storeText(eightDigits(number % unit), out);
+    return out + 8;
+}
+
+// The long way, for every number.
 char* writeAny(std::floating_point auto number, char* out) noexcept {
     char buffer[realTextCapacity];
     const std::string_view text = writeReal(number, buffer);
@@ -48,137 +95,263 @@ char* writeAny(std::floating_point auto number, char* out) noexcept {
     return std::copy(text.begin(), text.end(), out);
 }
 
-template <std::integral Number> char* writeInteger(Number number, char* out) noexcept {
-    using Unsigned = std::make_unsigned_t<Number>;
-    const bool isNegative = number < 0;
-    const auto magnitude = static_cast<Unsigned>(isNegative ? Unsigned(0) - Unsigned(number) : Unsigned(number));
-    if constexpr (sizeof(Number) >= sizeof(u32))
-        if (magnitude >= 100000000)
-            return writeAny(number, out);
-    *out = '-';
-    out += isNegative;
-    const u64 digits = eightDigits(magnitude);
-    const u32 skipped = std::min(leadingZeros(digits), 7U);
-    store(out, (digits + zeros) >> (8 * skipped));
-    return out + 8 - skipped;
+// Numbers of one byte, each with its text.
+struct ByteText {
+    std::array<char, 7> text{};
+    u8 length = 0;
+};
+constexpr std::array<ByteText, 256> byteTexts(bool isSigned) noexcept {
+    std::array<ByteText, 256> texts{};
+    for (int i = 0; i < 256; ++i) {
+        ByteText& text = texts[static_cast<std::size_t>(i)];
+        const bool isNegative = isSigned && i >= 128;
+        const int magnitude = isNegative ? 256 - i : i;
+        if (isNegative)
+            text.text[text.length++] = '-';
+        for (const int unit : {100, 10, 1})
+            if (magnitude >= unit || unit == 1)
+                text.text[text.length++] = static_cast<char>('0' + magnitude / unit % 10);
+        text.text[text.length++] = ' ';
+    }
+    return texts;
 }
 
-template <std::integral Number> char* writeList(std::span<const Number> numbers, char* out, ListEnds ends) noexcept {
+template <class Byte> char* writeBytes(std::span<const Byte> numbers, char* out, ListEnds ends) noexcept {
+    static constexpr std::array<ByteText, 256> texts = byteTexts(std::is_signed_v<Byte>);
     const char* const start = out;
     for (std::size_t i = 0; i < numbers.size(); ++i) {
-        out = writeInteger(numbers[i], out);
+        const ByteText& text = texts[static_cast<u8>(numbers[i])];
+        std::memcpy(out, &text, sizeof text);
+        out += text.length;
+        ends[i] = static_cast<u32>(out - start);
+    }
+    return out;
+}
+
+// A group of integers below 10^8, taken apart.
+struct Integers {
+    Words magnitude;
+    Words digits;
+
+    template <class Word> [[gnu::always_inline]] inline void takeApart() noexcept {
+        forEachWord<Word>([this](std::size_t i) { store(eightDigits(load<Word>(magnitude, i)), &digits[i]); });
+    }
+};
+
+template <class Word, std::integral Number>
+[[gnu::always_inline]] inline char* writeGroup(const Number* numbers, std::size_t count, char* out, const char* start,
+                                               u32* ends) noexcept {
+    Integers group;
+    u64 isNegative[groupSize];
+    u64 largest = 0;
+    for (std::size_t i = 0; i < groupSize; ++i) {
+        const u64 number = static_cast<u64>(numbers[i]);
+        isNegative[i] = std::is_signed_v<Number> ? number >> 63 : 0;
+        group.magnitude[i] = (number ^ (0 - isNegative[i])) + isNegative[i];
+        largest |= group.magnitude[i];
+    }
+    const bool isAnyLarge = largest >= u64(1) << 26; // as 10^8 is
+    group.takeApart<Word>();
+    for (std::size_t i = 0; i < count; ++i) {
+        *out = '-';
+        out += isNegative[i];
+        const bool isLarge = isAnyLarge && group.magnitude[i] >= 100000000;
+        out = isLarge ? writeLarge(group.magnitude[i], out) : storeShort(group.digits[i], out);
         *out++ = ' ';
         ends[i] = static_cast<u32>(out - start);
     }
     return out;
 }
 
-// How many numbers are worked on at once.
-constexpr std::size_t groupSize = 16;
+// The decimals of a group of real numbers, taken apart.
+template <std::floating_point Real> struct Decimals;
 
-// The decimals of a group of real numbers, taken apart; each step is a loop that the compiler can do for several
-// numbers with one instruction.
-template <std::floating_point Real> struct Group {
-    using Form = detail::RealForm<Real>;
-    using Bits = typename Form::Bits;
-    static constexpr Bits signBit = Bits(1) << (sizeof(Bits) * 8 - 1);
-    static constexpr std::size_t words = sizeof(Bits) / sizeof(u32); // of eight digits
+template <> struct Decimals<float> {
+    Words magnitude; // the bits without the sign
+    Words isShown;   // or has to be written the long way
+    Words exponent;
+    Words first; // of the nine digits
+    Words eight;
 
-    u64 bits[groupSize]; // without the sign
-    u64 isPlain[groupSize];
-    u64 digits[groupSize];
-    i64 exponent[groupSize];
-    u64 first[groupSize];
-    u64 eight[words][groupSize];
+    template <class Word> [[gnu::always_inline]] inline void takeApart() noexcept {
+        const Word someBits = all<Word>(std::bit_cast<u32>(1.0F));
+        const Word none = all<Word>(0);
+        forEachWord<Word>([&](std::size_t i) {
+            const Word bits = load<Word>(magnitude, i);
+            const auto isGood = detail::isMiddling<float>(bits);
+            const auto decimal = detail::shortestDecimal<float>(select(isGood, bits, someBits));
+            const Word digits = select(isGood, decimal.digits, none);
+            const Word high = (digits * 1441151881) >> 57; // by 10^8
+            store(select(isGood | (bits == 0), all<Word>(1), none), &isShown[i]);
+            store(select(isGood, std::bit_cast<Word>(decimal.exponent), none), &exponent[i]);
+            store(high, &first[i]);
+            store(eightDigits(digits - 100000000 * high), &eight[i]);
+        });
+    }
+    void place(std::size_t i, char* text) const noexcept {
+        text[0] = static_cast<char>('0' + first[i]);
+        storeText(eight[i], text + 1);
+    }
+    [[nodiscard]] u32 leading(std::size_t i) const noexcept { return first[i] != 0 ? 0 : 1 + leadingZeros(eight[i]); }
+    [[nodiscard]] u32 trailing(std::size_t i) const noexcept { return trailingZeros(eight[i]); }
+};
 
-    [[gnu::always_inline]] void take(const Real* numbers) noexcept {
+template <> struct Decimals<double> {
+    Words magnitude;
+    Words isShown;
+    Words exponent;
+    Words first; // of the 17 digits
+    Words upper; // eight of the others
+    Words lower;
+
+    template <class Word> [[gnu::always_inline]] inline void takeApart() noexcept {
         for (std::size_t i = 0; i < groupSize; ++i) {
-            const Bits magnitude = std::bit_cast<Bits>(numbers[i]) & ~signBit;
-            isPlain[i] = detail::isPlainReal<Real>(magnitude);
-            bits[i] = isPlain[i] ? magnitude : 0;
+            const bool isGood = detail::isMiddling<double>(magnitude[i]);
+            const auto decimal = detail::shortestDecimal<double>(isGood ? magnitude[i] : std::bit_cast<u64>(1.0));
+            const u64 digits = isGood ? decimal.digits : 0;
+            isShown[i] = isGood || magnitude[i] == 0;
+            exponent[i] = isGood ? static_cast<u64>(decimal.exponent) : 0;
+            const u64 high = digits / 100000000;
+            first[i] = high / 100000000;
+            upper[i] = high % 100000000;
+            lower[i] = digits % 100000000;
         }
-        for (std::size_t i = 0; i < groupSize; ++i) {
-            const auto decimal = detail::shortestDecimal<Real>(static_cast<Bits>(bits[i]));
-            digits[i] = bits[i] == 0 ? 0 : decimal.digits;
-            exponent[i] = bits[i] == 0 ? 0 : decimal.exponent;
-        }
-        for (std::size_t i = 0; i < groupSize; ++i) {
-            u64 rest = digits[i];
-            for (std::size_t w = words; w-- > 0; rest /= 100000000)
-                eight[w][i] = eightDigits(rest % 100000000);
-            first[i] = rest;
-        }
+        forEachWord<Word>([this](std::size_t i) {
+            store(eightDigits(load<Word>(upper, i)), &upper[i]);
+            store(eightDigits(load<Word>(lower, i)), &lower[i]);
+        });
+    }
+    void place(std::size_t i, char* text) const noexcept {
+        text[0] = static_cast<char>('0' + first[i]);
+        storeText(upper[i], text + 1);
+        storeText(lower[i], text + 9);
+    }
+    [[nodiscard]] u32 leading(std::size_t i) const noexcept {
+        if (first[i] != 0)
+            return 0;
+        return upper[i] != 0 ? 1 + leadingZeros(upper[i]) : 9 + leadingZeros(lower[i]);
+    }
+    [[nodiscard]] u32 trailing(std::size_t i) const noexcept {
+        return lower[i] != 0 ? trailingZeros(lower[i]) : 8 + trailingZeros(upper[i]);
     }
 };
 
-// A decimal as it is shown: the characters, with zeros on both sides, and which of them.
-struct Layout {
-    static constexpr u32 before = 8; // zeros
-    char text[80];                   // at least 32 characters are read from each shown one on
+// The digits of a decimal with zeros on both sides, of which some are shown. They are moved as a whole, over what does
+// not matter behind them.
+template <std::floating_point Real> class Layout {
+public:
+    Layout() noexcept { text_.fill('0'); }
+
+    void take(const Decimals<Real>& decimals, std::size_t i) noexcept {
+        decimals.place(i, text_.data() + before);
+        constexpr i32 digits = static_cast<i32>(detail::RealForm<Real>::digits);
+        const i32 point = digits + static_cast<i32>(decimals.exponent[i]); // digits before it
+        const i32 first = std::min(static_cast<i32>(decimals.leading(i)), point - 1);
+        const i32 fraction = digits - static_cast<i32>(decimals.trailing(i)) - point;
+        first_ = before + first;
+        whole_ = static_cast<u32>(point - first);
+        length_ = whole_ + static_cast<u32>(fraction > 0 ? fraction + 1 : 0);
+    }
+
+    [[gnu::always_inline]] inline char* show(char* out) const noexcept {
+        constexpr std::size_t size = sizeof(Real) == sizeof(float) ? 16 : 32;
+        const char* from = text_.data() + first_;
+        std::memcpy(out, from, size);
+        out[whole_] = '.';
+        std::memcpy(out + whole_ + 1, from + whole_, size);
+        return out + length_;
+    }
+
+private:
+    static constexpr i32 before = 8; // zeros
+    std::array<char, 80> text_;
+    i32 first_ = 0; // of the characters shown
+    u32 whole_ = 0; // of them before the point
+    u32 length_ = 0;
 };
 
-template <std::floating_point Real>
-char* show(const Group<Real>& group, std::size_t i, const Layout& layout, bool isNegative, char* out) noexcept {
-    constexpr std::size_t size = sizeof(Real) == sizeof(float) ? 16 : 32;
-    u32 leading, trailing;
-    if constexpr (Group<Real>::words == 1) {
-        leading = leadingZeros(group.eight[0][i]);
-        trailing = trailingZeros(group.eight[0][i]);
-    } else {
-        const u64 upper = group.eight[0][i];
-        const u64 lower = group.eight[1][i];
-        leading = upper != 0 ? leadingZeros(upper) : 8 + leadingZeros(lower);
-        trailing = lower != 0 ? trailingZeros(lower) : 8 + trailingZeros(upper);
-    }
-    constexpr i32 most = static_cast<i32>(Group<Real>::Form::digits);
-    const i32 point = most + static_cast<i32>(group.exponent[i]); // digits before it
-    const i32 first = std::min(group.first[i] != 0 ? 0 : static_cast<i32>(leading) + 1, point - 1);
-    const auto whole = static_cast<u32>(point - first);
-    const i32 fraction = most - static_cast<i32>(trailing) - point;
-    *out = '-';
-    out += isNegative;
-    const char* from = layout.text + (static_cast<i32>(Layout::before) + first);
-    std::memcpy(out, from, size);
-    out[whole] = '.';
-    std::memcpy(out + whole + 1, from + whole, size);
-    return out + whole + (fraction > 0 ? fraction + 1 : 0);
-}
-
-template <std::floating_point Real> char* writeList(std::span<const Real> numbers, char* out, ListEnds ends) noexcept {
-    Group<Real> group;
-    Layout layouts[groupSize];
-    for (Layout& layout : layouts)
-        std::memset(layout.text, '0', sizeof layout.text);
-    const char* const start = out;
-    Real last[groupSize] = {};
-    for (std::size_t at = 0; at < numbers.size(); at += groupSize) {
-        const std::size_t count = std::min(groupSize, numbers.size() - at);
-        const Real* some = numbers.data() + at;
-        if (count < groupSize) {
-            std::copy_n(some, count, last);
-            some = last;
+template <class Word, std::floating_point Real>
+[[gnu::always_inline]] inline char* writeGroup(const Real* numbers, std::size_t count, char* out, const char* start,
+                                               u32* ends, std::array<Layout<Real>, groupSize>& layouts) noexcept {
+    using Bits = typename detail::RealForm<Real>::Bits;
+    constexpr u32 signShift = sizeof(Bits) * 8 - 1;
+    Decimals<Real> decimals;
+    for (std::size_t i = 0; i < groupSize; ++i)
+        decimals.magnitude[i] = std::bit_cast<Bits>(numbers[i]) & ~(Bits(1) << signShift);
+    decimals.template takeApart<Word>();
+    for (std::size_t i = 0; i < groupSize; ++i)
+        layouts[i].take(decimals, i);
+    for (std::size_t i = 0; i < count; ++i) {
+        if (decimals.isShown[i]) {
+            *out = '-';
+            out += std::bit_cast<Bits>(numbers[i]) >> signShift;
+            out = layouts[i].show(out);
+        } else {
+            out = writeAny(numbers[i], out);
         }
-        group.take(some);
-        for (std::size_t i = 0; i < groupSize; ++i) {
-            char* text = layouts[i].text + Layout::before;
-            *text++ = static_cast<char>('0' + group.first[i]);
-            for (std::size_t w = 0; w < Group<Real>::words; ++w, text += 8)
-                store(text, group.eight[w][i] + zeros);
-        }
-        for (std::size_t i = 0; i < count; ++i) {
-            out = group.isPlain[i] ? show<Real>(group, i, layouts[i], std::signbit(some[i]), out)
-                                   : writeAny(some[i], out);
-            *out++ = ' ';
-            ends[at + i] = static_cast<u32>(out - start);
-        }
+        *out++ = ' ';
+        ends[i] = static_cast<u32>(out - start);
     }
     return out;
 }
 
+template <class Word, class Number>
+[[gnu::always_inline]] inline char* writeWith(std::span<const Number> numbers, char* out, ListEnds ends) noexcept {
+    const char* const start = out;
+    [[maybe_unused]] std::array<Layout<std::conditional_t<std::floating_point<Number>, Number, float>>, groupSize>
+        layouts;
+    const auto write = [&](const Number* some, std::size_t count, u32* theirEnds) {
+        if constexpr (std::floating_point<Number>)
+            out = writeGroup<Word>(some, count, out, start, theirEnds, layouts);
+        else
+            out = writeGroup<Word>(some, count, out, start, theirEnds);
+    };
+    std::size_t at = 0;
+    for (; numbers.size() - at >= groupSize; at += groupSize)
+        write(&numbers[at], groupSize, &ends[at]);
+    if (at < numbers.size()) {
+        std::array<Number, groupSize> last{};
+        std::copy(numbers.begin() + static_cast<std::ptrdiff_t>(at), numbers.end(), last.begin());
+        write(last.data(), numbers.size() - at, &ends[at]);
+    }
+    return out;
+}
+
+template <class Number> char* writeOneByOne(std::span<const Number> numbers, char* out, ListEnds ends) noexcept {
+    return writeWith<u64>(numbers, out, ends);
+}
+
+#if defined(__x86_64__)
+template <class Number>
+__attribute__((target("avx2,bmi,bmi2"))) char* writeAvx2(std::span<const Number> numbers, char* out,
+                                                         ListEnds ends) noexcept {
+    return writeWith<Lanes>(numbers, out, ends);
+}
+template <class Number>
+__attribute__((target("avx512f,avx512bw,avx512dq,avx512vl,bmi,bmi2"))) char*
+writeAvx512(std::span<const Number> numbers, char* out, ListEnds ends) noexcept {
+    return writeWith<Lanes>(numbers, out, ends);
+}
+#endif
+
 } // namespace
 
 template <class Number> char* writeNumberList(std::span<const Number> numbers, char* out, ListEnds ends) noexcept {
-    return writeList(numbers, out, ends);
+    if constexpr (sizeof(Number) == 1) {
+        return writeBytes(numbers, out, ends);
+    } else {
+#if defined(__x86_64__)
+        switch (instructionSet()) {
+        case InstructionSet::Avx512:
+            return writeAvx512(numbers, out, ends);
+        case InstructionSet::Avx2:
+            return writeAvx2(numbers, out, ends);
+        case InstructionSet::Baseline:
+            break;
+        }
+#endif
+        return writeOneByOne(numbers, out, ends);
+    }
 }
 
 template char* writeNumberList(std::span<const i8>, char*, ListEnds) noexcept;

@@ -2,8 +2,9 @@
 //
 // A real number stands for all numbers that round to it. Among the decimals there, the ones with the fewest digits
 // are looked for, and of these the nearest; see Giulietti, "The Schubfach way to render doubles" (2020). Limited to
-// numbers with a fraction (below 2^53 for double, 2^24 for float) and not too small, all of the arithmetic is
-// exact, as the powers of ten fit the words.
+// numbers that may have a fraction (below 2^53 for double, 2^24 for float) and are not too small, all of the arithmetic
+// is exact, as the powers of ten fit the words. There is no branch, so that one call may work on several numbers:
+// on a word for one, or on a vector of words.
 #pragma once
 
 #include "scene/core/Types.h"
@@ -11,15 +12,31 @@
 #include <array>
 #include <bit>
 #include <concepts>
+#include <type_traits>
 
 namespace vor::detail {
 
 __extension__ using u128 = unsigned __int128;
 
+// Eight words with one instruction, where the processor has it.
+using Lanes = u64 __attribute__((vector_size(64)));
+
+using SignedLanes = i64 __attribute__((vector_size(64)));
+template <class Word> using Signed = std::conditional_t<std::is_same_v<Word, u64>, i64, SignedLanes>;
+
+// For a vector, `condition` has all bits of a lane set, or none.
+template <class Condition, class Word>
+[[gnu::always_inline]] inline Word select(Condition condition, Word yes, Word no) noexcept {
+    return condition ? yes : no;
+}
+
+// The same number in all lanes.
+template <class Word> [[gnu::always_inline]] inline Word all(u64 number) noexcept { return Word{} + number; }
+
 // floor(log10(2^q)), floor(log10(3/4 2^q)) and floor(log2(10^e)), for more exponents than there are.
-constexpr i32 log10OfPower(i32 q) noexcept { return (q * 1262611) >> 22; }
-constexpr i32 log10OfThreeQuarters(i32 q) noexcept { return (q * 1262611 - 524031) >> 22; }
-constexpr i32 log2OfPowerOfTen(i32 e) noexcept { return (e * 1741647) >> 19; }
+template <class Int> constexpr Int log10OfPower(Int q) noexcept { return (q * 1262611) >> 22; }
+template <class Int> constexpr Int log10OfThreeQuarters(Int q) noexcept { return (q * 1262611 - 524031) >> 22; }
+template <class Int> constexpr Int log2OfPowerOfTen(Int e) noexcept { return (e * 1741647) >> 19; }
 
 // 10^e, shifted so that the highest bit of the word is set.
 template <class Word, std::size_t count> constexpr std::array<Word, count> shiftedPowersOfTen() {
@@ -38,12 +55,22 @@ template <> struct RealForm<float> {
     static constexpr u32 digits = 9; // that a shortest decimal may have
     static constexpr std::array<u64, 19> powers = shiftedPowersOfTen<u64, 19>();
 
-    // power * factor / 2^64, with the last bit set if that is no whole number.
-    static u32 scale(u64 power, u32 factor) noexcept {
-        const u64 low = u64(static_cast<u32>(power)) * factor;
-        const u64 sum = (power >> 32) * factor + (low >> 32);
-        const u32 rest = static_cast<u32>(sum) | static_cast<u32>(low);
-        return static_cast<u32>(sum >> 32) | (rest != 0 ? 1U : 0U);
+    template <class Word> [[gnu::always_inline]] static Word tenth(Word units) noexcept {
+        return (units * 0xCCCCCCCD) >> 35; // exact below 2^32
+    }
+    static u64 power(i64 e) noexcept { return powers[static_cast<std::size_t>(e)]; }
+    template <class Ints> [[gnu::always_inline]] static Lanes power(Ints e) noexcept {
+        Lanes found;
+        for (int i = 0; i < 8; ++i)
+            found[i] = powers[static_cast<std::size_t>(e[i])];
+        return found;
+    }
+    // power * factor / 2^64, with the last bit set if that is no whole number; the factor is below 2^32.
+    template <class Word> [[gnu::always_inline]] static Word scale(Word power, Word factor) noexcept {
+        const Word low = (power & 0xFFFFFFFF) * factor;
+        const Word sum = (power >> 32) * factor + (low >> 32);
+        const Word rest = (sum | low) & 0xFFFFFFFF;
+        return (sum >> 32) | select(rest != 0, all<Word>(1), all<Word>(0));
     }
 };
 template <> struct RealForm<double> {
@@ -53,6 +80,8 @@ template <> struct RealForm<double> {
     static constexpr u32 digits = 17;
     static constexpr std::array<u128, 28> powers = shiftedPowersOfTen<u128, 28>();
 
+    static u64 tenth(u64 units) noexcept { return units / 10; }
+    static u128 power(i64 e) noexcept { return powers[static_cast<std::size_t>(e)]; }
     static u64 scale(u128 power, u64 factor) noexcept {
         const u128 low = u128(static_cast<u64>(power)) * factor;
         const u128 sum = u128(static_cast<u64>(power >> 64)) * factor + static_cast<u64>(low >> 64);
@@ -62,56 +91,58 @@ template <> struct RealForm<double> {
 };
 
 // digits * 10^exponent; the digits may end with zeros.
-template <class Bits> struct ShortestDecimal {
-    Bits digits;
-    i32 exponent;
+template <class Word> struct ShortestDecimal {
+    Word digits;
+    Signed<Word> exponent;
 };
 
-// Whether the arithmetic below holds for a number of these bits, sign left aside: zero, or one from 0.00001 (for
-// double: from 2^-17) to the last that may have a fraction.
-template <std::floating_point Real> constexpr bool isPlainReal(typename RealForm<Real>::Bits bits) noexcept {
+// Whether the arithmetic below holds for the number with these bits, the sign's taken away: from 2^-17 to the last that
+// may have a fraction.
+template <std::floating_point Real, class Word> [[gnu::always_inline]] inline auto isMiddling(Word bits) noexcept {
     using Form = RealForm<Real>;
-    using Bits = typename Form::Bits;
-    constexpr Bits least = Bits(Form::bias - Form::mantissaBits - 17) << Form::mantissaBits;
-    constexpr Bits end = Bits(Form::bias + 1) << Form::mantissaBits;
-    return bits - least < end - least || bits == 0;
+    constexpr u64 least = u64(Form::bias - Form::mantissaBits - 17) << Form::mantissaBits;
+    constexpr u64 end = u64(Form::bias + 1) << Form::mantissaBits;
+    return bits - least < all<Word>(end - least);
 }
 
-// Of the positive number with these bits, for which the function above is true.
-template <std::floating_point Real>
-ShortestDecimal<typename RealForm<Real>::Bits> shortestDecimal(typename RealForm<Real>::Bits bits) noexcept {
+template <std::floating_point Real, class Word>
+[[gnu::always_inline]] inline ShortestDecimal<Word> shortestDecimal(Word bits) noexcept {
     using Form = RealForm<Real>;
-    using Bits = typename Form::Bits;
-    constexpr Bits hiddenBit = Bits(1) << Form::mantissaBits;
-    const Bits fraction = bits & (hiddenBit - 1);
-    const Bits mantissa = bits == 0 ? 0 : fraction | hiddenBit;
-    const i32 q = bits == 0 ? 0 : static_cast<i32>(bits >> Form::mantissaBits) - Form::bias;
+    using Int = Signed<Word>;
+    constexpr u64 hiddenBit = u64(1) << Form::mantissaBits;
+    const Word one = all<Word>(1);
+    const Word none = all<Word>(0);
+    const Word fraction = bits & (hiddenBit - 1);
+    const Word mantissa = fraction | hiddenBit;
+    const Int q = std::bit_cast<Int>(bits >> Form::mantissaBits) - Form::bias;
     // Below a power of two the numbers stand twice as dense.
-    const bool isLowerCloser = fraction == 0;
-    const i32 k = isLowerCloser ? log10OfThreeQuarters(q) : log10OfPower(q);
-    const auto power = Form::powers[static_cast<std::size_t>(-k)];
-    const i32 shift = q + log2OfPowerOfTen(-k) + 1;
+    const auto isLowerCloser = fraction == 0;
+    const Int k = select(isLowerCloser, log10OfThreeQuarters(q), log10OfPower(q));
+    const auto power = Form::power(-k);
+    const Word shift = std::bit_cast<Word>(q + log2OfPowerOfTen(-k) + 1);
 
     // Four times the number and the ends of what rounds to it, in units of 10^k. Ends belong to it if it is even.
-    const Bits four = 4 * mantissa;
-    const Bits middle = Form::scale(power, four << shift);
-    const Bits odd = mantissa & 1;
-    const Bits lower = Form::scale(power, (four - 2 + Bits(isLowerCloser)) << shift) + odd;
-    const Bits upper = Form::scale(power, (four + 2) << shift) - odd;
+    const Word four = 4 * mantissa;
+    const Word middle = Form::scale(power, four << shift);
+    const Word odd = mantissa & 1;
+    const Word lower = Form::scale(power, (four - 2 + select(isLowerCloser, one, none)) << shift) + odd;
+    const Word upper = Form::scale(power, (four + 2) << shift) - odd;
 
     // With one digit less, if just one of the two neighbours belongs; the ends are less than ten units apart.
-    const Bits units = middle / 4;
-    const Bits tens = units / 10;
-    const bool isTensIn = lower <= 40 * tens;
-    const bool isNextTensIn = 40 * tens + 40 <= upper;
-    const bool isShorter = isTensIn != isNextTensIn && units >= 10;
+    const Word units = middle / 4;
+    const Word tens = Form::tenth(units);
+    const auto isTensIn = lower <= 40 * tens;
+    const auto isNextTensIn = 40 * tens + 40 <= upper;
+    const auto isShorter = isTensIn != isNextTensIn;
     // Else whichever belongs, or the nearer one, of two as near the even one.
-    const bool isUnitsIn = lower <= 4 * units;
-    const bool isNextUnitsIn = 4 * units + 4 <= upper;
-    const Bits half = 4 * units + 2;
-    const bool isNextNearer = middle > half || (middle == half && (units & 1) != 0);
-    const bool isNext = isUnitsIn != isNextUnitsIn ? isNextUnitsIn : isNextNearer;
-    return {isShorter ? tens + Bits(isNextTensIn) : units + Bits(isNext), isShorter ? k + 1 : k};
+    const auto isUnitsIn = lower <= 4 * units;
+    const auto isNextUnitsIn = 4 * units + 4 <= upper;
+    const Word half = 4 * units + 2;
+    const auto isNextNearer = middle + (units & 1) > half;
+    const Word nextTens = tens + select(isNextTensIn, one, none);
+    const Word nextUnits =
+        units + select(isUnitsIn != isNextUnitsIn, select(isNextUnitsIn, one, none), select(isNextNearer, one, none));
+    return {select(isShorter, nextTens, nextUnits), select(isShorter, k + 1, k)};
 }
 
 } // namespace vor::detail

@@ -13,7 +13,7 @@ using TextSink = std::function<void(std::string_view)>;
 class TextBlock {
 public:
     // The sink stays the caller's and has to live as long.
-    explicit TextBlock(const TextSink& sink) : sink_(sink) { text_.reserve(size); }
+    explicit TextBlock(const TextSink& sink) : sink_(sink) { text_.reserve(2 * size); }
 
     void append(char c) {
         text_ += c;
@@ -26,8 +26,9 @@ public:
             flush();
     }
     void append(std::size_t count, char c) {
-        for (; count != 0; --count)
-            append(c);
+        text_.append(count, c);
+        if (text_.size() >= size)
+            flush();
     }
     void flush() {
         if (!text_.empty())

@@ -1,4 +1,4 @@
-"""What the tests of the command have in common. VRN names the program."""
+"""What tests of the command share. VRN names the program."""
 import os
 import pathlib
 import subprocess

@@ -6,7 +6,7 @@ import shlex
 import subprocess
 import unittest
 
-from command import ROOT, VRN, Folder, run
+from command import Folder, ROOT, VRN, run
 
 DATA = ROOT / "tests" / "data"
 TEXTS = sorted(DATA.glob("accept/*.vrn")) + sorted(DATA.glob("reject/*.vrn"))
@@ -196,10 +196,11 @@ class Check(Folder):
 
     def test_unreadable_files_are_said_and_the_others_checked(self):
         self.file("ok.vrn", "t a; a.b = true; a.b = 1.5;")
-        result = self.run_here("check", "nowhere\x1b.vrn", ".", "ok.vrn")
+        result = self.run_here("check", "nowhere\x1b.vrn", "ok.vrn/x", "ok.vrn")
         self.assertEqual(result.returncode, 2)
         self.assertEqual(
-            result.stderr.decode(), "vrn: nowhere\\x1B.vrn: No such file or directory\nvrn: .: Is a directory\n"
+            result.stderr.decode(),
+            "vrn: nowhere\\x1B.vrn: No such file or directory\nvrn: ok.vrn/x: Not a directory\n",
         )
         self.assertIn("1 file checked: 1 error, 0 warnings; 2 files could not be read\n", result.stdout.decode())
         result = self.run_here("check", "--format", "json", "nowhere.vrn", "ok.vrn")
@@ -278,6 +279,11 @@ class Dump(Folder):
             result = subprocess.run([VRN, "dump", ROOT / "examples" / "spot.vrn"], stdout=full, stderr=subprocess.PIPE)
         self.assertEqual(result.returncode, 2)
         self.assertEqual(result.stderr.decode(), "vrn: standard output: No space left on device\n")
+
+
+    def test_folder_is_no_scene(self):
+        result = self.run_here("dump", ".")
+        self.assertEqual((result.returncode, result.stderr), (2, b"vrn: .: Is a directory\n"))
 
 
 class Types(Folder):

@@ -5,6 +5,7 @@ import pathlib
 import re
 import subprocess
 import sys
+import tempfile
 import unittest
 
 VRN = os.environ["VRN"]
@@ -55,6 +56,23 @@ class Catalogue(unittest.TestCase):
         self.assertEqual(result.returncode, 0, result.stderr)
         names = [i["name"] for i in json.loads(result.stdout)["nodes"][0]["inputs"]]
         self.assertEqual(names, ["fov", "projection", "response", "lenses", "target", "serial"])
+
+
+class Sessions(unittest.TestCase):
+    """The pages of the commands that show scenes."""
+
+    def test_commands_print_what_is_shown(self):
+        with tempfile.TemporaryDirectory() as folder:
+            pathlib.Path(folder, "vrn").symlink_to(VRN)
+            environment = {**os.environ, "PATH": f"{folder}:{os.environ['PATH']}"}
+            for page in ("tree", "graph", "diff", "query"):
+                sessions = [text for language, text in blocks(ROOT / "docs" / f"{page}.md") if language == "console"]
+                self.assertTrue(sessions, page)
+                for command, shown in re.findall(r"^\$ (.*)\n((?:(?!\$ ).*\n)*)", "".join(sessions), re.M):
+                    with self.subTest(command):
+                        result = subprocess.run(command, shell=True, cwd=ROOT, env=environment,
+                                                stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+                        self.assertEqual(result.stdout.decode(), shown)
 
 
 class Messages(unittest.TestCase):

@@ -178,4 +178,31 @@ TEST(Diagnostics, takePercentSignsLiterally) {
     EXPECT_EQ(r.log, (Log{error(1, 24, "BAD TOKEN (1,24): expected ';', found '\"%s\"'.")}));
 }
 
+TEST(Driver, everyMessageHasTheNameOfItsKind) {
+    const auto namesOf = [](const char* text) {
+        std::vector<std::string> names;
+        const auto add = [&](const char* format) {
+            names.emplace_back(messageName(format) ? messageName(format) : "?");
+        };
+        const ScopedLogSink sink([&](const LogRecord& record) { add(record.format); }, Notices::Yes);
+        Scene scene;
+        try {
+            (void)parseString(&scene, text);
+        } catch (const ReadError& error) {
+            add(error.format());
+        }
+        return names;
+    };
+    using Names = std::vector<std::string>;
+    EXPECT_EQ(namesOf("?"), Names{"invalidToken"});
+    EXPECT_EQ(namesOf("t a; ?"), Names{"invalidToken"});
+    EXPECT_EQ(namesOf("t a; a.x = ;"), Names{"badToken"});
+    EXPECT_EQ(namesOf("t a; b.x = 1;"), Names{"nodeNotFound"});
+    EXPECT_EQ(namesOf("t a; a.x = byte[1] {1 2};"), Names{"tooManyElements"});
+    EXPECT_EQ(namesOf("t a; a.x = byte[1] {.78i};"), Names{"unreadablePayload"});
+    EXPECT_EQ(namesOf("t a; a.x = true; a.x = 1.5; u a;"), (Names{"typeError", "declaredAsOther"}));
+    EXPECT_EQ(messageName(nullptr), nullptr);
+    EXPECT_EQ(messageName("of nobody"), nullptr);
+}
+
 } // namespace vrn::test

@@ -14,7 +14,7 @@ KNOWS = {
     "impl/numbers": {"impl/numbers", "impl/lexer/CharClass.h", "scene/core"},
     "impl": {"impl", "impl/lexer", "impl/numbers", "scene", "scene/core"},
     "convert": {"convert", "scene", "scene/core"},
-    "cli": {"cli", "convert/Convert.h", "impl/Reader.h", "scene", "scene/core"},
+    "cli": {"cli", "convert/Convert.h", "impl/Formatter.h", "impl/Reader.h", "scene", "scene/core"},
 }
 LIBRARY = ("scene/core", "scene", "impl/lexer", "impl/numbers", "impl")
 

@@ -16,22 +16,21 @@ std::string nameOf(const Node* node) { return node ? node->name().buf() : "nothi
 std::string nameOf(const Output* output) { return output ? output->label().buf() : "nothing"; }
 
 std::string difference(const Input& a, const Input& b) {
-    const std::string at = a.label().buf();
-    if (a.label() != b.label())
-        return at + " is where " + b.label().buf() + " is";
+    if (a.key() != b.key() || a.index() != b.index())
+        return b.label().buf() + std::string(" is in its place");
     if (a.type() != b.type())
-        return at + ": types " + attrTypeName(a.type()) + " and " + attrTypeName(b.type());
+        return std::string("types ") + attrTypeName(a.type()) + " and " + attrTypeName(b.type());
     if (a.elementType() != b.elementType())
-        return at + ": element types " + attrTypeName(a.elementType()) + " and " + attrTypeName(b.elementType());
+        return std::string("element types ") + attrTypeName(a.elementType()) + " and " + attrTypeName(b.elementType());
     if (a.dataType() != b.dataType())
-        return at + ": data types " + dataTypeName(a.dataType()) + " and " + dataTypeName(b.dataType());
+        return std::string("data types ") + dataTypeName(a.dataType()) + " and " + dataTypeName(b.dataType());
     if (!(a.value() == b.value()))
-        return at + ": other values";
+        return "other values";
     if (nameOf(a.nodeValue()) != nameOf(b.nodeValue()))
-        return at + ": nodes " + nameOf(a.nodeValue()) + " and " + nameOf(b.nodeValue());
+        return "nodes " + nameOf(a.nodeValue()) + " and " + nameOf(b.nodeValue());
     if (nameOf(a.connection()) != nameOf(b.connection()))
-        return at + ": connections " + nameOf(a.connection()) + " and " + nameOf(b.connection());
-    return a.size() == b.size() ? "" : at + ": other children";
+        return "connections " + nameOf(a.connection()) + " and " + nameOf(b.connection());
+    return a.size() == b.size() ? "" : "other children";
 }
 
 std::vector<const Input*> inputsOf(const Node& node) {
@@ -46,8 +45,8 @@ std::string difference(const Node& a, const Node& b) {
     const auto mine = inputsOf(a);
     const auto others = inputsOf(b);
     for (std::size_t i = 0; i < std::min(mine.size(), others.size()); ++i)
-        if (std::string found = difference(*mine[i], *others[i]); !found.empty())
-            return found;
+        if (const std::string found = difference(*mine[i], *others[i]); !found.empty())
+            return mine[i]->label().buf() + (": " + found);
     return mine.size() == others.size() ? "" : "node " + nameOf(&a) + ": other inputs";
 }
 

@@ -55,6 +55,16 @@ TEST(File, saysWhyItCannotBeRead) {
     EXPECT_EQ(file.error(), "Is a directory");
 }
 
+TEST(File, tellsOfEachBlockThatIsFetched) {
+    const TemporaryFile temporary(std::string(File::defaultBlockSize + 5, 'x'));
+    File file = File::open(temporary.path.c_str());
+    std::vector<std::size_t> fetched;
+    file.onFetch([&](std::size_t bytes) { fetched.push_back(bytes); });
+    EXPECT_TRUE(fetched.empty());
+    EXPECT_EQ(readAll(file).size(), File::defaultBlockSize + 5);
+    EXPECT_EQ(fetched, (std::vector<std::size_t>{File::defaultBlockSize, 5}));
+}
+
 TEST(File, copiesShareOnePosition) {
     File file = File::fromMemory("abc");
     File copy = file;

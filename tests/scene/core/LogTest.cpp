@@ -11,6 +11,17 @@ TEST(Log, writesLinesToStandardErrorWithControlCharactersEscaped) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "error: 100%s \\x1B[31m\\n\nwarning: 5\n");
 }
 
+TEST(Log, recordsOfAKindHaveOneFormat) {
+    static constexpr char format[] = "number %d";
+    Log heard;
+    const ScopedLogSink sink([&](const LogRecord& r) { heard.push_back(r); });
+    logError(TextPosition{1, 2}, format, 5);
+    logWarning(format, 6);
+    ASSERT_EQ(heard.size(), 2U);
+    EXPECT_EQ(heard[0].format, format);
+    EXPECT_EQ(heard[1].format, format);
+}
+
 TEST(Log, leavesNoticesToThoseWhoAsk) {
     testing::internal::CaptureStderr();
     writeLog({LogSeverity::Notice, "to nobody", {1, 2}});

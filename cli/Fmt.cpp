@@ -1,0 +1,147 @@
+#include "cli/AtomicFile.h"
+#include "cli/Commands.h"
+#include "cli/Console.h"
+#include "cli/InOrder.h"
+#include "cli/SceneFolders.h"
+#include "cli/TextFile.h"
+#include "impl/Formatter.h"
+#include "scene/core/TextEncoding.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <system_error>
+
+namespace vrn::cli {
+
+using namespace vor;
+using namespace vor::velmo_sdk::impl;
+
+namespace {
+
+struct FmtOptions {
+    std::vector<std::string> files;
+    u64 column = FormatOptions().column;
+    u64 jobs = 1;
+    bool isCheck = false;
+    bool isInPlace = false;
+};
+
+// What became of one file: what to say of it, and its exit status.
+struct Outcome {
+    int status = exitOk;
+    std::string output{};
+    std::string complaint{};
+};
+
+Outcome trouble(const String& name, const String& reason) {
+    return {.status = exitTrouble, .complaint = std::string(complaintText(name, reason).view())};
+}
+
+// A text that cannot be formatted is an error in it, and it stays as it is.
+Outcome refused(const TextFile& file, const FormatError& error) {
+    const String name = escapeForTerminal(file.displayName());
+    const String text = String::format("%s:%d:%d: error: %s; not formatted\n", name.buf(), error.position().line,
+                                       error.position().column, escapeForTerminal(error.what()).buf());
+    return {.status = exitErrors, .complaint = std::string(text.view())};
+}
+
+Outcome replaced(const TextFile& file, const std::string& formatted) {
+    try {
+        AtomicFile output(file.argument().buf());
+        output.write(formatted);
+        output.commit();
+        return {};
+    } catch (const std::system_error& error) {
+        return trouble(file.displayName(), strerrordesc_np(error.code().value()));
+    }
+}
+
+Outcome used(const TextFile& file, std::string formatted, const FmtOptions& options) {
+    const bool isSame = formatted == file.text().view();
+    if (options.isCheck && !isSame)
+        return {.status = exitErrors, .output = std::string(escapeForTerminal(file.displayName()).view()) + '\n'};
+    if (options.isCheck || (options.isInPlace && isSame && !file.isStandardInput()))
+        return {};
+    if (options.isInPlace && !file.isStandardInput())
+        return replaced(file, formatted);
+    return {.output = std::move(formatted)};
+}
+
+Outcome formatted(const NamedScene& scene, const FmtOptions& options) {
+    const String name = std::string_view(scene.name);
+    if (!scene.trouble.isEmpty())
+        return trouble(name, scene.trouble);
+    try {
+        const TextFile file(name);
+        if (!file.error().isEmpty())
+            return trouble(file.displayName(), file.error());
+        std::string text;
+        try {
+            formatVrn(file.text(), {.column = static_cast<u32>(options.column)},
+                      [&](std::string_view piece) { text += piece; });
+        } catch (const FormatError& error) {
+            return refused(file, error);
+        }
+        return used(file, std::move(text), options);
+    } catch (const std::bad_alloc&) {
+        return trouble(name, "out of memory");
+    }
+}
+
+int fmt(const FmtOptions& options) {
+    if (options.isCheck && options.isInPlace) {
+        printError("vrn: --check and --in-place exclude each other\n");
+        return exitTrouble;
+    }
+    const std::vector<NamedScene> scenes = expandFolders(options.files);
+    int status = exitOk;
+    runInOrder(scenes.size(), options.jobs, [&](std::size_t i, const Turn& turn) -> Finish {
+        if (scenes[i].name == "-")
+            turn.await();
+        return [&status, outcome = formatted(scenes[i], options)] {
+            printError(outcome.complaint);
+            print(outcome.output);
+            status = std::max(status, outcome.status);
+        };
+    });
+    return finishOutput() ? status : exitTrouble;
+}
+
+} // namespace
+
+Command fmtCommand() {
+    const auto options = std::make_shared<FmtOptions>();
+    Command command{.name = "fmt",
+                    .what = "Lay texts out anew: the same tokens and comments, other blanks",
+                    .example = "vrn fmt --in-place scene.vrn\nvrn fmt --check scenes/*.vrn",
+                    .details = "Without options the formatted text goes to standard output.",
+                    .run = [options] { return fmt(*options); }};
+    command.options.push_back(
+        {.names = "FILE",
+         .help = "Texts to format, or folders with scenes (*.vrn) in or below them; - is standard input",
+         .target = &options->files,
+         .completion = Completion::Scene,
+         .isRequired = true});
+    command.options.push_back(
+        {.names = "--check",
+         .help = "Change nothing; name the files that would change, and exit with 1 if there are any",
+         .target = &options->isCheck});
+    command.options.push_back({.names = "-i,--in-place",
+                               .help = "Replace each file that changes, as a whole or not at all",
+                               .target = &options->isInPlace});
+    command.options.push_back({.names = "-j,--jobs",
+                               .help = "How many files to format at once; 0: one a processor",
+                               .target = &options->jobs,
+                               .value = "COUNT",
+                               .most = 256});
+    command.options.push_back({.names = "--column",
+                               .help = "Wrap lists before this column; 0 wraps none",
+                               .target = &options->column,
+                               .value = "COLUMN",
+                               .most = 1000000});
+    return command;
+}
+
+} // namespace vrn::cli

@@ -1,0 +1,32 @@
+#include "cli/Style.h"
+
+#include <cstdlib>
+#include <unistd.h>
+
+namespace vrn::cli {
+
+bool isOutputTerminal() noexcept { return isatty(STDOUT_FILENO) == 1; }
+
+static bool isRefused() {
+    const char* noColor = std::getenv("NO_COLOR");
+    return noColor && *noColor != '\0';
+}
+
+Style::Style(std::string_view when)
+    : isColoured_(when == "always" || (when == "auto" && isOutputTerminal() && !isRefused())) {}
+
+std::string Style::wrap(const char* code, std::string_view text) const {
+    if (!isColoured_)
+        return std::string(text);
+    return std::string("\x1B[") + code + 'm' + std::string(text) + "\x1B[0m";
+}
+
+void addColorOption(std::vector<Option>& options, std::string& when) {
+    options.push_back({.names = "--color",
+                       .help = "Colours: auto is on a terminal, unless NO_COLOR is set",
+                       .target = &when,
+                       .value = "WHEN",
+                       .choices = {"auto", "always", "never"}});
+}
+
+} // namespace vrn::cli

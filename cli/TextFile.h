@@ -1,0 +1,30 @@
+// One file of the command line, read whole.
+#pragma once
+
+#include "scene/core/File.h"
+
+namespace vrn::cli {
+
+class TextFile {
+public:
+    // Reads it; `-` is standard input.
+    explicit TextFile(vor::String argument);
+
+    [[nodiscard]] bool isStandardInput() const noexcept { return argument_ == "-"; }
+    [[nodiscard]] const vor::String& argument() const noexcept { return argument_; }
+    [[nodiscard]] vor::String displayName() const { return isStandardInput() ? "<stdin>" : argument_; }
+
+    // Why it could not be read; empty if it could.
+    [[nodiscard]] const vor::String& error() const noexcept { return error_; }
+    [[nodiscard]] const vor::String& text() const noexcept { return text_; }
+
+private:
+    vor::String argument_;
+    vor::String text_;
+    vor::String error_;
+};
+
+// All that a file has to give, as far as it can be read.
+[[nodiscard]] vor::String readAll(vor::File file);
+
+} // namespace vrn::cli

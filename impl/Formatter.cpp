@@ -1,0 +1,273 @@
+#include "impl/Formatter.h"
+
+#include "impl/BufferType.h"
+#include "impl/FormattedLines.h"
+#include "impl/Messages.h"
+#include "impl/lexer/Keyword.h"
+#include "impl/lexer/StringLexer.h"
+
+#include <algorithm>
+
+namespace vor::velmo_sdk::impl {
+
+namespace {
+
+using Type = Token::Type;
+
+constexpr std::size_t indentation = 4;
+
+// A token as it is to be written: as in the text, but lists with single spaces.
+struct Piece {
+    Type type = Type::Eof;
+    std::string_view text;
+    std::size_t lineFeeds = 0; // between it and the one before
+
+    [[nodiscard]] bool isList() const noexcept { return type == Type::Parens || type == Type::Braces; }
+    [[nodiscard]] bool endsStatement() const noexcept {
+        return type == Type::Semicolon || type == Type::Colon || type == Type::Comment;
+    }
+};
+
+// The tokens of a text, and how they are spelled there.
+class Pieces {
+public:
+    explicit Pieces(const String& text) : text_(text), lexer_(text) {}
+
+    [[nodiscard]] Piece next() {
+        const std::size_t end = lexer_.offset(); // of the one before
+        const Token token = lexer_.nextToken();
+        if (token.type == Type::Invalid || (token.type == Type::Eof && token.text != messages::endOfInput))
+            throw FormatError(token.text, token.position());
+        if (token.type == Type::Eof)
+            checkEnd();
+        const std::string_view taken = text_.view().substr(end, lexer_.offset() - end);
+        const auto isBlank = [](char c) { return isIn(c, blankChar); };
+        const auto blanks = static_cast<std::size_t>(std::ranges::find_if_not(taken, isBlank) - taken.begin());
+        Piece piece{token.type, taken.substr(blanks),
+                    static_cast<std::size_t>(std::ranges::count(taken.substr(0, blanks), '\n'))};
+        if (piece.isList()) {
+            checkList(piece.text, token.position());
+            piece.text = token.text;
+        }
+        return piece;
+    }
+
+    // When what next() has given is not needed any more.
+    void forget() noexcept { lexer_.startStatement(); }
+
+private:
+    // What the reader takes without a word would be lost.
+    void checkEnd() const {
+        if (lexer_.foreignBytes() != 0)
+            refuseForeign(lexer_.foreignBytes(), lexer_.firstForeignByte());
+        if (lexer_.isEndedByByte())
+            throw FormatError(messages::endedByByte, lexer_.nextPosition());
+    }
+    static void checkList(std::string_view list, TextPosition position) {
+        if (const auto count = std::ranges::count_if(list, [](char c) { return isIn(c, foreignChar); }))
+            refuseForeign(static_cast<u64>(count), position);
+    }
+    [[noreturn]] static void refuseForeign(u64 count, TextPosition position) {
+        throw FormatError(String::format(messages::foreignBytes, static_cast<unsigned long long>(count)), position);
+    }
+
+    const String& text_;
+    StringLexer lexer_;
+};
+
+// Whether the tokens may touch, and are commonly written so. Others might be taken for one token then.
+bool canTouch(const Piece& left, const Piece& right) noexcept {
+    const bool isPathPart = left.type == Type::Id || left.type == Type::Brackets;
+    switch (right.type) {
+    case Type::Semicolon:
+    case Type::Colon:
+        return true;
+    case Type::Dot:
+    case Type::Brackets:
+        return isPathPart;
+    case Type::Id:
+        return left.type == Type::Dot;
+    case Type::Parens:
+        return left.type == Type::Id;
+    case Type::Equals:
+        return left.type == Type::Pipe;
+    default:
+        return false;
+    }
+}
+
+// How many numbers of a list belong together, as the tokens before it have it.
+std::size_t elementLength(std::span<const Piece> before, Type list) {
+    if (list == Type::Braces && before.size() >= 2 && before[before.size() - 1].type == Type::Brackets) {
+        const DataType* type = bufferType(before[before.size() - 2].text);
+        return type ? elementLayout(*type).components : 1;
+    }
+    const u64 keyword = list == Type::Parens && !before.empty() ? keywordNumber(before.back().text) : 0;
+    return keyword == keywordNumber("mat3") ? 3 : keyword == keywordNumber("mat4") ? 4 : 1; // rows
+}
+
+// A list whose last element has a separator behind it keeps one; its text would be another without.
+struct ListText {
+    std::string_view words; // with single spaces between them
+    bool hasLastSeparator;
+
+    explicit ListText(std::string_view list) noexcept
+        : words(list.substr(1, list.size() - 2)), hasLastSeparator(words.ends_with(' ')) {
+        words.remove_suffix(hasLastSeparator ? 1 : 0);
+    }
+    [[nodiscard]] std::string_view separator() const noexcept { return hasLastSeparator ? "," : ""; }
+};
+
+// One statement on one line, or with its lists on lines of their own.
+class StatementText {
+public:
+    StatementText(std::span<const Piece> pieces, u32 column)
+        : pieces_(pieces), indent_(pieces[0].type == Type::Dot ? indentation : 0), column_(column) {}
+
+    [[nodiscard]] std::size_t indent() const noexcept { return indent_; }
+
+    [[nodiscard]] std::string text() {
+        text_ = std::string(indent_, ' ');
+        appendAll(false);
+        if (column_ == 0 || text_.size() <= column_)
+            return std::move(text_);
+        text_.resize(indent_);
+        appendAll(true);
+        return std::move(text_);
+    }
+
+private:
+    void appendAll(bool isWrapped) {
+        for (std::size_t i = 0; i < pieces_.size(); ++i) {
+            if (i != 0 && !canTouch(pieces_[i - 1], pieces_[i]))
+                text_ += ' ';
+            if (!pieces_[i].isList())
+                text_ += pieces_[i].text;
+            else if (isWrapped && pieces_[i].text.size() > 2)
+                appendLines(pieces_[i], elementLength(pieces_.first(i), pieces_[i].type));
+            else
+                appendLine(pieces_[i].text);
+        }
+    }
+
+    void appendLine(std::string_view list) {
+        const ListText text(list);
+        text_ += list[0];
+        text_.append(text.words).append(text.separator()).append(text.hasLastSeparator ? " " : "");
+        text_ += list.back();
+    }
+
+    // Each line takes as many elements as fit, of `each` words each.
+    void appendLines(const Piece& list, std::size_t each) {
+        const ListText text(list.text);
+        text_ += list.text[0];
+        std::size_t used = column_; // of the line
+        for (std::string_view left = text.words; !left.empty();) {
+            const std::string_view element = takeWords(left, each);
+            const bool isNextLine = used + 1 + element.size() > column_;
+            if (isNextLine)
+                text_.append("\n").append(indent_ + indentation, ' ');
+            else
+                text_ += ' ';
+            text_ += element;
+            used = (isNextLine ? indent_ + indentation : used + 1) + element.size();
+        }
+        text_.append(text.separator()).append("\n").append(indent_, ' ');
+        text_ += list.text.back();
+    }
+
+    static std::string_view takeWords(std::string_view& words, std::size_t count) noexcept {
+        std::size_t length = 0;
+        for (; count != 0 && length < words.size(); --count)
+            length = std::min(words.find(' ', length + 1), words.size());
+        const std::string_view taken = words.substr(0, length);
+        words.remove_prefix(std::min(length + 1, words.size()));
+        return taken;
+    }
+
+    std::span<const Piece> pieces_;
+    std::size_t indent_;
+    std::size_t column_;
+    std::string text_;
+};
+
+class Formatter {
+public:
+    Formatter(const String& text, const FormatOptions& options, const TextSink& sink)
+        : pieces_(text), column_(options.column), lines_(sink) {
+        if (text.startsWith(byteOrderMark))
+            sink(byteOrderMark);
+    }
+
+    void run() {
+        for (Piece piece = pieces_.next(); piece.type != Type::Eof; piece = pieces_.next()) {
+            if (piece.type == Type::Comment && statement_.empty())
+                takeComment(piece);
+            else
+                takeToken(piece);
+        }
+        finishStatement();
+        flushComments(0, true);
+        lines_.finish();
+    }
+
+private:
+    static constexpr const char* byteOrderMark = "\xEF\xBB\xBF";
+
+    void takeToken(const Piece& piece) {
+        statement_.push_back(piece);
+        if (piece.endsStatement())
+            finishStatement();
+    }
+
+    // One on the line of a statement stays there.
+    void takeComment(const Piece& piece) {
+        if (piece.lineFeeds == 0 && comments_.empty() && isBehindStatement_)
+            lines_.appendComment(piece.text);
+        else
+            comments_.push_back({std::string(piece.text), piece.lineFeeds > 1});
+        isBehindStatement_ = false;
+        pieces_.forget();
+    }
+
+    void finishStatement() {
+        if (statement_.empty())
+            return;
+        StatementText statement(statement_, column_);
+        const bool isAfterBlank = statement_[0].lineFeeds > 1;
+        flushComments(statement.indent(), isAfterBlank);
+        lines_.append({statement.text(), isAfterBlank});
+        indentBefore_ = statement.indent();
+        isBehindStatement_ = statement_.back().type != Type::Comment;
+        statement_.clear();
+        pieces_.forget();
+    }
+
+    // Comments are indented like the statement that follows; those that follow one directly, and stand apart from the
+    // next, like that one.
+    void flushComments(std::size_t indent, bool isAfterBlank) {
+        const auto apart = std::ranges::find(comments_, true, &FormattedLines::Line::isAfterBlank);
+        const bool isApart = isAfterBlank || apart != comments_.end();
+        for (auto comment = comments_.begin(); comment != comments_.end(); ++comment) {
+            comment->text.insert(0, isApart && comment < apart ? indentBefore_ : indent, ' ');
+            lines_.append(std::move(*comment));
+        }
+        comments_.clear();
+    }
+
+    Pieces pieces_;
+    u32 column_;
+    FormattedLines lines_;
+    std::vector<Piece> statement_;
+    std::vector<FormattedLines::Line> comments_; // with lines of their own, before the next statement
+    std::size_t indentBefore_ = 0;
+    bool isBehindStatement_ = false;
+};
+
+} // namespace
+
+void formatVrn(const String& text, const FormatOptions& options, const TextSink& sink) {
+    Formatter(text, options, sink).run();
+}
+
+} // namespace vor::velmo_sdk::impl

@@ -1,0 +1,13 @@
+// Holds SARIF logs, named on the command line, to the schema of SARIF 2.1.0; says what is wrong with them.
+const fs = require("fs");
+const Ajv = require("ajv");
+
+const validator = new Ajv({ schemaId: "auto", allErrors: true });
+validator.addMetaSchema(require("ajv/lib/refs/json-schema-draft-04.json"));
+const isValid = validator.compile(require("@microsoft/jest-sarif/lib/schemas/sarif-2.1.0-rtm.5.json"));
+
+for (const path of process.argv.slice(2)) {
+    if (isValid(JSON.parse(fs.readFileSync(path, "utf8")))) continue;
+    console.error(`${path}: ${validator.errorsText(isValid.errors)}`);
+    process.exitCode = 1;
+}

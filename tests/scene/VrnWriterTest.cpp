@@ -1,0 +1,303 @@
+#include "scene/VrnWriter.h"
+
+#include "scene/core/Decompress.h"
+#include "tests/support/Reading.h"
+#include "tests/support/SameScene.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+
+namespace vrn::test {
+
+namespace {
+
+struct Written {
+    std::string text;
+    std::vector<std::string> losses;
+};
+
+Written write(const Scene& scene, const VrnWriterOptions& options = {}) {
+    Written written;
+    for (const VrnLoss& loss : writeVrn(scene, options, [&](std::string_view piece) { written.text += piece; }))
+        written.losses.push_back(std::string(loss.path.view()) + ": " + loss.what);
+    return written;
+}
+
+// The text reads back, silently, as the same scene, and that gives the same text.
+void expectReadsBack(const Scene& scene, const std::string& text, const VrnWriterOptions& options = {}) {
+    const Reading again = readText(String(std::string_view(text)));
+    EXPECT_TRUE(again.isOk) << text;
+    EXPECT_EQ(again.logText(), "result true\n") << text;
+    EXPECT_EQ(firstDifference(scene, *again.scene), "") << text;
+    EXPECT_EQ(write(*again.scene, options).text, text);
+}
+
+// Writes what has been read and expects it to survive; returns the text.
+std::string rewritten(const std::string& text, const VrnWriterOptions& options = {}) {
+    const Reading r = readText(String(std::string_view(text)));
+    const Written written = write(*r.scene, options);
+    EXPECT_EQ(written.losses, std::vector<std::string>()) << text;
+    expectReadsBack(*r.scene, written.text, options);
+    return written.text;
+}
+
+} // namespace
+
+TEST(VrnWriter, writesEachKindOfValue) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"true", "true"},
+        {"-7", "-7"},
+        {"7u", "7u"},
+        {"9223372036854775807u", "9223372036854775807u"},
+        {"-1u", "-1u"}, // the largest one
+        {"5.", "5.0"},
+        {"1e300f", "1.0e+300"},
+        {"1.5e300", "1.5e+300"},
+        {"1.0e999", "1.0e999"},
+        {"-inf", "-inf"},
+        {"-nan", "-nan"},
+        {"-0.0", "-0.0"},
+        {"0.1", "0.1"},
+        {"vec2(1, 2.5)", "vec2(1 2.5)"},
+        {"rgba(1 0 0)", "rgba(1 0 0 1)"},
+        {"quat(0 nan -nan inf)", "quat(0 nan -nan inf)"},
+        {"mat3(1 0 0 0 1 0 0 0 1)", "mat3(1 0 0 0 1 0 0 0 1)"},
+        {"\"\"", "\"\""},
+        {"\"a\\\"b\\\\\"", "\"a\\\"b\\\\\""},
+        {"\"\t\n\\r\\x01\"", "\"\\t\\n\\r\\x01\""},
+        {"\"\xC3\xA4 \xC3 \\xFF\"", "\"\xC3\xA4 \\xC3 \\xFF\""},
+        {"null", "null"},
+        {"n", "n"},
+        {"{}", "{}"},
+        {"[]", "[]"},
+        {"float[0] {}", "float[0] {}"},
+        {"FLOAT[3] {1 .5 nan}", "float[3] {1 0.5 nan}"},
+        {"rgb8[2] {1 2 3 4 5 6}", "rgb8[2] {1 2 3 4 5 6}"},
+        {"mat3d[1] {1 0 0 0 1 0 0 0 1}", "mat3d[1] {1 0 0 0 1 0 0 0 1}"},
+        {"uint64[1] {18446744073709551615}", "uint64[1] {18446744073709551615}"},
+        {"char[2] {-128 127}", "char[2] {-128 127}"},
+    };
+    for (const auto& [value, text] : cases)
+        EXPECT_EQ(rewritten(std::string("t n; n.x = ") + value + ";"), std::string("t n:\n    .x = ") + text + ";\n");
+}
+
+TEST(VrnWriter, writesAllTypesOfBuffers) {
+    for (i32 i = 0; i < dataTypeCount; ++i) {
+        const auto type = static_cast<DataType>(i);
+        Scene scene;
+        Input* input = scene.createNode("t", "n")->createInput("x", AttrType::Buffer);
+        AttrData buffer = AttrData::buffer(type, 100);
+        for (std::size_t k = 0; k < buffer.bytes().size(); ++k)
+            buffer.bytes()[k] = static_cast<std::byte>(k % 97);
+        input->assign(buffer);
+        for (const u32 column : {0U, 1U, 40U, 100U, 100000U}) {
+            const Written written = write(scene, {.column = column});
+            EXPECT_EQ(written.losses.empty(), hasKeyword(type)) << dataTypeName(type);
+            if (hasKeyword(type))
+                expectReadsBack(scene, written.text, {.column = column});
+        }
+    }
+}
+
+TEST(VrnWriter, wrapsListsAtWholeElements) {
+    const std::string text = "t n; n.x = vec3f[4] {1 2 3 40 50 60 7 8 9 10 11 12};";
+    EXPECT_EQ(rewritten(text, {.column = 30}), "t n:\n"
+                                               "    .x = vec3f[4] {\n"
+                                               "        1 2 3 40 50 60 7 8 9\n"
+                                               "        10 11 12\n"
+                                               "    };\n");
+    EXPECT_EQ(rewritten(text, {.column = 0}), "t n:\n    .x = vec3f[4] {1 2 3 40 50 60 7 8 9 10 11 12};\n");
+    // Just as long as the column allows, and one more.
+    EXPECT_EQ(rewritten(text, {.column = 50}), rewritten(text, {.column = 0}));
+    EXPECT_EQ(rewritten(text, {.column = 49}), "t n:\n"
+                                               "    .x = vec3f[4] {\n"
+                                               "        1 2 3 40 50 60 7 8 9 10 11 12\n"
+                                               "    };\n");
+    // Elements longer than a line stay whole.
+    EXPECT_EQ(rewritten("t n; n.x = vec2f[2] {1000000 2 3 4};", {.column = 12}), "t n:\n"
+                                                                                 "    .x = vec2f[2] {\n"
+                                                                                 "        1000000 2\n"
+                                                                                 "        3 4\n"
+                                                                                 "    };\n");
+}
+
+TEST(VrnWriter, wrapsLongListsWithoutGaps) {
+    Scene scene;
+    Input* input = scene.createNode("t", "n")->createInput("x", AttrType::Buffer);
+    AttrData buffer = AttrData::buffer(DataType::Vec3f, 5000);
+    float next = 0;
+    for (float& number : buffer.elements<float>())
+        number = next += 0.37F;
+    input->assign(std::move(buffer));
+    for (const u32 column : {0U, 45U, 77U, 100U, 5000U}) {
+        const Written written = write(scene, {.column = column});
+        expectReadsBack(scene, written.text, {.column = column});
+        EXPECT_EQ(written.text.find("  }") == std::string::npos, column == 0);
+        for (std::size_t at = 0, end; column != 0 && at < written.text.size(); at = end + 1) {
+            end = written.text.find('\n', at);
+            EXPECT_LE(end - at, column);
+            EXPECT_TRUE(end == at || written.text[end - 1] != ' ');
+        }
+    }
+}
+
+TEST(VrnWriter, compressesBytesOnRequest) {
+    const std::string text = "t n; n.x = byte[1000] {1 2 3}; n.y = float[100] {1}; n.z = byte[9] {1};";
+    const std::string written = rewritten(text, {.column = 60, .compressAbove = 10});
+    EXPECT_NE(written.find(".x = byte[1000] {"), std::string::npos);
+    EXPECT_NE(written.find(".78"), std::string::npos);
+    EXPECT_EQ(written.find("1 2 3"), std::string::npos);
+    EXPECT_NE(written.find("byte[9] {1 0 0"), std::string::npos);
+    EXPECT_LT(written.size(), 700U);
+    Scene scene;
+    AttrData bytes = AttrData::buffer(DataType::Rgba8, 10000);
+    for (std::size_t i = 0; i < bytes.bytes().size(); ++i)
+        bytes.bytes()[i] = static_cast<std::byte>(i * i >> 3);
+    scene.createNode("t", "n")->createInput("x", AttrType::Buffer)->assign(std::move(bytes));
+    for (const u32 column : {0U, 1U, 9U, 50U, 101U}) {
+        const VrnWriterOptions options{.column = column, .compressAbove = 0};
+        expectReadsBack(scene, write(scene, options).text, options);
+    }
+}
+
+TEST(VrnWriter, writesContainers) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"n.o.a.b = 1; n.o.c = 2;", "    .o.a.b = 1;\n    .o.c = 2;\n"},
+        {"n.a[*] = 1; n.a[*] = 2;", "    .a[0] = 1;\n    .a[1] = 2;\n"},
+        {"n.a[1].m = 1;", "    .a[0] = {};\n    .a[1].m = 1;\n"},
+        {"n.a[1][1] = 1;", "    .a[0] = [];\n    .a[1][0] = 0;\n    .a[1][1] = 1;\n"},
+        {"n.a[0] = \"s\"; n.a = [];", "    .a[0] = \"\";\n    .a = [];\n"},
+        {"n.a[0][0] = 1; n.a = [];", "    .a[0] = [];\n    .a = [];\n"},
+        {"n.a[0] = byte[1] {1}; n.a = [];", "    .a[0] = float[0] {};\n    .a = [];\n"},
+        {"n.a[1] = int16[1] {1};", "    .a[0] = int16[0] {};\n    .a[1] = int16[1] {1};\n"},
+        {"n.a[0] = int16[1] {1}; n.a[2] |= null;",
+         "    .a[0] = int16[1] {1};\n    .a[1] |= null;\n    .a[2] |= null;\n"},
+        {"n.a[0] = int16[1] {1}; n.a = []; n.a[0] |= null;",
+         "    .a[0] = float[0] {};\n    .a = [];\n    .a[0] |= null;\n"},
+        {"n.a[1] = n;", "    .a[0] |= null;\n    .a[1] = n;\n"},
+        {"n.a[1] |= n.out; n.a[2] = 5;", "    .a[0] |= null;\n    .a[1] |= n.out;\n    .a[2] = 5;\n"},
+    };
+    for (const auto& [text, written] : cases)
+        EXPECT_EQ(rewritten(std::string("t n; ") + text), std::string("t n:\n") + written);
+}
+
+TEST(VrnWriter, writesLinks) {
+    EXPECT_EQ(rewritten("t n; n.a = 1; n.a |= m.out; n.b |= m.out; n.c = m; n.d |= null; n.e |= m.a[ * ][0]; t m;"),
+              "t n:\n    .a = 1;\n    .a |= m.out;\n    .b |= m.out;\n    .c = m;\n    .d |= null;\n"
+              "    .e |= m.a[ * ][0];\n\nt m;\n");
+}
+
+TEST(VrnWriter, writesNodesInTheirOrder) {
+    EXPECT_EQ(rewritten("# version: 3\n# time: now\n#\nt a; t b; u c; c.x = 1; remove d: with e: t f;"),
+              "# version: 3\n# time: now\n#\n\nt a;\nt b;\n\nu c:\n    .x = 1;\n\nremove d:\nwith e;\nt f;\n");
+}
+
+TEST(VrnWriter, leavesOutWhatNodesHaveFromTheirDefinition) {
+    EXPECT_EQ(rewritten("define d; with d: .x = 1; .a[*] = 1.; .o.m = 2; d same; d more; more.y = 3; d other:"
+                        ".x = 2; .a[*] = 2.; .o.m = 3;"),
+              "define d;\n\nwith d:\n    .x = 1;\n    .a[0] = 1.0;\n    .o.m = 2;\n\nd same;\n\n"
+              "d more:\n    .y = 3;\n\n"
+              "d other:\n    .x = 2;\n    .a = [];\n    .a[0] = 1.0;\n    .a[1] = 2.0;\n    .o = {};\n    .o.m = 3;\n");
+}
+
+TEST(VrnWriter, writesADefinitionThatHasChangedBehindItsNodes) {
+    EXPECT_EQ(
+        rewritten("define d; d.x = 1; d n; d.y = 2; d m;"),
+        "define d;\n\nd n:\n    .x = 1;\n\nd m:\n    .x = 1;\n    .y = 2;\n\nwith d:\n    .x = 1;\n    .y = 2;\n");
+    // What only a link makes is not there yet when it is copied.
+    EXPECT_EQ(rewritten("define d; d.r = null; d n; n.r = n;"),
+              "define d;\n\nwith d:\n    .r = null;\n\nd n:\n    .r = n;\n");
+}
+
+TEST(VrnWriter, tellsWhatATextCannotSay) {
+    Scene scene;
+    scene.setFileVersion(2);
+    scene.setFileTime("noon");
+    scene.pushFileComment("no comment");
+    scene.createNode("t", "null");
+    scene.createNode("a type", "a");
+    Node& n = *scene.createNode("t", "n");
+    n.createInput("", AttrType::Real);
+    n.createInput("link", AttrType::Real)->connect(scene.findNode("null")->findOutput("out"));
+    n.createInput("reference", AttrType::Node)->setNode(scene.findNode("null"));
+    n.createInput("buffer", AttrType::Buffer);
+    n.createInput("boxes", AttrType::Buffer)->assign(AttrData::buffer(DataType::Aabbf, 1));
+    n.createArray("nodes", AttrType::Node)->appendElement();
+    Input* mixed = n.createArray("mixed", AttrType::Null);
+    for (const AttrType type : {AttrType::Real, AttrType::Null, AttrType::Int})
+        mixed->appendElement()->assign(AttrData::zero(type));
+    n.createInput("nan", AttrType::Real)->assign(AttrData::real(std::numeric_limits<double>::quiet_NaN()));
+    const Written written = write(scene);
+    EXPECT_EQ(written.losses,
+              (std::vector<std::string>{
+                  ": a comment that is no `#` and one line is left out",
+                  ": the file version is in no comment; one is added",
+                  ": the file time is in no comment; one is added",
+                  "null: the node is left out: its name or its type is no identifier",
+                  "a: the node is left out: its name or its type is no identifier",
+                  "n.: the input is left out: its name is no identifier",
+                  "n.link: the link is left out: what it leads to has a name that no text can have",
+                  "n.reference: the link is left out: what it leads to has a name that no text can have",
+                  "n.buffer: the buffer is left out: it has no element type",
+                  "n.boxes: the buffer is left out: there is no keyword for its element type",
+                  "n.nodes: the element type of the array is that of its elements, if any",
+                  "n.mixed: the element type of the array is that of its elements, if any",
+                  "n.mixed[1]: the element is left out: in an array with a type it has none",
+                  "n.mixed[2]: the element is left out: it is of another type than the array's",
+                  "n.nan: a NaN loses its sign or what else its bits say",
+              }));
+    EXPECT_EQ(written.text, "# version: 2\n# time: noon\n\nt n:\n    .link = 0.0;\n    .reference = null;\n"
+                            "    .nodes[0] = null;\n    .mixed[0] = 0.0;\n"
+                            "    .nan = -nan;\n");
+    EXPECT_EQ(readText(String(std::string_view(written.text))).logText(), "result true\n");
+}
+
+TEST(VrnWriter, tellsWhichTimesNoCommentCanSay) {
+    for (const char* time : {" noon", "two\nlines", "version: 7"}) {
+        Scene scene;
+        scene.setFileTime(time);
+        const Written written = write(scene);
+        EXPECT_EQ(written.losses, (std::vector<std::string>{": the file time cannot stand in a comment"})) << time;
+        EXPECT_EQ(written.text, "");
+    }
+}
+
+TEST(VrnWriter, goesAsDeepAsATextDoes) {
+    std::string path;
+    for (int i = 0; i < 3000; ++i)
+        path += ".a";
+    EXPECT_EQ(rewritten("t n; n" + path + " = 1;"), "t n:\n    " + path + " = 1;\n");
+}
+
+TEST(VrnWriter, whatTheSinkThrowsPassesThrough) {
+    const Reading r = readText("t n; n.x = float[100000] {};");
+    EXPECT_THROW((void)writeVrn(*r.scene, {}, [](std::string_view) { throw std::runtime_error("full"); }),
+                 std::runtime_error);
+}
+
+// Every text that there is.
+TEST(VrnWriter, examplesAndGoldenTextsSurvive) {
+    const std::filesystem::path data = VRN_TEST_DATA;
+    std::size_t count = 0;
+    for (const auto& folder : {data / "accept", data / "reject", data / "../../examples"}) {
+        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+            if (entry.path().extension() != ".vrn")
+                continue;
+            ++count;
+            Reading r;
+            r.run([&] { return parseVrn(r.scene.get(), File::open(entry.path().c_str()), false); });
+            for (const u32 column : {100U, 0U}) {
+                const Written written = write(*r.scene, {.column = column});
+                EXPECT_EQ(written.losses, std::vector<std::string>()) << entry.path();
+                const Reading again = readText(String(std::string_view(written.text)));
+                EXPECT_TRUE(again.isOk) << entry.path();
+                EXPECT_EQ(firstDifference(*r.scene, *again.scene), "") << entry.path();
+                EXPECT_EQ(write(*again.scene, {.column = column}).text, written.text) << entry.path();
+            }
+        }
+    }
+    EXPECT_GE(count, 60U);
+}
+
+} // namespace vrn::test

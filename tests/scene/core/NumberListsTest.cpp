@@ -1,0 +1,159 @@
+#include "scene/core/NumberLists.h"
+
+#include "scene/core/InstructionSet.h"
+#include "scene/core/NumberText.h"
+#include "tests/support/Reading.h"
+
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <random>
+
+namespace vrn::test {
+
+namespace {
+
+template <class Number> std::vector<std::string> textsOf(const std::vector<Number>& numbers) {
+    std::vector<char> characters(numbers.size() * listNumberCapacity + listSlack);
+    std::vector<u32> ends(numbers.size());
+    const char* end = writeNumberList(std::span<const Number>(numbers), characters.data(), ends);
+    std::vector<std::string> texts;
+    std::size_t begin = 0;
+    for (const u32 at : ends) {
+        EXPECT_EQ(characters[at - 1], ' ');
+        texts.emplace_back(characters.data() + begin, at - 1 - begin);
+        begin = at;
+    }
+    EXPECT_EQ(static_cast<std::size_t>(end - characters.data()), begin);
+    return texts;
+}
+
+// Does something with each set of instructions that this processor has.
+template <class Work> void withEachSet(Work work) {
+    for (const InstructionSet set : {InstructionSet::Baseline, InstructionSet::Avx2, InstructionSet::Avx512}) {
+        limitInstructionSet(set);
+        work();
+    }
+    limitInstructionSet(InstructionSet::Avx512);
+}
+
+// The digits alone, without zeros on either side.
+std::string digitsOf(std::string_view text) {
+    std::string digits;
+    for (const char c : text.substr(0, text.find('e')))
+        if (c >= '0' && c <= '9')
+            digits += c;
+    digits.erase(0, digits.find_first_not_of('0'));
+    return digits.substr(0, digits.find_last_not_of('0') + 1);
+}
+
+// All texts read back as the number, bit for bit, and where it may have a fraction none has more digits than the other
+// way of writing gives.
+template <class Real, class Bits> void expectRealsReadBack(const std::vector<Real>& numbers) {
+    const double end = sizeof(Real) == sizeof(float) ? 0x1p24 : 0x1p53;
+    withEachSet([&] {
+        const std::vector<std::string> texts = textsOf(numbers);
+        for (std::size_t i = 0; i < numbers.size(); ++i) {
+            Real back = 0;
+            ASSERT_TRUE(parseReal(texts[i], back)) << texts[i];
+            ASSERT_EQ(std::bit_cast<Bits>(back), std::bit_cast<Bits>(numbers[i])) << texts[i];
+            char buffer[realTextCapacity];
+            if (std::abs(static_cast<double>(numbers[i])) < end) {
+                ASSERT_EQ(digitsOf(texts[i]), digitsOf(writeReal(numbers[i], buffer))) << texts[i];
+            }
+        }
+    });
+}
+
+template <class Integer> void expectIntegers() {
+    using Limits = std::numeric_limits<Integer>;
+    std::vector<Integer> numbers{Limits::min(), Limits::max(), 0};
+    std::mt19937_64 random(1);
+    for (u64 power = 1; power < u64(Limits::max()) / 10; power *= 10)
+        for (const u64 number : {power - 1, power, power + 1, 0 - power, power * 7})
+            numbers.push_back(static_cast<Integer>(number));
+    for (int i = 0; i < 1000; ++i)
+        numbers.push_back(static_cast<Integer>(random() >> random() % 64));
+    withEachSet([&] {
+        const std::vector<std::string> texts = textsOf(numbers);
+        for (std::size_t i = 0; i < numbers.size(); ++i)
+            ASSERT_EQ(texts[i], std::to_string(numbers[i]));
+    });
+}
+
+} // namespace
+
+TEST(NumberLists, integersOfAllWidths) {
+    expectIntegers<i8>();
+    expectIntegers<u8>();
+    expectIntegers<i16>();
+    expectIntegers<u16>();
+    expectIntegers<i32>();
+    expectIntegers<u32>();
+    expectIntegers<i64>();
+    expectIntegers<u64>();
+}
+
+TEST(NumberLists, realsAsPeopleWriteThem) {
+    const std::vector<std::pair<double, const char*>> cases = {
+        {0, "0"},
+        {-0.0, "-0"},
+        {1, "1"},
+        {-1.5, "-1.5"},
+        {0.1, "0.1"},
+        {100, "100"},
+        {123456, "123456"},
+        {0.00001, "0.00001"},
+        {0.000007, "7e-06"},
+        {0.00002, "0.00002"},
+        {0.0625, "0.0625"},
+        {9007199254740991.0, "9007199254740991"},
+        {std::numeric_limits<double>::infinity(), "inf"},
+        {-std::numeric_limits<double>::infinity(), "-inf"},
+        {std::numeric_limits<double>::quiet_NaN(), "nan"},
+        {-std::numeric_limits<double>::quiet_NaN(), "-nan"},
+        {1e300, "1e+300"},
+        {5e-324, "5e-324"},
+    };
+    std::vector<double> numbers;
+    for (const auto& [number, text] : cases)
+        numbers.push_back(number);
+    withEachSet([&] {
+        const std::vector<std::string> texts = textsOf(numbers);
+        for (std::size_t i = 0; i < cases.size(); ++i)
+            EXPECT_EQ(texts[i], cases[i].second);
+    });
+    EXPECT_EQ(textsOf(std::vector<float>{0.1F, 16777215, 1e-4F, -3.4028235e38F, 1e-45F, 0.3F}),
+              (std::vector<std::string>{"0.1", "16777215", "0.0001", "-3.4028235e+38", "1e-45", "0.3"}));
+}
+
+TEST(NumberLists, floatsReadBackFromTheFewestDigits) {
+    std::vector<float> numbers;
+    for (u64 bits = 0; bits <= 0xFFFFFFFF; bits += 9973)
+        if (const auto number = std::bit_cast<float>(static_cast<u32>(bits)); !std::isnan(number))
+            numbers.push_back(number);
+    for (u32 exponent = 100; exponent < 155; ++exponent) // each power of two and its neighbours
+        for (const i32 beside : {-2, -1, 0, 1, 2})
+            numbers.push_back(std::bit_cast<float>((exponent << 23) + static_cast<u32>(beside)));
+    for (int i = 0; i < 20000; ++i)
+        numbers.push_back(static_cast<float>(i) / 1000);
+    expectRealsReadBack<float, u32>(numbers);
+}
+
+TEST(NumberLists, doublesReadBackFromTheFewestDigits) {
+    std::vector<double> numbers;
+    std::mt19937_64 random(2);
+    for (int i = 0; i < 50000; ++i) {
+        const u64 middling = u64(1000 + random() % 80) << 52 | random() >> 12;
+        numbers.push_back(std::bit_cast<double>(middling));
+        numbers.push_back(static_cast<double>(random() % 100000000) / std::pow(10, random() % 12));
+        if (const auto any = std::bit_cast<double>(random()); !std::isnan(any))
+            numbers.push_back(any);
+    }
+    for (u64 exponent = 990; exponent < 1090; ++exponent)
+        for (const i64 beside : {-2, -1, 0, 1, 2})
+            numbers.push_back(std::bit_cast<double>((exponent << 52) + static_cast<u64>(beside)));
+    expectRealsReadBack<double, u64>(numbers);
+}
+
+} // namespace vrn::test
