@@ -7,6 +7,7 @@
 # make format, make goldens, make grammar: see CONTRIBUTING.md
 
 LOCALES := $(CURDIR)/build/locales
+NODE_MODULES := $(CURDIR)/build/node_modules
 CONFIGURE := cmake -DVRN_WARNINGS_AS_ERRORS=ON -DVRN_LOCALES=$(LOCALES) -DVRN_BENCHMARKS=OFF --log-level=WARNING
 
 .PHONY: run test install bench fuzz lint coverage packages checks format goldens grammar clean
@@ -17,7 +18,7 @@ run: packages
 	build/release/vrn check examples/first_scene.vrn
 	build/release/vrn info examples/first_scene.vrn
 
-test: checks $(LOCALES)/de_DE.UTF-8
+test: checks $(LOCALES)/de_DE.UTF-8 $(NODE_MODULES)
 	$(CONFIGURE) --preset release
 	cmake --build --preset release
 	$(CONFIGURE) --preset asan
@@ -63,7 +64,7 @@ fuzz: checks
 lint: checks
 	@scripts/lint
 
-coverage: checks $(LOCALES)/de_DE.UTF-8
+coverage: checks $(LOCALES)/de_DE.UTF-8 $(NODE_MODULES)
 	@scripts/coverage -DVRN_LOCALES=$(LOCALES)
 
 # A German locale of our own, so that nobody needs root for it.
@@ -71,6 +72,14 @@ $(LOCALES)/de_DE.UTF-8:
 	@mkdir -p $(LOCALES)
 	localedef -i de_DE -f UTF-8 $@.new
 	mv $@.new $@
+
+# The validator of glTF files, for the tests of conversion.
+$(NODE_MODULES): tests/convert/package.json
+	@command -v npm >/dev/null || (apt-get update -qq && apt-get install -qq -y --no-install-recommends npm)
+	@mkdir -p build
+	@cp $< build/package.json
+	@cd build && npm install --no-package-lock --no-audit --no-fund --loglevel=error
+	@touch $@
 
 format:
 	clang-format -i $$(git ls-files '*.h' '*.cpp')

@@ -13,6 +13,7 @@ namespace vrn::cli {
 [[nodiscard]] Command graphCommand();
 [[nodiscard]] Command diffCommand();
 [[nodiscard]] Command dumpCommand();
+[[nodiscard]] Command convertCommand();
 [[nodiscard]] Command completionCommand();
 [[nodiscard]] Command manCommand();
 

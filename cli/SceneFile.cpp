@@ -171,7 +171,10 @@ std::string SceneFile::diagnosticsText() const {
     return text;
 }
 
-static std::shared_ptr<const Catalogue> loadCatalogue(const String& path) {
+std::shared_ptr<const Catalogue> loadCatalogue(const SceneArguments& arguments) {
+    if (arguments.types.empty())
+        return nullptr;
+    const String path = std::string_view(arguments.types);
     File file = File::open(path);
     const String text = readAll(file);
     if (!file.error().isEmpty()) {
@@ -211,8 +214,7 @@ public:
         : arguments_(arguments), visit_(visit), notices_(notices) {}
 
     int run() {
-        if (!arguments_.types.empty())
-            catalogue_ = loadCatalogue(std::string_view(arguments_.types));
+        catalogue_ = loadCatalogue(arguments_);
         runInOrder(scenes_.size(), arguments_.jobs, [this](std::size_t i, const Turn& turn) {
             SceneFile file{std::string_view(scenes_[i].name)};
             Finish finish;

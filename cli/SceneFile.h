@@ -8,6 +8,7 @@
 #include "scene/core/Log.h"
 
 #include <functional>
+#include <memory>
 #include <vector>
 
 namespace vrn::cli {
@@ -102,5 +103,8 @@ using Visit = std::function<Finish(const SceneFile&, const Scene&)>;
                               vor::Notices notices = vor::Notices::No);
 
 struct UnusableCatalogue {};
+
+// The catalogue that the arguments name, or null; throws like forEachScene().
+[[nodiscard]] std::shared_ptr<const vor::velmo_sdk::impl::Catalogue> loadCatalogue(const SceneArguments& arguments);
 
 } // namespace vrn::cli

@@ -10,8 +10,8 @@
 namespace vrn::cli {
 
 std::vector<Command> allCommands() {
-    return {checkCommand(), fmtCommand(),  infoCommand(), treeCommand(),       queryCommand(),
-            graphCommand(), diffCommand(), dumpCommand(), completionCommand(), manCommand()};
+    return {checkCommand(), fmtCommand(),  infoCommand(),    treeCommand(),       queryCommand(), graphCommand(),
+            diffCommand(),  dumpCommand(), convertCommand(), completionCommand(), manCommand()};
 }
 
 } // namespace vrn::cli

@@ -1,0 +1,71 @@
+#include "convert/AssimpImport.h"
+
+#include "convert/Convert.h"
+#include "convert/SceneImport.h"
+#include "scene/core/File.h"
+
+#include <algorithm>
+#include <assimp/Importer.hpp>
+#include <filesystem>
+#include <optional>
+
+namespace vrn::convert {
+
+namespace {
+
+// What cannot be read at all is another thing than what makes no sense.
+void openOrThrow(const std::string& path) {
+    File file = File::open(std::string_view(path));
+    char first = 0;
+    (void)file.read(first);
+    if (!file.error().isEmpty())
+        throw FileError(path, file.error().buf());
+}
+
+// Nothing is joined, split, flipped or made anew: the file as it stands.
+const aiScene* readWith(Assimp::Importer& importer, const std::string& path) {
+    // Pivots as nodes of their own would be helpers that nobody asked for.
+    importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);
+    const aiScene* scene = importer.ReadFile(path, 0U);
+    if (!scene)
+        throw ContentError(path, importer.GetErrorString());
+    if (!scene->mRootNode)
+        throw ContentError(path, "there is no scene in it");
+    return scene;
+}
+
+void findAnimated(SceneImport& import) {
+    for (const aiAnimation* animation : std::span(import.from.mAnimations, import.from.mNumAnimations))
+        for (const aiNodeAnim* channel : std::span(animation->mChannels, animation->mNumChannels))
+            import.animated.emplace(textOf(channel->mNodeName));
+}
+
+void noteUnused(SceneImport& import) {
+    for (unsigned i = 0; i < import.from.mNumMaterials; ++i)
+        if (!import.materials.contains(i) && !isAdded(import, i))
+            import.losses.add("materials that no mesh has", String(import.from.mMaterials[i]->GetName().C_Str()));
+}
+
+} // namespace
+
+void importModel(const std::string& path, Scene& scene, Losses& losses) {
+    openOrThrow(path);
+    const std::string extension = extensionOf(path);
+    const bool isGltf = extension == ".glb" || extension == ".gltf";
+    const std::optional<GltfFile> gltf =
+        isGltf ? std::optional<GltfFile>(std::in_place, path) : std::optional<GltfFile>(std::in_place);
+    if (const std::string danger = gltf->danger(); !danger.empty())
+        throw ContentError(path, danger);
+    Assimp::Importer importer;
+    const aiScene* from = readWith(importer, path);
+    SceneImport import{.from = *from, .scene = scene, .losses = losses, .isGltf = isGltf, .gltf = *gltf};
+    findAnimated(import);
+    importMeshes(import);
+    importNodes(import);
+    importCameras(import);
+    importLights(import);
+    importAnimations(import);
+    noteUnused(import);
+}
+
+} // namespace vrn::convert

@@ -1,0 +1,103 @@
+#include "convert/Convert.h"
+
+#include "convert/AssimpExport.h"
+#include "convert/AssimpImport.h"
+#include "convert/GltfWriter.h"
+#include "convert/OutputFile.h"
+#include "scene/SceneJson.h"
+#include "scene/VrnWriter.h"
+
+#include <algorithm>
+#include <assimp/Importer.hpp>
+#include <filesystem>
+
+namespace vrn::convert {
+
+namespace {
+
+using Write = void (*)(const Scene& scene, const std::string& path, Losses& losses);
+
+// Images and other long lists of bytes take less room compressed, and nobody reads them.
+void writeText(const Scene& scene, const std::string& path, Losses& losses) {
+    OutputFile file(path);
+    const auto lost = writeVrn(scene, {.compressAbove = 4096}, [&](std::string_view text) { file.write(text); });
+    for (const VrnLoss& loss : lost)
+        losses.add(loss.what, loss.path);
+    file.commit();
+}
+
+void writeJson(const Scene& scene, const std::string& path, Losses&) {
+    OutputFile file(path);
+    writeSceneJson(scene, {}, [&](std::string_view text) { file.write(text); });
+    file.commit();
+}
+
+template <const Target& target, auto write>
+void writeModel(const Scene& scene, const std::string& path, Losses& losses) {
+    write(modelOf(scene, target, losses), path, losses);
+}
+
+void writeObj(const Model& model, const std::string& path, Losses& losses) { exportModel(model, "obj", path, losses); }
+void writePly(const Model& model, const std::string& path, Losses& losses) { exportModel(model, "ply", path, losses); }
+void writeStl(const Model& model, const std::string& path, Losses& losses) { exportModel(model, "stlb", path, losses); }
+
+struct Format {
+    const char* extension;
+    Write write;
+};
+
+constexpr Format formats[] = {
+    {".vrn", writeText},
+    {".json", writeJson},
+    {".gltf", writeModel<gltfTarget, writeGltf>},
+    {".glb", writeModel<gltfTarget, writeGlb>},
+    {".obj", writeModel<objTarget, writeObj>},
+    {".ply", writeModel<plyTarget, writePly>},
+    {".stl", writeModel<stlTarget, writeStl>},
+};
+
+const Format* formatOf(const std::string& path) {
+    const auto* format = std::ranges::find(formats, extensionOf(path), &Format::extension);
+    return format != std::end(formats) ? format : nullptr;
+}
+
+} // namespace
+
+std::string extensionOf(const std::string& path) {
+    return std::string(String(std::filesystem::path(path).extension().string()).toLower().view());
+}
+
+bool canRead(const std::string& path) {
+    const std::string extension = extensionOf(path);
+    return !extension.empty() && Assimp::Importer().IsExtensionSupported(extension);
+}
+
+bool canWrite(const std::string& path) { return formatOf(path) != nullptr; }
+
+std::string readableExtensions() {
+    std::string list;
+    Assimp::Importer().GetExtensionList(list); // `*.3ds;*.obj;...`
+    std::string extensions;
+    for (const char c : list)
+        if (c != '*')
+            extensions += c == ';' ? std::string(" ") : std::string(1, c);
+    return extensions;
+}
+
+std::string writableExtensions() {
+    std::string extensions;
+    for (const Format& format : formats)
+        extensions += (extensions.empty() ? "" : " ") + std::string(format.extension);
+    return extensions;
+}
+
+void readModel(const std::string& path, Scene& scene, Losses& losses) { importModel(path, scene, losses); }
+
+void writeScene(const Scene& scene, const std::string& path, Losses& losses) {
+    const Format* format = formatOf(path);
+    if (!format)
+        throw FileError(path, "nothing is known of how to write such a file");
+    format->write(scene, path, losses);
+}
+
+} // namespace vrn::convert

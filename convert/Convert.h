@@ -1,0 +1,35 @@
+// Scenes from and to other formats of scenes and meshes.
+//
+//     Scene scene;
+//     Losses losses;
+//     readModel("chair.fbx", scene, losses);
+//     writeScene(scene, "chair.glb", losses);
+//
+// Which format a file has says its extension. What cannot be carried over is left out and noted among the losses.
+#pragma once
+
+#include "convert/Errors.h"
+#include "convert/Losses.h"
+#include "scene/Scene.h"
+
+#include <string>
+
+namespace vrn::convert {
+
+// Whether there is a way to read, or write, files of that name, and the extensions for which there is, for people.
+// Texts of scenes are written here, too, but the reader reads them.
+[[nodiscard]] bool canRead(const std::string& path);
+[[nodiscard]] bool canWrite(const std::string& path);
+[[nodiscard]] std::string readableExtensions();
+[[nodiscard]] std::string writableExtensions();
+
+// The extension of a path, with its dot, in small letters.
+[[nodiscard]] std::string extensionOf(const std::string& path);
+
+// Reads any other format into an empty scene. Throws FileError and ContentError.
+void readModel(const std::string& path, Scene& scene, Losses& losses);
+
+// Writes a scene, as a whole or not at all. Throws FileError and ContentError.
+void writeScene(const Scene& scene, const std::string& path, Losses& losses);
+
+} // namespace vrn::convert

@@ -1,0 +1,59 @@
+// A scene of Assimp's on its way into one of ours: what the steps of that have made so far.
+#pragma once
+
+#include "convert/GltfFile.h"
+#include "convert/Losses.h"
+#include "convert/Transform.h"
+#include "scene/Scene.h"
+
+#include <assimp/scene.h>
+#include <map>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace vrn::convert {
+
+struct SceneImport {
+    const aiScene& from;
+    Scene& scene;
+    Losses& losses;
+    bool isGltf = false;
+    const GltfFile& gltf;                           // knows nothing of other files
+    std::unordered_map<std::string, Node*> nodes{}; // by the name that the file has for them
+    std::unordered_set<std::string> animated{};     // names of nodes that move
+    std::map<unsigned, Node*> meshes{};             // by their number; null for one that was left out
+    std::map<unsigned, Node*> skins{};              // by the number of their mesh
+    std::map<unsigned, Node*> materials{};
+    std::map<std::string, Node*> textures{};
+    std::unordered_map<std::string, u64> names{}; // how often a name has been given
+
+    // A new node whose name is made from `name`, which is kept as its input if it had to be changed or could be
+    // mistaken. `otherwise` is for things without a name.
+    Node& create(const char* type, std::string_view name, const char* otherwise);
+};
+
+void importMeshes(SceneImport& import);
+void importNodes(SceneImport& import);
+void importSkins(SceneImport& import); // of the meshes; after the nodes, which are their joints
+void importCameras(SceneImport& import);
+void importLights(SceneImport& import);
+void importAnimations(SceneImport& import);
+[[nodiscard]] bool isAdded(const SceneImport& import, unsigned material); // by Assimp, for meshes that have none
+[[nodiscard]] Node* importMaterial(SceneImport& import, unsigned number); // null for the one that stands for none
+
+// Setting inputs of new nodes.
+void set(Node& node, const char* name, AttrData value);
+void setMember(Input& object, const char* name, AttrData value);
+void setText(Node& node, const char* name, std::string_view text);
+void setNumbers(Node& node, const char* name, AttrType type, std::span<const double> numbers);
+[[nodiscard]] AttrData numbersOf(AttrType type, std::span<const double> numbers);
+void refer(Node& node, const char* name, Node& target);
+void connect(Node& node, const char* name, Node& source, const char* output);
+
+// The shortest decimal number that is the same float, such as 0.1.
+[[nodiscard]] double plain(float number);
+
+[[nodiscard]] Matrix matrixOf(const aiMatrix4x4& matrix);
+[[nodiscard]] inline std::string_view textOf(const aiString& text) { return {text.data, text.length}; }
+
+} // namespace vrn::convert

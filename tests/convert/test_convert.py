@@ -1,0 +1,680 @@
+"""vrn convert: into other formats and back, with the glTF validator as the judge of glTF. NODE_MODULES holds it."""
+import base64
+import json
+import os
+import pathlib
+import re
+import struct
+import subprocess
+import sys
+import unittest
+
+sys.path += [str(pathlib.Path(__file__).resolve().parents[1] / "cli")]
+
+from command import ROOT, VRN, Folder, run
+from geometry import inputs_of, meshes
+
+HERE = pathlib.Path(__file__).resolve().parent
+MODULES = os.environ.get("NODE_MODULES", str(ROOT / "build" / "node_modules"))
+EXAMPLES = sorted((ROOT / "examples").glob("*.vrn"))
+CATALOGUE = ROOT / "catalogues" / "scene.json"
+
+
+class Converting(Folder):
+    def convert(self, source, target, *options):
+        """Converts, which must work; returns what is said to be lost."""
+        result = self.run_here("convert", *options, source, target)
+        self.assertEqual(result.returncode, 0, result.stderr.decode())
+        self.assertEqual(result.stdout, b"")
+        lines = result.stderr.decode().splitlines()
+        start = f"vrn: {target}: lost: "
+        for line in lines:
+            self.assertTrue(line.startswith(start), line)
+        return [line[len(start) :] for line in lines]
+
+    def scene(self, path):
+        dumped = self.run_here("dump", "--compact", path)
+        self.assertEqual(dumped.returncode, 0, dumped.stderr.decode())
+        return json.loads(dumped.stdout)
+
+    def gltf(self, path):
+        content = (self.folder / path).read_bytes()
+        if path.endswith(".gltf"):
+            return json.loads(content)
+        length = struct.unpack("<I", content[12:16])[0]
+        return json.loads(content[20 : 20 + length])
+
+    def validate(self, *files):
+        command = ["node", HERE / "validate.js", MODULES, *files]
+        done = subprocess.run(command, cwd=self.folder, capture_output=True, timeout=300)
+        self.assertEqual(done.returncode, 0, done.stderr.decode() + "\n(make build/node_modules fetches the validator)")
+        reports = json.loads(done.stdout)
+        self.assertEqual(len(reports), len(files))
+        for file, report in reports.items():
+            errors = [m for m in report["issues"]["messages"] if m["severity"] == 0]
+            self.assertEqual(report["issues"]["numErrors"], 0, (file, errors))
+        return reports
+
+
+class Examples(Converting):
+    def test_every_one_is_valid_gltf(self):
+        self.assertGreaterEqual(len(EXAMPLES), 13)
+        files = []
+        for path in EXAMPLES:
+            for extension in (".glb", ".gltf"):
+                self.convert(path, path.stem + extension)
+                files.append(path.stem + extension)
+        reports = self.validate(*files)
+        for path in EXAMPLES:
+            triangles = reports[path.stem + ".glb"]["info"]["totalTriangleCount"]
+            self.assertEqual(triangles > 0, b"\nmesh " in path.read_bytes(), path.name)
+            self.assertEqual(triangles, reports[path.stem + ".gltf"]["info"]["totalTriangleCount"])
+
+    def test_geometry_comes_back_bit_for_bit(self):
+        compared = 0
+        for path in EXAMPLES:
+            for extension in (".glb", ".gltf"):
+                with self.subTest(path.name + extension):
+                    self.convert(path, "there" + extension)
+                    self.convert("there" + extension, "back.vrn")
+                    originals = {mesh.name: mesh for mesh in meshes(self.scene(path))}
+                    back = meshes(self.scene("back.vrn"))
+                    self.assertEqual({mesh.name for mesh in back}, set(originals))
+                    for mesh in back:
+                        self.assert_same(originals[mesh.name], mesh)
+                        compared += 1
+        self.assertGreater(compared, 60)
+
+    def assert_same(self, original, mesh):
+        self.assertEqual(mesh.uvsets, original.uvsets)
+        self.assertEqual(mesh.triangles(), original.triangles())
+        if set(original.faces) == {3}:
+            self.assertEqual(mesh.corners, original.corners, mesh.name)
+        else:
+            self.assertEqual(set(mesh.corners), set(original.corners), mesh.name)
+        if original.uvsets == 0 or len(mesh.points) == len(original.points):
+            self.assertEqual(mesh.points, original.points)
+
+    def test_what_came_back_stays_as_it_is(self):
+        for path in EXAMPLES:
+            with self.subTest(path.name):
+                self.convert(path, "1.glb")
+                self.convert("1.glb", "1.vrn")
+                self.convert("1.vrn", "2.glb")
+                self.convert("2.glb", "2.vrn")
+                self.assertEqual(
+                    [(n["name"], n["type"]) for n in self.scene("1.vrn")["nodes"]],
+                    [(n["name"], n["type"]) for n in self.scene("2.vrn")["nodes"]],
+                )
+                first, second = meshes(self.scene("1.vrn")), meshes(self.scene("2.vrn"))
+                self.assertEqual([m.corners for m in first], [m.corners for m in second])
+
+    def test_the_catalogue_fits_them_and_changes_nothing(self):
+        checked = run("check", "--types", CATALOGUE, *EXAMPLES)
+        self.assertEqual(checked.stdout.decode(), f"{len(EXAMPLES)} files checked: 0 errors, 0 warnings\n")
+        for path in EXAMPLES:
+            with self.subTest(path.name):
+                self.convert(path, "without.glb")
+                self.convert(path, "with.glb", "--types", CATALOGUE)
+                without, having = (self.folder / name for name in ("without.glb", "with.glb"))
+                self.assertEqual(without.read_bytes(), having.read_bytes())
+
+    def test_written_texts_have_no_diagnostics(self):
+        for path in EXAMPLES:
+            self.convert(path, path.stem + ".glb")
+            self.convert(path.stem + ".glb", path.stem + ".vrn")
+        texts = sorted(self.folder.glob("*.vrn"))
+        checked = run("check", "--types", CATALOGUE, *texts)
+        self.assertEqual(checked.stdout.decode(), f"{len(EXAMPLES)} files checked: 0 errors, 0 warnings\n")
+
+    def test_to_meshes_without_scenes(self):
+        for path in EXAMPLES:
+            for extension in (".obj", ".ply", ".stl"):
+                with self.subTest(path.name + extension):
+                    result = self.run_here("convert", path, "out" + extension)
+                    if b"\nmesh " not in path.read_bytes():
+                        self.assertEqual(result.returncode, 1)
+                        self.assertIn(b"the scene has no mesh that could be written", result.stderr)
+                        continue
+                    self.assertEqual(result.returncode, 0)
+                    self.convert("out" + extension, "back.vrn")
+                    back = meshes(self.scene("back.vrn"))
+                    self.assertGreater(sum(mesh.triangles() for mesh in back), 0)
+
+    def test_a_text_and_json_hold_all_of_a_scene(self):
+        for path in EXAMPLES:
+            self.assertEqual(self.convert(path, "copy.vrn"), [])
+            self.assertEqual(self.convert(path, "copy.json"), [])
+            self.assertEqual(self.scene("copy.vrn"), self.scene(path))
+            self.assertEqual(json.loads((self.folder / "copy.json").read_text()), self.scene(path))
+
+
+TRIANGLE = "mesh m; m.points = vec3f[3] {0 0 0 1 0 0 0 1 0}; m.indices = int32[3] {0 1 2};\n"
+
+
+class ToGltf(Converting):
+    def of(self, text, *lost):
+        self.file("in.vrn", text)
+        self.assertEqual(self.convert("in.vrn", "out.glb"), list(lost))
+        self.validate("out.glb")
+        return self.gltf("out.glb")
+
+    def test_a_mesh_that_nobody_places_is_shown_where_it_is(self):
+        self.assertEqual(self.of(TRIANGLE)["nodes"], [{"name": "m", "mesh": 0}])
+
+    def test_places(self):
+        gltf = self.of(
+            TRIANGLE
+            + "group g; g.translation = vec3(1 2 3); g.scale = vec3(2 2 2);\n"
+            "instance i; i.geometry = m; i.parent = g; i.rotation = quat(0 0 1 0);\n"
+            "instance j; j.geometry = m; g.children[*] = j;\n"
+            "j.transform = mat4(0 1 0 0 -1 0 0 0 0 0 1 0 5 6 7 1);\n"
+        )
+        group, first, second = gltf["nodes"]
+        self.assertEqual(group, {"name": "g", "children": [1, 2], "translation": [1, 2, 3], "scale": [2, 2, 2]})
+        self.assertEqual(first, {"name": "i", "rotation": [0, 0, 1, 0], "mesh": 0})
+        self.assertEqual(second["mesh"], 0)
+        self.assertEqual(gltf["scenes"], [{"nodes": [0]}])
+        self.assertEqual(len(gltf["meshes"]), 1)
+        self.assertEqual(second["matrix"], [0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 5, 6, 7, 1])
+
+    def test_shear_and_flat_matrices_are_made_valid(self):
+        gltf = self.of(
+            TRIANGLE + "instance i; i.geometry = m; i.transform = mat4(1 0 0 0 1 1 0 0 0 0 1 0 0 0 0 1);\n"
+            "instance j; j.geometry = m; j.transform = mat4(0 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1);\n"
+            "instance k; k.geometry = m; k.transform = mat4(-1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1);\n",
+            "shear or perspective of transforms: 1 (i)",
+        )
+        self.assertNotIn("matrix", gltf["nodes"][0])
+        self.assertEqual(gltf["nodes"][1]["scale"], [0, 1, 1])
+
+    def test_circles_and_second_parents_are_cut(self):
+        gltf = self.of(
+            "group a; group b; group c; group d; a.parent = b; b.parent = c; c.parent = a; d.parent = d;\n"
+            "group x; group y; group z; x.children[*] = z; y.children[*] = z; z.children[*] = z;\n",
+            "further parents of one child: 2 (first y.children[0])",
+            "parents that are their own children: 2 (first c)",
+        )
+        self.assertEqual(len(gltf["scenes"][0]["nodes"]), 4)
+
+    def test_a_chain_of_100_000_nodes(self):
+        count = 100_000
+        lines = [TRIANGLE, "group g0;"] + [f"group g{i}; g{i}.parent = g{i - 1};" for i in range(1, count)]
+        self.file("in.vrn", "\n".join(lines) + f"instance i; i.geometry = m; i.parent = g{count - 1};")
+        self.assertEqual(self.convert("in.vrn", "out.glb"), [])
+        self.assertEqual(len(self.gltf("out.glb")["nodes"]), count + 1)
+        result = self.run_here("convert", "out.glb", "back.vrn")
+        self.assertEqual(result.returncode, 1)
+        self.assertIn(b"out.glb: its nodes are nested more than 1000 deep", result.stderr)
+        self.convert("in.vrn", "out.stl")
+
+    def test_normals(self):
+        ns = "m.normals = vec3f[3] {0 0 %s 0 1 0 1 0 0};"
+        self.of(TRIANGLE + ns % "1.001")
+        self.of(TRIANGLE + ns % "2", "lengths of normals, which are 1 now: 1 (m)")
+        self.of(TRIANGLE + ns % "0", "normals, of which some have no direction: 1 (m)")
+        self.of(TRIANGLE + ns % "nan", "attributes that do not fit the points of their mesh: 1 (m.normals)")
+        tangents = "m.tangents = vec4f[3] {1 0 0 %s 1 0 0 1 0 1 0 -1};"
+        self.of(TRIANGLE + ns % "1" + tangents % "1")
+        lost = "tangents without normals, of other lengths than 1 or of no sign: 1 (m)"
+        self.of(TRIANGLE + tangents % "1", lost)
+        self.of(TRIANGLE + ns % "1" + tangents % "0.5", lost)
+
+    def test_broken_meshes_are_left_out(self):
+        points = "mesh m; m.points = vec3f[3] {0 0 0 1 0 0 0 1 0};"
+        for text, why in (
+            ("mesh m;", "no points"),
+            ("mesh m; m.points = float[3] {1 2 3};", "no points"),
+            ("mesh m; m.points = vec3f[3] {0 0 0 1 0 nan 0 1 0};", "points that are not finite"),
+            ("mesh m; m.points = vec3d[3] {0 0 0 1 0 0 0 1.0e300 0};", "points that are not finite"),
+            (points + "m.indices = int32[3] {0 1 3};", "indices of points that are not there"),
+            (points + "m.indices = int64[3] {0 1 -1};", "indices of points that are not there"),
+            (points + "m.indices = float[3] {0 1 2};", "indices of points that are not there"),
+            (points + "m.indices = byte[4] {0 1 2 0};", "a last face that lacks corners"),
+            (points + "m.faceIndices = byte[3] {0 1 2};", "polygons without faceCounts"),
+            (points + "m.faceIndices = byte[3] {0 1 2}; m.faceCounts = byte[1] {4};",
+             "faceCounts that do not add up to the faceIndices"),
+            (points + "m.faceIndices = byte[3] {0 1 2}; m.faceCounts = byte[2] {2 1};",
+             "polygons of less than three corners"),
+            (points + 'm.topology = "patches";', "an unknown topology"),
+        ):
+            with self.subTest(text):
+                self.file("in.vrn", text)
+                self.assertIn(f"meshes with {why}: 1 (m)", self.convert("in.vrn", "out.glb"))
+                self.assertNotIn("meshes", self.gltf("out.glb"))
+                self.validate("out.glb")
+
+    def test_vertices_part_where_their_coordinates_do(self):
+        gltf = self.of(
+            "mesh m; m.points = vec3f[4] {0 0 0 1 0 0 1 1 0 0 1 0}; m.triangles = vec3u[2] {0 1 2 0 2 3};\n"
+            "m.uvsets[*].coords = vec2f[3] {0 0 1 0 1 1}; m.uvsets[0].indices = int32[6] {0 1 2 0 1 2};\n"
+        )
+        counts = {a["type"]: a["count"] for a in gltf["accessors"]}
+        self.assertEqual(counts, {"SCALAR": 6, "VEC3": 5, "VEC2": 5})
+
+    def test_dents_of_polygons_are_kept_to(self):
+        # An arrow whose dent a fan around its first corner would fill.
+        self.file(
+            "in.vrn",
+            "mesh m; m.points = vec3f[4] {0 1 0 -1 -1 0 0 0 0 1 -1 0};\n"
+            "m.faceIndices = byte[4] {1 2 3 0}; m.faceCounts = byte[1] {4};",
+        )
+        self.assertEqual(
+            self.convert("in.vrn", "out.glb"), ["polygons of more than three corners, now triangles: 1 (m)"]
+        )
+        self.convert("out.glb", "back.vrn")
+        indices = meshes(self.scene("back.vrn"))[0].indices
+        area = 0
+        points = [(0, 1), (-1, -1), (0, 0), (1, -1)]
+        for a, b, c in zip(indices[::3], indices[1::3], indices[2::3]):
+            (ax, ay), (bx, by), (cx, cy) = points[a], points[b], points[c]
+            twice = (bx - ax) * (cy - ay) - (by - ay) * (cx - ax)
+            self.assertGreater(twice, 0)
+            area += twice
+        self.assertEqual(area, 2)
+
+    def test_lines_and_points(self):
+        gltf = self.of(
+            'mesh l; l.topology = "lines"; l.points = vec3f[3] {0 0 0 1 0 0 0 1 0}; l.indices = byte[4] {0 1 1 2};\n'
+            'mesh p; p.topology = "points"; p.points = vec3f[2] {0 0 0 1 0 0};'
+        )
+        self.assertEqual([mesh["primitives"][0]["mode"] for mesh in gltf["meshes"]], [1, 0])
+        self.convert("out.glb", "back.vrn")
+        lines, points = [inputs_of(n) for n in self.scene("back.vrn")["nodes"] if n["type"] == "mesh"]
+        self.assertEqual((lines["topology"]["value"], lines["indices"]["data"]), ("lines", [0, 1, 1, 2]))
+        self.assertEqual((points["topology"]["value"], points["points"]["count"]), ("points", 2))
+        self.file("in.vrn", 'mesh p; p.topology = "points"; p.points = vec3f[2] {0 0 0 1 0 0};' + TRIANGLE)
+        self.assertEqual(self.convert("in.vrn", "out.stl"), ["meshes with lines or points instead of faces: 1 (p)"])
+
+    def test_materials_and_textures(self):
+        gltf = self.of(
+            TRIANGLE
+            + "m.uvsets[*].coords = vec2f[3] {0 0 1 0 0 1}; m.material |= red.outColor;\n"
+            'material red; red.baseColor = rgba(1 0 0 0.5); red.roughness = 0.25; red.metallic = 1.5; red.shine = 3;\n'
+            'red.baseColorMap |= t.outColor; red.baseColorXform.offset = vec2(0.5 0.25); red.doubleSided = true;\n'
+            'texture t; t.file = "..\\\\my maps\\\\w\u00f6od.png"; t.wrapU = "clamp"; t.wrapV = "mirror"; t.filter = 9728;\n'
+            "paint blue; blue.color = rgba(0 0 1); instance i; i.geometry = m; i.material |= blue.outColor;\n"
+            "instance j; j.geometry = m;",
+            "numbers outside of 0 to 1: 1 (red.metallic)",
+            "input shine of material: 1 (red.shine)",
+        )
+        blue, red = gltf["materials"]
+        self.assertEqual(blue["pbrMetallicRoughness"]["baseColorFactor"], [0, 0, 1, 1])
+        self.assertEqual(red["alphaMode"], "BLEND")
+        self.assertTrue(red["doubleSided"])
+        self.assertEqual(
+            red["pbrMetallicRoughness"],
+            {
+                "baseColorFactor": [1, 0, 0, 0.5],
+                "metallicFactor": 1,
+                "roughnessFactor": 0.25,
+                "baseColorTexture": {
+                    "index": 0,
+                    "extensions": {"KHR_texture_transform": {"offset": [0.5, 0.25], "scale": [1, 1]}},
+                },
+            },
+        )
+        self.assertEqual(gltf["images"], [{"name": "t", "uri": "../my%20maps/w%C3%B6od.png"}])
+        self.assertEqual(gltf["samplers"], [{"wrapS": 33071, "wrapT": 33648, "minFilter": 9728}])
+        self.assertEqual([node["mesh"] for node in gltf["nodes"]], [0, 1])
+        self.convert("out.glb", "back.vrn")
+        nodes = {n["name"]: inputs_of(n) for n in self.scene("back.vrn")["nodes"]}
+        self.assertEqual(nodes["w_od"]["file"]["value"], "../my maps/w\u00f6od.png")
+        self.assertEqual(nodes["w_od"]["filter"]["value"], 9728)
+        self.assertEqual(nodes["red"]["baseColor"]["value"], [1, 0, 0, 0.5])
+        self.assertEqual(inputs_of(nodes["red"]["baseColorXform"])["offset"]["value"], [0.5, 0.25])
+        self.assertEqual(nodes["red"]["baseColorMap"]["connection"], "w_od.outColor")
+
+    def test_images_in_the_scene_travel_along(self):
+        image = bytes.fromhex(
+            "89504e470d0a1a0a0000000d49484452000000010000000108060000001f15c4890000000d49444154789c6364f8cf500f000386"
+            "01805a347d6b0000000049454e44ae426082"
+        )
+        numbers = " ".join(map(str, image))
+        gltf = self.of(
+            TRIANGLE + "m.uvsets[*].coords = vec2f[3] {0 0 1 0 0 1}; m.material |= red.outColor; material red;\n"
+            f"red.baseColorMap |= t.outColor; texture t; t.encoded = byte[{len(image)}] {{{numbers}}};"
+        )
+        self.assertEqual(gltf["images"][0]["mimeType"], "image/png")
+        self.assertEqual(self.convert("out.glb", "back.vrn"), [])
+        texture = [n for n in self.scene("back.vrn")["nodes"] if n["type"] == "texture"][0]
+        self.assertEqual(bytes(inputs_of(texture)["encoded"]["data"]), image)
+
+    def test_cameras(self):
+        self.file(
+            "in.vrn",
+            "camera a; a.fov = 90; a.position = pos3(0 0 5); a.lookAt = pos3(0 0 0); a.clip = vec2(0.5 50);\n"
+            'camera b; b.projection = "orthographic"; b.size = vec2(2 3); b.worldMatrix |= t.outMatrix; transform t;\n'
+            "camera c; c.position = pos3(0 9 0); c.target = g; group g; camera d; d.near = -1.0; d.fov = 500;\n",
+        )
+        lost = self.convert("in.vrn", "out.glb")
+        self.assertEqual(len(lost), 2, lost)
+        gltf = self.gltf("out.glb")
+        self.validate("out.glb")
+        nodes = {node["name"]: node for node in gltf["nodes"]}
+        self.assertEqual(nodes["a"], {"name": "a", "translation": [0, 0, 5], "camera": 0})
+        self.assertEqual(nodes["t"], {"name": "t", "camera": 1})
+        self.assertNotIn("b", nodes)
+        self.assertEqual(gltf["cameras"][1]["orthographic"]["ymag"], 3)
+        self.assertAlmostEqual(gltf["cameras"][0]["perspective"]["yfov"], 1.5707963267948966)
+        matrix = nodes["c"]["matrix"] if "matrix" in nodes["c"] else None
+        rotation = nodes["c"].get("rotation")
+        self.assertTrue(matrix or rotation)
+        if matrix:
+            self.assertEqual(matrix[8:11], [0, 1, 0])  # its back is up: it looks down at the group
+
+    def test_lights(self):
+        gltf = self.of(
+            'light a; a.direction = vec3(0 -1 0); a.color = rgba(1 0.5 0.25); a.intensity = 3.0;\n'
+            'light b; b.kind = "spot"; b.position = pos3(0 5 0); b.innerAngle = 10.0; b.outerAngle = 20.0; b.range = 9.0;\n'
+            'light c; c.kind = "point"; c.worldMatrix |= t.outMatrix; transform t; t.translation = vec3(1 2 3);\n'
+            'light d; d.kind = "area"; d.samples = 4;',
+            "unknown kinds of lights: 1 (d)",
+            "input samples of light: 1 (d.samples)",
+        )
+        lights = gltf["extensions"]["KHR_lights_punctual"]["lights"]
+        self.assertEqual([light["type"] for light in lights], ["directional", "spot", "point", "directional"])
+        self.assertAlmostEqual(lights[1]["spot"]["outerConeAngle"], 0.3490658503988659)
+        self.assertEqual(self.convert("out.glb", "back.vrn"), [])
+        back = {inputs_of(n)["name"]["value"]: inputs_of(n) for n in self.scene("back.vrn")["nodes"] if n["type"] == "light"}
+        self.assertEqual(back["a"]["intensity"]["value"], 3)
+        self.assertEqual(back["a"]["color"]["value"], [1, 0.5, 0.25, 1])
+        self.assertEqual(back["b"]["range"]["value"], 9)
+
+    SKIN = (
+        "mesh m; m.points = vec3f[3] {0 0 0 1 0 0 0 1 0}; m.indices = int32[3] {0 1 2};\n"
+        "m.skin.joints = vec4u[3] {0 1 0 0 0 1 0 0 1 %d 0 0}; m.skin.weights = vec4f[3] {1 0 0 0 0.5 %s 0 0 1 0 0 0};\n"
+        "instance i; i.geometry = m; i.skin = s; transform a; transform b; b.parent = a;\n"
+        "skin s; s.joints[*] = a; s.joints[*] = %s;\n"
+    )
+
+    def test_skins(self):
+        gltf = self.of(self.SKIN % (0, "0.5", "b"))
+        self.assertEqual(gltf["skins"], [{"name": "s", "joints": [1, 2]}])
+        self.assertIn("WEIGHTS_0", gltf["meshes"][0]["primitives"][0]["attributes"])
+        self.of(self.SKIN % (0, "0.75", "b"), "weights of skins that do not add up to 1, which they do now: 1 (m)")
+        self.of(self.SKIN % (7, "0.5", "b"), "skins that lack joints of the mesh: 1 (i)")
+        self.of(self.SKIN % (0, "0.5", "a"), "skins with the same joint twice: 1 (s)")
+        self.of(self.SKIN % (0, "0.5", "m"), "skins with joints that are no placed nodes: 1 (s)")
+        matrices = "s.inverseBind = mat4f[2] {1 0 0 %d 0 1 0 0 0 0 1 0 0 0 0 1 1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1};"
+        self.of(self.SKIN % (0, "0.5", "b") + matrices % 0)
+        lost = "skins with inverseBind matrices that do not fit the joints: 1 (s)"
+        self.of(self.SKIN % (0, "0.5", "b") + matrices % 1, lost)
+
+    def test_animations(self):
+        channel = (
+            "group g; g.transform = mat4(1 0 0 0 0 1 0 0 0 0 1 0 1 2 3 1);\n"
+            "animation a; a.channels[*].target = g; a.channels[0].path = \"%s\"; a.channels[0].times = float[2] {%s};\n"
+            "a.channels[0].values = vec3f[2] {0 0 0 1 1 1};"
+        )
+        gltf = self.of(channel % ("translation", "0 1"))
+        self.assertEqual(gltf["nodes"][0], {"name": "g", "translation": [1, 2, 3]})
+        self.assertEqual(gltf["animations"][0]["channels"], [{"sampler": 0, "target": {"node": 0, "path": "translation"}}])
+        empty = "animations without channels: 1 (a)"
+        why = "channels of animations with "
+        self.of(channel % ("translation", "1 0"), why + "times that do not grow from 0 or more: 1 (a.channels[0])", empty)
+        self.of(channel % ("weights", "0 1"), why + "a path other than translation, rotation and scale: 1 (a.channels[0])", empty)
+        lost = self.convert_text(channel % ("rotation", "0 1"))
+        self.assertIn(why + "values that do not fit the times and the path: 1 (a.channels[0])", lost)
+
+    def test_animations_that_are_not_linear(self):
+        self.file(
+            "in.vrn",
+            'group g; animation a; a.channels[*].target = g; a.channels[0].path = "scale";\n'
+            'a.channels[0].interpolation = "step"; a.channels[0].times = float[2] {0 1};\n'
+            "a.channels[0].values = vec3f[2] {1 1 1 2 2 2};",
+        )
+        self.assertEqual(self.convert("in.vrn", "out.glb"), [])
+        self.validate("out.glb")
+        self.assertEqual(self.gltf("out.glb")["animations"][0]["samplers"][0]["interpolation"], "STEP")
+        lost = self.convert("out.glb", "back.vrn")
+        self.assertEqual(lost, ["ways to join the keys of animations other than linearly: 1 (a)"])
+        animation = [inputs_of(n) for n in self.scene("back.vrn")["nodes"] if n["type"] == "animation"][0]
+        channel = inputs_of(animation["channels"]["elements"][0])
+        self.assertEqual(channel["times"]["data"], [0, 1])
+        self.assertEqual(channel["values"]["data"], [1, 1, 1, 2, 2, 2])
+
+    def convert_text(self, text):
+        self.file("in.vrn", text)
+        return self.convert("in.vrn", "out.glb")
+
+    def test_kinds_of_losses_are_limited(self):
+        lost = self.convert_text("group g;" + "".join(f"g.a{i} = {i};" for i in range(1000)))
+        self.assertLess(len(lost), 210)
+        self.assertEqual(lost[-1], "what is of further kinds: 800 (first g.a200)")
+
+    def test_values_of_other_types_and_numbers_that_are_none(self):
+        lost = self.convert_text(
+            'group g; g.translation = "here"; g.scale = vec3(inf 1 1); camera c; c.fov = "wide"; c.near = -nan;'
+        )
+        self.assertEqual(
+            lost,
+            [
+                "values of a type that does not fit: 2 (first c.fov)",
+                "numbers that are not finite: 2 (first c.near)",
+            ],
+        )
+        self.validate("out.glb")
+
+
+class OtherFormats(Converting):
+    OBJ = (
+        "v 0 0 0\nv 1 0 0\nv 1 1 0.1\nv 0 1 0\nv 2 0.33333334 0\n"
+        "vt 0 0\nvt 1 0\nvt 1 1\nvt 0.25 0.75\nvn 0 0 1\nf 1/1/1 2/2/1 3/3/1 4/4/1\nf 2/2/1 5/1/1 3/3/1\n"
+    )
+    PLY = (
+        "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty float z\n"
+        "property uchar red\nproperty uchar green\nproperty uchar blue\nproperty uchar alpha\n"
+        "element face 1\nproperty list uchar int vertex_indices\nend_header\n"
+        "0 0 0 255 0 0 255\n1 0 0 0 255 0 255\n0 1 0.1 0 0 255 255\n3 0 1 2\n"
+    )
+    STL = (
+        "solid s\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0.1\nendloop\nendfacet\n"
+        "endsolid s\n"
+    )
+
+    def gltf_file(self):
+        self.file("made.bin", struct.pack("<9f6f3H", 0, 0, 0, 1, 0, 0, 0, 1, 0.1, 0.1, 0.3, 0.7, 0.9, 1e-8, 0.6, 0, 1, 2))
+        views = [(0, 36), (36, 24), (60, 6)]
+        accessors = [(0, 5126, 3, "VEC3"), (1, 5126, 3, "VEC2"), (2, 5123, 3, "SCALAR")]
+        keys = ("bufferView", "componentType", "count", "type")
+        document = {
+            "asset": {"version": "2.0"},
+            "scene": 0,
+            "scenes": [{"nodes": [0]}],
+            "nodes": [{"name": "float", "mesh": 0, "translation": [0.1, 0.2, 0.3]}],
+            "meshes": [{"primitives": [{"attributes": {"POSITION": 0, "TEXCOORD_0": 1}, "indices": 2}]}],
+            "buffers": [{"uri": "made.bin", "byteLength": 66}],
+            "bufferViews": [{"buffer": 0, "byteOffset": o, "byteLength": n} for o, n in views],
+            "accessors": [dict(zip(keys, a)) for a in accessors],
+        }
+        document["accessors"][0].update(min=[0, 0, 0], max=[1, 1, struct.unpack("<f", struct.pack("<f", 0.1))[0]])
+        self.file("made.gltf", json.dumps(document))
+        self.validate("made.gltf")
+
+    def corners(self, path):
+        found = []
+        for mesh in meshes(self.scene(path)):
+            found += [corner[0] for corner in mesh.corners]
+        return [struct.unpack("<3f", point) for point in found]
+
+    def test_obj(self):
+        self.file("in.obj", self.OBJ)
+        self.assertEqual(self.convert("in.obj", "there.vrn"), [])
+        mesh = meshes(self.scene("there.vrn"))[0]
+        self.assertEqual(mesh.faces, [4, 3])
+        self.assertEqual(struct.unpack("<2f", mesh.corners[3][2]), (0.25, 0.25))  # from the upper edge
+        lost = self.convert("there.vrn", "back.obj")
+        self.convert("back.obj", "again.vrn")
+        self.assertEqual(meshes(self.scene("again.vrn"))[0].corners, mesh.corners)
+        self.assertEqual(lost, [])
+
+    def test_obj_with_a_material_library(self):
+        self.file("in.obj", "mtllib in.mtl\nusemtl wood\n" + self.OBJ)
+        self.file("in.mtl", "newmtl wood\nKd 0.8 0.5 0.25\nmap_Kd my wood.png\n")
+        self.convert("in.obj", "there.vrn")
+        self.convert("there.vrn", "back.obj")
+        self.assertIn("mtllib back.mtl", (self.folder / "back.obj").read_text())
+        self.assertIn("map_Kd my wood.png", (self.folder / "back.mtl").read_text())
+        self.convert("back.obj", "again.vrn")
+        material = [inputs_of(n) for n in self.scene("again.vrn")["nodes"] if n["type"] == "material"][0]
+        self.assertEqual(material["baseColor"]["value"], [0.8, 0.5, 0.25, 1])
+
+    def test_ply(self):
+        self.file("in.ply", self.PLY)
+        self.convert("in.ply", "there.vrn")
+        mesh = [inputs_of(n) for n in self.scene("there.vrn")["nodes"] if n["type"] == "mesh"][0]
+        self.assertEqual(mesh["colors"]["data"], [1, 0, 0, 1, 0, 1, 0, 1, 0, 0, 1, 1])
+        self.convert("there.vrn", "back.ply")
+        self.convert("back.ply", "again.vrn")
+        self.assertEqual(self.corners("again.vrn"), self.corners("there.vrn"))
+        self.convert("there.vrn", "there.glb")
+        self.validate("there.glb")
+
+    def test_stl(self):
+        self.file("in.stl", self.STL)
+        self.convert("in.stl", "there.vrn")
+        self.assertEqual(len(self.corners("there.vrn")), 3)
+        self.convert("there.vrn", "back.stl")
+        self.convert("back.stl", "again.vrn")
+        self.assertEqual(self.corners("again.vrn"), self.corners("there.vrn"))
+
+    def test_gltf(self):
+        self.gltf_file()
+        self.assertEqual(self.convert("made.gltf", "there.vrn"), [])
+        scene = self.scene("there.vrn")
+        mesh = meshes(scene)[0]
+        exact = struct.unpack("<6f", b"".join(corner[1] for corner in mesh.corners))
+        self.assertEqual(exact, struct.unpack("<6f", struct.pack("<6f", 0.1, 0.3, 0.7, 0.9, 1e-8, 0.6)))
+        node = [inputs_of(n) for n in scene["nodes"] if n["type"] == "instance"][0]
+        self.assertEqual(node["translation"]["value"], [0.1, 0.2, 0.3])
+        self.assertIn("float_", [n["name"] for n in scene["nodes"]])  # a keyword is no name
+        self.convert("there.vrn", "back.gltf")
+        self.validate("back.gltf")
+        self.convert("back.gltf", "again.vrn")
+        self.assertEqual(meshes(self.scene("again.vrn"))[0].corners, mesh.corners)
+
+    def test_gltf_with_its_numbers_in_itself(self):
+        self.gltf_file()
+        document = self.gltf("made.gltf")
+        data = base64.b64encode((self.folder / "made.bin").read_bytes()).decode()
+        document["buffers"][0]["uri"] = "data:application/octet-stream;base64," + data
+        self.file("one.gltf", json.dumps(document))
+        self.assertEqual(self.convert("one.gltf", "one.vrn"), [])
+        self.convert("made.gltf", "made.vrn")
+        self.assertEqual(meshes(self.scene("one.vrn"))[0].corners, meshes(self.scene("made.vrn"))[0].corners)
+
+
+class Document(Converting):
+    def test_says_what_is_said(self):
+        text = (ROOT / "docs" / "convert.md").read_text()
+        sessions = re.findall(r"^```console\n\$ vrn convert (\S+) (\S+)\n(.*?)^```$", text, re.M | re.S)
+        self.assertEqual(len(sessions), 1)
+        for source, target, said in sessions:
+            result = self.run_here("convert", ROOT / source, target)
+            self.assertEqual(result.stderr.decode(), said)
+
+    def test_names_all_types_and_inputs_of_the_catalogue(self):
+        text = (ROOT / "docs" / "scene-types.md").read_text()
+        for name, described in json.loads(CATALOGUE.read_text())["types"].items():
+            self.assertIn(f"`{name}`", text)
+            for word in described["inputs"]:
+                known = re.search(rf"`{word}[`.\[]", text) or (word.endswith("Xform") and "Xform" in text)
+                self.assertTrue(known, (name, word))
+
+
+class Trouble(Converting):
+    def fails(self, status, message, *arguments):
+        before = sorted(self.folder.iterdir())
+        result = self.run_here("convert", *arguments)
+        self.assertEqual(result.returncode, status, result.stderr.decode())
+        self.assertIn(message, result.stderr.decode())
+        self.assertEqual(sorted(self.folder.iterdir()), before, "nothing is left behind")
+
+    def test_extensions(self):
+        self.file("in.vrn", "t a;")
+        known = "these do: .vrn .json .gltf .glb .obj .ply .stl"
+        self.fails(2, "vrn: out.xyz: the extension does not say a format that can be written; " + known, "in.vrn", "out.xyz")
+        self.fails(2, "vrn: out: the extension does not say", "in.vrn", "out")
+        self.fails(2, "vrn: in.xyz: the extension does not say a format that can be read; these do: .vrn .3d", "in.xyz", "out.glb")
+        self.fails(2, "OUT is required", "in.vrn")
+        self.file("IN.VRN", "t a;")
+        self.convert("IN.VRN", "OUT.JSON")
+
+    def test_files(self):
+        self.file("in.vrn", TRIANGLE)
+        (self.folder / "folder.glb").mkdir()
+        for name in ("nowhere.vrn", "nowhere.obj", "nowhere.glb"):
+            self.fails(2, f"vrn: {name}: No such file or directory", name, "out.glb")
+        self.fails(2, "vrn: folder.glb: Is a directory", "folder.glb", "out.vrn")
+        self.fails(2, "vrn: folder.glb: Is a directory", "in.vrn", "folder.glb")
+        self.fails(2, "vrn: no/such/out.glb: No such file or directory", "in.vrn", "no/such/out.glb")
+        os.mkfifo(self.folder / "pipe.glb")
+        self.fails(2, "vrn: pipe.glb: it is no file of a disk; name one", "in.vrn", "pipe.glb")
+
+    def test_broken_models(self):
+        self.file("empty.glb", b"")
+        self.file("text.glb", "this is no glTF")
+        self.file("cut.glb", b"glTF" + struct.pack("<III", 2, 5000, 4000) + b"JSON{")
+        self.file("wrong.obj", "f 1 2 3\n")
+        self.file("wrong.ply", "ply\nformat odd 7.0\n")
+        self.file("wrong.stl", b"\x00" * 50)
+        start = '{"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0]}],"nodes":'
+        self.file("circle.gltf", start + '[{"children":[1]},{"children":[0]}]}')
+        self.file("shared.gltf", start + '[{"children":[2,2]},{},{}]}')
+        self.file("deep.gltf", '{"asset":{"version":"2.0"},"extras":' + "[" * 100000 + "]" * 100000 + "}")
+        for path in ("empty.glb", "text.glb", "cut.glb", "wrong.obj", "wrong.ply", "wrong.stl", "deep.gltf",
+                     "circle.gltf", "shared.gltf"):
+            with self.subTest(path):
+                self.fails(1, f"vrn: {path}: ", path, "out.vrn")
+
+    def test_a_model_that_ends_its_reader(self):
+        count = 200_000
+        self.file(
+            "deep.dae",
+            '<?xml version="1.0"?><COLLADA xmlns="http://www.collada.org/2005/11/COLLADASchema" version="1.4.1">'
+            '<library_visual_scenes><visual_scene id="s">'
+            + "<node>" * count
+            + "</node>" * count
+            + '</visual_scene></library_visual_scenes><scene><instance_visual_scene url="#s"/></scene></COLLADA>',
+        )
+        self.fails(1, "vrn: deep.dae: it is so broken that its reader gave up", "deep.dae", "out.vrn")
+
+    def test_scenes_with_errors_are_not_converted(self):
+        self.file("bad.vrn", TRIANGLE + "m.b = true; m.b = 1.5;")
+        self.fails(1, "bad.vrn:2:22: error: TYPE ERROR", "bad.vrn", "out.glb")
+        self.fails(1, "vrn: bad.vrn: not converted, because of the errors above", "bad.vrn", "out.vrn")
+        self.file("warned.vrn", TRIANGLE + "m.b = float[2] {1};")
+        result = self.run_here("convert", "warned.vrn", "out.json")
+        self.assertEqual(result.returncode, 0)
+        self.assertIn(b"warning: Too few elements", result.stderr)
+
+    def test_names_are_escaped(self):
+        self.file("in.vrn", TRIANGLE + 'm.name = "\x1b[31m"; m.odd = 1;')
+        self.file("\x1b.vrn", "t a;")
+        result = self.run_here("convert", "\x1b.vrn", "\x1b.glb")
+        self.assertNotIn(b"\x1b", result.stderr)
+        self.assertIn(b"lost: nodes of type t: 1 (a)", result.stderr)
+
+    def test_an_older_file_stays_until_the_new_one_is_whole(self):
+        self.file("in.vrn", TRIANGLE)
+        self.file("bad.vrn", "oops")
+        self.file("out.glb", "older")
+        os.chmod(self.folder / "out.glb", 0o640)
+        os.symlink("out.glb", self.folder / "link.glb")
+        self.fails(1, "error: ", "bad.vrn", "out.glb")
+        self.assertEqual((self.folder / "out.glb").read_text(), "older")
+        self.convert("in.vrn", "link.glb")
+        self.assertTrue((self.folder / "link.glb").is_symlink())
+        self.assertEqual((self.folder / "out.glb").read_bytes()[:4], b"glTF")
+        self.assertEqual((self.folder / "out.glb").stat().st_mode & 0o777, 0o640)
+
+    def test_a_scene_may_take_its_own_place(self):
+        self.file("in.vrn", TRIANGLE)
+        before = self.scene("in.vrn")
+        self.convert("in.vrn", "in.vrn")
+        self.assertEqual(self.scene("in.vrn"), before)
+
+
+if __name__ == "__main__":
+    unittest.main()
