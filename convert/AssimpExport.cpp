@@ -95,7 +95,7 @@ private:
             for (unsigned column = 0; column < 4; ++column)
                 node->mTransformation[row][column] = static_cast<float>(world[4 * column + row]);
         node->mNumMeshes = 1;
-        node->mMeshes = new unsigned(meshOf(placement));
+        node->mMeshes = new unsigned[1]{meshOf(placement)};
         nodes_.push_back(std::move(node));
         if (world != identity)
             losses_.add("places of nodes, which are worked into their points", *placement.source);
