@@ -4,9 +4,11 @@
 #include "cli/Console.h"
 #include "cli/Isolated.h"
 #include "cli/SceneFile.h"
+#include "scene/core/OutputFile.h"
 #include "scene/core/TextEncoding.h"
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
 #include <optional>
 
@@ -44,8 +46,10 @@ int attempt(auto act) {
         return exitErrors;
     } catch (const convert::FileError& error) {
         complain(std::string_view(error.path()), error.what());
-        return exitTrouble;
+    } catch (const OutputFileError& error) {
+        complain(std::string_view(error.path()), strerrordesc_np(error.code().value()));
     }
+    return exitTrouble;
 }
 
 void write(const Scene& scene, Losses& losses, const std::string& to) {

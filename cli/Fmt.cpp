@@ -1,10 +1,10 @@
-#include "cli/AtomicFile.h"
 #include "cli/Commands.h"
 #include "cli/Console.h"
 #include "cli/InOrder.h"
 #include "cli/SceneFolders.h"
 #include "cli/TextFile.h"
 #include "impl/Formatter.h"
+#include "scene/core/OutputFile.h"
 #include "scene/core/TextEncoding.h"
 
 #include <algorithm>
@@ -49,7 +49,7 @@ Outcome refused(const TextFile& file, const FormatError& error) {
 
 Outcome replaced(const TextFile& file, const std::string& formatted) {
     try {
-        AtomicFile output(file.argument().buf());
+        OutputFile output(file.argument().buf());
         output.write(formatted);
         output.commit();
         return {};

@@ -1,4 +1,3 @@
-#include "cli/AtomicFile.h"
 #include "cli/Commands.h"
 #include "cli/Console.h"
 #include "cli/DotText.h"
@@ -6,6 +5,7 @@
 #include "cli/NearNames.h"
 #include "cli/Picture.h"
 #include "cli/SceneFile.h"
+#include "scene/core/OutputFile.h"
 
 #include <algorithm>
 #include <memory>
@@ -45,7 +45,7 @@ void writeGraph(const LinkGraph& graph, const GraphOptions& options) {
     const std::string text = dotText(graph);
     if (options.output.empty())
         return print(text);
-    AtomicFile file(options.output);
+    OutputFile file(options.output);
     const std::string format = formatOf(options.output);
     if (format == "dot")
         file.write(text);

@@ -1,6 +1,6 @@
 #include "cli/Picture.h"
 
-#include "cli/AtomicFile.h"
+#include "scene/core/OutputFile.h"
 
 #include <array>
 #include <cerrno>
@@ -20,11 +20,9 @@ public:
     explicit TextInput(std::string_view text) : descriptor_(memfd_create("vrn", MFD_CLOEXEC)) {
         if (descriptor_ < 0)
             throw std::system_error(errno, std::generic_category());
-        try {
-            writeAll(descriptor_, text);
-        } catch (...) {
+        if (const int error = vor::writeAll(descriptor_, text)) {
             close(descriptor_);
-            throw;
+            throw std::system_error(error, std::generic_category());
         }
         lseek(descriptor_, 0, SEEK_SET);
     }

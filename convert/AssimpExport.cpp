@@ -1,8 +1,9 @@
 #include "convert/AssimpExport.h"
 
+#include "convert/Errors.h"
 #include "convert/Inputs.h"
-#include "convert/OutputFile.h"
 #include "convert/SceneReading.h"
+#include "scene/core/OutputFile.h"
 
 #include <algorithm>
 #include <assimp/Exporter.hpp>

@@ -3,9 +3,9 @@
 #include "convert/AssimpExport.h"
 #include "convert/AssimpImport.h"
 #include "convert/GltfWriter.h"
-#include "convert/OutputFile.h"
 #include "scene/SceneJson.h"
 #include "scene/VrnWriter.h"
+#include "scene/core/OutputFile.h"
 
 #include <algorithm>
 #include <assimp/Importer.hpp>

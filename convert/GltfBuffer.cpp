@@ -103,7 +103,7 @@ void GltfBuffer::describe(JsonText& json, std::string_view uri) const {
     });
 }
 
-void GltfBuffer::write(OutputFile& file) const {
+void GltfBuffer::write(vor::OutputFile& file) const {
     for (const View& view : views_) {
         file.write(view.bytes);
         file.write(std::string_view("\0\0\0", padded(view.bytes.size()) - view.bytes.size()));

@@ -4,8 +4,8 @@
 #pragma once
 
 #include "convert/JsonText.h"
-#include "convert/OutputFile.h"
 #include "convert/Values.h"
+#include "scene/core/OutputFile.h"
 
 #include <deque>
 #include <span>
@@ -33,7 +33,7 @@ public:
     // The members of the file that describe it; `uri` is that of the file that it stands in, if it is another one.
     void describe(JsonText& json, std::string_view uri) const;
 
-    void write(OutputFile& file) const;
+    void write(vor::OutputFile& file) const;
 
 private:
     struct View {

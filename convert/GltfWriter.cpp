@@ -1,8 +1,10 @@
 #include "convert/GltfWriter.h"
 
+#include "convert/Errors.h"
 #include "convert/GltfMeshes.h"
 #include "convert/GltfParts.h"
 #include "convert/Uri.h"
+#include "scene/core/OutputFile.h"
 
 #include <cstring>
 #include <filesystem>

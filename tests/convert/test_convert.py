@@ -610,7 +610,7 @@ class Trouble(Converting):
         self.fails(2, "vrn: folder.glb: Is a directory", "in.vrn", "folder.glb")
         self.fails(2, "vrn: no/such/out.glb: No such file or directory", "in.vrn", "no/such/out.glb")
         os.mkfifo(self.folder / "pipe.glb")
-        self.fails(2, "vrn: pipe.glb: it is no file of a disk; name one", "in.vrn", "pipe.glb")
+        self.fails(2, "vrn: pipe.glb: Operation not supported", "in.vrn", "pipe.glb")
 
     def test_broken_models(self):
         self.file("empty.glb", b"")

@@ -1,0 +1,69 @@
+#include "scene/core/OutputFile.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace vor {
+
+// Where a path leads to.
+static std::string followed(const std::string& path) {
+    std::error_code error;
+    const auto target = std::filesystem::canonical(path, error);
+    return error ? path : target.string();
+}
+
+OutputFile::OutputFile(const std::string& path) : name_(path), path_(followed(path)) {
+    if (path_.empty())
+        fail(ENOENT);
+    struct stat status {};
+    const bool isThere = stat(path_.c_str(), &status) == 0;
+    if (isThere && !S_ISREG(status.st_mode))
+        fail(S_ISDIR(status.st_mode) ? EISDIR : ENOTSUP);
+    for (unsigned attempt = 0; descriptor_ < 0; ++attempt) {
+        temporary_ = path_ + '.' + std::to_string(getpid()) + '-' + std::to_string(attempt) + ".new";
+        descriptor_ = open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (descriptor_ < 0 && errno != EEXIST)
+            fail(errno);
+    }
+    if (isThere)
+        (void)fchmod(descriptor_, status.st_mode & 07777); // or it has that of a new file
+}
+
+OutputFile::~OutputFile() {
+    if (descriptor_ >= 0)
+        close(descriptor_);
+    if (!isCommitted_)
+        unlink(temporary_.c_str());
+}
+
+void OutputFile::write(std::string_view bytes) {
+    if (const int error = writeAll(descriptor_, bytes))
+        fail(error);
+}
+
+void OutputFile::commit() {
+    if (fsync(descriptor_) != 0 && errno != EINVAL)
+        fail(errno);
+    const int descriptor = descriptor_;
+    descriptor_ = -1;
+    if (close(descriptor) != 0 || std::rename(temporary_.c_str(), path_.c_str()) != 0)
+        fail(errno);
+    isCommitted_ = true;
+}
+
+int writeAll(int descriptor, std::string_view text) noexcept {
+    while (!text.empty()) {
+        const ssize_t written = ::write(descriptor, text.data(), text.size());
+        if (written >= 0)
+            text.remove_prefix(static_cast<std::size_t>(written));
+        else if (errno != EINTR)
+            return errno;
+    }
+    return 0;
+}
+
+} // namespace vor

@@ -1,0 +1,78 @@
+#include "scene/core/OutputFile.h"
+
+#include "tests/support/Reading.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace vrn::test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// A folder that goes with the test.
+class OutputFiles : public testing::Test {
+protected:
+    void SetUp() override {
+        std::string name = (fs::temp_directory_path() / "vrn-XXXXXX").string();
+        ASSERT_NE(mkdtemp(name.data()), nullptr);
+        folder = name;
+    }
+    void TearDown() override { fs::remove_all(folder); }
+
+    [[nodiscard]] std::string at(const char* name) const { return (folder / name).string(); }
+    [[nodiscard]] static std::string textOf(const std::string& path) {
+        std::ifstream file(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+    [[nodiscard]] std::ptrdiff_t count() const {
+        return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
+    }
+
+    fs::path folder;
+};
+
+} // namespace
+
+TEST_F(OutputFiles, appearWhenTheyAreCommitted) {
+    {
+        OutputFile file(at("a"));
+        file.write("one ");
+        file.write("two");
+        EXPECT_FALSE(fs::exists(at("a")));
+        file.commit();
+    }
+    EXPECT_EQ(textOf(at("a")), "one two");
+    { OutputFile(at("a")).write("never"); }
+    EXPECT_EQ(textOf(at("a")), "one two");
+    EXPECT_EQ(count(), 1);
+}
+
+TEST_F(OutputFiles, replaceWhatALinkLeadsToAndKeepItsMode) {
+    std::ofstream(at("a")) << "old";
+    fs::permissions(at("a"), fs::perms(0604));
+    fs::create_symlink("a", at("link"));
+    OutputFile file(at("link"));
+    file.write("new");
+    file.commit();
+    EXPECT_EQ(textOf(at("a")), "new");
+    EXPECT_TRUE(fs::is_symlink(at("link")));
+    EXPECT_EQ(fs::status(at("a")).permissions(), fs::perms(0604));
+}
+
+TEST_F(OutputFiles, sayWhatTheSystemRefuses) {
+    for (const std::string& path : {folder.string(), at("none/a"), std::string("/dev/null"), std::string()}) {
+        try {
+            OutputFile file(path);
+            ADD_FAILURE() << path;
+        } catch (const OutputFileError& error) {
+            EXPECT_EQ(error.path(), path);
+            EXPECT_NE(error.code().value(), 0);
+        }
+    }
+    EXPECT_EQ(count(), 0);
+}
+
+} // namespace vrn::test
