@@ -1,6 +1,7 @@
 #include "cli/Commands.h"
 #include "cli/Console.h"
 #include "cli/InOrder.h"
+#include "cli/Progress.h"
 #include "cli/SceneFolders.h"
 #include "cli/TextFile.h"
 #include "impl/Formatter.h"
@@ -26,6 +27,7 @@ struct FmtOptions {
     u64 jobs = 1;
     bool isCheck = false;
     bool isInPlace = false;
+    bool isQuiet = false; // or shows how far the formatting has come
 };
 
 // What became of one file: what to say of it, and its exit status.
@@ -69,7 +71,21 @@ Outcome used(const TextFile& file, std::string formatted, const FmtOptions& opti
     return {.output = std::move(formatted)};
 }
 
-Outcome formatted(const NamedScene& scene, const FmtOptions& options) {
+// As much has been done of the file as there is of its result.
+std::string format(const TextFile& file, const FmtOptions& options, Progress& progress) {
+    std::string text;
+    u64 left = file.text().len();
+    formatVrn(file.text(), {.column = static_cast<u32>(options.column)}, [&](std::string_view piece) {
+        text += piece;
+        const u64 done = std::min<u64>(piece.size(), left);
+        progress.advance(done);
+        left -= done;
+    });
+    progress.leaveOut(left);
+    return text;
+}
+
+Outcome outcomeOf(const NamedScene& scene, const FmtOptions& options, Progress& progress) {
     const String name = std::string_view(scene.name);
     if (!scene.trouble.isEmpty())
         return trouble(name, scene.trouble);
@@ -77,14 +93,11 @@ Outcome formatted(const NamedScene& scene, const FmtOptions& options) {
         const TextFile file(name);
         if (!file.error().isEmpty())
             return trouble(file.displayName(), file.error());
-        std::string text;
         try {
-            formatVrn(file.text(), {.column = static_cast<u32>(options.column)},
-                      [&](std::string_view piece) { text += piece; });
+            return used(file, format(file, options, progress), options);
         } catch (const FormatError& error) {
             return refused(file, error);
         }
-        return used(file, std::move(text), options);
     } catch (const std::bad_alloc&) {
         return trouble(name, "out of memory");
     }
@@ -96,11 +109,15 @@ int fmt(const FmtOptions& options) {
         return exitTrouble;
     }
     const std::vector<NamedScene> scenes = expandFolders(options.files);
+    std::vector<std::string> names;
+    for (const NamedScene& scene : scenes)
+        names.push_back(scene.name);
+    Progress progress(names, options.isQuiet);
     int status = exitOk;
     runInOrder(scenes.size(), options.jobs, [&](std::size_t i, const Turn& turn) -> Finish {
         if (scenes[i].name == "-")
             turn.await();
-        return [&status, outcome = formatted(scenes[i], options)] {
+        return [&status, outcome = outcomeOf(scenes[i], options, progress)] {
             printError(outcome.complaint);
             print(outcome.output);
             status = std::max(status, outcome.status);
@@ -143,6 +160,9 @@ Command fmtCommand() {
                                .target = &options->column,
                                .value = "COLUMN",
                                .most = 1000000});
+    command.options.push_back({.names = "--quiet",
+                               .help = "Do not show on the terminal how far the formatting has come",
+                               .target = &options->isQuiet});
     return command;
 }
 
