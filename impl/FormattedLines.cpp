@@ -11,7 +11,8 @@ std::size_t lastLineLength(std::string_view text) noexcept { return text.size() 
 } // namespace
 
 void FormattedLines::append(Line line) {
-    const bool goesOn = !run_.empty() && !run_.back().comment.empty() && !line.isAfterBlank;
+    constexpr std::size_t longestRun = 1000; // is held in memory
+    const bool goesOn = !run_.empty() && !run_.back().comment.empty() && !line.isAfterBlank && run_.size() < longestRun;
     if (!goesOn)
         flushRun();
     run_.push_back(std::move(line));
@@ -20,15 +21,15 @@ void FormattedLines::append(Line line) {
 void FormattedLines::flushRun() {
     std::size_t width = 0;
     for (const Line& line : run_)
-        if (!line.comment.empty())
-            width = std::max(width, lastLineLength(line.text));
+        if (const std::size_t length = lastLineLength(line.text); !line.comment.empty() && length <= column_)
+            width = std::max(width, length);
     for (const Line& line : run_) {
         if (line.isAfterBlank && !isFirst_)
             text_.append('\n');
         isFirst_ = false;
         text_.append(line.text);
         if (!line.comment.empty()) {
-            text_.append(width + 2 - lastLineLength(line.text), ' ');
+            text_.append(2 + width - std::min(width, lastLineLength(line.text)), ' ');
             text_.append(line.comment);
         }
         text_.append('\n');

@@ -10,7 +10,8 @@ namespace vor::velmo_sdk::impl {
 
 class FormattedLines {
 public:
-    explicit FormattedLines(const TextSink& sink) : text_(sink) {}
+    // Lines that end beyond the column have their comments just behind them; 0 means none do.
+    FormattedLines(const TextSink& sink, std::size_t column) : text_(sink), column_(column) {}
 
     // A line, or several, without the last line feed.
     struct Line {
@@ -24,13 +25,13 @@ public:
     // Puts a comment behind the line that came last.
     void appendComment(std::string_view comment) { run_.back().comment = comment; }
 
-    [[nodiscard]] bool isEmpty() const noexcept { return isFirst_ && run_.empty(); }
     void finish();
 
 private:
     void flushRun();
 
     TextBlock text_;
+    std::size_t column_;
     std::vector<Line> run_; // lines that follow each other, of which only the last may have no comment
     bool isFirst_ = true;
 };

@@ -7,6 +7,7 @@
 #include "impl/lexer/StringLexer.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace vor::velmo_sdk::impl {
 
@@ -194,7 +195,7 @@ private:
 class Formatter {
 public:
     Formatter(const String& text, const FormatOptions& options, const TextSink& sink)
-        : pieces_(text), column_(options.column), lines_(sink) {
+        : pieces_(text), column_(options.column), lines_(sink, column_ != 0 ? column_ : FormatOptions().column) {
         if (text.startsWith(byteOrderMark))
             sink(byteOrderMark);
     }
@@ -214,7 +215,12 @@ public:
 private:
     static constexpr const char* byteOrderMark = "\xEF\xBB\xBF";
 
+    // Blank lines at the start of the text go.
+    bool isAfterBlank(const Piece& piece) { return !std::exchange(isFirst_, false) && piece.lineFeeds > 1; }
+
     void takeToken(const Piece& piece) {
+        if (statement_.empty())
+            isStatementAfterBlank_ = isAfterBlank(piece);
         statement_.push_back(piece);
         if (piece.endsStatement())
             finishStatement();
@@ -225,7 +231,7 @@ private:
         if (piece.lineFeeds == 0 && comments_.empty() && isBehindStatement_)
             lines_.appendComment(piece.text);
         else
-            comments_.push_back({std::string(piece.text), piece.lineFeeds > 1});
+            comments_.push_back({std::string(piece.text), isAfterBlank(piece)});
         isBehindStatement_ = false;
         pieces_.forget();
     }
@@ -234,9 +240,8 @@ private:
         if (statement_.empty())
             return;
         StatementText statement(statement_, column_);
-        const bool isAfterBlank = statement_[0].lineFeeds > 1;
-        flushComments(statement.indent(), isAfterBlank);
-        lines_.append({statement.text(), isAfterBlank});
+        flushComments(statement.indent(), isStatementAfterBlank_);
+        lines_.append({statement.text(), isStatementAfterBlank_});
         indentBefore_ = statement.indent();
         isBehindStatement_ = statement_.back().type != Type::Comment;
         statement_.clear();
@@ -261,6 +266,8 @@ private:
     std::vector<Piece> statement_;
     std::vector<FormattedLines::Line> comments_; // with lines of their own, before the next statement
     std::size_t indentBefore_ = 0;
+    bool isFirst_ = true;
+    bool isStatementAfterBlank_ = false;
     bool isBehindStatement_ = false;
 };
 

@@ -38,7 +38,8 @@ struct FormatOptions {
 };
 
 // Hands the formatted text to `sink` in pieces of some 64 KiB. Throws FormatError, when some of it may have been handed
-// on already, std::bad_alloc, and what `sink` throws. Linear in the text; takes memory for its longest statement.
+// on already, std::bad_alloc, and what `sink` throws. Linear in the text; takes memory for its longest statement, and
+// for comments that follow each other.
 VRN_API void formatVrn(const String& text, const FormatOptions& options, const TextSink& sink);
 
 } // namespace vor::velmo_sdk::impl

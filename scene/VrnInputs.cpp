@@ -25,6 +25,24 @@ bool givesType(const Input& element, AttrType type) noexcept {
     return element.type() == type && (type != AttrType::Buffer || hasKeyword(element.dataType()));
 }
 
+// Inputs that are marked so take no value, and neither does an input with an enumeration take the empty text quietly
+// that it has from the start.
+bool isRefusedByReader(const Input& input) {
+    if (isMadeByLink(input))
+        return false;
+    const bool isUnset = input.type() == AttrType::String && *input.value().asString() == '\0';
+    return input.isLocked() || input.isLinkOnly() || (isUnset && !input.enumeration().isEmpty());
+}
+
+// Whether the catalogue of the scene makes the input with the value that it has.
+bool isFromCatalogue(const Input& input) {
+    const Catalogue* catalogue = input.parent() ? nullptr : input.node()->scene().catalogue();
+    const NodeType* type = catalogue ? catalogue->find(input.node()->type().view()) : nullptr;
+    return type && std::ranges::any_of(type->inputs(), [&](const InputType& made) {
+               return made.name == input.key() && made.initialValue() == input.value();
+           });
+}
+
 // The name of an output may go on with indices. Each ends at its first closing bracket; what stands before it is not
 // looked at, but of few characters.
 bool isOutputName(std::string_view name) noexcept {
@@ -44,6 +62,8 @@ bool isOutputName(std::string_view name) noexcept {
 }
 
 } // namespace
+
+bool isWritable(const Node& node) { return isIdentifier(node.key().view()) && isIdentifier(node.type().view()); }
 
 void VrnInputs::write(const Input& input, bool isThere) {
     if (const char* reason = obstacle(input, nullptr))
@@ -80,9 +100,8 @@ const char* VrnInputs::obstacle(const Input& input, const ArrayPlan* array) noex
     if (!array)
         return isUntypedBuffer(input) && !input.connection() ? losses::untypedBuffer : nullptr;
     if (isMadeByLink(input)) {
-        // Once the array has a type, what is appended has it, too; in some arrays all elements get it.
-        const bool isEarly =
-            input.index() < array->firstTyped && array->type != AttrType::Buffer && array->type != AttrType::Array;
+        // Once the array has a type, what is appended has it, too; among buffers all elements get it.
+        const bool isEarly = input.index() < array->firstTyped && array->type != AttrType::Buffer;
         return array->type == AttrType::Null || isEarly ? nullptr : losses::untypedElement;
     }
     if (input.type() != array->type)
@@ -92,34 +111,44 @@ const char* VrnInputs::obstacle(const Input& input, const ArrayPlan* array) noex
 }
 
 void VrnInputs::begin(const Input& input, bool isThere) {
+    if (isRefusedByReader(input)) {
+        if (!isFromCatalogue(input))
+            lose(input, losses::markedInput);
+        if (!input.children().empty())
+            open_.push_back({.input = &input,
+                             .pathLength = path_.size(),
+                             .plan = input.type() == AttrType::Array ? planOf(input) : ArrayPlan()});
+    } else {
+        writeValue(input, isThere);
+    }
+    writeConnection(input);
+}
+
+void VrnInputs::writeValue(const Input& input, bool isThere) {
     switch (input.type()) {
     case AttrType::Null:
         if (!input.connection())
             statement(" |= ", "null");
-        break;
+        return;
     case AttrType::Node:
-        writeReference(input);
-        break;
+        return writeReference(input);
     case AttrType::Array:
-        beginArray(input, isThere);
-        break;
+        return beginArray(input, isThere);
     case AttrType::Object:
-        beginObject(input, isThere);
-        break;
+        return beginObject(input, isThere);
     case AttrType::Buffer:
-        writeBuffer(input);
-        break;
+        return writeBuffer(input);
     default:
         if (hasForeignNaN(input.value()))
             lose(input, losses::foreignNaN);
         assign(input.value());
     }
-    writeConnection(input);
 }
 
+// An unobstructed member makes the object, for each writes something.
 void VrnInputs::beginObject(const Input& object, bool isThere) {
-    const auto hasName = [](const Input* member) { return isIdentifier(member->key().view()); };
-    if (isThere || std::ranges::none_of(object.children(), hasName))
+    const auto isWritten = [](const Input* member) { return !obstacle(*member, nullptr); };
+    if (isThere || std::ranges::none_of(object.children(), isWritten))
         assign(AttrData::zero(AttrType::Object));
     open_.push_back({.input = &object, .pathLength = path_.size()});
 }
@@ -184,18 +213,17 @@ void VrnInputs::writeBuffer(const Input& input) {
 
 void VrnInputs::writeReference(const Input& input) {
     const Node* node = input.nodeValue();
-    const bool hasName = node && isIdentifier(node->key().view());
-    if (node && !hasName)
+    const bool isThere = node && isWritable(*node);
+    if (node && !isThere)
         lose(input, losses::linkedName);
-    statement(" = ", hasName ? node->key().view() : "null");
+    statement(" = ", isThere ? node->key().view() : "null");
 }
 
 void VrnInputs::writeConnection(const Input& input) {
     const Output* output = input.connection();
     if (!output)
         return;
-    const std::string_view node = output->node()->key().view();
-    if (isIdentifier(node) && isOutputName(output->key().view()))
+    if (isWritable(*output->node()) && isOutputName(output->key().view()))
         return statement(" |= ", output->label().view());
     lose(input, losses::linkedName);
     if (input.type() == AttrType::Null || isUntypedBuffer(input))

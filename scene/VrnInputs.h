@@ -7,6 +7,9 @@
 
 namespace vor::velmo_sdk::impl {
 
+// Whether a text can have the node: its name and its type are identifiers.
+[[nodiscard]] bool isWritable(const Node& node);
+
 class VrnInputs {
 public:
     VrnInputs(TextBlock& text, const VrnWriterOptions& options, std::vector<VrnLoss>& losses)
@@ -33,6 +36,7 @@ private:
 
     void writeNextOf(Open& parent);
     void begin(const Input& input, bool isThere);
+    void writeValue(const Input& input, bool isThere);
     void beginArray(const Input& array, bool isThere);
     [[nodiscard]] ArrayPlan planOf(const Input& array);
     void beginObject(const Input& object, bool isThere);

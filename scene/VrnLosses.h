@@ -9,12 +9,13 @@ inline constexpr char time[] = "the file time is in no comment; one is added";
 inline constexpr char foreignTime[] = "the file time cannot stand in a comment";
 inline constexpr char nodeName[] = "the node is left out: its name or its type is no identifier";
 inline constexpr char inputName[] = "the input is left out: its name is no identifier";
-inline constexpr char linkedName[] = "the link is left out: what it leads to has a name that no text can have";
+inline constexpr char linkedName[] = "the link is left out: what it leads to is, or has a name that no text can have";
 inline constexpr char noKeyword[] = "the buffer is left out: there is no keyword for its element type";
-inline constexpr char untypedBuffer[] = "the buffer is left out: it has no element type";
-inline constexpr char untypedElement[] = "the element is left out: in an array with a type it has none";
-inline constexpr char otherElement[] = "the element is left out: it is of another type than the array's";
+inline constexpr char untypedBuffer[] = "the buffer is left out, or gets the type of others: it has no element type";
+inline constexpr char untypedElement[] = "the element is empty or missing: in an array with a type it has none";
+inline constexpr char otherElement[] = "the element is empty or missing: it is of another type than the array's";
 inline constexpr char elementType[] = "the element type of the array is that of its elements, if any";
+inline constexpr char markedInput[] = "the value is left out: the input is marked as taking none";
 inline constexpr char foreignNaN[] = "a NaN loses its sign or what else its bits say";
 
 } // namespace vor::velmo_sdk::impl::losses

@@ -68,7 +68,7 @@ bool follows(const Node& node, const Node& definition) {
 class SceneText {
 public:
     SceneText(const Scene& scene, const VrnWriterOptions& options, const TextSink& sink)
-        : scene_(scene), text_(sink), inputs_(text_, options, losses_) {}
+        : scene_(scene), options_(options), text_(sink), inputs_(text_, options, losses_) {}
 
     std::vector<VrnLoss> write() {
         writeComments();
@@ -126,16 +126,29 @@ private:
     }
 
     // Nodes begin with copies of what the definition of their type has when they are made. A definition that has
-    // changed since, or whose copies have, is late: it gets its inputs when all nodes have been made.
+    // changed since, or whose copies have, or that no text can have as it is, is late: it gets its inputs when all
+    // nodes have been made.
     void findLateDefinitions() {
+        std::unordered_set<const Node*> used;
         for (const Node& node : scene_.nodes()) {
             const Node* definition = definitionOf(node);
-            if (definition && !follows(node, *definition))
+            const bool isFirst = definition && used.insert(definition).second;
+            if (definition && (!follows(node, *definition) || (isFirst && hasLosses(*definition))))
                 late_.insert(definition);
-            if (node.isDefinition())
+            if (node.isDefinition() && isWritable(node))
                 made_.insert(&node);
         }
         made_.clear();
+    }
+
+    [[nodiscard]] bool hasLosses(const Node& node) const {
+        const TextSink nowhere = [](std::string_view) {};
+        TextBlock text(nowhere);
+        std::vector<VrnLoss> losses;
+        VrnInputs inputs(text, options_, losses);
+        for (const Input* input : node.inputs())
+            inputs.write(*input, false);
+        return !losses.empty();
     }
 
     // The definition that a node is made from: the one of its type, if it was made before.
@@ -146,7 +159,7 @@ private:
 
     void write(const Node& node) {
         const String type = node.type();
-        if (!isIdentifier(node.key().view()) || !isIdentifier(type.view()))
+        if (!isWritable(node))
             return losses_.push_back({node.name(), losses::nodeName});
         if (node.isDefinition()) {
             made_.insert(&node);
@@ -196,6 +209,7 @@ private:
     }
 
     const Scene& scene_;
+    const VrnWriterOptions& options_;
     TextBlock text_;
     std::vector<VrnLoss> losses_;
     VrnInputs inputs_;

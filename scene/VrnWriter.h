@@ -7,10 +7,12 @@
 //
 // What is written reads back, without a word in the log, as a scene that is the same bit for bit: comments, version,
 // time, nodes in their order, definitions, inputs, values and links; written again it is the same text. What the
-// format cannot say is left out, or written as the nearest that it can say, and listed. That is for a scene without
-// a catalogue, read into an empty one; with the same catalogue its own inputs come first, and locked ones keep what it
-// gives them. Marks, enumerations and outputs that nothing is connected to are the catalogue's matter and not
-// written.
+// format cannot say is left out, or written as the nearest that it can say, and listed. (A comment with a version that
+// is no number is warned of whenever it is read.)
+//
+// That is for a scene that is read without a catalogue. With the catalogue that the scene has, the catalogue's inputs
+// come first. Inputs that take no value (locked, link-only) get none, and are listed if they have another than the
+// catalogue gives them. Marks, enumerations and outputs that nothing is connected to are not written.
 #pragma once
 
 #include "scene/Scene.h"
@@ -23,7 +25,8 @@
 namespace vor::velmo_sdk::impl {
 
 struct VrnWriterOptions {
-    // Lists go on in the next line, after a whole element, before they reach this column; 0: never.
+    // Lists that go beyond this column, or have more than a thousand numbers, get lines of their own, of whole
+    // elements; 0: never.
     u32 column = 100;
 
     // Buffers of bytes that take more than this are compressed.

@@ -23,14 +23,18 @@ OutputFile::OutputFile(const std::string& path) : name_(path), path_(followed(pa
     const bool isThere = stat(path_.c_str(), &status) == 0;
     if (isThere && !S_ISREG(status.st_mode))
         fail(S_ISDIR(status.st_mode) ? EISDIR : ENOTSUP);
+    if (isThere && access(path_.c_str(), W_OK) != 0)
+        fail(errno);
+    const std::string folder = path_.substr(0, path_.rfind('/') + 1);
     for (unsigned attempt = 0; descriptor_ < 0; ++attempt) {
-        temporary_ = path_ + '.' + std::to_string(getpid()) + '-' + std::to_string(attempt) + ".new";
+        temporary_ = folder + ".vrn-" + std::to_string(getpid()) + '-' + std::to_string(attempt) + ".new";
         descriptor_ = open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
         if (descriptor_ < 0 && errno != EEXIST)
             fail(errno);
     }
-    if (isThere)
-        (void)fchmod(descriptor_, status.st_mode & 07777); // or it has that of a new file
+    // As far as it may be done; or they are those of a new file.
+    if (isThere && (fchown(descriptor_, status.st_uid, status.st_gid) == 0 || status.st_uid == geteuid()))
+        (void)fchmod(descriptor_, status.st_mode & 07777);
 }
 
 OutputFile::~OutputFile() {

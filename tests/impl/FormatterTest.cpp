@@ -77,9 +77,21 @@ TEST(Formatter, leavesCommentsWhereTheyAre) {
         {"a b:\n.x = 1;\n# of x", "a b:\n    .x = 1;\n    # of x\n"},
         {"a b:\n.x = 1;\n\n# at the end", "a b:\n    .x = 1;\n\n# at the end\n"},
         {"# ends with a return\ra b;", "# ends with a return\na b;\n"},
+        {"\n\n# c\n\n.a = 5;", "# c\n\n    .a = 5;\n"},
         // None may stand inside a statement, but nothing is lost.
         {"a.x = # no\n 1;", "a.x = # no\n1;\n"},
     });
+}
+
+// One long line moves no other's comment.
+TEST(Formatter, putsCommentsOfLongLinesJustBehindThem) {
+    const std::string text(150, 'x');
+    expectAll(
+        {{"a.s = \"" + text + "\"; # long\na.b = 1; # short", "a.s = \"" + text + "\";  # long\na.b = 1;  # short\n"}});
+    std::string lines = "a.s = \"" + std::string(100000, 'x') + "\"; # long\n";
+    for (int i = 0; i < 3000; ++i)
+        lines += "a.b = 1; # c\n";
+    EXPECT_LT(formatted(lines).size(), lines.size() + 5000);
 }
 
 TEST(Formatter, wrapsListsAtWholeElements) {

@@ -176,6 +176,8 @@ TEST(VrnWriter, writesContainers) {
         {"n.a[0] = int16[1] {1}; n.a = []; n.a[0] |= null;",
          "    .a[0] = float[0] {};\n    .a = [];\n    .a[0] |= null;\n"},
         {"n.a[1] = n;", "    .a[0] |= null;\n    .a[1] = n;\n"},
+        {"n.a[0] |= n.out; n.a[1][0] = 1;", "    .a[0] |= n.out;\n    .a[1][0] = 1;\n"},
+        {"n.a[0] = n; n.a[1] = [];", "    .a[0] = n;\n    .a[1] = [];\n"},
         {"n.a[1] |= n.out; n.a[2] = 5;", "    .a[0] |= null;\n    .a[1] |= n.out;\n    .a[2] = 5;\n"},
     };
     for (const auto& [text, written] : cases)
@@ -237,20 +239,72 @@ TEST(VrnWriter, tellsWhatATextCannotSay) {
                   "null: the node is left out: its name or its type is no identifier",
                   "a: the node is left out: its name or its type is no identifier",
                   "n.: the input is left out: its name is no identifier",
-                  "n.link: the link is left out: what it leads to has a name that no text can have",
-                  "n.reference: the link is left out: what it leads to has a name that no text can have",
-                  "n.buffer: the buffer is left out: it has no element type",
+                  "n.link: the link is left out: what it leads to is, or has a name that no text can have",
+                  "n.reference: the link is left out: what it leads to is, or has a name that no text can have",
+                  "n.buffer: the buffer is left out, or gets the type of others: it has no element type",
                   "n.boxes: the buffer is left out: there is no keyword for its element type",
                   "n.nodes: the element type of the array is that of its elements, if any",
                   "n.mixed: the element type of the array is that of its elements, if any",
-                  "n.mixed[1]: the element is left out: in an array with a type it has none",
-                  "n.mixed[2]: the element is left out: it is of another type than the array's",
+                  "n.mixed[1]: the element is empty or missing: in an array with a type it has none",
+                  "n.mixed[2]: the element is empty or missing: it is of another type than the array's",
                   "n.nan: a NaN loses its sign or what else its bits say",
               }));
     EXPECT_EQ(written.text, "# version: 2\n# time: noon\n\nt n:\n    .link = 0.0;\n    .reference = null;\n"
                             "    .nodes[0] = null;\n    .mixed[0] = 0.0;\n"
                             "    .nan = -nan;\n");
     EXPECT_EQ(readText(String(std::string_view(written.text))).logText(), "result true\n");
+}
+
+// A part of a scene that cannot be written leaves the rest as it is.
+TEST(VrnWriter, leavesOutNoMoreThanItTells) {
+    Scene scene;
+    Node& n = *scene.createNode("t", "n");
+    Node& ofBadType = *scene.createNode("bad type", "good");
+    n.createInput("link", AttrType::Null)->connect(ofBadType.findOutput("out"));
+    n.createInput("reference", AttrType::Node)->setNode(&ofBadType);
+    n.createInput("object", AttrType::Object)->createInput("m", AttrType::Buffer);
+    n.createArray("objects", AttrType::Object)->appendElement()->createInput("m", AttrType::Buffer);
+    scene.defineNode("bad name")->createInput("x", AttrType::Int);
+    scene.createNode("bad name", "late");
+    Node& definition = *scene.defineNode("d");
+    definition.createInput("x y", AttrType::Int);
+    definition.createInput("r", AttrType::Real)->assign(AttrData::real(std::numeric_limits<double>::quiet_NaN()));
+    scene.createNode("d", "copy");
+    const Written written = write(scene);
+    EXPECT_EQ(written.text,
+              "t n:\n    .link |= null;\n    .reference = null;\n    .object = {};\n    .objects[0] = {};\n\n"
+              "define d;\n\ncopy:\n");
+    std::vector<std::string> paths;
+    for (const std::string& loss : written.losses)
+        paths.push_back(loss.substr(0, loss.find(':')));
+    EXPECT_EQ(paths, (std::vector<std::string>{"n.link", "n.reference", "n.object.m", "n.objects[0].m", "good",
+                                               "bad name", "late", "copy.x y", "copy.r", "d.x y", "d.r"}));
+    EXPECT_EQ(readText(String(std::string_view(written.text))).logText(), "result true\n");
+}
+
+TEST(VrnWriter, writesNoValuesThatTheCatalogueRefuses) {
+    auto catalogue = std::make_shared<Catalogue>();
+    NodeType type("t");
+    type.addInput({.name = "locked", .type = AttrType::Array, .elementType = AttrType::Real, .isLocked = true});
+    type.addInput({.name = "linked", .type = AttrType::Real, .isLinkOnly = true});
+    type.addInput({.name = "choice", .type = AttrType::String, .enumeration = {"one", "two"}});
+    type.addOutput("out");
+    catalogue->add(std::move(type));
+    Reading r;
+    r.scene->setCatalogue(catalogue);
+    r.run([&] { return parseString(r.scene.get(), "t n; n.linked |= n.out; t m; n.x = 1;"); });
+    const Written written = write(*r.scene);
+    EXPECT_EQ(written.text, "t n:\n    .linked |= n.out;\n    .x = 1;\n\nt m;\n");
+    EXPECT_TRUE(written.losses.empty());
+    Reading again;
+    again.scene->setCatalogue(catalogue);
+    again.run([&] { return parseString(again.scene.get(), String(std::string_view(written.text))); });
+    EXPECT_EQ(again.logText(), "result true\n");
+    EXPECT_EQ(firstDifference(*r.scene, *again.scene), "");
+    // One that a program has given another value.
+    r.input("m.linked")->assign(AttrData::real(5));
+    EXPECT_EQ(write(*r.scene).losses,
+              (std::vector<std::string>{"m.linked: the value is left out: the input is marked as taking none"}));
 }
 
 TEST(VrnWriter, tellsWhichTimesNoCommentCanSay) {

@@ -62,6 +62,14 @@ TEST_F(OutputFiles, replaceWhatALinkLeadsToAndKeepItsMode) {
     EXPECT_EQ(fs::status(at("a")).permissions(), fs::perms(0604));
 }
 
+TEST_F(OutputFiles, mayHaveTheLongestOfNames) {
+    const std::string name = at(std::string(255, 'n').c_str());
+    OutputFile file(name);
+    file.write("new");
+    file.commit();
+    EXPECT_EQ(textOf(name), "new");
+}
+
 TEST_F(OutputFiles, sayWhatTheSystemRefuses) {
     for (const std::string& path : {folder.string(), at("none/a"), std::string("/dev/null"), std::string()}) {
         try {
