@@ -273,7 +273,7 @@ TEST(VrnWriter, leavesOutNoMoreThanItTells) {
     const Written written = write(scene);
     EXPECT_EQ(written.text,
               "t n:\n    .link |= null;\n    .reference = null;\n    .object = {};\n    .objects[0] = {};\n\n"
-              "define d;\n\ncopy:\n");
+              "define d;\n\nd copy:\n    .r = -nan;\n\nwith d:\n    .r = -nan;\n");
     std::vector<std::string> paths;
     for (const std::string& loss : written.losses)
         paths.push_back(loss.substr(0, loss.find(':')));
@@ -294,7 +294,7 @@ TEST(VrnWriter, writesNoValuesThatTheCatalogueRefuses) {
     r.scene->setCatalogue(catalogue);
     r.run([&] { return parseString(r.scene.get(), "t n; n.linked |= n.out; t m; n.x = 1;"); });
     const Written written = write(*r.scene);
-    EXPECT_EQ(written.text, "t n:\n    .linked |= n.out;\n    .x = 1;\n\nt m;\n");
+    EXPECT_EQ(written.text, "t n:\n    .linked |= n.out;\n    .x = 1;\n\nt m:\n");
     EXPECT_TRUE(written.losses.empty());
     Reading again;
     again.scene->setCatalogue(catalogue);
