@@ -1,16 +1,21 @@
 #include "cli/CommandLine.h"
 
 #include "cli/Console.h"
+#include "scene/core/NumberText.h"
 #include "scene/core/TextEncoding.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <limits>
+#include <sstream>
 
 namespace vrn::cli {
 
 namespace {
 
-// The argument library takes `[a,b]` for a list, but a file may be called so: such arguments are parsed
-// behind a character that is taken off again.
+// The argument library takes `[a,b]` for a list and what begins with a dash for an option, also behind a `--` that
+// follows an argument; but files may be called so. Such arguments are parsed behind a character that is taken off
+// again.
 constexpr char shield = '\x01';
 
 std::string unshield(std::string argument) {
@@ -22,12 +27,43 @@ std::string unshield(std::string argument) {
 // The arguments as the library wants them: without the program's name, the last one first.
 std::vector<std::string> shielded(int argc, char** argv) {
     std::vector<std::string> arguments;
-    for (int i = argc - 1; i > 0; --i)
-        arguments.push_back((*argv[i] == '[' ? std::string(1, shield) : std::string()) + argv[i]);
+    bool areFiles = false; // behind `--`
+    for (int i = 1; i < argc; ++i) {
+        const std::string argument = argv[i];
+        if (!areFiles && argument == "--")
+            areFiles = true;
+        else if (argument.starts_with('[') || (areFiles && argument.starts_with('-')))
+            arguments.push_back(shield + argument);
+        else
+            arguments.push_back(argument);
+    }
+    std::ranges::reverse(arguments);
     return arguments;
 }
 
-std::string refuseEmpty(const std::string& value) { return value.empty() ? "the name is empty" : ""; }
+// Mostly the name of a shell's variable that is not set.
+std::string refuseEmpty(const std::string& value) { return value.empty() ? "the value is empty" : ""; }
+
+CLI::Validator wholeNumber(vor::u64 most) {
+    const bool isLimited = most != std::numeric_limits<vor::u64>::max();
+    const std::string range = isLimited ? "0 to " + std::to_string(most) : "";
+    const auto check = [most, range](std::string& text) -> std::string {
+        unsigned long long number = 0;
+        if (vor::parseInteger(text, number, vor::String::Radix::Auto) && number <= most)
+            return {};
+        return text + " is no whole number" + (range.empty() ? "" : " from " + range);
+    };
+    return {check, range};
+}
+
+CLI::Validator positiveNumber() {
+    const auto check = [](std::string& text) -> std::string {
+        double number = 0;
+        const bool isGood = vor::parseReal(text, number) && number >= 0 && number <= std::numeric_limits<double>::max();
+        return isGood ? std::string() : text + " is no number from 0 on";
+    };
+    return {check, ""};
+}
 
 // What the library has to know of an option besides its name, by what it sets.
 struct Adder {
@@ -38,12 +74,10 @@ struct Adder {
     CLI::Option* operator()(vor::u64* target) const {
         return app.add_option(option.names, *target, option.help)
             ->capture_default_str()
-            ->check(CLI::Range(vor::u64(0), option.most));
+            ->check(wholeNumber(option.most));
     }
     CLI::Option* operator()(double* target) const {
-        return app.add_option(option.names, *target, option.help)
-            ->capture_default_str()
-            ->check(CLI::Range(0.0, std::numeric_limits<double>::max()));
+        return app.add_option(option.names, *target, option.help)->capture_default_str()->check(positiveNumber());
     }
     CLI::Option* operator()(std::string* target) const {
         return text(app.add_option(option.names, *target, option.help));
@@ -56,7 +90,7 @@ struct Adder {
         added->transform(unshield);
         if (!option.choices.empty())
             added->check(CLI::IsMember(option.choices));
-        else if (option.completion != Completion::Nothing)
+        else
             added->check(refuseEmpty);
         return added;
     }
@@ -134,7 +168,10 @@ int runCommandLine(const std::vector<Command>& commands, int argc, char** argv) 
     try {
         app.parse(shielded(argc, argv));
     } catch (const CLI::Success& help) {
-        return app.exit(help);
+        std::ostringstream text;
+        const int status = app.exit(help, text, text);
+        print(text.str());
+        return finishOutput() ? status : exitTrouble;
     } catch (const CLI::ParseError& error) {
         return misused(app, commands, error);
     }

@@ -34,7 +34,8 @@ constexpr std::size_t mostLinks = 10'000;
 std::string formatOf(const std::string& output) {
     if (output.empty())
         return "dot";
-    const std::string ending = output.substr(std::min(output.rfind('.'), output.size()));
+    std::string ending = output.substr(std::min(output.rfind('.'), output.size()));
+    std::ranges::transform(ending, ending.begin(), [](char c) { return String::lower(c); });
     for (const char* format : {"dot", "svg", "png", "pdf"})
         if (ending == std::string(".") + format)
             return format;
@@ -91,6 +92,10 @@ int drawScene(const Scene& scene, const GraphOptions& options) {
 }
 
 int graph(const GraphOptions& options) {
+    if (options.around.empty() && options.hops != GraphOptions().hops) {
+        printError("vrn: --hops says how far from a node; name it with --around\n");
+        return exitTrouble;
+    }
     if (formatOf(options.output).empty()) {
         complain(std::string_view(options.output), "cannot tell the format; end the name in .dot, .svg, .png or .pdf");
         return exitTrouble;

@@ -9,11 +9,15 @@
 
 namespace vor {
 
-// Where a path leads to.
-static std::string followed(const std::string& path) {
+// Where a path leads to, be there a file or not.
+static std::string followed(std::filesystem::path path) {
+    namespace fs = std::filesystem;
     std::error_code error;
-    const auto target = std::filesystem::canonical(path, error);
-    return error ? path : target.string();
+    for (int links = 0; links < 40 && fs::is_symlink(path, error); ++links) {
+        const fs::path target = fs::read_symlink(path, error);
+        path = target.is_absolute() ? target : path.parent_path() / target;
+    }
+    return path.string();
 }
 
 OutputFile::OutputFile(const std::string& path) : name_(path), path_(followed(path)) {

@@ -23,7 +23,7 @@ private:
     std::string path_;
 };
 
-// Written beside the file that it is going to replace; taken away again unless it is committed. A link is followed, a
+// Written beside the file that it is going to replace; taken away again unless it is committed (or the process killed). A link is followed, a
 // file that is replaced leaves its mode; what is no file of a disk, such as a device, is refused. Functions throw
 // OutputFileError.
 class OutputFile {

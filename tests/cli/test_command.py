@@ -4,6 +4,7 @@ import os
 import pathlib
 import shlex
 import subprocess
+import tempfile
 import unittest
 
 from command import Folder, ROOT, VRN, run
@@ -352,6 +353,34 @@ class Usage(unittest.TestCase):
 
     def test_version(self):
         self.assertRegex(run("--version").stdout.decode(), r"^vrn \d+\.\d+\.\d+\n$")
+
+    def test_files_behind_two_dashes_may_look_like_options(self):
+        with tempfile.TemporaryDirectory() as folder:
+            for name in ("-x.vrn", "a.vrn", "--"):
+                pathlib.Path(folder, name).write_text("t a;")
+            for arguments in (["a.vrn", "--", "-x.vrn"], ["--", "a.vrn", "-x.vrn", "--"], ["--format", "text", "--", "-x.vrn"]):
+                result = run("check", *arguments, cwd=folder)
+                self.assertEqual(result.returncode, 0, result.stderr)
+
+    def test_help_that_cannot_be_written_is_reported(self):
+        for option in ("--help", "--version"):
+            with open("/dev/full", "wb") as full:
+                result = subprocess.run([VRN, option], stdout=full, stderr=subprocess.PIPE)
+            self.assertEqual(result.returncode, 2, option)
+            self.assertIn(b"No space left on device", result.stderr)
+
+    def test_values_that_are_none(self):
+        for arguments, said in (
+            (["graph", "--around", "", "x.vrn"], b"the value is empty"),
+            (["graph", "--hops", "5", "x.vrn"], b"name it with --around"),
+            (["tree", "--elements", "-1", "x.vrn"], b"-1 is no whole number"),
+            (["check", "--jobs", "300", "x.vrn"], b"300 is no whole number from 0 to 256"),
+            (["diff", "--tolerance", "-1", "a.vrn", "b.vrn"], b"-1 is no number from 0 on"),
+            (["diff", "--tolerance", "0.1x", "a.vrn", "b.vrn"], b"0.1x is no number from 0 on"),
+        ):
+            result = run(*arguments)
+            self.assertEqual(result.returncode, 2, arguments)
+            self.assertIn(said, result.stderr, arguments)
 
     def test_wrong_usage(self):
         misuses = {

@@ -62,6 +62,15 @@ TEST_F(OutputFiles, replaceWhatALinkLeadsToAndKeepItsMode) {
     EXPECT_EQ(fs::status(at("a")).permissions(), fs::perms(0604));
 }
 
+TEST_F(OutputFiles, areMadeWhereALinkToNothingLeads) {
+    fs::create_symlink("a", at("link"));
+    OutputFile file(at("link"));
+    file.write("new");
+    file.commit();
+    EXPECT_EQ(textOf(at("a")), "new");
+    EXPECT_TRUE(fs::is_symlink(at("link")));
+}
+
 TEST_F(OutputFiles, mayHaveTheLongestOfNames) {
     const std::string name = at(std::string(255, 'n').c_str());
     OutputFile file(name);
