@@ -110,6 +110,7 @@ int fmt(const FmtOptions& options) {
     }
     const std::vector<NamedScene> scenes = expandFolders(options.files);
     std::vector<std::string> names;
+    names.reserve(scenes.size());
     for (const NamedScene& scene : scenes)
         names.push_back(scene.name);
     Progress progress(names, options.isQuiet);

@@ -113,7 +113,7 @@ void SceneFile::add(const LogRecord& record) {
     keptBytes_ += text.len();
 }
 
-void SceneFile::keep(File file) {
+void SceneFile::keep(const File& file) {
     kept_ = readAll(file);
     readError_ = file.error();
     isKept_ = true;

@@ -75,7 +75,7 @@ public:
 private:
     [[nodiscard]] bool isStandardInput() const noexcept { return argument_ == "-"; }
     [[nodiscard]] vor::File open() const;
-    void keep(vor::File file);
+    void keep(const vor::File& file);
     [[nodiscard]] std::vector<Excerpt> excerpts() const;
     void parse(Scene& scene, const vor::File& file, vor::Notices notices);
     void add(const vor::LogRecord& record);

@@ -28,7 +28,7 @@ using Words = std::array<u64, groupSize>;
 
 // Does something with all words of a group, one at a time or several.
 template <class Word, class Do> [[gnu::always_inline]] inline void forEachWord(Do work) noexcept {
-    for (std::size_t i = 0; i < groupSize; i += sizeof(Word) / sizeof(u64))
+    for (std::size_t i = 0; i < groupSize; i += sizeof(Word) / 8)
         work(i);
 }
 template <class Word> [[gnu::always_inline]] inline Word load(const Words& words, std::size_t i) noexcept {
@@ -142,11 +142,12 @@ template <class Word, std::integral Number>
 [[gnu::always_inline]] inline char* writeGroup(const Number* numbers, std::size_t count, char* out, const char* start,
                                                u32* ends) noexcept {
     Integers group;
+    constexpr u64 isSigned = std::is_signed_v<Number> ? 1 : 0;
     u64 isNegative[groupSize];
     u64 largest = 0;
     for (std::size_t i = 0; i < groupSize; ++i) {
         const u64 number = static_cast<u64>(numbers[i]);
-        isNegative[i] = std::is_signed_v<Number> ? number >> 63 : 0;
+        isNegative[i] = (number >> 63) & isSigned;
         group.magnitude[i] = (number ^ (0 - isNegative[i])) + isNegative[i];
         largest |= group.magnitude[i];
     }
