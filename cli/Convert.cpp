@@ -8,9 +8,9 @@
 #include "scene/core/TextEncoding.h"
 
 #include <algorithm>
+#include <csignal>
 #include <cstring>
 #include <memory>
-#include <optional>
 
 namespace vrn::cli {
 
@@ -76,7 +76,7 @@ int convertText(const ConvertOptions& options) {
 // Assimp ends the process when it meets what it did not expect, so it gets one of its own.
 int convertModel(const ConvertOptions& options) {
     const auto catalogue = loadCatalogue(options.scenes);
-    const std::optional<int> status = runIsolated([&] {
+    const Ending ending = runIsolated([&] {
         Scene scene;
         scene.setCatalogue(catalogue);
         scene.setLimits(options.scenes.limits);
@@ -86,9 +86,11 @@ int convertModel(const ConvertOptions& options) {
             write(scene, losses, options.to);
         });
     });
-    if (!status)
+    if (ending.signal == SIGKILL)
+        complain(std::string_view(options.from), "its reader was killed, perhaps for lack of memory");
+    else if (ending.signal != 0)
         complain(std::string_view(options.from), "it is so broken that its reader gave up");
-    return status.value_or(exitErrors);
+    return ending.status;
 }
 
 int refuse(const std::string& file, const char* what, const std::string& known) {

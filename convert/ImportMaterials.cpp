@@ -96,8 +96,10 @@ private:
             return;
         if (map.object) {
             Input& object = *node_->createInput(map.object, AttrType::Object);
-            if (Input* input = object.createInput(map.input, AttrType::Null); !input->connection())
+            if (Input* input = object.createInput(map.input, AttrType::Null); !input->connection()) {
                 input->connect(textureNode(map.type, file).findOutput("outColor"));
+                setXform(map);
+            }
         } else if (!node_->hasInput(map.input)) {
             connect(*node_, map.input, textureNode(map.type, file), "outColor");
             setXform(map);

@@ -7,7 +7,7 @@
 namespace vrn::convert {
 
 // `..\maps\my wood.png` as `../maps/my%20wood.png`, `C:\wood.png` as `file:///C:/wood.png`; what is a reference with a
-// scheme, such as `https:`, stays as it is.
+// scheme, such as `https://`, stays one.
 [[nodiscard]] std::string uriOf(std::string_view path);
 
 // With `%20` and the like as the bytes that they stand for; what is no such escape stays.
