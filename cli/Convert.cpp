@@ -52,8 +52,8 @@ int attempt(auto act) {
     return exitTrouble;
 }
 
-void write(const Scene& scene, Losses& losses, const std::string& to) {
-    convert::writeScene(scene, to, losses);
+void write(const Scene& scene, Losses& losses, const std::string& to, const convert::TexturePaths& paths) {
+    convert::writeScene(scene, to, losses, paths);
     say(losses, to);
 }
 
@@ -68,7 +68,7 @@ int convertText(const ConvertOptions& options) {
         if (file.hasErrors())
             return complain(file.displayName(), "not converted, because of the errors above");
         Losses losses;
-        written = attempt([&] { write(scene, losses, options.to); });
+        written = attempt([&] { write(scene, losses, options.to, {options.from, options.to}); });
     });
     return std::max(read, written);
 }
@@ -82,8 +82,8 @@ int convertModel(const ConvertOptions& options) {
         scene.setLimits(options.scenes.limits);
         return attempt([&] {
             Losses losses;
-            convert::readModel(options.from, scene, losses);
-            write(scene, losses, options.to);
+            convert::readModel(options.from, scene, losses, {options.from, options.to});
+            write(scene, losses, options.to, {});
         });
     });
     if (ending.signal == SIGKILL)

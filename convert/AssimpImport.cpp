@@ -56,7 +56,7 @@ void noteUnused(SceneImport& import) {
 
 } // namespace
 
-void importModel(const std::string& path, Scene& scene, Losses& losses) {
+void importModel(const std::string& path, Scene& scene, const TexturePaths& paths, Losses& losses) {
     openOrThrow(path);
     const std::string extension = extensionOf(path);
     const bool isGltf = extension == ".glb" || extension == ".gltf";
@@ -67,7 +67,8 @@ void importModel(const std::string& path, Scene& scene, Losses& losses) {
     Assimp::Importer importer;
     importer.SetIOHandler(isGltf ? new ModelFiles(path, gltf->bytes()) : new ModelFiles()); // which it deletes
     const aiScene* from = readWith(importer, path);
-    SceneImport import{.from = *from, .scene = scene, .losses = losses, .isGltf = isGltf, .gltf = *gltf};
+    SceneImport import{
+        .from = *from, .scene = scene, .losses = losses, .isGltf = isGltf, .gltf = *gltf, .paths = paths};
     findAnimated(import);
     importMeshes(import);
     importNodes(import);

@@ -164,7 +164,7 @@ private:
         const std::size_t folder = path.find_last_of("/\\");
         const std::string name = folder == std::string::npos ? path : path.substr(folder + 1);
         Node& texture = import_.create("texture", name.substr(0, name.rfind('.')), "texture");
-        setText(texture, "file", path);
+        setText(texture, "file", import_.paths.of(path));
         return &texture;
     }
 

@@ -3,6 +3,7 @@
 
 #include "convert/GltfFile.h"
 #include "convert/Losses.h"
+#include "convert/TexturePaths.h"
 #include "convert/Transform.h"
 #include "scene/Scene.h"
 
@@ -19,6 +20,7 @@ struct SceneImport {
     Losses& losses;
     bool isGltf = false;
     const GltfFile& gltf; // knows nothing of other files
+    const TexturePaths& paths;
     struct Place {
         Node* node;
         const aiNode* from;

@@ -30,17 +30,23 @@ bool isData(std::string_view path) {
            std::ranges::all_of(path, isOfReference);
 }
 
+bool hasDrive(std::string_view path) { return path.size() > 1 && String::isLetter(path[0]) && path[1] == ':'; }
+
 } // namespace
+
+bool isRelative(std::string_view path) {
+    return !path.starts_with('/') && !path.starts_with('\\') && !hasDrive(path) && !hasScheme(path) && !isData(path);
+}
 
 std::string uriOf(std::string_view path) {
     if (isData(path))
         return std::string(path);
     const bool isReference = hasScheme(path);
-    const bool hasDrive = path.size() > 1 && String::isLetter(path[0]) && path[1] == ':';
-    std::string uri = hasDrive ? "file:///" : "";
+    const bool isOnDrive = hasDrive(path);
+    std::string uri = isOnDrive ? "file:///" : "";
     for (std::size_t i = 0; i < path.size(); ++i) {
         const char c = path[i] == '\\' && !isReference ? '/' : path[i];
-        if (isPlain(c) || (isReference && isOfReference(c)) || (hasDrive && i == 1)) {
+        if (isPlain(c) || (isReference && isOfReference(c)) || (isOnDrive && i == 1)) {
             uri += c;
         } else {
             constexpr const char* digits = "0123456789ABCDEF";

@@ -10,6 +10,9 @@ namespace vrn::convert {
 // scheme, such as `https://`, stays one.
 [[nodiscard]] std::string uriOf(std::string_view path);
 
+// Whether a path starts at the folder of its file: it has neither a scheme nor a drive nor a `/` in front.
+[[nodiscard]] bool isRelative(std::string_view path);
+
 // With `%20` and the like as the bytes that they stand for; what is no such escape stays.
 [[nodiscard]] std::string pathOf(std::string_view uri);
 

@@ -691,6 +691,27 @@ class OtherFormats(Converting):
         self.assertEqual(self.convert("my spot.gltf", "back.vrn"), [])
         self.assertEqual(meshes(self.scene("back.vrn"))[0].triangles(), 1)
 
+    def test_textures_are_found_from_another_folder(self):
+        for folder in ("in", "out"):
+            (self.folder / folder).mkdir()
+        text = (
+            TRIANGLE + "m.uvsets[*].coords = vec2f[3] {0 0 1 0 0 1}; m.material |= r.outColor; material r;\n"
+            'r.baseColorMap |= t.outColor; texture t; t.file = "%s";'
+        )
+        for file, moved, back in (
+            ("maps\\\\a b.png", "../in/maps/a b.png", "in/maps/a b.png"),
+            ("../a.png", "../a.png", "a.png"),
+            ("/maps/a.png", "/maps/a.png", "/maps/a.png"),
+            ("https://a.b/c.png", "https://a.b/c.png", "https://a.b/c.png"),
+        ):
+            self.file("in/in.vrn", text % file)
+            self.convert("in/in.vrn", "out/out.glb")
+            self.convert("out/out.glb", "out/out.vrn")
+            self.convert("out/out.glb", "back.vrn")
+            at = [self.scene(p)["nodes"] for p in ("out/out.vrn", "back.vrn")]
+            near, far = ([inputs_of(n) for n in nodes if n["type"] == "texture"][0]["file"]["value"] for nodes in at)
+            self.assertEqual((near, far), (moved, back))
+
     def test_where_the_map_of_emission_lies(self):
         self.file(
             "in.vrn",
