@@ -8,9 +8,9 @@
 #include "scene/core/TextEncoding.h"
 
 #include <algorithm>
+#include <csignal>
 #include <cstring>
 #include <memory>
-#include <optional>
 
 namespace vrn::cli {
 
@@ -52,8 +52,8 @@ int attempt(auto act) {
     return exitTrouble;
 }
 
-void write(const Scene& scene, Losses& losses, const std::string& to) {
-    convert::writeScene(scene, to, losses);
+void write(const Scene& scene, Losses& losses, const std::string& to, const convert::TexturePaths& paths) {
+    convert::writeScene(scene, to, losses, paths);
     say(losses, to);
 }
 
@@ -68,7 +68,7 @@ int convertText(const ConvertOptions& options) {
         if (file.hasErrors())
             return complain(file.displayName(), "not converted, because of the errors above");
         Losses losses;
-        written = attempt([&] { write(scene, losses, options.to); });
+        written = attempt([&] { write(scene, losses, options.to, {options.from, options.to}); });
     });
     return std::max(read, written);
 }
@@ -76,19 +76,21 @@ int convertText(const ConvertOptions& options) {
 // Assimp ends the process when it meets what it did not expect, so it gets one of its own.
 int convertModel(const ConvertOptions& options) {
     const auto catalogue = loadCatalogue(options.scenes);
-    const std::optional<int> status = runIsolated([&] {
+    const Ending ending = runIsolated([&] {
         Scene scene;
         scene.setCatalogue(catalogue);
         scene.setLimits(options.scenes.limits);
         return attempt([&] {
             Losses losses;
-            convert::readModel(options.from, scene, losses);
-            write(scene, losses, options.to);
+            convert::readModel(options.from, scene, losses, {options.from, options.to});
+            write(scene, losses, options.to, {});
         });
     });
-    if (!status)
+    if (ending.signal == SIGKILL)
+        complain(std::string_view(options.from), "its reader was killed, perhaps for lack of memory");
+    else if (ending.signal != 0)
         complain(std::string_view(options.from), "it is so broken that its reader gave up");
-    return status.value_or(exitErrors);
+    return ending.status;
 }
 
 int refuse(const std::string& file, const char* what, const std::string& known) {

@@ -2,12 +2,17 @@
 #pragma once
 
 #include <functional>
-#include <optional>
 
 namespace vrn::cli {
 
-// What `work` returns, an exit status; nothing if its process was ended by a signal. Whatever `work` does but writing
-// files and to the terminal stays in its process. std::bad_alloc there is complained of and is exitTrouble.
-[[nodiscard]] std::optional<int> runIsolated(const std::function<int()>& work);
+// How a process ended: with an exit status, or by a signal, which is 0 if there was none.
+struct Ending {
+    int status;
+    int signal;
+};
+
+// Ends with what `work` returns. Whatever `work` does but writing files and to the terminal stays in its process, which
+// does not live longer than this one. std::bad_alloc there is complained of and is exitTrouble.
+[[nodiscard]] Ending runIsolated(const std::function<int()>& work);
 
 } // namespace vrn::cli

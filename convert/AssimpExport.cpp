@@ -3,6 +3,7 @@
 #include "convert/Errors.h"
 #include "convert/Inputs.h"
 #include "convert/SceneReading.h"
+#include "convert/UniqueNames.h"
 #include "scene/core/OutputFile.h"
 
 #include <algorithm>
@@ -20,6 +21,32 @@ namespace {
 
 static_assert(sizeof(aiVector3D) == 3 * sizeof(float) && sizeof(aiColor4D) == 4 * sizeof(float),
               "lists of numbers are copied as they stand");
+
+// As one line of a text, which a name must not end, and not longer than Assimp's texts may be.
+std::string lineOf(std::string_view text) {
+    constexpr std::size_t mostBytes = 900;
+    std::string line(text.substr(0, mostBytes));
+    for (char& c : line)
+        if (static_cast<unsigned char>(c) < ' ' || c == '\x7F')
+            c = '_';
+    if (line.ends_with('\\')) // that would go on with the next line
+        line.back() = '_';
+    return line;
+}
+
+// Whether all points of a geometry are finite where it stands, however they lie between its bounds.
+bool fitsFloats(const Geometry& geometry, const Matrix& world) {
+    std::array<double, 3> most{};
+    for (std::size_t i = 0; i < geometry.points.size(); ++i)
+        most[i % 3] = std::max(most[i % 3], std::abs(static_cast<double>(geometry.points[i])));
+    const auto reach = [&](std::size_t axis) {
+        double sum = std::abs(world[12 + axis]);
+        for (std::size_t i = 0; i < 3; ++i)
+            sum += std::abs(world[4 * i + axis]) * most[i];
+        return sum;
+    };
+    return std::ranges::all_of(world, fitsFloat) && fitsFloat(reach(0)) && fitsFloat(reach(1)) && fitsFloat(reach(2));
+}
 
 // Meshes hang from one root, each with its place in the world: the formats know no more, and a deep hierarchy would be
 // walked by recursion.
@@ -58,9 +85,10 @@ private:
     }
 
     void addMaterials() {
+        const aiString nameOfNone(materialNames_.make(AI_DEFAULT_MATERIAL_NAME)); // it is known to mean none
         for (const Material& material : model_.materials) {
             auto made = std::make_unique<aiMaterial>();
-            const aiString name(displayName(*material.source).buf());
+            const aiString name(uniqueName(*material.source, materialNames_));
             made->AddProperty(&name, AI_MATKEY_NAME);
             addColor(*made, material.baseColor, AI_MATKEY_COLOR_DIFFUSE);
             addColor(*made, material.emission, AI_MATKEY_COLOR_EMISSIVE);
@@ -71,8 +99,17 @@ private:
             materials_.push_back(std::move(made));
             losses_.add("materials but for colour, opacity, emission and the map of the colour", *material.source);
         }
-        if (materials_.empty())
-            materials_.push_back(std::make_unique<aiMaterial>());
+        auto without = std::make_unique<aiMaterial>(); // for meshes that have none
+        without->AddProperty(&nameOfNone, AI_MATKEY_NAME);
+        materials_.push_back(std::move(without));
+    }
+
+    std::string uniqueName(const Node& node, UniqueNames& names) {
+        const std::string own(displayName(node).view());
+        std::string name = names.make(lineOf(own));
+        if (name != own)
+            losses_.add("names that others have, too, or that do not fit into a line", node);
+        return name;
     }
 
     static void addColor(aiMaterial& material, std::span<const double> color, const char* key, unsigned type,
@@ -86,12 +123,16 @@ private:
             losses_.add("images that stand in the scene itself", *texture.source);
         if (texture.file.empty())
             return;
-        const aiString file(texture.file);
+        const aiString file(lineOf(texture.file));
+        if (texture.file != file.C_Str())
+            losses_.add("paths of textures that do not fit into a line", *texture.source);
         material.AddProperty(&file, AI_MATKEY_TEXTURE_DIFFUSE(0));
     }
 
     void add(const Placement& placement, const Matrix& world) {
-        auto node = std::make_unique<aiNode>(displayName(*placement.source).buf());
+        if (!fitsFloats(model_.geometries[placement.geometry], world))
+            return losses_.add("meshes whose points would be beyond the range of a float", *placement.source);
+        auto node = std::make_unique<aiNode>(uniqueName(*placement.source, nodeNames_));
         for (unsigned row = 0; row < 4; ++row)
             for (unsigned column = 0; column < 4; ++column)
                 node->mTransformation[row][column] = static_cast<float>(world[4 * column + row]);
@@ -105,7 +146,7 @@ private:
     unsigned meshOf(const Placement& placement) {
         const Geometry& geometry = model_.geometries[placement.geometry];
         const u32 own = placement.material != none ? placement.material : geometry.material;
-        const u32 material = own != none ? own : 0;
+        const u32 material = own != none ? own : static_cast<u32>(model_.materials.size());
         const auto [found, isNew] =
             meshNumbers_.emplace(std::pair(placement.geometry, material), static_cast<unsigned>(meshes_.size()));
         if (isNew)
@@ -115,7 +156,7 @@ private:
 
     std::unique_ptr<aiMesh> makeMesh(const Geometry& geometry, u32 material) {
         auto mesh = std::make_unique<aiMesh>();
-        mesh->mName = displayName(*geometry.source).buf();
+        mesh->mName = uniqueName(*geometry.source, meshNames_);
         mesh->mMaterialIndex = material;
         mesh->mNumVertices = static_cast<unsigned>(geometry.vertices());
         mesh->mVertices = copy<aiVector3D>(geometry.points.span());
@@ -179,6 +220,9 @@ private:
 
     const Model& model_;
     Losses& losses_;
+    UniqueNames materialNames_;
+    UniqueNames nodeNames_;
+    UniqueNames meshNames_;
     std::vector<std::unique_ptr<aiNode>> nodes_;
     std::vector<std::unique_ptr<aiMesh>> meshes_;
     std::vector<std::unique_ptr<aiMaterial>> materials_;

@@ -8,7 +8,7 @@
 namespace vrn::convert {
 
 inline constexpr Target objTarget{.hasPolygons = true, .hasLinesAndPoints = true, .hasMaterials = true, .uvsets = 1};
-inline constexpr Target plyTarget{.hasPolygons = true, .hasColors = true, .uvsets = 1};
+inline constexpr Target plyTarget{.hasPolygons = true, .mostCorners = 255, .hasColors = true, .uvsets = 1};
 inline constexpr Target stlTarget{};
 
 // Writes with the exporter that Assimp has under the name `format`. A material library goes into a file beside. Throws

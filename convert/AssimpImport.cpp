@@ -1,12 +1,14 @@
 #include "convert/AssimpImport.h"
 
 #include "convert/Convert.h"
+#include "convert/ModelFiles.h"
 #include "convert/SceneImport.h"
 #include "scene/core/File.h"
 
 #include <algorithm>
 #include <assimp/Importer.hpp>
 #include <filesystem>
+#include <new>
 #include <optional>
 
 namespace vrn::convert {
@@ -15,6 +17,10 @@ namespace {
 
 // What cannot be read at all is another thing than what makes no sense.
 void openOrThrow(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(path, error);
+    if (std::filesystem::exists(status) && !is_regular_file(status) && !is_directory(status))
+        throw FileError(path, "only regular files can be converted from formats other than .vrn");
     File file = File::open(std::string_view(path));
     char first = 0;
     (void)file.read(first);
@@ -27,6 +33,8 @@ const aiScene* readWith(Assimp::Importer& importer, const std::string& path) {
     // Pivots as nodes of their own would be helpers that nobody asked for.
     importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);
     const aiScene* scene = importer.ReadFile(path, 0U);
+    if (!scene && std::string_view(importer.GetErrorString()).find("bad_alloc") != std::string_view::npos)
+        throw std::bad_alloc();
     if (!scene)
         throw ContentError(path, importer.GetErrorString());
     if (!scene->mRootNode)
@@ -48,7 +56,7 @@ void noteUnused(SceneImport& import) {
 
 } // namespace
 
-void importModel(const std::string& path, Scene& scene, Losses& losses) {
+void importModel(const std::string& path, Scene& scene, const TexturePaths& paths, Losses& losses) {
     openOrThrow(path);
     const std::string extension = extensionOf(path);
     const bool isGltf = extension == ".glb" || extension == ".gltf";
@@ -57,8 +65,10 @@ void importModel(const std::string& path, Scene& scene, Losses& losses) {
     if (const std::string danger = gltf->danger(); !danger.empty())
         throw ContentError(path, danger);
     Assimp::Importer importer;
+    importer.SetIOHandler(isGltf ? new ModelFiles(path, gltf->bytes()) : new ModelFiles()); // which it deletes
     const aiScene* from = readWith(importer, path);
-    SceneImport import{.from = *from, .scene = scene, .losses = losses, .isGltf = isGltf, .gltf = *gltf};
+    SceneImport import{
+        .from = *from, .scene = scene, .losses = losses, .isGltf = isGltf, .gltf = *gltf, .paths = paths};
     findAnimated(import);
     importMeshes(import);
     importNodes(import);
@@ -66,6 +76,8 @@ void importModel(const std::string& path, Scene& scene, Losses& losses) {
     importLights(import);
     importAnimations(import);
     noteUnused(import);
+    for (const std::string& lost : gltf->losses())
+        losses.add(lost, String(std::filesystem::path(path).filename().string()));
 }
 
 } // namespace vrn::convert

@@ -2,12 +2,13 @@
 #pragma once
 
 #include "convert/Losses.h"
+#include "convert/TexturePaths.h"
 
 #include <string>
 
 namespace vrn::convert {
 
-// Reads the file into an empty scene. Throws FileError and ContentError.
-void importModel(const std::string& path, Scene& scene, Losses& losses);
+// Reads the file into an empty scene, its textures being at `paths`. Throws FileError and ContentError.
+void importModel(const std::string& path, Scene& scene, const TexturePaths& paths, Losses& losses);
 
 } // namespace vrn::convert

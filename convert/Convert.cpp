@@ -15,10 +15,10 @@ namespace vrn::convert {
 
 namespace {
 
-using Write = void (*)(const Scene& scene, const std::string& path, Losses& losses);
+using Write = void (*)(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths);
 
 // Images and other long lists of bytes take less room compressed, and nobody reads them.
-void writeText(const Scene& scene, const std::string& path, Losses& losses) {
+void writeText(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths&) {
     OutputFile file(path);
     const auto lost = writeVrn(scene, {.compressAbove = 4096}, [&](std::string_view text) { file.write(text); });
     for (const VrnLoss& loss : lost)
@@ -26,15 +26,18 @@ void writeText(const Scene& scene, const std::string& path, Losses& losses) {
     file.commit();
 }
 
-void writeJson(const Scene& scene, const std::string& path, Losses&) {
+void writeJson(const Scene& scene, const std::string& path, Losses&, const TexturePaths&) {
     OutputFile file(path);
     writeSceneJson(scene, {}, [&](std::string_view text) { file.write(text); });
     file.commit();
 }
 
 template <const Target& target, auto write>
-void writeModel(const Scene& scene, const std::string& path, Losses& losses) {
-    write(modelOf(scene, target, losses), path, losses);
+void writeModel(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths) {
+    Model model = modelOf(scene, target, losses);
+    for (Texture& texture : model.textures)
+        texture.file = paths.of(texture.file);
+    write(model, path, losses);
 }
 
 void writeObj(const Model& model, const std::string& path, Losses& losses) { exportModel(model, "obj", path, losses); }
@@ -91,13 +94,15 @@ std::string writableExtensions() {
     return extensions;
 }
 
-void readModel(const std::string& path, Scene& scene, Losses& losses) { importModel(path, scene, losses); }
+void readModel(const std::string& path, Scene& scene, Losses& losses, const TexturePaths& paths) {
+    importModel(path, scene, paths, losses);
+}
 
-void writeScene(const Scene& scene, const std::string& path, Losses& losses) {
+void writeScene(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths) {
     const Format* format = formatOf(path);
     if (!format)
         throw FileError(path, "nothing is known of how to write such a file");
-    format->write(scene, path, losses);
+    format->write(scene, path, losses, paths);
 }
 
 } // namespace vrn::convert

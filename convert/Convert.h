@@ -2,14 +2,15 @@
 //
 //     Scene scene;
 //     Losses losses;
-//     readModel("chair.fbx", scene, losses);
-//     writeScene(scene, "chair.glb", losses);
+//     readModel("chair.fbx", scene, losses, {});
+//     writeScene(scene, "chair.glb", losses, {});
 //
 // Which format a file has says its extension. What cannot be carried over is left out and noted among the losses.
 #pragma once
 
 #include "convert/Errors.h"
 #include "convert/Losses.h"
+#include "convert/TexturePaths.h"
 #include "scene/Scene.h"
 
 #include <string>
@@ -27,9 +28,10 @@ namespace vrn::convert {
 [[nodiscard]] std::string extensionOf(const std::string& path);
 
 // Reads any other format into an empty scene. Throws FileError and ContentError.
-void readModel(const std::string& path, Scene& scene, Losses& losses);
+void readModel(const std::string& path, Scene& scene, Losses& losses, const TexturePaths& paths);
 
-// Writes a scene, as a whole or not at all. Throws FileError and ContentError.
-void writeScene(const Scene& scene, const std::string& path, Losses& losses);
+// Writes a scene, as a whole or not at all; texts and JSON keep the paths of textures that it has. Throws FileError and
+// ContentError.
+void writeScene(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths);
 
 } // namespace vrn::convert

@@ -24,6 +24,18 @@ public:
     // Why the file must not be handed on, which recurses over what it holds; empty if nothing speaks against it.
     [[nodiscard]] std::string danger() const;
 
+    // The file as it can be handed on: its nodes have their numbers as names, and share no cameras, lights and skins.
+    [[nodiscard]] std::string bytes() const;
+
+    // What is lost of the file, beyond what can be seen in what Assimp makes of it.
+    [[nodiscard]] std::vector<std::string> losses() const;
+
+    // The name that the file has for a node which bytes() name so; other names as they are.
+    [[nodiscard]] std::string nodeName(std::string_view name) const;
+
+    // Whether the camera of a node which bytes() name so ends somewhere.
+    [[nodiscard]] bool hasFarPlane(std::string_view name) const;
+
     // Whether the file has so many materials that `number` is one.
     [[nodiscard]] bool hasMaterial(vor::u32 number) const;
 

@@ -21,10 +21,37 @@ void GltfParts::describeNodes() {
         });
     });
     list("nodes", model_.placements, [&](const Placement& placement) { describe(placement); });
+    noteDepth();
+}
+
+// One level after the other.
+void GltfParts::noteDepth() {
+    constexpr std::size_t mostDepth = 1000;
+    std::vector<u32> level;
+    for (u32 i = 0; i < model_.placements.size(); ++i)
+        if (model_.placements[i].parent == none)
+            level.push_back(i);
+    for (std::size_t depth = 0; depth <= mostDepth; ++depth) {
+        std::vector<u32> next;
+        for (const u32 at : level)
+            next.insert(next.end(), model_.placements[at].children.begin(), model_.placements[at].children.end());
+        level = std::move(next);
+    }
+    for (const u32 at : level)
+        losses_.add("nodes nested more than 1000 deep, where many readers give up", *model_.placements[at].source);
+}
+
+// Animations and skins of other formats find nodes by their names.
+std::string GltfParts::uniqueName(const Placement& placement) {
+    const String wanted = displayName(*placement.source);
+    std::string name = names_.make(std::string(wanted.view()));
+    if (name != wanted.view())
+        losses_.add("names that several nodes have, which are numbered now", *placement.source);
+    return name;
 }
 
 void GltfParts::describe(const Placement& placement) {
-    json_.key("name").text(displayName(*placement.source));
+    json_.key("name").text(uniqueName(placement));
     if (!placement.children.empty())
         json_.key("children").integers(placement.children);
     describeTransform(placement);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "convert/GltfMeshes.h"
+#include "convert/UniqueNames.h"
 
 namespace vrn::convert {
 
@@ -38,6 +39,8 @@ private:
         });
     }
 
+    [[nodiscard]] std::string uniqueName(const Placement& placement);
+    void noteDepth();
     void describe(const Placement& placement);
     void describeTransform(const Placement& placement);
     void describe(const Material& material, bool hasTextures);
@@ -50,6 +53,7 @@ private:
     GltfBuffer& buffer_;
     Losses& losses_;
     JsonText& json_;
+    UniqueNames names_; // of nodes
     bool hasTextureTransforms_ = false;
 };
 

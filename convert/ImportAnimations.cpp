@@ -16,12 +16,12 @@ public:
         node_ = &import_.create("animation", textOf(from_.mName), "animation");
         channels_ = node_->createArray("channels", AttrType::Object);
         for (const aiNodeAnim* channel : std::span(from_.mChannels, from_.mNumChannels)) {
-            const auto target = import_.nodes.find(std::string(textOf(channel->mNodeName)));
-            if (target == import_.nodes.end()) {
+            Node* target = import_.nodeOf(channel->mNodeName);
+            if (!target) {
                 import_.losses.add("channels of animations that move no node", *node_);
                 continue;
             }
-            Node& moved = *target->second;
+            Node& moved = *target;
             add(moved, "translation", DataType::Vec3f,
                 std::span<const aiVectorKey>(channel->mPositionKeys, channel->mNumPositionKeys));
             add(moved, "rotation", DataType::Quatf,

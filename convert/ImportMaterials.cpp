@@ -96,8 +96,10 @@ private:
             return;
         if (map.object) {
             Input& object = *node_->createInput(map.object, AttrType::Object);
-            if (Input* input = object.createInput(map.input, AttrType::Null); !input->connection())
+            if (Input* input = object.createInput(map.input, AttrType::Null); !input->connection()) {
                 input->connect(textureNode(map.type, file).findOutput("outColor"));
+                setXform(map);
+            }
         } else if (!node_->hasInput(map.input)) {
             connect(*node_, map.input, textureNode(map.type, file), "outColor");
             setXform(map);
@@ -162,7 +164,7 @@ private:
         const std::size_t folder = path.find_last_of("/\\");
         const std::string name = folder == std::string::npos ? path : path.substr(folder + 1);
         Node& texture = import_.create("texture", name.substr(0, name.rfind('.')), "texture");
-        setText(texture, "file", path);
+        setText(texture, "file", import_.paths.of(path));
         return &texture;
     }
 

@@ -244,12 +244,12 @@ Node* addSkin(SceneImport& import, const aiMesh& mesh, const Node& node) {
     std::vector<Node*> joints;
     for (std::size_t i = 0; i < mesh.mNumBones; ++i) {
         const aiBone& bone = *mesh.mBones[i];
-        const auto joint = import.nodes.find(std::string(textOf(bone.mName)));
-        if (joint == import.nodes.end()) {
+        Node* joint = import.nodeOf(bone.mName);
+        if (!joint) {
             import.losses.add("skins with joints that are no nodes", node);
             return nullptr;
         }
-        joints.push_back(joint->second);
+        joints.push_back(joint);
         const Matrix matrix = matrixOf(bone.mOffsetMatrix);
         for (std::size_t k = 0; k < 16; ++k)
             matrices.elements<float>()[16 * i + k] = static_cast<float>(matrix[k]);

@@ -51,7 +51,8 @@ bool hasMetadata(const aiNode& node) {
 
 // A node shows one mesh; of several, each but the first is a child.
 Node& addNode(SceneImport& import, const aiNode& from, Node* parent) {
-    Node& node = import.create(from.mNumMeshes == 0 ? "transform" : "instance", textOf(from.mName), "node");
+    Node& node = import.create(from.mNumMeshes == 0 ? "transform" : "instance",
+                               import.gltf.nodeName(textOf(from.mName)), "node");
     if (parent)
         refer(node, "parent", *parent);
     setTransform(import, node, from);
@@ -70,8 +71,8 @@ Node& addNode(SceneImport& import, const aiNode& from, Node* parent) {
 
 // Places a camera or light at the node of its name.
 void setPlace(SceneImport& import, Node& node, const aiString& name, const aiVector3D& position) {
-    if (const auto place = import.nodes.find(std::string(textOf(name))); place != import.nodes.end())
-        connect(node, "worldMatrix", *place->second, "outMatrix");
+    if (Node* place = import.nodeOf(name))
+        connect(node, "worldMatrix", *place, "outMatrix");
     if (position != aiVector3D())
         setNumbers(node, "position", AttrType::Pos3, Vector{plain(position.x), plain(position.y), plain(position.z)});
 }
@@ -92,7 +93,6 @@ void setLens(Node& node, const aiCamera& camera) {
             set(node, "aspect", AttrData::real(aspect));
     }
     set(node, "near", AttrData::real(plain(camera.mClipPlaneNear)));
-    set(node, "far", AttrData::real(plain(camera.mClipPlaneFar)));
 }
 
 const char* kindOf(const aiLight& light) {
@@ -130,7 +130,7 @@ void importNodes(SceneImport& import) {
         const auto [from, parent] = open.back();
         open.pop_back();
         Node& node = addNode(import, *from, parent);
-        import.nodes.emplace(textOf(from->mName), &node);
+        import.places.emplace(textOf(from->mName), SceneImport::Place{&node, from});
         for (unsigned i = from->mNumChildren; i > 0; --i)
             open.push_back({from->mChildren[i - 1], &node});
     }
@@ -148,8 +148,10 @@ void importNodes(SceneImport& import) {
 
 void importCameras(SceneImport& import) {
     for (const aiCamera* camera : std::span(import.from.mCameras, import.from.mNumCameras)) {
-        Node& node = import.create("camera", textOf(camera->mName), "camera");
+        Node& node = import.create("camera", import.gltf.nodeName(textOf(camera->mName)), "camera");
         setLens(node, *camera);
+        if (import.gltf.hasFarPlane(textOf(camera->mName)))
+            set(node, "far", AttrData::real(plain(camera->mClipPlaneFar)));
         // For glTF, that is the place of the node once more.
         const aiVector3D position = import.isGltf ? aiVector3D() : camera->mPosition;
         setPlace(import, node, camera->mName, position);
@@ -169,7 +171,7 @@ void importLights(SceneImport& import) {
             import.losses.add("lights that are neither directional nor points nor spots", String(textOf(light->mName)));
             continue;
         }
-        Node& node = import.create("light", textOf(light->mName), "light");
+        Node& node = import.create("light", import.gltf.nodeName(textOf(light->mName)), "light");
         setText(node, "kind", kind);
         setColor(node, light->mColorDiffuse);
         if (light->mDirection != aiVector3D() && light->mDirection != aiVector3D(0, 0, -1))
@@ -178,8 +180,9 @@ void importLights(SceneImport& import) {
             set(node, "innerAngle", AttrData::real(plain(light->mAngleInnerCone) * degrees));
             set(node, "outerAngle", AttrData::real(plain(light->mAngleOuterCone) * degrees));
         }
-        const aiNode* place = import.from.mRootNode->FindNode(light->mName);
-        if (float range = 0; place && place->mMetaData && place->mMetaData->Get(lightRange, range) && range > 0)
+        const auto place = import.places.find(std::string(textOf(light->mName)));
+        const aiMetadata* about = place != import.places.end() ? place->second.from->mMetaData : nullptr;
+        if (float range = 0; about && about->Get(lightRange, range) && range > 0)
             set(node, "range", AttrData::real(plain(range)));
         setPlace(import, node, light->mName, light->mPosition);
     }

@@ -11,7 +11,10 @@ namespace vrn::convert {
 namespace {
 
 constexpr const char* notFinite = "numbers that are not finite";
+constexpr const char* tooLarge = "numbers beyond the range of a float";
 constexpr const char* notOfType = "values of a type that does not fit";
+
+const char* whyNoFloat(double number) { return std::isfinite(number) ? tooLarge : notFinite; }
 
 std::optional<double> asNumber(const AttrData& value) {
     switch (value.type()) {
@@ -77,21 +80,36 @@ template <class T> std::optional<Values<u32>> convertIndices(std::span<const T> 
 
 } // namespace
 
+bool fitsFloat(double number) { return std::abs(number) <= static_cast<double>(std::numeric_limits<float>::max()); }
+
 const Input* InputReader::find(std::string_view path) const {
     const std::size_t dot = path.find('.');
     const Input* input = node_.input(path.substr(0, dot));
     return input && dot != std::string_view::npos ? input->input(path.substr(dot + 1)) : input;
 }
 
-double InputReader::number(std::string_view path, double fallback) const {
+const Input* InputReader::findGiven(std::string_view path) const {
     const Input* input = find(path);
-    if (!input || input->type() == AttrType::Null)
+    return input && input->type() != AttrType::Null ? input : nullptr;
+}
+
+double InputReader::number(std::string_view path, double fallback) const {
+    const Input* input = findGiven(path);
+    if (!input)
         return fallback;
     const std::optional<double> number = asNumber(input->value());
-    if (number && std::isfinite(*number))
+    if (number && fitsFloat(*number))
         return *number;
-    losses_.add(number ? notFinite : notOfType, *input);
+    losses_.add(number ? whyNoFloat(*number) : notOfType, *input);
     return fallback;
+}
+
+double InputReader::within(std::string_view path, double fallback, double least, double most) const {
+    const double given = number(path, fallback);
+    const double kept = std::clamp(given, least, most);
+    if (kept != given)
+        losses_.add("numbers outside of their range", *find(path));
+    return kept;
 }
 
 double InputReader::portion(std::string_view path, double fallback) const {
@@ -103,23 +121,36 @@ double InputReader::portion(std::string_view path, double fallback) const {
 }
 
 bool InputReader::flag(std::string_view path, bool fallback) const {
-    const Input* input = find(path);
-    return input && input->type() == AttrType::Bool ? input->value().asBool() : fallback;
+    const Input* input = findGiven(path);
+    if (!input)
+        return fallback;
+    if (input->type() != AttrType::Bool) {
+        losses_.add(notOfType, *input);
+        return fallback;
+    }
+    return input->value().asBool();
 }
 
 std::string InputReader::text(std::string_view path) const {
-    const Input* input = find(path);
-    return input ? std::string(input->value().asString()) : std::string();
+    const Input* input = findGiven(path);
+    if (!input)
+        return {};
+    if (input->type() != AttrType::String) {
+        losses_.add(notOfType, *input);
+        return {};
+    }
+    return std::string(input->value().asString());
 }
 
 void InputReader::readNumbers(std::string_view path, std::span<double> numbers) const {
-    const Input* input = find(path);
-    if (!input || input->type() == AttrType::Null)
+    const Input* input = findGiven(path);
+    if (!input)
         return;
     const std::span<const double> given = input->value().components();
-    const bool fits = given.size() >= numbers.size();
-    if (!fits || !std::ranges::all_of(given, [](double number) { return std::isfinite(number); }))
-        return losses_.add(fits ? notFinite : notOfType, *input);
+    if (given.size() < numbers.size())
+        return losses_.add(notOfType, *input);
+    if (const auto odd = std::ranges::find_if_not(given, fitsFloat); odd != given.end())
+        return losses_.add(whyNoFloat(*odd), *input);
     std::ranges::copy(given.first(numbers.size()), numbers.begin());
 }
 

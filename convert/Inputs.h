@@ -5,7 +5,7 @@
 //     Vector size = reader.numbers<3>("scale", {1, 1, 1});
 //
 // A path is the name of an input or `object.member`. What is not there, or of a type that does not fit, gives the
-// fallback; the latter is noted as lost, and so are numbers that are not finite.
+// fallback; the latter is noted as lost, and so are numbers that are not finite, also as floats, or out of range.
 #pragma once
 
 #include "convert/Losses.h"
@@ -25,6 +25,7 @@ public:
     [[nodiscard]] bool has(std::string_view path) const { return find(path) != nullptr; }
 
     [[nodiscard]] double number(std::string_view path, double fallback) const;
+    [[nodiscard]] double within(std::string_view path, double fallback, double least, double most) const;
     [[nodiscard]] double portion(std::string_view path, double fallback) const;
     [[nodiscard]] bool flag(std::string_view path, bool fallback) const;
     [[nodiscard]] std::string text(std::string_view path) const;
@@ -38,11 +39,15 @@ public:
     [[nodiscard]] const Node* node(std::string_view path) const;
 
 private:
+    [[nodiscard]] const Input* findGiven(std::string_view path) const; // null also for one without a value
     void readNumbers(std::string_view path, std::span<double> numbers) const;
 
     const Node& node_;
     Losses& losses_;
 };
+
+// Whether a number is finite as a float, too: the other formats have no larger ones.
+[[nodiscard]] bool fitsFloat(double number);
 
 [[nodiscard]] const Node* linkedNode(const Input* input);
 

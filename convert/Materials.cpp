@@ -3,6 +3,8 @@
 #include "convert/SceneReading.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 namespace vrn::convert {
 
@@ -18,8 +20,9 @@ u32 readTexture(SceneReading& reading, const Node& node) {
     texture.file = reader.text("file");
     texture.wrapU = reader.text("wrapU");
     texture.wrapV = reader.text("wrapV");
-    const Input* filter = node.input("filter");
-    texture.filter = filter ? filter->value().asInt() : 0;
+    const double filter = reader.number("filter", 0);
+    constexpr i64 unknown = -1;
+    texture.filter = filter == std::clamp(std::floor(filter), 0.0, 65535.0) ? static_cast<i64>(filter) : unknown;
     if (const Input* encoded = node.input("encoded"); encoded && encoded->value().count() != 0) {
         texture.encoded = encoded->value().elements<u8>();
         if (!isPng(texture.encoded) && !isJpeg(texture.encoded)) {
@@ -134,7 +137,7 @@ u32 readMaterial(SceneReading& reading, const Node* node) {
     material.occlusionMap = readMap(reading, reader, "occlusionMap", "occlusionXform");
     material.emissionMap = readMap(reading, reader, "emission.map", "emissionXform");
     material.alphaMode = readAlphaMode(reading, reader, material);
-    material.alphaCutoff = std::max(0.0, reader.number("alpha.cutoff", 0.5));
+    material.alphaCutoff = reader.within("alpha.cutoff", 0.5, 0, std::numeric_limits<float>::max());
     noteOthers(*node, carriedBy(reader), reading.losses);
     reading.model.materials.push_back(std::move(material));
     return reading.materials.at(node);

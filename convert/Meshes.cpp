@@ -36,12 +36,16 @@ public:
         readSkin();
         if (std::ranges::any_of(corners_, [](const auto& indices) { return !indices.empty(); }))
             weld(geometry_, corners_);
-        if (geometry_.topology == Topology::Polygons && !target_.hasPolygons)
+        if (geometry_.topology == Topology::Polygons && !takesPolygons())
             triangulate(geometry_, losses_);
         return std::move(geometry_);
     }
 
 private:
+    bool takesPolygons() const {
+        return target_.hasPolygons && std::ranges::max(geometry_.faceCounts) <= target_.mostCorners;
+    }
+
     bool refuse(const char* why) {
         losses_.add(std::string("meshes with ") + why, mesh_);
         return false;

@@ -135,6 +135,7 @@ struct Model {
 // What the format that is written can take.
 struct Target {
     bool hasPolygons = false;
+    u32 mostCorners = none; // of one polygon
     bool hasLinesAndPoints = false;
     bool hasMaterials = false;
     bool hasScene = false; // nodes in nodes, cameras, lights, skins, animations

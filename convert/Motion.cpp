@@ -39,6 +39,13 @@ bool areAffine(std::span<const float> matrices) {
     return true;
 }
 
+Values<float> identities(std::size_t count) {
+    std::vector<float> matrices(16 * count);
+    for (std::size_t i = 0; i < matrices.size(); i += 16)
+        std::ranges::copy(identity, matrices.begin() + static_cast<std::ptrdiff_t>(i));
+    return Values<float>(std::move(matrices));
+}
+
 class SkinReader {
 public:
     explicit SkinReader(SceneReading& reading) : reading_(reading), roots_(rootsOf(reading.model.placements)) {}
@@ -89,8 +96,10 @@ private:
 
     bool readInverseBind(Skin& skin) {
         skin.inverseBind = readFloats(skin.source->input("inverseBind"), 16, reading_.losses);
-        if (skin.inverseBind.empty())
+        if (skin.inverseBind.empty()) {
+            skin.inverseBind = identities(skin.joints.size()); // said, because some readers cannot do without
             return true;
+        }
         const bool fits = skin.inverseBind.size() == 16 * skin.joints.size() && isFinite(skin.inverseBind.span()) &&
                           areAffine(skin.inverseBind.span());
         return fits || refuse("inverseBind matrices that do not fit the joints", skin);
@@ -113,6 +122,7 @@ public:
                    {"name", "channels[].target", "channels[].path", "channels[].interpolation", "channels[].times",
                     "channels[].values", "duration", "channelCount"},
                    reading_.losses);
+        noteDuration();
         if (animation_.channels.empty())
             reading_.losses.add("animations without channels", *animation_.source);
         else
@@ -151,6 +161,16 @@ private:
             return refuse("values that do not fit the times and the path", input);
         bePartwise(reading_.model.placements[channel.target]);
         animation_.channels.push_back(std::move(channel));
+    }
+
+    // Others end when their last key is reached.
+    void noteDuration() {
+        double last = 0;
+        for (const Channel& channel : animation_.channels)
+            last = std::max(last, static_cast<double>(channel.times.span().back()));
+        const double duration = InputReader(*animation_.source, reading_.losses).number("duration", last);
+        if (!animation_.channels.empty() && std::abs(duration - last) > 1e-6 * std::max(1.0, last))
+            reading_.losses.add("durations of animations that are not the time of their last key", *animation_.source);
     }
 
     static bool areTimes(std::span<const float> times) {

@@ -2,7 +2,9 @@
 #include "convert/SceneReading.h"
 #include "scene/Scene.h"
 
+#include <algorithm>
 #include <cmath>
+#include <ranges>
 
 namespace vrn::convert {
 
@@ -17,15 +19,24 @@ bool isPlaced(const Node& node) {
     return isKnown && !node.isDefinition();
 }
 
+double lengthOf(const Quaternion& q) { return std::hypot(std::hypot(q[0], q[1]), std::hypot(q[2], q[3])); }
+
+Quaternion dividedBy(const Quaternion& q, double divisor) {
+    return {q[0] / divisor, q[1] / divisor, q[2] / divisor, q[3] / divisor};
+}
+
 Quaternion readRotation(const Node& node, const InputReader& reader, Losses& losses) {
     const Quaternion given = reader.numbers<4>("rotation", {0, 0, 0, 1});
-    const double size = std::hypot(std::hypot(given[0], given[1]), std::hypot(given[2], given[3]));
+    const double size = lengthOf(given);
     if (std::abs(size - 1) < 1e-3)
         return given;
     losses.add("the length of rotations, which is 1 now", node);
     if (size == 0)
         return {0, 0, 0, 1};
-    return {given[0] / size, given[1] / size, given[2] / size, given[3] / size};
+    // First by the largest part: the smallest numbers have too few digits for a length.
+    const double largest = std::ranges::max(given | std::views::transform([](double part) { return std::abs(part); }));
+    const Quaternion scaled = dividedBy(given, largest);
+    return dividedBy(scaled, lengthOf(scaled));
 }
 
 // A matrix that can be said as scaling, turning and moving without the loss of a bit is said so; if shear or
@@ -49,8 +60,13 @@ void readTransform(Placement& placement, Losses& losses) {
     placement.trs.rotation = readRotation(*placement.source, reader, losses);
     placement.trs.scale = reader.numbers<3>("scale", {1, 1, 1});
     const Matrix matrix = reader.numbers<16>("transform", identity);
-    if (matrix != identity)
-        setMatrix(placement, multiply(toMatrix(placement.trs), matrix), losses);
+    if (matrix == identity)
+        return;
+    const Matrix product = multiply(toMatrix(placement.trs), matrix);
+    if (std::ranges::all_of(product, fitsFloat))
+        setMatrix(placement, product, losses);
+    else
+        losses.add("transforms whose product is beyond the range of a float", *placement.source);
 }
 
 // Links the placements to their parents: what a node says of its parent comes before what others say of their

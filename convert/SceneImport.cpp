@@ -40,6 +40,11 @@ bool isKeyword(const String& name) {
 
 } // namespace
 
+Node* SceneImport::nodeOf(const aiString& name) const {
+    const auto place = places.find(std::string(textOf(name)));
+    return place == places.end() ? nullptr : place->second.node;
+}
+
 Node& SceneImport::create(const char* type, std::string_view name, const char* otherwise) {
     std::string wanted = identifier(name, otherwise);
     if (isKeyword(std::string_view(wanted)))

@@ -3,6 +3,7 @@
 
 #include "convert/GltfFile.h"
 #include "convert/Losses.h"
+#include "convert/TexturePaths.h"
 #include "convert/Transform.h"
 #include "scene/Scene.h"
 
@@ -18,14 +19,22 @@ struct SceneImport {
     Scene& scene;
     Losses& losses;
     bool isGltf = false;
-    const GltfFile& gltf;                           // knows nothing of other files
-    std::unordered_map<std::string, Node*> nodes{}; // by the name that the file has for them
-    std::unordered_set<std::string> animated{};     // names of nodes that move
-    std::map<unsigned, Node*> meshes{};             // by their number; null for one that was left out
-    std::map<unsigned, Node*> skins{};              // by the number of their mesh
+    const GltfFile& gltf; // knows nothing of other files
+    const TexturePaths& paths;
+    struct Place {
+        Node* node;
+        const aiNode* from;
+    };
+    std::unordered_map<std::string, Place> places{}; // by the name that Assimp has for them
+    std::unordered_set<std::string> animated{};      // names of nodes that move
+    std::map<unsigned, Node*> meshes{};              // by their number; null for one that was left out
+    std::map<unsigned, Node*> skins{};               // by the number of their mesh
     std::map<unsigned, Node*> materials{};
     std::map<std::string, Node*> textures{};
     std::unordered_map<std::string, u64> names{}; // how often a name has been given
+
+    // The node at the place of that name, or null.
+    [[nodiscard]] Node* nodeOf(const aiString& name) const;
 
     // A new node whose name is made from `name`, which is kept as its input if it had to be changed or could be
     // mistaken. `otherwise` is for things without a name.

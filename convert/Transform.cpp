@@ -49,6 +49,11 @@ Quaternion rotationTo(const Vector& x, const Vector& y, const Vector& z) {
         const double s = 2 * std::sqrt(1 + z[2] - x[0] - y[1]);
         q = {(z[0] + x[2]) / s, (y[2] + z[1]) / s, s / 4, (x[1] - y[0]) / s};
     }
+    // Axes that nearly are one line do not stand upright on one another to the last digit.
+    const double size = std::hypot(std::hypot(q[0], q[1]), std::hypot(q[2], q[3]));
+    if (std::abs(size - 1) > 1e-6)
+        for (double& part : q)
+            part /= size;
     return q;
 }
 

@@ -2,37 +2,51 @@
 
 #include "scene/core/String.h"
 
+#include <algorithm>
+
 namespace vrn::convert {
 
 using vor::String;
 
 namespace {
 
-// Two letters or more in front of a colon; one alone is a drive.
-bool hasScheme(std::string_view path) {
-    const std::size_t colon = path.find(':');
-    if (colon == std::string_view::npos || colon < 2)
-        return false;
-    for (const char c : path.substr(0, colon))
-        if (!String::isLetter(c))
-            return false;
-    return true;
-}
-
 bool isPlain(char c) {
     return String::isLetter(c) || String::isDigit(c) || std::string_view("-._~/").find(c) != std::string_view::npos;
 }
 
+bool isOfReference(char c) {
+    return isPlain(c) || std::string_view("%!#$&'()*+,:;=?@[]").find(c) != std::string_view::npos;
+}
+
+// A scheme is two letters or more in front of `://`.
+bool hasScheme(std::string_view path) {
+    const std::size_t end = path.find("://");
+    return end != std::string_view::npos && end >= 2 && std::ranges::all_of(path.substr(0, end), String::isLetter);
+}
+
+// An image that stands in the reference itself.
+bool isData(std::string_view path) {
+    return path.starts_with("data:image/") && path.find(";base64,") != std::string_view::npos &&
+           std::ranges::all_of(path, isOfReference);
+}
+
+bool hasDrive(std::string_view path) { return path.size() > 1 && String::isLetter(path[0]) && path[1] == ':'; }
+
 } // namespace
 
+bool isRelative(std::string_view path) {
+    return !path.starts_with('/') && !path.starts_with('\\') && !hasDrive(path) && !hasScheme(path) && !isData(path);
+}
+
 std::string uriOf(std::string_view path) {
-    if (hasScheme(path))
+    if (isData(path))
         return std::string(path);
-    const bool hasDrive = path.size() > 1 && String::isLetter(path[0]) && path[1] == ':';
-    std::string uri = hasDrive ? "file:///" : "";
+    const bool isReference = hasScheme(path);
+    const bool isOnDrive = hasDrive(path);
+    std::string uri = isOnDrive ? "file:///" : "";
     for (std::size_t i = 0; i < path.size(); ++i) {
-        const char c = path[i] == '\\' ? '/' : path[i];
-        if (isPlain(c) || (hasDrive && i == 1)) {
+        const char c = path[i] == '\\' && !isReference ? '/' : path[i];
+        if (isPlain(c) || (isReference && isOfReference(c)) || (isOnDrive && i == 1)) {
             uri += c;
         } else {
             constexpr const char* digits = "0123456789ABCDEF";

@@ -3,12 +3,14 @@
 #include "scene/Scene.h"
 
 #include <algorithm>
+#include <limits>
 #include <numbers>
 
 namespace vrn::convert {
 
 namespace {
 
+constexpr double mostFloat = std::numeric_limits<float>::max();
 constexpr double degree = std::numbers::pi / 180;
 
 const Patterns cameraInputs = {"name", "projection", "fov",    "aspect", "size",   "near",        "far",
@@ -54,19 +56,22 @@ void readClipping(Camera& camera, const InputReader& reader, Losses& losses) {
         return;
     if (camera.far != 0)
         losses.add("farthest distances of cameras that are not behind the nearest", *camera.source);
-    camera.far = camera.isPerspective ? 0 : camera.near + 1000;
+    camera.far = camera.isPerspective ? 0 : std::max(camera.near + 1000, 2 * camera.near);
 }
 
 Camera readCamera(const Node& node, Losses& losses) {
     const InputReader reader(node, losses);
     Camera camera{.source = &node};
-    camera.isPerspective = reader.text("projection") != "orthographic";
+    const std::string projection = reader.text("projection");
+    if (!projection.empty() && projection != "perspective" && projection != "orthographic")
+        losses.add("unknown projections of cameras", node);
+    camera.isPerspective = projection != "orthographic";
     camera.fov = reader.number("fov", 45) * degree;
     if (camera.fov <= 0 || camera.fov >= std::numbers::pi) {
         losses.add("angles of cameras that are not between 0 and 180 degrees", node);
         camera.fov = 45 * degree;
     }
-    camera.aspect = std::max(0.0, reader.number("aspect", 0));
+    camera.aspect = reader.within("aspect", 0, 0, mostFloat);
     camera.size = reader.numbers<2>("size", {1, 1});
     if (camera.size[0] == 0 || camera.size[1] == 0) {
         losses.add("sizes of cameras that are 0", node);
@@ -91,10 +96,11 @@ Light readLight(const Node& node, Losses& losses) {
         light.color[i] = std::clamp(color[i], 0.0, 1.0);
     if (light.color != color)
         losses.add("colours of lights outside of 0 to 1", node);
-    light.intensity = std::max(0.0, reader.number("intensity", 1));
-    light.range = std::max(0.0, reader.number("range", 0));
-    light.outerAngle = std::clamp(reader.number("outerAngle", 45), 0.1, 90.0) * degree;
-    light.innerAngle = std::clamp(reader.number("innerAngle", 0) * degree, 0.0, light.outerAngle * 0.999);
+    light.intensity = reader.within("intensity", 1, 0, mostFloat);
+    light.range = reader.within("range", 0, 0, mostFloat);
+    const double outerAngle = reader.within("outerAngle", 45, 0.1, 90);
+    light.outerAngle = outerAngle * degree;
+    light.innerAngle = reader.within("innerAngle", 0, 0, outerAngle * 0.999) * degree;
     noteOthers(node, lightInputs, losses);
     return light;
 }

@@ -152,6 +152,10 @@ class Examples(Converting):
 TRIANGLE = "mesh m; m.points = vec3f[3] {0 0 0 1 0 0 0 1 0}; m.indices = int32[3] {0 1 2};\n"
 
 
+def triangle(name):
+    return TRIANGLE.replace("mesh m", f"mesh {name}").replace("m.", f"{name}.")
+
+
 class ToGltf(Converting):
     def of(self, text, *lost):
         self.file("in.vrn", text)
@@ -201,7 +205,8 @@ class ToGltf(Converting):
         count = 100_000
         lines = [TRIANGLE, "group g0;"] + [f"group g{i}; g{i}.parent = g{i - 1};" for i in range(1, count)]
         self.file("in.vrn", "\n".join(lines) + f"instance i; i.geometry = m; i.parent = g{count - 1};")
-        self.assertEqual(self.convert("in.vrn", "out.glb"), [])
+        lost = "nodes nested more than 1000 deep, where many readers give up: 1 (g1001)"
+        self.assertEqual(self.convert("in.vrn", "out.glb"), [lost])
         self.assertEqual(len(self.gltf("out.glb")["nodes"]), count + 1)
         result = self.run_here("convert", "out.glb", "back.vrn")
         self.assertEqual(result.returncode, 1)
@@ -390,7 +395,12 @@ class ToGltf(Converting):
 
     def test_skins(self):
         gltf = self.of(self.SKIN % (0, "0.5", "b"))
-        self.assertEqual(gltf["skins"], [{"name": "s", "joints": [1, 2]}])
+        (skin,) = gltf["skins"]
+        self.assertEqual((skin["name"], skin["joints"]), ("s", [1, 2]))
+        self.assertEqual(gltf["accessors"][skin["inverseBindMatrices"]]["count"], 2)
+        self.assertEqual(self.convert("out.glb", "back.vrn"), [])
+        back = [inputs_of(n) for n in self.scene("back.vrn")["nodes"] if n["type"] == "skin"]
+        self.assertEqual(back[0]["inverseBind"]["data"], [1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1] * 2)
         self.assertIn("WEIGHTS_0", gltf["meshes"][0]["primitives"][0]["attributes"])
         self.of(self.SKIN % (0, "0.75", "b"), "weights of skins that do not add up to 1, which they do now: 1 (m)")
         self.of(self.SKIN % (7, "0.5", "b"), "skins that lack joints of the mesh: 1 (i)")
@@ -433,6 +443,65 @@ class ToGltf(Converting):
         channel = inputs_of(animation["channels"]["elements"][0])
         self.assertEqual(channel["times"]["data"], [0, 1])
         self.assertEqual(channel["values"]["data"], [1, 1, 1, 2, 2, 2])
+
+    def test_nodes_of_one_name(self):
+        lost = "names that several nodes have, which are numbered now: 1 (b)"
+        gltf = self.of(
+            'group a; a.name = "x"; group b; b.name = "x"; camera c; c.worldMatrix |= a.outMatrix;\n'
+            'animation v; v.channels[*].target = b; v.channels[0].path = "scale";\n'
+            "v.channels[0].times = float[1] {0}; v.channels[0].values = vec3f[1] {2 2 2};",
+            lost,
+        )
+        self.assertEqual([node["name"] for node in gltf["nodes"]], ["x", "x_1"])
+
+    def test_numbers_that_overflow(self):
+        product = "transforms whose product is beyond the range of a float: 1 (g)"
+        self.of("group g; g.scale = vec3(1e38 1 1); g.transform = mat4(1e38 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1);", product)
+        large = "numbers beyond the range of a float: 1 (%s)"
+        self.of("group g; g.scale = vec3(1e200 1 1);", large % "g.scale")
+        self.of("camera c; c.position = pos3(1e308 0 0);", large % "c.position")
+        self.of('camera c; c.projection = "orthographic"; c.near = 1.7e308;', large % "c.near")
+        gltf = self.of('camera c; c.projection = "orthographic"; c.near = 1.0e30;')["cameras"][0]["orthographic"]
+        self.assertGreater(gltf["zfar"], gltf["znear"])
+        self.of("group g; g.rotation = quat(1e308 0 0 1);", large % "g.rotation")
+        gltf = self.of("group g; g.rotation = quat(5e-324 5e-324 0 0);", "the length of rotations, which is 1 now: 1 (g)")
+        self.assertAlmostEqual(gltf["nodes"][0]["rotation"][0], 0.5**0.5)
+
+    def test_values_that_do_not_fit(self):
+        range_of = "numbers outside of their range: %d (first %s)"
+        type_of = "values of a type that does not fit: %d (first %s)"
+        self.of(
+            "light l; l.kind = \"spot\"; l.intensity = -5; l.range = -1.0; l.outerAngle = 120; l.innerAngle = 200;"
+            "camera c; c.aspect = -3; c.projection = \"panoramic\";",
+            range_of % (5, "l.intensity"),
+            "unknown projections of cameras: 1 (c)",
+        )
+        gltf = self.of(
+            TRIANGLE + "m.uvsets[*].coords = vec2f[3] {0 0 1 0 0 1}; m.material |= r.outColor; material r;\n"
+            'r.baseColorMap |= t.outColor; r.doubleSided = 1; r.alpha.cutoff = -2; texture t; t.file = "a.png";\n'
+            "t.filter = 9987.0; t.wrapU = 5;",
+            type_of % (2, "r.doubleSided"),
+            "numbers outside of their range: 1 (r.alpha.cutoff)",
+        )
+        self.assertEqual(gltf["samplers"][0]["minFilter"], 9987)
+        self.of(
+            'group g; animation a; a.channels[*].target = g; a.channels[0].path = "scale"; a.duration = 5;\n'
+            "a.channels[0].times = float[1] {1}; a.channels[0].values = vec3f[1] {2 2 2};",
+            "durations of animations that are not the time of their last key: 1 (a)",
+        )
+
+    def test_references_to_textures(self):
+        text = (
+            TRIANGLE + "m.uvsets[*].coords = vec2f[3] {0 0 1 0 0 1}; m.material |= r.outColor; material r;\n"
+            'r.baseColorMap |= t.outColor; texture t; t.file = "%s";'
+        )
+        for file, uri in (
+            ("data:zz\\nb c", "data%3Azz%0Ab%20c"),
+            ("wood:oak light%.png", "wood%3Aoak%20light%25.png"),
+            ("https://a.b/c d%20e.png", "https://a.b/c%20d%20e.png"),
+            ("C:\\\\wood.png", "file:///C:/wood.png"),
+        ):
+            self.assertEqual(self.of(text % file)["images"][0]["uri"], uri)
 
     def convert_text(self, text):
         self.file("in.vrn", text)
@@ -565,6 +634,134 @@ class OtherFormats(Converting):
         self.assertEqual(meshes(self.scene("one.vrn"))[0].corners, meshes(self.scene("made.vrn"))[0].corners)
 
 
+    def test_gltf_that_shares_cameras_lights_and_names(self):
+        lights = "KHR_lights_punctual"
+        light = {"extensions": {lights: {"light": 0}}, "name": "same", "camera": 0}
+        self.file("in.gltf", json.dumps({
+            "asset": {"version": "2.0"},
+            "extensionsUsed": [lights],
+            "extensions": {lights: {"lights": [{"type": "point", "range": 4}]}},
+            "cameras": [{"type": "perspective", "perspective": {"yfov": 1, "znear": 0.5}}],
+            "scene": 0,
+            "scenes": [{"nodes": [0, 1]}, {"nodes": [0]}],
+            "nodes": [{**light, "translation": [1, 0, 0]}, {**light, "translation": [2, 0, 0]}],
+            "materials": [{"normalTexture": {"index": 0, "scale": 2, "texCoord": 1}}],
+        }))
+        lost = self.convert("in.gltf", "out.vrn")
+        self.assertIn("scenes other than the one that is shown first: 1 (in.gltf)", lost)
+        self.assertIn("scales of normal maps: 1 (in.gltf)", lost)
+        self.assertIn("textures that go by other uvsets than the first: 1 (in.gltf)", lost)
+        nodes = self.scene("out.vrn")["nodes"]
+        places = [n["name"] for n in nodes if n["type"] == "transform"]
+        for kind in ("camera", "light"):
+            of_kind = [inputs_of(n) for n in nodes if n["type"] == kind]
+            self.assertEqual([n["name"]["value"] for n in of_kind], ["same", "same"])
+            self.assertEqual({n["worldMatrix"]["connection"] for n in of_kind}, {f"{p}.outMatrix" for p in places[1:]})
+            self.assertNotIn("far", of_kind[0])
+
+    def test_skins_of_one_mesh(self):
+        skin = "skin s%s; s%s.joints[*] = j%s; transform j%s; j%s.parent = g; instance i%s; i%s.geometry = m; i%s.skin = s%s;\n"
+        self.file(
+            "in.vrn",
+            TRIANGLE + "group g; m.skin.joints = vec4u[3] {0 0 0 0 0 0 0 0 0 0 0 0};\n"
+            "m.skin.weights = vec4f[3] {1 0 0 0 1 0 0 0 1 0 0 0};\n" + skin.replace("%s", "a") + skin.replace("%s", "b"),
+        )
+        self.convert("in.vrn", "out.glb")
+        self.convert("out.glb", "back.vrn")
+        nodes = {n["name"]: inputs_of(n) for n in self.scene("back.vrn")["nodes"]}
+        for name in "ab":
+            used = nodes[nodes["i" + name]["skin"]["value"]]
+            self.assertEqual(used["joints"]["elements"][0]["value"], "j" + name)
+        document = self.gltf("out.glb")
+        for one in document["skins"]:
+            del one["inverseBindMatrices"]
+        text = json.dumps(document).encode()
+        text += b" " * (-len(text) % 4)
+        content = (self.folder / "out.glb").read_bytes()
+        behind = content[20 + struct.unpack("<I", content[12:16])[0] :]
+        header = struct.pack("<III", 2, 20 + len(text) + len(behind), len(text))
+        self.file("without.glb", b"glTF" + header + b"JSON" + text + behind)
+        self.validate("without.glb")
+        lost = self.convert("without.glb", "back.vrn")
+        self.assertEqual(lost, ["skins without inverseBindMatrices: 1 (without.glb)"])
+
+    def test_gltf_whose_name_has_a_space(self):
+        self.file("in.vrn", TRIANGLE)
+        self.convert("in.vrn", "my spot.gltf")
+        self.assertEqual(self.convert("my spot.gltf", "back.vrn"), [])
+        self.assertEqual(meshes(self.scene("back.vrn"))[0].triangles(), 1)
+
+    def test_textures_are_found_from_another_folder(self):
+        for folder in ("in", "out"):
+            (self.folder / folder).mkdir()
+        text = (
+            TRIANGLE + "m.uvsets[*].coords = vec2f[3] {0 0 1 0 0 1}; m.material |= r.outColor; material r;\n"
+            'r.baseColorMap |= t.outColor; texture t; t.file = "%s";'
+        )
+        for file, moved, back in (
+            ("maps\\\\a b.png", "../in/maps/a b.png", "in/maps/a b.png"),
+            ("../a.png", "../a.png", "a.png"),
+            ("/maps/a.png", "/maps/a.png", "/maps/a.png"),
+            ("https://a.b/c.png", "https://a.b/c.png", "https://a.b/c.png"),
+        ):
+            self.file("in/in.vrn", text % file)
+            self.convert("in/in.vrn", "out/out.glb")
+            self.convert("out/out.glb", "out/out.vrn")
+            self.convert("out/out.glb", "back.vrn")
+            at = [self.scene(p)["nodes"] for p in ("out/out.vrn", "back.vrn")]
+            near, far = ([inputs_of(n) for n in nodes if n["type"] == "texture"][0]["file"]["value"] for nodes in at)
+            self.assertEqual((near, far), (moved, back))
+
+    def test_where_the_map_of_emission_lies(self):
+        self.file(
+            "in.vrn",
+            TRIANGLE + "m.uvsets[*].coords = vec2f[3] {0 0 1 0 0 1}; m.material |= r.outColor; material r;\n"
+            'r.emission.color = vec3(1 1 1); r.emission.map |= t.outColor; texture t; t.file = "a.png";\n'
+            "r.emissionXform.offset = vec2(0.5 0.25); r.emissionXform.scale = vec2(2 2);",
+        )
+        self.convert("in.vrn", "out.glb")
+        self.convert("out.glb", "back.vrn")
+        material = [inputs_of(n) for n in self.scene("back.vrn")["nodes"] if n["type"] == "material"][0]
+        self.assertEqual(inputs_of(material["emissionXform"])["offset"]["value"], [0.5, 0.25])
+
+    def test_obj_keeps_things_apart(self):
+        self.file(
+            "in.vrn",
+            TRIANGLE + triangle("n") + "n.material |= p.outColor;\n"
+            + triangle("o") + "o.material |= q.outColor;\n"
+            'material p; p.name = "x\\nKd 9 9 9"; p.baseColor = rgba(1 0 0 1); p.baseColorMap |= t.outColor;\n'
+            'material q; q.name = "x\\nKd 9 9 9"; texture t; t.file = "a\\nillum 9";',
+        )
+        lost = self.convert("in.vrn", "out.obj")
+        self.assertIn("names that others have, too, or that do not fit into a line: 2 (first p)", lost)
+        self.assertIn("paths of textures that do not fit into a line: 1 (t)", lost)
+        library = (self.folder / "out.mtl").read_text().splitlines()
+        names = [line for line in library if line.startswith("newmtl")]
+        self.assertEqual(len(set(names)), 3)
+        self.assertNotIn("Kd 9 9 9", library)
+        self.assertNotIn("illum 9", library)
+        self.convert("out.obj", "back.vrn")
+        self.assertEqual(sum("material" in inputs_of(n) for n in self.scene("back.vrn")["nodes"] if n["type"] == "mesh"), 2)
+
+    def test_points_that_overflow_at_their_place(self):
+        self.file("in.vrn", TRIANGLE.replace("1 0 0", "1e30 0 0") + triangle("n")
+                  + "instance i; i.geometry = m; i.scale = vec3(1e30 1 1);")
+        lost = self.convert("in.vrn", "out.obj")
+        self.assertIn("meshes whose points would be beyond the range of a float: 1 (i)", lost)
+        self.assertNotIn("inf", (self.folder / "out.obj").read_text())
+
+    def test_ply_counts_corners_in_a_byte(self):
+        count = 300
+        points = " ".join(f"{i} {i * i} 0" for i in range(count))
+        corners = " ".join(map(str, range(count)))
+        self.file("in.vrn", f"mesh m; m.points = vec3f[{count}] {{{points}}}; m.faceCounts = int32[1] {{{count}}};\n"
+                            f"m.faceIndices = int32[{count}] {{{corners}}};")
+        lost = self.convert("in.vrn", "out.ply")
+        self.assertIn("polygons of more than three corners, now triangles: 1 (m)", lost)
+        self.convert("out.ply", "back.vrn")
+        self.assertEqual(meshes(self.scene("back.vrn"))[0].triangles(), count - 2)
+
+
 class Document(Converting):
     def test_says_what_is_said(self):
         text = (ROOT / "docs" / "convert.md").read_text()
@@ -611,6 +808,16 @@ class Trouble(Converting):
         self.fails(2, "vrn: no/such/out.glb: No such file or directory", "in.vrn", "no/such/out.glb")
         os.mkfifo(self.folder / "pipe.glb")
         self.fails(2, "vrn: pipe.glb: Operation not supported", "in.vrn", "pipe.glb")
+        self.fails(2, "vrn: pipe.glb: only regular files can be converted", "pipe.glb", "out.vrn")
+        os.mkfifo(self.folder / "pipe.mtl")
+        self.file("piped.obj", "mtllib pipe.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n")
+        self.convert("piped.obj", "piped.vrn")
+        mesh = '"meshes":[{"primitives":[{"attributes":{"POSITION":0}}]}],"nodes":[{"mesh":0}],"scenes":[{"nodes":[0]}],'
+        for uri in ("/dev/zero", "pipe.glb"):
+            self.file("endless.gltf", '{"asset":{"version":"2.0"},' + mesh + '"scene":0,"accessors":[{"bufferView":0,'
+                      '"componentType":5126,"count":3,"type":"VEC3"}],"bufferViews":[{"buffer":0,"byteLength":36}],'
+                      '"buffers":[{"byteLength":36,"uri":"' + uri + '"}]}')
+            self.fails(1, "vrn: endless.gltf: ", "endless.gltf", "out.vrn")
 
     def test_broken_models(self):
         self.file("empty.glb", b"")
