@@ -461,6 +461,7 @@ class ToGltf(Converting):
         self.of("group g; g.scale = vec3(1e200 1 1);", large % "g.scale")
         self.of("camera c; c.position = pos3(1e308 0 0);", large % "c.position")
         self.of('camera c; c.projection = "orthographic"; c.near = 1.7e308;', large % "c.near")
+        self.of("camera c; c.position = pos3(0 0 0); c.lookAt = pos3(0 0 5e-324);")
         gltf = self.of('camera c; c.projection = "orthographic"; c.near = 1.0e30;')["cameras"][0]["orthographic"]
         self.assertGreater(gltf["zfar"], gltf["znear"])
         self.of("group g; g.rotation = quat(1e308 0 0 1);", large % "g.rotation")
