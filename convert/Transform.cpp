@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace vrn::convert {
 
@@ -17,10 +18,10 @@ Vector minus(const Vector& a, const Vector& b) { return {a[0] - b[0], a[1] - b[1
 
 Vector times(const Vector& v, double factor) { return {v[0] * factor, v[1] * factor, v[2] * factor}; }
 
-// The vector with length 1, or `otherwise` if it has none to speak of.
+// The vector with length 1, or `otherwise` if it has none to speak of: the smallest numbers have no digits left.
 Vector unit(const Vector& v, const Vector& otherwise) {
     const double size = length(v);
-    return size > 0 && std::isfinite(size) ? times(v, 1 / size) : otherwise;
+    return size > std::numeric_limits<double>::min() && std::isfinite(size) ? times(v, 1 / size) : otherwise;
 }
 
 // The part of `v` that stands upright on the unit vector `axis`.

@@ -4,9 +4,11 @@ import json
 import os
 import pathlib
 import re
+import signal
 import struct
 import subprocess
 import sys
+import time
 import unittest
 
 sys.path += [str(pathlib.Path(__file__).resolve().parents[1] / "cli")]
@@ -461,6 +463,7 @@ class ToGltf(Converting):
         self.of("group g; g.scale = vec3(1e200 1 1);", large % "g.scale")
         self.of("camera c; c.position = pos3(1e308 0 0);", large % "c.position")
         self.of('camera c; c.projection = "orthographic"; c.near = 1.7e308;', large % "c.near")
+        self.of("camera c; c.position = pos3(0 0 0); c.lookAt = pos3(0 0 5e-324);")
         gltf = self.of('camera c; c.projection = "orthographic"; c.near = 1.0e30;')["cameras"][0]["orthographic"]
         self.assertGreater(gltf["zfar"], gltf["znear"])
         self.of("group g; g.rotation = quat(1e308 0 0 1);", large % "g.rotation")
@@ -848,6 +851,28 @@ class Trouble(Converting):
             + '</visual_scene></library_visual_scenes><scene><instance_visual_scene url="#s"/></scene></COLLADA>',
         )
         self.fails(1, "vrn: deep.dae: it is so broken that its reader gave up", "deep.dae", "out.vrn")
+
+    def test_nothing_goes_on_when_the_command_is_ended(self):
+        self.file("large.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\n" + "f 1 2 3\n" * 300_000)
+        command = subprocess.Popen([VRN, "convert", "large.obj", "out.vrn"], cwd=self.folder)
+        children = pathlib.Path(f"/proc/{command.pid}/task/{command.pid}/children")
+        while not (found := children.read_text().split()):
+            self.assertIsNone(command.poll(), "it ended too soon")
+        time.sleep(0.03)  # it has begun to read
+        os.kill(int(found[0]), signal.SIGSTOP)
+        command.terminate()
+        command.wait()
+        deadline = time.monotonic() + 30
+        while self.runs(found[0]):
+            self.assertLess(time.monotonic(), deadline, "its reader is still there")
+            time.sleep(0.01)
+
+    @staticmethod
+    def runs(process):
+        try:
+            return pathlib.Path("/proc", process, "stat").read_text().split()[2] != "Z"
+        except OSError:
+            return False
 
     def test_scenes_with_errors_are_not_converted(self):
         self.file("bad.vrn", TRIANGLE + "m.b = true; m.b = 1.5;")
