@@ -21,7 +21,8 @@ template <class Value> [[nodiscard]] Value* memberOf(Value* object, const char* 
     if (!object || !object->IsObject())
         return nullptr;
     const auto member = object->FindMember(name);
-    return member == object->MemberEnd() ? nullptr : &member->value;
+    const bool isThere = member - object->MemberEnd() != 0; // comparing them is ambiguous to C++20
+    return isThere ? &member->value : nullptr;
 }
 
 [[nodiscard]] inline std::optional<vor::u64> numberIn(const GltfValue& object, const char* name) {

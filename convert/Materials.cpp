@@ -137,7 +137,8 @@ u32 readMaterial(SceneReading& reading, const Node* node) {
     material.occlusionMap = readMap(reading, reader, "occlusionMap", "occlusionXform");
     material.emissionMap = readMap(reading, reader, "emission.map", "emissionXform");
     material.alphaMode = readAlphaMode(reading, reader, material);
-    material.alphaCutoff = reader.within("alpha.cutoff", 0.5, 0, std::numeric_limits<float>::max());
+    material.alphaCutoff =
+        reader.within("alpha.cutoff", 0.5, 0, static_cast<double>(std::numeric_limits<float>::max()));
     noteOthers(*node, carriedBy(reader), reading.losses);
     reading.model.materials.push_back(std::move(material));
     return reading.materials.at(node);

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <ranges>
 
 namespace vrn::convert {
 
@@ -34,7 +33,9 @@ Quaternion readRotation(const Node& node, const InputReader& reader, Losses& los
     if (size == 0)
         return {0, 0, 0, 1};
     // First by the largest part: the smallest numbers have too few digits for a length.
-    const double largest = std::ranges::max(given | std::views::transform([](double part) { return std::abs(part); }));
+    double largest = 0;
+    for (const double part : given)
+        largest = std::max(largest, std::abs(part));
     const Quaternion scaled = dividedBy(given, largest);
     return dividedBy(scaled, lengthOf(scaled));
 }

@@ -10,7 +10,7 @@ namespace vrn::convert {
 
 namespace {
 
-constexpr double mostFloat = std::numeric_limits<float>::max();
+constexpr auto mostFloat = static_cast<double>(std::numeric_limits<float>::max());
 constexpr double degree = std::numbers::pi / 180;
 
 const Patterns cameraInputs = {"name", "projection", "fov",    "aspect", "size",   "near",        "far",
