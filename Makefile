@@ -64,7 +64,7 @@ fuzz: checks
 lint: checks
 	@scripts/lint
 
-coverage: checks $(LOCALES)/de_DE.UTF-8 $(NODE_MODULES)
+coverage: checks $(LOCALES)/de_DE.UTF-8
 	@scripts/coverage -DVRN_LOCALES=$(LOCALES)
 
 # A German locale of our own, so that nobody needs root for it.

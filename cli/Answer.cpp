@@ -1,10 +1,10 @@
 #include "cli/Answer.h"
 
-#include "cli/BufferNumbers.h"
 #include "cli/Console.h"
 #include "cli/Style.h"
 #include "cli/ValueJson.h"
 #include "cli/ValueText.h"
+#include "scene/BufferNumbers.h"
 #include "scene/core/TextEncoding.h"
 
 namespace vrn::cli {

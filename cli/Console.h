@@ -17,7 +17,7 @@ inline constexpr const char* exitStatuses =
     "0 all read without an error, 1 an error was found, 2 wrong usage or a\n"
     "file that cannot be opened or read (the other files are still dealt with).\n";
 inline constexpr const char* programPurpose =
-    "Reads scenes in the VRN text scene format: checks them, shows them, sums them up.";
+    "Checks, formats, shows, compares and converts scenes in the VRN text format.";
 
 // Any thread may print; what is printed at once stays together.
 void print(std::string_view text);

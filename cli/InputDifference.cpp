@@ -1,7 +1,7 @@
 #include "cli/InputDifference.h"
 
-#include "cli/BufferNumbers.h"
 #include "cli/ValueText.h"
+#include "scene/BufferNumbers.h"
 
 #include <cstring>
 

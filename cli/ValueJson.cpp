@@ -1,6 +1,6 @@
 #include "cli/ValueJson.h"
 
-#include "cli/BufferNumbers.h"
+#include "scene/BufferNumbers.h"
 #include "scene/Node.h"
 #include "scene/core/NumberText.h"
 

@@ -1,5 +1,6 @@
 #include "scene/SceneJson.h"
 
+#include "scene/BufferNumbers.h"
 #include "scene/RapidJson.h"
 #include "scene/core/NumberText.h"
 #include "scene/core/TextEncoding.h"
@@ -175,7 +176,7 @@ private:
             return;
         default:
             key("value");
-            numbers([&] { reals(value.components()); });
+            numbers([&] { list(value.components()); });
         }
     }
 
@@ -187,7 +188,7 @@ private:
         if (!options_.hasBufferData)
             return;
         key("data");
-        numbers([&] { writeElements(value); });
+        numbers([&] { visitNumbers(value, [&](auto elements) { list(elements); }); });
     }
 
     template <class Write> void numbers(Write write) {
@@ -198,47 +199,18 @@ private:
         setOneLineArrays(writer_, false);
     }
 
-    template <class T> void integers(std::span<const T> numbers) {
-        for (const T number : numbers) {
-            if constexpr (std::is_signed_v<T>)
-                writer_.Int64(number);
-            else
-                writer_.Uint64(number);
-        }
+    template <class T> void number(T value) {
+        if constexpr (std::is_floating_point_v<T>)
+            real(value);
+        else if constexpr (std::is_signed_v<T>)
+            writer_.Int64(value);
+        else
+            writer_.Uint64(value);
     }
 
-    template <class T> void reals(std::span<const T> numbers) {
-        for (const T number : numbers)
-            real(number);
-    }
-
-    void writeElements(const AttrData& value) {
-        switch (elementLayout(value.dataType()).componentType) {
-        case DataType::Bool:
-            return integers(value.elements<bool>());
-        case DataType::Char:
-            return integers(value.elements<i8>());
-        case DataType::Byte:
-            return integers(value.elements<u8>());
-        case DataType::Int16:
-            return integers(value.elements<i16>());
-        case DataType::UInt16:
-            return integers(value.elements<u16>());
-        case DataType::Int32:
-            return integers(value.elements<i32>());
-        case DataType::UInt32:
-            return integers(value.elements<u32>());
-        case DataType::Int64:
-            return integers(value.elements<i64>());
-        case DataType::UInt64:
-            return integers(value.elements<u64>());
-        case DataType::Float:
-            return reals(value.elements<float>());
-        case DataType::Double:
-            return reals(value.elements<double>());
-        default: // addresses mean nothing outside their process
-            return;
-        }
+    template <class T> void list(std::span<const T> values) {
+        for (const T value : values)
+            number(value);
     }
 
     void key(const char* name) { writer_.Key(name); }

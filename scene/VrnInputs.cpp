@@ -1,5 +1,6 @@
 #include "scene/VrnInputs.h"
 
+#include "scene/VrnBuffer.h"
 #include "scene/VrnLosses.h"
 #include "scene/VrnValue.h"
 
@@ -25,13 +26,13 @@ bool givesType(const Input& element, AttrType type) noexcept {
     return element.type() == type && (type != AttrType::Buffer || hasKeyword(element.dataType()));
 }
 
-// Inputs that are marked so take no value, and neither does an input with an enumeration take the empty text quietly
-// that it has from the start.
-bool isRefusedByReader(const Input& input) {
-    if (isMadeByLink(input))
-        return false;
-    const bool isUnset = input.type() == AttrType::String && *input.value().asString() == '\0';
-    return input.isLocked() || input.isLinkOnly() || (isUnset && !input.enumeration().isEmpty());
+bool takesNoValue(const Input& input) noexcept {
+    return !isMadeByLink(input) && (input.isLocked() || input.isLinkOnly());
+}
+
+// An input with an enumeration does not take the empty text quietly that it may have from the start.
+bool isUnsetChoice(const Input& input) {
+    return input.type() == AttrType::String && *input.value().asString() == '\0' && !input.enumeration().isEmpty();
 }
 
 // Whether the catalogue of the scene makes the input with the value that it has.
@@ -45,7 +46,7 @@ bool isFromCatalogue(const Input& input) {
 
 // The name of an output may go on with indices. Each ends at its first closing bracket; what stands before it is not
 // looked at, but of few characters.
-bool isOutputName(std::string_view name) noexcept {
+bool isOutputName(std::string_view name) {
     const std::size_t brackets = std::min(name.find('['), name.size());
     if (!isIdentifier(name.substr(0, brackets)))
         return false;
@@ -92,7 +93,7 @@ void VrnInputs::writeNextOf(Open& parent) {
 }
 
 // Why a text cannot have an input, or an element of an array, at all; null if it can.
-const char* VrnInputs::obstacle(const Input& input, const ArrayPlan* array) noexcept {
+const char* VrnInputs::obstacle(const Input& input, const ArrayPlan* array) {
     if (!array && !isIdentifier(input.key().view()))
         return losses::inputName;
     if (input.type() == AttrType::Buffer && !isUntypedBuffer(input) && !hasKeyword(input.dataType()))
@@ -111,14 +112,14 @@ const char* VrnInputs::obstacle(const Input& input, const ArrayPlan* array) noex
 }
 
 void VrnInputs::begin(const Input& input, bool isThere) {
-    if (isRefusedByReader(input)) {
+    if (takesNoValue(input)) {
         if (!isFromCatalogue(input))
             lose(input, losses::markedInput);
         if (!input.children().empty())
             open_.push_back({.input = &input,
                              .pathLength = path_.size(),
                              .plan = input.type() == AttrType::Array ? planOf(input) : ArrayPlan()});
-    } else {
+    } else if (!isUnsetChoice(input) || !isFromCatalogue(input)) {
         writeValue(input, isThere);
     }
     writeConnection(input);

@@ -46,7 +46,7 @@ private:
     void assign(const AttrData& value);
     void statement(std::string_view sign, std::string_view value);
     void lose(const Input& input, const char* what) { losses_.push_back({input.label(), what}); }
-    [[nodiscard]] static const char* obstacle(const Input& input, const ArrayPlan* array) noexcept;
+    [[nodiscard]] static const char* obstacle(const Input& input, const ArrayPlan* array);
 
     TextBlock& text_;
     const VrnWriterOptions& options_;

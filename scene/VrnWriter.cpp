@@ -17,10 +17,6 @@ bool isComment(std::string_view text) noexcept {
     return text.starts_with('#') && text.find_first_of("\n\r\xFF") == std::string_view::npos;
 }
 
-bool isWord(std::string_view text, std::string_view word) noexcept {
-    return std::ranges::equal(text, word, {}, [](char c) { return String::lower(c); });
-}
-
 // Whether an input, with all below it, is what a text's copy of the definition's input is: the same, without links.
 // What only links make is not there yet when the copy is made.
 bool isCopy(const Input& input, const Input& original) {
@@ -192,7 +188,9 @@ private:
 
     // Two of the types would be read as keywords before a semicolon.
     void statement(std::string_view type, const Node& node) {
-        const bool isKeyword = !node.isDefinition() && (isWord(type, "remove") || isWord(type, "define"));
+        const String word = type;
+        const bool isKeyword =
+            !node.isDefinition() && (word.compareNoCase("remove") == 0 || word.compareNoCase("define") == 0);
         begin(Before::Statement, type, node, isKeyword ? ":\n" : ";\n");
     }
 

@@ -6,6 +6,7 @@
 #include "tests/faults/Allocations.h"
 #include "tests/support/Invariants.h"
 #include "tests/support/Reading.h"
+#include "tests/support/Texts.h"
 
 #include <algorithm>
 #include <array>
@@ -17,18 +18,12 @@ namespace vrn::test {
 
 namespace {
 
-std::string contentsOf(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 // The texts that cover each form of statement and value, those that are refused among them.
 std::vector<std::pair<std::string, String>> texts() {
     std::vector<std::pair<std::string, String>> found;
-    for (const char* folder : {"accept", "reject"})
-        for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(VRN_TEST_DATA) / folder))
-            if (entry.path().extension() == ".vrn" && entry.file_size() < 20000)
-                found.emplace_back(entry.path().filename(), String(std::string_view(contentsOf(entry.path()))));
+    for (const std::filesystem::path& path : goldenTexts())
+        if (std::filesystem::file_size(path) < 20000)
+            found.emplace_back(path.filename(), String(std::string_view(contentOf(path))));
     found.emplace_back("many of each", [] {
         std::string text;
         for (int i = 0; i < 40; ++i) {

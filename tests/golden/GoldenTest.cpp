@@ -3,6 +3,7 @@
 // `NNN_topic.vrn` has `NNN_topic.json` (the scene) and `NNN_topic.log` (the log and the result). Run
 // with VRN_UPDATE_GOLDENS=1 to write these two anew; then look at the difference.
 #include "tests/support/Reading.h"
+#include "tests/support/Texts.h"
 
 #include <algorithm>
 #include <clocale>
@@ -10,28 +11,10 @@
 #include <filesystem>
 #include <fstream>
 #include <locale>
-#include <sstream>
 
 namespace vrn::test {
 
 namespace fs = std::filesystem;
-
-static std::string contentOf(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
-
-static std::vector<fs::path> goldenTexts() {
-    std::vector<fs::path> paths;
-    for (const char* kind : {"accept", "reject"})
-        for (const auto& entry : fs::directory_iterator(fs::path(VRN_TEST_DATA) / kind))
-            if (entry.path().extension() == ".vrn")
-                paths.push_back(entry.path());
-    std::ranges::sort(paths);
-    return paths;
-}
 
 static void expectGolden(const std::string& text, fs::path path, const char* extension) {
     path.replace_extension(extension);

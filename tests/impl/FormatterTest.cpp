@@ -2,9 +2,7 @@
 
 #include "tests/support/Reading.h"
 #include "tests/support/SameScene.h"
-
-#include <filesystem>
-#include <fstream>
+#include "tests/support/Texts.h"
 
 namespace vrn::test {
 
@@ -143,27 +141,21 @@ TEST(Formatter, refusesWhatItWouldLose) {
 }
 
 TEST(Formatter, keepsTheScenesOfAllTexts) {
-    const std::filesystem::path data = VRN_TEST_DATA;
     std::size_t count = 0;
-    for (const auto& folder : {data / "accept", data / "reject", data / "../../examples"}) {
-        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-            if (entry.path().extension() != ".vrn")
-                continue;
-            std::ifstream file(entry.path(), std::ios::binary);
-            const std::string text{std::istreambuf_iterator<char>(file), {}};
-            std::string once;
-            try {
-                once = formatted(text);
-            } catch (const FormatError&) {
-                continue;
-            }
-            ++count;
-            EXPECT_EQ(formatted(once), once) << entry.path();
-            const Reading before = readText(String(std::string_view(text)));
-            const Reading after = readText(String(std::string_view(once)));
-            EXPECT_EQ(firstDifference(*before.scene, *after.scene), "") << entry.path();
-            EXPECT_EQ(before.isOk, after.isOk) << entry.path();
+    for (const std::filesystem::path& path : allTexts()) {
+        const std::string text = contentOf(path);
+        std::string once;
+        try {
+            once = formatted(text);
+        } catch (const FormatError&) {
+            continue;
         }
+        ++count;
+        EXPECT_EQ(formatted(once), once) << path;
+        const Reading before = readText(String(std::string_view(text)));
+        const Reading after = readText(String(std::string_view(once)));
+        EXPECT_EQ(firstDifference(*before.scene, *after.scene), "") << path;
+        EXPECT_EQ(before.isOk, after.isOk) << path;
     }
     EXPECT_GE(count, 50U);
 }

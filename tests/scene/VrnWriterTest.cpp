@@ -3,10 +3,10 @@
 #include "scene/core/Decompress.h"
 #include "tests/support/Reading.h"
 #include "tests/support/SameScene.h"
+#include "tests/support/Texts.h"
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
 
 namespace vrn::test {
 
@@ -332,26 +332,20 @@ TEST(VrnWriter, whatTheSinkThrowsPassesThrough) {
 
 // Every text that there is.
 TEST(VrnWriter, examplesAndGoldenTextsSurvive) {
-    const std::filesystem::path data = VRN_TEST_DATA;
-    std::size_t count = 0;
-    for (const auto& folder : {data / "accept", data / "reject", data / "../../examples"}) {
-        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-            if (entry.path().extension() != ".vrn")
-                continue;
-            ++count;
-            Reading r;
-            r.run([&] { return parseVrn(r.scene.get(), File::open(entry.path().c_str()), false); });
-            for (const u32 column : {100U, 0U}) {
-                const Written written = write(*r.scene, {.column = column});
-                EXPECT_EQ(written.losses, std::vector<std::string>()) << entry.path();
-                const Reading again = readText(String(std::string_view(written.text)));
-                EXPECT_TRUE(again.isOk) << entry.path();
-                EXPECT_EQ(firstDifference(*r.scene, *again.scene), "") << entry.path();
-                EXPECT_EQ(write(*again.scene, {.column = column}).text, written.text) << entry.path();
-            }
+    const std::vector<std::filesystem::path> paths = allTexts();
+    EXPECT_GE(paths.size(), 60U);
+    for (const std::filesystem::path& path : paths) {
+        Reading r;
+        r.run([&] { return parseVrn(r.scene.get(), File::open(path.c_str()), false); });
+        for (const u32 column : {100U, 0U}) {
+            const Written written = write(*r.scene, {.column = column});
+            EXPECT_EQ(written.losses, std::vector<std::string>()) << path;
+            const Reading again = readText(String(std::string_view(written.text)));
+            EXPECT_TRUE(again.isOk) << path;
+            EXPECT_EQ(firstDifference(*r.scene, *again.scene), "") << path;
+            EXPECT_EQ(write(*again.scene, {.column = column}).text, written.text) << path;
         }
     }
-    EXPECT_GE(count, 60U);
 }
 
 } // namespace vrn::test

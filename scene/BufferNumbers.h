@@ -3,14 +3,12 @@
 
 #include "scene/AttrData.h"
 
-namespace vrn::cli {
+namespace vor::velmo_sdk {
 
 // Calls `visit(std::span<const T>)` with all numbers of a buffer in a row, T being what its elements are made of.
 // Does not call it for a buffer without an element type.
-template <class Visit> void visitNumbers(const vor::velmo_sdk::AttrData& buffer, Visit visit) {
-    using namespace vor;
-    using velmo_sdk::DataType;
-    switch (velmo_sdk::elementLayout(buffer.dataType()).componentType) {
+template <class Visit> void visitNumbers(const AttrData& buffer, Visit visit) {
+    switch (elementLayout(buffer.dataType()).componentType) {
     case DataType::Bool:
         return visit(buffer.elements<bool>());
     case DataType::Char:
@@ -38,4 +36,4 @@ template <class Visit> void visitNumbers(const vor::velmo_sdk::AttrData& buffer,
     }
 }
 
-} // namespace vrn::cli
+} // namespace vor::velmo_sdk
