@@ -3,6 +3,8 @@
 #include "scene/Node.h"
 #include "scene/Scene.h"
 
+#include <algorithm>
+
 namespace vor::velmo_sdk::impl {
 
 Input::Input(Node& node, Input* parent, String name, u64 index, AttrData value)
@@ -32,7 +34,7 @@ String Input::label() const {
 Node* Input::nodeValue() const noexcept { return extras_ ? extras_->node : nullptr; }
 
 void Input::assign(AttrData value) {
-    if (type() != AttrType::Null && type() != value.type())
+    if (!takes(value.type()))
         return;
     if (type() == AttrType::Object)
         clearChildren();
@@ -49,8 +51,22 @@ void Input::assign(AttrData value) {
 void Input::set(AttrData value) {
     if (type() != AttrType::Array || value.type() != AttrType::Array)
         assign(std::move(value));
-    else if (elementType() == AttrType::Null)
+    else if (elementType() == AttrType::Null && mayBeArrayOf(value.elementType()))
         write(std::move(value));
+}
+
+bool Input::takes(AttrType valueType) const noexcept {
+    if (type() != AttrType::Null || valueType == AttrType::Null)
+        return type() == valueType;
+    const AttrType expected = isElement() ? parent_->elementType() : AttrType::Null;
+    return expected == AttrType::Null || valueType == expected;
+}
+
+bool Input::mayBeArrayOf(AttrType expected) const noexcept {
+    return std::ranges::all_of(children(), [expected](const Input* element) {
+        const AttrType type = element->type();
+        return type == AttrType::Null || type == AttrType::Node || type == expected;
+    });
 }
 
 // Replaces the value and keeps the books of the array that this is an element of, or that this is.

@@ -49,12 +49,14 @@ public:
     [[nodiscard]] Node* nodeValue() const noexcept;
 
     // A value of the input's type replaces the value; an Object empties the members, an Array the
-    // elements (and an element type that it does not carry stays). A Null input takes value and type.
-    // Any other value leaves the input as it is.
+    // elements (and an element type that it does not carry stays). A Null input takes value and type;
+    // as an element, only its array's element type if there is one. Any other value leaves the input as
+    // it is.
     void assign(AttrData value);
 
     // The same, but an Array only gives an array that has no element type its own, and keeps the
-    // elements.
+    // elements; O(n) in them. It leaves the array as it is if one of them, other than a Node, has a type
+    // that does not fit.
     void set(AttrData value);
 
     // Makes a Node input, or a Null input, which becomes one, refer to `node`; others ignore it.
@@ -127,6 +129,8 @@ private:
     void clearChildren() noexcept;
     void copyFrom(const Input& other);
     [[nodiscard]] Extras& extras();
+    [[nodiscard]] bool takes(AttrType valueType) const noexcept;
+    [[nodiscard]] bool mayBeArrayOf(AttrType expected) const noexcept;
     [[nodiscard]] bool isUntyped(AttrType asElementOf) const noexcept;
     void countUntyped() noexcept;
     static void detach(Input* root) noexcept;

@@ -257,6 +257,23 @@ TEST(Input, countsElementsWithoutAType) {
     EXPECT_EQ(arrays->untypedElements(), 0U);
 }
 
+TEST(Input, elementsFitTheirArray) {
+    Scene scene;
+    Input* array = scene.createNode("t", "a")->createArray("l", AttrType::Null);
+    for (int i = 0; i < 3; ++i)
+        ASSERT_TRUE(array->appendElement());
+    array->element(0)->assign(AttrData::zero(AttrType::Object));
+    array->element(1)->setNode(scene.findNode("a"));
+    array->set(AttrData::array(AttrType::Int));
+    EXPECT_EQ(array->elementType(), AttrType::Null) << "an element is an object";
+    array->set(AttrData::array(AttrType::Object));
+    EXPECT_EQ(array->elementType(), AttrType::Object);
+    array->element(2)->assign(AttrData::integer(1));
+    EXPECT_EQ(array->element(2)->type(), AttrType::Null) << "the array is of objects";
+    array->element(2)->assign(AttrData::zero(AttrType::Object));
+    EXPECT_EQ(array->element(2)->type(), AttrType::Object);
+}
+
 TEST(Input, connectsToOneOutput) {
     Scene scene;
     Node* node = scene.createNode("t", "a");
