@@ -2,6 +2,7 @@
 
 #include "scene/BufferNumbers.h"
 #include "scene/core/Compress.h"
+#include "scene/core/ListElements.h"
 #include "scene/core/NumberLists.h"
 
 #include <algorithm>
@@ -13,42 +14,45 @@ namespace vor::velmo_sdk::impl {
 
 namespace {
 
+// How many numbers are made text at once: what a processor keeps near.
+constexpr std::size_t atOnce = 1024;
+
 // The lines of a list: all in the one that it begins in, or each in lines of its own.
 class Lines {
 public:
     Lines(TextBlock& text, const VrnWriterOptions& options, LinePlace place, std::size_t length)
-        : text_(text), indent_(place.indent + 4) {
+        : text_(text), newLine_('\n' + std::string(place.indent + 4, ' ')), column_(options.column) {
         constexpr std::size_t closing = 2; // the brace and the semicolon
         isOneLine_ = options.column == 0 || place.prefix + length + closing <= options.column;
-        column_ = isOneLine_ ? std::numeric_limits<std::size_t>::max() / 2 : options.column;
-        used_ = isOneLine_ ? 0 : column_;
+        used_ = column_;
         isBegun_ = !isOneLine_; // by what comes before the list, and there is no room left
     }
 
-    // Numbers with a space behind each; `ends` are theirs, `each` of them are one element.
-    void append(const char* numbers, std::span<const u32> ends, std::size_t each) {
-        const std::size_t elements = ends.size() / each;
-        const auto endOf = [&](std::size_t element) { return ends[element * each + each - 1]; };
-        std::size_t begun = 0; // of what has not been written yet
-        for (std::size_t next = 0; next < elements;) {
-            std::size_t behind = firstBeyond(begun + column_ - std::min(column_, used_) + 1, next, elements, endOf);
-            if (behind == next && isBegun_) {
+    // Whole elements, of `each` numbers with a space behind each.
+    void append(std::string_view numbers, std::size_t each) {
+        if (isOneLine_)
+            return write(numbers);
+        while (!numbers.empty()) {
+            const std::size_t room = column_ - std::min(column_, used_) + 1;
+            std::size_t fitting = lengthOfElements(numbers, room, each);
+            if (fitting == 0 && isBegun_) {
                 startLine();
                 continue;
             }
-            behind = std::max(behind, next + 1); // one that is longer than a line, too
-            write({numbers + begun, numbers + endOf(behind - 1)});
-            begun = endOf(behind - 1);
-            next = behind;
+            if (fitting == 0) // one that is longer than a line
+                fitting = lengthOfElement(numbers, each);
+            write(numbers.substr(0, fitting));
+            numbers.remove_prefix(fitting);
         }
     }
 
     // A `.`, then digits that belong together in pairs.
     void append(std::string_view payload) {
-        const std::size_t pairs = std::max<std::size_t>(column_ - std::min(column_, indent_ + 1), 2) / 2 * 2;
+        if (isOneLine_)
+            return text_.append(payload);
+        const std::size_t pairs = std::max<std::size_t>(column_ - std::min(column_, newLine_.size()), 2) / 2 * 2;
         for (std::size_t length = pairs + 1; !payload.empty(); length = pairs) {
-            if (!isOneLine_)
-                startLine();
+            startLine();
             text_.append(payload.substr(0, length));
             payload.remove_prefix(std::min(length, payload.size()));
         }
@@ -58,28 +62,13 @@ public:
         if (isOneLine_)
             return;
         text_.append('\n');
-        text_.append(indent_ - 4, ' ');
+        text_.append(std::string_view(newLine_).substr(1 + 4));
     }
 
 private:
-    // The first element from `next` on that ends behind a place. Each takes two characters at least.
-    template <class EndOf>
-    static std::size_t firstBeyond(std::size_t place, std::size_t next, std::size_t elements, EndOf endOf) {
-        const std::size_t begun = next == 0 ? 0 : endOf(next - 1);
-        std::size_t left = std::min(elements - next, (place - begun) / 2 + 1);
-        while (left != 0) {
-            const std::size_t half = left / 2;
-            const bool isWithin = endOf(next + half) <= place;
-            next = isWithin ? next + half + 1 : next;
-            left = isWithin ? left - half - 1 : half;
-        }
-        return next;
-    }
-
     void startLine() {
-        text_.append('\n');
-        text_.append(indent_, ' ');
-        used_ = indent_;
+        text_.append(newLine_);
+        used_ = newLine_.size() - 1;
         isBegun_ = false;
     }
     void write(std::string_view numbers) {
@@ -91,30 +80,27 @@ private:
     }
 
     TextBlock& text_;
-    std::size_t indent_;
+    std::string newLine_;
     std::size_t column_;
     std::size_t used_; // of the line, with a space behind the last number
     bool isOneLine_;
     bool isBegun_; // the line has numbers
 };
 
-// How many numbers are made text at once: what a processor keeps near.
-constexpr std::size_t atOnce = 1024;
-
 // All numbers, `each` of them an element.
 template <class Number>
 void appendNumbers(std::span<const Number> numbers, std::size_t each, const VrnWriterOptions& options, LinePlace place,
                    TextBlock& text) {
-    const auto characters = std::make_unique_for_overwrite<char[]>(atOnce * listNumberCapacity + listSlack);
-    u32 ends[atOnce];
+    const auto block = std::make_unique_for_overwrite<char[]>(elementsSlack + atOnce * listNumberCapacity + listSlack);
+    char* const characters = block.get() + elementsSlack;
     std::optional<Lines> lines;
     while (!numbers.empty()) {
         const auto next = numbers.subspan(0, std::min(atOnce / each * each, numbers.size()));
-        writeNumberList(next, characters.get(), ends);
+        const std::string_view written{characters, writeNumberList(next, characters)};
         if (!lines) // more than these is too much for a line
             lines.emplace(text, options, place,
-                          next.size() == numbers.size() ? ends[next.size() - 1] - 1 : std::size_t(options.column));
-        lines->append(characters.get(), {ends, next.size()}, each);
+                          next.size() == numbers.size() ? written.size() - 1 : std::size_t(options.column));
+        lines->append(written, each);
         numbers = numbers.subspan(next.size());
     }
     lines->finish();

@@ -36,8 +36,7 @@ void appendReal(double value, std::string& text) {
 void appendComponents(const AttrData& value, std::string& text) {
     const std::span<const double> components = value.components();
     char numbers[16 * listNumberCapacity + listSlack];
-    u32 ends[16];
-    const char* end = writeNumberList(components, numbers, ends);
+    const char* end = writeNumberList(components, numbers);
     text += String(attrTypeName(value.type())).toLower().view();
     text.append("(").append(numbers, static_cast<std::size_t>(end - numbers) - 1).append(")");
 }

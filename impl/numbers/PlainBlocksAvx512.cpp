@@ -6,24 +6,15 @@
 
 #if defined(__x86_64__)
 
-// GCC 12 takes what its own AVX-512 functions leave undefined on purpose for a mistake.
-#    if defined(__GNUC__) && !defined(__clang__)
-#        pragma GCC diagnostic ignored "-Wuninitialized"
-#        pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#    endif
-
 #    include "impl/lexer/CharClass.h"
 #    include "impl/numbers/BlockMasks.h"
+#    include "scene/core/Avx512.h"
 #    include "scene/core/PlainNumber.h"
 
 #    include <bit>
 #    include <cstring>
-#    include <immintrin.h>
 #    include <limits>
 #    include <type_traits>
-
-#    define VRN_AVX512                                                                                                 \
-        __attribute__((target("avx512f,avx512bw,avx512dq,avx512vl,avx512vbmi,avx512vbmi2,bmi,bmi2,popcnt")))
 
 namespace vor::velmo_sdk::impl {
 
@@ -39,21 +30,11 @@ struct alignas(64) NumberTable {
 };
 constexpr NumberTable numberTable;
 
-// Tables of 64 bytes: the i-th, the token that lane i / (8 or 16) takes, and the place in the lane.
-struct alignas(64) Bytes {
-    i8 byte[64] = {};
-    template <class Value> constexpr explicit Bytes(Value value) {
-        for (int i = 0; i < 64; ++i)
-            byte[i] = static_cast<i8>(value(i));
-    }
-};
-constexpr Bytes positions([](int i) { return i; });
-constexpr Bytes byteOf8([](int i) { return i % 8 - 8; });
-constexpr Bytes byteOf16([](int i) { return i % 16 - 16; });
-constexpr Bytes numberOf8([](int i) { return i / 8; });
-constexpr Bytes numberOf16([](int i) { return i / 16; });
-
-VRN_AVX512 inline __m512i load(const Bytes& bytes) { return _mm512_load_si512(bytes.byte); }
+// The token that lane i / (8 or 16) takes, and the place in the lane.
+constexpr ByteTable byteOf8([](int i) { return i % 8 - 8; });
+constexpr ByteTable byteOf16([](int i) { return i % 16 - 16; });
+constexpr ByteTable numberOf8([](int i) { return i / 8; });
+constexpr ByteTable numberOf16([](int i) { return i / 16; });
 
 // The numbers of one block.
 struct Block {
@@ -88,7 +69,7 @@ template <bool isReal> VRN_AVX512 inline Found find(const char* at, Block& block
     block.length = numbers.length;
     block.count = static_cast<std::size_t>(std::popcount(numbers.ends));
     block.negative = _pext_u64(numbers.signs, numbers.starts);
-    const __m512i where = load(positions);
+    const __m512i where = load(bytePositions);
     const __m512i wholeAt = _mm512_maskz_compress_epi8(numbers.wholes, where);
     const __m512i endAt = isReal ? _mm512_maskz_compress_epi8(numbers.ends, where) : wholeAt;
     const __m512i startAt = _mm512_maskz_compress_epi8(numbers.starts, where);

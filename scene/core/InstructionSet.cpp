@@ -13,7 +13,7 @@ static InstructionSet findInstructionSet() noexcept {
         __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("popcnt");
     if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512dq") &&
         __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi") &&
-        __builtin_cpu_supports("avx512vbmi2") && hasBitInstructions)
+        __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("avx512cd") && hasBitInstructions)
         return InstructionSet::Avx512;
     if (__builtin_cpu_supports("avx2") && hasBitInstructions)
         return InstructionSet::Avx2;

@@ -15,12 +15,9 @@ namespace vor {
 inline constexpr std::size_t listNumberCapacity = 34;
 inline constexpr std::size_t listSlack = 64;
 
-// Where each number of a list ends, relative to its start.
-using ListEnds = std::span<u32>;
-
 // Writes the numbers, a space behind each, to `out`, which has room for listNumberCapacity characters a number and
-// listSlack more; returns the place behind the last space. `ends` has room for as many places as there are numbers.
-// Instantiated for the integers of 8 to 64 bits, float and double.
-template <class Number> char* writeNumberList(std::span<const Number> numbers, char* out, ListEnds ends) noexcept;
+// listSlack more; returns the place behind the last space. Instantiated for the integers of 8 to 64 bits, float and
+// double.
+template <class Number> char* writeNumberList(std::span<const Number> numbers, char* out) noexcept;
 
 } // namespace vor

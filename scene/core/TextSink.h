@@ -1,45 +1,53 @@
 // Where long texts go, piece by piece.
 #pragma once
 
+#include <algorithm>
 #include <functional>
-#include <string>
+#include <memory>
 #include <string_view>
 
 namespace vor {
 
 using TextSink = std::function<void(std::string_view)>;
 
-// Gathers a text and hands it on in blocks of some 64 KiB; the rest of it when flush() is called.
+// Gathers a text and hands it on in blocks of up to 64 KiB, or what is longer as a whole; the rest of it when flush()
+// is called.
 class TextBlock {
 public:
     // The sink stays the caller's and has to live as long.
-    explicit TextBlock(const TextSink& sink) : sink_(sink) { text_.reserve(2 * size); }
+    explicit TextBlock(const TextSink& sink) : sink_(sink), block_(std::make_unique_for_overwrite<char[]>(size)) {}
 
-    void append(char c) {
-        text_ += c;
-        if (text_.size() >= size)
-            flush();
-    }
     void append(std::string_view text) {
-        text_ += text;
-        if (text_.size() >= size)
-            flush();
+        if (text.size() > size - used_)
+            return appendLong(text);
+        std::copy(text.begin(), text.end(), block_.get() + used_);
+        used_ += text.size();
     }
+    void append(char c) { append({&c, 1}); }
     void append(std::size_t count, char c) {
-        text_.append(count, c);
-        if (text_.size() >= size)
-            flush();
+        while (count-- != 0)
+            append(c);
     }
     void flush() {
-        if (!text_.empty())
-            sink_(text_);
-        text_.clear();
+        if (used_ != 0)
+            sink_({block_.get(), used_});
+        used_ = 0;
     }
 
 private:
     static constexpr std::size_t size = 64 * 1024;
+
+    void appendLong(std::string_view text) {
+        flush();
+        if (text.size() > size)
+            sink_(text);
+        else
+            append(text);
+    }
+
     const TextSink& sink_;
-    std::string text_;
+    std::unique_ptr<char[]> block_;
+    std::size_t used_ = 0;
 };
 
 } // namespace vor

@@ -15,16 +15,14 @@ namespace {
 
 template <class Number> std::vector<std::string> textsOf(const std::vector<Number>& numbers) {
     std::vector<char> characters(numbers.size() * listNumberCapacity + listSlack);
-    std::vector<u32> ends(numbers.size());
-    const char* end = writeNumberList(std::span<const Number>(numbers), characters.data(), ends);
+    const char* end = writeNumberList(std::span<const Number>(numbers), characters.data());
+    std::string_view list(characters.data(), static_cast<std::size_t>(end - characters.data()));
     std::vector<std::string> texts;
-    std::size_t begin = 0;
-    for (const u32 at : ends) {
-        EXPECT_EQ(characters[at - 1], ' ');
-        texts.emplace_back(characters.data() + begin, at - 1 - begin);
-        begin = at;
+    for (std::size_t length = 0; !list.empty(); list.remove_prefix(length + 1)) {
+        length = list.find(' ');
+        texts.emplace_back(list.substr(0, length));
     }
-    EXPECT_EQ(static_cast<std::size_t>(end - characters.data()), begin);
+    EXPECT_EQ(texts.size(), numbers.size());
     return texts;
 }
 
@@ -51,9 +49,12 @@ std::string digitsOf(std::string_view text) {
 // way of writing gives.
 template <class Real, class Bits> void expectRealsReadBack(const std::vector<Real>& numbers) {
     const double end = sizeof(Real) == sizeof(float) ? 0x1p24 : 0x1p53;
+    limitInstructionSet(InstructionSet::Baseline);
+    const std::vector<std::string> expected = textsOf(numbers);
     withEachSet([&] {
         const std::vector<std::string> texts = textsOf(numbers);
         for (std::size_t i = 0; i < numbers.size(); ++i) {
+            ASSERT_EQ(texts[i], expected[i]);
             Real back = 0;
             ASSERT_TRUE(parseReal(texts[i], back)) << texts[i];
             ASSERT_EQ(std::bit_cast<Bits>(back), std::bit_cast<Bits>(numbers[i])) << texts[i];
@@ -81,7 +82,29 @@ template <class Integer> void expectIntegers() {
     });
 }
 
+// Numbers of both ways of writing beside each other, in lists of all lengths.
+template <class Number> void expectMixtures(Number common, std::initializer_list<Number> rare) {
+    for (const Number number : rare)
+        for (std::size_t count = 0; count < 40; ++count)
+            for (std::size_t at = 0; at < count; at += 3) {
+                std::vector<Number> numbers(count, common);
+                numbers[at] = number;
+                std::vector<std::string> texts(count, textsOf<Number>({common})[0]);
+                texts[at] = textsOf<Number>({number})[0];
+                ASSERT_EQ(textsOf(numbers), texts) << number << " at " << at;
+            }
+}
+
 } // namespace
+
+TEST(NumberLists, fewAmongMany) {
+    withEachSet([] {
+        expectMixtures<float>(-1.5F, {0.0F, -0.0F, 1e-5F, 1e-4F, 16777216, 1e30F, std::nanf("")});
+        expectMixtures<double>(-1.5, {0.0, -0.0, 1e-6, 1e-5, 0x1p53, 1e300, std::nan("")});
+        expectMixtures<i32>(-7, {0, 999999, 1000000, 2147483647, -2147483648});
+        expectMixtures<i64>(-7, {0, 1000000, 99999999999999, 100000000000000, std::numeric_limits<i64>::min()});
+    });
+}
 
 TEST(NumberLists, integersOfAllWidths) {
     expectIntegers<i8>();
