@@ -15,7 +15,7 @@
 #    include <cstring>
 #    include <type_traits>
 
-#    define VRN_AVX512_PART VRN_AVX512 [[gnu::always_inline]] inline
+#    define VRN_AVX512_PART VRN_AVX512 __attribute__((always_inline)) inline
 
 namespace vor {
 
