@@ -7,6 +7,7 @@
 #include <cstring>
 #include <mutex>
 #include <string>
+#include <unistd.h>
 
 namespace vrn::cli {
 
@@ -47,6 +48,12 @@ void complain(const String& name, const String& reason) { printError(complaintTe
 void showStatus(std::string_view line) {
     const std::lock_guard lock(consoleMutex);
     replaceStatus(line);
+}
+
+void clearAbandonedStatus() {
+    const std::lock_guard lock(consoleMutex);
+    hasStatus = ::isatty(STDERR_FILENO) == 1;
+    replaceStatus("");
 }
 
 static bool flushOutput() {

@@ -31,6 +31,9 @@ void complain(const vor::String& name, const vor::String& reason);
 // and so does whatever is printed next. No line feed may be in it.
 void showStatus(std::string_view line);
 
+// Takes away the line that another process, which has come to a sudden end, may have left on the terminal.
+void clearAbandonedStatus();
+
 // Flushes standard output; false, with a complaint, if anything could not be written.
 [[nodiscard]] bool finishOutput();
 

@@ -3,6 +3,7 @@
 #include "cli/Commands.h"
 #include "cli/Console.h"
 #include "cli/Isolated.h"
+#include "cli/Progress.h"
 #include "cli/SceneFile.h"
 #include "scene/core/OutputFile.h"
 #include "scene/core/TextEncoding.h"
@@ -10,7 +11,9 @@
 #include <algorithm>
 #include <csignal>
 #include <cstring>
+#include <filesystem>
 #include <memory>
+#include <utility>
 
 namespace vrn::cli {
 
@@ -52,9 +55,25 @@ int attempt(auto act) {
     return exitTrouble;
 }
 
-void write(const Scene& scene, Losses& losses, const std::string& to, const convert::TexturePaths& paths) {
-    convert::writeScene(scene, to, losses, paths);
-    say(losses, to);
+void write(const Scene& scene, Losses& losses, const ConvertOptions& options, const convert::TexturePaths& paths) {
+    {
+        const Progress progress("Writing", options.scenes.isQuiet);
+        convert::writeScene(scene, options.to, losses, paths);
+    }
+    say(losses, options.to);
+}
+
+// Assimp tells of some formats how far it has come.
+void read(const ConvertOptions& options, Scene& scene, Losses& losses) {
+    Progress progress({options.from}, options.scenes.isQuiet);
+    progress.keepShowing();
+    std::error_code error;
+    const auto size = static_cast<double>(std::filesystem::file_size(options.from, error));
+    u64 told = 0;
+    convert::readModel(options.from, scene, losses, {options.from, options.to}, [&](double part) {
+        const u64 bytes = error ? 0 : std::max(told, static_cast<u64>(part * size));
+        progress.advance(bytes - std::exchange(told, bytes));
+    });
 }
 
 int convertText(const ConvertOptions& options) {
@@ -68,7 +87,7 @@ int convertText(const ConvertOptions& options) {
         if (file.hasErrors())
             return complain(file.displayName(), "not converted, because of the errors above");
         Losses losses;
-        written = attempt([&] { write(scene, losses, options.to, {options.from, options.to}); });
+        written = attempt([&] { write(scene, losses, options, {options.from, options.to}); });
     });
     return std::max(read, written);
 }
@@ -82,13 +101,14 @@ int convertModel(const ConvertOptions& options) {
         scene.setLimits(options.scenes.limits);
         return attempt([&] {
             Losses losses;
-            convert::readModel(options.from, scene, losses, {options.from, options.to});
-            write(scene, losses, options.to, {});
+            read(options, scene, losses);
+            write(scene, losses, options, {});
         });
     });
     if (ending.signal == SIGKILL)
-        complain(std::string_view(options.from), "its reader was killed, perhaps for lack of memory");
-    else if (ending.signal != 0)
+        return complain(std::string_view(options.from), "its reader was killed, perhaps for lack of memory"),
+               exitTrouble;
+    if (ending.signal != 0)
         complain(std::string_view(options.from), "it is so broken that its reader gave up");
     return ending.status;
 }

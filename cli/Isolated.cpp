@@ -47,6 +47,8 @@ Ending runIsolated(const std::function<int()>& what) {
     int status = 0;
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
+    if (!WIFEXITED(status))
+        clearAbandonedStatus();
     return WIFEXITED(status) ? Ending{WEXITSTATUS(status), 0} : Ending{exitErrors, WTERMSIG(status)};
 }
 

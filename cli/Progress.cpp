@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <condition_variable>
 #include <filesystem>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -53,15 +54,35 @@ std::string sizeText(u64 bytes) {
     return std::to_string(bytes / unit) + '.' + std::to_string(bytes % unit / (unit / 10)) + ' ' + *names + 'B';
 }
 
+static bool isWanted(bool isQuiet) { return !isQuiet && ::isatty(STDERR_FILENO) == 1; }
+
 Progress::Progress(const std::vector<std::string>& files, bool isQuiet)
-    : isShown_(!isQuiet && ::isatty(STDERR_FILENO) == 1) {
+    : doing_("Reading"), isShown_(isWanted(isQuiet)) {
     if (isShown_)
         total_ = totalSize(files);
 }
 
+Progress::Progress(const char* doing, bool isQuiet) : doing_(doing), isShown_(isWanted(isQuiet)) { keepShowing(); }
+
 Progress::~Progress() {
+    watch_ = {};
     if (isShown_)
         showStatus("");
+}
+
+void Progress::keepShowing() {
+    if (!isShown_)
+        return;
+    watch_ = std::jthread([this](const std::stop_token& stop) {
+        std::unique_lock lock(mutex_);
+        std::condition_variable_any never;
+        while (!stop.stop_requested()) {
+            const Clock::time_point due = next_;
+            (void)never.wait_until(lock, stop, due, [] { return false; });
+            if (!stop.stop_requested())
+                showIfDue();
+        }
+    });
 }
 
 void Progress::advance(u64 bytes) {
@@ -69,6 +90,10 @@ void Progress::advance(u64 bytes) {
         return;
     const std::lock_guard lock(mutex_);
     read_ += bytes;
+    showIfDue();
+}
+
+void Progress::showIfDue() {
     const Clock::time_point now = Clock::now();
     if (now < next_)
         return;
@@ -85,12 +110,17 @@ void Progress::leaveOut(u64 bytes) {
 
 std::string Progress::line(std::chrono::milliseconds elapsed) const {
     const double seconds = static_cast<double>(elapsed.count()) / 1000;
+    const std::string soFar = secondsText(static_cast<u64>(seconds)) + " so far";
+    if (read_ == 0 && total_.value_or(0) == 0)
+        return doing_ + ": " + soFar;
+    if (total_ && (read_ == 0 || read_ == *total_)) // nothing is told, or something is done with what was read
+        return doing_ + ": " + sizeText(*total_) + ", " + soFar;
     const double speed = static_cast<double>(read_) / seconds;
     const std::string speedText = sizeText(static_cast<u64>(speed)) + "/s";
     if (!total_ || *total_ < read_) // a file may have grown
-        return "Reading: " + sizeText(read_) + ", " + speedText;
+        return doing_ + ": " + sizeText(read_) + ", " + speedText;
     const double left = static_cast<double>(*total_ - read_) / speed;
-    return "Reading: " + sizeText(read_) + " of " + sizeText(*total_) + ", " + speedText + ", " +
+    return doing_ + ": " + sizeText(read_) + " of " + sizeText(*total_) + ", " + speedText + ", " +
            secondsText(static_cast<u64>(std::ceil(left))) + " left";
 }
 

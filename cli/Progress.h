@@ -1,7 +1,9 @@
-// How far the reading of all files has come, on the terminal.
+// How far the reading of all files has come, or how long something else takes, on the terminal.
 //
 //     Progress progress({"a.vrn", "b.vrn"}, isQuiet);
 //     file.onFetch([&](std::size_t bytes) { progress.advance(bytes); });
+//
+//     Progress progress("Writing", isQuiet);
 //
 // The line on standard error is there only where that is a terminal, after half a second, and rewritten ten times a
 // second at most. Any thread may tell what it has read. It goes away with this, or when something is printed.
@@ -13,6 +15,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace vrn::cli {
@@ -20,6 +23,7 @@ namespace vrn::cli {
 class Progress {
 public:
     Progress(const std::vector<std::string>& files, bool isQuiet);
+    Progress(const char* doing, bool isQuiet); // the time, from now on
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
@@ -28,16 +32,23 @@ public:
     void advance(vor::u64 bytes);
     void leaveOut(vor::u64 bytes);
 
+    // From here on the line also changes while nothing is told.
+    void keepShowing();
+
 private:
     using Clock = std::chrono::steady_clock;
     [[nodiscard]] std::string line(std::chrono::milliseconds elapsed) const;
 
+    void showIfDue();
+
+    std::string doing_;
     bool isShown_;
-    std::mutex mutex_; // of all below
+    std::mutex mutex_; // of the numbers below
     vor::u64 read_ = 0;
     std::optional<vor::u64> total_; // unless there is a pipe among the files
     Clock::time_point begin_ = Clock::now();
     Clock::time_point next_ = begin_ + std::chrono::milliseconds(500);
+    std::jthread watch_;
 };
 
 // For people: 999 bytes, 1.5 MB.

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <assimp/Importer.hpp>
+#include <assimp/ProgressHandler.hpp>
 #include <filesystem>
 #include <new>
 #include <optional>
@@ -27,6 +28,21 @@ void openOrThrow(const std::string& path) {
     if (!file.error().isEmpty())
         throw FileError(path, file.error().buf());
 }
+
+// Hands on how far Assimp has come.
+class Teller : public Assimp::ProgressHandler {
+public:
+    explicit Teller(const std::function<void(double part)>& listener) : listener_(listener) {}
+
+    bool Update(float) override { return true; }
+    void UpdateFileRead(int step, int steps) override { // some are larger than an int can say
+        if (step > 0 && step <= steps)
+            listener_(static_cast<double>(step) / steps);
+    }
+
+private:
+    const std::function<void(double part)>& listener_;
+};
 
 // Nothing is joined, split, flipped or made anew: the file as it stands.
 const aiScene* readWith(Assimp::Importer& importer, const std::string& path) {
@@ -56,7 +72,8 @@ void noteUnused(SceneImport& import) {
 
 } // namespace
 
-void importModel(const std::string& path, Scene& scene, const TexturePaths& paths, Losses& losses) {
+void importModel(const std::string& path, Scene& scene, const TexturePaths& paths, Losses& losses,
+                 const std::function<void(double part)>& listener) {
     openOrThrow(path);
     const std::string extension = extensionOf(path);
     const bool isGltf = extension == ".glb" || extension == ".gltf";
@@ -66,6 +83,8 @@ void importModel(const std::string& path, Scene& scene, const TexturePaths& path
         throw ContentError(path, danger);
     Assimp::Importer importer;
     importer.SetIOHandler(isGltf ? new ModelFiles(path, gltf->bytes()) : new ModelFiles()); // which it deletes
+    if (listener)
+        importer.SetProgressHandler(new Teller(listener)); // which it deletes
     const aiScene* from = readWith(importer, path);
     SceneImport import{
         .from = *from, .scene = scene, .losses = losses, .isGltf = isGltf, .gltf = *gltf, .paths = paths};

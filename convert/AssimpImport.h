@@ -4,11 +4,14 @@
 #include "convert/Losses.h"
 #include "convert/TexturePaths.h"
 
+#include <functional>
 #include <string>
 
 namespace vrn::convert {
 
-// Reads the file into an empty scene, its textures being at `paths`. Throws FileError and ContentError.
-void importModel(const std::string& path, Scene& scene, const TexturePaths& paths, Losses& losses);
+// Reads the file into an empty scene, its textures being at `paths`; `listener` may be empty. Throws FileError and
+// ContentError.
+void importModel(const std::string& path, Scene& scene, const TexturePaths& paths, Losses& losses,
+                 const std::function<void(double part)>& listener);
 
 } // namespace vrn::convert

@@ -94,8 +94,9 @@ std::string writableExtensions() {
     return extensions;
 }
 
-void readModel(const std::string& path, Scene& scene, Losses& losses, const TexturePaths& paths) {
-    importModel(path, scene, paths, losses);
+void readModel(const std::string& path, Scene& scene, Losses& losses, const TexturePaths& paths,
+               const ReadListener& listener) {
+    importModel(path, scene, paths, losses, listener);
 }
 
 void writeScene(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths) {

@@ -13,6 +13,7 @@
 #include "convert/TexturePaths.h"
 #include "scene/Scene.h"
 
+#include <functional>
 #include <string>
 
 namespace vrn::convert {
@@ -27,8 +28,12 @@ namespace vrn::convert {
 // The extension of a path, with its dot, in small letters.
 [[nodiscard]] std::string extensionOf(const std::string& path);
 
+// Is told what part of a file has been read, from 0 to 1; how often depends on the format.
+using ReadListener = std::function<void(double part)>;
+
 // Reads any other format into an empty scene. Throws FileError and ContentError.
-void readModel(const std::string& path, Scene& scene, Losses& losses, const TexturePaths& paths);
+void readModel(const std::string& path, Scene& scene, Losses& losses, const TexturePaths& paths,
+               const ReadListener& listener = {});
 
 // Writes a scene, as a whole or not at all; texts and JSON keep the paths of textures that it has. Throws FileError and
 // ContentError.

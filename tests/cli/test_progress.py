@@ -76,6 +76,27 @@ class Progress(Folder):
         for line in lines:
             self.assertRegex(line, rb"^Reading: [\d.]+ [kMG]B of " + total + rb", [\d.]+ [kMG]B/s, \d+ (s|min) left$")
 
+    def test_of_models_says_how_much_there_is(self):
+        for count in (10**5, 10**6, 3 * 10**6, 10**7):  # until it takes long enough
+            text = "v 0.5 0.25 0.125\n" * count + "f 1 2 3\n"
+            self.file("a.obj", text)
+            _, shown = self.in_terminal("convert", "a.obj", "a.vrn")
+            if any(b" of " in line for line in LINE.findall(shown)):
+                break
+        total = b"%d.%d MB" % (len(text) // 10**6, len(text) // 10**5 % 10)
+        for line in LINE.findall(shown):
+            self.assertRegex(line, rb"^Reading: ([\d.]+ [kM]B of " + total + rb", [\d.]+ [kM]B/s, \d+ (s|min) left|"
+                                   + total + rb", \d+ s so far)$")
+        self.assertEqual(shown.count(b"ing: "), shown.count(b"\r\x1b[K"))
+
+    def test_of_writing_says_how_long_it_takes(self):
+        for count in (10**6, 10**7, 10**8):  # until it takes long enough
+            self.file("a.vrn", f"t a;\na.b = byte[{count}] {{}};\n")
+            _, shown = self.in_terminal("convert", "a.vrn", "a.json")
+            if b"Writing: " in shown:
+                break
+        self.assertRegex(shown, rb"(Writing: \d+ s so far\r\x1b\[K)+$")
+
     def test_quiet_and_short_show_nothing(self):
         self.assertEqual(self.in_terminal("check", "--quiet", "-", most=1.5)[1], b"")
         self.file("a.vrn", "t a;")
