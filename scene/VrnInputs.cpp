@@ -72,7 +72,7 @@ void VrnInputs::write(const Input& input, bool isThere) {
     path_.assign(indent, ' ').append(".").append(input.key().view());
     begin(input, isThere);
     while (!open_.empty()) {
-        if (open_.back().next == open_.back().input->size())
+        if (open_.back().next == open_.back().end())
             open_.pop_back();
         else
             writeNextOf(open_.back());
@@ -81,7 +81,11 @@ void VrnInputs::write(const Input& input, bool isThere) {
 
 void VrnInputs::writeNextOf(Open& parent) {
     const bool isArray = parent.input->type() == AttrType::Array;
-    const Input& child = *parent.input->children()[parent.next++];
+    const u64 size = parent.input->size();
+    const bool isForLinks = parent.next < parent.end() - size;
+    const Input& child = *parent.input->children()[parent.next++ % size];
+    if (parent.plan.endOfLinks != 0 && isMadeByLink(child) != isForLinks)
+        return;
     if (const char* reason = obstacle(child, isArray ? &parent.plan : nullptr))
         return lose(child, reason);
     path_.resize(parent.pathLength);
@@ -89,7 +93,24 @@ void VrnInputs::writeNextOf(Open& parent) {
         path_.append("[").append(std::to_string(child.index())).append("]");
     else
         path_.append(".").append(child.key().view());
-    begin(child, false);
+    if (child.index() < parent.plan.endOfLinks && !isMadeByLink(child))
+        beginUnderLinks(child);
+    else
+        begin(child, false);
+}
+
+// An object or array in place of an element that a later link has made, without a type. It takes one from a path that
+// leads through it, and from nothing else.
+void VrnInputs::beginUnderLinks(const Input& element) {
+    const AttrType type = element.elementType();
+    const auto isGiven = [type](const Input* child) { return givesType(*child, type); };
+    if (type != AttrType::Null && std::ranges::none_of(element.children(), isGiven))
+        return begin(element, false); // which leads through it, too
+    const std::size_t length = path_.size();
+    path_ += element.type() == AttrType::Object ? ".x" : "[0]";
+    statement(" |= ", "null");
+    path_.resize(length);
+    begin(element, true);
 }
 
 // Why a text cannot have an input, or an element of an array, at all; null if it can.
@@ -102,7 +123,8 @@ const char* VrnInputs::obstacle(const Input& input, const ArrayPlan* array) {
         return isUntypedBuffer(input) && !input.connection() ? losses::untypedBuffer : nullptr;
     if (isMadeByLink(input)) {
         // Once the array has a type, what is appended has it, too; among buffers all elements get it.
-        const bool isEarly = input.index() < array->firstTyped && array->type != AttrType::Buffer;
+        const bool isEarly =
+            (input.index() < array->firstTyped || array->endOfLinks != 0) && array->type != AttrType::Buffer;
         return array->type == AttrType::Null || isEarly ? nullptr : losses::untypedElement;
     }
     if (input.type() != array->type)
@@ -184,6 +206,12 @@ VrnInputs::ArrayPlan VrnInputs::planOf(const Input& array) {
             continue;
         plan.firstTyped = i;
         plan.endOfTyped = std::max(plan.endOfTyped, i + 1);
+    }
+    if (plan.type == AttrType::Object || plan.type == AttrType::Array) {
+        const auto last =
+            std::find_if(elements.rbegin(), elements.rend(), [](const Input* e) { return isMadeByLink(*e); });
+        const auto end = static_cast<u64>(elements.rend() - last);
+        plan.endOfLinks = end > plan.firstTyped ? end : 0;
     }
     // Elements that links make would be of the array's type, were it given beforehand.
     if (plan.endOfTyped == 0 && std::ranges::any_of(elements, [](const Input* e) { return isMadeByLink(*e); })) {

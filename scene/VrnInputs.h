@@ -25,17 +25,20 @@ private:
         AttrType type = AttrType::Null; // that their values give it; Null if there are links alone
         u64 firstTyped = 0;             // the first element that gives it
         u64 endOfTyped = 0;             // behind the last one
+        u64 endOfLinks = 0;             // behind the last one made by a link, if these have to come first
     };
     // An input whose members or elements are being written.
     struct Open {
         const Input* input;
         std::size_t pathLength;
         ArrayPlan plan{};
-        u64 next = 0;
+        u64 next = 0; // of all children, then once more if there are links that come first
+        [[nodiscard]] u64 end() const noexcept { return input->size() * (plan.endOfLinks != 0 ? 2 : 1); }
     };
 
     void writeNextOf(Open& parent);
     void begin(const Input& input, bool isThere);
+    void beginUnderLinks(const Input& element);
     void writeValue(const Input& input, bool isThere);
     void beginArray(const Input& array, bool isThere);
     [[nodiscard]] ArrayPlan planOf(const Input& array);

@@ -184,6 +184,20 @@ TEST(VrnWriter, writesContainers) {
         EXPECT_EQ(rewritten(std::string("t n; ") + text), std::string("t n:\n") + written);
 }
 
+// Links can make elements before the array has a type, behind those that give it one.
+TEST(VrnWriter, writesLinksBehindWhatGivesTheirArrayAType) {
+    EXPECT_EQ(rewritten("t a; t b; a.l[3] = b; a.l[1] |= b.x; a.l[0].x = 1; a.l[2].y.z = 2;"),
+              "t a:\n    .l[1] |= b.x;\n    .l[3] = b;\n"
+              "    .l[0].x |= null;\n    .l[0] = {};\n    .l[0].x = 1;\n"
+              "    .l[2].x |= null;\n    .l[2] = {};\n    .l[2].y.z = 2;\n\nt b;\n");
+    for (const char* text :
+         {"a.l[1] |= null; a.l[0].x = 1; a.l[0] = {};", "a.l[1] |= null; a.l[0][0] = 1;",
+          "a.l[2] |= null; a.l[0][0] |= null; a.l[0] = []; a.l[3][0] = 2;",
+          "a.l[1] |= null; a.l[0][0] = 1; a.l[0] = [];", "a.l[4] |= null; a.l[1][0].x = 1; a.l[9] = [];",
+          "a.l[2] |= null; a.l[0][1] |= null; a.l[0][0].x[0] = true;"})
+        (void)rewritten(std::string("t a; ") + text);
+}
+
 TEST(VrnWriter, writesLinks) {
     EXPECT_EQ(rewritten("t n; n.a = 1; n.a |= m.out; n.b |= m.out; n.c = m; n.d |= null; n.e |= m.a[ * ][0]; t m;"),
               "t n:\n    .a = 1;\n    .a |= m.out;\n    .b |= m.out;\n    .c = m;\n    .d |= null;\n"
