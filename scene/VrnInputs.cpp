@@ -70,7 +70,7 @@ void VrnInputs::write(const Input& input, bool isThere) {
     if (const char* reason = obstacle(input, nullptr))
         return lose(input, reason);
     path_.assign(indent, ' ').append(".").append(input.key().view());
-    begin(input, isThere);
+    begin(input, isThere ? Before::Same : Before::Nothing);
     while (!open_.empty()) {
         if (open_.back().next == open_.back().end())
             open_.pop_back();
@@ -93,24 +93,8 @@ void VrnInputs::writeNextOf(Open& parent) {
         path_.append("[").append(std::to_string(child.index())).append("]");
     else
         path_.append(".").append(child.key().view());
-    if (child.index() < parent.plan.endOfLinks && !isMadeByLink(child))
-        beginUnderLinks(child);
-    else
-        begin(child, false);
-}
-
-// An object or array in place of an element that a later link has made, without a type. It takes one from a path that
-// leads through it, and from nothing else.
-void VrnInputs::beginUnderLinks(const Input& element) {
-    const AttrType type = element.elementType();
-    const auto isGiven = [type](const Input* child) { return givesType(*child, type); };
-    if (type != AttrType::Null && std::ranges::none_of(element.children(), isGiven))
-        return begin(element, false); // which leads through it, too
-    const std::size_t length = path_.size();
-    path_ += element.type() == AttrType::Object ? ".x" : "[0]";
-    statement(" |= ", "null");
-    path_.resize(length);
-    begin(element, true);
+    const bool isUnderLinks = child.index() < parent.plan.endOfLinks && !isMadeByLink(child);
+    begin(child, isUnderLinks ? Before::Untyped : Before::Nothing);
 }
 
 // Why a text cannot have an input, or an element of an array, at all; null if it can.
@@ -133,7 +117,7 @@ const char* VrnInputs::obstacle(const Input& input, const ArrayPlan* array) {
     return isUntypedBuffer(input) && input.index() < array->endOfTyped ? losses::untypedBuffer : nullptr;
 }
 
-void VrnInputs::begin(const Input& input, bool isThere) {
+void VrnInputs::begin(const Input& input, Before before) {
     if (takesNoValue(input)) {
         if (!isFromCatalogue(input))
             lose(input, losses::markedInput);
@@ -142,12 +126,12 @@ void VrnInputs::begin(const Input& input, bool isThere) {
                              .pathLength = path_.size(),
                              .plan = input.type() == AttrType::Array ? planOf(input) : ArrayPlan()});
     } else if (!isUnsetChoice(input) || !isFromCatalogue(input)) {
-        writeValue(input, isThere);
+        writeValue(input, before);
     }
     writeConnection(input);
 }
 
-void VrnInputs::writeValue(const Input& input, bool isThere) {
+void VrnInputs::writeValue(const Input& input, Before before) {
     switch (input.type()) {
     case AttrType::Null:
         if (!input.connection())
@@ -156,9 +140,9 @@ void VrnInputs::writeValue(const Input& input, bool isThere) {
     case AttrType::Node:
         return writeReference(input);
     case AttrType::Array:
-        return beginArray(input, isThere);
+        return beginArray(input, before);
     case AttrType::Object:
-        return beginObject(input, isThere);
+        return beginObject(input, before);
     case AttrType::Buffer:
         return writeBuffer(input);
     default:
@@ -169,23 +153,35 @@ void VrnInputs::writeValue(const Input& input, bool isThere) {
 }
 
 // An unobstructed member makes the object, for each writes something.
-void VrnInputs::beginObject(const Input& object, bool isThere) {
+void VrnInputs::beginObject(const Input& object, Before before) {
     const auto isWritten = [](const Input* member) { return !obstacle(*member, nullptr); };
-    if (isThere || std::ranges::none_of(object.children(), isWritten))
+    if (before == Before::Untyped)
+        makeByPath(".x");
+    if (before != Before::Nothing || std::ranges::none_of(object.children(), isWritten))
         assign(AttrData::zero(AttrType::Object));
     open_.push_back({.input = &object, .pathLength = path_.size()});
 }
 
+// An element without a type becomes what a path that leads through it needs, and takes nothing else.
+void VrnInputs::makeByPath(const char* furtherPath) {
+    const std::size_t length = path_.size();
+    path_ += furtherPath;
+    statement(" |= ", "null");
+    path_.resize(length);
+}
+
 // An array keeps the type of its elements when it is emptied.
-void VrnInputs::beginArray(const Input& array, bool isThere) {
+void VrnInputs::beginArray(const Input& array, Before before) {
     const ArrayPlan plan = planOf(array);
     const bool isTypeGiven = plan.firstTyped < array.size();
-    if (!isThere && !isTypeGiven && plan.type != AttrType::Null) {
+    if (before != Before::Same && !isTypeGiven && plan.type != AttrType::Null) {
         path_ += "[0]";
         assign(plan.type == AttrType::Buffer ? AttrData::buffer(DataType::Float) : AttrData::zero(plan.type));
         path_.resize(path_.size() - 3);
         assign(AttrData::zero(AttrType::Array));
-    } else if (isThere || array.size() == 0) {
+    } else if (before != Before::Nothing || array.size() == 0) {
+        if (before == Before::Untyped)
+            makeByPath("[0]");
         assign(AttrData::zero(AttrType::Array));
     }
     open_.push_back({.input = &array, .pathLength = path_.size(), .plan = plan});

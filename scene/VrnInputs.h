@@ -20,6 +20,9 @@ public:
     void write(const Input& input, bool isThere);
 
 private:
+    // What stands in the place of an input before it is written: nothing, one of its type, or an element that a later
+    // link has made, without a type.
+    enum class Before : u8 { Nothing, Same, Untyped };
     // How an array comes by its elements.
     struct ArrayPlan {
         AttrType type = AttrType::Null; // that their values give it; Null if there are links alone
@@ -37,12 +40,12 @@ private:
     };
 
     void writeNextOf(Open& parent);
-    void begin(const Input& input, bool isThere);
-    void beginUnderLinks(const Input& element);
-    void writeValue(const Input& input, bool isThere);
-    void beginArray(const Input& array, bool isThere);
+    void begin(const Input& input, Before before);
+    void writeValue(const Input& input, Before before);
+    void beginArray(const Input& array, Before before);
     [[nodiscard]] ArrayPlan planOf(const Input& array);
-    void beginObject(const Input& object, bool isThere);
+    void beginObject(const Input& object, Before before);
+    void makeByPath(const char* furtherPath);
     void writeBuffer(const Input& input);
     void writeReference(const Input& input);
     void writeConnection(const Input& input);

@@ -21,12 +21,16 @@ constexpr i32 log10OfPower(i32 q) noexcept { return (q * 1262611) >> 22; }
 constexpr i32 log10OfThreeQuarters(i32 q) noexcept { return (q * 1262611 - 524031) >> 22; }
 
 // 5^e for all e that the numbers ask for.
-constexpr std::array<u64, 23> powersOfFive = [] {
-    std::array<u64, 23> powers{1};
-    for (std::size_t e = 1; e < powers.size(); ++e)
-        powers[e] = 5 * powers[e - 1];
+template <std::size_t count> constexpr std::array<u64, count> firstPowersOfFive() noexcept {
+    std::array<u64, count> powers{};
+    u64 power = 1;
+    for (u64& slot : powers) {
+        slot = power;
+        power *= 5;
+    }
     return powers;
-}();
+}
+inline constexpr std::array<u64, 23> powersOfFive = firstPowersOfFive<23>();
 
 template <class Real> struct RealForm;
 template <> struct RealForm<float> {
