@@ -15,10 +15,9 @@ namespace vor {
 
 namespace {
 
-// Numbers are worked on in groups: what has just been written in pieces could not be read back as a whole without
+// Reals are worked on in groups: what has just been written in pieces could not be read back as a whole without
 // waiting.
 constexpr std::size_t groupSize = 16;
-using Words = std::array<u64, groupSize>;
 
 // The digits of a number below 10^8, a byte each, the first one lowest. Divisions are multiplications, exact for these
 // numbers.
@@ -98,8 +97,8 @@ constexpr std::array<ByteText, 256> byteTexts(bool isSigned) noexcept {
 
 template <class Byte> char* writeBytes(std::span<const Byte> numbers, char* out) noexcept {
     static constexpr std::array<ByteText, 256> texts = byteTexts(std::is_signed_v<Byte>);
-    for (std::size_t i = 0; i < numbers.size(); ++i) {
-        const ByteText& text = texts[static_cast<u8>(numbers[i])];
+    for (const Byte number : numbers) {
+        const ByteText& text = texts[static_cast<u8>(number)];
         std::memcpy(out, &text, sizeof text);
         out += text.length;
     }
@@ -107,10 +106,9 @@ template <class Byte> char* writeBytes(std::span<const Byte> numbers, char* out)
 }
 
 template <std::integral Number> char* writeOneByOne(std::span<const Number> numbers, char* out) noexcept {
-    for (std::size_t i = 0; i < numbers.size(); ++i) {
-        const u64 number = static_cast<u64>(numbers[i]);
-        const bool isNegative = numbers[i] < 0;
-        const u64 magnitude = isNegative ? 0 - number : number;
+    for (const Number number : numbers) {
+        const bool isNegative = number < 0;
+        const u64 magnitude = isNegative ? 0 - static_cast<u64>(number) : static_cast<u64>(number);
         *out = '-';
         out += isNegative;
         out = magnitude < 100000000 ? storeShort(eightDigits(magnitude), out) : writeLarge(magnitude, out);
@@ -183,7 +181,7 @@ template <std::floating_point Real> char* writeOneByOne(std::span<const Real> nu
     constexpr u32 signShift = sizeof(Bits) * 8 - 1;
     std::array<Layout<Real>, groupSize> layouts;
     std::array<bool, groupSize> isShown;
-    for (; !numbers.empty();) {
+    while (!numbers.empty()) {
         const auto group = numbers.first(std::min(groupSize, numbers.size()));
         for (std::size_t i = 0; i < group.size(); ++i) {
             const Bits magnitude = std::bit_cast<Bits>(group[i]) & ~(Bits(1) << signShift);
