@@ -6,7 +6,9 @@
 #include <cmath>
 #include <condition_variable>
 #include <filesystem>
+#include <new>
 #include <sys/ioctl.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace vrn::cli {
@@ -73,16 +75,26 @@ Progress::~Progress() {
 void Progress::keepShowing() {
     if (!isShown_)
         return;
-    watch_ = std::jthread([this](const std::stop_token& stop) {
-        std::unique_lock lock(mutex_);
-        std::condition_variable_any never;
-        while (!stop.stop_requested()) {
-            const Clock::time_point due = next_;
-            (void)never.wait_until(lock, stop, due, [] { return false; });
-            if (!stop.stop_requested())
-                showIfDue();
-        }
-    });
+    isTimed_ = true;
+    try {
+        watch_ = std::jthread([this](const std::stop_token& stop) { watch(stop); });
+    } catch (const std::system_error&) {
+        // The system has no more threads: the line changes when something is told.
+    }
+}
+
+// What is shown is not worth an end of what is done.
+void Progress::watch(const std::stop_token& stop) noexcept try {
+    std::unique_lock lock(mutex_);
+    std::condition_variable_any never;
+    while (!stop.stop_requested()) {
+        const Clock::time_point due = next_;
+        (void)never.wait_until(lock, stop, due, [] { return false; });
+        if (!stop.stop_requested())
+            showIfDue();
+    }
+} catch (const std::bad_alloc&) {
+    // The line stays as it is.
 }
 
 void Progress::advance(u64 bytes) {
@@ -111,9 +123,10 @@ void Progress::leaveOut(u64 bytes) {
 std::string Progress::line(std::chrono::milliseconds elapsed) const {
     const double seconds = static_cast<double>(elapsed.count()) / 1000;
     const std::string soFar = secondsText(static_cast<u64>(seconds)) + " so far";
-    if (read_ == 0 && total_.value_or(0) == 0)
+    if (isTimed_ && total_.value_or(0) == 0)
         return doing_ + ": " + soFar;
-    if (total_ && (read_ == 0 || read_ == *total_)) // nothing is told, or something is done with what was read
+    // Nothing has been told yet, or something is done with what was read.
+    if (isTimed_ && total_ && (read_ == 0 || read_ == *total_))
         return doing_ + ": " + sizeText(*total_) + ", " + soFar;
     const double speed = static_cast<double>(read_) / seconds;
     const std::string speedText = sizeText(static_cast<u64>(speed)) + "/s";

@@ -40,10 +40,12 @@ private:
     [[nodiscard]] std::string line(std::chrono::milliseconds elapsed) const;
 
     void showIfDue();
+    void watch(const std::stop_token& stop) noexcept;
 
     std::string doing_;
     bool isShown_;
-    std::mutex mutex_; // of the numbers below
+    bool isTimed_ = false; // says how long it takes where nothing else is known
+    std::mutex mutex_;     // of the numbers below
     vor::u64 read_ = 0;
     std::optional<vor::u64> total_; // unless there is a pipe among the files
     Clock::time_point begin_ = Clock::now();

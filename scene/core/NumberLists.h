@@ -2,7 +2,7 @@
 //
 // What comes out is the shortest text that reads back as the same number, as writeReal() gives it, only that the point
 // and the exponent may stand otherwise: plain decimals from 0.00001 on as far as a real has a fraction. NaNs keep their
-// sign. The short way works without a branch that depends on the numbers, several numbers at once.
+// sign. The short way of writing a real has no branch that depends on the number; several are worked on at once.
 #pragma once
 
 #include "scene/core/Types.h"

@@ -1,7 +1,7 @@
 // Eight numbers are taken apart together, a 64-bit lane each. Their digits come to stand in slots of equal size, at the
-// right end, with zeros before them. A byte permutation for several slots then makes the texts: it drops what is not
-// shown and leaves room for the point, the sign and the space. What is behind a text in its slot is overwritten by the
-// next one. No step depends on how long a number is.
+// right end, with zeros before them. A byte permutation for several slots then makes the texts: it moves what is shown
+// to the start of its slot and leaves room for the point, the sign and the space; what is behind it is squeezed out.
+// Reals take no step that depends on how long they are; eight integers take the smallest slots that they fit.
 #include "scene/core/NumberListsAvx512.h"
 
 #if defined(__x86_64__)

@@ -1,5 +1,7 @@
 """Converting models when memory runs out or their reader is killed."""
+import os
 import pathlib
+import pty
 import resource
 import signal
 import subprocess
@@ -38,6 +40,19 @@ class Conversion(Folder):
             (self.folder / "out.vrn").unlink()
         self.assertEqual((process.returncode, process.stderr), (2, b"vrn: out of memory\n"), limit)
         self.assert_nothing_is_left()
+
+    def test_needs_no_thread_to_show_how_far_it_is(self):
+        self.model(100)
+        terminal, theirs = pty.openpty()
+        self.addCleanup(os.close, terminal)
+        self.addCleanup(os.close, theirs)
+        # No room for the stack of a thread.
+        limits = 'ulimit -s 1000000 && ulimit -v 900000 && exec "$0" "$@"'
+        for output in ("out.vrn", "out.json"):
+            result = subprocess.run(["sh", "-c", limits, VRN, "convert", "model.obj", output], cwd=self.folder,
+                                    stderr=theirs, timeout=100)
+            self.assertEqual(result.returncode, 0)
+            self.assertTrue((self.folder / output).exists())
 
     def test_says_that_the_reader_was_killed(self):
         for vertices in (300_000, 3_000_000):  # if the first one was too quick

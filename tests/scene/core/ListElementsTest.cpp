@@ -1,5 +1,7 @@
 #include "scene/core/ListElements.h"
 
+#include "tests/support/InstructionSets.h"
+
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
@@ -21,17 +23,19 @@ std::size_t slowLengthOfElements(std::string_view numbers, std::size_t room, std
 } // namespace
 
 TEST(ListElements, endWithinTheRoom) {
-    std::mt19937 random(1);
-    for (const std::size_t each : {1U, 2U, 3U, 4U, 9U, 16U})
-        for (const unsigned longest : {1U, 8U, 33U}) {
-            std::string text(vor::elementsSlack, ' ');
-            for (std::size_t i = 0; i < 30 * each; ++i)
-                text += std::string(1 + random() % longest, '7') + ' ';
-            const std::string_view numbers = std::string_view(text).substr(vor::elementsSlack);
-            for (std::size_t room = 0; room <= numbers.size() + 70; ++room)
-                ASSERT_EQ(vor::lengthOfElements(numbers, room, each), slowLengthOfElements(numbers, room, each))
-                    << each << " of up to " << longest << " in " << room;
-        }
+    withEachSet([] {
+        std::mt19937 random(1);
+        for (const std::size_t each : {1U, 2U, 3U, 4U, 9U, 16U})
+            for (const unsigned longest : {1U, 8U, 33U}) {
+                std::string text(vor::elementsSlack, ' ');
+                for (std::size_t i = 0; i < 30 * each; ++i)
+                    text += std::string(1 + random() % longest, '7') + ' ';
+                const std::string_view numbers = std::string_view(text).substr(vor::elementsSlack);
+                for (std::size_t room = 0; room <= numbers.size() + 70; ++room)
+                    ASSERT_EQ(vor::lengthOfElements(numbers, room, each), slowLengthOfElements(numbers, room, each))
+                        << each << " of up to " << longest << " in " << room;
+            }
+    });
 }
 
 TEST(ListElements, lengthOfTheFirst) {

@@ -1,7 +1,7 @@
 #include "scene/core/NumberLists.h"
 
-#include "scene/core/InstructionSet.h"
 #include "scene/core/NumberText.h"
+#include "tests/support/InstructionSets.h"
 #include "tests/support/Reading.h"
 
 #include <bit>
@@ -24,15 +24,6 @@ template <class Number> std::vector<std::string> textsOf(const std::vector<Numbe
     }
     EXPECT_EQ(texts.size(), numbers.size());
     return texts;
-}
-
-// Does something with each set of instructions that this processor has.
-template <class Work> void withEachSet(Work work) {
-    for (const InstructionSet set : {InstructionSet::Baseline, InstructionSet::Avx2, InstructionSet::Avx512}) {
-        limitInstructionSet(set);
-        work();
-    }
-    limitInstructionSet(InstructionSet::Avx512);
 }
 
 // The digits alone, without zeros on either side.
