@@ -29,13 +29,7 @@ OutputFile::OutputFile(const std::string& path) : name_(path), path_(followed(pa
         fail(S_ISDIR(status.st_mode) ? EISDIR : ENOTSUP);
     if (isThere && access(path_.c_str(), W_OK) != 0)
         fail(errno);
-    const std::string folder = path_.substr(0, path_.rfind('/') + 1);
-    for (unsigned attempt = 0; descriptor_ < 0; ++attempt) {
-        temporary_ = folder + ".vrn-" + std::to_string(getpid()) + '-' + std::to_string(attempt) + ".new";
-        descriptor_ = open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-        if (descriptor_ < 0 && errno != EEXIST)
-            fail(errno);
-    }
+    open();
     // As far as it may be done; or they are those of a new file.
     if (isThere && (fchown(descriptor_, status.st_uid, status.st_gid) == 0 || status.st_uid == geteuid()))
         (void)fchmod(descriptor_, status.st_mode & 07777);
@@ -44,8 +38,42 @@ OutputFile::OutputFile(const std::string& path) : name_(path), path_(followed(pa
 OutputFile::~OutputFile() {
     if (descriptor_ >= 0)
         close(descriptor_);
-    if (!isCommitted_)
+    if (!isCommitted_ && !temporary_.empty())
         unlink(temporary_.c_str());
+}
+
+void OutputFile::setTemporary(unsigned attempt) {
+    temporary_ = path_.substr(0, path_.rfind('/') + 1) + ".vrn-" + std::to_string(getpid()) + '-' +
+                 std::to_string(attempt) + ".new";
+}
+
+// Without a name, if the file system can do that and it can be given one later.
+void OutputFile::open() {
+    const std::string folder = path_.substr(0, path_.rfind('/') + 1);
+#ifdef O_TMPFILE
+    if (access("/proc/self/fd", X_OK) == 0)
+        descriptor_ = ::open(folder.empty() ? "." : folder.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, 0666);
+#endif
+    for (unsigned attempt = 0; descriptor_ < 0; ++attempt) {
+        setTemporary(attempt);
+        descriptor_ = ::open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (descriptor_ < 0 && errno != EEXIST)
+            fail(errno);
+    }
+}
+
+// No call gives a file a name that another one has, so that it gets one of its own first.
+void OutputFile::giveName() {
+    const std::string unnamed = "/proc/self/fd/" + std::to_string(descriptor_);
+    for (unsigned attempt = 0;; ++attempt) {
+        setTemporary(attempt);
+        if (linkat(AT_FDCWD, unnamed.c_str(), AT_FDCWD, temporary_.c_str(), AT_SYMLINK_FOLLOW) == 0)
+            return;
+        if (errno == EEXIST)
+            continue;
+        temporary_.clear();
+        fail(errno);
+    }
 }
 
 void OutputFile::write(std::string_view bytes) {
@@ -56,6 +84,8 @@ void OutputFile::write(std::string_view bytes) {
 void OutputFile::commit() {
     if (fsync(descriptor_) != 0 && errno != EINVAL)
         fail(errno);
+    if (temporary_.empty())
+        giveName();
     const int descriptor = descriptor_;
     descriptor_ = -1;
     if (close(descriptor) != 0 || std::rename(temporary_.c_str(), path_.c_str()) != 0)

@@ -23,9 +23,9 @@ private:
     std::string path_;
 };
 
-// Written beside the file that it is going to replace; taken away again unless it is committed (or the process killed). A link is followed, a
-// file that is replaced leaves its mode; what is no file of a disk, such as a device, is refused. Functions throw
-// OutputFileError.
+// Written beside the file that it is going to replace. Unless it is committed nothing is left of it, on file systems
+// that have files without a name not even where the process is killed. A link is followed, a file that is replaced
+// leaves its mode; what is no file of a disk, such as a device, is refused. Functions throw OutputFileError.
 class OutputFile {
 public:
     explicit OutputFile(const std::string& path);
@@ -44,10 +44,13 @@ public:
 
 private:
     [[noreturn]] void fail(int error) const { throw OutputFileError(error, name_); }
+    void open();
+    void setTemporary(unsigned attempt);
+    void giveName();
 
     std::string name_; // as the caller calls it
     std::string path_;
-    std::string temporary_;
+    std::string temporary_; // empty as long as it has no name
     int descriptor_ = -1;
     bool isCommitted_ = false;
 };

@@ -2,9 +2,11 @@
 
 #include "tests/support/Reading.h"
 
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <unistd.h>
 
 namespace vrn::test {
 
@@ -47,6 +49,18 @@ TEST_F(OutputFiles, appearWhenTheyAreCommitted) {
     EXPECT_EQ(textOf(at("a")), "one two");
     { OutputFile(at("a")).write("never"); }
     EXPECT_EQ(textOf(at("a")), "one two");
+    EXPECT_EQ(count(), 1);
+}
+
+TEST_F(OutputFiles, areNowhereBeforeThat) {
+    const int unnamed = open(folder.c_str(), O_WRONLY | O_TMPFILE, 0600);
+    if (unnamed < 0)
+        GTEST_SKIP() << "the file system has no files without a name";
+    close(unnamed);
+    OutputFile file(at("a"));
+    file.write("one");
+    EXPECT_EQ(count(), 0) << "a process that is killed now leaves nothing";
+    file.commit();
     EXPECT_EQ(count(), 1);
 }
 
