@@ -250,16 +250,11 @@ VRN_AVX512_PART FloatDecimals shortestDecimals(__m512i bits) {
     const __m512i ten = _mm512_sllv_epi64(all(10), point);
     const __mmask8 isTensIn = _mm512_cmple_epu64_mask(restOfTens, below);
     const __mmask8 isNextTensIn = _mm512_cmple_epu64_mask(_mm512_sub_epi64(ten, restOfTens), above);
-    const __mmask8 isUnitsIn = _mm512_cmple_epu64_mask(rest, below);
-    const __mmask8 isNextUnitsIn = _mm512_cmple_epu64_mask(_mm512_sub_epi64(one, rest), above);
     const __m512i tie = _mm512_and_si512(units, all(1));
     const __mmask8 isNextNearer = _mm512_cmpgt_epu64_mask(_mm512_add_epi64(_mm512_add_epi64(rest, rest), tie), one);
-    const __mmask8 isShorter = isTensIn ^ isNextTensIn;
-    const __mmask8 isNext =
-        ((isUnitsIn ^ isNextUnitsIn) & isNextUnitsIn) | (~(isUnitsIn ^ isNextUnitsIn) & isNextNearer);
     const __m512i nextTens = _mm512_mask_add_epi64(tens, isNextTensIn, tens, all(10));
-    const __m512i nextUnits = _mm512_mask_add_epi64(units, isNext, units, all(1));
-    return {_mm512_mask_mov_epi64(nextUnits, isShorter, nextTens), places};
+    const __m512i nextUnits = _mm512_mask_add_epi64(units, isNextNearer, units, all(1));
+    return {_mm512_mask_mov_epi64(nextUnits, isTensIn ^ isNextTensIn, nextTens), places};
 }
 
 VRN_AVX512_PART char* writeEight(const float* numbers, char* out) {

@@ -95,13 +95,11 @@ template <std::floating_point Real> [[nodiscard]] inline ShortestDecimal shortes
     const u64 restOfTens = (units - 10 * tens) * one + rest;
     const bool isTensIn = restOfTens <= below;
     const bool isNextTensIn = 10 * one - restOfTens <= above;
-    // Else whichever belongs, or the nearer one, of two as near the even one.
-    const bool isUnitsIn = rest <= below;
-    const bool isNextUnitsIn = one - rest <= above;
+    // Else the nearer one, of two as near the even one. It belongs, for what rounds to the number reaches as far to
+    // both sides; to powers of two it does not, and the tests look at each of them.
     const bool isNextNearer = 2 * rest + (units & 1) > one;
-    const bool isNextUnits = isUnitsIn != isNextUnitsIn ? isNextUnitsIn : isNextNearer;
     const bool isShorter = isTensIn != isNextTensIn;
-    return {isShorter ? 10 * (tens + isNextTensIn) : units + isNextUnits, -k};
+    return {isShorter ? 10 * (tens + isNextTensIn) : units + isNextNearer, -k};
 }
 
 } // namespace vor::detail
