@@ -14,6 +14,8 @@ namespace vor::velmo_sdk::impl {
 
 namespace {
 
+static_assert(listSlack >= TextBlock::slack);
+
 // How many numbers are made text at once: what a processor keeps near.
 constexpr std::size_t atOnce = 1024;
 
@@ -21,7 +23,8 @@ constexpr std::size_t atOnce = 1024;
 class Lines {
 public:
     Lines(TextBlock& text, const VrnWriterOptions& options, LinePlace place, std::size_t length)
-        : text_(text), newLine_('\n' + std::string(place.indent + 4, ' ')), column_(options.column) {
+        : text_(text), indent_(place.indent + 4), newLine_('\n' + std::string(indent_ + TextBlock::slack, ' ')),
+          column_(options.column) {
         constexpr std::size_t closing = 2; // the brace and the semicolon
         isOneLine_ = options.column == 0 || place.prefix + length + closing <= options.column;
         used_ = column_;
@@ -33,16 +36,17 @@ public:
         if (isOneLine_)
             return write(numbers);
         while (!numbers.empty()) {
-            const std::size_t room = column_ - std::min(column_, used_) + 1;
-            std::size_t fitting = lengthOfElements(numbers, room, each);
+            std::size_t fitting = lengthOfElements(numbers, room(), each);
             if (fitting == 0 && isBegun_) {
                 startLine();
-                continue;
+                fitting = lengthOfElements(numbers, room(), each);
             }
             if (fitting == 0) // one that is longer than a line
                 fitting = lengthOfElement(numbers, each);
             write(numbers.substr(0, fitting));
             numbers.remove_prefix(fitting);
+            if (!numbers.empty()) // and the next does not fit
+                startLine();
         }
     }
 
@@ -50,7 +54,7 @@ public:
     void append(std::string_view payload) {
         if (isOneLine_)
             return text_.append(payload);
-        const std::size_t pairs = std::max<std::size_t>(column_ - std::min(column_, newLine_.size()), 2) / 2 * 2;
+        const std::size_t pairs = std::max<std::size_t>(column_ - std::min(column_, indent_ + 1), 2) / 2 * 2;
         for (std::size_t length = pairs + 1; !payload.empty(); length = pairs) {
             startLine();
             text_.append(payload.substr(0, length));
@@ -61,26 +65,29 @@ public:
     void finish() {
         if (isOneLine_)
             return;
-        text_.append('\n');
-        text_.append(std::string_view(newLine_).substr(1 + 4));
+        text_.append(std::string_view(newLine_).substr(0, 1 + indent_ - 4));
     }
 
 private:
+    // For numbers with a space behind each, of which the last does not count.
+    [[nodiscard]] std::size_t room() const { return column_ - std::min(column_, used_) + 1; }
+
     void startLine() {
-        text_.append(newLine_);
-        used_ = newLine_.size() - 1;
+        text_.appendLoose(std::string_view(newLine_).substr(0, 1 + indent_));
+        used_ = indent_;
         isBegun_ = false;
     }
     void write(std::string_view numbers) {
         if (isBegun_)
             text_.append(' ');
-        text_.append(numbers.substr(0, numbers.size() - 1));
+        text_.appendLoose(numbers.substr(0, numbers.size() - 1));
         isBegun_ = true;
         used_ += numbers.size();
     }
 
     TextBlock& text_;
-    std::string newLine_;
+    std::size_t indent_;
+    std::string newLine_; // and some spaces more
     std::size_t column_;
     std::size_t used_; // of the line, with a space behind the last number
     bool isOneLine_;

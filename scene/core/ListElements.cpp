@@ -57,16 +57,19 @@ struct Together {
 // Of at least one character.
 template <class Characters>
 [[gnu::always_inline]] inline std::size_t lengthOf(std::size_t each, const char* numbers, std::size_t length) noexcept {
-    const auto countIn = [](u64 spaces) { return static_cast<std::size_t>(std::popcount(spaces)); };
     u64 last = Characters::spacesIn(numbers + length - windowSize);
+    if (length < windowSize)
+        last &= ~u64(0) << (windowSize - length); // of what stands before the list
     if (each == 1)
-        return length - std::min(static_cast<std::size_t>(std::countl_zero(last)), length);
+        return last == 0 ? 0 : length - static_cast<std::size_t>(std::countl_zero(last));
 
-    std::size_t count = 0;
-    std::size_t left = length;
-    for (; left > windowSize; left -= windowSize)
-        count += countIn(Characters::spacesIn(numbers + left - windowSize));
-    count += countIn(Characters::spacesIn(numbers + left - windowSize) >> (windowSize - left));
+    const auto countIn = [](u64 spaces) { return static_cast<std::size_t>(std::popcount(spaces)); };
+    std::size_t count = countIn(last);
+    for (std::size_t left = length; left > windowSize;) {
+        left -= windowSize;
+        const u64 spaces = Characters::spacesIn(numbers + left - windowSize);
+        count += countIn(left < windowSize ? spaces >> (windowSize - left) : spaces);
+    }
     if (count < each)
         return 0;
     std::size_t others = count % each; // numbers behind the last whole element

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <string_view>
@@ -15,12 +16,23 @@ using TextSink = std::function<void(std::string_view)>;
 class TextBlock {
 public:
     // The sink stays the caller's and has to live as long.
-    explicit TextBlock(const TextSink& sink) : sink_(sink), block_(std::make_unique_for_overwrite<char[]>(size)) {}
+    explicit TextBlock(const TextSink& sink)
+        : sink_(sink), block_(std::make_unique_for_overwrite<char[]>(size + slack)) {}
 
     void append(std::string_view text) {
         if (text.size() > size - used_)
             return appendLong(text);
         std::copy(text.begin(), text.end(), block_.get() + used_);
+        used_ += text.size();
+    }
+    // The same for a short text behind which `slack` more characters may be read, of whatever kind.
+    static constexpr std::size_t slack = 32;
+    void appendLoose(std::string_view text) {
+        if (text.size() > size - used_)
+            return appendLong(text);
+        char* const to = block_.get() + used_;
+        for (std::size_t i = 0; i < text.size(); i += slack) // pieces of a size that is known need no call
+            std::memcpy(to + i, text.data() + i, slack);
         used_ += text.size();
     }
     void append(char c) { append({&c, 1}); }
