@@ -105,9 +105,10 @@ int convertModel(const ConvertOptions& options) {
             write(scene, losses, options, {});
         });
     });
-    if (ending.signal == SIGKILL)
-        return complain(std::string_view(options.from), "its reader was killed, perhaps for lack of memory"),
-               exitTrouble;
+    if (ending.signal == SIGKILL) {
+        complain(std::string_view(options.from), "its reader was killed, perhaps for lack of memory");
+        return exitTrouble;
+    }
     if (ending.signal != 0)
         complain(std::string_view(options.from), "it is so broken that its reader gave up");
     return ending.status;

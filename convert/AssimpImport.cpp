@@ -1,6 +1,5 @@
 #include "convert/AssimpImport.h"
 
-#include "convert/Convert.h"
 #include "convert/ModelFiles.h"
 #include "convert/SceneImport.h"
 #include "scene/core/File.h"
@@ -32,7 +31,7 @@ void openOrThrow(const std::string& path) {
 // Hands on how far Assimp has come.
 class Teller : public Assimp::ProgressHandler {
 public:
-    explicit Teller(const std::function<void(double part)>& listener) : listener_(listener) {}
+    explicit Teller(const ReadListener& listener) : listener_(listener) {}
 
     bool Update(float) override { return true; }
     void UpdateFileRead(int step, int steps) override { // some are larger than an int can say
@@ -41,7 +40,7 @@ public:
     }
 
 private:
-    const std::function<void(double part)>& listener_;
+    const ReadListener& listener_;
 };
 
 // Nothing is joined, split, flipped or made anew: the file as it stands.
@@ -73,7 +72,7 @@ void noteUnused(SceneImport& import) {
 } // namespace
 
 void importModel(const std::string& path, Scene& scene, const TexturePaths& paths, Losses& losses,
-                 const std::function<void(double part)>& listener) {
+                 const ReadListener& listener) {
     openOrThrow(path);
     const std::string extension = extensionOf(path);
     const bool isGltf = extension == ".glb" || extension == ".gltf";

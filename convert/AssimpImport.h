@@ -1,10 +1,8 @@
 // Whatever Assimp reads as a scene.
 #pragma once
 
-#include "convert/Losses.h"
-#include "convert/TexturePaths.h"
+#include "convert/Convert.h"
 
-#include <functional>
 #include <string>
 
 namespace vrn::convert {
@@ -12,6 +10,6 @@ namespace vrn::convert {
 // Reads the file into an empty scene, its textures being at `paths`; `listener` may be empty. Throws FileError and
 // ContentError.
 void importModel(const std::string& path, Scene& scene, const TexturePaths& paths, Losses& losses,
-                 const std::function<void(double part)>& listener);
+                 const ReadListener& listener);
 
 } // namespace vrn::convert

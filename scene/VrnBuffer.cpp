@@ -6,7 +6,6 @@
 #include "scene/core/NumberLists.h"
 
 #include <algorithm>
-#include <limits>
 #include <memory>
 #include <optional>
 

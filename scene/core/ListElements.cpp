@@ -56,7 +56,7 @@ struct Together {
 
 // Of at least one character.
 template <class Characters>
-[[gnu::always_inline]] inline std::size_t lengthOf(std::size_t each, const char* numbers, std::size_t length) noexcept {
+[[gnu::always_inline]] inline std::size_t lengthOf(const char* numbers, std::size_t length, std::size_t each) noexcept {
     u64 last = Characters::spacesIn(numbers + length - windowSize);
     if (length < windowSize)
         last &= ~u64(0) << (windowSize - length); // of what stands before the list
@@ -82,8 +82,8 @@ template <class Characters>
 }
 
 #if defined(__x86_64__)
-VRN_AVX512 std::size_t lengthTogether(std::size_t each, const char* numbers, std::size_t length) noexcept {
-    return lengthOf<Together>(each, numbers, length);
+VRN_AVX512 std::size_t lengthTogether(const char* numbers, std::size_t length, std::size_t each) noexcept {
+    return lengthOf<Together>(numbers, length, each);
 }
 #endif
 
@@ -95,9 +95,9 @@ std::size_t lengthOfElements(std::string_view numbers, std::size_t room, std::si
         return 0;
 #if defined(__x86_64__)
     if (instructionSet() == InstructionSet::Avx512)
-        return lengthTogether(each, numbers.data(), length);
+        return lengthTogether(numbers.data(), length, each);
 #endif
-    return lengthOf<OneByOne>(each, numbers.data(), length);
+    return lengthOf<OneByOne>(numbers.data(), length, each);
 }
 
 std::size_t lengthOfElement(std::string_view numbers, std::size_t each) noexcept {

@@ -7,9 +7,9 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <cstring>
-#include <limits>
 
 namespace vor {
 

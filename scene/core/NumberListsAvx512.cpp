@@ -10,9 +10,7 @@
 #    include "scene/core/ShortestDecimal.h"
 
 #    include <algorithm>
-#    include <array>
 #    include <bit>
-#    include <cstring>
 #    include <type_traits>
 
 #    define VRN_AVX512_PART VRN_AVX512 __attribute__((always_inline)) inline

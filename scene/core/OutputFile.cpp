@@ -9,6 +9,9 @@
 
 namespace vor {
 
+// With its last slash; nothing for a file of the current one.
+static std::string folderOf(const std::string& path) { return path.substr(0, path.rfind('/') + 1); }
+
 // Where a path leads to, be there a file or not.
 static std::string followed(std::filesystem::path path) {
     namespace fs = std::filesystem;
@@ -43,14 +46,13 @@ OutputFile::~OutputFile() {
 }
 
 void OutputFile::setTemporary(unsigned attempt) {
-    temporary_ = path_.substr(0, path_.rfind('/') + 1) + ".vrn-" + std::to_string(getpid()) + '-' +
-                 std::to_string(attempt) + ".new";
+    temporary_ = folderOf(path_) + ".vrn-" + std::to_string(getpid()) + '-' + std::to_string(attempt) + ".new";
 }
 
 // Without a name, if the file system can do that and it can be given one later.
 void OutputFile::open() {
-    const std::string folder = path_.substr(0, path_.rfind('/') + 1);
 #ifdef O_TMPFILE
+    const std::string folder = folderOf(path_);
     if (access("/proc/self/fd", X_OK) == 0)
         descriptor_ = ::open(folder.empty() ? "." : folder.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, 0666);
 #endif

@@ -9,7 +9,6 @@
 #include "scene/core/Types.h"
 
 #include <array>
-#include <bit>
 #include <concepts>
 
 namespace vor::detail {

@@ -87,7 +87,7 @@ class Progress(Folder):
         total = b"%d.%d MB" % (len(text) // 10**6, len(text) // 10**5 % 10)
         for line in LINE.findall(shown):
             self.assertRegex(line, rb"^Reading: ([\d.]+ [kM]B of " + total + rb", [\d.]+ [kM]B/s, \d+ (s|min) left|"
-                                   + total + rb", \d+ s so far)$")
+                                   + total + rb", \d+ (s|min) so far)$")
         self.assertEqual(shown.count(b"ing: "), shown.count(b"\r\x1b[K"))
 
     def test_of_writing_says_how_long_it_takes(self):
@@ -96,7 +96,7 @@ class Progress(Folder):
             _, shown = self.in_terminal("convert", "a.vrn", "a.json")
             if b"Writing: " in shown:
                 break
-        self.assertRegex(shown, rb"(Writing: \d+ s so far\r\x1b\[K)+$")
+        self.assertRegex(shown, rb"(Writing: \d+ (s|min) so far\r\x1b\[K)+$")
 
     def test_quiet_and_short_show_nothing(self):
         self.assertEqual(self.in_terminal("check", "--quiet", "-", most=1.5)[1], b"")

@@ -33,6 +33,15 @@ protected:
         return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
     }
 
+    // The link at "link" leads to "a".
+    void expectToWriteThroughTheLink() const {
+        OutputFile file(at("link"));
+        file.write("new");
+        file.commit();
+        EXPECT_EQ(textOf(at("a")), "new");
+        EXPECT_TRUE(fs::is_symlink(at("link")));
+    }
+
     fs::path folder;
 };
 
@@ -68,21 +77,13 @@ TEST_F(OutputFiles, replaceWhatALinkLeadsToAndKeepItsMode) {
     std::ofstream(at("a")) << "old";
     fs::permissions(at("a"), fs::perms(0604));
     fs::create_symlink("a", at("link"));
-    OutputFile file(at("link"));
-    file.write("new");
-    file.commit();
-    EXPECT_EQ(textOf(at("a")), "new");
-    EXPECT_TRUE(fs::is_symlink(at("link")));
+    expectToWriteThroughTheLink();
     EXPECT_EQ(fs::status(at("a")).permissions(), fs::perms(0604));
 }
 
 TEST_F(OutputFiles, areMadeWhereALinkToNothingLeads) {
     fs::create_symlink("a", at("link"));
-    OutputFile file(at("link"));
-    file.write("new");
-    file.commit();
-    EXPECT_EQ(textOf(at("a")), "new");
-    EXPECT_TRUE(fs::is_symlink(at("link")));
+    expectToWriteThroughTheLink();
 }
 
 TEST_F(OutputFiles, mayHaveTheLongestOfNames) {
