@@ -1,8 +1,8 @@
 // The command `vrn`.
-#include "cli/CommandLine.h"
-#include "cli/Commands.h"
-#include "cli/Console.h"
-#include "cli/SceneFile.h"
+#include "cli/arguments/CommandLine.h"
+#include "cli/commands/Commands.h"
+#include "cli/files/SceneFile.h"
+#include "cli/terminal/Console.h"
 
 #include <csignal>
 #include <new>

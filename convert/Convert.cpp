@@ -1,8 +1,8 @@
 #include "convert/Convert.h"
 
-#include "convert/AssimpExport.h"
-#include "convert/AssimpImport.h"
-#include "convert/GltfWriter.h"
+#include "convert/export/AssimpExport.h"
+#include "convert/export/GltfWriter.h"
+#include "convert/import/AssimpImport.h"
 #include "scene/SceneJson.h"
 #include "scene/VrnWriter.h"
 #include "scene/core/OutputFile.h"
@@ -65,10 +65,6 @@ const Format* formatOf(const std::string& path) {
 }
 
 } // namespace
-
-std::string extensionOf(const std::string& path) {
-    return std::string(String(std::filesystem::path(path).extension().string()).toLower().view());
-}
 
 bool canRead(const std::string& path) {
     const std::string extension = extensionOf(path);

@@ -8,12 +8,13 @@
 // Which format a file has says its extension. What cannot be carried over is left out and noted among the losses.
 #pragma once
 
-#include "convert/Errors.h"
-#include "convert/Losses.h"
-#include "convert/TexturePaths.h"
+#include "convert/shared/Errors.h"
+#include "convert/shared/Extension.h"
+#include "convert/shared/Losses.h"
+#include "convert/shared/ReadListener.h"
+#include "convert/shared/TexturePaths.h"
 #include "scene/Scene.h"
 
-#include <functional>
 #include <string>
 
 namespace vrn::convert {
@@ -24,12 +25,6 @@ namespace vrn::convert {
 [[nodiscard]] bool canWrite(const std::string& path);
 [[nodiscard]] std::string readableExtensions();
 [[nodiscard]] std::string writableExtensions();
-
-// The extension of a path, with its dot, in small letters.
-[[nodiscard]] std::string extensionOf(const std::string& path);
-
-// Is told what part of a file has been read, from 0 to 1; how often depends on the format.
-using ReadListener = std::function<void(double part)>;
 
 // Reads any other format into an empty scene. Throws FileError and ContentError.
 void readModel(const std::string& path, Scene& scene, Losses& losses, const TexturePaths& paths,

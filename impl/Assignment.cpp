@@ -125,7 +125,7 @@ Input* VrnParser::elementInput(Input* array, const Step& step) {
     const u64 index = elementIndex(array, step.token);
     giveElementType(array, step);
     if (index > array->size())
-        unnamedElements += index - array->size();
+        implicitElements += index - array->size();
     while (array->size() <= index)
         if (!array->appendElement())
             parseError(messages::invalidArrayIndex, String(step.token.text).trimChars("[]").buf());
@@ -133,16 +133,17 @@ Input* VrnParser::elementInput(Input* array, const Step& step) {
 }
 
 // How many elements a text may make without naming them; a scene of a host may know no such limit.
-template <class Limits> static u64 unnamedLimit(const Limits& limits) noexcept {
-    if constexpr (requires { limits.unnamedElements; })
-        return limits.unnamedElements;
+template <class Limits> static u64 maxImplicitElements(const Limits& limits) noexcept {
+    if constexpr (requires { limits.maxImplicitElements; })
+        return limits.maxImplicitElements;
     else
         return std::numeric_limits<u64>::max();
 }
 
 bool VrnParser::canGrow(Input* array, u64 index) const {
     const u64 unnamed = index - array->size();
-    return index < scene->limits().arrayElements && unnamed <= unnamedLimit(scene->limits()) - unnamedElements;
+    return index < scene->limits().maxArrayElements &&
+           unnamed <= maxImplicitElements(scene->limits()) - implicitElements;
 }
 
 u64 VrnParser::elementIndex(Input* array, const Token& brackets) {

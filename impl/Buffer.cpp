@@ -56,7 +56,7 @@ Token VrnParser::bufferList() {
 std::unique_ptr<BufferReader> VrnParser::openBuffer(DataType type, const String& head) const {
     unsigned long long count = 0;
     if (!String::parse(head.trimChars("[]"), count, String::Radix::Auto) ||
-        count > scene->limits().bufferBytes / elementLayout(type).elementSize())
+        count > scene->limits().maxBufferBytes / elementLayout(type).elementSize())
         return nullptr;
     try {
         return std::make_unique<BufferReader>(type, count);

@@ -133,8 +133,8 @@ public:
     DefinedNodes definedNodes;
     PendingLinks pendingConnections;
     PendingLinks pendingReferences;
-    u64 unnamedElements = 0; // that came to be because one behind them was named
-    AssignInfo assignment;   // the one being read; kept to use its memory again
+    u64 implicitElements = 0; // that came to be because one behind them was named
+    AssignInfo assignment;    // the one being read; kept to use its memory again
 
 private:
     // Steps of an assignment (Assignment.cpp).

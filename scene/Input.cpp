@@ -131,7 +131,7 @@ Input* Input::addChild(const String& name, AttrData value) {
 }
 
 Input* Input::appendElement() {
-    if (type() != AttrType::Array || !node_ || size() >= node_->scene().limits().arrayElements)
+    if (type() != AttrType::Array || !node_ || size() >= node_->scene().limits().maxArrayElements)
         return nullptr;
     auto& elements = extras().children;
     std::unique_ptr<Input, void (*)(Input*)> element(

@@ -27,10 +27,10 @@ inline constexpr u64 VRX_FILE_VERSION_1 = 1;
 
 // How much a text may make a scene hold.
 struct SceneLimits {
-    u64 arrayElements = 16'777'216;  // of one array
-    u64 bufferBytes = u64(16) << 30; // of one buffer
+    u64 maxArrayElements = 16'777'216;  // of one array
+    u64 maxBufferBytes = u64(16) << 30; // of one buffer
     // That come to be because one behind them is named, of all arrays together: a few letters ask for many.
-    u64 unnamedElements = 16'777'216;
+    u64 maxImplicitElements = 16'777'216;
 };
 
 class VRN_API Scene final : public interfaces::IScene {

@@ -1,6 +1,6 @@
 // The commands that are made from the table of commands, with a table whose texts are all that shells and roff might
 // trip over.
-#include "cli/Commands.h"
+#include "cli/commands/Commands.h"
 
 #include <string>
 

@@ -110,7 +110,7 @@ TEST(Memory, ofElementsThatNobodyNamesIsLimited) {
     std::size_t errors = 0;
     const ScopedLogSink sink([&](const LogRecord&) { ++errors; });
     Scene scene;
-    scene.setLimits({.unnamedElements = 1677722});
+    scene.setLimits({.maxImplicitElements = 1677722});
     const std::size_t before = liveBytes();
     forgetPeak();
     EXPECT_FALSE(parseString(&scene, text));

@@ -64,7 +64,7 @@ private:
 };
 
 // Keeps a text from asking for more than a fuzzer has time for; what is larger is refused in the same ways.
-inline void limit(Scene& scene) { scene.setLimits({.arrayElements = 1000, .bufferBytes = 1 << 20}); }
+inline void limit(Scene& scene) { scene.setLimits({.maxArrayElements = 1000, .maxBufferBytes = 1 << 20}); }
 
 [[nodiscard]] std::string jsonOf(const Scene& scene);
 

@@ -118,7 +118,7 @@ TEST(Assignment, growsArrays) {
 TEST(Assignment, leavesAnArrayAloneThatItRefuses) {
     Reading r = readText("t a; a.x[0] = 1; a.x[7] = 2.5;");
     EXPECT_EQ(r.input("a.x")->size(), 1U) << "a conflict of types is found before the array grows";
-    r.scene->setLimits({.arrayElements = 3});
+    r.scene->setLimits({.maxArrayElements = 3});
     readMore(r, "a.x[2] = 1; a.x[*] = 4;");
     EXPECT_EQ(r.log[0].text, "PARSE ERROR (1,23): invalid input array index: *.");
     EXPECT_EQ(r.input("a.x")->size(), 3U);
@@ -126,7 +126,7 @@ TEST(Assignment, leavesAnArrayAloneThatItRefuses) {
 
 TEST(Assignment, makesNoMoreUnnamedElementsThanAllowed) {
     Reading r;
-    r.scene->setLimits({.unnamedElements = 4});
+    r.scene->setLimits({.maxImplicitElements = 4});
     readMore(r, "t a; a.x[2] = 1; a.y[*] = 1; a.y[2] = 2; a.z[0] = 1; a.x[1] = 1; a.z[3] = 1; a.z[2] = 1;");
     EXPECT_EQ(r.log, (Log{error(1, 76, "PARSE ERROR (1,76): invalid input array index: 3.")}));
     EXPECT_EQ(r.input("a.y")->size(), 3U);
@@ -137,7 +137,7 @@ TEST(Assignment, makesNoMoreUnnamedElementsThanAllowed) {
 
 TEST(Assignment, writesElementsThatAreThereWhateverTheLimit) {
     Reading r = readText("t a; a.x[4] = 1;");
-    r.scene->setLimits({.arrayElements = 2});
+    r.scene->setLimits({.maxArrayElements = 2});
     readMore(r, "a.x[4] = 2;");
     EXPECT_EQ(r.log, Log{});
     EXPECT_EQ(r.value("a.x[4]").asInt(), 2);

@@ -318,7 +318,7 @@ TEST(Buffer, reportsWhatIsWrong) {
 
 TEST(Buffer, obeysTheSceneLimit) {
     Reading r;
-    r.scene->setLimits({.bufferBytes = 8});
+    r.scene->setLimits({.maxBufferBytes = 8});
     readMore(r, "t n; n.a = float[2] {1 2}; n.b = double[1] {1}; n.c = float[3] {1 2 3};");
     EXPECT_EQ(r.log, (Log{error(1, 70, "PARSE ERROR (1,70): invalid buffer element count: [3].")}));
     EXPECT_NE(r.input("n.b"), nullptr);

@@ -142,7 +142,7 @@ TEST(Scene, survivesInputsOfAnyDepth) {
 
 TEST(Scene, limitsArrays) {
     Scene scene;
-    scene.setLimits({.arrayElements = 2});
+    scene.setLimits({.maxArrayElements = 2});
     Input* array = scene.createNode("t", "a")->createArray("list", AttrType::Int);
     EXPECT_NE(array->appendElement(), nullptr);
     EXPECT_NE(array->appendElement(), nullptr);

@@ -8,8 +8,8 @@ namespace vor::velmo_sdk::impl {
 inline constexpr u64 VRX_FILE_VERSION_1 = 1;
 
 struct SceneLimits {
-    u64 arrayElements = 100;
-    u64 bufferBytes = 1000;
+    u64 maxArrayElements = 100;
+    u64 maxBufferBytes = 1000;
 };
 
 class Scene final : public interfaces::IScene {

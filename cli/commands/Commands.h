@@ -1,0 +1,22 @@
+// The commands of `vrn`, in the order in which its help lists them.
+#pragma once
+
+#include "cli/arguments/Command.h"
+
+namespace vrn::cli {
+
+[[nodiscard]] Command checkCommand();
+[[nodiscard]] Command fmtCommand();
+[[nodiscard]] Command infoCommand();
+[[nodiscard]] Command treeCommand();
+[[nodiscard]] Command queryCommand();
+[[nodiscard]] Command graphCommand();
+[[nodiscard]] Command diffCommand();
+[[nodiscard]] Command dumpCommand();
+[[nodiscard]] Command convertCommand();
+[[nodiscard]] Command completionCommand();
+[[nodiscard]] Command manCommand();
+
+[[nodiscard]] std::vector<Command> allCommands();
+
+} // namespace vrn::cli

@@ -1,0 +1,159 @@
+#include "convert/Convert.h"
+
+#include "cli/commands/Commands.h"
+#include "cli/files/Isolated.h"
+#include "cli/files/SceneFile.h"
+#include "cli/terminal/Console.h"
+#include "cli/terminal/Progress.h"
+#include "scene/core/OutputFile.h"
+#include "scene/core/TextEncoding.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <utility>
+
+namespace vrn::cli {
+
+using namespace vor;
+using convert::Losses;
+
+namespace {
+
+struct ConvertOptions {
+    std::string from;
+    std::string to;
+    SceneArguments scenes;
+};
+
+// Always said: who converts a scene should know what is not in the result.
+void say(const Losses& losses, const std::string& file) {
+    std::string text;
+    for (const convert::Loss& loss : losses.all())
+        text += String::format("vrn: %s: lost: %s: %llu (%s%s)\n", escapeForTerminal(file).buf(),
+                               escapeForTerminal(loss.what).buf(), static_cast<unsigned long long>(loss.count),
+                               loss.count == 1 ? "" : "first ", escapeForTerminal(loss.first).buf())
+                    .view();
+    printError(text);
+}
+
+// What is wrong with a scene is the scene's exit status, what is wrong with a file the trouble's.
+int attempt(auto act) {
+    try {
+        act();
+        return exitOk;
+    } catch (const convert::ContentError& error) {
+        complain(std::string_view(error.path()), error.what());
+        return exitErrors;
+    } catch (const convert::FileError& error) {
+        complain(std::string_view(error.path()), error.what());
+    } catch (const OutputFileError& error) {
+        complain(std::string_view(error.path()), strerrordesc_np(error.code().value()));
+    }
+    return exitTrouble;
+}
+
+void write(const Scene& scene, Losses& losses, const ConvertOptions& options, const convert::TexturePaths& paths) {
+    {
+        const Progress progress("Writing", options.scenes.isQuiet);
+        convert::writeScene(scene, options.to, losses, paths);
+    }
+    say(losses, options.to);
+}
+
+// Assimp tells of some formats how far it has come.
+void read(const ConvertOptions& options, Scene& scene, Losses& losses) {
+    Progress progress({options.from}, options.scenes.isQuiet);
+    progress.keepShowing();
+    std::error_code error;
+    const auto size = static_cast<double>(std::filesystem::file_size(options.from, error));
+    u64 told = 0;
+    convert::readModel(options.from, scene, losses, {options.from, options.to}, [&](double part) {
+        const u64 bytes = error ? 0 : std::max(told, static_cast<u64>(part * size));
+        progress.advance(bytes - std::exchange(told, bytes));
+    });
+}
+
+int convertText(const ConvertOptions& options) {
+    SceneArguments scenes = options.scenes;
+    scenes.files = {options.from};
+    int written = exitOk;
+    const int read = forEachScene(scenes, [&](const SceneFile& file, const Scene& scene) {
+        if (!file.isWhole())
+            return;
+        printError(file.diagnosticsText());
+        if (file.hasErrors())
+            return complain(file.displayName(), "not converted, because of the errors above");
+        Losses losses;
+        written = attempt([&] { write(scene, losses, options, {options.from, options.to}); });
+    });
+    return std::max(read, written);
+}
+
+// Assimp ends the process when it meets what it did not expect, so it gets one of its own.
+int convertModel(const ConvertOptions& options) {
+    const auto catalogue = loadCatalogue(options.scenes);
+    const Ending ending = runIsolated([&] {
+        Scene scene;
+        scene.setCatalogue(catalogue);
+        scene.setLimits(options.scenes.limits);
+        return attempt([&] {
+            Losses losses;
+            read(options, scene, losses);
+            write(scene, losses, options, {});
+        });
+    });
+    if (ending.signal == SIGKILL) {
+        complain(std::string_view(options.from), "its reader was killed, perhaps for lack of memory");
+        return exitTrouble;
+    }
+    if (ending.signal != 0)
+        complain(std::string_view(options.from), "it is so broken that its reader gave up");
+    return ending.status;
+}
+
+int refuse(const std::string& file, const char* what, const std::string& known) {
+    complain(std::string_view(file), std::string_view(std::string("the extension does not say a format that can be ") +
+                                                      what + "; these do: " + known));
+    return exitTrouble;
+}
+
+int run(const ConvertOptions& options) {
+    if (!convert::canWrite(options.to))
+        return refuse(options.to, "written", convert::writableExtensions());
+    if (convert::extensionOf(options.from) == ".vrn")
+        return convertText(options);
+    if (!convert::canRead(options.from))
+        return refuse(options.from, "read", ".vrn " + convert::readableExtensions());
+    return convertModel(options);
+}
+
+} // namespace
+
+Command convertCommand() {
+    const auto options = std::make_shared<ConvertOptions>();
+    Command command{.name = "convert",
+                    .what = "Convert a scene from and to other formats",
+                    .example = "vrn convert examples/character.vrn character.glb\nvrn convert chair.obj chair.json",
+                    .run = [options] { return run(*options); }};
+    command.options.push_back(
+        {.names = "IN",
+         .help = "The file to read: .vrn, .gltf, .glb, .obj, .ply, .stl, .fbx, .dae and many more",
+         .target = &options->from,
+         .completion = Completion::File,
+         .isRequired = true});
+    command.options.push_back({.names = "OUT",
+                               .help = "The file to write: " + convert::writableExtensions(),
+                               .target = &options->to,
+                               .completion = Completion::File,
+                               .isRequired = true});
+    addReadingOptions(command.options, options->scenes);
+    command.details =
+        "The extensions of the files say their formats. What the format of OUT cannot express is left out and\n"
+        "said, a line for each kind. A scene with errors is not converted.";
+    return command;
+}
+
+} // namespace vrn::cli

@@ -1,0 +1,147 @@
+#include "cli/commands/Commands.h"
+#include "cli/files/SceneFile.h"
+#include "cli/graph/DotText.h"
+#include "cli/graph/LinkGraph.h"
+#include "cli/graph/Picture.h"
+#include "cli/query/NearNames.h"
+#include "cli/terminal/Console.h"
+#include "scene/core/OutputFile.h"
+
+#include <algorithm>
+#include <memory>
+#include <system_error>
+
+namespace vrn::cli {
+
+using namespace vor;
+using namespace vor::velmo_sdk::impl;
+
+namespace {
+
+struct GraphOptions {
+    SceneArguments scenes; // the file apart
+    std::string file;
+    std::string output;
+    std::string around;
+    u64 hops = 2;
+};
+
+// What `dot` can lay out in a few seconds, and people can read.
+constexpr std::size_t mostNodes = 2000;
+constexpr std::size_t mostLinks = 10'000;
+
+// `dot`, `svg`, `png` or `pdf`; empty for a name that ends in none of them.
+std::string formatOf(const std::string& output) {
+    if (output.empty())
+        return "dot";
+    std::string ending = output.substr(std::min(output.rfind('.'), output.size()));
+    std::ranges::transform(ending, ending.begin(), [](char c) { return String::lower(c); });
+    for (const char* format : {"dot", "svg", "png", "pdf"})
+        if (ending == std::string(".") + format)
+            return format;
+    return {};
+}
+
+void writeGraph(const LinkGraph& graph, const GraphOptions& options) {
+    const std::string text = dotText(graph);
+    if (options.output.empty())
+        return print(text);
+    OutputFile file(options.output);
+    const std::string format = formatOf(options.output);
+    if (format == "dot")
+        file.write(text);
+    else
+        drawPicture(text, format, file.descriptor());
+    file.commit();
+}
+
+bool isTooLarge(const LinkGraph& graph, const GraphOptions& options) {
+    return formatOf(options.output) != "dot" && (graph.nodes.size() > mostNodes || graph.edges.size() > mostLinks);
+}
+
+int refuseLarge(const LinkGraph& graph, const GraphOptions& options) {
+    complain(std::string_view(options.output),
+             counted(graph.nodes.size(), "node") + " and " + counted(graph.edges.size(), "link") +
+                 " are too many for a picture; name a part with --around NODE, or write a .dot file");
+    return exitTrouble;
+}
+
+int drawScene(const Scene& scene, const GraphOptions& options) {
+    LinkGraph graph = linksOf(scene);
+    if (!options.around.empty()) {
+        const Node* centre = scene.findNode(std::string_view(options.around));
+        if (!centre) {
+            const std::string reason = "the scene has no such node" + nearNames(scene, options.around);
+            complain(std::string_view(options.around), std::string_view(reason));
+            return exitTrouble;
+        }
+        graph = neighbourhood(graph, *centre, options.hops);
+    }
+    if (isTooLarge(graph, options))
+        return refuseLarge(graph, options);
+    try {
+        writeGraph(graph, options);
+    } catch (const PictureError& error) {
+        complain(std::string_view(options.output), error.what());
+        return exitTrouble;
+    } catch (const std::system_error& error) {
+        complain(std::string_view(options.output), std::string_view(error.code().message()));
+        return exitTrouble;
+    }
+    return exitOk;
+}
+
+int graph(const GraphOptions& options) {
+    if (options.around.empty() && options.hops != GraphOptions().hops) {
+        printError("vrn: --hops says how far from a node; name it with --around\n");
+        return exitTrouble;
+    }
+    if (formatOf(options.output).empty()) {
+        complain(std::string_view(options.output), "cannot tell the format; end the name in .dot, .svg, .png or .pdf");
+        return exitTrouble;
+    }
+    SceneArguments scenes = options.scenes;
+    scenes.files = {options.file};
+    int status = exitOk;
+    const int deserved = forEachScene(scenes, [&](const SceneFile& file, const Scene& scene) {
+        if (!file.isWhole())
+            return;
+        printError(file.diagnosticsText());
+        status = drawScene(scene, options);
+    });
+    return finishOutput() ? std::max(status, deserved) : exitTrouble;
+}
+
+} // namespace
+
+Command graphCommand() {
+    const auto options = std::make_shared<GraphOptions>();
+    Command command{.name = "graph",
+                    .what = "Draw the links between nodes",
+                    .example =
+                        "vrn graph -o scene.svg scene.vrn\nvrn graph --around cam1 --hops 1 scene.vrn | dot -Tsvg",
+                    .details = "Pictures are drawn by the program dot of the Debian package graphviz.",
+                    .run = [options] { return graph(*options); }};
+    command.options.push_back({.names = "FILE",
+                               .help = "Scene to read; - is standard input",
+                               .target = &options->file,
+                               .completion = Completion::Scene,
+                               .isRequired = true});
+    addReadingOptions(command.options, options->scenes);
+    command.options.push_back({.names = "-o,--output",
+                               .help = "A file that ends in .dot, .svg, .png or .pdf; or DOT goes to standard output",
+                               .target = &options->output,
+                               .value = "OUT",
+                               .completion = Completion::File});
+    command.options.push_back({.names = "--around",
+                               .help = "Only this node and those that it is linked with",
+                               .target = &options->around,
+                               .value = "NODE"});
+    command.options.push_back({.names = "--hops",
+                               .help = "How many links away from it, in any direction",
+                               .target = &options->hops,
+                               .value = "COUNT"});
+    return command;
+}
+
+} // namespace vrn::cli

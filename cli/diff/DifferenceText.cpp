@@ -1,0 +1,212 @@
+#include "cli/diff/DifferenceText.h"
+
+#include "cli/query/ValueJson.h"
+#include "cli/query/ValueText.h"
+#include "scene/core/TextEncoding.h"
+
+#include <array>
+#include <cstring>
+
+namespace vrn::cli {
+
+using namespace vor;
+using namespace vor::velmo_sdk;
+
+namespace {
+
+const char* nameOf(Aspect aspect) {
+    static constexpr std::array names = {"version", "time",  "comments",   "nodeOrder",  "node",
+                                         "input",   "type",  "definition", "dataType",   "elementType",
+                                         "count",   "value", "elements",   "connection", "reference"};
+    static_assert(names.size() == static_cast<std::size_t>(Aspect::Reference) + 1);
+    return names[static_cast<std::size_t>(aspect)];
+}
+
+std::string withoutMiddle(std::string_view path) {
+    constexpr std::size_t most = 1000;
+    if (path.size() <= most)
+        return std::string(path);
+    return std::string(path.substr(0, most / 2)) + "..." + std::string(path.substr(path.size() - most / 2));
+}
+
+std::string arrow(const std::string& before, const std::string& after) { return before + " -> " + after; }
+
+std::string arrow(const Difference& difference) {
+    const auto label = [](const std::optional<std::string>& text) { return text ? escapedShort(*text) : "none"; };
+    return arrow(label(difference.before), label(difference.after));
+}
+
+std::string quotedArrow(const Difference& difference) {
+    const auto quoted = [](const std::optional<std::string>& text) { return text ? quotedShort(*text) : "none"; };
+    return arrow(quoted(difference.before), quoted(difference.after));
+}
+
+std::string numbersText(const NumbersDifference& numbers, const char* things) {
+    std::string text = std::to_string(numbers.differing) + " of " + std::to_string(numbers.compared) + ' ' + things;
+    text += numbers.differing == 1 ? " differs, largest difference " : " differ, largest difference ";
+    if (numbers.isSingle)
+        appendNumber(text, static_cast<float>(numbers.largest));
+    else
+        appendNumber(text, numbers.largest);
+    return text + " at " + std::to_string(numbers.largestAt) + ", first at " + std::to_string(numbers.first);
+}
+
+// Long texts are shown from shortly before the byte at which they differ.
+std::string stringsText(std::string_view before, std::string_view after) {
+    if (before.size() <= shortLength && after.size() <= shortLength)
+        return arrow(quotedShort(before), quotedShort(after));
+    const auto differ = std::ranges::mismatch(before, after);
+    const auto at = static_cast<std::size_t>(differ.in1 - before.begin());
+    std::size_t from = at < shortLength / 2 ? 0 : at - shortLength / 3;
+    const auto isInside = [&](std::size_t i) { return i < before.size() && (before[i] & '\xC0') == '\x80'; };
+    while (from > 0 && from < at && isInside(from))
+        ++from;
+    const std::string dots = from == 0 ? "" : "...";
+    return "from byte " + std::to_string(at) + " on, " +
+           arrow(quotedShort(dots + std::string(before.substr(from))),
+                 quotedShort(dots + std::string(after.substr(from))));
+}
+
+std::string valuesText(const Difference& difference) {
+    const Input& before = *difference.inputBefore;
+    const Input& after = *difference.inputAfter;
+    if (before.type() == AttrType::String)
+        return stringsText(before.value().asString(), after.value().asString());
+    if (difference.numbers && difference.numbers->compared > 4)
+        return numbersText(*difference.numbers, "numbers");
+    return arrow(valueText(before), valueText(after));
+}
+
+std::string headline(const Difference& difference, const Style& style) {
+    const auto say = [&](char sign, const std::string& text) {
+        const std::string line = sign + (' ' + text);
+        switch (difference.change) {
+        case Change::Added:
+            return style.added(line);
+        case Change::Removed:
+            return style.removed(line);
+        default:
+            return style.changed(line);
+        }
+    };
+    const char sign = difference.change == Change::Added ? '+' : difference.change == Change::Removed ? '-' : '~';
+    switch (difference.aspect) {
+    case Aspect::Version:
+    case Aspect::Time:
+    case Aspect::Comments:
+        return say(sign, nameOf(difference.aspect));
+    case Aspect::NodeOrder:
+        return say(sign, "order of nodes");
+    default:
+        return say(sign, std::string(escapeForTerminal(withoutMiddle(difference.path)).view()));
+    }
+}
+
+std::string detail(const Difference& difference, const Style& style) {
+    switch (difference.aspect) {
+    case Aspect::Version:
+    case Aspect::Definition:
+        return arrow(difference);
+    case Aspect::Time:
+        return quotedArrow(difference);
+    case Aspect::Comments:
+        return "from " + std::to_string(difference.index) + " on, " + quotedArrow(difference);
+    case Aspect::NodeOrder:
+        return "first " + arrow(difference);
+    case Aspect::Input:
+        return describe(difference.inputBefore ? *difference.inputBefore : *difference.inputAfter, style);
+    case Aspect::Type:
+        return "type " + arrow(difference);
+    case Aspect::DataType:
+    case Aspect::ElementType:
+        return "element type " + arrow(difference);
+    case Aspect::Count:
+        return arrow(difference) + " elements";
+    case Aspect::Elements:
+        return numbersText(*difference.numbers, "elements");
+    case Aspect::Connection:
+    case Aspect::Reference:
+        return nameOf(difference.aspect) + (' ' + arrow(difference));
+    default:
+        return valuesText(difference);
+    }
+}
+
+void writeText(JsonWriter& writer, const char* key, const std::optional<std::string>& text) {
+    if (text)
+        return writeJsonMember(writer, key, *text);
+    writer.Key(key);
+    writer.Null();
+}
+
+void writeDigits(JsonWriter& writer, const char* key, const std::string& digits) {
+    writer.Key(key);
+    writer.RawValue(digits.data(), digits.size(), rapidjson::kNumberType);
+}
+
+void writeNumbers(JsonWriter& writer, const NumbersDifference& numbers) {
+    const auto integer = [&](const char* key, u64 number) {
+        writer.Key(key);
+        writer.Uint64(number);
+    };
+    integer("differing", numbers.differing);
+    integer("compared", numbers.compared);
+    integer("first", numbers.first);
+    integer("largestAt", numbers.largestAt);
+    writer.Key("largest");
+    numbers.isSingle ? writeJsonReal(writer, static_cast<float>(numbers.largest))
+                     : writeJsonReal(writer, numbers.largest);
+}
+
+// What it was and is.
+void writeSides(JsonWriter& writer, const Difference& difference) {
+    if (difference.aspect == Aspect::Value) {
+        writer.Key("before");
+        writeJsonValue(writer, *difference.inputBefore);
+        writer.Key("after");
+        writeJsonValue(writer, *difference.inputAfter);
+        return;
+    }
+    if (difference.aspect == Aspect::Elements)
+        return writeNumbers(writer, *difference.numbers);
+    if (difference.aspect == Aspect::Comments) {
+        writer.Key("index");
+        writer.Uint64(difference.index);
+    }
+    if (difference.aspect == Aspect::Version || difference.aspect == Aspect::Count) {
+        writeDigits(writer, "before", *difference.before);
+        writeDigits(writer, "after", *difference.after);
+        return;
+    }
+    writeText(writer, "before", difference.before);
+    writeText(writer, "after", difference.after);
+}
+
+} // namespace
+
+std::string differenceLine(const Difference& difference, const Style& style) {
+    const std::string line = headline(difference, style);
+    if (difference.aspect == Aspect::Node)
+        return line + " (" + style.type(typeText(*difference.node)) + ")\n";
+    return line + ": " + detail(difference, style) + '\n';
+}
+
+void printJson(const Difference& difference) {
+    static constexpr std::array changes = {"removed", "added", "changed"};
+    printJsonLine([&](JsonWriter& writer) {
+        writer.StartObject();
+        writeJsonMember(writer, "change", changes[static_cast<std::size_t>(difference.change)]);
+        writeJsonMember(writer, "aspect", nameOf(difference.aspect));
+        if (!difference.path.empty())
+            writeJsonMember(writer, "path", withoutMiddle(difference.path));
+        if (difference.change == Change::Changed) {
+            writeSides(writer, difference);
+        } else {
+            const Input* input = difference.inputBefore ? difference.inputBefore : difference.inputAfter;
+            writeJsonMember(writer, "type", difference.node ? typeText(*difference.node) : typeText(*input));
+        }
+        writer.EndObject();
+    });
+}
+
+} // namespace vrn::cli

@@ -1,0 +1,284 @@
+#include "cli/files/SceneFile.h"
+
+#include "cli/files/Excerpt.h"
+#include "cli/files/SceneFolders.h"
+#include "cli/files/TextFile.h"
+#include "cli/terminal/Console.h"
+#include "cli/terminal/Progress.h"
+#include "impl/Reader.h"
+#include "scene/CatalogueJson.h"
+#include "scene/core/TextEncoding.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+
+namespace vrn::cli {
+
+using namespace vor;
+using namespace vor::velmo_sdk::impl;
+
+void addSceneFiles(std::vector<Option>& options, SceneArguments& arguments) {
+    options.push_back({.names = "FILE",
+                       .help = "Scenes to read; - is standard input",
+                       .target = &arguments.files,
+                       .completion = Completion::Scene,
+                       .isRequired = true});
+}
+
+void addSceneFilesAndFolders(std::vector<Option>& options, SceneArguments& arguments) {
+    arguments.hasFolders = true;
+    options.push_back({.names = "FILE",
+                       .help = "Scenes to read, or folders with scenes (*.vrn) in or below them; - is standard input",
+                       .target = &arguments.files,
+                       .completion = Completion::Scene,
+                       .isRequired = true});
+    options.push_back({.names = "-j,--jobs",
+                       .help = "How many files to read at once, which takes memory for as many; 0: one a processor",
+                       .target = &arguments.jobs,
+                       .value = "COUNT",
+                       .most = 256});
+}
+
+void addReadingOptions(std::vector<Option>& options, SceneArguments& arguments) {
+    options.push_back({.names = "--types",
+                       .help = "Catalogue of node types (JSON) that new nodes follow",
+                       .target = &arguments.types,
+                       .value = "CATALOGUE.json",
+                       .completion = Completion::File});
+    options.push_back({.names = "--max-array",
+                       .help = "How many elements one array may have",
+                       .target = &arguments.limits.maxArrayElements,
+                       .value = "COUNT",
+                       .most = u64(1) << 30});
+    options.push_back({.names = "--max-unnamed",
+                       .help = "How many elements a text may make by naming one behind them",
+                       .target = &arguments.limits.maxImplicitElements,
+                       .value = "COUNT",
+                       .most = u64(1) << 60});
+    options.push_back({.names = "--max-buffer-bytes",
+                       .help = "How many bytes one buffer may take",
+                       .target = &arguments.limits.maxBufferBytes,
+                       .value = "BYTES",
+                       .most = u64(1) << 60});
+    options.push_back({.names = "--quiet",
+                       .help = "Do not show on the terminal how far the reading has come",
+                       .target = &arguments.isQuiet});
+}
+
+bool SceneFile::isReadOnce() const {
+    std::error_code ignored;
+    return isStandardInput() || !std::filesystem::is_regular_file(argument_.buf(), ignored);
+}
+
+void SceneFile::read(Scene& scene, Notices notices, Progress* progress) {
+    File file = isStandardInput() ? File::standardInput() : File::open(argument_);
+    u64 unread = 0;
+    if (progress) {
+        std::error_code error;
+        const u64 size = std::filesystem::file_size(argument_.buf(), error);
+        unread = error ? 0 : size;
+        file.onFetch([&](std::size_t bytes) {
+            progress->advance(bytes);
+            unread -= std::min<u64>(bytes, unread);
+        });
+    }
+    if (isReadOnce())
+        keep(file);
+    parse(scene, isKept_ ? open() : file, notices);
+    if (progress)
+        progress->leaveOut(unread);
+}
+
+void SceneFile::parse(Scene& scene, const File& file, Notices notices) {
+    const ScopedLogSink sink([this](const LogRecord& record) { add(record); }, notices);
+    try {
+        isOk_ = parseVrn(&scene, file, false);
+    } catch (const ReadError& error) {
+        add({LogSeverity::Error, error.what(), error.position(), error.format()});
+    }
+    if (readError_.isEmpty())
+        readError_ = file.error();
+}
+
+// A text may have its name, however long, said as often as it likes: beyond many megabytes of diagnostics only the
+// beginnings of long ones are kept.
+void SceneFile::add(const LogRecord& record) {
+    constexpr std::size_t mostBytes = std::size_t(64) << 20;
+    constexpr std::size_t beginning = 200;
+    diagnostics_.push_back(record);
+    String& text = diagnostics_.back().text;
+    if (keptBytes_ > mostBytes && text.len() > beginning)
+        text = text.substring(0, beginning) + "...";
+    keptBytes_ += text.len();
+}
+
+void SceneFile::keep(const File& file) {
+    kept_ = readAll(file);
+    readError_ = file.error();
+    isKept_ = true;
+}
+
+void SceneFile::giveUp(const String& reason) {
+    diagnostics_ = {};
+    isOk_ = false;
+    readError_ = reason;
+}
+
+File SceneFile::open() const { return isKept_ ? File::fromMemory(kept_) : File::open(argument_); }
+
+std::size_t SceneFile::count(LogSeverity severity) const noexcept {
+    return static_cast<std::size_t>(
+        std::ranges::count(diagnostics_, severity, [](const LogRecord& record) { return record.severity; }));
+}
+
+std::size_t SceneFile::warnings() const noexcept { return count(LogSeverity::Warning) + count(LogSeverity::Notice); }
+
+String SceneFile::displayName() const { return isStandardInput() ? "<stdin>" : argument_; }
+
+std::vector<Excerpt> SceneFile::excerpts() const {
+    std::vector<TextPosition> positions;
+    for (const LogRecord& record : diagnostics_)
+        positions.push_back(record.position);
+    return readExcerpts(open(), positions);
+}
+
+std::vector<TextPosition> SceneFile::characterPositions() const {
+    if (diagnostics_.empty())
+        return {};
+    std::vector<TextPosition> positions;
+    for (const Excerpt& excerpt : excerpts()) {
+        const i32 line = diagnostics_[positions.size()].position.line;
+        positions.push_back(excerpt.exists ? TextPosition{line, static_cast<i32>(excerpt.column)} : TextPosition());
+    }
+    return positions;
+}
+
+std::string SceneFile::diagnosticsText() const {
+    if (diagnostics_.empty())
+        return {};
+    const std::vector<Excerpt> excerpts = this->excerpts();
+    const String name = escapeForTerminal(displayName());
+    std::string text;
+    for (std::size_t i = 0; i < diagnostics_.size(); ++i) {
+        const LogRecord& record = diagnostics_[i];
+        const char* severity = record.severity == LogSeverity::Error ? "error" : "warning";
+        text += String::format("%s:%d:%d: %s: ", name.buf(), record.position.line, record.position.column, severity);
+        text += escapeForTerminal(record.text).view();
+        text += record.severity == LogSeverity::Notice ? " [check]\n" : "\n";
+        text += excerpts[i].withCaret();
+    }
+    return text;
+}
+
+std::shared_ptr<const Catalogue> loadCatalogue(const SceneArguments& arguments) {
+    if (arguments.types.empty())
+        return nullptr;
+    const String path = std::string_view(arguments.types);
+    File file = File::open(path);
+    const String text = readAll(file);
+    if (!file.error().isEmpty()) {
+        complain(path, file.error());
+        throw UnusableCatalogue();
+    }
+    try {
+        return std::make_shared<const Catalogue>(readCatalogue(text.view()));
+    } catch (const CatalogueError& error) {
+        printError(String::format("%s:%d:%d: error: %s\n", escapeForTerminal(path).buf(), error.position().line,
+                                  error.position().column, error.what()));
+        throw UnusableCatalogue();
+    }
+}
+
+static std::vector<NamedScene> scenesOf(const SceneArguments& arguments) {
+    if (arguments.hasFolders)
+        return expandFolders(arguments.files);
+    std::vector<NamedScene> scenes;
+    for (const std::string& file : arguments.files)
+        scenes.push_back({file});
+    return scenes;
+}
+
+static std::vector<std::string> namesOf(const std::vector<NamedScene>& scenes) {
+    std::vector<std::string> names;
+    std::ranges::transform(scenes, std::back_inserter(names), &NamedScene::name);
+    return names;
+}
+
+namespace {
+
+// Reads one file after the other, or some of them at once.
+class SceneReading {
+public:
+    SceneReading(const SceneArguments& arguments, const Visit& visit, Notices notices)
+        : arguments_(arguments), visit_(visit), notices_(notices) {}
+
+    int run() {
+        catalogue_ = loadCatalogue(arguments_);
+        runInOrder(scenes_.size(), arguments_.jobs, [this](std::size_t i, const Turn& turn) {
+            SceneFile file{std::string_view(scenes_[i].name)};
+            Finish finish;
+            try {
+                finish = read(file, scenes_[i], turn);
+            } catch (const std::bad_alloc&) {
+                file.giveUp("out of memory");
+                finish = visit_(file, Scene());
+            }
+            return conclude(file, std::move(finish));
+        });
+        return status_;
+    }
+
+private:
+    Finish read(SceneFile& file, const NamedScene& named, const Turn& turn) {
+        Scene scene;
+        scene.setCatalogue(catalogue_);
+        scene.setLimits(arguments_.limits);
+        if (!named.trouble.isEmpty())
+            file.giveUp(named.trouble);
+        else {
+            if (file.isReadOnce()) // two names may lead to one pipe
+                turn.await();
+            file.read(scene, notices_, &progress_);
+        }
+        return visit_(file, scene);
+    }
+
+    Finish conclude(const SceneFile& file, Finish finish) {
+        const int deserved = !file.isWhole() ? exitTrouble : file.hasErrors() ? exitErrors : exitOk;
+        return [this, deserved, finish = std::move(finish), name = file.displayName(), trouble = file.readError()] {
+            if (finish)
+                finish();
+            if (!trouble.isEmpty())
+                complain(name, trouble);
+            status_ = std::max(status_, deserved);
+        };
+    }
+
+    const SceneArguments& arguments_;
+    const Visit& visit_;
+    Notices notices_;
+    std::vector<NamedScene> scenes_ = scenesOf(arguments_);
+    Progress progress_{namesOf(scenes_), arguments_.isQuiet};
+    std::shared_ptr<const Catalogue> catalogue_;
+    int status_ = exitOk;
+};
+
+} // namespace
+
+int visitScenes(const SceneArguments& arguments, const Visit& visit, Notices notices) {
+    return SceneReading(arguments, visit, notices).run();
+}
+
+int forEachScene(const SceneArguments& arguments, const std::function<void(const SceneFile&, const Scene&)>& visit,
+                 Notices notices) {
+    const auto visitAtOnce = [&](const SceneFile& file, const Scene& scene) {
+        visit(file, scene);
+        return Finish();
+    };
+    SceneArguments oneByOne = arguments; // such a visit knows nothing of threads
+    oneByOne.jobs = 1;
+    return visitScenes(oneByOne, visitAtOnce, notices);
+}
+
+} // namespace vrn::cli

@@ -1,0 +1,154 @@
+#include "cli/query/Answer.h"
+
+#include "cli/query/ValueJson.h"
+#include "cli/query/ValueText.h"
+#include "cli/terminal/Console.h"
+#include "cli/terminal/Style.h"
+#include "scene/BufferNumbers.h"
+#include "scene/core/TextEncoding.h"
+
+namespace vrn::cli {
+
+using namespace vor;
+using namespace vor::velmo_sdk;
+using namespace vor::velmo_sdk::impl;
+
+namespace {
+
+using Kind = PathMatch::Kind;
+
+std::string indexText(u64 index) { return '[' + std::to_string(index) + ']'; }
+
+class AnswerLines {
+public:
+    AnswerLines(const PathMatch& match, bool isLabelled)
+        : match_(match), isLabelled_(isLabelled), isEscaped_(isLabelled || isOutputTerminal()) {
+        if (isLabelled)
+            label_ = escaped(match.input ? match.input->label() : match.node->name());
+    }
+
+    void print() {
+        switch (match_.kind) {
+        case Kind::Node:
+        case Kind::NodeType:
+            line(match_.kind == Kind::Node ? "" : ".type", escaped(match_.node->type()));
+            break;
+        case Kind::NodeName:
+            line(".name", escaped(match_.node->name()));
+            break;
+        case Kind::Slice:
+        case Kind::BufferElement:
+            elements(match_.first, match_.count);
+            break;
+        case Kind::Input:
+            input(*match_.input);
+        }
+        cli::print(text_);
+    }
+
+private:
+    [[nodiscard]] std::string escaped(std::string_view text) const {
+        return isEscaped_ ? std::string(escapeForTerminal(text).view()) : std::string(text);
+    }
+
+    void input(const Input& input) {
+        if (input.type() == AttrType::Buffer)
+            elements(0, input.value().count());
+        else if (input.type() == AttrType::Array)
+            elements(0, input.size());
+        else
+            line("", escaped(valueText(input)));
+    }
+
+    void elements(u64 first, u64 count) {
+        if (match_.input->type() == AttrType::Array) {
+            for (const Input* element : match_.input->children().subspan(first, count))
+                line(indexText(element->index()), escaped(valueText(*element)));
+            return;
+        }
+        const u64 components = elementLayout(match_.input->dataType()).components;
+        visitNumbers(match_.input->value(), [&](auto numbers) {
+            std::string element;
+            for (u64 i = first; i < first + count; ++i) {
+                element.clear();
+                appendNumbers(element, numbers.subspan(i * components, components));
+                line(isLabelled_ ? indexText(i) : std::string(), element);
+            }
+        });
+    }
+
+    void line(const std::string& step, const std::string& value) {
+        constexpr std::size_t blockSize = std::size_t(64) * 1024;
+        if (isLabelled_)
+            text_ += label_ + step + '\t';
+        text_ += value + '\n';
+        if (text_.size() < blockSize)
+            return;
+        cli::print(text_);
+        text_.clear();
+    }
+
+    const PathMatch& match_;
+    bool isLabelled_;
+    bool isEscaped_;
+    std::string label_;
+    std::string text_;
+};
+
+std::string sliceText(const PathMatch& match) {
+    return '[' + std::to_string(match.first) + ':' + std::to_string(match.first + match.count) + ']';
+}
+
+void writeInput(JsonWriter& writer, const PathMatch& match) {
+    const Input& input = *match.input;
+    std::string path(input.label().view());
+    if (match.kind == Kind::Slice)
+        path += sliceText(match);
+    if (match.kind == Kind::BufferElement)
+        path += indexText(match.first);
+    writeJsonMember(writer, "path", path);
+    if (match.kind == Kind::BufferElement) {
+        writeJsonMember(writer, "type", dataTypeName(input.dataType()));
+        writer.Key("value");
+        return writeJsonElement(writer, input.value(), match.first);
+    }
+    writeJsonMember(writer, "type", attrTypeName(input.type()));
+    if (input.type() == AttrType::Buffer)
+        writeJsonMember(writer, "dataType", dataTypeName(input.dataType()));
+    if (input.connection())
+        writeJsonMember(writer, "connection", input.connection()->label());
+    writer.Key("value");
+    if (match.kind == Kind::Input)
+        writeJsonValue(writer, input);
+    else if (input.type() == AttrType::Buffer)
+        writeJsonElements(writer, input.value(), match.first, match.count);
+    else
+        writeJsonArray(writer, input.children().subspan(match.first, match.count));
+}
+
+void writeNode(JsonWriter& writer, const PathMatch& match) {
+    const Node& node = *match.node;
+    const bool isWhole = match.kind == Kind::Node;
+    const bool isType = match.kind == Kind::NodeType;
+    writeJsonMember(writer, "path", node.name() + (isWhole ? "" : isType ? ".type" : ".name"));
+    writeJsonMember(writer, "type", isWhole ? node.type() : String("String"));
+    writer.Key("value");
+    if (isWhole)
+        writeJsonObject(writer, node.inputs());
+    else
+        writeJsonText(writer, isType ? node.type() : node.name());
+}
+
+} // namespace
+
+void printAnswer(const PathMatch& match, bool isLabelled) { AnswerLines(match, isLabelled).print(); }
+
+void printAnswerJson(const PathMatch& match) {
+    printJsonLine([&](JsonWriter& writer) {
+        writer.StartObject();
+        match.input ? writeInput(writer, match) : writeNode(writer, match);
+        writer.EndObject();
+    });
+}
+
+} // namespace vrn::cli

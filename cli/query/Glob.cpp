@@ -1,0 +1,43 @@
+#include "cli/query/Glob.h"
+
+#include "scene/core/TextEncoding.h"
+
+#include <algorithm>
+
+namespace vrn::cli {
+
+static std::size_t characterLength(std::string_view text) noexcept {
+    return std::max<std::size_t>(vor::utf8Length(text), 1);
+}
+
+bool isGlob(std::string_view text) noexcept { return text.find_first_of("*?") != std::string_view::npos; }
+
+// Where a character does not match, the last `*` takes one more: no earlier one ever has to.
+bool matchesGlob(std::string_view text, std::string_view pattern) noexcept {
+    constexpr std::size_t none = std::string_view::npos;
+    std::size_t at = 0;
+    std::size_t in = 0;
+    std::size_t star = none; // the last `*` of the pattern
+    std::size_t taken = 0;   // where the text behind what it took begins
+    while (at < text.size()) {
+        if (in < pattern.size() && pattern[in] == '*') {
+            star = in++;
+            taken = at;
+        } else if (in < pattern.size() && pattern[in] == '?') {
+            ++in;
+            at += characterLength(text.substr(at));
+        } else if (in < pattern.size() && pattern[in] == text[at]) {
+            ++in;
+            ++at;
+        } else if (star != none) {
+            taken += characterLength(text.substr(taken));
+            at = taken;
+            in = star + 1;
+        } else {
+            return false;
+        }
+    }
+    return pattern.find_first_not_of('*', in) == none;
+}
+
+} // namespace vrn::cli

@@ -1,0 +1,108 @@
+#include "cli/query/ValueText.h"
+
+#include "cli/terminal/Console.h"
+#include "scene/core/TextEncoding.h"
+
+namespace vrn::cli {
+
+using namespace vor;
+using namespace vor::velmo_sdk;
+
+std::string shortened(std::string_view text, std::size_t length) {
+    if (text.size() <= length)
+        return std::string(text);
+    const auto isInside = [&](std::size_t at) { return (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80U; };
+    const std::size_t least = length - 3; // of bytes that are no text, the cut may be anywhere
+    while (length > least && isInside(length))
+        --length;
+    return std::string(text.substr(0, length)) + "...";
+}
+
+std::string escapedShort(std::string_view text, std::size_t length) {
+    return std::string(escapeForTerminal(shortened(text, length)).view());
+}
+
+std::string quotedShort(std::string_view text) {
+    const std::string cut = shortened(text);
+    std::string quoted = "\"";
+    for (std::string_view left = cut; !left.empty();) {
+        if (left.starts_with('"') || left.starts_with('\\'))
+            quoted += '\\';
+        left.remove_prefix(escapeCharacter(left, quoted));
+    }
+    return quoted + '"';
+}
+
+std::string dataTypeText(DataType type) { return std::string(String(dataTypeName(type)).toLower().view()); }
+
+std::string typeText(const Input& input) {
+    const auto counted = [](const std::string& type, u64 count) { return type + '[' + std::to_string(count) + ']'; };
+    if (input.type() == AttrType::Buffer)
+        return counted(dataTypeText(input.dataType()), input.value().count());
+    if (input.type() == AttrType::Array)
+        return counted(input.elementType() == AttrType::Null ? "Array" : attrTypeName(input.elementType()),
+                       input.size());
+    return attrTypeName(input.type());
+}
+
+std::string typeText(const impl::Node& node) { return node.isDefinition() ? "definition" : escapedShort(node.type()); }
+
+std::string valueText(const Input& input) {
+    const AttrData& value = input.value();
+    switch (input.type()) {
+    case AttrType::Null:
+        return input.connection() ? std::string(input.connection()->label().view()) : "null";
+    case AttrType::Bool:
+        return value.asBool() ? "true" : "false";
+    case AttrType::Int:
+        return std::to_string(value.asInt());
+    case AttrType::UInt:
+        return std::to_string(value.asUInt());
+    case AttrType::String:
+        return value.asString();
+    case AttrType::Node:
+        return input.nodeValue() ? std::string(input.nodeValue()->name().view()) : "null";
+    case AttrType::Buffer:
+    case AttrType::Array:
+        return typeText(input);
+    case AttrType::Object:
+        return '{' + std::string(counted(input.size(), "member").view()) + '}';
+    default: {
+        std::string numbers;
+        appendNumbers(numbers, value.components());
+        return numbers;
+    }
+    }
+}
+
+std::string shortValue(const Input& input) {
+    return input.type() == AttrType::String ? quotedShort(input.value().asString()) : escapedShort(valueText(input));
+}
+
+// What the type does not say already.
+static std::string ownValue(const Input& input) {
+    switch (input.type()) {
+    case AttrType::Null:
+    case AttrType::Buffer:
+    case AttrType::Array:
+    case AttrType::Object:
+        return {};
+    default:
+        return shortValue(input);
+    }
+}
+
+std::string describe(const Input& input, const Style& style) {
+    const bool isReference = input.type() == AttrType::Node && input.nodeValue();
+    const std::string value = isReference ? std::string() : ownValue(input);
+    std::string text = style.type(input.type() == AttrType::Object ? shortValue(input) : typeText(input));
+    if (!value.empty())
+        text += " = " + value;
+    if (isReference)
+        text += " -> " + style.link(shortValue(input));
+    if (const auto* source = input.connection())
+        text += " -> " + style.link(escapedShort(source->label()));
+    return text;
+}
+
+} // namespace vrn::cli

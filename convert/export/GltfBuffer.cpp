@@ -1,0 +1,113 @@
+#include "convert/export/GltfBuffer.h"
+
+#include <algorithm>
+#include <bit>
+
+namespace vrn::convert {
+
+using namespace vor;
+
+static_assert(std::endian::native == std::endian::little, "glTF is little-endian, and numbers are written as they are");
+
+namespace {
+
+constexpr u32 unsignedShort = 5123;
+constexpr u32 unsignedInt = 5125;
+constexpr u32 floatNumber = 5126;
+
+const char* typeOf(u32 components) {
+    return components == 1   ? "SCALAR"
+           : components == 2 ? "VEC2"
+           : components == 3 ? "VEC3"
+           : components == 4 ? "VEC4"
+                             : "MAT4";
+}
+
+// All parts of the file begin at a multiple of four bytes.
+u64 padded(u64 size) { return (size + 3) / 4 * 4; }
+
+} // namespace
+
+u32 GltfBuffer::addFloats(std::span<const float> numbers, u32 components, Use use, bool hasBounds) {
+    Accessor accessor{.view = addBytes(std::as_bytes(numbers), use),
+                      .componentType = floatNumber,
+                      .count = numbers.size() / components,
+                      .type = typeOf(components),
+                      .least = {},
+                      .most = {}};
+    if (hasBounds) {
+        accessor.least.assign(numbers.begin(), numbers.begin() + components);
+        accessor.most = accessor.least;
+        for (std::size_t i = 0; i < numbers.size(); ++i) {
+            const double number = static_cast<double>(numbers[i]);
+            accessor.least[i % components] = std::min(accessor.least[i % components], number);
+            accessor.most[i % components] = std::max(accessor.most[i % components], number);
+        }
+    }
+    return add(std::move(accessor));
+}
+
+u32 GltfBuffer::addIndices(std::span<const u32> indices) {
+    return add({addBytes(std::as_bytes(indices), Use::Indices), unsignedInt, indices.size(), "SCALAR", {}, {}});
+}
+
+u32 GltfBuffer::addJoints(std::vector<u16> joints) {
+    const std::span<const u16> kept = joints_.emplace_back(std::move(joints));
+    return add({addBytes(std::as_bytes(kept), Use::Vertices), unsignedShort, kept.size() / 4, "VEC4", {}, {}});
+}
+
+u32 GltfBuffer::addBytes(std::span<const std::byte> bytes, Use use) {
+    views_.push_back({bytes, size_, use});
+    size_ = padded(size_ + bytes.size());
+    return static_cast<u32>(views_.size() - 1);
+}
+
+u32 GltfBuffer::add(Accessor accessor) {
+    accessors_.push_back(std::move(accessor));
+    return static_cast<u32>(accessors_.size() - 1);
+}
+
+void GltfBuffer::describe(JsonText& json, std::string_view uri) const {
+    if (views_.empty())
+        return;
+    if (!accessors_.empty())
+        json.key("accessors").array([&] {
+            for (const Accessor& accessor : accessors_)
+                json.object([&] {
+                    json.key("bufferView").integer(accessor.view);
+                    json.key("componentType").integer(accessor.componentType);
+                    json.key("count").integer(accessor.count);
+                    json.key("type").text(accessor.type);
+                    if (accessor.least.empty())
+                        return;
+                    json.key("min").reals(accessor.least);
+                    json.key("max").reals(accessor.most);
+                });
+        });
+    json.key("bufferViews").array([&] {
+        for (const View& view : views_)
+            json.object([&] {
+                json.key("buffer").integer(0);
+                json.key("byteOffset").integer(view.offset);
+                json.key("byteLength").integer(view.bytes.size());
+                if (view.use != Use::Other)
+                    json.key("target").integer(view.use == Use::Vertices ? 34962 : 34963);
+            });
+    });
+    json.key("buffers").array([&] {
+        json.object([&] {
+            if (!uri.empty())
+                json.key("uri").text(uri);
+            json.key("byteLength").integer(size_);
+        });
+    });
+}
+
+void GltfBuffer::write(vor::OutputFile& file) const {
+    for (const View& view : views_) {
+        file.write(view.bytes);
+        file.write(std::string_view("\0\0\0", padded(view.bytes.size()) - view.bytes.size()));
+    }
+}
+
+} // namespace vrn::convert

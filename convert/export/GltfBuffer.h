@@ -1,0 +1,62 @@
+// The binary part of a glTF file, and the accessors that say what stands where in it.
+//
+// Nothing is gathered: the numbers stay where they are until they are written, so what is added must stay there.
+#pragma once
+
+#include "convert/export/JsonText.h"
+#include "convert/model/Values.h"
+#include "scene/core/OutputFile.h"
+
+#include <deque>
+#include <span>
+#include <vector>
+
+namespace vrn::convert {
+
+class GltfBuffer {
+public:
+    enum class Use { Other, Vertices, Indices };
+
+    // Each adds an accessor and returns its number.
+    vor::u32 addFloats(std::span<const float> numbers, vor::u32 components, Use use, bool hasBounds = false);
+    vor::u32 addOwnFloats(std::vector<float> numbers, vor::u32 components, Use use) {
+        return addFloats(floats_.emplace_back(std::move(numbers)), components, use);
+    }
+    vor::u32 addIndices(std::span<const vor::u32> indices);
+    vor::u32 addJoints(std::vector<vor::u16> joints);
+
+    // Adds bytes without an accessor and returns the number of their view.
+    vor::u32 addBytes(std::span<const std::byte> bytes, Use use = Use::Other);
+
+    [[nodiscard]] vor::u64 size() const noexcept { return size_; }
+
+    // The members of the file that describe it; `uri` is that of the file that it stands in, if it is another one.
+    void describe(JsonText& json, std::string_view uri) const;
+
+    void write(vor::OutputFile& file) const;
+
+private:
+    struct View {
+        std::span<const std::byte> bytes;
+        vor::u64 offset;
+        Use use;
+    };
+    struct Accessor {
+        vor::u32 view;
+        vor::u32 componentType;
+        vor::u64 count;
+        const char* type;
+        std::vector<double> least;
+        std::vector<double> most;
+    };
+
+    vor::u32 add(Accessor accessor);
+
+    std::vector<View> views_;
+    std::vector<Accessor> accessors_;
+    std::deque<std::vector<float>> floats_;
+    std::deque<std::vector<vor::u16>> joints_;
+    vor::u64 size_ = 0;
+};
+
+} // namespace vrn::convert

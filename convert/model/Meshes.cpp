@@ -1,0 +1,237 @@
+#include "convert/model/Meshes.h"
+
+#include "convert/model/Inputs.h"
+#include "convert/model/Polygons.h"
+#include "convert/model/Welding.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+namespace vrn::convert {
+
+namespace {
+
+bool hasElements(const Input* input) { return input && input->value().count() != 0; }
+
+bool isFinite(std::span<const float> numbers) {
+    return std::ranges::all_of(numbers, [](float number) { return std::isfinite(number); });
+}
+
+class MeshReader {
+public:
+    MeshReader(const Node& mesh, const Target& target, Losses& losses)
+        : mesh_(mesh), target_(target), losses_(losses) {}
+
+    std::optional<Geometry> read() {
+        geometry_.source = &mesh_;
+        if (!readPoints() || !readFaces())
+            return {};
+        readNormals();
+        readUvsets();
+        if (const Input* colors = attribute("colors", target_.hasColors))
+            geometry_.colors = byPoint(readFloats(colors, 4, losses_), 4, *colors);
+        if (const Input* tangents = attribute("tangents", target_.hasTangents))
+            geometry_.tangents = byPoint(readFloats(tangents, 4, losses_), 4, *tangents);
+        readSkin();
+        if (std::ranges::any_of(corners_, [](const auto& indices) { return !indices.empty(); }))
+            weld(geometry_, corners_);
+        if (geometry_.topology == Topology::Polygons && !takesPolygons())
+            triangulate(geometry_, losses_);
+        return std::move(geometry_);
+    }
+
+private:
+    bool takesPolygons() const {
+        return target_.hasPolygons && std::ranges::max(geometry_.faceCounts) <= target_.mostCorners;
+    }
+
+    bool refuse(const char* why) {
+        losses_.add(std::string("meshes with ") + why, mesh_);
+        return false;
+    }
+
+    // The input if it holds something and the target can take it; a loss if only that is missing.
+    const Input* attribute(const char* name, bool isTaken) {
+        const Input* input = mesh_.input(name);
+        if (!hasElements(input))
+            return nullptr;
+        if (!isTaken)
+            losses_.add(std::string(name) + " of meshes", *input);
+        return isTaken ? input : nullptr;
+    }
+
+    bool readPoints() {
+        geometry_.points = readFloats(mesh_.input("points"), 3, losses_);
+        if (geometry_.points.empty() || geometry_.vertices() >= none)
+            return refuse(geometry_.points.empty() ? "no points" : "too many points");
+        return isFinite(geometry_.points.span()) || refuse("points that are not finite");
+    }
+
+    bool readFaces() {
+        const Input* indices = nullptr;
+        if (hasElements(indices = mesh_.input("faceIndices"))) {
+            geometry_.topology = Topology::Polygons;
+        } else if (hasElements(indices = mesh_.input("triangles"))) {
+            geometry_.topology = Topology::Triangles;
+        } else {
+            indices = mesh_.input("indices");
+            if (!readTopology())
+                return false;
+        }
+        return readCorners(hasElements(indices) ? indices : nullptr) && readFaceCounts() && fitsTarget();
+    }
+
+    bool readTopology() {
+        const Input* input = mesh_.input("topology");
+        const std::string_view topology = input ? input->value().asString() : "";
+        if (topology == "lines")
+            geometry_.topology = Topology::Lines;
+        else if (topology == "points")
+            geometry_.topology = Topology::Points;
+        else if (topology != "triangles" && !topology.empty())
+            return refuse(topology == "polygons" ? "polygons that have no indices" : "an unknown topology");
+        return true;
+    }
+
+    // Without indices, each point is one corner.
+    bool readCorners(const Input* indices) {
+        if (!indices) {
+            std::vector<u32> corners(geometry_.vertices());
+            std::iota(corners.begin(), corners.end(), 0U);
+            geometry_.indices = Values<u32>(std::move(corners));
+        } else if (std::optional<Values<u32>> corners = readIndices(indices, geometry_.vertices())) {
+            geometry_.indices = std::move(*corners);
+        } else {
+            return refuse("indices of points that are not there");
+        }
+        const std::size_t perFace = geometry_.topology == Topology::Triangles ? 3
+                                    : geometry_.topology == Topology::Lines   ? 2
+                                                                              : 1;
+        return geometry_.indices.size() % perFace == 0 || refuse("a last face that lacks corners");
+    }
+
+    bool readFaceCounts() {
+        if (geometry_.topology != Topology::Polygons)
+            return true;
+        const std::optional<Values<u32>> counts = readIndices(mesh_.input("faceCounts"), none);
+        if (!counts)
+            return refuse("polygons without faceCounts");
+        if (std::accumulate(counts->begin(), counts->end(), u64(0)) != geometry_.indices.size())
+            return refuse("faceCounts that do not add up to the faceIndices");
+        if (std::ranges::any_of(*counts, [](u32 count) { return count < 3; }))
+            return refuse("polygons of less than three corners");
+        geometry_.faceCounts.assign(counts->begin(), counts->end());
+        return true;
+    }
+
+    bool fitsTarget() {
+        const bool isFlat = geometry_.topology == Topology::Triangles || geometry_.topology == Topology::Polygons;
+        return isFlat || target_.hasLinesAndPoints || refuse("lines or points instead of faces");
+    }
+
+    // The values if there is one for each point and all are finite; a loss if not.
+    template <class T> Values<T> byPoint(Values<T> values, std::size_t components, const Input& input) {
+        if (values.empty())
+            return {};
+        bool fits = values.size() == geometry_.vertices() * components;
+        if constexpr (std::is_same_v<T, float>)
+            fits = fits && isFinite(values.span());
+        if (fits)
+            return values;
+        losses_.add("attributes that do not fit the points of their mesh", input);
+        return {};
+    }
+
+    // The same for values that may also stand by corner, or have indices of their own.
+    Values<float> byCorner(Values<float> values, std::size_t components, const Input& input, const Input* indices,
+                           Values<u32>& corners) {
+        const std::size_t count = values.size() / components;
+        if (count == 0)
+            return {};
+        if (hasElements(indices)) {
+            std::optional<Values<u32>> given = readIndices(indices, count);
+            if (given && given->size() == geometry_.indices.size() && isFinite(values.span())) {
+                corners = std::move(*given);
+                return values;
+            }
+        } else if (count != geometry_.vertices() && count == geometry_.indices.size() && isFinite(values.span())) {
+            std::vector<u32> each(count);
+            std::iota(each.begin(), each.end(), 0U);
+            corners = Values<u32>(std::move(each));
+            return values;
+        } else {
+            return byPoint(std::move(values), components, input);
+        }
+        losses_.add("attributes that do not fit the points of their mesh", input);
+        return {};
+    }
+
+    void readNormals() {
+        if (const Input* normals = mesh_.input("normals"); hasElements(normals))
+            geometry_.normals = byCorner(readFloats(normals, 3, losses_), 3, *normals, nullptr, normalCorners_);
+    }
+
+    void readUvsets() {
+        const Input* uvsets = mesh_.input("uvsets");
+        if (uvsets)
+            for (const Input* uvset : uvsets->children())
+                readUvset(*uvset);
+        corners_.push_back(std::move(normalCorners_));
+    }
+
+    void readUvset(const Input& uvset) {
+        const Input* coords = uvset.input("coords");
+        if (!hasElements(coords))
+            return;
+        if (geometry_.uvsets.size() >= target_.uvsets)
+            return losses_.add("uvsets beyond those that the format has", uvset);
+        Values<u32> corners;
+        Values<float> values = byCorner(readFloats(coords, 2, losses_), 2, *coords, uvset.input("indices"), corners);
+        if (values.empty())
+            return;
+        const Input* name = uvset.input("name");
+        if (name && String(name->value().asString()) != String("uv") + String(u64(geometry_.uvsets.size())))
+            losses_.add("names of uvsets", *name);
+        geometry_.uvsets.push_back(std::move(values));
+        corners_.push_back(std::move(corners));
+    }
+
+    void readSkin() {
+        const Input* skin = mesh_.input("skin");
+        const Input* joints = skin ? skin->input("joints") : nullptr;
+        const Input* weights = skin ? skin->input("weights") : nullptr;
+        if (!hasElements(joints) && !hasElements(weights))
+            return;
+        if (!hasElements(joints) || !hasElements(weights))
+            return losses_.add("joints without weights, or weights without joints", *skin);
+        if (!target_.hasScene)
+            return losses_.add("skins of meshes", *skin);
+        std::optional<Values<u32>> numbers = readIndices(joints, none);
+        if (!numbers || elementLayout(joints->dataType()).components != 4)
+            return losses_.add("joints that are no four whole numbers", *joints);
+        geometry_.joints = byPoint(std::move(*numbers), 4, *joints);
+        geometry_.weights = byPoint(readFloats(weights, 4, losses_), 4, *weights);
+        if (geometry_.joints.empty() || geometry_.weights.empty()) {
+            geometry_.joints = {};
+            geometry_.weights = {};
+        }
+    }
+
+    const Node& mesh_;
+    const Target& target_;
+    Losses& losses_;
+    Geometry geometry_;
+    std::vector<Values<u32>> corners_; // of each uvset, then of the normals
+    Values<u32> normalCorners_;
+};
+
+} // namespace
+
+bool isMesh(const Node& node) { return node.hasInput("points", AttrType::Buffer); }
+
+std::optional<Geometry> readMesh(const Node& mesh, const Target& target, Losses& losses) {
+    return MeshReader(mesh, target, losses).read();
+}
+
+} // namespace vrn::convert

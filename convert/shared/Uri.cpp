@@ -1,0 +1,73 @@
+#include "convert/shared/Uri.h"
+
+#include "scene/core/String.h"
+
+#include <algorithm>
+
+namespace vrn::convert {
+
+using vor::String;
+
+namespace {
+
+bool isPlain(char c) {
+    return String::isLetter(c) || String::isDigit(c) || std::string_view("-._~/").find(c) != std::string_view::npos;
+}
+
+bool isOfReference(char c) {
+    return isPlain(c) || std::string_view("%!#$&'()*+,:;=?@[]").find(c) != std::string_view::npos;
+}
+
+// A scheme is two letters or more in front of `://`.
+bool hasScheme(std::string_view path) {
+    const std::size_t end = path.find("://");
+    return end != std::string_view::npos && end >= 2 && std::ranges::all_of(path.substr(0, end), String::isLetter);
+}
+
+// An image that stands in the reference itself.
+bool isData(std::string_view path) {
+    return path.starts_with("data:image/") && path.find(";base64,") != std::string_view::npos &&
+           std::ranges::all_of(path, isOfReference);
+}
+
+bool hasDrive(std::string_view path) { return path.size() > 1 && String::isLetter(path[0]) && path[1] == ':'; }
+
+} // namespace
+
+bool isRelative(std::string_view path) {
+    return !path.starts_with('/') && !path.starts_with('\\') && !hasDrive(path) && !hasScheme(path) && !isData(path);
+}
+
+std::string uriOf(std::string_view path) {
+    if (isData(path))
+        return std::string(path);
+    const bool isReference = hasScheme(path);
+    const bool isOnDrive = hasDrive(path);
+    std::string uri = isOnDrive ? "file:///" : "";
+    for (std::size_t i = 0; i < path.size(); ++i) {
+        const char c = path[i] == '\\' && !isReference ? '/' : path[i];
+        if (isPlain(c) || (isReference && isOfReference(c)) || (isOnDrive && i == 1)) {
+            uri += c;
+        } else {
+            constexpr const char* digits = "0123456789ABCDEF";
+            const auto byte = static_cast<unsigned char>(c);
+            uri += {'%', digits[byte >> 4], digits[byte & 15]};
+        }
+    }
+    return uri;
+}
+
+std::string pathOf(std::string_view uri) {
+    std::string path;
+    for (std::size_t i = 0; i < uri.size(); ++i) {
+        if (uri[i] == '%' && i + 2 < uri.size() && String::isHexDigit(uri[i + 1]) && String::isHexDigit(uri[i + 2])) {
+            path += static_cast<char>(16 * String::hexValue(uri[i + 1]) + String::hexValue(uri[i + 2]));
+            i += 2;
+        } else {
+            path += uri[i];
+        }
+    }
+    return path;
+}
+
+} // namespace vrn::convert
