@@ -120,19 +120,24 @@ Input* VrnParser::namedInput(Node* node, Input* parent, const Step& step) {
     return node->hasInput(name, AttrType::Null) ? node->input(name) : make(node);
 }
 
-// The element of an index; the array grows one by one until there is one.
+// The element of an index. In this order: the index is read, the array gets its element type, the array grows.
 Input* VrnParser::elementInput(Input* array, const Step& step) {
     const u64 index = elementIndex(array, step.token);
     giveElementType(array, step);
-    if (index > array->size())
-        implicitElements += index - array->size();
-    while (array->size() <= index)
-        if (!array->appendElement())
-            parseError(messages::invalidArrayIndex, String(step.token.text).trimChars("[]").buf());
+    if (index >= array->size())
+        growTo(array, index, step.token);
     return array->element(index);
 }
 
-// How many elements a text may make without naming them; a scene of a host may know no such limit.
+u64 VrnParser::elementIndex(const Input* array, const Token& brackets) {
+    const String text = String(brackets.text).trimChars("[]");
+    u64 index = array->size(); // NOLINT(clang-analyzer-core.CallAndMessage): a path begins with a name
+    if (text != "*" && !String::parse(text, index))
+        parseError(messages::invalidArrayIndex, text.buf());
+    return index;
+}
+
+// How many elements a text may create by naming a later one; the scene of a host may know no such limit.
 template <class Limits> static u64 maxImplicitElements(const Limits& limits) noexcept {
     if constexpr (requires { limits.maxImplicitElements; })
         return limits.maxImplicitElements;
@@ -140,19 +145,21 @@ template <class Limits> static u64 maxImplicitElements(const Limits& limits) noe
         return std::numeric_limits<u64>::max();
 }
 
-bool VrnParser::canGrow(Input* array, u64 index) const {
-    const u64 unnamed = index - array->size();
+bool VrnParser::canGrow(const Input* array, u64 index) const {
+    const u64 implicit = index - array->size();
     return index < scene->limits().maxArrayElements &&
-           unnamed <= maxImplicitElements(scene->limits()) - implicitElements;
+           implicit <= maxImplicitElements(scene->limits()) - implicitElements;
 }
 
-u64 VrnParser::elementIndex(Input* array, const Token& brackets) {
-    const String text = String(brackets.text).trimChars("[]");
-    u64 index = array->size(); // NOLINT(clang-analyzer-core.CallAndMessage): a path begins with a name
-    const bool isIndex = text == "*" || String::parse(text, index);
-    if (!isIndex || (index >= array->size() && !canGrow(array, index)))
-        parseError(messages::invalidArrayIndex, text.buf());
-    return index;
+// Appends elements one by one until the index exists. Nothing is appended where a limit forbids one of them.
+void VrnParser::growTo(Input* array, u64 index, const Token& brackets) {
+    const auto refuse = [&] { parseError(messages::invalidArrayIndex, String(brackets.text).trimChars("[]").buf()); };
+    if (!canGrow(array, index))
+        refuse();
+    implicitElements += index - array->size();
+    while (array->size() <= index)
+        if (!array->appendElement())
+            refuse();
 }
 
 // All elements of an array are of one type: that of the first one asked for.
@@ -209,28 +216,47 @@ bool VrnParser::refuses(Input* input, const AssignInfo& info) {
     return true;
 }
 
-// Whether an element of an array of buffers or arrays may be given a type.
+// Whether an element of an array of buffers, or of arrays, has no type yet that `set` could give it.
 static bool isUntyped(const Input* element, AttrType type) {
-    if (element->type() != AttrType::Null && element->type() != type)
-        return false;
+    if (element->type() != type)
+        return element->type() == AttrType::Null;
     return type == AttrType::Buffer ? element->dataType() == DataType::Null : element->elementType() == AttrType::Null;
 }
 
-// Gives the elements of an array of buffers or of arrays that have no type yet the one of `data`.
-// They stand at the end, for every write leaves none behind it. An object has no element type.
+// How many elements of type Null an array of arrays has; as many as it has elements for a host that does not count them.
+template <class AnyInput> static u64 nullElements(const AnyInput* array) {
+    if constexpr (requires { array->nullElements(); })
+        return array->nullElements();
+    else
+        return array->size();
+}
+
+// How many elements a value may give a type to. An array value without element type makes an array of an element that
+// has no type at all, and changes nothing about an array.
+static u64 siblingsToType(const Input* array, const AttrData& data) {
+    const AttrType type = array->elementType(); // Null for the members of an object
+    if (type == AttrType::Buffer)
+        return data.dataType() == DataType::Null ? 0 : array->untypedElements();
+    if (type == AttrType::Array)
+        return data.elementType() == AttrType::Null ? nullElements(array) : array->untypedElements();
+    return 0;
+}
+
+// Gives the elements of an array of buffers or of arrays that have no type yet the one of `data`. Linear in all writes
+// to the array together: untyped elements are at its end, for each write types those before it, or were made by links
+// before the array had a type, and are typed once.
 static void giveSiblingsType(Input* array, const AttrData& data) {
     const AttrType type = array->elementType();
-    const bool hasType = type == AttrType::Buffer  ? data.dataType() != DataType::Null
-                         : type == AttrType::Array ? data.elementType() != AttrType::Null
-                                                   : false;
-    if (!hasType)
-        return;
+    const auto toType = [&](const Input* element) {
+        const bool isAnyUntyped = type == AttrType::Buffer || data.elementType() != AttrType::Null;
+        return isAnyUntyped ? isUntyped(element, type) : element->type() == AttrType::Null;
+    };
     u64 first = array->size();
-    for (u64 left = array->untypedElements(); left > 0 && first > 0;)
-        if (isUntyped(array->element(--first), type))
+    for (u64 left = siblingsToType(array, data); left > 0 && first > 0;)
+        if (toType(array->element(--first)))
             --left;
     for (u64 i = first; i < array->size(); ++i)
-        if (isUntyped(array->element(i), type))
+        if (toType(array->element(i)))
             array->element(i)->set(type == AttrType::Buffer ? AttrData::buffer(data.dataType())
                                                             : AttrData::array(data.elementType()));
 }
@@ -244,7 +270,8 @@ void VrnParser::write(AttrData data, Input* input) {
         return input->assign(std::move(data));
     const String text = data.asString();
     input->assign(std::move(data));
-    if (std::ranges::find(*entries, text) == entries->end())
+    const bool isWritten = input->type() == AttrType::String;
+    if (isWritten && std::ranges::find(*entries, text) == entries->end())
         badEnumValueWarning(text, input);
 }
 

@@ -1,10 +1,10 @@
+#include "impl/BufferText.h"
 #include "impl/BufferType.h"
-#include "impl/Component.h"
 #include "impl/Messages.h"
 #include "impl/VrnParser.h"
 
-#include <cstring>
 #include <new>
+#include <optional>
 
 namespace vor::velmo_sdk::impl {
 
@@ -25,75 +25,82 @@ bool VrnParser::buffer(AssignInfo& info) {
     info.valueToken = consume();
     info.bufferHeadToken = consume();
     info.bufferBodyToken = consume();
-    std::unique_ptr<BufferReader> reader = std::move(bufferInScan);
-    if (!reader)
-        parseError(messages::invalidElementCount, String(info.bufferHeadToken.text).buf());
-    info.data = reader->takeData(); // cppcheck-suppress nullPointerRedundantCheck
-    report(*reader, info);          // cppcheck-suppress nullPointerRedundantCheck
+    report(bufferInScan ? takeScannedBuffer(info) : readBufferText(*type, info), info);
     return true;
 }
 
-// The token behind the look-ahead, while the one before it is being consumed.
+// The elements that were read while their list was scanned.
+ElementsRead VrnParser::takeScannedBuffer(AssignInfo& info) {
+    const std::unique_ptr<BufferReader> reader = std::move(bufferInScan);
+    info.data = reader->takeData();
+    return reader->elementsRead();
+}
+
+// The elements of a list that was scanned as a token: what comes before it did not look like a buffer's assignment.
+ElementsRead VrnParser::readBufferText(DataType type, AssignInfo& info) {
+    std::optional<AttrData> buffer = zeroBuffer(type, info.bufferHeadToken.text);
+    if (!buffer)
+        parseError(messages::invalidElementCount, String(info.bufferHeadToken.text).buf());
+    info.data = *std::move(buffer); // NOLINT(bugprone-unchecked-optional-access): parseError() throws
+    return readElements(info.bufferBodyToken.text, info.data);
+}
+
+// The token after the look-ahead, while the one before it is being consumed.
 Token VrnParser::nextToken() {
     const bool mayBeBuffer =
         prevToken.type == Type::Equals && ahead(1).type == Type::Id && ahead(2).type == Type::Brackets;
     return mayBeBuffer && scene ? bufferList() : lexer->nextToken();
 }
 
-// The same where it may be a buffer's list, which is then read on the way.
+// The same where it may be the list of a buffer. Its elements then go straight into their block while they are
+// scanned; a list of many megabytes would otherwise be stored as text first.
 Token VrnParser::bufferList() {
     const DataType* type = bufferType(ahead(1).text);
-    std::unique_ptr<BufferReader> reader = type ? openBuffer(*type, ahead(2).text) : nullptr;
+    std::optional<AttrData> buffer = type ? zeroBuffer(*type, ahead(2).text) : std::nullopt;
+    if (!buffer)
+        return lexer->nextToken();
+    auto reader = std::make_unique<BufferReader>(*std::move(buffer));
     const Token next = lexer->nextToken(reader.get());
-    if (reader && next.type == Type::Braces) {
+    if (next.type == Type::Braces) {
         reader->finish();
         bufferInScan = std::move(reader);
     }
     return next;
 } // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): it does not see that the reader is moved
 
-// Null if the count is none, or asks for more than there may be.
-std::unique_ptr<BufferReader> VrnParser::openBuffer(DataType type, const String& head) const {
+// A zero-filled buffer of as many elements as the brackets say; nothing if that is no count, or more than the scene's
+// limit or the memory allows.
+std::optional<AttrData> VrnParser::zeroBuffer(DataType type, std::string_view brackets) const {
     unsigned long long count = 0;
-    if (!String::parse(head.trimChars("[]"), count, String::Radix::Auto) ||
+    if (!String::parse(String(brackets).trimChars("[]"), count, String::Radix::Auto) ||
         count > scene->limits().maxBufferBytes / elementLayout(type).elementSize())
-        return nullptr;
+        return std::nullopt;
     try {
-        return std::make_unique<BufferReader>(type, count);
+        return AttrData::buffer(type, count);
     } catch (const std::bad_alloc&) {
-        return nullptr;
+        return std::nullopt;
     }
 }
 
-void VrnParser::report(const BufferReader& reader, const AssignInfo& info) {
-    if (!reader.payloadError().isEmpty())
-        parseError(unreadablePayload, reader.payloadError().buf());
-    if (reader.isPayload())
+void VrnParser::report(const ElementsRead& elements, const AssignInfo& info) {
+    if (!elements.payloadError.isEmpty())
+        parseError(unreadablePayload, elements.payloadError.buf());
+    if (elements.isPayload)
         return;
     const String keywordText = info.valueToken.text;
     const char* keyword = keywordText.buf();
     const ElementLayout layout = elementLayout(info.data.dataType());
     const auto count = static_cast<unsigned long long>(info.data.count());
-    const NumberFiller* numbers = reader.numbers();
-    const u64 filled = numbers ? numbers->filledBytes() : 0;
-    if (numbers && numbers->excess())
-        bufferError(messages::tooManyElements, numbers->excess()->buf(),
-                    static_cast<unsigned long long>(filled / layout.componentSize), keyword, count);
-    if (filled < info.data.bytes().size())
+    if (elements.excess)
+        bufferError(messages::tooManyElements, elements.excess->buf(),
+                    static_cast<unsigned long long>(elements.filledBytes / layout.componentSize), keyword, count);
+    if (elements.filledBytes < info.data.bytes().size())
         logWarning(info.valueToken.position(), messages::tooFewElements,
-                   static_cast<unsigned long long>(filled / layout.elementSize()), keyword, count);
-    if (numbers && !numbers->isRead())
+                   static_cast<unsigned long long>(elements.filledBytes / layout.elementSize()), keyword, count);
+    if (!elements.areReadable)
         parseError(messages::unreadableBuffer, keyword);
 }
 
-// Stores one number, unaligned, in the machine's own form.
-bool VrnParser::parseElem(std::string_view text, DataType type, u8* out) {
-    return withComponent(type, [&](auto number) {
-        if (!String::parse(text, number))
-            return false;
-        std::memcpy(out, &number, sizeof number);
-        return true;
-    });
-}
+bool VrnParser::parseElem(std::string_view text, DataType type, u8* out) { return parseElement(text, type, out); }
 
 } // namespace vor::velmo_sdk::impl

@@ -59,6 +59,14 @@ void BufferReader::takePayload(std::string_view characters) {
     }
 }
 
+ElementsRead BufferReader::elementsRead() const {
+    if (payload_)
+        return {.isPayload = true, .payloadError = payloadError_};
+    if (!numbers_)
+        return {};
+    return {.filledBytes = numbers_->filledBytes(), .areReadable = numbers_->isRead(), .excess = numbers_->excess()};
+}
+
 void BufferReader::finish() {
     if (numbers_)
         numbers_->finish();

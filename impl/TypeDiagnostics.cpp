@@ -4,26 +4,26 @@
 
 namespace vor::velmo_sdk::impl {
 
-void VrnParser::typeError(const String& valueType, Input* input, bool isArray) {
+void VrnParser::typeError(const String& valueType, IInput* input, bool isArray) {
     const String text = String::format(messages::cannotAssign, valueType.buf(), isArray ? "[]" : "",
                                        input->typeName().buf(), input->label().buf());
     throw ReadError(String::format(messages::typeError, prevToken.line, prevToken.column, text.buf()), position(),
                     messages::typeError);
 }
 
-void VrnParser::narrowTypeWarning(const String& valueType, Input* input) {
+void VrnParser::narrowTypeWarning(const String& valueType, IInput* input) {
     const String text =
         String::format(messages::narrowing, valueType.buf(), input->typeName().buf(), input->label().buf());
     logWarning(position(), messages::typeWarning, prevToken.line, prevToken.column, text.buf());
 }
 
 // A warning by name, for the parse goes on; an error in the log, for the value is not what it should be.
-void VrnParser::wrongTypeWarning(const String& found, Input* input) {
+void VrnParser::wrongTypeWarning(const String& found, IInput* input) {
     const String text = String::format(messages::wrongType, input->typeName().buf(), input->label().buf(), found.buf());
     logError(position(), messages::typeError, prevToken.line, prevToken.column, text.buf());
 }
 
-void VrnParser::badEnumValueWarning(const String& value, Input* input) {
+void VrnParser::badEnumValueWarning(const String& value, IInput* input) {
     const String text = String::format(messages::badEnumValue, value.buf(), input->label().buf());
     logWarning(position(), messages::enumWarning, prevToken.line, prevToken.column, text.buf());
 }

@@ -5,6 +5,7 @@
 #include "impl/lexer/StringLexer.h"
 
 #include <new>
+#include <utility>
 
 namespace vor::velmo_sdk::impl {
 
@@ -94,9 +95,10 @@ bool VrnParser::parseStatement() {
 const Token& VrnParser::consume() {
     Token& slot = tokens[static_cast<std::size_t>(cursor)];
     prevToken = slot;
-    new (&slot) Token(nextToken()); // in place: a copy could not be fed from the pieces that were just written
+    // Constructed in place: a copy through a temporary would stall on store forwarding.
+    new (&slot) Token(nextToken());
     if (slot.type == Token::Type::Invalid)
-        tokenError(slot);
+        tokenError(std::exchange(slot, prevToken));
     cursor = cursor + 1 < lookahead ? cursor + 1 : 0;
     return prevToken;
 }

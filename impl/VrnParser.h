@@ -43,6 +43,7 @@ class VrnParser {
 public:
     using IScene = interfaces::IScene;
     using IInput = interfaces::IInput;
+    using AssignInfo = impl::AssignInfo;
 
     VrnParser() = default;
     VrnParser(const VrnParser&) = delete;
@@ -82,10 +83,10 @@ public:
     [[noreturn]] void tokenError(const Token& found);
 
     // Complaints about a value's type (TypeDiagnostics.cpp). Only the first one throws.
-    [[noreturn]] void typeError(const String& valueType, Input* input, bool isArray);
-    void narrowTypeWarning(const String& valueType, Input* input);
-    void wrongTypeWarning(const String& found, Input* input);
-    void badEnumValueWarning(const String& value, Input* input);
+    [[noreturn]] void typeError(const String& valueType, IInput* input, bool isArray);
+    void narrowTypeWarning(const String& valueType, IInput* input);
+    void wrongTypeWarning(const String& found, IInput* input);
+    void badEnumValueWarning(const String& value, IInput* input);
 
     // Statements (Comment.cpp, NodeStatements.cpp, Assignment.cpp).
     [[nodiscard]] bool parseComment();
@@ -143,8 +144,9 @@ private:
     [[nodiscard]] Input* targetInput(const AssignInfo& info);
     [[nodiscard]] Input* namedInput(Node* node, Input* parent, const Step& step);
     [[nodiscard]] Input* elementInput(Input* array, const Step& step);
-    [[nodiscard]] u64 elementIndex(Input* array, const Token& brackets);
-    [[nodiscard]] bool canGrow(Input* array, u64 index) const;
+    [[nodiscard]] u64 elementIndex(const Input* array, const Token& brackets);
+    [[nodiscard]] bool canGrow(const Input* array, u64 index) const;
+    void growTo(Input* array, u64 index, const Token& brackets);
     void giveElementType(Input* array, const Step& step);
     void passThrough(Input* input, const Step& step);
     [[nodiscard]] String fullPath(const AssignInfo& info, Node* node);
@@ -158,10 +160,12 @@ private:
     [[nodiscard]] bool keywordScalar(AssignInfo& info);
     [[nodiscard]] Token nextToken();
     [[nodiscard]] Token bufferList();
-    [[nodiscard]] std::unique_ptr<BufferReader> openBuffer(DataType type, const String& head) const;
-    void report(const BufferReader& reader, const AssignInfo& info);
+    [[nodiscard]] std::optional<AttrData> zeroBuffer(DataType type, std::string_view brackets) const;
+    [[nodiscard]] ElementsRead takeScannedBuffer(AssignInfo& info);
+    [[nodiscard]] ElementsRead readBufferText(DataType type, AssignInfo& info);
+    void report(const ElementsRead& elements, const AssignInfo& info);
 
-    // What has taken the elements of the list behind the current token, so that its token has none.
+    // Has the elements of the buffer whose list was scanned last, until buffer() takes them; the list's token has none.
     std::unique_ptr<BufferReader> bufferInScan;
 };
 

@@ -69,15 +69,27 @@ bool Input::mayBeArrayOf(AttrType expected) const noexcept {
     });
 }
 
-// Replaces the value and keeps the books of the array that this is an element of, or that this is.
+// Replaces the value, and keeps the counts and the element type of the array that this is an element of, or that this
+// is.
 void Input::write(AttrData value) {
     Input* array = isElement() ? parent_ : nullptr;
     const bool wasUntyped = array && isUntyped(array->elementType());
+    const bool wasNull = type() == AttrType::Null;
     value_ = std::move(value);
-    if (const bool isStill = array && isUntyped(array->elementType()); isStill != wasUntyped)
-        array->extras_->untypedElements += isStill ? 1 : u64(0) - 1;
+    if (array) {
+        array->extras_->untypedElements += u32(isUntyped(array->elementType())) - u32(wasUntyped);
+        array->extras_->nullElements += u32(type() == AttrType::Null) - u32(wasNull);
+        array->typeArrayOf(*this);
+    }
     if (type() == AttrType::Array)
         countUntyped();
+}
+
+// An array without an element type takes that of its first typed element. A reference is none: texts resolve them after
+// all values are written.
+void Input::typeArrayOf(const Input& element) {
+    if (elementType() == AttrType::Null && element.type() != AttrType::Null && element.type() != AttrType::Node)
+        write(AttrData::array(element.type()));
 }
 
 void Input::setNode(interfaces::INode* node) {
@@ -139,12 +151,14 @@ Input* Input::appendElement() {
             Input(*node_, this, String(), elements.size(), AttrData::zero(elementType())),
         [](Input* input) { input->release(); });
     elements.pushUnnamed(element.get());
-    if (element->isUntyped(elementType()))
-        ++extras_->untypedElements;
+    extras_->untypedElements += u32(element->isUntyped(elementType()));
+    extras_->nullElements += u32(element->type() == AttrType::Null);
     return element.release();
 }
 
 u64 Input::untypedElements() const noexcept { return extras_ ? extras_->untypedElements : 0; }
+
+u64 Input::nullElements() const noexcept { return extras_ ? extras_->nullElements : 0; }
 
 bool Input::isUntyped(AttrType asElementOf) const noexcept {
     if (type() != AttrType::Null && type() != asElementOf)
@@ -158,7 +172,7 @@ void Input::countUntyped() noexcept {
         return;
     extras_->untypedElements = 0;
     for (const Input* element : children())
-        extras_->untypedElements += element->isUntyped(elementType()) ? 1U : 0U;
+        extras_->untypedElements += u32(element->isUntyped(elementType()));
 }
 
 Output* Input::connection() const noexcept { return extras_ ? extras_->output : nullptr; }
@@ -206,6 +220,7 @@ void Input::clearChildren() noexcept {
     if (!extras_)
         return;
     extras_->untypedElements = 0;
+    extras_->nullElements = 0;
     while (Input* child = extras_->children.takeLast())
         detach(child);
 }

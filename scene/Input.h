@@ -42,7 +42,7 @@ public:
 
     // The value. A Node's target, members and elements are not in it but in the functions below.
     [[nodiscard]] AttrType type() const noexcept { return value_.type(); }
-    [[nodiscard]] String typeName() const { return attrTypeName(type()); }
+    [[nodiscard]] String typeName() const override { return attrTypeName(type()); }
     [[nodiscard]] const AttrData& value() const noexcept { return value_; }
     [[nodiscard]] DataType dataType() const noexcept { return value_.dataType(); }
     [[nodiscard]] AttrType elementType() const noexcept { return value_.elementType(); }
@@ -50,8 +50,8 @@ public:
 
     // A value of the input's type replaces the value; an Object empties the members, an Array the
     // elements (and an element type that it does not carry stays). A Null input takes value and type;
-    // as an element, only its array's element type if there is one. Any other value leaves the input as
-    // it is.
+    // as an element, only its array's element type if there is one; otherwise its array takes the type. Any other value
+    // leaves the input as it is.
     void assign(AttrData value);
 
     // The same, but an Array only gives an array that has no element type its own, and keeps the
@@ -81,6 +81,9 @@ public:
     // How many elements of an array of buffers may still be given a DataType, or of an array of arrays
     // an element type; 0 for all others. O(1).
     [[nodiscard]] u64 untypedElements() const noexcept;
+
+    // How many elements of an array are of type Null. O(1).
+    [[nodiscard]] u64 nullElements() const noexcept;
 
     // The connection. connect(null) is disconnect().
     [[nodiscard]] Output* connection() const noexcept;
@@ -113,7 +116,8 @@ private:
         explicit Extras(Input* input) noexcept : connection(input), reference(input) {}
 
         NamedList<Input, 3> children;
-        u64 untypedElements = 0;
+        u32 untypedElements = 0;
+        u32 nullElements = 0;
         Link connection; // in the list of `output`
         Output* output = nullptr;
         Link reference; // in the list of `node`
@@ -133,6 +137,7 @@ private:
     [[nodiscard]] bool mayBeArrayOf(AttrType expected) const noexcept;
     [[nodiscard]] bool isUntyped(AttrType asElementOf) const noexcept;
     void countUntyped() noexcept;
+    void typeArrayOf(const Input& element);
     static void detach(Input* root) noexcept;
 
     Node* node_;

@@ -38,6 +38,9 @@ public:
 
     // Whether the input is still part of its scene.
     [[nodiscard]] virtual bool isAttached() const = 0;
+
+    // The name of its value's type, as messages print it.
+    [[nodiscard]] virtual String typeName() const = 0;
 };
 
 class VRN_API INode {

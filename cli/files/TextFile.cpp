@@ -15,11 +15,8 @@ TextFile::TextFile(String argument) : argument_(std::move(argument)) {
 
 String readAll(File file) {
     std::string text;
-    for (char c; file.read(c);) {
-        text += c;
-        text += file.unread();
-        file.skip(file.unread().size());
-    }
+    for (std::string_view block = file.readBlock(); !block.empty(); block = file.readBlock())
+        text += block;
     return std::string_view(text);
 }
 

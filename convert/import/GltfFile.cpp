@@ -29,10 +29,11 @@ std::string readBytes(const std::filesystem::path& path, u64 most) {
         return {};
     File file = File::open(std::string_view(path.string()));
     std::string bytes;
-    for (char c; bytes.size() < most && file.read(c);) {
-        bytes += c;
-        bytes += file.unread();
-        file.skip(file.unread().size());
+    while (bytes.size() < most) {
+        const std::string_view block = file.readBlock();
+        if (block.empty())
+            break;
+        bytes += block;
     }
     bytes.resize(std::min<u64>(bytes.size(), most));
     return bytes;

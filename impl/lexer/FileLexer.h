@@ -4,52 +4,44 @@
 #include "impl/lexer/Lexer.h"
 #include "scene/core/File.h"
 
-#include <algorithm>
-
 namespace vor::velmo_sdk::impl {
 
-class FileLexer final : public Lexer {
+class FileLexer final : public Lexer, private File::Borrower {
 public:
     explicit FileLexer(const File& file) : source(file) { fetch(); }
-    ~FileLexer() override { skipConsumed(); }
+    ~FileLexer() override { source.endLoan(*this); }
 
     char consume() override {
-        const bool isBehindEnd = window().empty();
+        const bool isAfterEnd = window().empty();
         const char consumed = consumeFromWindow();
-        if (isBehindEnd)
-            fetch(); // whether its end is the last word is the file's to say
+        if (isAfterEnd)
+            fetch(); // the file decides whether its end is final
         return consumed;
     }
 
 private:
-    void refill() override {
-        skipConsumed();
-        fetch();
-    }
+    void refill() override { fetch(); }
 
-    // Shows `cur` and all that the file has at hand behind it.
+    // Reads `cur`, and shows it and the bytes after it that the file has in memory.
     void fetch() {
-        char first;
-        if (!source.read(first)) {
-            shown_ = {};
+        if (!source.read(first_))
             return setWindow({});
-        }
-        const std::string_view unread = source.unread();
-        shown_ = {unread.data() - 1, unread.size() + 1};
-        setWindow(shown_);
+        const std::string_view after = source.borrow(*this);
+        setWindow(after.empty() ? std::string_view(&first_, 1) : std::string_view(after.data() - 1, after.size() + 1));
     }
 
-    // Brings the file, which others may hold too, to where the window has been consumed to; its first
-    // character was read when it was shown.
-    void skipConsumed() noexcept {
+    // Of the window only `cur`, which has been read, stays; in memory that outlives the file's block.
+    std::size_t returnLoan() noexcept override {
         const std::size_t left = window().size();
-        if (!shown_.empty())
-            source.skip(std::min(shown_.size() - left, shown_.size() - 1));
-        shown_ = {};
+        if (left == 0)
+            return 0;
+        first_ = static_cast<char>(cur);
+        setWindow({&first_, 1});
+        return left - 1;
     }
 
     File source;
-    std::string_view shown_;
+    char first_ = 0;
 };
 
 } // namespace vor::velmo_sdk::impl

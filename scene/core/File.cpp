@@ -4,6 +4,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
+#include <utility>
 
 namespace vor {
 
@@ -64,6 +65,19 @@ private:
 
 } // namespace
 
+// Makes bytes available: those that a borrower has left, else those of the next block.
+bool File::State::refill() {
+    endLoan();
+    return next != end || fetch();
+}
+
+void File::State::endLoan() noexcept {
+    if (!borrower)
+        return;
+    next = end - borrower->returnLoan();
+    borrower = nullptr;
+}
+
 bool File::State::fetch() {
     if (!source)
         return false;
@@ -113,6 +127,26 @@ File File::fromSource(std::unique_ptr<ByteSource> source, std::size_t blockSize)
     state.source = std::move(source);
     state.blockSize = blockSize == 0 ? 1 : blockSize;
     return file;
+}
+
+std::string_view File::readBlock() {
+    State& s = *state_;
+    while (s.next == s.end)
+        if (!s.refill())
+            return {};
+    return {std::exchange(s.next, s.end), s.end};
+}
+
+std::string_view File::borrow(Borrower& borrower) noexcept {
+    State& s = *state_;
+    s.endLoan();
+    s.borrower = &borrower;
+    return {std::exchange(s.next, s.end), s.end};
+}
+
+void File::endLoan(Borrower& borrower) noexcept {
+    if (state_->borrower == &borrower)
+        state_->endLoan();
 }
 
 bool File::isOpen() const noexcept { return state_->isOpen; }

@@ -58,10 +58,25 @@ public:
     [[nodiscard]] bool read(signed char& c);
     [[nodiscard]] bool read(char& c);
 
-    // The bytes that read() would give next and that are at hand already, perhaps none; they stay where
-    // they are until read() has given the last of them. skip() takes `count` of them at once.
-    [[nodiscard]] std::string_view unread() const noexcept;
-    void skip(std::size_t count) noexcept;
+    // Takes the bytes that are in memory, fetching a block if there are none; empty at the end and on a read error. They
+    // stay valid until the next call of any function of this file.
+    [[nodiscard]] std::string_view readBlock();
+
+    // A reader that consumes bytes in place. borrow() lends it the bytes that are in memory; whoever uses the file
+    // before the borrower is done makes it return what it has not consumed, so that two readers of one file never see
+    // the same byte, and neither reads beyond the file's memory.
+    class Borrower {
+    public:
+        // Stops using the borrowed bytes and returns how many of them, counted from the end, are not consumed.
+        [[nodiscard]] virtual std::size_t returnLoan() noexcept = 0;
+
+    protected:
+        ~Borrower() = default;
+    };
+    [[nodiscard]] std::string_view borrow(Borrower& borrower) noexcept;
+
+    // Ends the loan of this borrower, if it has one, through its returnLoan().
+    void endLoan(Borrower& borrower) noexcept;
 
     static constexpr std::size_t defaultBlockSize = 256 * 1024;
 
@@ -74,27 +89,27 @@ struct File::State {
     std::unique_ptr<ByteSource> source; // null once there is nothing left to ask it for
     String error;
     bool isOpen = false;
-    const char* next = nullptr; // the unread bytes of the current block
+    const char* next = nullptr; // the unread bytes of the current block; none while they are on loan
     const char* end = nullptr;
+    Borrower* borrower = nullptr; // has the bytes before `end`
     std::unique_ptr<char[]> block;
     std::size_t blockSize = 0;
     String text; // keeps the bytes of a file in memory
     std::function<void(std::size_t)> observer;
 
+    [[nodiscard]] bool refill();
     [[nodiscard]] bool fetch();
+    void endLoan() noexcept;
 };
 
 inline bool File::read(char& c) {
     State& s = *state_;
-    if (s.next == s.end && !s.fetch())
-        return false;
+    while (s.next == s.end) // an observer may have read the block
+        if (!s.refill())
+            return false;
     c = *s.next++;
     return true;
 }
-
-inline std::string_view File::unread() const noexcept { return {state_->next, state_->end}; }
-
-inline void File::skip(std::size_t count) noexcept { state_->next += count; }
 
 inline bool File::read(signed char& c) {
     char byte;

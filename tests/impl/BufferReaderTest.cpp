@@ -1,4 +1,4 @@
-// Buffers that are read while their list is scanned, against those whose list is there as a whole.
+// Buffers that are read while their list is scanned, against those whose list was scanned before.
 #include "impl/BufferReader.h"
 
 #include "impl/lexer/FileLexer.h"
@@ -14,80 +14,41 @@ namespace {
 
 struct Read {
     std::string end; // the token
-    std::vector<std::byte> bytes;
-    std::size_t filled = 0;
-    bool isRead = true;
-    std::optional<String> excess;
-    String payloadError;
+    std::vector<std::byte> bytes{};
+    ElementsRead elements{};
 
     friend bool operator==(const Read&, const Read&) = default;
 };
 
-Read resultOf(BufferReader& reader) {
-    Read read;
-    read.payloadError = reader.payloadError();
-    if (const NumberFiller* numbers = reader.numbers()) {
-        read.filled = numbers->filledBytes();
-        read.isRead = numbers->isRead();
-        read.excess = numbers->excess();
-    }
-    const AttrData data = reader.takeData();
-    if (read.payloadError.isEmpty())
-        read.bytes.assign(data.bytes().begin(), data.bytes().end());
+Read resultOf(const Token& token, const ElementsRead& elements, const AttrData& buffer) {
+    const bool isList = token.type == Token::Type::Braces;
+    std::string end = String::format("%d (%d,%d) ", static_cast<int>(token.type), token.line, token.column).buf();
+    if (!isList)
+        return {.end = end.append(token.text)};
+    Read read{.end = end, .elements = elements};
+    if (elements.payloadError.isEmpty())
+        read.bytes.assign(buffer.bytes().begin(), buffer.bytes().end());
     return read;
 }
 
 Read readWhile(Lexer& lexer, DataType type, u64 count) {
-    BufferReader reader(type, count);
+    BufferReader reader(AttrData::buffer(type, count));
     const Token token = lexer.nextToken(&reader);
-    if (token.type == Token::Type::Braces)
-        reader.finish();
-    Read read = token.type == Token::Type::Braces ? resultOf(reader) : Read();
-    read.end = String::format("%d (%d,%d) ", static_cast<int>(token.type), token.line, token.column).view();
-    read.end += token.type == Token::Type::Braces ? "" : token.text;
-    return read;
+    reader.finish();
+    return resultOf(token, reader.elementsRead(), reader.takeData());
 }
 
-// One element after the other.
-Read readElements(std::string_view canonical, DataType type, u64 count) {
-    const ElementLayout layout = elementLayout(type);
-    Read read;
-    read.bytes.resize(count * layout.elementSize());
-    std::string_view elements = canonical.substr(1, canonical.size() - 2);
-    if (elements.starts_with('.') && layout.isCompressible() && count != 0) {
-        const DecompressedBytes inflated = decompress(reinterpret_cast<const u8*>(elements.data()), elements.size(),
-                                                      read.payloadError, read.bytes.size());
-        std::transform(inflated.bytes.get(), inflated.bytes.get() + inflated.length, read.bytes.begin(),
-                       [](u8 byte) { return std::byte(byte); });
-        if (!read.payloadError.isEmpty())
-            read.bytes.clear();
-        return read;
-    }
-    while (!elements.empty() && count != 0 && !read.excess) {
-        const std::string_view element = elements.substr(0, elements.find(' '));
-        elements.remove_prefix(std::min(element.size() + 1, elements.size()));
-        if (read.filled == read.bytes.size()) {
-            read.excess = String(element);
-            continue;
-        }
-        u8* place = reinterpret_cast<u8*>(read.bytes.data()) + read.filled;
-        read.isRead &= VrnParser::parseElem(" " + std::string(element), layout.componentType, place);
-        read.filled += layout.componentSize;
-    }
-    return read;
-}
-
-Read readWhole(Lexer& lexer, DataType type, u64 count) {
+Read readAfterwards(Lexer& lexer, DataType type, u64 count) {
+    AttrData buffer = AttrData::buffer(type, count);
     const Token token = lexer.nextToken();
-    Read read = token.type == Token::Type::Braces ? readElements(token.text, type, count) : Read();
-    read.end = String::format("%d (%d,%d) ", static_cast<int>(token.type), token.line, token.column).view();
-    read.end += token.type == Token::Type::Braces ? "" : token.text;
-    return read;
+    const ElementsRead elements =
+        token.type == Token::Type::Braces ? readElements(token.text, buffer) : ElementsRead();
+    return resultOf(token, elements, buffer);
 }
 
 void expectTheSameFromAllSources(const std::string& text, DataType type, u64 count) {
     PlainLexer whole(text);
-    const Read expected = readWhole(whole, type, count);
+    const Read expected = readAfterwards(whole, type, count);
     PlainLexer plain(text);
     ASSERT_TRUE(readWhile(plain, type, count) == expected) << text;
     StringLexer fromString{String(std::string_view(text))};
@@ -141,7 +102,7 @@ TEST(BufferReader, readsLongListsInPieces) {
 }
 
 TEST(BufferReader, leavesNoTextInTheToken) {
-    BufferReader reader(DataType::Int32, 2);
+    BufferReader reader(AttrData::buffer(DataType::Int32, 2));
     StringLexer lexer("{1 2};");
     EXPECT_EQ(lexer.nextToken(&reader).text, "{}");
 }

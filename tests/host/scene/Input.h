@@ -55,7 +55,7 @@ public:
 
     // The queries that the reader adds.
     [[nodiscard]] AttrType type() const { return value_.type(); }
-    [[nodiscard]] String typeName() const { return attrTypeName(type()); }
+    [[nodiscard]] String typeName() const override { return attrTypeName(type()); }
     [[nodiscard]] DataType dataType() const { return value_.dataType(); }
     [[nodiscard]] AttrType elementType() const { return value_.elementType(); }
     [[nodiscard]] Input* parent() const { return parent_; }
