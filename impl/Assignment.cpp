@@ -129,6 +129,7 @@ Input* VrnParser::elementInput(Input* array, const Step& step) {
     return array->element(index);
 }
 
+/// index ::= '[' ( '*' | integer ) ']'   of an element; `*` appends one
 u64 VrnParser::elementIndex(const Input* array, const Token& brackets) {
     const String text = String(brackets.text).trimChars("[]");
     u64 index = array->size(); // NOLINT(clang-analyzer-core.CallAndMessage): a path begins with a name

@@ -10,7 +10,8 @@ namespace vor::velmo_sdk::impl {
 
 using Type = Token::Type;
 
-/// buffer ::= bufferType BRACKETS BRACES   element type, count, and numbers or a compressed payload
+/// buffer ::= bufferType BRACKETS BRACES   the brackets are a count, the braces numbers or a payload
+/// count ::= '[' integer ']'   of elements; the keyword names a DataType, whose layout gives their size
 /// bufferType ::= 'char' | 'byte' | ( 'int' | 'uint' ) ( '16' | '32' | '64' ) | 'float' | 'double'
 ///              | ( 'vec2' | 'vec3' | 'vec4' ) ( 'f' | 'd' | 'i' | 'u' )
 ///              | ( 'pos2' | 'pos3' | 'mat3' | 'mat4' ) ( 'f' | 'd' | 'i' )

@@ -38,6 +38,7 @@ bool BufferReader::isPayload(char first) const noexcept {
 }
 
 /// numbers ::= '{' ( number ( ' ' number )* )? '}'   component after component
+/// number ::= integer | real   as the component type of the DataType asks
 void BufferReader::startNumbers() {
     (void)withComponent(elementLayout(data_.dataType()).componentType, [&]<class Number>(Number) {
         numbers_ = NumberFiller::make<Number>(data_.bytes());
@@ -45,7 +46,7 @@ void BufferReader::startNumbers() {
     });
 }
 
-/// payload ::= '{' '.' ( hexdigit hexdigit | ' ' )* '}'   a zlib stream, for elements of bytes only
+/// payload ::= '{' '.' ( hexdigit hexdigit | ' ' )* '}'   a zlib stream; only for components of one byte
 void BufferReader::takePayload(std::string_view characters) {
     while (!characters.empty() && payloadError_.isEmpty()) {
         if (!isIn(characters[0], numberChar)) {

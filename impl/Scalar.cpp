@@ -77,6 +77,7 @@ std::string_view withoutParens(std::string_view list) noexcept {
     return list;
 }
 
+/// components ::= '(' real ( ' ' real )* ')'   further ones are ignored; a colour may have three, and alpha 1
 bool readComponents(std::string_view list, AttrData& data) {
     if (data.type() != AttrType::Rgba)
         return parseReals(list, componentCount(data.type()), data.components().data());
@@ -91,7 +92,7 @@ bool VrnParser::scalar(AssignInfo& info) {
     return literal(info, isRead) ? isRead : keywordScalar(info);
 }
 
-/// literal ::= TRUE | FALSE | INT | REAL | STRING | BRACES | BRACKETS   braces: an object, brackets: an array
+/// literal ::= TRUE | FALSE | INT | REAL | STRING | BRACES | BRACKETS   braces: an empty object, brackets: an empty array
 bool VrnParser::literal(AssignInfo& info, bool& isRead) {
     using Read = bool (*)(const Token& token, AttrData& data);
     const auto apply = [&](Read read) {
@@ -118,7 +119,7 @@ bool VrnParser::literal(AssignInfo& info, bool& isRead) {
     }
 }
 
-/// keywordScalar ::= ( 'vec2' | 'vec3' | 'vec4' | 'pos2' | 'pos3' | 'quat' | 'mat3' | 'mat4' | 'rgba' ) PARENS
+/// keywordScalar ::= ( 'vec2' | 'vec3' | 'vec4' | 'pos2' | 'pos3' | 'quat' | 'mat3' | 'mat4' | 'rgba' ) PARENS   its components
 //
 // The one form that does not give back what it has consumed when the components cannot be read: the
 // statement is lost then anyhow, and the error speaks of what follows.

@@ -3,7 +3,7 @@
 
 namespace vor::velmo_sdk::impl {
 
-/// value ::= '=' ( scalar | buffer | reference ) ';'   the first that fits
+/// value ::= '=' ( scalar | buffer | reference ) ';'   the first that matches
 bool VrnParser::value(AssignInfo& info) {
     if (!accept(Token::Type::Equals))
         return false;

@@ -84,7 +84,7 @@ void VrnParser::parseStatements() {
     }
 }
 
-/// statement ::= comment | remove | define | declare | with | assign   the first that fits
+/// statement ::= comment | remove | define | declare | with | assign   the first that matches
 bool VrnParser::parseStatement() {
     // Two names in a row begin no assignment, and anything else no statement about nodes.
     if (current().type == Token::Type::Id && ahead(1).type == Token::Type::Id)

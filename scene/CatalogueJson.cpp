@@ -80,7 +80,7 @@ StringVector textsOf(const JsonValue& value, const char* what) {
     return texts;
 }
 
-// ::= number | "inf" | "-inf" | "nan"
+// A JSON number, or one of the strings "inf", "-inf" and "nan".
 double realOf(const JsonValue& value) {
     if (value.isNumber())
         return value.real;

@@ -5,11 +5,12 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parents[1]
 SECTIONS = [
-    ("Statements", ["VrnParser", "Comment", "NodeStatements", "Assignment"]),
-    ("Paths", ["Path"]),
-    ("Values", ["Value", "Scalar", "Buffer", "BufferReader"]),
-    ("Links", ["Links"]),
-    ("Tokens", ["lexer/Lexer"]),
+    ("Statements", ["impl/VrnParser.cpp", "impl/Comment.cpp", "impl/NodeStatements.cpp", "impl/Assignment.cpp"]),
+    ("Paths", ["impl/Path.cpp"]),
+    ("Values", ["impl/Value.cpp", "impl/Scalar.cpp", "impl/Buffer.cpp", "impl/BufferReader.cpp"]),
+    ("Numbers", ["scene/core/NumberText.cpp"]),
+    ("Links", ["impl/Links.cpp"]),
+    ("Tokens", ["impl/lexer/Lexer.cpp", "impl/lexer/CharClass.h", "scene/core/String.cpp"]),
 ]
 HEAD = """# Grammar
 
@@ -23,8 +24,7 @@ are tokens, which the last section makes from characters. What stands behind a r
 
 
 def rules(name):
-    path = ROOT / "impl" / (name + ".cpp")
-    for line in path.read_text().splitlines():
+    for line in (ROOT / name).read_text().splitlines():
         if line.startswith("///"):
             yield line[4:]
 

@@ -11,6 +11,10 @@ namespace vor::velmo_sdk::impl {
 // A source ends where a character of this value stands, a byte 0xFF in the text included.
 inline constexpr signed char endOfText = -1;
 
+/// letter ::= 'a'..'z'   in either case
+/// digit ::= '0'..'9'
+/// hexdigit ::= digit | 'a'..'f'   in either case
+/// blank ::= ' ' | any   if it is not printable ASCII; it separates tokens and list elements
 enum CharClass : u8 {
     asciiBlank = 1,
     foreignChar = 64,                     // outside ASCII

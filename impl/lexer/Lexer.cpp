@@ -175,7 +175,7 @@ void Lexer::countForeign(std::string_view blanks) {
     }
 }
 
-Token Lexer::token(Token::Type type, std::string_view text) {
+Token Lexer::token(Token::Type type, std::string_view text) const {
     const bool isShown = isWindowKept_ && text.data() != scratch_.data();
     return here(type, isShown ? text : texts_.keep(text));
 }
@@ -264,29 +264,32 @@ Token Lexer::nextToken(ElementSink* sink) {
     return invalidToken();
 }
 
-/// comment ::= '#' any*   up to the end of the line (LF or CR) or of the text
+/// COMMENT ::= '#' any*   up to the end of the line (LF or CR) or of the text
 Token Lexer::comment() {
     return token(Token::Type::Comment,
                  takeWhile([](char c) { return c != '\n' && c != '\r' && c != static_cast<char>(endOfText); }));
 }
 
-/// string ::= '"' ( any but '"' and '\' | '\' any )* '"'   kept as written, quotes included
+/// STRING ::= '"' ( any | escape )* '"'   ends at the first quote without a backslash; kept as written
 Token Lexer::string() {
     StringScanner scanner;
     std::string_view text;
     return take(scanner, text) == ScanEnd::Closed ? token(Token::Type::String, text) : unexpectedEof("STRING");
 }
 
-/// parens ::= '(' ( number-char | blank | ',' | bracket )* ')'   flattened: one space between elements
+/// PARENS ::= '(' ( number-char | blank | ',' | bracket )* ')'   flattened: one space between elements
 Token Lexer::parens() { return nestedList({'(', ')', Token::Type::Parens, "PARENS", "PAREN"}); }
 
-/// braces ::= '{' ( number-char | blank | ',' | bracket )* '}'   flattened: one space between elements
+/// BRACES ::= '{' ( number-char | blank | ',' | bracket )* '}'   flattened: one space between elements
+/// bracket ::= '(' | ')' | '[' | ']' | '{' | '}'
 Token Lexer::braces(ElementSink* sink) {
     const ListKind kind{'{', '}', Token::Type::Braces, "BRACES", "BRACE"};
     return sink ? listFor(*sink, kind) : nestedList(kind);
 }
 
 Token Lexer::nestedList(const ListKind& kind) {
+    if (window().empty())
+        return nestedListByCharacter(kind);
     ListScanner scanner(kind.open, kind.close);
     std::string_view text;
     switch (take(scanner, text)) {
@@ -297,6 +300,49 @@ Token Lexer::nestedList(const ListKind& kind) {
     default:
         return unexpectedEof(kind.name);
     }
+}
+
+// The same for a source that shows no window.
+Token Lexer::nestedListByCharacter(const ListKind& kind) {
+    ds::Vector<char> text;
+    u64 depth = 0;
+    while (!isAtEnd()) {
+        if (!isIn(cur, blankChar | numberChar | listPunctuation))
+            return invalidListToken(kind.shortName);
+        if (!text.isEmpty() && cur == kind.open) {
+            consume();
+            ++depth;
+        } else if (depth == 0 || cur != kind.close) {
+            list(text, kind.open, kind.close);
+        } else {
+            consume();
+            --depth;
+        }
+        if (depth == 0 && cur == kind.close) {
+            text.push(consume());
+            return token(kind.type, text);
+        }
+    }
+    return unexpectedEof(kind.name);
+}
+
+// One character of an element or an outer bracket, or one separator, or a run of blanks. Both become one space between
+// two elements, and nothing elsewhere.
+void Lexer::list(ds::Vector<char>& text, char open, char close) {
+    const bool isOuterBracket = isAtEnd() || cur == open || cur == close;
+    if (isOuterBracket || !isIn(cur, blankChar | listPunctuation)) {
+        text.push(consume());
+        return;
+    }
+    if (isIn(cur, listPunctuation))
+        consume();
+    else
+        while (isIn(cur, blankChar))
+            consume();
+    const bool isBetweenElements =
+        !text.isEmpty() && text.last() != ' ' && text.last() != open && !isAtEnd() && cur != close;
+    if (isBetweenElements)
+        text.push(' ');
 }
 
 // The elements between the brackets that `raw` begins and ends with, one space between two of them.
@@ -346,7 +392,7 @@ Token Lexer::listFor(ElementSink& sink, const ListKind& kind) {
     return unexpectedEof(kind.name);
 }
 
-/// brackets ::= '[' ( digit | '*' | '[' | blank )* ']'   kept as written; the first ']' ends it
+/// BRACKETS ::= '[' ( digit | '*' | '[' | blank )* ']'   ends at the first ']'; kept as written
 Token Lexer::brackets() {
     BracketScanner scanner;
     std::string_view text;
@@ -360,40 +406,48 @@ Token Lexer::brackets() {
     }
 }
 
-/// id ::= ( letter | '_' ) ( letter | '_' | digit )*   but for true, false and null, in any case
+/// ID ::= ( letter | '_' ) ( letter | '_' | digit )*   unless it is one of the next three
+/// TRUE ::= 'true'
+/// FALSE ::= 'false'
+/// NULL ::= 'null'
 Token Lexer::id() {
     if (isAtEnd())
         return unexpectedEof("ID");
     return idToken(takeWhile([](char c) { return isIn(c, identifierChar); }));
 }
 
-/// number ::= ( '-' | digit ) number-char*   Real if any of . f n a i (in either case) is in it, else Int
-/// number-char ::= digit | '+' | '-' | '.' | 'A'..'F' | 'a'..'f' | 'I' | 'N' | 'U' | 'i' | 'n' | 'u'
+/// INT ::= ( '-' | digit ) number-char*   without `.`, and without f, n, a, i in either case
+/// REAL ::= ( '-' | digit ) number-char*   with one of them
+/// number-char ::= digit | '+' | '-' | '.' | 'a'..'f' | 'i' | 'n' | 'u'   letters in either case
 Token Lexer::number() {
     if (isAtEnd())
         return unexpectedEof("NUMBER");
     return numberToken(takeWhile([](char c) { return isIn(c, numberChar); }));
 }
 
-/// punctuation ::= "'" | '*' | '+' | ',' | '.' | '/' | ':' | ';' | '=' | '\' | '|'   each a token of its own
+/// punctuation ::= "'" | '*' | '+' | ',' | '.' | '/' | ':' | ';' | '=' | '\' | '|'   each is a token
 Token Lexer::token(Token::Type type) {
     const char c = static_cast<char>(cur);
     consume();
     return here(type, texts_.keep({&c, 1}));
 }
 
+Token Lexer::token(Token::Type type, const ds::Vector<char>& text) const {
+    return here(type, texts_.keep({text.data(), text.size()}));
+}
+
 Token Lexer::eof() const { return here(Token::Type::Eof, messages::endOfInput); }
 
 // An error consumes nothing, so its position is that of the character before it.
-Token Lexer::invalidToken() {
+Token Lexer::invalidToken() const {
     return message(Token::Type::Invalid, String::format(messages::invalidToken, line, column, cur));
 }
 
-Token Lexer::unexpectedEof(const String& what) {
+Token Lexer::unexpectedEof(String what) const { // NOLINT(performance-unnecessary-value-param)
     return message(Token::Type::Eof, String::format(messages::unexpectedEof, what.buf()));
 }
 
-Token Lexer::invalidListToken(const String& what) {
+Token Lexer::invalidListToken(String what) const { // NOLINT(performance-unnecessary-value-param)
     return message(Token::Type::Invalid, String::format(messages::invalidListToken, what.buf(), line, column, cur));
 }
 

@@ -11,6 +11,7 @@
 #include "impl/lexer/ScanExtent.h"
 #include "impl/lexer/TextKeeper.h"
 #include "impl/lexer/Token.h"
+#include "scene/core/Vector.h"
 
 #include <string>
 
@@ -92,11 +93,14 @@ protected:
     Token id();
     Token number();
     Token token(Token::Type type);
-    [[nodiscard, gnu::always_inline]] inline Token token(Token::Type type, std::string_view text);
+    [[nodiscard]] Token token(Token::Type type, const ds::Vector<char>& text) const;
     [[nodiscard]] Token eof() const;
-    [[nodiscard]] Token invalidToken();
-    [[nodiscard]] Token unexpectedEof(const String& what);
-    [[nodiscard]] Token invalidListToken(const String& what);
+    [[nodiscard]] Token invalidToken() const;
+    [[nodiscard]] Token unexpectedEof(String what) const;
+    [[nodiscard]] Token invalidListToken(String what) const;
+
+    // Takes one step through a list and appends what it contributes to the canonical text.
+    void list(ds::Vector<char>& text, char open, char close);
     [[nodiscard]] bool isNumberChar() const noexcept { return isIn(cur, numberChar); }
 
     signed char prev = 0; // the character consumed last
@@ -107,6 +111,8 @@ protected:
 
 private:
     struct ListKind;
+    [[nodiscard, gnu::always_inline]] inline Token token(Token::Type type, std::string_view text) const;
+    Token nestedListByCharacter(const ListKind& kind);
     Token nestedList(const ListKind& kind);
     [[nodiscard]] std::string_view canonicalList(std::string_view raw);
     Token listFor(ElementSink& sink, const ListKind& kind);
@@ -139,7 +145,7 @@ private:
     template <class Belongs> [[nodiscard]] std::string_view gatherWhile(Belongs belongs);
     template <class Scanner> [[nodiscard]] ScanEnd take(Scanner& scanner, std::string_view& text);
     [[nodiscard]] Token here(Token::Type type, std::string_view text) const { return {type, text, line, column}; }
-    [[nodiscard]] Token message(Token::Type type, const String& text) { return here(type, texts_.keep(text)); }
+    [[nodiscard]] Token message(Token::Type type, const String& text) const { return here(type, texts_.keep(text)); }
 
     // Positions wrap around beyond 2 GiB.
     static i32 wrappingAdd(i32 number, u64 more) noexcept {
@@ -152,7 +158,7 @@ private:
     u64 foreignBytes_ = 0;
     u32 markLength_ = 0; // how much of a byte-order mark has been seen
     TextPosition firstForeignByte_;
-    TextKeeper texts_;
+    mutable TextKeeper texts_; // owns the characters of tokens, messages included
     static constexpr std::size_t largeScratch = 1 << 20; // not kept for the next token
     std::string scratch_;                                // characters of a token that no window shows as a whole
 };

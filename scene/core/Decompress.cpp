@@ -69,7 +69,7 @@ std::size_t decodeDigits(std::string_view text, u8* out) noexcept {
     return count;
 }
 
-// ::= '.' (hexdigit | ' ')*   and spaces before the dot
+// The `.` and the hexadecimal digits of a payload, with spaces anywhere.
 bool decode(std::string_view payload, PayloadDecoder& decoder, String& error) {
     bool hasDot = false;
     while (!payload.empty()) {

@@ -61,7 +61,7 @@ bool takeDigits(std::string_view& text, unsigned base, Magnitude& number) {
     return taken > 0;
 }
 
-// ::= ('e' | 'E') '+'? digit+
+/// positive-exponent ::= 'e' '+'? digit+
 bool takePositiveExponent(std::string_view& text, Magnitude& number) {
     text.remove_prefix(1);
     if (text.starts_with('+'))
@@ -86,6 +86,7 @@ unsigned takePrefix(std::string_view& text) {
     return letter == 'x' ? 16 : 2;
 }
 
+/// integer ::= sign? ( '0x' hexdigit+ | '0b' digit+ | digit+ positive-exponent? ) 'u'?   within blanks
 bool takeInteger(std::string_view text, String::Radix radix, Magnitude& number) {
     const unsigned base = radix == String::Radix::Auto ? takePrefix(text) : static_cast<unsigned>(radix);
     if (!takeDigits(text, base, number))
@@ -119,7 +120,8 @@ std::size_t takeMantissa(std::string_view& text, Decimal& number) {
     return taken;
 }
 
-// ::= ('e' | 'E') ('+' | '-')? digit+
+/// exponent ::= 'e' sign? digit+
+/// sign ::= '+' | '-'
 bool takeExponent(std::string_view& text, Decimal& number) {
     text.remove_prefix(1);
     const bool minus = takeSign(text);
@@ -133,7 +135,8 @@ bool takeExponent(std::string_view& text, Decimal& number) {
     return true;
 }
 
-// ::= digit* ('.' digit*)? exponent? ('f' | 'F')?   with at least one digit
+/// real ::= sign? ( decimal | 'inf' | 'nan' )   within blanks; rounded correctly
+/// decimal ::= digit* ( '.' digit* )? exponent? 'f'?   with at least one digit
 bool takeDecimal(std::string_view text, Decimal& number) {
     const std::string_view whole = text;
     std::size_t digits = takeMantissa(text, number);

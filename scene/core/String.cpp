@@ -93,8 +93,11 @@ std::size_t byteEscape(std::string_view text, std::string& out) {
     return 4;
 }
 
-// Reads the escape at the start of `text`, which begins with a backslash and one more character.
-// Returns how many characters it takes, 0 if it is to be kept as written.
+/// escape ::= '\' ( 'n' | 't' | 'r' | 'a' | 'b' | 'f' | 'v' | '\' | '"' | "'" | 'x' hex2 | 'u' hex2 hex2 )
+/// hex2 ::= hexdigit hexdigit   a byte, or half a code point; two `\u` make a surrogate pair
+//
+// `text` begins with a backslash and one more character. Returns the length of the escape, 0 for one to be kept as
+// written: any other backslash, a NUL, a lone surrogate.
 std::size_t escape(std::string_view text, std::string& out) {
     constexpr std::string_view letters = "ntrabfv\\\"'";
     constexpr std::string_view characters = "\n\t\r\a\b\f\v\\\"'";
