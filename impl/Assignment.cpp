@@ -224,7 +224,8 @@ static bool isUntyped(const Input* element, AttrType type) {
     return type == AttrType::Buffer ? element->dataType() == DataType::Null : element->elementType() == AttrType::Null;
 }
 
-// How many elements of type Null an array of arrays has; as many as it has elements for a host that does not count them.
+// How many elements of type Null an array of arrays has; as many as it has elements for a host that does not count
+// them.
 template <class AnyInput> static u64 nullElements(const AnyInput* array) {
     if constexpr (requires { array->nullElements(); })
         return array->nullElements();

@@ -20,9 +20,9 @@ struct ElementsRead {
     friend bool operator==(const ElementsRead&, const ElementsRead&) = default;
 };
 
-// Reads the elements of a list into a buffer whose block is zero-filled and of its final size. `braces` is the list with
-// its braces, its elements separated by spaces. The slow twin of BufferReader, for lists that were scanned before the
-// parser knew that they belong to a buffer. An empty block is left alone, whatever the list holds.
+// Reads the elements of a list into a buffer whose block is zero-filled and of its final size. `braces` is the list
+// with its braces, its elements separated by spaces. The slow twin of BufferReader, for lists that were scanned before
+// the parser knew that they belong to a buffer. An empty block is left alone, whatever the list holds.
 [[nodiscard]] ElementsRead readElements(std::string_view braces, AttrData& buffer);
 
 // Parses one number and stores it at `out`, unaligned, in the machine's byte order. False, with nothing written, if it

@@ -1,5 +1,9 @@
 #include "scene/Catalogue.h"
 
+#include "scene/VrnValue.h"
+
+#include <algorithm>
+
 namespace vor::velmo_sdk::impl {
 
 AttrData InputType::initialValue() const {
@@ -13,6 +17,14 @@ AttrData InputType::initialValue() const {
 String NodeType::current(const Renames& renames, const String& name) {
     const auto found = renames.find(name.view());
     return found == renames.end() ? name : found->second;
+}
+
+std::optional<std::string> NodeType::inText(const Renames& renames, const String& name) {
+    if (current(renames, name) == name)
+        return std::string(name.view());
+    const auto leadsToIt = [&](const auto& rename) { return rename.second == name && isIdentifier(rename.first); };
+    const auto older = std::ranges::find_if(renames, leadsToIt);
+    return older == renames.end() ? std::nullopt : std::optional(older->first);
 }
 
 void Catalogue::add(NodeType type) { types_.insert_or_assign(std::string(type.name().view()), std::move(type)); }

@@ -17,6 +17,7 @@
 #include "scene/core/String.h"
 
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -54,9 +55,19 @@ public:
     [[nodiscard]] String currentInputName(const String& name) const { return current(renamedInputs_, name); }
     [[nodiscard]] String currentOutputName(const String& name) const { return current(renamedOutputs_, name); }
 
+    // A name by which texts mean the input or output `name`: that name, or if that is an older name of another one, the
+    // first older name that leads to it. Nothing if there is none.
+    [[nodiscard]] std::optional<std::string> inputNameInText(const String& name) const {
+        return inText(renamedInputs_, name);
+    }
+    [[nodiscard]] std::optional<std::string> outputNameInText(const String& name) const {
+        return inText(renamedOutputs_, name);
+    }
+
 private:
     using Renames = std::map<std::string, String, std::less<>>;
     static String current(const Renames& renames, const String& name);
+    static std::optional<std::string> inText(const Renames& renames, const String& name);
 
     String name_;
     std::vector<InputType> inputs_;

@@ -5,6 +5,7 @@
 #include "scene/VrnValue.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace vor::velmo_sdk::impl {
 
@@ -21,9 +22,9 @@ bool isUntypedBuffer(const Input& input) noexcept {
     return input.type() == AttrType::Buffer && input.dataType() == DataType::Null;
 }
 
-// Whether writing its value gives the array of an element that type.
-bool givesType(const Input& element, AttrType type) noexcept {
-    return element.type() == type && (type != AttrType::Buffer || hasKeyword(element.dataType()));
+// Whether the statement of an element's value gives its array an element type.
+bool givesType(const Input& element) noexcept {
+    return element.type() != AttrType::Buffer || hasKeyword(element.dataType());
 }
 
 bool takesNoValue(const Input& input) noexcept {
@@ -35,10 +36,25 @@ bool isUnsetChoice(const Input& input) {
     return input.type() == AttrType::String && *input.value().asString() == '\0' && !input.enumeration().isEmpty();
 }
 
-// Whether the catalogue of the scene makes the input with the value that it has.
+// What the scene's catalogue knows of a node, or null.
+const NodeType* nodeTypeOf(const Node& node) {
+    const Catalogue* catalogue = node.scene().catalogue();
+    return catalogue ? catalogue->find(node.type().view()) : nullptr;
+}
+
+// The name by which a text means the input, or the output; nothing if there is none.
+std::optional<std::string> inputName(const Input& input) {
+    const NodeType* type = nodeTypeOf(*input.node());
+    return type ? type->inputNameInText(input.key()) : std::string(input.key().view());
+}
+std::optional<std::string> outputName(const Output& output) {
+    const NodeType* type = nodeTypeOf(*output.node());
+    return type ? type->outputNameInText(output.key()) : std::string(output.key().view());
+}
+
+// Whether the catalogue of the scene creates the input with the value that it has.
 bool isFromCatalogue(const Input& input) {
-    const Catalogue* catalogue = input.parent() ? nullptr : input.node()->scene().catalogue();
-    const NodeType* type = catalogue ? catalogue->find(input.node()->type().view()) : nullptr;
+    const NodeType* type = input.parent() ? nullptr : nodeTypeOf(*input.node());
     return type && std::ranges::any_of(type->inputs(), [&](const InputType& made) {
                return made.name == input.key() && made.initialValue() == input.value();
            });
@@ -67,9 +83,11 @@ bool isOutputName(std::string_view name) {
 bool isWritable(const Node& node) { return isIdentifier(node.key().view()) && isIdentifier(node.type().view()); }
 
 void VrnInputs::write(const Input& input, bool isThere) {
-    if (const char* reason = obstacle(input, nullptr))
+    path_.assign(indent, ' ');
+    open_.clear();
+    if (const char* reason = obstacle(input))
         return lose(input, reason);
-    path_.assign(indent, ' ').append(".").append(input.key().view());
+    path_.append(".").append(*inputName(input));
     begin(input, isThere ? Before::Same : Before::Nothing);
     while (!open_.empty()) {
         if (open_.back().next == open_.back().end())
@@ -79,42 +97,72 @@ void VrnInputs::write(const Input& input, bool isThere) {
     }
 }
 
-void VrnInputs::writeNextOf(Open& parent) {
-    const bool isArray = parent.input->type() == AttrType::Array;
-    const u64 size = parent.input->size();
-    const bool isForLinks = parent.next < parent.end() - size;
-    const Input& child = *parent.input->children()[parent.next++ % size];
-    if (parent.plan.endOfLinks != 0 && isMadeByLink(child) != isForLinks)
-        return;
-    if (const char* reason = obstacle(child, isArray ? &parent.plan : nullptr))
-        return lose(child, reason);
-    path_.resize(parent.pathLength);
-    if (isArray)
-        path_.append("[").append(std::to_string(child.index())).append("]");
-    else
-        path_.append(".").append(child.key().view());
-    const bool isUnderLinks = child.index() < parent.plan.endOfLinks && !isMadeByLink(child);
-    begin(child, isUnderLinks ? Before::Untyped : Before::Nothing);
+u64 VrnInputs::ArrayPlan::passOf(const Input& element) const noexcept {
+    if (order == Order::ByIndex || isMadeByLink(element))
+        return 0;
+    return order == Order::EmptyArraysLast && element.size() == 0 ? 2 : 1;
 }
 
-// Why a text cannot have an input, or an element of an array, at all; null if it can.
-const char* VrnInputs::obstacle(const Input& input, const ArrayPlan* array) {
-    if (!array && !isIdentifier(input.key().view()))
+void VrnInputs::writeNextOf(Open& parent) {
+    const u64 size = parent.input->size();
+    const u64 pass = parent.next / size;
+    const Input& child = *parent.input->children()[parent.next++ % size];
+    path_.resize(parent.pathLength);
+    if (parent.input->type() != AttrType::Array)
+        writeMember(child);
+    else if (parent.plan.passOf(child) == pass)
+        writeElement(child, ArrayPlan(parent.plan)); // a copy: `parent` moves when an input below it is opened
+}
+
+void VrnInputs::writeMember(const Input& member) {
+    if (const char* reason = obstacle(member))
+        return lose(member, reason);
+    path_.append(".").append(*inputName(member));
+    begin(member, Before::Nothing);
+}
+
+void VrnInputs::writeElement(const Input& element, const ArrayPlan& plan) {
+    path_.append("[").append(std::to_string(element.index())).append("]");
+    if (const char* loss = elementLoss(element, plan)) {
+        lose(element, loss);
+        return keepPlaceAndLink(element);
+    }
+    const bool isUntyped =
+        plan.order == Order::LinksFirst && element.index() < plan.endOfLinks && !isMadeByLink(element);
+    const bool isByPath = plan.order == Order::EmptyArraysLast && element.type() == AttrType::Array;
+    begin(element, isUntyped ? Before::Untyped : isByPath ? Before::ByPath : Before::Nothing);
+}
+
+// Why a text cannot have an input, or a member, at all; null if it can.
+const char* VrnInputs::obstacle(const Input& input) {
+    if (!isIdentifier(input.key().view()))
         return losses::inputName;
+    if (!inputName(input))
+        return losses::olderName;
     if (input.type() == AttrType::Buffer && !isUntypedBuffer(input) && !hasKeyword(input.dataType()))
         return losses::noKeyword;
-    if (!array)
-        return isUntypedBuffer(input) && !input.connection() ? losses::untypedBuffer : nullptr;
-    if (isMadeByLink(input)) {
-        // Once the array has a type, what is appended has it, too; among buffers all elements get it.
-        const bool isEarly =
-            (input.index() < array->firstTyped || array->endOfLinks != 0) && array->type != AttrType::Buffer;
-        return array->type == AttrType::Null || isEarly ? nullptr : losses::untypedElement;
-    }
-    if (input.type() != array->type)
-        return losses::otherElement;
-    // A buffer gets the type of those that are written behind it.
-    return isUntypedBuffer(input) && input.index() < array->endOfTyped ? losses::untypedBuffer : nullptr;
+    const bool isLostBuffer = isUntypedBuffer(input) && !input.connection() && !isFromCatalogue(input);
+    return isLostBuffer ? losses::untypedBuffer : nullptr;
+}
+
+// Why a text cannot give an element its value or its lack of a type; null if it can.
+const char* VrnInputs::elementLoss(const Input& element, const ArrayPlan& plan) {
+    if (isMadeByLink(element))
+        return plan.isKept(element.index()) ? nullptr : losses::untypedElement;
+    if (element.type() != AttrType::Buffer)
+        return nullptr;
+    if (!isUntypedBuffer(element))
+        return hasKeyword(element.dataType()) ? nullptr : losses::noKeyword;
+    // A buffer gets the type of those that are written after it.
+    return element.index() < plan.endOfTyped ? losses::untypedBuffer : nullptr;
+}
+
+// Creates an element whose value is lost, for the sake of its index and its connection.
+void VrnInputs::keepPlaceAndLink(const Input& element) {
+    if (element.connection())
+        writeConnection(element);
+    else
+        statement(" |= ", "null");
 }
 
 void VrnInputs::begin(const Input& input, Before before) {
@@ -152,36 +200,41 @@ void VrnInputs::writeValue(const Input& input, Before before) {
     }
 }
 
-// An unobstructed member makes the object, for each writes something.
+// A member that can be written creates the object, because each writes a statement.
 void VrnInputs::beginObject(const Input& object, Before before) {
-    const auto isWritten = [](const Input* member) { return !obstacle(*member, nullptr); };
+    const auto isWritten = [](const Input* member) { return !obstacle(*member); };
     if (before == Before::Untyped)
-        makeByPath(".x");
+        createByPath(".x");
     if (before != Before::Nothing || std::ranges::none_of(object.children(), isWritten))
         assign(AttrData::zero(AttrType::Object));
     open_.push_back({.input = &object, .pathLength = path_.size()});
 }
 
-// An element without a type becomes what a path that leads through it needs, and takes nothing else.
-void VrnInputs::makeByPath(const char* furtherPath) {
+// Gives an element without a type the one that a path through it needs. A value of that type would be reported as
+// wrong, for the element has none yet.
+void VrnInputs::createByPath(const char* furtherPath) {
     const std::size_t length = path_.size();
     path_ += furtherPath;
     statement(" |= ", "null");
     path_.resize(length);
 }
 
-// An array keeps the type of its elements when it is emptied.
 void VrnInputs::beginArray(const Input& array, Before before) {
     const ArrayPlan plan = planOf(array);
-    const bool isTypeGiven = plan.firstTyped < array.size();
-    if (before != Before::Same && !isTypeGiven && plan.type != AttrType::Null) {
+    const bool isTypeLost =
+        array.elementType() == AttrType::Node || (plan.type == AttrType::Null && array.elementType() != AttrType::Null);
+    if (isTypeLost)
+        lose(array, losses::elementType);
+    if (before != Before::Same && plan.endOfTyped == 0 && plan.type != AttrType::Null) {
+        // An array keeps the type of its elements when it is emptied.
         path_ += "[0]";
         assign(plan.type == AttrType::Buffer ? AttrData::buffer(DataType::Float) : AttrData::zero(plan.type));
         path_.resize(path_.size() - 3);
         assign(AttrData::zero(AttrType::Array));
-    } else if (before != Before::Nothing || array.size() == 0) {
-        if (before == Before::Untyped)
-            makeByPath("[0]");
+    } else if (before == Before::ByPath && array.size() == 0) {
+        if (!array.connection())
+            statement(" |= ", "null");
+    } else if (before != Before::ByPath && (before != Before::Nothing || array.size() == 0)) {
         assign(AttrData::zero(AttrType::Array));
     }
     open_.push_back({.input = &array, .pathLength = path_.size(), .plan = plan});
@@ -189,42 +242,56 @@ void VrnInputs::beginArray(const Input& array, Before before) {
 
 VrnInputs::ArrayPlan VrnInputs::planOf(const Input& array) {
     const auto elements = array.children();
-    ArrayPlan plan{.type = array.elementType()};
-    if (plan.type == AttrType::Null || plan.type == AttrType::Node) {
-        const auto typed = std::ranges::find_if_not(elements, [](const Input* e) { return isMadeByLink(*e); });
-        if (plan.type == AttrType::Node || typed != elements.end())
-            lose(array, losses::elementType);
-        plan.type = typed == elements.end() ? AttrType::Null : (*typed)->type();
+    ArrayPlan plan{.type = array.elementType() == AttrType::Node ? AttrType::Null : array.elementType(),
+                   .firstTyped = elements.size()};
+    for (u64 i = 0; i < elements.size(); ++i) {
+        if (isMadeByLink(*elements[i])) {
+            plan.endOfLinks = i + 1;
+        } else if (givesType(*elements[i])) {
+            plan.firstTyped = std::min(plan.firstTyped, i);
+            plan.endOfTyped = i + 1;
+        }
     }
-    plan.firstTyped = elements.size();
-    for (u64 i = elements.size(); i-- > 0;) {
-        if (!givesType(*elements[i], plan.type))
-            continue;
-        plan.firstTyped = i;
-        plan.endOfTyped = std::max(plan.endOfTyped, i + 1);
-    }
-    if (plan.type == AttrType::Object || plan.type == AttrType::Array) {
-        const auto last =
-            std::find_if(elements.rbegin(), elements.rend(), [](const Input* e) { return isMadeByLink(*e); });
-        const auto end = static_cast<u64>(elements.rend() - last);
-        plan.endOfLinks = end > plan.firstTyped ? end : 0;
-    }
-    // Elements that links make would be of the array's type, were it given beforehand.
-    if (plan.endOfTyped == 0 && std::ranges::any_of(elements, [](const Input* e) { return isMadeByLink(*e); })) {
-        if (plan.type != AttrType::Null)
-            lose(array, losses::elementType);
+    if (plan.endOfLinks == 0)
+        return plan;
+    // Elements made by links would have the array's type if it were given first.
+    if (plan.endOfTyped == 0)
         plan.type = AttrType::Null;
-    }
+    // A buffer gives its DataType to all elements without one, and an array created by `= []` makes arrays of them.
+    const bool isArray = plan.type == AttrType::Array;
+    plan.keepsLinks = plan.type != AttrType::Buffer && (!isArray || canCreateByPaths(array, plan.endOfLinks));
+    if (plan.keepsLinks && isArray)
+        plan.order = Order::EmptyArraysLast;
+    else if (plan.type == AttrType::Object && plan.endOfLinks > plan.firstTyped)
+        plan.order = Order::LinksFirst;
     return plan;
+}
+
+// Whether the arrays in an array need no `= []`: each is created by the path of one of its elements or, empty and
+// without a type, by the growth of an array that has its type by then.
+bool VrnInputs::canCreateByPaths(const Input& array, u64 endOfLinks) {
+    bool hasPaths = false;
+    for (const Input* element : array.children()) {
+        if (isMadeByLink(*element))
+            continue;
+        const bool hasPath =
+            std::ranges::any_of(element->children(), [](const Input* e) { return isMadeByLink(*e) || givesType(*e); });
+        const bool isByGrowth =
+            element->size() == 0 && element->elementType() == AttrType::Null && element->index() >= endOfLinks;
+        if (!hasPath && !isByGrowth)
+            return false;
+        hasPaths = hasPaths || hasPath;
+    }
+    return hasPaths;
 }
 
 void VrnInputs::writeBuffer(const Input& input) {
     const AttrData& buffer = input.value();
     if (isUntypedBuffer(input)) {
-        // An element has been obstructed, or gets the array's type by coming to be.
-        if (!input.isElement())
+        // An element gets the array's type when it is created.
+        if (!input.isElement() && !isFromCatalogue(input))
             lose(input, losses::untypedBuffer);
-        if (!input.connection())
+        if (!input.connection() && !isFromCatalogue(input))
             statement(" |= ", "null");
         return;
     }
@@ -248,10 +315,11 @@ void VrnInputs::writeConnection(const Input& input) {
     const Output* output = input.connection();
     if (!output)
         return;
-    if (isWritable(*output->node()) && isOutputName(output->key().view()))
-        return statement(" |= ", output->label().view());
+    const std::optional<std::string> name = outputName(*output);
+    if (isWritable(*output->node()) && name && isOutputName(*name))
+        return statement(" |= ", std::string(output->node()->key().view()) + "." + *name);
     lose(input, losses::linkedName);
-    if (input.type() == AttrType::Null || isUntypedBuffer(input))
+    if (input.type() == AttrType::Null || input.isElement() || isUntypedBuffer(input))
         statement(" |= ", "null");
 }
 

@@ -158,7 +158,7 @@ private:
     u64 foreignBytes_ = 0;
     u32 markLength_ = 0; // how much of a byte-order mark has been seen
     TextPosition firstForeignByte_;
-    mutable TextKeeper texts_; // owns the characters of tokens, messages included
+    mutable TextKeeper texts_;                           // owns the characters of tokens, messages included
     static constexpr std::size_t largeScratch = 1 << 20; // not kept for the next token
     std::string scratch_;                                // characters of a token that no window shows as a whole
 };

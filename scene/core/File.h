@@ -58,8 +58,8 @@ public:
     [[nodiscard]] bool read(signed char& c);
     [[nodiscard]] bool read(char& c);
 
-    // Takes the bytes that are in memory, fetching a block if there are none; empty at the end and on a read error. They
-    // stay valid until the next call of any function of this file.
+    // Takes the bytes that are in memory, fetching a block if there are none; empty at the end and on a read error.
+    // They stay valid until the next call of any function of this file.
     [[nodiscard]] std::string_view readBlock();
 
     // A reader that consumes bytes in place. borrow() lends it the bytes that are in memory; whoever uses the file

@@ -124,6 +124,59 @@ TEST(Assignment, leavesAnArrayAloneThatItRefuses) {
     EXPECT_EQ(r.input("a.x")->size(), 3U);
 }
 
+// The index is read, the array gets its element type, the array grows: an error leaves what came before it.
+TEST(Assignment, checksIndexTypeAndGrowthInThisOrder) {
+    const struct {
+        const char* text;
+        const char* log;
+        const char* array;
+        AttrType elementType;
+        u64 size;
+    } cases[] = {
+        {"a.x[0] = 1; a.x[16777216] = \"s\";", "TYPE ERROR (1,37): cannot assign String to Array @ a.x.", "a.x",
+         AttrType::Int, 1},
+        {"a.x[0] = 1; a.x[ * ] = \"s\";", "PARSE ERROR (1,32): invalid input array index:  * .", "a.x", AttrType::Int,
+         1},
+        {"a.x[0][99999999999] = 1;", "PARSE ERROR (1,29): invalid input array index: 99999999999.", "a.x[0]",
+         AttrType::Int, 0},
+        {"a.x = []; a.x[16777216] = 1;", "PARSE ERROR (1,33): invalid input array index: 16777216.", "a.x",
+         AttrType::Int, 0},
+    };
+    for (const auto& c : cases) {
+        const Reading r = readText("t a; " + String(c.text));
+        ASSERT_EQ(r.log.size(), 1U) << c.text;
+        EXPECT_EQ(r.log[0].text, c.log);
+        EXPECT_EQ(r.input(c.array)->elementType(), c.elementType) << c.text;
+        EXPECT_EQ(r.input(c.array)->size(), c.size) << c.text;
+    }
+}
+
+TEST(Assignment, makesArraysOfLinkedElementsInAnArrayOfArrays) {
+    Reading r = readText("n n; n.x[0] |= n.a; n.x[1] |= n.b; n.x[3] = [];");
+    EXPECT_EQ(r.log, Log{});
+    EXPECT_EQ(r.input("n.x")->size(), 4U);
+    for (const char* element : {"n.x[0]", "n.x[1]", "n.x[2]", "n.x[3]"}) {
+        EXPECT_EQ(r.input(element)->type(), AttrType::Array) << element;
+        EXPECT_EQ(r.input(element)->elementType(), AttrType::Null) << element;
+    }
+    EXPECT_EQ(r.input("n.x[0]")->connection()->label(), "n.a");
+    EXPECT_EQ(r.input("n.x[1]")->connection()->label(), "n.b");
+    r = readText("n a; a.x[0] |= a.o; a.x[1] = []; a.x[0] = [];");
+    EXPECT_EQ(r.log, Log{});
+    r = readText("n a; a.x[0] |= a.o; a.x[1][0] = 5;"); // writes into an element, not an element
+    EXPECT_EQ(r.log, Log{});
+    EXPECT_EQ(r.input("a.x[0]")->type(), AttrType::Null);
+}
+
+// Whether a value of another type is written is the scene's decision.
+TEST(Assignment, warnsOfNoEnumerationForAValueThatIsNotWritten) {
+    Reading r = readText("t a; a.x = 5;");
+    r.input("a.x")->setEnumeration({"one", "two"});
+    readMore(r, "a.x = \"three\";");
+    EXPECT_EQ(r.log, (Log{error(1, 14, "TYPE ERROR (1,14): expected Int @ a.x but found String.")}));
+    EXPECT_EQ(r.value("a.x").asInt(), 5);
+}
+
 TEST(Assignment, makesNoMoreUnnamedElementsThanAllowed) {
     Reading r;
     r.scene->setLimits({.maxImplicitElements = 4});

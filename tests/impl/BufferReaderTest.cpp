@@ -41,8 +41,7 @@ Read readWhile(Lexer& lexer, DataType type, u64 count) {
 Read readAfterwards(Lexer& lexer, DataType type, u64 count) {
     AttrData buffer = AttrData::buffer(type, count);
     const Token token = lexer.nextToken();
-    const ElementsRead elements =
-        token.type == Token::Type::Braces ? readElements(token.text, buffer) : ElementsRead();
+    const ElementsRead elements = token.type == Token::Type::Braces ? readElements(token.text, buffer) : ElementsRead();
     return resultOf(token, elements, buffer);
 }
 

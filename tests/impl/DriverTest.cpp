@@ -1,4 +1,5 @@
 #include "tests/support/Reading.h"
+#include "tests/support/Sources.h"
 
 #include <thread>
 
@@ -131,6 +132,51 @@ TEST(Driver, readsAgainIntoTheSameScene) {
     readMore(r, "a.x = 2; .y = 3;");
     EXPECT_FALSE(r.isOk) << "the current node is forgotten between texts";
     EXPECT_EQ(r.value("a.x").asInt(), 2);
+}
+
+// A sink, or anything else that runs during a parse, may read from the same file. It takes characters away from the
+// parse, and neither sees what the other has read.
+TEST(Driver, sharesAFileWithASecondReader) {
+    const std::string text = "t a; # version: x\na.x \x01\x02 = 1; # note\n";
+    for (const std::size_t size : {1U, 2U, 3U, 20U, 4096U}) {
+        File file = File::fromSource(std::make_unique<Blocks>(text, size), size);
+        Scene scene;
+        std::string taken;
+        {
+            const ScopedLogSink sink([&](const LogRecord&) {
+                for (signed char c; taken.size() < 2 && file.read(c);)
+                    taken += static_cast<char>(c);
+            });
+            EXPECT_TRUE(parseVrn(&scene, file, false)) << size;
+        }
+        // At the warning, `a`, `.` and `x` have been scanned, and the blank after them is the current character.
+        EXPECT_EQ(taken, "\x01\x02") << size;
+        EXPECT_EQ(scene.fileComments().size(), 2U) << size;
+    }
+}
+
+TEST(Driver, sharesAFileWithASecondParse) {
+    const std::string text = "t a; # version: x\nt b; t c; t d; t e;";
+    for (const std::size_t size : {1U, 3U, 4096U}) {
+        File file = File::fromSource(std::make_unique<Blocks>(text, size), size);
+        Scene first;
+        Scene second;
+        {
+            const ScopedLogSink sink([&](const LogRecord&) { EXPECT_TRUE(parseVrn(&second, file, false)); });
+            EXPECT_TRUE(parseVrn(&first, file, false)) << size;
+        }
+        EXPECT_EQ(first.nodeCount(), 2U) << size << ": b was in the look-ahead";
+        EXPECT_EQ(second.nodeCount(), 3U) << size;
+    }
+}
+
+TEST(Driver, keepsTheOldTokenInItsSlotWhenTheNextIsInvalid) {
+    ParserOn p("a b c ?");
+    EXPECT_THROW(p->consume(), ReadError);
+    EXPECT_EQ(p->current().text, "a");
+    EXPECT_EQ(p->current().type, Token::Type::Id);
+    EXPECT_EQ(p->prevToken.text, "a");
+    EXPECT_EQ(p->ahead(2).text, "c");
 }
 
 TEST(Driver, readsOnSeveralThreadsAtOnce) {

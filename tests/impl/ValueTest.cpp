@@ -29,6 +29,61 @@ TEST(Value, recordsWhichFormItFound) {
     }
 }
 
+// What a reader has consumed stays consumed, and the next one sees what follows.
+TEST(Value, readsABufferAfterAScalarThatFails) {
+    const struct {
+        const char* value;
+        std::vector<const char*> log;
+    } cases[] = {
+        {"vec3(1 2) float[1] {2}", {}},
+        {"rgba(1) vec2f[1] {1 2}", {}},
+        {"1-2 float[1] {1}", {}},
+        {"1e-5 float[1] {1}", {}},
+        {"- float[1] {1}", {}},
+        {"- float[0] {1 2}", {}},
+        {"- byte[3] {.789C6364 620600000D0007}", {}},
+        {"- vec2f[2] {1 2 3}", {"Too few elements (1) for vec2f[2] buffer, remainder set to zero."}},
+        {"99999999999999999999 int32[2] {1 2 3}", {"BUFFER ERROR (1,48): Cannot add 3 @ index 2 of int32[2].."}},
+        {"- byte[1] {256}", {"PARSE ERROR (1,26): Failed to read 'byte' buffer.."}},
+        {"- byte[1] {.7}", {"PARSE ERROR (1,25): compressed payload: odd number of hexadecimal digits."}},
+        {"- float[*] {}", {"PARSE ERROR (1,24): invalid buffer element count: [*]."}},
+    };
+    for (const auto& c : cases) {
+        const Reading after = readText("n n; n.x = " + String(c.value) + ";");
+        std::vector<const char*> log;
+        for (const LogRecord& record : after.log)
+            log.push_back(record.text.buf());
+        ASSERT_EQ(log.size(), c.log.size()) << c.value << (log.empty() ? "" : log[0]);
+        if (!log.empty()) {
+            EXPECT_STREQ(log[0], c.log[0]) << c.value;
+        }
+        if (!c.log.empty() && std::string_view(c.log[0]).find("ERROR") != std::string_view::npos)
+            continue;
+        // The same buffer where it is the first value.
+        const std::string_view value = c.value;
+        const std::string_view buffer = value.substr(value.find_first_of("bfv", value.find(' ')));
+        const Reading alone = readText("n n; n.x = " + String(buffer) + ";");
+        ASSERT_EQ(after.input("n.x")->type(), AttrType::Buffer) << c.value;
+        EXPECT_EQ(after.value("n.x"), alone.value("n.x")) << c.value;
+    }
+}
+
+TEST(Value, readsABufferFromTheTokensAtTheCursor) {
+    ParserOn p("FLOAT[2] {1 2};");
+    AssignInfo info;
+    EXPECT_TRUE(p->buffer(info));
+    EXPECT_EQ(info.data.elements<float>()[1], 2.0F);
+    EXPECT_EQ(info.valueString(), "FLOAT[]");
+    EXPECT_EQ(p->current().type, Type::Semicolon);
+    // A list that no scanner has seen: only the space separates.
+    ParserOn other("double[2] {};");
+    other->tokens[2].text = "{1 x}";
+    VrnParser::AssignInfo broken;
+    EXPECT_THROW((void)other->buffer(broken), ReadError);
+    EXPECT_EQ(broken.data.elements<double>()[0], 1.0);
+    EXPECT_EQ(broken.data.elements<double>()[1], 0.0);
+}
+
 TEST(Value, needsAnEqualsSign) {
     ParserOn p("x;");
     AssignInfo info;

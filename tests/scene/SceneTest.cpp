@@ -257,6 +257,40 @@ TEST(Input, countsElementsWithoutAType) {
     EXPECT_EQ(arrays->untypedElements(), 0U);
 }
 
+TEST(Input, countsElementsOfTypeNull) {
+    Scene scene;
+    Node& node = *scene.createNode("t", "a");
+    Input* array = node.createArray("b", AttrType::Null);
+    for (int i = 0; i < 4; ++i)
+        ASSERT_TRUE(array->appendElement());
+    EXPECT_EQ(array->nullElements(), 4U);
+    array->element(1)->setNode(&node);
+    EXPECT_EQ(array->nullElements(), 3U);
+    array->element(3)->assign(AttrData::array(AttrType::Null));
+    array->element(3)->assign(AttrData::array(AttrType::Null));
+    EXPECT_EQ(array->nullElements(), 2U);
+    ASSERT_TRUE(array->appendElement()) << "an array now";
+    EXPECT_EQ(array->nullElements(), 2U);
+    array->assign(AttrData::array(AttrType::Null));
+    EXPECT_EQ(array->nullElements(), 0U);
+}
+
+TEST(Input, givesItsArrayAnElementType) {
+    Scene scene;
+    Node& node = *scene.createNode("t", "a");
+    Input* array = node.createArray("b", AttrType::Null);
+    for (int i = 0; i < 3; ++i)
+        ASSERT_TRUE(array->appendElement());
+    array->element(0)->setNode(&node);
+    EXPECT_EQ(array->elementType(), AttrType::Null) << "a reference is none";
+    array->element(1)->assign(AttrData::real(1));
+    EXPECT_EQ(array->elementType(), AttrType::Real);
+    array->element(2)->assign(AttrData::integer(1));
+    EXPECT_EQ(array->element(2)->type(), AttrType::Null) << "of another type";
+    ASSERT_TRUE(array->appendElement());
+    EXPECT_EQ(array->element(3)->type(), AttrType::Real);
+}
+
 TEST(Input, elementsFitTheirArray) {
     Scene scene;
     Input* array = scene.createNode("t", "a")->createArray("l", AttrType::Null);
@@ -265,7 +299,7 @@ TEST(Input, elementsFitTheirArray) {
     array->element(0)->assign(AttrData::zero(AttrType::Object));
     array->element(1)->setNode(scene.findNode("a"));
     array->set(AttrData::array(AttrType::Int));
-    EXPECT_EQ(array->elementType(), AttrType::Null) << "an element is an object";
+    EXPECT_EQ(array->elementType(), AttrType::Object) << "as an element is one";
     array->set(AttrData::array(AttrType::Object));
     EXPECT_EQ(array->elementType(), AttrType::Object);
     array->element(2)->assign(AttrData::integer(1));

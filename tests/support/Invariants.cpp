@@ -32,6 +32,11 @@ bool fitsItsArray(const Input& element) {
            element.type() == AttrType::Node;
 }
 
+u64 countNull(const Input& array) {
+    return static_cast<u64>(
+        std::ranges::count_if(array.children(), [](const Input* e) { return e->type() == AttrType::Null; }));
+}
+
 u64 countUntyped(const Input& array) {
     u64 count = 0;
     for (const Input* element : array.children()) {
@@ -88,6 +93,8 @@ const char* brokenValue(const Input& input) {
         return "two members of one name";
     if (value.type() == AttrType::Array && input.untypedElements() != countUntyped(input))
         return "untyped elements miscounted";
+    if (value.type() == AttrType::Array && input.nullElements() != countNull(input))
+        return "elements of type Null miscounted";
     if (value.type() == AttrType::String && !value.asString())
         return "a text that is none";
     return nullptr;

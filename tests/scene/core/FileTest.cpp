@@ -126,4 +126,69 @@ TEST(File, takesBytesFromASourceAndRemembersItsError) {
     }
 }
 
+namespace {
+
+// Consumes `wanted` of the bytes that it borrows, and returns the others when it is asked.
+class Reader final : public File::Borrower {
+public:
+    explicit Reader(std::size_t wanted) : wanted_(wanted) {}
+    std::string take(File& file) {
+        borrowed_ = file.borrow(*this).size();
+        return "borrowed " + std::to_string(borrowed_);
+    }
+    std::size_t returnLoan() noexcept override { return borrowed_ - std::min(wanted_, borrowed_); }
+
+private:
+    std::size_t wanted_;
+    std::size_t borrowed_ = 0;
+};
+
+} // namespace
+
+TEST(File, lendsItsBytesUntilSomebodyElseReads) {
+    int callsBehindTheEnd = 0;
+    File file = File::fromSource(std::make_unique<Pieces>("abcdefgh", false, callsBehindTheEnd), 4);
+    Reader first(1);
+    Reader second(7);
+    char c = 0;
+    EXPECT_EQ(first.take(file), "borrowed 0") << "nothing has been fetched";
+    ASSERT_TRUE(file.read(c));
+    EXPECT_EQ(c, 'a');
+    EXPECT_EQ(first.take(file), "borrowed 2");
+    ASSERT_TRUE(file.read(c));
+    EXPECT_EQ(c, 'c') << "b was consumed, c returned";
+    ASSERT_TRUE(file.read(c));
+    EXPECT_EQ(c, 'd');
+    EXPECT_EQ(first.take(file), "borrowed 2");
+    EXPECT_EQ(second.take(file), "borrowed 1") << "e was consumed";
+    file.endLoan(first); // has none any more
+    EXPECT_EQ(file.readBlock(), "gh") << "f was consumed";
+    EXPECT_EQ(file.readBlock(), "");
+    EXPECT_FALSE(file.read(c));
+}
+
+TEST(File, returnsBlocks) {
+    File file = File::fromMemory("some text");
+    char c = 0;
+    ASSERT_TRUE(file.read(c));
+    EXPECT_EQ(file.readBlock(), "ome text");
+    EXPECT_EQ(file.readBlock(), "");
+    Reader reader(0);
+    EXPECT_EQ(reader.take(file), "borrowed 0");
+    file.endLoan(reader);
+    EXPECT_FALSE(file.read(c));
+}
+
+TEST(File, goesOnAfterAnObserverThatReadsTheBlock) {
+    int callsBehindTheEnd = 0;
+    File file = File::fromSource(std::make_unique<Pieces>("abcd", false, callsBehindTheEnd), 1);
+    int fetched = 0;
+    file.onFetch([&](std::size_t) {
+        char taken = 0;
+        EXPECT_TRUE(++fetched != 1 || file.read(taken));
+    });
+    EXPECT_EQ(readAll(file), "bcd");
+    file.onFetch({}); // holds the file, which holds it
+}
+
 } // namespace vrn::test
