@@ -12,11 +12,11 @@
 //   starts   ^    ^     ^ ^     ^       ^   ^  ^    ^    ^  ^    ^    ^  ^      number & ~(number << 1)
 //   signs    ^            ^                    ^         ^                      minus & starts
 //   ends         ^     ^ ^     ^       ^   ^  ^    ^    ^  ^    ^    ^  ^       ~number & (number << 1)
-//   wholes     ^    ^    ^ ^     ^         ^  ^  ^   ^     ^ ^       ^  ^  ^    carries of starts through number &
-//   ~points
+//   wholes     ^    ^    ^ ^     ^         ^  ^  ^   ^     ^ ^       ^  ^  ^
 //
 // The last `ends` bit is 59, so the next block begins there and reads 12.6... again as a whole. Compressing the bit
-// positions by each mask gives one byte for each of the 13 numbers; `negative` is `signs` compressed by `starts`:
+// positions by each mask gives one byte for each of the 13 numbers; `negative` is `signs` compressed by `starts`.
+// `wholes` are the points, or ends, that the `starts` carry to when added to number & ~points:
 //
 //   startAt  0 5 11 13 19 27 31 34 39 44 47 52 57
 //   wholeAt  2 7 12 14 20 30 33 36 40 46 48 56 59
@@ -29,8 +29,8 @@
 //   digits   _15_2025_7__125_314159_100_42__05_602__9_875_1000_64_126
 //   ends     3 8 10 15 22 26 29 33 37 40 44 49 52
 //
-// sixteenDigits() then moves the bytes before each end to the right end of a 16-byte lane; bytes that belong to the
-// number before are masked to 0. For 3.14159, which ends at 22, and with the steps that join neighbours:
+// sixteenDigits() then moves the bytes before each end to the right end of a 16-byte lane; bytes up to the end
+// of the previous number are masked to 0. 3.14159 ends at 22; the next steps join neighbours:
 //
 //   bytes    0 0 0 0 0 0 0 0 0 0 3 1 4 1 5 9
 //   * 10     0   0   0   0   0   31  41  59     maddubs, 16-bit lanes
