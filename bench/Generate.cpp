@@ -1,15 +1,15 @@
-// Writes the texts that are measured: generate FOLDER. The same every time.
+// Writes the input files of the benchmarks: generate FOLDER. Deterministic.
 //
-// mesh.vrn       1,000,000 points of six decimals and 2,000,000 triangles, two lists on a line each
-// mesh_wrap.vrn  the same numbers, a line every eight elements
-// mesh_rt.vrn    points as the shortest text that reads back the same float
-// mesh_mix.vrn   points of any sign, size and length; indices in no order
-// doubles.vrn    3,000,000 reals of 17 digits
-// int8.vrn, int16.vrn, int64.vrn   6,000,000 integers of all lengths that the type has
+// mesh.vrn       1,000,000 points with six decimals and 2,000,000 triangles, two lists on one line each
+// mesh_wrap.vrn  the same numbers, with a line break every eight elements
+// mesh_rt.vrn    points as the shortest text that reads back as the same float
+// mesh_mix.vrn   points of any sign, magnitude and length; indices in random order
+// doubles.vrn    3,000,000 reals with 17 digits
+// int8.vrn, int16.vrn, int64.vrn   6,000,000 integers of all lengths of the type
 // rgba8.vrn      1,500,000 colours of four bytes
-// payload.vrn    16 MB of compressed bytes
-// graph.vrn      200,000 nodes of five values and a connection each
-// *.json         the same numbers and nodes, for readers of JSON
+// payload.vrn    16 MB of data, compressed
+// graph.vrn      200,000 nodes with five values and a connection each
+// *.json         the same numbers and nodes, for JSON readers
 #include "scene/core/NumberText.h"
 
 #include <cmath>
@@ -121,7 +121,7 @@ void writeDoubles(const std::string& folder) {
                 }));
 }
 
-// Integers whose number of bits is any that the type has, so that all lengths occur.
+// Integers with a random number of bits, so that all lengths occur.
 template <class Integer> void writeIntegers(const std::string& path, const char* type, std::size_t components) {
     std::mt19937_64 random(4);
     std::vector<long long> values(6000000);
@@ -135,7 +135,7 @@ template <class Integer> void writeIntegers(const std::string& path, const char*
 void writePayload(const std::string& folder) {
     std::mt19937_64 random(5);
     std::string bytes(16 << 20, '\0');
-    for (std::size_t i = 0; i < bytes.size(); ++i) // a picture: neighbours are alike
+    for (std::size_t i = 0; i < bytes.size(); ++i) // similar neighbours, as in an image
         bytes[i] = static_cast<char>((i / 64 % 256) + (random() % 8));
     libdeflate_compressor* compressor = libdeflate_alloc_compressor(6);
     std::string stream(libdeflate_zlib_compress_bound(compressor, bytes.size()), '\0');

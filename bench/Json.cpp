@@ -1,7 +1,7 @@
-// The same numbers and nodes from JSON with simdjson On-Demand: bench_json plain|tuned|graph FILE.json
+// Reads the same numbers and nodes from JSON with simdjson On-Demand: bench_json plain|tuned|graph FILE.json
 //
-// plain is what most users write; tuned keeps the parser and reserves the arrays; graph fills a
-// plain scene of nodes with inputs and links.
+// plain: as most users write it; tuned: reuses the parser and reserves the arrays; graph: builds a plain scene of nodes
+// with inputs and links.
 #include "bench/Process.h"
 
 #include <memory>
@@ -24,7 +24,7 @@ static void readMesh(ondemand::parser& parser, const padded_string& json, Mesh& 
         mesh.indices.push_back(static_cast<int>(value));
 }
 
-// A plain scene: nodes by name, inputs by name with a value of any type, links that are resolved at the end.
+// A plain scene: nodes by name, inputs by name with values of any type, links resolved at the end.
 struct Node;
 struct Input {
     std::string name;
@@ -77,7 +77,7 @@ static void setReals(Node& node, const char* key, int type, ondemand::array valu
         input.reals[i++] = real;
 }
 
-// Field by field, by name.
+// Looks up each field by name.
 static void readGraph(ondemand::parser& parser, const padded_string& json, Graph& graph) {
     ondemand::document document = parser.iterate(json);
     for (ondemand::object object : document["nodes"].get_array()) {

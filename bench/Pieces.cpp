@@ -1,4 +1,4 @@
-// The pieces of reading, each by itself: bench_pieces [options of Google Benchmark]
+// Measures the components of the reader separately: bench_pieces [options of Google Benchmark]
 #include "impl/Reader.h"
 #include "impl/lexer/FileLexer.h"
 #include "impl/lexer/StringLexer.h"
@@ -14,7 +14,7 @@ using namespace vor::velmo_sdk::impl;
 
 namespace {
 
-// Text by text, what a thousand statements of a kind look like.
+// Kinds of statements; %d is the number of the statement.
 const std::pair<const char*, const char*> statements[] = {
     {"declarations", "light light%d;\n"},
     {"reals", "n.intensity = 1.%d;\n"},
@@ -75,7 +75,7 @@ void parse(benchmark::State& state, const char* format) {
 
 template <class Number> void fill(benchmark::State& state, InstructionSet set) {
     if (set > instructionSet())
-        return state.SkipWithError("not on this processor");
+        return state.SkipWithError("not supported by this processor");
     std::mt19937_64 random(1);
     std::string text;
     constexpr std::size_t count = 4000;

@@ -1,6 +1,6 @@
-// One measured process: reads a file, does its work once cold and a few times warm, and prints
-//   NAME FILE cold-seconds median-warm-seconds peak-MiB-beyond-the-text
-// Ratios between such lines, taken alternately, are what the driver reports.
+// The measurements of one process: runs its work once cold and a few times warm, and prints
+//   NAME FILE cold-seconds median-warm-seconds peak-MiB
+// The peak does not include the memory held before the first run. run.py compares these lines.
 #pragma once
 
 #include <algorithm>
@@ -27,7 +27,7 @@ inline std::string readFile(const char* path) {
     return text;
 }
 
-// A line of the process's status, in MiB: VmRSS is what it holds, VmHWM the most that it held.
+// A line of /proc/self/status, in MiB: VmRSS is the resident memory, VmHWM its peak.
 inline double statusMiB(const std::string& name) {
     std::ifstream status("/proc/self/status");
     for (std::string line; std::getline(status, line);)
@@ -36,13 +36,13 @@ inline double statusMiB(const std::string& name) {
     return 0;
 }
 
-// Makes the most that was held what is held now.
-inline void forgetPeak() { std::ofstream("/proc/self/clear_refs") << '5'; }
+// Resets the peak to the current resident memory.
+inline void resetPeak() { std::ofstream("/proc/self/clear_refs") << '5'; }
 
-// `work` is timed; `drop` frees what it made, untimed.
+// Times `work`; `drop` frees its results, untimed.
 template <class Work, class Drop> int measure(const char* name, const char* file, Work work, Drop drop) {
     constexpr int warmRuns = 3;
-    forgetPeak();
+    resetPeak();
     const double before = statusMiB("VmRSS");
     double cold = 0;
     double peak = 0;

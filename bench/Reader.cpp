@@ -1,6 +1,6 @@
-// The reader and the writer: bench_reader string|file|avx2|baseline|write FILE.vrn
+// Measures the reader and the writer: bench_reader string|file|avx2|baseline|write FILE.vrn
 //
-// From memory, from a file, or from memory with no more than a set of instructions; or writes what has been read.
+// Reads from memory, from a file, or from memory with a limited instruction set; or writes the scene.
 #include "impl/Reader.h"
 
 #include "bench/Process.h"

@@ -1,8 +1,8 @@
-// What reading can hardly beat: bench_roof numbers|payload|read FILE.vrn
+// Measures upper bounds for the speed of a conventional reader: bench_roof numbers|payload|read FILE.vrn
 //
-// numbers: fast_float (reals) and std::from_chars (integers) over the lists of a text into arrays that are
-// there already; no tokens, no checks but for the numbers themselves, no scene. payload: the hexadecimal
-// digits of a list by a table, then libdeflate. read: the bytes of the file into fresh memory.
+// numbers: fast_float (reals) and std::from_chars (integers) over the lists of a file into preallocated arrays, without
+// tokens, a scene, or checks except of the numbers. payload: decodes the hexadecimal digits of a list by table lookup,
+// then inflates with libdeflate. read: reads the bytes of the file into new memory.
 #include "bench/Process.h"
 
 #include <array>
@@ -42,17 +42,17 @@ template <class Number> void readList(std::string_view list, Number* out) {
     for (const char* at = list.data(); at < end;) {
         while (at < end && *at <= ' ')
             ++at;
-        const char* behind = at;
+        const char* next = at;
         if constexpr (std::is_floating_point_v<Number>) {
             const auto result = fast_float::from_chars(at, end, *out++);
-            behind = result.ec == std::errc() ? result.ptr : at;
+            next = result.ec == std::errc() ? result.ptr : at;
         } else {
             const auto result = std::from_chars(at, end, *out++);
-            behind = result.ec == std::errc() ? result.ptr : at;
+            next = result.ec == std::errc() ? result.ptr : at;
         }
-        if (behind == at)
+        if (next == at)
             std::exit(1);
-        at = behind;
+        at = next;
     }
 }
 

@@ -1,7 +1,7 @@
-// What grows with the text: bench_scale links N | input
+// Measures growth with the size of the input: bench_scale links N | input
 //
-// links: seconds per link of a text with N connections and N references. input: bytes of memory that a scene
-// takes for an input with a name of eight letters and a Real.
+// links: the time to read N connections and N references, repeated until a million of each is read. input: the memory
+// in bytes of an input with a name of eight characters and a Real.
 #include "bench/Process.h"
 #include "impl/Reader.h"
 #include "scene/Scene.h"
@@ -14,7 +14,7 @@ using namespace vor::velmo_sdk::impl;
 
 namespace {
 
-// Nodes of a hundred inputs of each kind, linked to nodes before and behind them.
+// Nodes with a hundred inputs of each kind, linked to earlier and later nodes.
 String linkedText(std::size_t links) {
     const std::size_t nodes = links / 100;
     std::string text;
@@ -32,7 +32,7 @@ int links(std::size_t count) {
     const String text = linkedText(count);
     std::unique_ptr<Scene> scene;
     const auto read = [&] {
-        // As much work whatever the size, so that the clock is as exact.
+        // The same amount of work for all sizes, for the same relative precision.
         for (std::size_t done = 0; done < 1000000; done += count) {
             scene = std::make_unique<Scene>();
             if (!parseString(scene.get(), text))

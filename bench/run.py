@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Runs the reader and its rivals in turn, each run a process of its own, and prints how they compare.
+"""Runs the reader and the programs that it is compared with, in random order and in separate processes, and prints ratios.
 
 usage: run.py BUILD-FOLDER DATA-FOLDER [ROUNDS]
 
-Only times of one round are compared, so that a machine that changes its speed from minute to minute does no
-harm; the table has the medians over the rounds, and beside them what the reader must reach and its goal."""
+Ratios are computed within a round, so that slow changes of the machine's speed cancel out. The table has the medians over
+the rounds, the requirement (must) and the goal."""
 import random
 import statistics
 import subprocess
@@ -16,16 +16,16 @@ PROGRAMS = {"string": "bench_reader", "file": "bench_reader", "avx2": "bench_rea
 
 
 def over(mine, other):
-    """A ratio of two runs: how to work it out, and the runs."""
+    """The ratio of two runs: how to compute it, and the runs."""
     return lambda seconds: seconds[mine] / seconds[other], (mine, other)
 
 
 def beyond(file, string, read):
-    """What reading a file costs beyond a text in memory, in reads of its bytes."""
+    """The extra time of a file over the same text in memory, relative to reading its bytes."""
     return lambda seconds: (seconds[file] - seconds[string]) / seconds[read], (file, string, read)
 
 
-# What is compared: title, how, must, goal.
+# Title, how to compute, runs, must, goal.
 ROWS = [
     ("mesh / roof", *over("string mesh.vrn", "numbers mesh.vrn"), 1.00, 0.70),
     ("mesh with AVX2 / roof", *over("avx2 mesh.vrn", "numbers mesh.vrn"), 1.00, 0.85),
@@ -66,7 +66,7 @@ def command(run, build, data):
 
 
 def measured(program):
-    """The words that a benchmark prints: name, file, cold and warm seconds, MiB."""
+    """The output of a benchmark: name, file, cold and warm seconds, MiB."""
     return subprocess.run(program, capture_output=True, text=True, check=True).stdout.split()
 
 

@@ -3,7 +3,6 @@
 #include "impl/lexer/CharClass.h"
 
 #include <algorithm>
-
 #include <string>
 
 #ifdef __SSE2__
@@ -15,9 +14,11 @@ namespace vor::velmo_sdk::impl {
 namespace {
 
 constexpr std::size_t blockSize = 16;
+[[maybe_unused]] constexpr int allOfBlock = (1 << blockSize) - 1;
 
-// Whether 16 characters may all stand in a list in braces, and none of them is a brace: digits, letters of
-// numbers up to f, points, signs, commas, round brackets, and blanks of ASCII.
+// Whether 16 characters are all plain: allowed in a list in braces, and not a brace themselves. A subset is enough,
+// chosen for few comparisons: `(` to `9` except `*` and `/`, the letters `a` to `f`, and everything up to the space.
+// The scan loop handles all others by the table of CharClass.h.
 #ifdef __SSE2__
 __m128i isBetween(__m128i bytes, char first, char last) noexcept {
     const __m128i fromFirst = _mm_sub_epi8(bytes, _mm_set1_epi8(first));
@@ -29,8 +30,9 @@ bool isPlainBlock(const char* block) noexcept {
     const __m128i star = _mm_cmpeq_epi8(bytes, _mm_set1_epi8('*'));
     const __m128i slash = _mm_cmpeq_epi8(bytes, _mm_set1_epi8('/'));
     const __m128i number = _mm_andnot_si128(_mm_or_si128(star, slash), isBetween(bytes, '(', '9'));
-    const __m128i letter = isBetween(_mm_or_si128(bytes, _mm_set1_epi8('a' ^ 'A')), 'a', 'f');
-    return _mm_movemask_epi8(_mm_or_si128(_mm_or_si128(number, letter), blank)) == 0xFFFF;
+    constexpr char caseBit = 'a' ^ 'A'; // set in lower case letters
+    const __m128i letter = isBetween(_mm_or_si128(bytes, _mm_set1_epi8(caseBit)), 'a', 'f');
+    return _mm_movemask_epi8(_mm_or_si128(_mm_or_si128(number, letter), blank)) == allOfBlock;
 }
 #else
 bool isPlainBlock(const char* block) noexcept {
@@ -46,8 +48,7 @@ bool isPlainBlock(const char* block) noexcept {
 
 } // namespace
 
-// Most of a long list is plain, so that blocks of it need no look at each character, which would
-// take ten times as long.
+// Most of a long list is plain. Testing 16 characters together is ten times as fast as one by one.
 ScanExtent ListScanner::scan(std::string_view piece) noexcept {
     std::size_t i = isInside_ || piece.empty() ? 0 : 1;
     isInside_ = true;
@@ -82,14 +83,14 @@ char* ListFlattener::flatten(std::string_view piece, char* out) noexcept {
     for (const char c : piece) {
         if (step_ == Step::Blanks && isIn(c, blankChar))
             continue; // a run of blanks is one step
-        if (step_ != Step::None && isBehindNumber_ && c != close_) {
+        if (step_ != Step::None && isAfterNumber_ && c != close_) {
             *out++ = ' ';
-            isBehindNumber_ = false;
+            isAfterNumber_ = false;
         }
         step_ = Step::None;
         if (isIn(c, numberChar)) {
             *out++ = c;
-            isBehindNumber_ = true;
+            isAfterNumber_ = true;
         } else if (c != open_ && c != close_) {
             step_ = isIn(c, blankChar) ? Step::Blanks : Step::Separator;
         }
@@ -99,18 +100,18 @@ char* ListFlattener::flatten(std::string_view piece, char* out) noexcept {
 
 void ListFlattener::follow(std::string_view characters) noexcept {
     if (!characters.empty())
-        isBehindNumber_ = isIn(characters.back(), numberChar);
+        isAfterNumber_ = isIn(characters.back(), numberChar);
 }
 
 bool isCanonical(std::string_view raw) noexcept {
-    bool isBehindNumber = false;
+    bool isAfterNumber = false;
     for (const char c : raw.substr(1, raw.size() - 2)) {
         const bool isNumber = isIn(c, numberChar);
-        if (!isNumber && (c != ' ' || !isBehindNumber))
+        if (!isNumber && (c != ' ' || !isAfterNumber))
             return false;
-        isBehindNumber = isNumber;
+        isAfterNumber = isNumber;
     }
-    return isBehindNumber || raw.size() == 2;
+    return isAfterNumber || raw.size() == 2;
 }
 
 } // namespace vor::velmo_sdk::impl

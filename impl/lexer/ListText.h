@@ -1,4 +1,4 @@
-// A list in parentheses or braces, as it stands in the source.
+// Scans and normalises the source text of lists in parentheses or braces.
 #pragma once
 
 #include "impl/lexer/ScanExtent.h"
@@ -8,21 +8,20 @@
 
 namespace vor::velmo_sdk::impl {
 
-// Whether a list is its own canonical text: one space between two elements, and nothing else.
+// Whether a list, brackets included, is in canonical form: elements separated by one space, and nothing else.
 [[nodiscard]] bool isCanonical(std::string_view raw) noexcept;
 
-// Makes the canonical text of what stands between a list's brackets, from pieces that are cut anywhere: one
-// space between two elements. Brackets of the list's own kind vanish, so that the elements of inner lists
-// become its own.
+// Converts the text between the brackets of a list to canonical form, from pieces that are cut anywhere. Brackets of
+// the list's own kind are removed, so that the elements of nested lists become elements of the list.
 class ListFlattener {
 public:
     ListFlattener(char open, char close) noexcept : open_(open), close_(close) {}
 
-    // Writes the canonical text of the next piece, which is never longer than the piece and one character;
-    // returns the place behind it. A space between two elements comes with the second one.
+    // Writes the canonical form of the next piece to `out` and returns the end. It is at most one character longer than
+    // the piece: the space between two elements is written with the second one.
     [[nodiscard]] char* flatten(std::string_view piece, char* out) noexcept;
 
-    // Goes on behind characters that needed no flattening.
+    // Continues after characters that were in canonical form and copied as they are.
     void follow(std::string_view characters) noexcept;
 
 private:
@@ -30,19 +29,19 @@ private:
 
     char open_;
     char close_;
-    Step step_ = Step::None;      // what is being skipped
-    bool isBehindNumber_ = false; // no space has been written since the last number character
+    Step step_ = Step::None;     // what is being skipped
+    bool isAfterNumber_ = false; // no space was written since the last character of a number
 };
 
-// Goes through a list that is read piece by piece; remembers how deep it is between two of them.
+// Finds the end of a list that is read piece by piece, keeping the nesting depth between pieces.
 class ListScanner {
 public:
     ListScanner(char open, char close) noexcept : open_(open), close_(close) {}
 
-    // Looks at the next piece; the very first begins with the opening bracket.
+    // Scans the next piece; the first one begins with the opening bracket.
     [[nodiscard]] ScanExtent scan(std::string_view piece) noexcept;
 
-    // Whether there has been no bracket of its own kind inside.
+    // Whether no nested bracket of the list's own kind has been found so far.
     [[nodiscard]] bool isFlat() const noexcept { return isFlat_; }
 
 private:

@@ -1,4 +1,5 @@
-// Where the numbers of 64 characters stand, from masks that have a bit for each character.
+// Finds the numbers in a block of 64 characters with bit operations on 64-bit masks, bit i for character i. Shared by
+// the AVX2 and AVX-512 readers; PlainBlocksAvx512.cpp shows a worked example.
 #pragma once
 
 #include "scene/core/Types.h"
@@ -9,49 +10,59 @@
 namespace vor::velmo_sdk::impl {
 
 inline constexpr std::size_t blockSize = 64;
-inline constexpr std::size_t mostNumbers = blockSize / 2; // of one block
+inline constexpr std::size_t maxBlockNumbers = blockSize / 2; // one digit and one separator each
 
-// What the characters are.
+// The character classes of a block.
 struct BlockMasks {
-    u64 number; // number characters of any kind; the others separate
+    u64 number; // any character of a number; all others are separators
     u64 digits;
     u64 minus;
-    u64 points; // only where they are allowed
+    u64 points; // 0 for integers
 };
 
-enum class Found { Numbers, Separators, Other };
+enum class BlockContent { Numbers, Separators, Other };
 
-// The whole numbers of a block: a bit in each mask for each of them, and a bit of `starts` more for one
-// that goes on behind the block.
+// The numbers that end within the block, one bit in each mask for each of them. A number that continues past the block
+// has a bit in `starts`, and in `wholes` if its point is inside.
 struct BlockNumbers {
-    u64 starts;         // the first character, which may be the sign
-    u64 signs;          // the same where it is a minus sign
-    u64 wholes;         // behind the digits of the whole part: the first point, or the end
-    u64 ends;           // behind the last character
-    std::size_t length; // of the block, up to the end of the last of them
+    u64 starts;         // first character, sign included
+    u64 signs;          // the starts that are minus signs
+    u64 wholes;         // one past the integer part: the point, or the end if there is none
+    u64 ends;           // one past the last character
+    std::size_t length; // characters up to the last end: where the next block begins
 };
 
-// Finds the numbers; Other if one of them is not plain, or too long to see where it ends. The block begins
-// with no number half-way. `isReal` says whether there may be points at all.
+// Multipliers that join the digits of a number pairwise: each multiply-add instruction takes two neighbouring lanes,
+// the first one more significant, and yields first * 10^n + second. Lanes are little endian, so the factor of the first
+// lane is the low half of the constant.
+inline constexpr i16 joinDigits = 1 << 8 | 10;         // maddubs: bytes to 16-bit lanes of 2 digits
+inline constexpr i32 joinPairs = 1 << 16 | 100;        // madd: 16-bit lanes to 32-bit lanes of 4 digits
+inline constexpr i32 joinQuadruples = 1 << 16 | 10000; // madd on packed 16-bit lanes: 32-bit lanes of 8 digits
+
+inline constexpr i64 tenToThe8 = 100000000;
+
+// Finds the numbers of a block that does not begin inside a number. Other: a number is not plain, or no number ends
+// within the block. `isReal` allows points.
 template <bool isReal>
-[[nodiscard, gnu::always_inline]] inline Found findNumbers(const BlockMasks& is, BlockNumbers& found) noexcept {
+[[nodiscard, gnu::always_inline]] inline BlockContent findNumbers(const BlockMasks& is, BlockNumbers& found) noexcept {
     const u64 ends = ~is.number & (is.number << 1);
     if (ends == 0)
-        return is.number == 0 ? Found::Separators : Found::Other;
+        return is.number == 0 ? BlockContent::Separators : BlockContent::Other;
     const u64 starts = is.number & ~(is.number << 1);
     const u64 signs = is.minus & starts;
     const std::size_t length = blockSize - 1 - static_cast<std::size_t>(std::countl_zero(ends));
     const u64 inside = (u64(1) << length) - 1;
 
-    // A bit that is added at the start of a number runs up to its first point or its end.
+    // Adding a bit at the start of a run of ones carries to one past the run: to the first point or the end.
     const u64 beforePoint = is.number & ~is.points;
     const u64 wholes = isReal ? ((beforePoint + (starts & beforePoint)) & ~beforePoint) | (starts & is.points) : ends;
+    // Plain: digits, a leading minus sign, and only the first point. `-`, `.` and `-.` have no digits.
     const u64 plain = is.digits | signs | (is.points & wholes);
     const u64 withoutDigits = (ends & (signs << 1)) | (is.points & (ends >> 1) & (starts | signs << 1));
     if (((is.number & ~plain) & inside) != 0 || withoutDigits != 0)
-        return Found::Other;
+        return BlockContent::Other;
     found = {starts, signs, wholes, ends, length};
-    return Found::Numbers;
+    return BlockContent::Numbers;
 }
 
 } // namespace vor::velmo_sdk::impl

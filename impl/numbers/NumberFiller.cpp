@@ -32,43 +32,43 @@ public:
         : NumberFiller(block), readBlocks_(blockReader<Number>(set)) {}
 
 private:
-    // How many characters go one number at a time after the block reader has stopped: few after it has read
-    // something, more and more when it finds nothing that it can read.
-    static constexpr std::size_t fewest = 64;
-    static_assert(fewest >= blockMargin); // which the first ones of a text, as they go singly, give
-    static constexpr std::size_t most = 4096;
+    // How many characters are parsed number by number before the block reader is tried again: few after it made
+    // progress, twice as many each time it made none.
+    static constexpr std::size_t minScalarLength = 64;
+    static constexpr std::size_t maxScalarLength = 4096;
+    static_assert(minScalarLength >= blockMargin, "a block is never read before the first characters of a piece");
 
     void readWhole(std::string_view text) override {
         const char* at = skipSeparators(text.data(), text.data() + text.size());
         const char* end = text.data() + text.size();
-        std::size_t singly = fewest;
-        while (at != end && room() > 0) {
-            at = readSingly(at, at + std::min(singly, static_cast<std::size_t>(end - at)), end);
+        std::size_t scalarLength = minScalarLength;
+        while (at != end && remaining() > 0) {
+            at = readOneByOne(at, at + std::min(scalarLength, static_cast<std::size_t>(end - at)), end);
             if (!readBlocks_)
                 continue;
-            const BlockProgress progress = readBlocks_(at, end, next(), room() / sizeof(Number));
+            const BlockProgress progress = readBlocks_(at, end, next(), remaining() / sizeof(Number));
             advance(progress.numbers * sizeof(Number));
-            clearSpill();
-            singly = progress.numbers > 0 ? fewest : std::min(2 * singly, most);
+            clearOverrun();
+            scalarLength = progress.numbers > 0 ? minScalarLength : std::min(2 * scalarLength, maxScalarLength);
             at = skipSeparators(progress.at, end);
         }
         if (at != end)
-            tooMany({at, skipNumber(at, end)});
+            setExcess({at, skipNumber(at, end)});
     }
 
-    // Reads the numbers that begin before `until`; returns where the next one begins.
-    const char* readSingly(const char* at, const char* until, const char* end) {
-        while (at < until && room() > 0) {
+    // Parses the numbers that begin before `until`; returns where the next one begins.
+    const char* readOneByOne(const char* at, const char* until, const char* end) {
+        while (at < until && remaining() > 0) {
             Number number = 0;
-            const char* behind = takePlainNumber(at, end, number);
-            if (behind && (behind == end || !isNumberCharacter(*behind))) {
+            const char* numberEnd = takePlainNumber(at, end, number);
+            if (numberEnd && (numberEnd == end || !isNumberCharacter(*numberEnd))) {
                 std::memcpy(next(), &number, sizeof number);
                 advance(sizeof number);
             } else {
-                behind = skipNumber(at, end);
-                readOne({at, behind});
+                numberEnd = skipNumber(at, end);
+                readOne({at, numberEnd});
             }
-            at = skipSeparators(behind, end);
+            at = skipSeparators(numberEnd, end);
         }
         return at;
     }
@@ -82,8 +82,8 @@ private:
         advance(sizeof number);
     }
 
-    // Behind what it has counted the block reader may have left anything.
-    void clearSpill() noexcept { std::memset(next(), 0, std::min(room(), mostNumbers * sizeof(Number))); }
+    // The block reader may have overwritten elements after those that it counted.
+    void clearOverrun() noexcept { std::memset(next(), 0, std::min(remaining(), maxBlockNumbers * sizeof(Number))); }
 
     BlockReader readBlocks_;
 };
@@ -100,14 +100,14 @@ void NumberFiller::take(std::string_view characters) {
         return;
     const char* at = characters.data();
     const char* end = at + characters.size();
-    if (!cut_.empty()) {
-        const char* behind = skipNumber(at, end);
-        cut_.append(at, behind);
-        at = behind;
+    if (!partial_.empty()) {
+        const char* numberEnd = skipNumber(at, end);
+        partial_.append(at, numberEnd);
+        at = numberEnd;
         if (at == end)
             return;
-        readWhole(cut_);
-        cut_.clear();
+        readWhole(partial_);
+        partial_.clear();
     }
     const char* last = end;
     while (last != at && isNumberCharacter(last[-1]))
@@ -115,12 +115,12 @@ void NumberFiller::take(std::string_view characters) {
     if (!excess_)
         readWhole({at, last});
     if (!excess_)
-        cut_.assign(last, end);
+        partial_.assign(last, end);
 }
 
 void NumberFiller::finish() {
     if (!excess_)
-        readWhole(cut_);
+        readWhole(partial_);
 }
 
 #define VRN_INSTANTIATE(Number)                                                                                        \

@@ -1,4 +1,13 @@
-// The numbers of a list, read into a block while the list is scanned.
+// Parses the numbers of a list into a block of memory while the list is being scanned.
+//
+//     auto filler = NumberFiller::make<float>(block);
+//     filler->take("1.5 2");          // pieces may be cut inside a number
+//     filler->take("5, 3");
+//     filler->finish();               // block: 1.5, 25, 3
+//     filler->isRead();               // whether every element was a number of the type
+//
+// The caller owns the block, which must outlive the filler. Linear in the characters; apart from a number that is cut
+// by the end of a piece nothing is copied. One thread at a time.
 #pragma once
 
 #include "impl/numbers/PlainBlocks.h"
@@ -12,47 +21,47 @@
 
 namespace vor::velmo_sdk::impl {
 
-// Takes the characters of a list piece by piece, cut anywhere. Numbers stand in the block in the order of
-// the text, unaligned and in the machine's own form; a number that cannot be read leaves its place as it
-// is. When the block is full nothing more is read.
+// Elements are stored in the order of the text, unaligned and in native byte order. An element that cannot be parsed
+// leaves its slot unchanged. After the block is full, the first further element is kept as excess() and the rest
+// ignored.
 class NumberFiller {
 public:
     NumberFiller(const NumberFiller&) = delete;
     NumberFiller& operator=(const NumberFiller&) = delete;
     virtual ~NumberFiller() = default;
 
-    // The plain ones are read with `set`, which the processor must have.
+    // Uses `set`, which the processor must have.
     template <class Number>
     [[nodiscard]] static std::unique_ptr<NumberFiller> make(std::span<std::byte> block,
                                                             InstructionSet set = instructionSet());
 
     void take(std::string_view characters);
+    void finish(); // call after the last piece
 
-    // To be called behind the last piece.
-    void finish();
-
-    [[nodiscard]] bool isRead() const noexcept { return isRead_; }             // every number could be
-    [[nodiscard]] std::size_t filledBytes() const noexcept { return filled_; } // the unreadable ones included
-    [[nodiscard]] const std::optional<String>& excess() const noexcept { return excess_; } // the first too many
+    [[nodiscard]] bool isRead() const noexcept { return isRead_; }
+    [[nodiscard]] std::size_t filledBytes() const noexcept {
+        return filled_;
+    } // including elements that failed to parse
+    [[nodiscard]] const std::optional<String>& excess() const noexcept { return excess_; }
 
 protected:
     explicit NumberFiller(std::span<std::byte> block) noexcept : block_(block) {}
 
     [[nodiscard]] std::byte* next() const noexcept { return block_.data() + filled_; }
-    [[nodiscard]] std::size_t room() const noexcept { return block_.size() - filled_; }
+    [[nodiscard]] std::size_t remaining() const noexcept { return block_.size() - filled_; }
     void advance(std::size_t bytes) noexcept { filled_ += bytes; }
     void fail() noexcept { isRead_ = false; }
-    void tooMany(std::string_view number) { excess_ = String(number); }
+    void setExcess(std::string_view number) { excess_ = String(number); }
 
 private:
-    // Numbers of a text that goes on with a separator, or ends.
+    // Parses a piece that ends between two numbers.
     virtual void readWhole(std::string_view text) = 0;
 
     std::span<std::byte> block_;
     std::size_t filled_ = 0;
     bool isRead_ = true;
     std::optional<String> excess_;
-    std::string cut_; // the start of a number that the next piece goes on with
+    std::string partial_; // the start of a number that the next piece continues
 };
 
 } // namespace vor::velmo_sdk::impl

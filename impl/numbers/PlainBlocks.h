@@ -1,4 +1,4 @@
-// Plain numbers of a list, many at a time, with the widest instructions that the processor has.
+// Reads the plain numbers of a list in blocks of 64 characters, with AVX-512 or AVX2.
 #pragma once
 
 #include "scene/core/InstructionSet.h"
@@ -8,27 +8,28 @@
 
 namespace vor::velmo_sdk::impl {
 
-// The numbers that buffers are made of.
+// The element types of buffers.
 #define VRN_BUFFER_NUMBERS(DO) DO(i8) DO(u8) DO(i16) DO(u16) DO(i32) DO(u32) DO(i64) DO(u64) DO(float) DO(double)
 
-// How far a reader of blocks came.
+// How far a block reader got.
 struct BlockProgress {
-    const char* at;      // behind the numbers that it read; never in the middle of one
-    std::size_t numbers; // how many
+    const char* at;      // one past the last number read; never inside a number
+    std::size_t numbers; // how many it stored
 };
 
-// Reads numbers of a list from `at`, where none may be half-way, into `out` (unaligned), as long as they
-// are plain: digits, with a minus sign before them and for reals one point among them. `end` is where the
-// list's text ends, `room` how many numbers fit. Everything that is no number character separates; the
-// characters must be known to be ones that a list may hold. It stops before what is not plain, does not
-// fit the type, takes more digits than it can round, or is too near to either end, for someone else to go
-// on from there. The blockMargin characters before `at` must be readable. Behind the numbers that it counts it may have
-// overwritten up to mostNumbers of `out`.
+// Reads plain numbers (digits with an optional minus sign and, for reals, at most one point) from [at, end) into `out`,
+// which need not be aligned and has capacity for `capacity` numbers. Every character that is not part of a number
+// separates; the caller has checked that the list may contain it. `at` must not be inside a number, and blockMargin
+// characters before it must be readable.
+//
+// Stops before a number that is not plain, does not fit the type or has too many digits, and when fewer than 64
+// characters or maxBlockNumbers slots remain; the caller continues number by number. Up to maxBlockNumbers elements of
+// `out` after the counted ones may have been overwritten.
 inline constexpr std::size_t blockMargin = 16;
-using BlockReader = BlockProgress (*)(const char* at, const char* end, std::byte* out, std::size_t room);
+using BlockReader = BlockProgress (*)(const char* at, const char* end, std::byte* out, std::size_t capacity);
 
-// The reader for a type of number with a set of instructions that the processor has; null for Baseline,
-// where one number at a time is as quick. The numbers are those that buffers have.
+// The block reader for an element type and an instruction set, which the processor must have. Null for Baseline, where
+// reading number by number is as fast.
 template <class Number> [[nodiscard]] BlockReader blockReader(InstructionSet set) noexcept;
 
 } // namespace vor::velmo_sdk::impl

@@ -1,5 +1,7 @@
-// As in PlainBlocksAvx512.cpp, 64 characters are looked at together; their numbers then go four at a time,
-// each loaded with its last digit at the end of a lane of its own.
+// Reads blocks of 64 characters by the same masks as PlainBlocksAvx512.cpp, whose worked example applies up to
+// `wholes`. AVX2 has no byte compression, so four numbers at a time take their bits off the masks and are loaded one by
+// one, each with its last digit at the end of a lane; a shuffle from a table removes the point. The multiply-adds are
+// the same.
 #include "impl/numbers/PlainBlocksAvx2.h"
 
 #if defined(__x86_64__)
@@ -19,8 +21,9 @@ namespace vor::velmo_sdk::impl {
 
 namespace {
 
-// Number characters by two lookups of a nibble each: one if the entries share a bit. All characters of a
-// row (high nibble) that are number characters share a bit with no other row's.
+// Classifies characters of numbers by two nibble lookups: a character is one if the entries for its low and its high
+// nibble share a bit. Each high nibble with such characters has a bit of its own, except that the upper and lower case
+// letters of 4 and 6, and of 5 and 7, share one.
 struct alignas(16) NibbleTables {
     u8 low[16] = {};
     u8 high[16] = {};
@@ -32,7 +35,7 @@ struct alignas(16) NibbleTables {
                 high[c >> 4] |= bitOfRow(c >> 4);
             }
     }
-    // Characters from 0x80 on look up 0 in the low nibble's table.
+    // pshufb yields 0 for an index with the top bit set, so characters from 0x80 on are never in the class.
     [[nodiscard]] constexpr bool isExact() const {
         for (int c = 0; c < 128; ++c)
             if (((low[c & 15] & high[c >> 4]) != 0) != isIn(static_cast<char>(c), numberChar))
@@ -43,19 +46,20 @@ struct alignas(16) NibbleTables {
 constexpr NibbleTables nibbles;
 static_assert(nibbles.isExact());
 
-// For a number of `length` characters, its sign left out, at the end of 16, of which `places` stand behind a
-// point (noPoint: there is none): where the 16 characters without the point come from, zeros to the left.
+// Shuffles for 16 bytes that end with a number: from[length][places] moves its digits to the right end, drops the point
+// and fills with zeros. `length` counts the characters after the sign; `places` those after the point, or is noPoint.
 constexpr std::size_t noPoint = 16;
+constexpr u8 zeroByte = 1 << 7; // pshufb: an index with the top bit set yields 0
 struct alignas(16) Shuffles {
     u8 from[17][17][16] = {};
     constexpr Shuffles() {
         for (std::size_t length = 0; length <= 16; ++length)
             for (std::size_t places = 0; places <= noPoint; ++places) {
-                std::size_t left = length; // characters that have not been taken yet
+                std::size_t left = length; // characters not placed yet
                 for (std::size_t i = 16; i-- > 0;) {
                     if (left > 0 && places != noPoint && length - left == places)
                         --left;
-                    from[length][places][i] = left > 0 ? static_cast<u8>(16 - length + left - 1) : 0x80;
+                    from[length][places][i] = left > 0 ? static_cast<u8>(16 - length + left - 1) : zeroByte;
                     left -= left > 0 ? 1 : 0;
                 }
             }
@@ -85,7 +89,7 @@ VRN_AVX2 inline u64 bitsOf(__m256i low, __m256i high, char c) {
     return bits(_mm256_cmpeq_epi8(low, all), _mm256_cmpeq_epi8(high, all));
 }
 
-// Where 9, or 17, number characters stand in a row.
+// The bits at which a run of at least 9, or 17, characters of numbers starts; runs double in length with each step.
 constexpr u64 runsOf9(u64 number) noexcept {
     u64 runs = number & (number >> 1);
     runs &= runs >> 2;
@@ -100,31 +104,31 @@ constexpr u64 runsOf17(u64 number) noexcept {
     return runs & (number >> 16);
 }
 
-template <bool isReal> VRN_AVX2 inline Found find(const char* at, BlockNumbers& numbers, bool& isShort) {
+template <bool isReal> VRN_AVX2 inline BlockContent find(const char* at, BlockNumbers& numbers, bool& isShort) {
     const __m256i low = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(at));
     const __m256i high = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(at + 32));
     const BlockMasks is{bits(isNumber(low), isNumber(high)), bits(isDigit(low), isDigit(high)), bitsOf(low, high, '-'),
                         isReal ? bitsOf(low, high, '.') : 0};
-    if (const Found found = findNumbers<isReal>(is, numbers); found != Found::Numbers)
+    if (const BlockContent found = findNumbers<isReal>(is, numbers); found != BlockContent::Numbers)
         return found;
     const u64 inside = (u64(1) << numbers.length) - 1;
     isShort = (runsOf9(is.number) & inside) == 0;
     if (!isShort && (runsOf17(is.number) & inside) != 0)
-        return Found::Other;
-    // Without the one that is not whole, the masks run out together.
+        return BlockContent::Other;
+    // Drop the incomplete last number, so that the masks run out together.
     numbers.starts &= inside;
     numbers.wholes &= inside | numbers.ends;
-    return Found::Numbers;
+    return BlockContent::Numbers;
 }
 
-// Takes numbers off the masks one by one; behind the last, all places are that of the block's end.
-struct Taken {
-    std::size_t start; // behind the sign
+// A number removed from the masks: offsets into the block. After the last number all of them are 64.
+struct NumberExtent {
+    std::size_t start; // after the sign
     std::size_t whole;
     std::size_t end;
     u64 isNegative;
 };
-VRN_AVX2 inline Taken take(BlockNumbers& numbers) {
+VRN_AVX2 inline NumberExtent popNumber(BlockNumbers& numbers) {
     const auto start = static_cast<std::size_t>(_tzcnt_u64(numbers.starts));
     const auto whole = static_cast<std::size_t>(_tzcnt_u64(numbers.wholes));
     const auto end = static_cast<std::size_t>(_tzcnt_u64(numbers.ends));
@@ -136,54 +140,55 @@ VRN_AVX2 inline Taken take(BlockNumbers& numbers) {
 }
 
 VRN_AVX2 inline __m256i joinFours(__m256i digits) {
-    const __m256i pairs = _mm256_maddubs_epi16(digits, _mm256_set1_epi16(0x010A));
-    return _mm256_madd_epi16(pairs, _mm256_set1_epi32(0x00010064));
+    const __m256i pairs = _mm256_maddubs_epi16(digits, _mm256_set1_epi16(joinDigits));
+    return _mm256_madd_epi16(pairs, _mm256_set1_epi32(joinPairs));
 }
 
 VRN_AVX2 inline __m256i joinHalves(__m256i halves, i64 factor) {
     return _mm256_add_epi64(_mm256_mul_epu32(halves, _mm256_set1_epi64x(factor)), _mm256_srli_epi64(halves, 32));
 }
 
-// Up to eight digits as bytes of their values, the last one highest.
-VRN_AVX2 inline i64 eightDigits(const char* at, const Taken& number) {
+// The values of up to eight digits as the bytes of a word, the last digit in the highest byte.
+VRN_AVX2 inline i64 eightDigits(const char* at, const NumberExtent& number) {
     u64 word;
     std::memcpy(&word, at + number.end - 8, sizeof word);
-    word ^= 0x3030303030303030;
+    word ^= vor::detail::eightZeros;
     return static_cast<i64>(word ^ _bzhi_u64(word, static_cast<u32>(64 - 8 * (number.end - number.start))));
 }
 
-VRN_AVX2 inline __m256i shortIntegers(const char* at, const Taken (&numbers)[4]) {
+VRN_AVX2 inline __m256i shortIntegers(const char* at, const NumberExtent (&numbers)[4]) {
     const __m128i low = _mm_set_epi64x(eightDigits(at, numbers[1]), eightDigits(at, numbers[0]));
     const __m128i high = _mm_set_epi64x(eightDigits(at, numbers[3]), eightDigits(at, numbers[2]));
     return joinHalves(joinFours(_mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1)), 10000);
 }
 
-VRN_AVX2 inline __m128i sixteen(const char* at, const Taken& number) {
+VRN_AVX2 inline __m128i sixteen(const char* at, const NumberExtent& number) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at + number.end - 16));
 }
 
-template <bool isReal> VRN_AVX2 inline __m128i shuffle(const Taken& number) {
+template <bool isReal> VRN_AVX2 inline __m128i shuffle(const NumberExtent& number) {
     const bool hasPoint = isReal && number.whole != number.end;
     const std::size_t places = hasPoint ? number.end - number.whole - 1 : noPoint;
     return _mm_load_si128(reinterpret_cast<const __m128i*>(shuffles.from[number.end - number.start][places]));
 }
 
-// The digits of two numbers, each in 16 bytes.
-template <bool isReal> VRN_AVX2 inline __m256i sixteenDigits(const char* at, const Taken& a, const Taken& b) {
+// The digits of two numbers, right-aligned in 16 bytes each.
+template <bool isReal>
+VRN_AVX2 inline __m256i sixteenDigits(const char* at, const NumberExtent& a, const NumberExtent& b) {
     const __m256i text = _mm256_inserti128_si256(_mm256_castsi128_si256(sixteen(at, a)), sixteen(at, b), 1);
     const __m256i from = _mm256_inserti128_si256(_mm256_castsi128_si256(shuffle<isReal>(a)), shuffle<isReal>(b), 1);
     return _mm256_shuffle_epi8(_mm256_xor_si256(text, _mm256_set1_epi8('0')), from);
 }
 
-template <bool isReal> VRN_AVX2 inline __m256i longIntegers(const char* at, const Taken (&numbers)[4]) {
+template <bool isReal> VRN_AVX2 inline __m256i longIntegers(const char* at, const NumberExtent (&numbers)[4]) {
     const __m256i even = joinFours(sixteenDigits<isReal>(at, numbers[0], numbers[2]));
     const __m256i odd = joinFours(sixteenDigits<isReal>(at, numbers[1], numbers[3]));
-    const __m256i eights = _mm256_madd_epi16(_mm256_packus_epi32(even, odd), _mm256_set1_epi32(0x00012710));
-    return joinHalves(eights, 100000000);
+    const __m256i eights = _mm256_madd_epi16(_mm256_packus_epi32(even, odd), _mm256_set1_epi32(joinQuadruples));
+    return joinHalves(eights, tenToThe8);
 }
 
-// All bits of the lanes of negative numbers.
-VRN_AVX2 inline __m256i negativeLanes(const Taken (&numbers)[4]) {
+// All ones in the lanes of negative numbers.
+VRN_AVX2 inline __m256i negativeLanes(const NumberExtent (&numbers)[4]) {
     const __m256i isNegative =
         _mm256_setr_epi64x(static_cast<i64>(numbers[0].isNegative), static_cast<i64>(numbers[1].isNegative),
                            static_cast<i64>(numbers[2].isNegative), static_cast<i64>(numbers[3].isNegative));
@@ -206,10 +211,12 @@ template <class Number> VRN_AVX2 inline void store(std::byte* out, __m256i integ
     std::memcpy(out, &all, 4 * sizeof(Number) <= sizeof all ? 4 * sizeof(Number) : sizeof all);
 }
 
-// Four integers with their signs; false if one is too large for the type.
-template <class Number> VRN_AVX2 inline bool finish(__m256i integers, const Taken (&numbers)[4], std::byte* out) {
+// Stores four integers with their signs; false if one does not fit the type.
+template <class Number>
+VRN_AVX2 inline bool finish(__m256i integers, const NumberExtent (&numbers)[4], std::byte* out) {
     constexpr u64 largest = std::numeric_limits<Number>::max();
-    if constexpr (largest < 10000000000000000)
+    // Integers have at most 16 digits here, so that wider types need no check.
+    if constexpr (largest < u64(tenToThe8 * tenToThe8))
         if (!_mm256_testz_si256(_mm256_cmpgt_epi64(integers, _mm256_set1_epi64x(static_cast<i64>(largest))),
                                 _mm256_set1_epi8(-1)))
             return false;
@@ -222,7 +229,9 @@ template <class Number> VRN_AVX2 inline bool finish(__m256i integers, const Take
     return true;
 }
 
-// Unsigned integers below 2^53 as doubles: the halves become the low digits of 2^84 and 2^52.
+// Unsigned integers below 2^53 as doubles. Or-ing 32 bits into the mantissa of 2^52, whose lowest bit is worth 1, gives
+// 2^52 + low; in that of 2^84, whose lowest bit is worth 2^32, it gives 2^84 + high * 2^32. Then subtract both
+// constants.
 VRN_AVX2 inline __m256d toDoubles(__m256i integers) {
     const __m256i high = _mm256_or_si256(_mm256_srli_epi64(integers, 32), _mm256_castpd_si256(_mm256_set1_pd(0x1p84)));
     const __m256i low = _mm256_blend_epi32(_mm256_castpd_si256(_mm256_set1_pd(0x1p52)), integers, 0x55);
@@ -230,23 +239,23 @@ VRN_AVX2 inline __m256d toDoubles(__m256i integers) {
                          _mm256_castsi256_pd(low));
 }
 
-VRN_AVX2 inline double power(const Taken& number) {
+VRN_AVX2 inline double power(const NumberExtent& number) {
     return vor::detail::exactPowersOfTen[number.whole == number.end ? 0 : number.end - number.whole - 1];
 }
 
-// Four reals; false if one cannot be made by one division that is rounded once (Clinger 1990).
+// Stores four reals; false if one division does not round one of them correctly (Clinger 1990).
 template <class Number>
-requires std::is_floating_point_v<Number> VRN_AVX2 inline bool finish(__m256i digits, const Taken (&numbers)[4],
+requires std::is_floating_point_v<Number> VRN_AVX2 inline bool finish(__m256i digits, const NumberExtent (&numbers)[4],
                                                                       std::byte* out) {
-    __m256i odd = _mm256_cmpgt_epi64(digits, _mm256_set1_epi64x(i64(1) << 53));
+    __m256i inexact = _mm256_cmpgt_epi64(digits, _mm256_set1_epi64x(vor::detail::maxExactInteger));
     const __m256d divisors = _mm256_setr_pd(power(numbers[0]), power(numbers[1]), power(numbers[2]), power(numbers[3]));
     __m256d values = _mm256_div_pd(toDoubles(digits), divisors);
     if constexpr (sizeof(Number) == sizeof(float)) {
-        // Rounding twice goes wrong only where the double looks like a tie between two floats.
-        const __m256i tail = _mm256_and_si256(_mm256_castpd_si256(values), _mm256_set1_epi64x(0x1FFFFFFF));
-        odd = _mm256_or_si256(odd, _mm256_cmpeq_epi64(tail, _mm256_set1_epi64x(0x10000000)));
+        const __m256i tail =
+            _mm256_and_si256(_mm256_castpd_si256(values), _mm256_set1_epi64x(vor::detail::floatTailMask));
+        inexact = _mm256_or_si256(inexact, _mm256_cmpeq_epi64(tail, _mm256_set1_epi64x(vor::detail::floatTie)));
     }
-    if (!_mm256_testz_si256(odd, odd))
+    if (!_mm256_testz_si256(inexact, inexact))
         return false;
     const __m256i signs = _mm256_slli_epi64(negativeLanes(numbers), 63);
     values = _mm256_xor_pd(values, _mm256_castsi256_pd(signs));
@@ -260,7 +269,7 @@ requires std::is_floating_point_v<Number> VRN_AVX2 inline bool finish(__m256i di
 template <class Number> VRN_AVX2 inline bool convert(const char* at, BlockNumbers block, bool isShort, std::byte* out) {
     constexpr bool isReal = std::is_floating_point_v<Number>;
     for (; block.ends != 0; out += 4 * sizeof(Number)) {
-        const Taken numbers[] = {take(block), take(block), take(block), take(block)};
+        const NumberExtent numbers[] = {popNumber(block), popNumber(block), popNumber(block), popNumber(block)};
         const __m256i integers = !isReal && isShort ? shortIntegers(at, numbers) : longIntegers<isReal>(at, numbers);
         if (!finish<Number>(integers, numbers, out))
             return false;
@@ -269,17 +278,17 @@ template <class Number> VRN_AVX2 inline bool convert(const char* at, BlockNumber
 }
 
 template <class Number>
-VRN_AVX2 BlockProgress readBlocks(const char* at, const char* end, std::byte* out, std::size_t room) {
+VRN_AVX2 BlockProgress readBlocks(const char* at, const char* end, std::byte* out, std::size_t capacity) {
     std::size_t numbers = 0;
-    while (static_cast<std::size_t>(end - at) >= blockSize && room - numbers >= mostNumbers) {
+    while (static_cast<std::size_t>(end - at) >= blockSize && capacity - numbers >= maxBlockNumbers) {
         BlockNumbers block;
         bool isShort = false;
-        const Found found = find<std::is_floating_point_v<Number>>(at, block, isShort);
-        if (found == Found::Separators) {
+        const BlockContent found = find<std::is_floating_point_v<Number>>(at, block, isShort);
+        if (found == BlockContent::Separators) {
             at += blockSize;
             continue;
         }
-        if (found == Found::Other || !convert<Number>(at, block, isShort, out + numbers * sizeof(Number)))
+        if (found == BlockContent::Other || !convert<Number>(at, block, isShort, out + numbers * sizeof(Number)))
             break;
         at += block.length;
         numbers += static_cast<std::size_t>(std::popcount(block.ends));

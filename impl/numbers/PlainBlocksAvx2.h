@@ -1,4 +1,4 @@
-// The readers of blocks for processors with AVX2 and the bit operations (BMI) that came with it.
+// Block readers for processors with AVX2 and the bit manipulation instructions BMI1 and BMI2.
 #pragma once
 
 #include "impl/numbers/PlainBlocks.h"

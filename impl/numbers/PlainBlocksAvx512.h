@@ -1,4 +1,4 @@
-// The readers of blocks for processors with AVX-512 and its byte permutations (VBMI, VBMI2).
+// Block readers for processors with AVX-512, including byte permutation and compression (VBMI, VBMI2).
 #pragma once
 
 #include "impl/numbers/PlainBlocks.h"

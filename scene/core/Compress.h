@@ -1,4 +1,6 @@
-// Compressed byte payloads, written as Decompress.h reads them.
+// Writes compressed byte payloads, the form that Decompress.h reads.
+//
+//     compress(std::as_bytes(std::span(pixels)))     // ".789C..."
 #pragma once
 
 #include "scene/core/Types.h"
@@ -8,9 +10,8 @@
 
 namespace vor {
 
-// The bytes as a zlib stream (RFC 1950) in hexadecimal digits, a `.` in front. The same bytes always give the same
-// text with the same version of the compressing library. Takes memory for some three times the bytes; throws
-// std::bad_alloc when there is none.
+// Returns `.` and the hexadecimal digits of a zlib stream (RFC 1950) of the bytes. Deterministic for one version of
+// libdeflate. Needs memory of about three times the bytes for incompressible data; throws std::bad_alloc.
 [[nodiscard]] std::string compress(std::span<const std::byte> bytes);
 
 } // namespace vor

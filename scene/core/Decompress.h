@@ -1,4 +1,11 @@
-// Compressed byte payloads: a zlib stream (RFC 1950) written as a `.` and hexadecimal digits.
+// Reads compressed byte payloads: a zlib stream (RFC 1950) written as `.` and hexadecimal digits.
+//
+//     String error;
+//     const DecompressedBytes result = decompress(data, size, error, 3 * width * height);
+//     if (result.length == 0)
+//         report(error);
+//
+// The result owns its bytes. Linear in the payload and the bytes; no shared state.
 #pragma once
 
 #include "scene/core/String.h"
@@ -10,7 +17,7 @@
 
 namespace vor {
 
-// Every text that a payload may give rise to: name, text.
+// All messages about payloads: name, text.
 #define VRN_PAYLOAD_MESSAGES(MESSAGE)                                                                                  \
     MESSAGE(invalidCharacter, "compressed payload: invalid character '%c'")                                            \
     MESSAGE(oddDigits, "compressed payload: odd number of hexadecimal digits")                                         \
@@ -25,23 +32,21 @@ VRN_PAYLOAD_MESSAGES(VRN_PAYLOAD_MESSAGE)
 
 struct DecompressedBytes {
     std::unique_ptr<u8[]> bytes;
-    std::size_t length = 0; // 0 is failure
+    std::size_t length = 0; // 0 means failure
 };
 
-// Inflates the payload at `data`: a `.`, then two hexadecimal digits a byte in either case, with spaces
-// anywhere. Yields at most `expectedSize` bytes; fewer are fine, none is an error. On failure the
-// length is 0 and `error` says why. Bytes behind the end of the stream are an error too. Takes memory
-// for half the payload and for the expected size; throws std::bad_alloc when there is none.
+// Inflates a payload: `.`, then two hexadecimal digits per byte in either case, with spaces anywhere. Returns 1 to
+// `expectedSize` bytes. On failure, which includes an empty result and bytes after the end of the stream, the length is
+// 0 and `error` is the reason. Allocates half the payload plus `expectedSize`; throws std::bad_alloc.
 [[nodiscard]] DecompressedBytes decompress(const u8* data, std::size_t size, String& error, std::size_t expectedSize);
 
-// The same for a payload that comes piece by piece.
+// The same for a payload that arrives in pieces, without the dot and the spaces.
 class PayloadDecoder {
 public:
-    // Takes the hexadecimal digits at the start of a piece; returns how many there are.
+    // Consumes the hexadecimal digits at the start of a piece; returns how many.
     [[nodiscard]] std::size_t takeDigits(std::string_view piece);
 
-    // Inflates what the digits say into `target`. Returns how many bytes that are; 0 is failure, and
-    // `error` says why.
+    // Inflates the bytes decoded so far into `target`; returns the number of bytes, or 0 with the reason in `error`.
     [[nodiscard]] std::size_t inflate(std::span<u8> target, String& error) const;
 
 private:
@@ -53,7 +58,7 @@ private:
     std::unique_ptr<u8, Free> stream_;
     std::size_t size_ = 0;
     std::size_t capacity_ = 0;
-    int high_ = -1; // the first digit of a byte whose second one has not come yet
+    int pendingDigit_ = -1; // the value of a digit whose second half has not arrived; -1 if there is none
 };
 
 } // namespace vor

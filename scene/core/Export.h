@@ -1,6 +1,6 @@
-// What a shared library shows of itself: only what is marked.
+// Symbol visibility of the shared library, which is compiled with -fvisibility=hidden.
 #pragma once
 
-// Marks the classes, whose exceptions must be known on both sides, and the functions that programs may use.
-// All else is hidden, which lets the compiler treat it as it does the code of a program.
+// Marks public functions, and classes whose type information both sides need (exceptions, virtual functions). All other
+// symbols are hidden, so that calls between them are direct and can be inlined.
 #define VRN_API __attribute__((visibility("default")))

@@ -10,14 +10,14 @@ namespace vor {
 
 namespace {
 
-// The words for an errno, the same in every locale.
+// Describes an errno, independent of the locale.
 String errorText(int number) {
     const char* text = strerrordesc_np(number);
     return text ? String(text) : String::format("Unknown error %d", number);
 }
 
 int openForReading(const String& path) {
-    // The system ends a path at a NUL; a name that holds one is no file's.
+    // The system would end the path at a NUL and open another file.
     if (path.find('\0') >= 0) {
         errno = ENOENT;
         return -1;
@@ -35,7 +35,7 @@ class DescriptorSource final : public ByteSource {
 public:
     DescriptorSource(int descriptor, bool isOwned) noexcept : descriptor_(descriptor), isOwned_(isOwned) {}
 
-    // To be called once, of one that has no descriptor yet; false, with the reason in errno, if it cannot be opened.
+    // Call at most once, without a descriptor; on failure returns false with the reason in errno.
     [[nodiscard]] bool open(const String& path) {
         descriptor_ = openForReading(path);
         return descriptor_ >= 0;
@@ -96,7 +96,7 @@ bool File::State::fetch() {
 File::File() : state_(std::make_shared<State>()) {}
 
 File File::open(const String& path) {
-    // All that takes memory comes first, so that no descriptor is lost when there is none.
+    // Allocate first, so that std::bad_alloc cannot leak an open descriptor.
     auto source = std::make_unique<DescriptorSource>(-1, true);
     DescriptorSource& opened = *source;
     File file = fromSource(std::move(source));

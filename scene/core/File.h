@@ -1,14 +1,14 @@
-// File: a shared handle to bytes that are read from front to back.
+// File: a shared handle to a sequence of bytes, read from front to back.
 //
 //     File file = File::open("scene.vrn");
 //     if (!file.isOpen())
 //         report(file.error());               // "No such file or directory"
 //     parseVrn(&scene, file, false);
-//     if (!file.error().isEmpty())            // a failed read looks like the end of the bytes, so
-//         report(file.error());               // whoever needs to know asks afterwards
+//     if (!file.error().isEmpty())            // a failed read looks like the end of the file,
+//         report(file.error());               // so check afterwards
 //
-// Copies share one position, and the file is closed with the last of them. Bytes are fetched in large
-// blocks; read() hands out one at a time and is cheap. Not to be used from two threads at once.
+// Copies share one position; the last one closes the file. Bytes are fetched in large blocks, so read() is cheap. A
+// file and its copies must not be used by two threads at the same time.
 #pragma once
 
 #include "scene/core/Export.h"
@@ -19,42 +19,41 @@
 
 namespace vor {
 
-// Where a File gets its bytes. Implement it to read from an archive, a socket, a decoder.
+// Supplies the bytes of a File. Implement it to read from an archive, a socket or a decoder.
 class VRN_API ByteSource {
 public:
     virtual ~ByteSource() = default;
 
-    // Fills up to `capacity` bytes; returns how many, 0 at the end. On failure `error` receives the
-    // reason and the result is 0. Not called again after a 0.
+    // Writes up to `capacity` bytes to `buffer` and returns their number: 0 at the end, or on failure with the reason
+    // in `error`. Not called again after it has returned 0.
     [[nodiscard]] virtual std::size_t read(char* buffer, std::size_t capacity, String& error) = 0;
 };
 
 class VRN_API File {
 public:
-    File(); // not open; reads nothing
+    File(); // not open and empty
 
-    // Opens the file at a path. On failure the result is not open and error() says why.
+    // Opens the file at `path`. On failure the result is not open and error() is the reason.
     [[nodiscard]] static File open(const String& path);
 
-    // Standard input, which stays open.
+    // Standard input, which is not closed.
     [[nodiscard]] static File standardInput();
 
     // The bytes of `text`, which is shared, not copied.
     [[nodiscard]] static File fromMemory(String text);
 
-    // What `source` delivers, in blocks of at most `blockSize` bytes.
+    // The bytes of `source`, requested in blocks of at most `blockSize`.
     [[nodiscard]] static File fromSource(std::unique_ptr<ByteSource> source, std::size_t blockSize = defaultBlockSize);
 
     [[nodiscard]] bool isOpen() const noexcept;
 
-    // Why opening or reading failed, in the words of errno; empty while nothing has.
+    // The description of the errno with which opening or reading failed; empty if neither has.
     [[nodiscard]] String error() const;
 
-    // Calls `observer` with the size of each block that is fetched from now on, on the thread that reads: for those
-    // who want to say how far the reading has come.
+    // Calls `observer` with the size of each block fetched from now on, on the reading thread, for progress reports.
     void onFetch(std::function<void(std::size_t)> observer);
 
-    // Takes the next byte; false at the end and on a read error, `c` then being left alone.
+    // Reads the next byte. At the end or on an error returns false and leaves `c` unchanged.
     [[nodiscard]] bool read(signed char& c);
     [[nodiscard]] bool read(char& c);
 
@@ -86,7 +85,7 @@ private:
 };
 
 struct File::State {
-    std::unique_ptr<ByteSource> source; // null once there is nothing left to ask it for
+    std::unique_ptr<ByteSource> source; // null after it has ended or failed
     String error;
     bool isOpen = false;
     const char* next = nullptr; // the unread bytes of the current block; none while they are on loan
@@ -94,7 +93,7 @@ struct File::State {
     Borrower* borrower = nullptr; // has the bytes before `end`
     std::unique_ptr<char[]> block;
     std::size_t blockSize = 0;
-    String text; // keeps the bytes of a file in memory
+    String text; // owns the bytes of fromMemory()
     std::function<void(std::size_t)> observer;
 
     [[nodiscard]] bool refill();

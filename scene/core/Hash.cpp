@@ -5,7 +5,7 @@
 
 namespace vor {
 
-// A system without randomness still has a clock and an address that differs from run to run.
+// Without a random device, falls back to the clock and an address that the loader randomises.
 static HashSeed makeSeed() noexcept {
     try {
         std::random_device random;

@@ -1,4 +1,9 @@
-// A hash for tables of what texts name: keyed, so that no text can be written whose names collide.
+// A keyed hash, for tables whose keys come from input files: with a random key per process, no input can be crafted to
+// make its keys collide (hash flooding).
+//
+//     keyedHash("camera1")        // differs from run to run; never store it
+//
+// Not cryptographic. Safe to call from several threads.
 #pragma once
 
 #include "scene/core/Export.h"
@@ -10,7 +15,7 @@
 
 namespace vor {
 
-// Random, and the same for as long as the process runs.
+// The random key of this process.
 struct HashSeed {
     u64 first;
     u64 second;
@@ -19,7 +24,7 @@ struct HashSeed {
 
 namespace detail {
 
-// Both halves of the product, which depend on all bits of both numbers.
+// The two halves of the 128-bit product, combined: each output bit depends on many bits of both factors.
 [[nodiscard]] inline u64 foldedProduct(u64 a, u64 b) noexcept {
     __extension__ using u128 = unsigned __int128;
     const u128 product = static_cast<u128>(a) * b;
@@ -39,7 +44,7 @@ namespace detail {
     return detail::foldedProduct(detail::foldedProduct(number ^ seed.first, seed.second), seed.first | 1);
 }
 
-// Of a text. O(n), 16 bytes at a time.
+// Linear, 16 bytes per step.
 [[nodiscard]] inline u64 keyedHash(std::string_view text) noexcept {
     const HashSeed& seed = hashSeed();
     u64 state = seed.first;

@@ -1,14 +1,12 @@
-// A map of 256 fixed buckets, never rehashed, whose iteration order is part of what it promises:
-// bucket 0 to 255, and within a bucket in the order of insertion.
+// A hash map with 256 fixed buckets that guarantees its iteration order: buckets 0 to 255, insertion order within each.
 //
 //     ds::HashMap<String, int> ages;
 //     ages.set("ann", 31);                  // overwrites or appends; returns the stored value
-//     ages.get("bob")                       // a static default value when the key is absent
+//     ages.get("bob")                       // a static default value if the key is absent
 //
-// A text key is known by its 64-bit hash alone: the bucket is the low byte of the hash, and the text is
-// never compared. A pointer key is known by its value, the bucket being its low byte. Pointers to heap
-// objects share few low bytes, so a bucket may grow large: past a few nodes it keeps an index beside
-// its nodes, and lookup stays O(1) for any number of keys. Values move when their bucket grows.
+// String keys are identified by their 64-bit hash alone; texts are never compared. The bucket is the low byte of the
+// hash, or of the address for pointer keys. Addresses of heap objects share few low bytes, so that buckets may become
+// large: beyond a few nodes a bucket has an index, and lookup stays O(1). Values move when their bucket grows.
 #pragma once
 
 #include "scene/core/Hash.h"
@@ -21,10 +19,10 @@
 
 namespace vor::ds {
 
-// Positions in one bucket by 64-bit key: open addressing, at most half full.
+// Maps 64-bit keys to positions in one bucket, by open addressing with a load factor of at most 1/2.
 class BucketIndex {
 public:
-    // The first position entered for `key` that `isMatch` accepts, or -1.
+    // The first position inserted for `key` that `isMatch` accepts, or -1.
     template <class IsMatch> [[nodiscard]] i64 find(u64 key, IsMatch isMatch) const {
         for (std::size_t slot = home(key); slots_[slot] != 0; slot = (slot + 1) & (slots_.size() - 1))
             if (isMatch(slots_[slot] - 1))
@@ -32,7 +30,7 @@ public:
         return -1;
     }
 
-    // Enters a position; there must be room for it.
+    // Requires hasRoomFor() one more.
     void insert(u64 key, std::size_t position) noexcept {
         std::size_t slot = home(key);
         while (slots_[slot] != 0)
@@ -43,16 +41,16 @@ public:
     [[nodiscard]] bool hasRoomFor(std::size_t count) const noexcept { return 2 * count <= slots_.size(); }
     [[nodiscard]] bool isEmpty() const noexcept { return slots_.empty(); }
 
-    // Forgets everything and makes room for `count` positions.
+    // Removes all positions and reserves capacity for `count`.
     void rebuild(std::size_t count) { slots_ = std::vector<std::size_t>(std::bit_ceil(4 * count)); }
 
 private:
-    // Keys of one bucket agree in their low bits.
+    // The keys of one bucket have the same low byte, hence another hash.
     [[nodiscard]] std::size_t home(u64 key) const noexcept {
         return static_cast<std::size_t>(keyedHash(key)) & (slots_.size() - 1);
     }
 
-    std::vector<std::size_t> slots_; // position + 1; 0 is free
+    std::vector<std::size_t> slots_; // position + 1, or 0 for a free slot
 };
 
 template <class K> struct HashKey;
@@ -86,7 +84,7 @@ public:
     };
     static constexpr std::size_t bucketCount = 256;
 
-    // The value stored under `key`, or null. Valid until the bucket grows.
+    // The value of `key`, or null. Valid until its bucket grows.
     [[nodiscard]] V* find(const K& key) noexcept {
         Bucket& bucket = bucketOf(Key::number(key));
         const i64 at = position(bucket, Key::number(key));
@@ -95,27 +93,26 @@ public:
     [[nodiscard]] const V* find(const K& key) const noexcept { return const_cast<HashMap*>(this)->find(key); }
     [[nodiscard]] bool contains(const K& key) const noexcept { return find(key) != nullptr; }
 
-    // The value stored under `key`, or missing().
+    // The value of `key`, or missing().
     [[nodiscard]] const V& get(const K& key) const noexcept {
         const V* value = find(key);
         return value ? *value : missing();
     }
 
-    // What a failed lookup yields: one default value for all maps of this type.
+    // The result of a failed get(): one default value shared by all maps of this type.
     [[nodiscard]] static const V& missing() {
         static const V value{};
         return value;
     }
 
-    // Overwrites the value of a key that is there, otherwise appends a node. Nothing changes when it
-    // throws for want of memory.
+    // Overwrites the value of `key` or appends a node. Throws std::bad_alloc, with the map unchanged.
     V& set(const K& key, V value) {
         if (V* found = find(key))
             return *found = std::move(value);
         const u64 number = Key::number(key);
         Bucket& bucket = bucketOf(number);
-        makeRoom(bucket);
-        // cppcheck-suppress accessMoved; it was moved only where this is not reached
+        reserveOne(bucket);
+        // cppcheck-suppress accessMoved; the move above is followed by a return
         V& stored = bucket.nodes.push({Key::store(key), std::move(value)}).value;
         if (!bucket.index.isEmpty())
             bucket.index.insert(number, bucket.nodes.size() - 1);
@@ -131,9 +128,9 @@ public:
 private:
     struct Bucket {
         Vector<Node> nodes;
-        BucketIndex index; // empty while a search from the front is as quick
+        BucketIndex index; // empty while a linear search is as fast
     };
-    static constexpr std::size_t searchedLinearly = 16;
+    static constexpr std::size_t maxSearchedLinearly = 16;
 
     Bucket& bucketOf(u64 number) noexcept { return buckets_[number & (bucketCount - 1)]; }
 
@@ -147,9 +144,9 @@ private:
         return -1;
     }
 
-    static void makeRoom(Bucket& bucket) {
+    static void reserveOne(Bucket& bucket) {
         const std::size_t count = bucket.nodes.size() + 1;
-        if (count <= searchedLinearly || bucket.index.hasRoomFor(count))
+        if (count <= maxSearchedLinearly || bucket.index.hasRoomFor(count))
             return;
         BucketIndex index;
         index.rebuild(count);

@@ -1,4 +1,6 @@
-// What a comment says of its file, if it does.
+// Extracts metadata from the comments of a file.
+//
+//     readHeaderComment("# version: 3")     // Kind::Version, version 3
 #pragma once
 
 #include "scene/core/String.h"
@@ -13,8 +15,8 @@ struct HeaderComment {
     String time{};
 };
 
-// Of a comment with `version:` in it, or else with `time:`; case counts. What stands behind the first colon of all is
-// the value, even if the keyword comes later. A time without a value says nothing.
+// Recognises comments that contain `version:` or, if not, `time:`, case-sensitively. The value is whatever follows the
+// first colon of the comment, even if the keyword comes later. A time without a value is ignored.
 [[nodiscard]] HeaderComment readHeaderComment(const String& comment);
 
 } // namespace vor

@@ -1,15 +1,15 @@
-// Which of the wide instructions this processor has.
+// Run-time dispatch to AVX2 and AVX-512.
 #pragma once
 
 namespace vor {
 
-// The sets of instructions that there is code of its own for, the best last.
+// Instruction sets with their own code paths, in increasing order.
 enum class InstructionSet { Baseline, Avx2, Avx512 };
 
-// The best one that this processor has, found out once, and that is not above the limit.
+// The best set that the processor supports, detected once, and not above the limit.
 [[nodiscard]] InstructionSet instructionSet() noexcept;
 
-// For tests and measurements of what other processors do; for all threads, from the next list on.
+// For tests and benchmarks of what lesser processors execute. Affects all threads, starting with their next list.
 void limitInstructionSet(InstructionSet best) noexcept;
 
 } // namespace vor

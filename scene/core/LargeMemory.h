@@ -1,4 +1,4 @@
-// Memory in pieces of megabytes.
+// Huge pages for large allocations.
 #pragma once
 
 #include <cstddef>
@@ -10,15 +10,14 @@
 
 namespace vor {
 
-// The size of a large page, as common processors have it.
+// The usual size of a huge page.
 inline constexpr std::size_t largePage = std::size_t(2) << 20;
 
-// Asks the system to back what it can of a new, untouched piece of memory with large pages: touching a
-// gigabyte of small ones for the first time costs as much as reading a gigabyte of numbers. Harmless where
-// the system has none, and for small pieces.
+// Asks the system to back newly allocated, untouched memory with huge pages: page faults on a gigabyte of small pages
+// take as long as parsing a gigabyte of numbers. Has no effect on small blocks or without huge pages.
 inline void preferLargePages([[maybe_unused]] void* memory, [[maybe_unused]] std::size_t size) noexcept {
 #ifdef MADV_HUGEPAGE
-    const std::size_t before = -reinterpret_cast<std::uintptr_t>(memory) % largePage; // up to the first whole one
+    const std::size_t before = -reinterpret_cast<std::uintptr_t>(memory) % largePage; // bytes up to the first boundary
     if (size >= before + largePage)
         (void)::madvise(static_cast<char*>(memory) + before, (size - before) / largePage * largePage, MADV_HUGEPAGE);
 #endif

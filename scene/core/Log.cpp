@@ -35,8 +35,7 @@ void writeLog(const LogRecord& record) {
         writeToStderr(record);
 }
 
-// The functions differ in nothing but what they fill in; C's variadic arguments cannot be passed
-// on without naming them in each.
+// A macro, because va_start must be used in each variadic function itself.
 #define VRN_LOG(severity, position)                                                                                    \
     va_list arguments;                                                                                                 \
     va_start(arguments, format);                                                                                       \

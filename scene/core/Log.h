@@ -1,15 +1,15 @@
-// The log: where errors and warnings go.
+// The log: receives errors and warnings.
 //
 //     std::vector<LogRecord> log;
 //     ScopedLogSink sink([&](const LogRecord& record) { log.push_back(record); });
-//     parseString(&scene, text);          // everything that it reports is now in `log`
+//     parseString(&scene, text);          // `log` now contains everything it reported
 //
-// Without a sink of its own a thread writes `error: TEXT` and `warning: TEXT` lines to stderr, with
-// control characters escaped. A ScopedLogSink takes over for the thread that made it until it is
-// destroyed; sinks nest. What a sink throws passes through the call that logged.
+// A ScopedLogSink receives the records of the thread that created it until it is destroyed; sinks nest. Without one, a
+// thread writes `error: TEXT` and `warning: TEXT` lines to stderr, with control characters escaped. Exceptions thrown
+// by a sink propagate through the call that logged.
 //
-// Notices are no part of the log: they tell of what is taken without a word, though whoever wrote the text may
-// have meant something else. Only a sink that asks for them gets them; without one they are not even made.
+// Notices report input that is accepted silently although its author may have meant something else. Only sinks that
+// request them receive them; otherwise they are not even formatted.
 #pragma once
 
 #include "scene/core/Export.h"
@@ -21,7 +21,7 @@ namespace vor {
 
 enum class LogSeverity { Error, Warning, Notice };
 
-// A place in a text: 1-based, counted in bytes; (0,0) when unknown.
+// A position in a file: 1-based, in bytes; (0,0) if unknown.
 struct TextPosition {
     i32 line = 0;
     i32 column = 0;
@@ -32,7 +32,7 @@ struct LogRecord {
     LogSeverity severity = LogSeverity::Error;
     String text;
     TextPosition position;
-    const char* format = nullptr; // one address for all records of a kind, if anything
+    const char* format = nullptr; // identifies the kind of record by address; may be null
     friend bool operator==(const LogRecord& a, const LogRecord& b) {
         return a.severity == b.severity && a.text == b.text && a.position == b.position;
     }
@@ -57,13 +57,13 @@ private:
     ScopedLogSink* outer_;
 };
 
-// Whether the sink of this thread takes notices.
+// Whether the current sink of this thread receives notices.
 [[nodiscard]] VRN_API bool wantsNotices() noexcept;
 
-// Hands a record to the sink of this thread; a notice only if it is wanted.
+// Passes a record to the current sink of this thread; drops notices that it did not request.
 VRN_API void writeLog(const LogRecord& record);
 
-// printf-style, with or without the place in the text that is spoken of.
+// printf-style, with or without a position in the file.
 VRN_API void logError(const char* format, ...) __attribute__((format(printf, 1, 2)));
 VRN_API void logWarning(const char* format, ...) __attribute__((format(printf, 1, 2)));
 VRN_API void logError(TextPosition position, const char* format, ...) __attribute__((format(printf, 2, 3)));

@@ -1,6 +1,7 @@
-// The math values of a scene: a few components in a row, and no arithmetic. Matrices are row-major.
+// Vectors, points, quaternions, colours and matrices as plain arrays of components, without arithmetic. Matrices are
+// row-major.
 //
-//     math::VecT<3> up{{0, 1, 0}};      // three doubles; VecT<3, float> for others
+//     math::VecT<3> up{{0, 1, 0}};      // three doubles; VecT<3, float> for floats
 //     up[1], up.data(), decltype(up)::size
 #pragma once
 

@@ -1,4 +1,4 @@
-// The lists of numbers, as far as AVX-512 writes them.
+// The AVX-512 part of writeNumberList().
 #pragma once
 
 #include "scene/core/NumberLists.h"
@@ -13,9 +13,9 @@ struct ListProgress {
     char* end;
 };
 
-// As writeNumberList(), but only as many numbers as go eight at a time, from the first one on: it stops where one of
-// eight has to be written the long way, or there are fewer. For numbers of 16 bits and more.
-template <class Number> ListProgress writeEightsAvx512(std::span<const Number> numbers, char* out) noexcept;
+// As writeNumberList(), eight numbers at a time. Stops before a group of eight with a number that needs the general
+// path, or when fewer than eight are left. For numbers of 16 bits or more.
+template <class Number> ListProgress writeGroupsAvx512(std::span<const Number> numbers, char* out) noexcept;
 
 } // namespace vor
 

@@ -28,7 +28,7 @@ bool isWord(std::string_view text, std::string_view lowerCaseWord) {
     return true;
 }
 
-// Takes an optional sign off the front; true for a minus.
+// Consumes an optional sign; true for a minus.
 bool takeSign(std::string_view& text) {
     const bool minus = text.starts_with('-');
     if (minus || text.starts_with('+'))
@@ -36,7 +36,7 @@ bool takeSign(std::string_view& text) {
     return minus;
 }
 
-// A growing unsigned number that remembers when it no longer fits 64 bits.
+// An unsigned number built digit by digit, with overflow detection.
 struct Magnitude {
     u64 value = 0;
     bool fits = true;
@@ -49,10 +49,10 @@ struct Magnitude {
     }
 };
 
-// The value of a digit in any base; no base reaches that of another character.
+// The value of a digit; other characters (-1) exceed every base.
 unsigned digitValue(char c) { return static_cast<unsigned>(String::hexValue(c)); }
 
-// Takes digits of the base off the front; false when there is none.
+// Consumes digits of the base; false if there are none.
 bool takeDigits(std::string_view& text, unsigned base, Magnitude& number) {
     std::size_t taken = 0;
     for (; taken < text.size() && digitValue(text[taken]) < base; ++taken)
@@ -69,7 +69,7 @@ bool takePositiveExponent(std::string_view& text, Magnitude& number) {
     Magnitude exponent;
     if (!takeDigits(text, 10, exponent))
         return false;
-    // Zero stays zero; anything else has left the 64 bits after twenty steps.
+    // Twenty zeros overflow 64 bits, unless the number is 0.
     const u64 steps = !exponent.fits || exponent.value > 20 ? 20 : exponent.value;
     for (u64 i = 0; i < steps; ++i)
         number.append(10, 0);
@@ -99,15 +99,15 @@ bool takeInteger(std::string_view text, String::Radix radix, Magnitude& number) 
     return text.empty() && number.fits;
 }
 
-// A decimal number as written: its digits as an integer, where they fit, and the power of ten behind it.
+// A decimal number as written: digits * 10^exponent.
 struct Decimal {
     std::string_view text; // without sign and suffix
     u64 digits = 0;
     i64 exponent = 0;
-    bool exact = true; // `digits` and `exponent` say it all
+    bool exact = true; // all digits and the exponent fit the members
 };
 
-// Takes digits into `number`; returns how many.
+// Appends digits to `number`; returns how many.
 std::size_t takeMantissa(std::string_view& text, Decimal& number) {
     std::size_t taken = 0;
     for (; taken < text.size() && String::isDigit(text[taken]); ++taken) {
@@ -154,24 +154,24 @@ bool takeDecimal(std::string_view text, Decimal& number) {
     return text.empty() || isWord(text, "f");
 }
 
-// What makes Clinger's fast path exact: integers below `digits` and powers of ten up to `power` are
-// values of the type, so one multiplication or division rounds once and correctly.
+// The bounds of Clinger's fast path: integers up to `maxInteger` and powers of ten up to `maxPower` are exact, so that
+// one multiplication or division rounds once and correctly.
 template <class Real> struct Exact;
 template <> struct Exact<double> {
-    static constexpr u64 digits = u64(1) << 53;
-    static constexpr i64 power = 22;
+    static constexpr u64 maxInteger = u64(1) << 53;
+    static constexpr i64 maxPower = 22;
     static constexpr double powers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                                         1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 };
 template <> struct Exact<float> {
-    static constexpr u64 digits = u64(1) << 24;
-    static constexpr i64 power = 10;
+    static constexpr u64 maxInteger = u64(1) << 24;
+    static constexpr i64 maxPower = 10;
     static constexpr float powers[] = {1e0F, 1e1F, 1e2F, 1e3F, 1e4F, 1e5F, 1e6F, 1e7F, 1e8F, 1e9F, 1e10F};
 };
 
 template <class Real> Real round(const Decimal& number) {
     using E = Exact<Real>;
-    if (number.exact && number.digits <= E::digits && std::abs(number.exponent) <= E::power) {
+    if (number.exact && number.digits <= E::maxInteger && std::abs(number.exponent) <= E::maxPower) {
         const Real digits = static_cast<Real>(number.digits);
         return number.exponent < 0 ? digits / E::powers[-number.exponent] : digits * E::powers[number.exponent];
     }
@@ -209,7 +209,7 @@ template <class Real> std::string_view writeRealAs(Real value, char* buffer) {
     return {buffer, static_cast<std::size_t>(end - buffer)};
 }
 
-// Takes spaces off the front, then what stands before the next one.
+// Consumes leading spaces and the part up to the next one.
 std::string_view takePart(std::string_view& list) {
     list.remove_prefix(std::min(list.find_first_not_of(' '), list.size()));
     const std::string_view part = list.substr(0, list.find(' '));
@@ -217,39 +217,38 @@ std::string_view takePart(std::string_view& list) {
     return part;
 }
 
-// Takes the next of a list of numbers separated by spaces; false when there is none. `isRead` says whether
-// it is one.
+// Consumes the next part of a list separated by spaces; false if there is none. `isRead`: whether it is a number.
 bool takeReal(std::string_view& list, double& number, bool& isRead) {
     while (!list.empty() && list[0] == ' ')
         list.remove_prefix(1);
     if (list.empty())
         return false;
     const char* end = list.data() + list.size();
-    const char* behind = takePlainNumber(list.data(), end, number);
-    isRead = behind && (behind == end || *behind == ' ');
+    const char* next = takePlainNumber(list.data(), end, number);
+    isRead = next && (next == end || *next == ' ');
     if (isRead)
-        list = {behind, end};
+        list = {next, end};
     else
         isRead = parseReal(takePart(list), number);
     return true;
 }
 
-// The first parts of a text, at most mostReals, as reals.
+// The first parts of a list as reals.
 struct Reals {
     double numbers[mostReals];
     bool isRead[mostReals];
-    u64 count = 0; // parts
+    u64 count = 0;
 
     // cppcheck-suppress uninitMemberVar
-    Reals(std::string_view text, u64 most) {
-        while (count < std::min(most, mostReals) && takeReal(text, numbers[count], isRead[count]))
+    Reals(std::string_view text, u64 maxCount) {
+        while (count < std::min(maxCount, mostReals) && takeReal(text, numbers[count], isRead[count]))
             ++count;
     }
 
-    // Stores those of the first `of` parts that are numbers; true if all of them are.
-    bool store(u64 of, double* out) const noexcept {
+    // Stores those of the first `first` parts that are numbers; true if all of them are.
+    bool store(u64 first, double* out) const noexcept {
         bool all = true;
-        for (u64 i = 0; i < of; ++i) {
+        for (u64 i = 0; i < first; ++i) {
             out[i] = isRead[i] ? numbers[i] : out[i];
             all = all && isRead[i];
         }

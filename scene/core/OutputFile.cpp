@@ -9,32 +9,33 @@
 
 namespace vor {
 
-// With its last slash; nothing for a file of the current one.
+// The folder with its trailing slash; empty for the current folder.
 static std::string folderOf(const std::string& path) { return path.substr(0, path.rfind('/') + 1); }
 
-// Where a path leads to, be there a file or not.
-static std::string followed(std::filesystem::path path) {
+// Resolves symbolic links, dangling ones included.
+static std::string resolveLinks(std::filesystem::path path) {
     namespace fs = std::filesystem;
     std::error_code error;
-    for (int links = 0; links < 40 && fs::is_symlink(path, error); ++links) {
+    constexpr int maxLinks = 40; // as the kernel does
+    for (int links = 0; links < maxLinks && fs::is_symlink(path, error); ++links) {
         const fs::path target = fs::read_symlink(path, error);
         path = target.is_absolute() ? target : path.parent_path() / target;
     }
     return path.string();
 }
 
-OutputFile::OutputFile(const std::string& path) : name_(path), path_(followed(path)) {
+OutputFile::OutputFile(const std::string& path) : name_(path), path_(resolveLinks(path)) {
     if (path_.empty())
         fail(ENOENT);
     struct stat status {};
-    const bool isThere = stat(path_.c_str(), &status) == 0;
-    if (isThere && !S_ISREG(status.st_mode))
+    const bool exists = stat(path_.c_str(), &status) == 0;
+    if (exists && !S_ISREG(status.st_mode))
         fail(S_ISDIR(status.st_mode) ? EISDIR : ENOTSUP);
-    if (isThere && access(path_.c_str(), W_OK) != 0)
+    if (exists && access(path_.c_str(), W_OK) != 0)
         fail(errno);
     open();
-    // As far as it may be done; or they are those of a new file.
-    if (isThere && (fchown(descriptor_, status.st_uid, status.st_gid) == 0 || status.st_uid == geteuid()))
+    // Keep owner and mode of the old file. Without permission to set the owner, keep the mode only if it is ours.
+    if (exists && (fchown(descriptor_, status.st_uid, status.st_gid) == 0 || status.st_uid == geteuid()))
         (void)fchmod(descriptor_, status.st_mode & 07777);
 }
 
@@ -49,7 +50,7 @@ void OutputFile::setTemporary(unsigned attempt) {
     temporary_ = folderOf(path_) + ".vrn-" + std::to_string(getpid()) + '-' + std::to_string(attempt) + ".new";
 }
 
-// Without a name, if the file system can do that and it can be given one later.
+// Prefers a file without a name, if the file system supports it and /proc is available to name it later.
 void OutputFile::open() {
 #ifdef O_TMPFILE
     const std::string folder = folderOf(path_);
@@ -64,8 +65,8 @@ void OutputFile::open() {
     }
 }
 
-// No call gives a file a name that another one has, so that it gets one of its own first.
-void OutputFile::giveName() {
+// linkat() does not replace an existing file, so link under a temporary name first and rename that.
+void OutputFile::linkTemporary() {
     const std::string unnamed = "/proc/self/fd/" + std::to_string(descriptor_);
     for (unsigned attempt = 0;; ++attempt) {
         setTemporary(attempt);
@@ -87,7 +88,7 @@ void OutputFile::commit() {
     if (fsync(descriptor_) != 0 && errno != EINVAL)
         fail(errno);
     if (temporary_.empty())
-        giveName();
+        linkTemporary();
     const int descriptor = descriptor_;
     descriptor_ = -1;
     if (close(descriptor) != 0 || std::rename(temporary_.c_str(), path_.c_str()) != 0)

@@ -1,8 +1,8 @@
-// A file that appears as a whole or not at all.
+// Writes a file atomically: it appears complete or not at all.
 //
 //     OutputFile file("scene.glb");
 //     file.write(bytes);
-//     file.commit();                // without it nothing is left behind
+//     file.commit();                // without it, `scene.glb` is unchanged and no temporary file remains
 #pragma once
 
 #include <span>
@@ -12,7 +12,7 @@
 
 namespace vor {
 
-// What the system refused, and about which file.
+// A failed system call, with the path that the caller passed.
 class OutputFileError : public std::system_error {
 public:
     OutputFileError(int error, std::string path)
@@ -23,9 +23,10 @@ private:
     std::string path_;
 };
 
-// Written beside the file that it is going to replace. Unless it is committed nothing is left of it, on file systems
-// that have files without a name not even where the process is killed. A link is followed, a file that is replaced
-// leaves its mode; what is no file of a disk, such as a device, is refused. Functions throw OutputFileError.
+// Writes to a temporary file in the folder of the target. If it is not committed, the destructor removes it; on file
+// systems with O_TMPFILE, nothing remains even if the process is killed. Follows symbolic links and keeps the mode of a
+// file that it replaces. Only regular files can be replaced, not devices or folders. All functions throw
+// OutputFileError.
 class OutputFile {
 public:
     explicit OutputFile(const std::string& path);
@@ -39,23 +40,23 @@ public:
         write(std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
     }
 
-    // Puts it in its place, also for the case that the power fails.
+    // Flushes the file to disk (fsync) and renames it to the target. Call at most once.
     void commit();
 
 private:
     [[noreturn]] void fail(int error) const { throw OutputFileError(error, name_); }
     void open();
     void setTemporary(unsigned attempt);
-    void giveName();
+    void linkTemporary();
 
-    std::string name_; // as the caller calls it
-    std::string path_;
-    std::string temporary_; // empty as long as it has no name
+    std::string name_;      // the path as passed by the caller
+    std::string path_;      // with links resolved
+    std::string temporary_; // empty while the file has no name
     int descriptor_ = -1;
     bool isCommitted_ = false;
 };
 
-// Writes all of a text to an open file; returns the errno of what went wrong, or 0.
+// Writes all of `text` to an open file; returns 0 or the errno of the failure.
 [[nodiscard]] int writeAll(int descriptor, std::string_view text) noexcept;
 
 } // namespace vor

@@ -1,10 +1,12 @@
-// The short way from text to number, for the plain decimals that most of a scene is made of.
+// The fast path from text to number, for the plain decimals that most of a scene consists of.
 //
-// takePlainNumber() reads `-?digits` into an integer, `-?digits(.digits)?` into a real, straight from a
-// text that goes on behind it. It takes what it can do exactly and leaves everything else (exponents,
-// suffixes, many digits, numbers that do not fit) to the parsers of NumberText.h, which give the same
-// value for what it takes. Up to eight digits are read at once as one 64-bit word; see Lemire, "Number
-// parsing at a gigabyte per second" (2021).
+//     double number = 0;
+//     const char* next = takePlainNumber(at, end, number);   // null: use NumberText.h
+//
+// Reads `-?digits` as an integer or `-?digits(.digits)?` as a real from the front of a longer text. It accepts only
+// what it can convert exactly, and leaves the rest (exponents, suffixes, many digits, integers out of range) to the
+// parsers of NumberText.h, which return the same value for whatever it accepts. Eight digits are read as one 64-bit
+// word; see Lemire, "Number parsing at a gigabyte per second" (2021). Allocates nothing and never reads past `end`.
 #pragma once
 
 #include "scene/core/Types.h"
@@ -23,36 +25,44 @@ struct DigitRun {
     u32 count = 0;
 };
 
-// The digits at the start of eight characters.
+inline constexpr u64 eightOnes = 0x0101010101010101;
+inline constexpr u64 eightZeros = eightOnes * '0';
+
+// The leading digits of eight characters.
 inline DigitRun leadingDigits(const char* text) noexcept {
-    constexpr u64 ones = 0x0101010101010101;
     u64 word;
     std::memcpy(&word, text, sizeof word);
-    u64 digits = word ^ (ones * '0'); // 0 to 9 where there is a digit
-    const u64 others = (((digits & (ones * 0x7F)) + ones * (0x80 - 10)) | digits) & (ones * 0x80);
+    u64 digits = word ^ eightZeros; // 0 to 9 in the bytes of digits
+    // The top bit of every byte above 9: adding 0x80 - 10 to the low seven bits sets it from 10 on, without a carry.
+    const u64 others = (((digits & (eightOnes * 0x7F)) + eightOnes * (0x80 - 10)) | digits) & (eightOnes * 0x80);
     const u32 count = static_cast<u32>(std::countr_zero(others)) / 8;
     if (count == 0)
         return {};
-    digits <<= (8 - count) * 8; // leading zeros
-    digits = digits * 10 + (digits >> 8);
-    const u64 low = (digits & 0x000000FF000000FF) * 0x000F424000000064;
-    const u64 high = (digits >> 16 & 0x000000FF000000FF) * 0x0000271000000001;
+    digits <<= (8 - count) * 8;           // pad with leading zeros
+    digits = digits * 10 + (digits >> 8); // bytes 0, 2, 4, 6 hold the pairs of digits a, b, c, d
+    // (a + c * 2^32) * (100 + 10^6 * 2^32) has a * 10^6 + c * 100 in its upper half, and likewise for b and d. The
+    // lower halves, a * 100 and b, do not carry.
+    constexpr u64 everyOtherPair = 0xFF | u64(0xFF) << 32;
+    constexpr u64 weightsOfAC = 100 | u64(1000000) << 32;
+    constexpr u64 weightsOfBD = 1 | u64(10000) << 32;
+    const u64 low = (digits & everyOtherPair) * weightsOfAC;
+    const u64 high = (digits >> 16 & everyOtherPair) * weightsOfBD;
     return {(low + high) >> 32, count};
 }
 
 inline constexpr u64 powersOfTen[] = {1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000};
 
-// As many digits always fit 64 bits.
-inline constexpr u32 mostDigits = 19;
+// Any number of 19 digits fits 64 bits: 10^19 < 2^64.
+inline constexpr u32 maxDigits = 19;
 
-// Takes the digits at `text` into `number`, at most mostDigits in all; returns the place behind them. With
-// fewer than eight characters left, or on a machine of the other byte order, one digit at a time.
+// Appends the digits at `text` to `number`, up to maxDigits in total; returns the position after them. Works digit by
+// digit where fewer than eight characters remain, and on big-endian processors.
 inline const char* takeDigits(const char* text, const char* end, DigitRun& number) noexcept {
     if constexpr (std::endian::native == std::endian::little) {
         while (end - text >= 8) {
             const DigitRun run = leadingDigits(text);
-            if (number.count + run.count > mostDigits)
-                return text; // before a digit, where no number may end
+            if (number.count + run.count > maxDigits)
+                return text; // at a digit, so that the caller falls back to the long path
             number.value = number.value * powersOfTen[run.count] + run.value;
             number.count += run.count;
             text += run.count;
@@ -60,7 +70,7 @@ inline const char* takeDigits(const char* text, const char* end, DigitRun& numbe
                 return text;
         }
     }
-    while (text != end && *text >= '0' && *text <= '9' && number.count < mostDigits) {
+    while (text != end && *text >= '0' && *text <= '9' && number.count < maxDigits) {
         number.value = number.value * 10 + static_cast<u64>(*text++ - '0');
         ++number.count;
     }
@@ -70,23 +80,31 @@ inline const char* takeDigits(const char* text, const char* end, DigitRun& numbe
 inline constexpr double exactPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,
                                               1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19};
 
-// digits / 10^places, rounded to the nearest; false where one division does not give that. An integer of 53
-// bits over an exact power of ten is rounded once (Clinger 1990).
+// Integers up to here are doubles.
+inline constexpr i64 maxExactInteger = i64(1) << std::numeric_limits<double>::digits;
+
+// Converting a correctly rounded double to float rounds a second time. That changes the result only if the double is
+// exactly halfway between two floats: the mantissa bits that a float lacks are a one and zeros. The decimal may have
+// been on either side of that.
+inline constexpr i64 floatTie =
+    i64(1) << (std::numeric_limits<double>::digits - std::numeric_limits<float>::digits - 1);
+inline constexpr i64 floatTailMask = 2 * floatTie - 1;
+
+// digits / 10^places, rounded to nearest; false if one division does not guarantee that. The quotient of an integer of
+// up to 53 bits and an exact power of ten is rounded only once (Clinger 1990).
 template <class Real> [[nodiscard]] inline bool divide(u64 digits, u32 places, Real& out) noexcept {
-    if (digits > u64(1) << 53)
+    if (digits > u64(maxExactInteger))
         return false;
     const double value = static_cast<double>(digits) / exactPowersOfTen[places];
     if constexpr (sizeof(Real) == sizeof(float)) {
-        // Rounding twice goes wrong only where the double looks like a tie between two floats.
-        constexpr u64 tie = 0x10000000;
-        if ((std::bit_cast<u64>(value) & (2 * tie - 1)) == tie)
+        if ((std::bit_cast<u64>(value) & u64(floatTailMask)) == u64(floatTie))
             return false;
     }
     out = static_cast<Real>(value);
     return true;
 }
 
-// The same for any digits and up to mostDigits places, for which 128 bits always tell what is nearest (Lemire,
+// The same for any digits and up to maxDigits places, where a product of 128 bits always decides the rounding (Lemire,
 // "Number parsing at a gigabyte per second", 2021).
 template <class Real> [[nodiscard]] Real roundDecimal(u64 digits, u32 places) noexcept;
 extern template float roundDecimal(u64, u32) noexcept;
@@ -94,8 +112,8 @@ extern template double roundDecimal(u64, u32) noexcept;
 
 } // namespace detail
 
-// Reads a number at `text`; returns the place behind it, or null if the long way has to be taken.
-// Whether a number may end there is for the caller to see.
+// Reads a number at `text`; returns the position after it, or null if the general parser is needed. The caller checks
+// whether the next character may follow a number.
 template <class Integer>
 requires std::is_integral_v<Integer>
 [[nodiscard]] inline const char* takePlainNumber(const char* text, const char* end, Integer& out) noexcept {

@@ -1,9 +1,13 @@
-// The shortest decimal that reads back as a given real number, for the numbers that most scenes are made of.
+// The shortest decimal that reads back as a given real number, for the magnitudes that most scenes use.
 //
-// A real number stands for all numbers that round to it. Among the decimals there, the ones with the fewest digits
-// are looked for, and of these the nearest; see Giulietti, "The Schubfach way to render doubles" (2020). Limited to
-// numbers that may have a fraction (below 2^53 for double, 2^24 for float) and are not too small, powers of five and
-// what is multiplied by them fit their words, so that all of the arithmetic is exact.
+//     if (isInFastRange<double>(bits))                                  // the bits of 0.25, without the sign
+//         const auto [digits, places] = shortestDecimal<double>(bits);  // 25 * 10^15 and 17
+//
+// Every decimal within half a unit in the last place of a real rounds to it. Of these the function returns one with the
+// fewest digits, and the nearest among several; see Giulietti, "The Schubfach way to render doubles" (2020). The range
+// is limited to numbers that may have a fraction (below 2^53 for double, 2^24 for float) and are at least 2^-17. There
+// the powers of five and their products fit a word, so that all arithmetic is exact and no branch depends on the
+// number.
 #pragma once
 
 #include "scene/core/Types.h"
@@ -15,11 +19,13 @@ namespace vor::detail {
 
 __extension__ using u128 = unsigned __int128;
 
-// floor(log10(2^q)) and floor(log10(3/4 2^q)), for more exponents than there are.
-constexpr i32 log10OfPower(i32 q) noexcept { return (q * 1262611) >> 22; }
-constexpr i32 log10OfThreeQuarters(i32 q) noexcept { return (q * 1262611 - 524031) >> 22; }
+// floor(log10(2^q)) and floor(log10(3/4 * 2^q)) in fixed point, checked below for all exponents that occur.
+inline constexpr i32 logFractionBits = 22;
+inline constexpr i32 log10OfTwo = 1262611;       // 0.30103 * 2^22 = 1262611.4
+inline constexpr i32 log10OfFourThirds = 524031; // 0.12494 * 2^22 = 524031.04
+constexpr i32 log10OfPower(i32 q) noexcept { return (q * log10OfTwo) >> logFractionBits; }
+constexpr i32 log10OfThreeQuarters(i32 q) noexcept { return (q * log10OfTwo - log10OfFourThirds) >> logFractionBits; }
 
-// 5^e for all e that the numbers ask for.
 template <std::size_t count> constexpr std::array<u64, count> firstPowersOfFive() noexcept {
     std::array<u64, count> powers{};
     u64 power = 1;
@@ -29,23 +35,52 @@ template <std::size_t count> constexpr std::array<u64, count> firstPowersOfFive(
     }
     return powers;
 }
-inline constexpr std::array<u64, 23> powersOfFive = firstPowersOfFive<23>();
 
+// The layout of a real: (2^mantissaBits + fraction) * 2^(exponent bits - bias), so `bias` is that of IEEE 754 for a
+// mantissa taken as an integer.
 template <class Real> struct RealForm;
 template <> struct RealForm<float> {
     using Bits = u32;
-    using Product = u64; // of four times a mantissa and a power of five
+    using Product = u64; // fits 4 * mantissa * power of five: 2 + 24 + 31 bits
     static constexpr i32 mantissaBits = 23;
-    static constexpr i32 bias = 150;
-    static constexpr u32 digits = 9; // that a shortest decimal may have
+    static constexpr i32 bias = 127 + mantissaBits;
+    static constexpr u32 digits = 9; // the longest shortest decimal
 };
 template <> struct RealForm<double> {
     using Bits = u64;
-    using Product = u128;
+    using Product = u128; // fits 4 * mantissa * power of five: 2 + 53 + 49 bits
     static constexpr i32 mantissaBits = 52;
-    static constexpr i32 bias = 1075;
+    static constexpr i32 bias = 1023 + mantissaBits;
     static constexpr u32 digits = 17;
 };
+
+// The fast range starts at 2^minFastExponent.
+inline constexpr i32 minFastExponent = -17;
+
+// The exponents k of ten are those of 2^q with q from here, for double, to 0; each needs 5^-k.
+inline constexpr i32 minScale = minFastExponent - RealForm<double>::mantissaBits;
+inline constexpr auto powersOfFive = firstPowersOfFive<1 - log10OfThreeQuarters(minScale)>();
+
+// 10^k <= x < 10^(k + 1) for x = 2^q and for x = 3/4 * 2^q, scaled by 2^-q * 10^-k and, for the second, by 4.
+consteval bool areLogarithmsExact() {
+    const auto powerOfTen = [](i32 exponent) {
+        u128 power = 1;
+        while (exponent-- > 0)
+            power *= 10;
+        return power;
+    };
+    for (i32 q = minScale; q <= 0; ++q) {
+        const i32 k = log10OfPower(q);
+        const i32 l = log10OfThreeQuarters(q);
+        const u128 inverse = u128(1) << -q;
+        if (k < 0 ? powerOfTen(-k) < inverse || powerOfTen(-k - 1) >= inverse : q != 0)
+            return false;
+        if (3 * powerOfTen(-l) < 4 * inverse || 3 * powerOfTen(-l - 1) >= 4 * inverse)
+            return false;
+    }
+    return true;
+}
+static_assert(areLogarithmsExact());
 
 // digits / 10^places; the digits may end with zeros.
 struct ShortestDecimal {
@@ -53,49 +88,50 @@ struct ShortestDecimal {
     i32 places;
 };
 
-// The bits, without the sign's, of the numbers for which shortestDecimal() holds: from 2^-17 to the last that may have
-// a fraction.
+// The bits, without the sign, of the numbers that shortestDecimal() accepts: from 2^minFastExponent up to, and not
+// including, the first number whose neighbours are more than 1 apart.
 template <std::floating_point Real>
-constexpr u64 leastMiddling = u64(RealForm<Real>::bias - RealForm<Real>::mantissaBits - 17)
-                              << RealForm<Real>::mantissaBits;
+constexpr u64 minFastBits = u64(RealForm<Real>::bias - RealForm<Real>::mantissaBits + minFastExponent)
+                            << RealForm<Real>::mantissaBits;
 template <std::floating_point Real>
-constexpr u64 endOfMiddling = u64(RealForm<Real>::bias + 1) << RealForm<Real>::mantissaBits;
+constexpr u64 endOfFastBits = u64(RealForm<Real>::bias + 1) << RealForm<Real>::mantissaBits;
 
-template <std::floating_point Real> [[nodiscard]] inline bool isMiddling(u64 bits) noexcept {
-    return bits - leastMiddling<Real> < endOfMiddling<Real> - leastMiddling<Real>;
+template <std::floating_point Real> [[nodiscard]] inline bool isInFastRange(u64 bits) noexcept {
+    return bits - minFastBits<Real> < endOfFastBits<Real> - minFastBits<Real>;
 }
 
-// There is no branch that depends on the number.
+// `bits` must be in the fast range. Branch-free.
 template <std::floating_point Real> [[nodiscard]] inline ShortestDecimal shortestDecimal(u64 bits) noexcept {
     using Form = RealForm<Real>;
     constexpr u64 hiddenBit = u64(1) << Form::mantissaBits;
     const u64 fraction = bits & (hiddenBit - 1);
     const u64 mantissa = fraction | hiddenBit;
     const i32 q = static_cast<i32>(bits >> Form::mantissaBits) - Form::bias;
-    // Below a power of two the numbers stand twice as dense.
+    // Below a power of two, neighbours are half as far apart.
     const bool isLowerCloser = fraction == 0;
     const i32 k = isLowerCloser ? log10OfThreeQuarters(q) : log10OfPower(q);
 
-    // The number in units of 10^k, as a fixed-point number: what is left of 2^q * 10^-k is a power of five, and a power
-    // of two that says where the point is. Two more bits hold the halves between two numbers.
+    // The number in units of 10^k, in fixed point: 2^q * 10^-k is 5^-k times a power of two, which becomes the position
+    // of the binary point. Two extra bits hold the midpoints between neighbours.
     const u64 power = powersOfFive[static_cast<std::size_t>(-k)];
     const i32 point = 2 - (q - k);
     const auto product = static_cast<typename Form::Product>(4 * mantissa) * power;
     const u64 units = static_cast<u64>(product >> point);
     const u64 one = u64(1) << point;
     const u64 rest = static_cast<u64>(product) & (one - 1);
-    // How far what rounds to it reaches to both sides. The ends belong to it if it is even.
+    // The distances to the midpoints on both sides. A midpoint itself rounds to the even mantissa.
     const u64 odd = mantissa & 1;
     const u64 below = (isLowerCloser ? power : 2 * power) - odd;
     const u64 above = 2 * power - odd;
 
-    // With one digit less, if just one of the two neighbours belongs; the ends are less than ten units apart.
+    // One digit fewer, if exactly one of the two multiples of ten around rounds to the number; the midpoints are less
+    // than ten units apart.
     const u64 tens = units / 10;
     const u64 restOfTens = (units - 10 * tens) * one + rest;
     const bool isTensIn = restOfTens <= below;
     const bool isNextTensIn = 10 * one - restOfTens <= above;
-    // Else the nearer one, of two as near the even one. It belongs, for what rounds to the number reaches as far to
-    // both sides; to powers of two it does not, and the tests look at each of them.
+    // Otherwise the nearest multiple of one, half to even. It rounds to the number, because the interval is symmetric;
+    // for powers of two, where it is not, a test covers every one of them.
     const bool isNextNearer = 2 * rest + (units & 1) > one;
     const bool isShorter = isTensIn != isNextTensIn;
     return {isShorter ? 10 * (tens + isNextTensIn) : units + isNextNearer, -k};

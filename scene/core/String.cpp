@@ -67,8 +67,8 @@ void appendUtf8(std::string& out, int codePoint) {
 bool isHighSurrogate(int unit) noexcept { return unit >= 0xD800 && unit <= 0xDBFF; }
 bool isLowSurrogate(int unit) noexcept { return unit >= 0xDC00 && unit <= 0xDFFF; }
 
-// Reads the \u escape at the start of `text`. Returns how many characters it takes, 0 if it is none
-// or stands for no character.
+// Appends the character of the \u escape at the start of `text`. Returns the length of the escape; 0 if it is
+// malformed, a NUL or a lone surrogate.
 std::size_t unicodeEscape(std::string_view text, std::string& out) {
     const int unit = hexDigits(text.substr(2), 4);
     if (unit <= 0 || isLowSurrogate(unit))
@@ -122,7 +122,7 @@ String::String(u64 number) : String() {
     *this = String(digits, static_cast<std::size_t>(end - digits));
 }
 
-// Turns this handle, which holds nothing to release, into one of `length` bytes that the caller fills.
+// Makes this a handle to `length` bytes, which the caller fills. It must not hold a reference yet.
 char* String::allocate(std::size_t length) {
     if (length <= inlineCapacity) {
         handle_ = Handle{0, 0};
@@ -237,24 +237,24 @@ String String::unescape() const {
     std::string out;
     out.reserve(len());
     for (std::string_view rest = view(); !rest.empty();) {
-        std::size_t taken = 0;
+        std::size_t consumed = 0;
         if (rest[0] == '\\' && rest.size() > 1) {
-            taken = escape(rest, out);
-            if (taken == 0) {
-                taken = 2;
-                out += rest.substr(0, taken);
+            consumed = escape(rest, out);
+            if (consumed == 0) {
+                consumed = 2;
+                out += rest.substr(0, consumed);
             }
         } else {
-            taken = 1;
+            consumed = 1;
             out += rest[0];
         }
-        rest.remove_prefix(taken);
+        rest.remove_prefix(consumed);
     }
     return std::string_view(out);
 }
 
 u64 String::hash() const noexcept {
-    u64 hash = 0xCBF29CE484222325;
+    u64 hash = 0xCBF29CE484222325; // FNV offset basis and prime
     for (const char c : view())
         hash = (hash ^ static_cast<u8>(c)) * 0x100000001B3;
     return hash;
@@ -291,7 +291,7 @@ String String::formatv(const char* format, va_list arguments) {
     }
     va_end(again);
     if (length < 0)
-        return "(a text of more than 2 GiB)"; // beyond what printf can count
+        return "(a text of more than 2 GiB)"; // printf returns an int
     return large.empty() ? String(small, static_cast<std::size_t>(length)) : String(std::string_view(large));
 }
 

@@ -1,16 +1,15 @@
-// String: the immutable text handle that all layers pass around.
+// String: an immutable, reference-counted text, used by all layers.
 //
 //     String name = "camera1";
-//     String path = name + ".fov";             // a new text; `name` is as it was
+//     String path = name + ".fov";             // a new text; `name` is unchanged
 //     u64 version = 0;
-//     if (!String::parse("2", version)) ...    // false leaves `version` alone
+//     if (!String::parse("2", version)) ...    // false leaves `version` unchanged
 //
-// A handle takes 16 bytes. Texts of up to 15 bytes live inside it; longer ones stand behind an atomic
-// reference count, so copying a handle is cheap, never copies text and may be done from several
-// threads at once. The text never changes and is always followed by a NUL, which buf() relies on. It
-// may hold NUL bytes and need not be UTF-8: lengths and positions count bytes. Letters, digits and
-// spaces are the ASCII ones whatever the locale. Operations that build a text throw std::bad_alloc
-// when there is no memory for it; nothing else throws.
+// A handle takes 16 bytes. Texts of up to 15 bytes are stored inline; longer ones are shared through an atomic
+// reference count, so that copying a handle never copies text and is safe while other threads use other handles to the
+// same text. Texts are followed by a NUL. They may contain NUL bytes and need not be UTF-8; lengths and positions are
+// in bytes. Letters, digits and spaces are those of ASCII, whatever the locale. Operations that create a text may throw
+// std::bad_alloc; nothing else throws.
 #pragma once
 
 #include "scene/core/Export.h"
@@ -32,8 +31,8 @@ using StringVector = ds::Vector<String>;
 
 class VRN_API String {
 public:
-    // How the integer parsers read digits. Auto takes a decimal number, or one with the prefix `0x` or
-    // `0b`; the others take digits of just that base.
+    // The base of the integer parsers. Auto is decimal, or as given by a prefix `0x` or `0b`; the others accept no
+    // prefix.
     enum class Radix : int { Auto = 0, Binary = 2, Decimal = 10, Hexadecimal = 16 };
 
     String() noexcept { setInline({}); }
@@ -51,7 +50,7 @@ public:
     String(const String& other) noexcept : handle_(other.handle_) { retain(); }
     String(String&& other) noexcept : handle_(other.handle_) { other.setInline({}); }
     String& operator=(const String& other) noexcept {
-        other.retain(); // first: it may be this one
+        other.retain(); // first, in case of self-assignment
         release();
         handle_ = other.handle_;
         return *this;
@@ -66,7 +65,7 @@ public:
     }
     ~String() { release(); }
 
-    // The text with its terminating NUL; valid as long as this handle is neither changed nor moved.
+    // The text with its terminating NUL; valid until this handle is assigned, moved or destroyed.
     [[nodiscard]] const char* buf() const noexcept { return isShared() ? shared() + sizeof(Header) : bytes(); }
     [[nodiscard]] std::size_t len() const noexcept { return isShared() ? header()->length : inlineLength(); }
     [[nodiscard]] bool isEmpty() const noexcept { return len() == 0; }
@@ -78,14 +77,14 @@ public:
 
     friend bool operator==(const String& a, const String& b) noexcept {
         const bool isSame = a.handle_[0] == b.handle_[0] && a.handle_[1] == b.handle_[1];
-        return isSame || (a.isShared() && b.isShared() && a.view() == b.view()); // an inline text has one handle
+        return isSame ||
+               (a.isShared() && b.isShared() && a.view() == b.view()); // equal inline texts have equal handles
     }
     friend bool operator==(const String& a, const char* b) noexcept { return a.view() == std::string_view(b); }
     friend bool operator==(const String& a, std::string_view b) noexcept { return a.view() == b; }
     friend String operator+(const String& a, const String& b) { return concat(a, b); }
 
-    // Below 0, 0 or above 0 as this text stands before, equals or stands behind `other` when the case
-    // of ASCII letters is ignored.
+    // Negative, 0 or positive if this text is less than, equal to or greater than `other`, ignoring ASCII case.
     [[nodiscard]] int compareNoCase(std::string_view other) const noexcept;
     [[nodiscard]] bool contains(std::string_view part, bool ignoreCase = false) const noexcept;
     [[nodiscard]] bool startsWith(std::string_view part, bool ignoreCase = false) const noexcept;
@@ -94,37 +93,34 @@ public:
     // The first position of `c` at or after `from`, or -1.
     [[nodiscard]] i64 find(char c, bool ignoreCase = false, std::size_t from = 0) const noexcept;
 
-    // What follows the first `c` (with it, if `include`); empty when there is none.
+    // The part after the first `c`, or from it on with `include`; empty if there is none.
     [[nodiscard]] String fromFirst(char c, bool include = false) const;
 
-    // At most `length` bytes from `start`; what lies beyond the end is left out.
+    // Up to `length` bytes from `start`, clipped to the text.
     [[nodiscard]] String substring(std::size_t start, std::size_t length) const;
 
-    // Without the spaces at the chosen ends.
+    // Without white space at the chosen ends.
     [[nodiscard]] String trim(bool leading = true, bool trailing = true) const;
 
-    // Without the characters of `leading` at the front and those of `trailing` at the end. An empty
-    // `trailing` means that `leading` serves for both ends.
+    // Without any of the characters `leading` at the start and `trailing` at the end; an empty `trailing` is the same
+    // as `leading`.
     [[nodiscard]] String trimChars(std::string_view leading, std::string_view trailing = {}) const;
 
-    // With ASCII capitals made small: all of them, or only a first one.
+    // With ASCII letters in lower case: all of them, or only the first character.
     [[nodiscard]] String toLower(bool firstOnly = false) const;
 
-    // The parts between the separators: n separators make n + 1 parts, of which empty ones are left
-    // out on `skipEmpty`; `trimParts` first takes the spaces off both ends of each.
+    // The n + 1 parts between n separators, each trimmed with `trimParts`, without empty ones with `skipEmpty`.
     [[nodiscard]] StringVector split(char separator, bool skipEmpty = false, bool trimParts = false) const;
 
-    // With escapes resolved: \n \t \r \a \b \f \v \\ \" \', \xHH (a byte) and \uHHHH (a code point, as
-    // UTF-8; a surrogate pair is one). Anything else behind a backslash stays as written, and so do
-    // escapes that would make a NUL or a lone surrogate.
+    // With escapes resolved: \n \t \r \a \b \f \v \\ \" \', \xHH (a byte) and \uHHHH (a code point or surrogate pair,
+    // written as UTF-8). Other sequences are kept as written, and so are escapes for NUL and lone surrogates.
     [[nodiscard]] String unescape() const;
 
-    // FNV-1a of 64 bits (Fowler, Noll, Vo). Linear in the length.
+    // The 64-bit FNV-1a hash (Fowler, Noll, Vo), the same in every process. Linear.
     [[nodiscard]] u64 hash() const noexcept;
 
-    // printf-style, for results of less than 2 GiB; a longer one is replaced by words that say so. %s ends at a NUL;
-    // numbers with a decimal point follow the locale of the process, so real numbers are to be written with the
-    // functions of NumberText.h instead.
+    // printf-style. A result of 2 GiB or more is replaced by a note about its length. %s ends at a NUL. Write real
+    // numbers with NumberText.h instead, because printf uses the decimal point of the locale.
     [[nodiscard]] static String format(const char* format, ...) __attribute__((format(printf, 1, 2)));
     [[nodiscard]] static String formatv(const char* format, va_list arguments) __attribute__((format(printf, 1, 0)));
 
@@ -145,8 +141,7 @@ public:
         return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
     }
 
-    // The number parsers take a whole text and leave `out` alone when they return false. NumberText.h
-    // says what each accepts.
+    // The parsers of NumberText.h. They expect the whole text to be a number; on failure `out` is unchanged.
     [[nodiscard]] static bool parse(std::string_view text, bool& out);
     [[nodiscard]] static bool parse(std::string_view text, float& out);
     [[nodiscard]] static bool parse(std::string_view text, double& out);
@@ -161,23 +156,23 @@ public:
     [[nodiscard]] static bool parse(std::string_view text, unsigned long& out, Radix radix = Radix::Auto);
     [[nodiscard]] static bool parse(std::string_view text, unsigned long long& out, Radix radix = Radix::Auto);
 
-    // The first `count` space-separated numbers of `text` as the components of a math value; more are
-    // ignored. With fewer, `out` is untouched; a part that is no number leaves its own component
-    // alone, the others are still read, and the result is false. `count` is at most T::size.
+    // The first `count` (at most T::size) space-separated numbers of `text` as components of a math value; the rest is
+    // ignored. With fewer parts `out` is unchanged and the result false. A part that is not a number leaves its
+    // component unchanged, the others are stored, and the result is false.
     template <class T> [[nodiscard]] static bool parse(std::string_view text, u64 count, T& out) {
         return count <= T::size && parseComponents(text, count, out.data());
     }
 
-    // A colour: four numbers, or three and an alpha of 1.
+    // A colour: four numbers, or three and an alpha of 1; see parseColourReals().
     template <class T> [[nodiscard]] static bool parse(std::string_view text, math::RgbaT<T>& out) {
         return parseColour(text, out.data());
     }
 
 private:
-    // Stands before the bytes of a shared text.
+    // Precedes the bytes of a shared text.
     struct Header {
         std::size_t length;
-        u64 references; // only through std::atomic_ref
+        u64 references; // accessed only through std::atomic_ref
     };
 
     static constexpr std::size_t inlineCapacity = 15;
@@ -201,9 +196,8 @@ private:
     }
     [[nodiscard]] Header* header() const noexcept { return reinterpret_cast<Header*>(shared()); }
 
-    // Makes this an inline text of at most inlineCapacity bytes. The handle is put together in registers
-    // and written at once: a copy that follows can then be fed from the write, which it could not be
-    // from several smaller ones.
+    // Makes this an inline text of at most inlineCapacity bytes. The handle is assembled in registers and written by
+    // one store, because store forwarding to a copy that follows fails for several smaller stores.
     void setInline(std::string_view text) noexcept {
         u64 words[2] = {0, 0};
         if constexpr (std::endian::native == std::endian::little) {
@@ -243,8 +237,8 @@ private:
             std::free(shared());
     }
 
-    // Either the text, NULs, and in the last byte the room that is left (so that a full handle ends in
-    // its own NUL); or the address of a shared text, and the tag in the last byte. Copied as a whole.
+    // Inline: the text, padded with NULs, and in the last byte the unused capacity, which is the terminating NUL of a
+    // full handle. Shared: the address of the Header, and sharedTag in the last byte. Copied as one vector register.
     using Handle = u64 __attribute__((vector_size(16), aligned(8), may_alias));
     static_assert(sizeof(Handle) == inlineCapacity + 1);
     Handle handle_;

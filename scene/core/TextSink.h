@@ -1,4 +1,10 @@
-// Where long texts go, piece by piece.
+// Output of long texts in pieces.
+//
+//     std::string text;
+//     const TextSink sink = [&](std::string_view piece) { text += piece; };
+//     TextBlock block(sink);
+//     block.append("a");
+//     block.flush();             // call at the end: the destructor does not
 #pragma once
 
 #include <algorithm>
@@ -11,11 +17,11 @@ namespace vor {
 
 using TextSink = std::function<void(std::string_view)>;
 
-// Gathers a text and hands it on in blocks of up to 64 KiB, or what is longer as a whole; the rest of it when flush()
-// is called.
+// Buffers a text and passes it to a sink in blocks of up to 64 KiB; longer pieces are passed through. Exceptions of the
+// sink propagate. Not thread-safe.
 class TextBlock {
 public:
-    // The sink stays the caller's and has to live as long.
+    // The sink must outlive the block.
     explicit TextBlock(const TextSink& sink)
         : sink_(sink), block_(std::make_unique_for_overwrite<char[]>(size + slack)) {}
 
@@ -25,13 +31,13 @@ public:
         std::copy(text.begin(), text.end(), block_.get() + used_);
         used_ += text.size();
     }
-    // The same for a short text behind which `slack` more characters may be read, of whatever kind.
+    // The same for a short text that is followed by at least `slack` readable characters, of any value.
     static constexpr std::size_t slack = 32;
     void appendLoose(std::string_view text) {
         if (text.size() > size - used_)
             return appendLong(text);
         char* const to = block_.get() + used_;
-        for (std::size_t i = 0; i < text.size(); i += slack) // pieces of a size that is known need no call
+        for (std::size_t i = 0; i < text.size(); i += slack) // copies of a constant size are inlined
             std::memcpy(to + i, text.data() + i, slack);
         used_ += text.size();
     }

@@ -1,4 +1,4 @@
-// Fixed-width number names used throughout the project.
+// Short names for fixed-width integers.
 #pragma once
 
 #include <cstddef>

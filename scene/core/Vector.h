@@ -1,6 +1,10 @@
-// A growable array with a fixed growth rule: two elements on the first insertion, then the capacity
-// doubles whenever it is full. Everything else is std::vector's: ownership, iterators that any growth
-// invalidates, the strong exception guarantee of push(). Appending is O(1) amortised.
+// A dynamic array with a specified growth: capacity for two elements on the first insertion, then doubling.
+//
+//     ds::Vector<int> numbers{1, 2};
+//     numbers.push(3) = 4;                  // 1, 2, 4; capacity 4
+//
+// Otherwise as std::vector: it owns its elements, growth invalidates iterators and references, and push() has the
+// strong exception guarantee. Appending is amortised O(1).
 #pragma once
 
 #include <cstddef>
@@ -31,17 +35,17 @@ public:
     [[nodiscard]] auto begin() const noexcept { return items_.begin(); }
     [[nodiscard]] auto end() const noexcept { return items_.end(); }
 
-    // Makes room for `capacity` elements; never shrinks.
+    // Reserves capacity for `capacity` elements; never shrinks.
     void reserve(std::size_t capacity) { items_.reserve(capacity); }
 
-    // Appends `item` and returns it in its place.
+    // Appends `item` and returns a reference to it.
     T& push(T item) {
         if (items_.size() == items_.capacity())
             items_.reserve(items_.empty() ? 2 : 2 * items_.capacity());
         return items_.emplace_back(std::move(item));
     }
 
-    // Removes the last element; the vector must not be empty.
+    // Requires a non-empty vector.
     void pop() noexcept { items_.pop_back(); }
 
     // Removes all elements and keeps the capacity.

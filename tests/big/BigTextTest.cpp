@@ -1,4 +1,4 @@
-// Texts of more than 2 GiB. Their bulk is blanks, so that they need no more memory than themselves.
+// Inputs of more than 2 GiB. Most of it is blanks, so that the scene stays small.
 #include "impl/Reader.h"
 #include "scene/Scene.h"
 

@@ -1,4 +1,4 @@
-// Reads a made-up text of n units of one kind, for the test that counts instructions.
+// Reads a generated input of n units of one kind, for the tests that count instructions.
 #include "impl/Reader.h"
 #include "scene/Scene.h"
 
@@ -22,7 +22,7 @@ std::string repeat(int n, const std::function<std::string(const std::string&)>& 
 
 using Make = std::function<std::string(int)>;
 
-// A text of n equal units, in which `$` stands for the number of the unit.
+// An input of n equal units, in which `$` is replaced by the number of the unit.
 Make units(std::string head, std::string unit, std::string tail = {}) {
     return [=](int n) {
         return head +
@@ -37,7 +37,7 @@ Make units(std::string head, std::string unit, std::string tail = {}) {
     };
 }
 
-// A zlib stream of n zeros that are not compressed (RFC 1950, 1951), a space behind each byte.
+// A zlib stream of n zeros in a stored block (RFC 1950, 1951), with a space after each byte.
 std::string spacedPayload(int n) {
     std::string text = "t n; n.x = byte[" + std::to_string(n) + "] {.";
     const auto byte = [&](int value) {
@@ -92,7 +92,7 @@ static bool read(const Make& make, int n) {
     return parseString(&scene, std::string_view(text));
 }
 
-// workload: lists the workloads; workload NAME N: reads one; workload all N: reads them all.
+// workload: list the workloads; workload NAME N: read one; workload all N: read all of them.
 int main(int argc, char** argv) {
     bool isOk = true;
     for (const auto& [name, make] : workloads) {

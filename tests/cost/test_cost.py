@@ -1,6 +1,6 @@
-"""Reading costs instructions in proportion to the text: counted at n and at 4n, so that no clock decides.
+"""Reading takes time linear in the input. Compares instruction counts at n and 4n instead of times.
 
-WORKLOAD names the program that reads; it lists its workloads when called without arguments."""
+WORKLOAD is the program that reads; without arguments it lists its workloads."""
 import os
 import re
 import subprocess

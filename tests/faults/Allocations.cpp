@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <malloc.h>
 
-// What stands behind the names below in the C library.
+// glibc's implementations of the functions below.
 extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
@@ -21,17 +21,17 @@ namespace {
 std::atomic<std::size_t> blocks = 0;
 std::atomic<std::size_t> bytes = 0;
 std::atomic<std::size_t> peak = 0;
-thread_local std::size_t untilFailure = 0; // 0: none is to come
-thread_local bool isEachToFail = false;
+thread_local std::size_t untilFailure = 0; // 0: no failure is pending
+thread_local bool failAll = false;
 thread_local bool hasFailed = false;
 thread_local Failing which = Failing::One;
 
-bool isToFail() noexcept {
+bool mustFail() noexcept {
     const bool isReached = untilFailure != 0 && --untilFailure == 0;
-    if (!isReached && !isEachToFail)
+    if (!isReached && !failAll)
         return false;
     hasFailed = true;
-    isEachToFail = which == Failing::AllBehindIt;
+    failAll = which == Failing::AllAfterIt;
     errno = ENOMEM;
     return true;
 }
@@ -57,21 +57,21 @@ void uncount(void* block) noexcept {
 
 void failAllocation(std::size_t nth, Failing kind) noexcept {
     untilFailure = nth;
-    isEachToFail = false;
+    failAll = false;
     hasFailed = false;
     which = kind;
 }
 
 bool stopFailing() noexcept {
     untilFailure = 0;
-    isEachToFail = false;
+    failAll = false;
     return hasFailed;
 }
 
 std::size_t liveBlocks() noexcept { return blocks; }
 std::size_t liveBytes() noexcept { return bytes; }
 std::size_t peakBytes() noexcept { return peak; }
-void forgetPeak() noexcept { peak = bytes.load(); }
+void resetPeak() noexcept { peak = bytes.load(); }
 
 } // namespace vrn::test
 
@@ -79,16 +79,16 @@ using namespace vrn::test;
 
 extern "C" {
 
-void* malloc(std::size_t size) { return isToFail() ? nullptr : counted(__libc_malloc(size)); }
-void* calloc(std::size_t count, std::size_t size) { return isToFail() ? nullptr : counted(__libc_calloc(count, size)); }
+void* malloc(std::size_t size) { return mustFail() ? nullptr : counted(__libc_malloc(size)); }
+void* calloc(std::size_t count, std::size_t size) { return mustFail() ? nullptr : counted(__libc_calloc(count, size)); }
 void* realloc(void* block, std::size_t size) {
-    if (isToFail())
+    if (mustFail())
         return nullptr;
-    uncount(block); // what is moved may be in two places for a while, but the pages of large blocks are not
+    uncount(block); // counts a moved block once: glibc remaps large blocks instead of copying them
     return counted(__libc_realloc(block, size));
 }
 void* aligned_alloc(std::size_t alignment, std::size_t size) {
-    return isToFail() ? nullptr : counted(__libc_memalign(alignment, size));
+    return mustFail() ? nullptr : counted(__libc_memalign(alignment, size));
 }
 void* memalign(std::size_t alignment, std::size_t size) { return aligned_alloc(alignment, size); }
 int posix_memalign(void** block, std::size_t alignment, std::size_t size) {

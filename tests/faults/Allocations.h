@@ -1,5 +1,6 @@
-// Every allocation of the process, counted and failed at will: operator new, malloc, calloc, realloc and the aligned
-// ones alike. Link Allocations.cpp to have it; not to be had together with a sanitizer, which has its own.
+// Counts all allocations of the process (malloc, calloc, realloc, the aligned variants, and operator new through them)
+// and injects failures. Works by linking Allocations.cpp; cannot be combined with a sanitizer, which replaces them as
+// well.
 #pragma once
 
 #include <cstddef>
@@ -7,20 +8,20 @@
 namespace vrn::test {
 
 enum class Failing {
-    One,        // the nth allocation fails, the others do not
-    AllBehindIt // and all behind it
+    One,       // only the nth allocation fails
+    AllAfterIt // it and all after it fail
 };
 
-// From here on the nth allocation of this thread fails. 0: none does.
+// Makes the nth allocation of this thread from now on fail; 0: none.
 void failAllocation(std::size_t nth, Failing which = Failing::One) noexcept;
 
-// Lets allocations be again; whether one has failed.
+// Stops injecting failures; returns whether an allocation has failed.
 bool stopFailing() noexcept;
 
-// How many blocks of memory this process holds, their bytes, and the most bytes since the last forgetPeak().
+// The blocks and bytes that the process has allocated, and the peak of the bytes since the last resetPeak().
 [[nodiscard]] std::size_t liveBlocks() noexcept;
 [[nodiscard]] std::size_t liveBytes() noexcept;
 [[nodiscard]] std::size_t peakBytes() noexcept;
-void forgetPeak() noexcept;
+void resetPeak() noexcept;
 
 } // namespace vrn::test

@@ -1,4 +1,4 @@
-// How much memory reading takes, whatever the text.
+// Upper bounds for the memory that reading takes.
 #include "impl/Reader.h"
 #include "tests/faults/Allocations.h"
 #include "tests/support/Reading.h"
@@ -11,16 +11,16 @@ namespace {
 
 struct Shape {
     const char* name;
-    std::function<std::string(int)> unit; // the ith
+    std::function<std::string(int)> unit; // the ith unit
     int count;
     std::string head = "t n;";
     std::string tail{};
-    double beyond = 4; // bytes for each byte of the text, at the most, that reading takes besides the scene
+    double beyond = 4; // maximum bytes per byte of input while reading, without the scene
 };
 
 std::string number(int i) { return std::to_string(i); }
 
-// The counts are such that what grows by doubling has just grown.
+// The counts are just above powers of two, where vectors that double have just grown.
 const std::vector<Shape> shapes = {
     {"small statements", [](int i) { return ".a" + number(i) + "=1;"; }, 262145, "t n:"},
     {"one statement again and again", [](int) { return ".a=1;"; }, 300000, "t n:"},
@@ -70,22 +70,22 @@ String textOf(const Shape& shape) {
 }
 
 struct Usage {
-    double beyond; // the most while reading, without what the scene holds afterwards
+    double beyond; // peak while reading, without the final scene
     double scene;
 };
 
-// For each byte of a text.
+// Per byte of input.
 template <class Read> Usage usageOf(std::size_t size, Read read) {
     const ScopedLogSink sink([](const LogRecord&) {});
     Scene scene;
     const std::size_t before = liveBytes();
-    forgetPeak();
+    resetPeak();
     (void)read(scene);
     const auto bytes = static_cast<double>(size);
     return {static_cast<double>(peakBytes() - liveBytes()) / bytes, static_cast<double>(liveBytes() - before) / bytes};
 }
 
-// What a text may hold at the most in a scene: an object of one member, `.a`.
+// Bytes of scene per byte of input in the worst case: an object with one member, `.a`.
 constexpr double densestScene = 98;
 
 } // namespace
@@ -104,7 +104,7 @@ TEST(Memory, isThatOfTheSceneAndLittleMore) {
     }
 }
 
-// The few letters that ask for the most, and no second time.
+// A short input that creates the maximum number of elements, and fails to create more.
 TEST(Memory, ofElementsThatNobodyNamesIsLimited) {
     const String text = "t n; n.a[1677721] = 1; n.b[1] = 1; n.c[2] = 1;";
     std::size_t errors = 0;
@@ -112,7 +112,7 @@ TEST(Memory, ofElementsThatNobodyNamesIsLimited) {
     Scene scene;
     scene.setLimits({.maxImplicitElements = 1677722});
     const std::size_t before = liveBytes();
-    forgetPeak();
+    resetPeak();
     EXPECT_FALSE(parseString(&scene, text));
     EXPECT_EQ(errors, 1U);
     EXPECT_EQ(scene.findNode("n")->input("a")->size(), 1677722U);

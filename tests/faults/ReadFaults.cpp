@@ -1,9 +1,9 @@
-// Stands before the C library's read() when it is preloaded, and has it go wrong for the files of a scene:
+// Preloaded, replaces the C library's read() and injects faults for scene files:
 //
-//   VRN_READ_FAULT=eio:N    fails with EIO once N bytes have been read
-//   VRN_READ_FAULT=eof:N    says once that N bytes are all, and has more when it is asked again
-//   VRN_READ_FAULT=eintr    is interrupted every other time
-//   VRN_READ_FAULT=short    gives a few bytes at a time
+//   VRN_READ_FAULT=eio:N    fails with EIO after N bytes
+//   VRN_READ_FAULT=eof:N    reports the end once after N bytes, then continues
+//   VRN_READ_FAULT=eintr    fails with EINTR every other time
+//   VRN_READ_FAULT=short    returns a few bytes at a time
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
@@ -15,12 +15,12 @@
 
 namespace {
 
-// Only regular files, pipes and the like that a scene may come from: not what the start of a process reads.
+// Regular files and pipes that a scene may come from, not the files read at process start.
 bool isScene(int descriptor) {
-    struct stat what {};
-    const bool isFile = fstat(descriptor, &what) == 0 && (S_ISREG(what.st_mode) || S_ISFIFO(what.st_mode));
-    const char* suffix = std::getenv("VRN_READ_FAULT_SIZE"); // of the file that is meant
-    return isFile && (!suffix || S_ISFIFO(what.st_mode) || what.st_size == std::atol(suffix));
+    struct stat status {};
+    const bool isFile = fstat(descriptor, &status) == 0 && (S_ISREG(status.st_mode) || S_ISFIFO(status.st_mode));
+    const char* size = std::getenv("VRN_READ_FAULT_SIZE"); // identifies the file
+    return isFile && (!size || S_ISFIFO(status.st_mode) || status.st_size == std::atol(size));
 }
 
 long limitOf(std::string_view fault) { return std::atol(fault.substr(fault.find(':') + 1).data()); }

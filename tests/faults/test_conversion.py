@@ -1,4 +1,4 @@
-"""Converting models when memory runs out or their reader is killed."""
+"""Converting models when memory runs out or the importer process is killed."""
 import os
 import pathlib
 import pty
@@ -31,7 +31,7 @@ class Conversion(Folder):
 
     def test_says_that_memory_ran_out(self):
         self.model(300_000)
-        for limit in range(256 << 20, 0, -(16 << 20)):  # until it is not enough
+        for limit in range(256 << 20, 0, -(16 << 20)):  # until it is too little
             process = self.run_here("convert", "model.obj", "out.vrn",
                                     preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (limit, limit)))
             if process.returncode != 0:
@@ -41,12 +41,12 @@ class Conversion(Folder):
         self.assertEqual((process.returncode, process.stderr), (2, b"vrn: out of memory\n"), limit)
         self.assert_nothing_is_left()
 
-    def test_needs_no_thread_to_show_how_far_it_is(self):
+    def test_shows_progress_without_a_thread(self):
         self.model(100)
         terminal, theirs = pty.openpty()
         self.addCleanup(os.close, terminal)
         self.addCleanup(os.close, theirs)
-        # No room for the stack of a thread.
+        # Too little address space for the stack of a thread.
         limits = 'ulimit -s 1000000 && ulimit -v 900000 && exec "$0" "$@"'
         for output in ("out.vrn", "out.json"):
             result = subprocess.run(["sh", "-c", limits, VRN, "convert", "model.obj", output], cwd=self.folder,
@@ -55,7 +55,7 @@ class Conversion(Folder):
             self.assertTrue((self.folder / output).exists())
 
     def test_says_that_the_reader_was_killed(self):
-        for vertices in (300_000, 3_000_000):  # if the first one was too quick
+        for vertices in (300_000, 3_000_000):  # a larger one if the first was converted too fast
             self.model(vertices)
             process = subprocess.Popen([VRN, "convert", "model.obj", "out.vrn"], cwd=self.folder,
                                        stderr=subprocess.PIPE)

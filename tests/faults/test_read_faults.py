@@ -1,5 +1,4 @@
-"""Files that cannot be read as they should: what the command says of them, and that it never takes a part for
-the whole."""
+"""Read errors: the command reports them and never treats a part of a file as the whole."""
 import json
 import os
 import pathlib
@@ -20,7 +19,7 @@ def vrn(fault, *arguments, file=SCENE, **keywords):
 
 
 class ReadFaults(unittest.TestCase):
-    def test_a_failed_read_is_said_wherever_it_happens(self):
+    def test_a_failed_read_is_reported_at_any_offset(self):
         size = SCENE.stat().st_size
         for command in (["check"], ["check", "--format", "json"], ["dump"], ["info"]):
             for place in (0, 1, size // 2, size - 1, size):
@@ -65,7 +64,7 @@ class ReadFaults(unittest.TestCase):
                                      (0, expected.stdout, expected.stderr))
 
     def test_an_end_is_an_end(self):
-        # Behind a complete statement, so that the part is a text of its own.
+        # After a complete statement, so that the part is valid by itself.
         text = SCENE.read_bytes()
         place = text.index(b"\n", text.index(b";")) + 1
         with tempfile.TemporaryDirectory() as folder:

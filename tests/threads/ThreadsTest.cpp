@@ -1,4 +1,4 @@
-// Many threads read at once, from the first use of the process on; meant for the thread sanitizer.
+// Concurrent reads from the first use in a process; meant for the thread sanitizer.
 #include "impl/Reader.h"
 #include "scene/CatalogueJson.h"
 #include "scene/SceneJson.h"
@@ -13,7 +13,7 @@ namespace {
 
 constexpr int threadCount = 8;
 
-// All of them begin at the same time.
+// Starts all threads together.
 template <class Work> void onAllThreads(Work work) {
     std::barrier start(threadCount);
     std::vector<std::thread> threads;
@@ -61,7 +61,7 @@ Result read(const String& text, std::shared_ptr<const Catalogue> catalogue = nul
 
 } // namespace
 
-// The first test of the process, so that all that is made once is made by eight threads at a time.
+// Must be the first test of the process, so that eight threads race to initialise its statics.
 TEST(Threads, readTheirOwnScenesFromTheFirstUseOn) {
     Result results[threadCount];
     onAllThreads([&](int i) { results[i] = read(std::string_view(textOf(i))); });
@@ -116,7 +116,7 @@ TEST(Threads, lookAtOneScene) {
     });
 }
 
-// Each thread hears its own log, and only that.
+// Each thread receives its own log records only.
 TEST(Threads, hearTheirOwnLog) {
     onAllThreads([&](int i) {
         std::vector<std::string> heard;

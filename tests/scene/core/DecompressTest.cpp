@@ -54,7 +54,7 @@ TEST(Decompress, saysWhatIsWrong) {
         {"", 4, "compressed payload: corrupt data"},
         {".789c", 4, "compressed payload: corrupt data"},
         {good.substr(0, good.size() - 2), 12, "compressed payload: corrupt data"},
-        {good + "00", 12, "compressed payload: corrupt data"},  // bytes behind the end of the stream
+        {good + "00", 12, "compressed payload: corrupt data"},  // bytes after the end of the stream
         {payloadOf(""), 4, "compressed payload: corrupt data"}, // a stream of no bytes
         {good, 11, "compressed payload: more than 11 bytes"},
     };

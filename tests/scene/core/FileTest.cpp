@@ -37,7 +37,7 @@ TEST(File, readsAPathToItsEnd) {
     EXPECT_EQ(file.error(), "");
 }
 
-TEST(File, saysWhyItDoesNotOpen) {
+TEST(File, reportsWhyItDoesNotOpen) {
     File file = File::open("/nonexistent/file.vrn");
     EXPECT_FALSE(file.isOpen());
     EXPECT_EQ(file.error(), "No such file or directory");
@@ -47,7 +47,7 @@ TEST(File, saysWhyItDoesNotOpen) {
     EXPECT_FALSE(File().isOpen());
 }
 
-TEST(File, saysWhyItCannotBeRead) {
+TEST(File, reportsWhyItCannotBeRead) {
     File file = File::open("/");
     EXPECT_TRUE(file.isOpen());
     char c = 0;
@@ -55,7 +55,7 @@ TEST(File, saysWhyItCannotBeRead) {
     EXPECT_EQ(file.error(), "Is a directory");
 }
 
-TEST(File, tellsOfEachBlockThatIsFetched) {
+TEST(File, reportsEachBlockThatIsFetched) {
     const TemporaryFile temporary(std::string(File::defaultBlockSize + 5, 'x'));
     File file = File::open(temporary.path.c_str());
     std::vector<std::size_t> fetched;
@@ -86,14 +86,14 @@ TEST(File, readsMemoryWithoutCopyingIt) {
 
 namespace {
 
-// Delivers a text piece by piece, then fails or ends; counts what it is asked after that.
+// Returns a text in pieces, then fails or ends; counts calls after that.
 class Pieces final : public ByteSource {
 public:
-    Pieces(std::string text, bool fails, int& callsBehindTheEnd)
-        : text_(std::move(text)), fails_(fails), callsBehindTheEnd_(callsBehindTheEnd) {}
+    Pieces(std::string text, bool fails, int& callsAfterTheEnd)
+        : text_(std::move(text)), fails_(fails), callsAfterTheEnd_(callsAfterTheEnd) {}
     std::size_t read(char* buffer, std::size_t capacity, String& error) override {
         if (isOver_)
-            ++callsBehindTheEnd_;
+            ++callsAfterTheEnd_;
         const std::size_t count = std::min({capacity, text_.size() - at_, std::size_t(3)});
         text_.copy(buffer, count, at_);
         at_ += count;
@@ -108,20 +108,20 @@ private:
     std::size_t at_ = 0;
     bool fails_;
     bool isOver_ = false;
-    int& callsBehindTheEnd_;
+    int& callsAfterTheEnd_;
 };
 
 } // namespace
 
 TEST(File, takesBytesFromASourceAndRemembersItsError) {
     for (const bool fails : {false, true}) {
-        int callsBehindTheEnd = 0;
-        File file = File::fromSource(std::make_unique<Pieces>("abcdefgh", fails, callsBehindTheEnd), 2);
+        int callsAfterTheEnd = 0;
+        File file = File::fromSource(std::make_unique<Pieces>("abcdefgh", fails, callsAfterTheEnd), 2);
         EXPECT_EQ(readAll(file), "abcdefgh");
         char c = 0;
         EXPECT_FALSE(file.read(c));
         EXPECT_FALSE(file.read(c));
-        EXPECT_EQ(callsBehindTheEnd, 0);
+        EXPECT_EQ(callsAfterTheEnd, 0);
         EXPECT_EQ(file.error(), fails ? "Input/output error" : "");
     }
 }

@@ -11,7 +11,7 @@ namespace vrn::test {
 using namespace vor;
 
 TEST(Hash, isThatOfEqualTexts) {
-    // From places that are aligned differently, with other bytes around them.
+    // At different alignments, with other bytes around them.
     for (std::size_t length = 0; length < 70; ++length) {
         const std::string text =
             std::string("0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ_-+*/&%$").substr(0, length);
@@ -33,8 +33,8 @@ TEST(Hash, dependsOnEachByteAndTheLength) {
     }
 }
 
-// The low bits choose the slot, the high ones the tag: both must be spread evenly over keys that differ in
-// little, whatever the seed. For 4096 keys in 256 groups the largest has some 30.
+// The low bits select the slot, the high bits the tag: both must be uniform for similar keys and any seed. Of 4096 keys
+// in 256 groups, the largest group has about 30.
 template <class KeyOf> static std::size_t largestGroup(int shift, KeyOf keyOf) {
     std::vector<std::size_t> sizes(256);
     for (u64 i = 0; i < 4096; ++i)
@@ -42,7 +42,7 @@ template <class KeyOf> static std::size_t largestGroup(int shift, KeyOf keyOf) {
     return *std::max_element(sizes.begin(), sizes.end());
 }
 
-TEST(Hash, spreadsKeysThatDifferInLittle) {
+TEST(Hash, spreadsSimilarKeys) {
     for (const int shift : {0, 8, 56}) {
         EXPECT_LT(largestGroup(shift, [](u64 i) { return i; }), 64U);
         EXPECT_LT(largestGroup(shift, [](u64 i) { return i << 12; }), 64U);

@@ -10,11 +10,11 @@ namespace vrn::test {
 
 namespace {
 
-// What it should be, found from the start on.
-std::size_t slowLengthOfElements(std::string_view numbers, std::size_t room, std::size_t each) {
+// Reference implementation.
+std::size_t slowLengthOfElements(std::string_view numbers, std::size_t maxLength, std::size_t each) {
     std::size_t count = 0;
     std::size_t length = 0;
-    for (std::size_t i = 0; i < std::min(room, numbers.size()); ++i)
+    for (std::size_t i = 0; i < std::min(maxLength, numbers.size()); ++i)
         if (numbers[i] == ' ' && ++count % each == 0)
             length = i + 1;
     return length;
@@ -22,18 +22,19 @@ std::size_t slowLengthOfElements(std::string_view numbers, std::size_t room, std
 
 } // namespace
 
-TEST(ListElements, endWithinTheRoom) {
+TEST(ListElements, endWithinTheLength) {
     withEachSet([] {
         std::mt19937 random(1);
         for (const std::size_t each : {1U, 2U, 3U, 4U, 9U, 16U})
-            for (const unsigned longest : {1U, 8U, 33U}) {
+            for (const unsigned maxDigits : {1U, 8U, 33U}) {
                 std::string text(vor::elementsSlack, ' ');
                 for (std::size_t i = 0; i < 30 * each; ++i)
-                    text += std::string(1 + random() % longest, '7') + ' ';
+                    text += std::string(1 + random() % maxDigits, '7') + ' ';
                 const std::string_view numbers = std::string_view(text).substr(vor::elementsSlack);
-                for (std::size_t room = 0; room <= numbers.size() + 70; ++room)
-                    ASSERT_EQ(vor::lengthOfElements(numbers, room, each), slowLengthOfElements(numbers, room, each))
-                        << each << " of up to " << longest << " in " << room;
+                for (std::size_t maxLength = 0; maxLength <= numbers.size() + 70; ++maxLength)
+                    ASSERT_EQ(vor::lengthOfElements(numbers, maxLength, each),
+                              slowLengthOfElements(numbers, maxLength, each))
+                        << each << " of up to " << maxDigits << " in " << maxLength;
             }
     });
 }

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <limits>
 #include <random>
+#include <utility>
 
 namespace vrn::test {
 
@@ -26,7 +27,7 @@ template <class Number> std::vector<std::string> textsOf(const std::vector<Numbe
     return texts;
 }
 
-// The digits alone, without zeros on either side.
+// The digits without the zeros on either side.
 std::string digitsOf(std::string_view text) {
     std::string digits;
     for (const char c : text.substr(0, text.find('e')))
@@ -36,8 +37,8 @@ std::string digitsOf(std::string_view text) {
     return digits.substr(0, digits.find_last_not_of('0') + 1);
 }
 
-// All texts read back as the number, bit for bit, and where it may have a fraction none has more digits than the other
-// way of writing gives.
+// All texts read back as the number, bit for bit, and those of numbers that may have a fraction have the same digits as
+// writeReal() returns.
 template <class Real, class Bits> void expectRealsReadBack(const std::vector<Real>& numbers) {
     const double end = sizeof(Real) == sizeof(float) ? 0x1p24 : 0x1p53;
     limitInstructionSet(InstructionSet::Baseline);
@@ -73,7 +74,7 @@ template <class Integer> void expectIntegers() {
     });
 }
 
-// Numbers of both ways of writing beside each other, in lists of all lengths.
+// Numbers of the fast and of the general path next to each other, in lists of all lengths.
 template <class Number> void expectMixtures(Number common, std::initializer_list<Number> rare) {
     for (const Number number : rare)
         for (std::size_t count = 0; count < 40; ++count)
@@ -94,6 +95,37 @@ TEST(NumberLists, fewAmongMany) {
         expectMixtures<double>(-1.5, {0.0, -0.0, 1e-6, 1e-5, 0x1p53, 1e300, std::nan("")});
         expectMixtures<i32>(-7, {0, 999999, 1000000, 2147483647, -2147483648});
         expectMixtures<i64>(-7, {0, 1000000, 99999999999999, 100000000000000, std::numeric_limits<i64>::min()});
+    });
+}
+
+// AVX-512 writes groups of eight, doubles from batches of 32 decimals, and falls back for groups of 16 without it:
+// lists that fill one or more of these exactly, and one number less and more. Any number may need the general path.
+TEST(NumberLists, endNextToTheEndOfAGroup) {
+    const auto expectCounts = [](auto number, auto general) {
+        using Number = decltype(number);
+        for (const std::size_t full : {8U, 16U, 32U, 64U, 96U})
+            for (const std::size_t count : {full - 1, full, full + 1}) {
+                std::vector<Number> numbers;
+                std::vector<std::string> texts;
+                for (std::size_t i = 0; i < count; ++i) {
+                    numbers.push_back(number * static_cast<Number>(i * i + 1));
+                    texts.push_back(textsOf<Number>({numbers.back()})[0]);
+                }
+                ASSERT_EQ(textsOf(numbers), texts) << count;
+                for (std::size_t at = 0; at < count; ++at) {
+                    const Number kept = std::exchange(numbers[at], general);
+                    const std::string keptText = std::exchange(texts[at], textsOf<Number>({general})[0]);
+                    ASSERT_EQ(textsOf(numbers), texts) << "number " << at << " of " << count;
+                    numbers[at] = kept;
+                    texts[at] = keptText;
+                }
+            }
+    };
+    withEachSet([&] {
+        expectCounts(0.3125, 1e300);
+        expectCounts(0.3125F, 1e30F);
+        expectCounts(i32(-7), std::numeric_limits<i32>::min());
+        expectCounts(i64(-7), std::numeric_limits<i64>::min());
     });
 }
 

@@ -182,7 +182,7 @@ TEST(Reals, areReadInEveryForm) {
 }
 
 TEST(Reals, areRoundedOnceToFloat) {
-    // Halfway between two floats, but for a digit that a double has no room for.
+    // Halfway between two floats except for a digit beyond the precision of a double.
     EXPECT_EQ(real<float>("1.00000005960464477539062500000000001"), std::nextafter(1.0F, 2.0F));
     EXPECT_EQ(real<float>("1.000000059604644775390625"), 1.0F) << "ties go to even";
     EXPECT_EQ(real<float>("16777217"), 16777216.0F);
@@ -193,7 +193,7 @@ TEST(Reals, areRoundedOnceToFloat) {
     EXPECT_EQ(real<float>("1.4e-45"), std::numeric_limits<float>::denorm_min());
 }
 
-// The C library rounds correctly, too; the test programs run in the C locale.
+// The C library rounds correctly as well; the tests run in the C locale.
 template <class Real, class Bits> static void compareWithC(Real (*reference)(const char*, char**)) {
     std::mt19937_64 random(1);
     for (int i = 0; i < 20000; ++i) {

@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// A folder that goes with the test.
+// A temporary folder for each test.
 class OutputFiles : public testing::Test {
 protected:
     void SetUp() override {
@@ -33,7 +33,7 @@ protected:
         return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
     }
 
-    // The link at "link" leads to "a".
+    // Expects that "link" is a link to "a".
     void expectToWriteThroughTheLink() const {
         OutputFile file(at("link"));
         file.write("new");
@@ -94,7 +94,7 @@ TEST_F(OutputFiles, mayHaveTheLongestOfNames) {
     EXPECT_EQ(textOf(name), "new");
 }
 
-TEST_F(OutputFiles, sayWhatTheSystemRefuses) {
+TEST_F(OutputFiles, reportFailedSystemCalls) {
     for (const std::string& path : {folder.string(), at("none/a"), std::string("/dev/null"), std::string()}) {
         try {
             OutputFile file(path);

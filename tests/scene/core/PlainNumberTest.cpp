@@ -6,11 +6,11 @@
 
 namespace vrn::test {
 
-// What the short way takes, the long way takes too, and gives the same. (A text with a blank before it always
-// goes the long way.)
+// Whatever the fast path accepts, the general parser accepts with the same result. (A leading blank keeps String::parse
+// off the fast path.)
 template <class Number> static bool agrees(const std::string& text) {
-    for (const char* behind : {"", " ", " 12345678", "}      "}) {
-        const std::string padded = text + behind;
+    for (const char* after : {"", " ", " 12345678", "}      "}) {
+        const std::string padded = text + after;
         Number quick = 55;
         const char* end = takePlainNumber(padded.data(), padded.data() + padded.size(), quick);
         Number slow = 55;
@@ -30,7 +30,7 @@ template <class Number> static bool isTaken(const std::string& text) {
     return end == text.data() + text.size();
 }
 
-TEST(PlainNumber, agreesWithTheLongWay) {
+TEST(PlainNumber, agreesWithTheGeneralParser) {
     std::mt19937_64 random(3);
     for (int i = 0; i < 100000; ++i) {
         std::string text = random() % 2 ? "-" : "";
@@ -46,7 +46,7 @@ TEST(PlainNumber, agreesWithTheLongWay) {
 TEST(PlainNumber, roundsTiesOfFloats) {
     std::mt19937_64 random(4);
     for (int i = 0; i < 100000; ++i) {
-        // Just at, below and above the middle between two floats.
+        // At, just below and just above the midpoint of two floats.
         const u32 bits = static_cast<u32>(0x3F800000 + random() % 0x0B000000);
         const double middle =
             (static_cast<double>(std::bit_cast<float>(bits)) + static_cast<double>(std::bit_cast<float>(bits + 1))) / 2;
@@ -67,7 +67,7 @@ TEST(PlainNumber, takesWhatIsPlain) {
         EXPECT_FALSE(isTaken<double>(text)) << text;
         EXPECT_FALSE(isTaken<i64>(text)) << text;
     }
-    // As many digits as always fit 64 bits, and one more.
+    // The most digits that always fit 64 bits, and one more.
     EXPECT_TRUE(isTaken<i64>("9223372036854775807") && isTaken<i64>("-9223372036854775808"));
     EXPECT_FALSE(isTaken<i64>("9223372036854775808") || isTaken<i64>("-9223372036854775809"));
     EXPECT_TRUE(isTaken<u64>("9999999999999999999") && isTaken<double>("9999999999999999999"));

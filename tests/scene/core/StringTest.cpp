@@ -14,8 +14,8 @@ TEST(String, findsNoPartThatIsNotThere) {
     EXPECT_NE(String("ab").compareNoCase("abc"), 0);
 }
 
-// A handle is made in memory that may hold anything, another handle's bytes among it.
-TEST(String, ofANumberDoesNotLookAtWhatWasThere) {
+// Constructors must not read the memory that they are given, which may contain another handle.
+TEST(String, fromANumberDoesNotReadItsMemory) {
     const String text = "a text that is too long to live in its handle";
     alignas(String) std::byte place[sizeof(String)];
     std::memcpy(place, &text, sizeof place);
@@ -26,7 +26,7 @@ TEST(String, ofANumberDoesNotLookAtWhatWasThere) {
     EXPECT_EQ(copy, "a text that is too long to live in its handle");
 }
 
-TEST(String, holdsTextsOfEveryLengthWithANulBehind) {
+TEST(String, holdsTextsOfEveryLengthFollowedByANul) {
     for (std::size_t length = 0; length < 40; ++length) {
         const std::string text(length, 'x');
         const String string{std::string_view(text)};
@@ -211,10 +211,10 @@ TEST(String, parsesComponentLists) {
     EXPECT_EQ(v, (math::VecT<3>{{4, 5, 6}})) << "too few parts change nothing";
     EXPECT_FALSE(String::parse("1,2,3", 3, v));
     EXPECT_FALSE(String::parse("1 x 3", 3, v));
-    EXPECT_EQ(v, (math::VecT<3>{{1, 5, 3}})) << "the parts behind a bad one are still read";
+    EXPECT_EQ(v, (math::VecT<3>{{1, 5, 3}})) << "the parts after a bad one are still read";
     EXPECT_TRUE(String::parse("  1   2  3 ", 3, v)) << "runs of spaces separate once";
     EXPECT_TRUE(String::parse("", 0, v));
-    EXPECT_FALSE(String::parse("1 2 3 4", 4, v)) << "more than there is room for";
+    EXPECT_FALSE(String::parse("1 2 3 4", 4, v)) << "more than the type has";
     math::MatT<4> m;
     EXPECT_TRUE(String::parse("1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16", 16, m));
     EXPECT_EQ(m[15], 16);
