@@ -1,4 +1,4 @@
-"""The documents say what the program does: their examples are run, their lists held to the sources."""
+"""The documents match the program: their examples are run, their lists compared with the sources."""
 import contextlib
 import json
 import os
@@ -18,12 +18,12 @@ import grammar  # noqa: E402
 
 
 def blocks(path):
-    """The fenced blocks of a document: (language, text)."""
+    """Returns the fenced blocks of a document as (language, text)."""
     return re.findall(r"^```(\w+)\n(.*?)^```$", path.read_text(), re.M | re.S)
 
 
 def messages():
-    """Every text of the reader, by name."""
+    """Returns every message of the reader by name."""
     found = {}
     for header in ("impl/Messages.h", "scene/core/Decompress.h"):
         text = (ROOT / header).read_text().replace("\\\n", "")
@@ -49,7 +49,7 @@ class Format(unittest.TestCase):
 
 
 class Catalogue(unittest.TestCase):
-    def test_example_is_taken(self):
+    def test_example_is_accepted(self):
         examples = [text for language, text in blocks(ROOT / "docs" / "catalogue.md") if language == "json"]
         self.assertEqual(len(examples), 1)
         result = subprocess.run([VRN, "dump", "--types", "/dev/stdin", ROOT / "tests/data/accept/004_declarations.vrn"],
@@ -61,7 +61,7 @@ class Catalogue(unittest.TestCase):
 
 @contextlib.contextmanager
 def folder_with_vrn():
-    """A folder with what the documents' commands need; what they write goes with it. Yields it and an environment."""
+    """Yields a temporary folder with the files that the documented commands read, and an environment to run them in."""
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
         for part in ("examples", "tests", "catalogues"):
@@ -72,7 +72,7 @@ def folder_with_vrn():
 
 
 class Sessions(unittest.TestCase):
-    """The pages of the commands that show scenes."""
+    """The pages of single commands."""
 
     def test_commands_print_what_is_shown(self):
         with folder_with_vrn() as (folder, environment):
@@ -87,7 +87,7 @@ class Sessions(unittest.TestCase):
 
 
 class Messages(unittest.TestCase):
-    def test_every_message_is_explained_and_no_other(self):
+    def test_messages_are_those_of_the_sources(self):
         document = (ROOT / "docs" / "messages.md").read_text()
         sections = re.findall(r"^### `([^\n]*)`\n(.*?)(?=^#|\Z)", document, re.M | re.S)
         self.assertGreater(len(messages()), 30)
@@ -95,9 +95,9 @@ class Messages(unittest.TestCase):
         for title, text in sections:
             self.assertIn("Remedy: ", text, title)
 
-    def test_every_message_stands_in_a_golden_log(self):
+    def test_every_message_is_in_a_golden_log(self):
         logs = "".join(p.read_text(errors="replace") for p in (ROOT / "tests" / "data").glob("*/*.log"))
-        # No text can cause the first two; the others need a catalogue.
+        # No input causes the first two; the others need a catalogue.
         without = {"inputNotFound", "noScene", "badEnumValue", "enumWarning", "cannotConnectOutput"}
         without |= set(re.findall(r"MESSAGE\((\w+), Notice,", (ROOT / "impl/Messages.h").read_text()))
         for name, message in messages().items():
@@ -110,7 +110,7 @@ class Messages(unittest.TestCase):
 
 
 class Grammar(unittest.TestCase):
-    def test_is_what_the_sources_say(self):
+    def test_is_generated_from_the_sources(self):
         self.assertEqual((ROOT / "docs" / "grammar.md").read_text(), grammar.document(), "run `make grammar`")
 
     def test_every_rule_that_is_used_is_defined(self):
@@ -165,11 +165,11 @@ class Readme(unittest.TestCase):
             self.assertEqual((result.stdout.decode(), result.returncode), (output, 0))
         self.assertGreaterEqual(len(shown), 1)
 
-    def test_example_program_reports_trouble(self):
+    def test_example_program_reports_an_error(self):
         result = subprocess.run([EXAMPLE, "/nowhere"], capture_output=True)
         self.assertEqual((result.stdout.decode(), result.returncode), ("/nowhere: No such file or directory\n", 1))
 
-    def test_links_lead_somewhere(self):
+    def test_link_targets_exist(self):
         for document in [self.README, *(ROOT / "docs").glob("*.md"), ROOT / "CONTRIBUTING.md", ROOT / "SECURITY.md"]:
             for target in re.findall(r"\]\(([^)#:\s]+)\)", document.read_text()):
                 self.assertTrue((document.parent / target).exists(), (document.name, target))

@@ -28,7 +28,7 @@ BAD = {
         "They let go of it.", "The writer hands on the text.", "What is handed on is a copy.", "The log says nothing.",
         "There is nothing to say.", "It takes the next byte for granted.", "What a cache suffers from.",
         "The table is hard on it.", "A node makes up the rest.", "Write it, be there a file or not.",
-        "The core knows nobody.", "What is asked for is returned.", "It has a log of its own.", "One of one's own.",
+        "The core knows nobody.", "It has a log of its own.", "One of one's own.",
         "If none is found, it ends.", "A value of a type that is none.", "They are kept apart.", "It tells both apart.",
         "An input that is not there yet.", "What is there, counts.", "Inputs and their like.",
     ],
