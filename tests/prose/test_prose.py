@@ -29,7 +29,7 @@ BAD = {
         "There is nothing to say.", "It takes the next byte for granted.", "What a cache suffers from.",
         "The table is hard on it.", "A node makes up the rest.", "Write it, be there a file or not.",
         "The core knows nobody.", "It has a log of its own.", "One of one's own.",
-        "If none is found, it ends.", "A value of a type that is none.", "They are kept apart.", "It tells both apart.",
+        "If none is found, it ends.", "A value of a type that is none.", "They are kept apart.", "Both are told apart.",
         "An input that is not there yet.", "What is there, counts.", "Inputs and their like.",
     ],
     "Words": [
