@@ -1,10 +1,8 @@
 // Reads a text into a new scene and records its result, log and exception.
 #pragma once
 
-#include "impl/Reader.h"
 #include "impl/VrnParser.h"
 #include "impl/lexer/StringLexer.h"
-#include "scene/SceneJson.h"
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -12,6 +10,7 @@
 #include <ostream>
 #include <string>
 #include <vector>
+#include <vrn/vrn.h>
 
 namespace vor {
 
@@ -25,10 +24,6 @@ inline void PrintTo(const LogRecord& record, std::ostream* out) {
 } // namespace vor
 
 namespace vrn::test {
-
-using namespace vor;
-using namespace vor::velmo_sdk;
-using namespace vor::velmo_sdk::impl;
 
 struct Reading {
     std::unique_ptr<Scene> scene = std::make_unique<Scene>();

@@ -2,14 +2,11 @@
 #pragma once
 
 #include "impl/lexer/Lexer.h"
-#include "scene/core/File.h"
 
 #include <string>
+#include <vrn/vrn.h>
 
 namespace vrn::test {
-
-using namespace vor;
-using namespace vor::velmo_sdk::impl;
 
 // A source without a lookahead window: the scanner reads byte by byte. The reference for the other sources.
 class PlainLexer final : public Lexer {
