@@ -193,6 +193,14 @@ class Readme(unittest.TestCase):
         result = subprocess.run([EXAMPLE, "/nowhere"], capture_output=True)
         self.assertEqual((result.stdout.decode(), result.returncode), ("/nowhere: No such file or directory\n", 1))
 
+    def test_every_command_has_a_page(self):
+        table = dict(re.findall(r"^\| `vrn (\w+)[^|]*` \|.*\]\((docs/[\w-]+\.md)\) \|$", self.README.read_text(), re.M))
+        shell = {"completion": "docs/shell.md", "man": "docs/shell.md"}
+        commands = re.findall(r"Command (\w+)Command\(\);", (ROOT / "cli/commands/Commands.h").read_text())
+        self.assertEqual(set(commands), {*table, *shell})
+        for command, page in {**table, **shell}.items():
+            self.assertIn(f"vrn {command}", (ROOT / page).read_text())
+
     def test_link_targets_exist(self):
         for document in [self.README, *(ROOT / "docs").glob("*.md"), ROOT / "CONTRIBUTING.md", ROOT / "SECURITY.md"]:
             for target in re.findall(r"\]\(([^)#:\s]+)\)", document.read_text()):
