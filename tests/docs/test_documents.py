@@ -48,6 +48,35 @@ class Format(unittest.TestCase):
                     self.assertEqual(json.loads(dump)["nodes"], json.loads(shown))
 
 
+class BufferKeywords(unittest.TestCase):
+    """The keywords that the reader accepts, the grammar and docs/format.md are the same."""
+
+    def setUp(self):
+        source = (ROOT / "scene/DataType.h").read_text()
+        names = re.findall(r"^    (\w+),$", source[source.index("enum class DataType"):source.index("dataTypeCount")], re.M)
+        self.candidates = [name.lower() for name in names]
+        self.assertGreater(len(self.candidates), 50)
+        with tempfile.TemporaryDirectory() as folder:
+            for keyword in self.candidates:
+                (pathlib.Path(folder) / f"{keyword}.vrn").write_text(f"t a; a.x = {keyword}[0] {{}};")
+            report = subprocess.run([VRN, "check", "--format", "json", folder], capture_output=True).stdout.decode()
+        self.accepted = {pathlib.Path(file["file"]).stem for file in map(json.loads, report.splitlines()) if file["ok"]}
+        self.assertGreater(len(self.accepted), 40)
+
+    def test_grammar(self):
+        rule = dict(Grammar.rules(grammar.document()))["bufferType"]
+        pattern = re.compile(re.sub(r"[ ']", "", rule))
+        self.assertEqual({keyword for keyword in self.candidates if pattern.fullmatch(keyword)}, self.accepted)
+
+    def test_table(self):
+        section = re.search(r"^## Buffers\n(.*?)^## ", (ROOT / "docs/format.md").read_text(), re.M | re.S).group(1)
+        rows = re.findall(r"^\| (`[^|]*) \|", section, re.M)
+        listed = set(re.findall(r"`(\w+)`", " ".join(rows)))
+        self.assertIn("| the same with `d` for `f` |", section)
+        listed |= {keyword[:-1] + "d" for keyword in listed if re.fullmatch(r"[a-z]+\d?f", keyword)}
+        self.assertEqual(listed, self.accepted)
+
+
 class Catalogue(unittest.TestCase):
     def test_example_is_accepted(self):
         examples = [text for language, text in blocks(ROOT / "docs" / "catalogue.md") if language == "json"]
