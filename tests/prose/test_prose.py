@@ -52,6 +52,7 @@ GOOD = [
     "Such a value has a type. Such a type has a value.",
     "Its own log. The make target builds it up. Hands are on deck.",
     "It reads" + " and reads" * 20 + ". It reads" + " and reads" * 20 + ".",
+    "name" + " and more" * 20 + "\nname   first" + " and more" * 20 + "\n\nname" + " and more" * 20,
 ]
 
 

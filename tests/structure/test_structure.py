@@ -34,7 +34,7 @@ MAY_INCLUDE = {
 }
 LIBRARY = [folder for folder in MAY_INCLUDE if folder.split("/")[0] in ("scene", "impl")]
 PROGRAM = [folder for folder in MAY_INCLUDE if folder.split("/")[0] in ("convert", "cli")]
-# Folders of sources that other rules apply to: programs of their own that may include everything.
+# Separate programs, which may include everything.
 UNRESTRICTED = ("bench", "examples", "tests")
 
 # Sources of the command and the converter without a header of the same name, and the header that declares them.
