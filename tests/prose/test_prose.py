@@ -28,8 +28,8 @@ BAD = {
         "They let go of it.", "The writer hands on the text.", "What is handed on is a copy.", "The log says nothing.",
         "There is nothing to say.", "It takes the next byte for granted.", "What a cache suffers from.",
         "The table is hard on it.", "A node makes up the rest.", "Write it, be there a file or not.",
-        "The core knows nobody.", "It has a log of its own.", "One of one's own.",
-        "If none is found, it ends.", "A value of a type that is none.", "They are kept apart.", "Both are told apart.",
+        "The core knows nobody.", "Use a log of your own.", "One of one's own.",
+        "It ends when none is found.", "A value of a type that is none.", "They are kept apart.", "Both are told apart.",
         "An input that is not there yet.", "What is there, counts.", "Inputs and their like.",
     ],
     "Words": [
@@ -50,7 +50,7 @@ GOOD = [
     "If there is none, the result is null. It is there to be read. Apart from that, keep it.",
     "The text after the colon. At the beginning, once. The ballroom is a classroom.",
     "Such a value has a type. Such a type has a value.",
-    "Its own log. The make target builds it up. Hands are on deck.",
+    "A log of its own, empty if none is found. The make target builds it up. Hands are on deck.",
     "It reads" + " and reads" * 20 + ". It reads" + " and reads" * 20 + ".",
     "name" + " and more" * 20 + "\nname   first" + " and more" * 20 + "\n\nname" + " and more" * 20,
 ]
