@@ -1,9 +1,9 @@
-# What `cmake --install` puts where: headers, both libraries, what other builds find them by, and the command with
-# its manual and its completions.
+# Installation: headers, both libraries, their CMake and pkg-config packages, and the command with its manual pages and
+# completions.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
-# The headers keep their folders, below one of ours: `#include <vrn/vrn.h>`.
+# Headers keep their folders, below include/vrn: `#include <vrn/vrn.h>`.
 set(installed_headers
   impl/Formatter.h
   impl/Reader.h
@@ -42,7 +42,7 @@ foreach(header ${installed_headers})
 endforeach()
 install(FILES include/vrn/vrn.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vrn)
 
-# Each of the two is vrn::reader to those who find it; the package's configuration takes the one that is wanted.
+# Both export the target vrn::reader; vrn-config.cmake includes one of the two files.
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/vrn)
 set(header_folders ${CMAKE_INSTALL_INCLUDEDIR} ${CMAKE_INSTALL_INCLUDEDIR}/vrn)
 set_target_properties(vrn vrn_shared PROPERTIES EXPORT_NAME reader)
@@ -53,7 +53,7 @@ install(EXPORT vrn-shared NAMESPACE vrn:: DESTINATION ${package_folder})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/vrn-config-version.cmake COMPATIBILITY SameMinorVersion)
 install(FILES cmake/vrn-config.cmake ${PROJECT_BINARY_DIR}/vrn-config-version.cmake DESTINATION ${package_folder})
 
-# vrn.pc finds its folders from where it stands, so that an installed tree may be moved.
+# vrn.pc uses paths relative to its own folder, so that an installed tree can be moved.
 set(pkgconfig_folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX
   BASE_DIRECTORY ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig OUTPUT_VARIABLE prefix_from_pkgconfig)
@@ -67,7 +67,7 @@ if(EXISTS ${PROJECT_SOURCE_DIR}/catalogues)
   install(DIRECTORY catalogues/ DESTINATION ${CMAKE_INSTALL_DATADIR}/vrn/catalogues FILES_MATCHING PATTERN *.json)
 endif()
 
-# The command writes its manual and its completions itself.
+# The command generates its manual pages and completions.
 add_custom_target(vrn_installed DEPENDS vrn vrn_shared)
 if(TARGET vrn_command)
   set(shell_files ${PROJECT_BINARY_DIR}/shell)

@@ -1,7 +1,7 @@
-# libvrn.so, of the static library's objects. What is marked VRN_API is all that it shows; the linker script keeps
-# back the code that the compiler has made of templates of the C++ library.
+# libvrn.so, from the objects of the static library. It exports only what is marked VRN_API; the version script hides
+# instantiations of standard library templates, which have default visibility.
 add_library(vrn_shared SHARED $<TARGET_OBJECTS:vrn>)
-# While the major version is 0, a minor one may change anything.
+# While the major version is 0, each minor version may change the interface, so it is part of the SONAME.
 set_target_properties(vrn_shared PROPERTIES
   OUTPUT_NAME vrn VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}
   LINKER_LANGUAGE CXX LINK_DEPENDS ${CMAKE_CURRENT_LIST_DIR}/symbols.map)

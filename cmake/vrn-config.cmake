@@ -1,5 +1,4 @@
-# Finds vrn::reader: the shared library where BUILD_SHARED_LIBS asks for it, otherwise the static one, which needs
-# libdeflate to be linked.
+# Defines vrn::reader: the shared library if BUILD_SHARED_LIBS is on, otherwise the static one, which links libdeflate.
 if(BUILD_SHARED_LIBS)
   include(${CMAKE_CURRENT_LIST_DIR}/vrn-shared.cmake)
   return()
@@ -10,7 +9,7 @@ find_dependency(PkgConfig)
 pkg_check_modules(libdeflate QUIET IMPORTED_TARGET libdeflate)
 if(NOT libdeflate_FOUND)
   set(vrn_FOUND FALSE)
-  set(vrn_NOT_FOUND_MESSAGE "its static library needs libdeflate, which pkg-config does not find")
+  set(vrn_NOT_FOUND_MESSAGE "the static library needs libdeflate, and pkg-config does not find it")
   return()
 endif()
 include(${CMAKE_CURRENT_LIST_DIR}/vrn-static.cmake)

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Prints docs/grammar.md: the rules that stand as `///` comments above the recognisers."""
+"""Prints docs/grammar.md from the rules in the `///` comments above the recognisers."""
 import pathlib
 import sys
 
@@ -14,10 +14,10 @@ SECTIONS = [
 ]
 HEAD = """# Grammar
 
-The rules of a VRN text, one for each recogniser of the reader; `make grammar` collects them from the
-comments above these. `::=` defines, `|` separates alternatives that are tried in their order, `*` is any
-number, `?` at most one. Quoted words are keywords or characters; keywords have no case. Names in capitals
-are tokens, which the last section makes from characters. What stands behind a rule explains it.
+The rules of VRN, one for each recogniser of the reader; `make grammar` collects them from the comments above the
+recognisers. `::=` defines a rule, `|` separates alternatives, which are tried in order, `*` means any number, `?` at most
+one. Quoted words are keywords, which are not case-sensitive, or characters. Names in capitals are tokens; the last
+section defines them. Three spaces separate a rule from its explanation.
 
 [format.md](format.md) explains the language with examples.
 """

@@ -1,4 +1,4 @@
-// All that a program needs to read scenes, walk and change them, and to write them:
+// Everything that a program needs to read, walk, change and write scenes:
 //
 //     #include <vrn/vrn.h>
 //
@@ -6,7 +6,7 @@
 //     if (!vrn::parseString(&scene, "camera cam1; cam1.fov = 45.0;"))
 //         ...
 //
-// Each header says at its top what it is for, who owns what, and what it costs.
+// The top of each included header documents its purpose, ownership, threading and complexity.
 #pragma once
 
 #include "impl/Formatter.h"
@@ -25,7 +25,7 @@
 #include "scene/core/String.h"
 #include "scene/core/TextEncoding.h"
 
-// Short names for all of it: vrn::Scene, vrn::AttrData, vrn::File, vrn::math::VecT.
+// Public names of all headers above: vrn::Scene, vrn::AttrData, vrn::File, vrn::math::VecT.
 namespace vrn {
 
 using namespace vor;

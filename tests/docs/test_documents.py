@@ -1,4 +1,4 @@
-"""The documents say what the program does: their examples are run, their lists held to the sources."""
+"""The documents match the program: their examples are run, their lists compared with the sources."""
 import contextlib
 import json
 import os
@@ -18,12 +18,12 @@ import grammar  # noqa: E402
 
 
 def blocks(path):
-    """The fenced blocks of a document: (language, text)."""
+    """Returns the fenced blocks of a document as (language, text)."""
     return re.findall(r"^```(\w+)\n(.*?)^```$", path.read_text(), re.M | re.S)
 
 
 def messages():
-    """Every text of the reader, by name."""
+    """Returns every message of the reader by name."""
     found = {}
     for header in ("impl/Messages.h", "scene/core/Decompress.h"):
         text = (ROOT / header).read_text().replace("\\\n", "")
@@ -48,8 +48,39 @@ class Format(unittest.TestCase):
                     self.assertEqual(json.loads(dump)["nodes"], json.loads(shown))
 
 
+class BufferKeywords(unittest.TestCase):
+    """The keywords that the reader accepts, the grammar and docs/format.md are the same."""
+
+    def setUp(self):
+        source = (ROOT / "scene/DataType.h").read_text()
+        names = re.findall(r"^    (\w+),$", source[source.index("enum class DataType"):source.index("dataTypeCount")], re.M)
+        self.candidates = [name.lower() for name in names]
+        self.assertGreater(len(self.candidates), 50)
+        with tempfile.TemporaryDirectory() as folder:
+            for keyword in self.candidates:
+                (pathlib.Path(folder) / f"{keyword}.vrn").write_text(f"t a; a.x = {keyword}[0] {{}};")
+            report = subprocess.run([VRN, "check", "--format", "json", folder], capture_output=True).stdout.decode()
+        self.accepted = {pathlib.Path(file["file"]).stem for file in map(json.loads, report.splitlines()) if file["ok"]}
+        self.assertGreater(len(self.accepted), 40)
+
+    def test_grammar(self):
+        rule = dict(Grammar.rules(grammar.document()))["bufferType"]
+        pattern = re.compile(re.sub(r"[ ']", "", rule))
+        self.assertEqual({keyword for keyword in self.candidates if pattern.fullmatch(keyword)}, self.accepted)
+
+    def test_table(self):
+        section = re.search(r"^## Buffers\n(.*?)^## ", (ROOT / "docs/format.md").read_text(), re.M | re.S).group(1)
+        listed = set()
+        for keywords, contents in re.findall(r"^\| (`[^|]*) \| ([^|]*) \|$", section, re.M):
+            listed |= set(re.findall(r"`(\w+)`", keywords))
+            if contents.endswith(" floats"):
+                listed |= {keyword[:-1] + "d" for keyword in re.findall(r"`(\w+)`", keywords)}
+        self.assertIn("| the same with `d` for `f` |", section)
+        self.assertEqual(listed, self.accepted)
+
+
 class Catalogue(unittest.TestCase):
-    def test_example_is_taken(self):
+    def test_example_is_accepted(self):
         examples = [text for language, text in blocks(ROOT / "docs" / "catalogue.md") if language == "json"]
         self.assertEqual(len(examples), 1)
         result = subprocess.run([VRN, "dump", "--types", "/dev/stdin", ROOT / "tests/data/accept/004_declarations.vrn"],
@@ -61,7 +92,7 @@ class Catalogue(unittest.TestCase):
 
 @contextlib.contextmanager
 def folder_with_vrn():
-    """A folder with what the documents' commands need; what they write goes with it. Yields it and an environment."""
+    """Yields a temporary folder with the files that the documented commands read, and an environment to run them in."""
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
         for part in ("examples", "tests", "catalogues"):
@@ -72,7 +103,7 @@ def folder_with_vrn():
 
 
 class Sessions(unittest.TestCase):
-    """The pages of the commands that show scenes."""
+    """The pages of single commands."""
 
     def test_commands_print_what_is_shown(self):
         with folder_with_vrn() as (folder, environment):
@@ -87,7 +118,7 @@ class Sessions(unittest.TestCase):
 
 
 class Messages(unittest.TestCase):
-    def test_every_message_is_explained_and_no_other(self):
+    def test_messages_are_those_of_the_sources(self):
         document = (ROOT / "docs" / "messages.md").read_text()
         sections = re.findall(r"^### `([^\n]*)`\n(.*?)(?=^#|\Z)", document, re.M | re.S)
         self.assertGreater(len(messages()), 30)
@@ -95,9 +126,9 @@ class Messages(unittest.TestCase):
         for title, text in sections:
             self.assertIn("Remedy: ", text, title)
 
-    def test_every_message_stands_in_a_golden_log(self):
+    def test_every_message_is_in_a_golden_log(self):
         logs = "".join(p.read_text(errors="replace") for p in (ROOT / "tests" / "data").glob("*/*.log"))
-        # No text can cause the first two; the others need a catalogue.
+        # No input causes the first two; the others need a catalogue.
         without = {"inputNotFound", "noScene", "badEnumValue", "enumWarning", "cannotConnectOutput"}
         without |= set(re.findall(r"MESSAGE\((\w+), Notice,", (ROOT / "impl/Messages.h").read_text()))
         for name, message in messages().items():
@@ -110,16 +141,40 @@ class Messages(unittest.TestCase):
 
 
 class Grammar(unittest.TestCase):
-    def test_is_what_the_sources_say(self):
+    def test_is_generated_from_the_sources(self):
         self.assertEqual((ROOT / "docs" / "grammar.md").read_text(), grammar.document(), "run `make grammar`")
 
-    def test_every_rule_that_is_used_is_defined(self):
-        text = grammar.document()
-        defined = set(re.findall(r"^([\w-]+) ::=", text, re.M))
-        used = set(re.findall(r"\b[a-z][A-Za-z]+\b", " ".join(re.findall(r"::= (.*?)(?:   |$)", text, re.M))))
-        plain = {"any", "but", "and", "letter", "digit", "hexdigit", "blank", "bracket", "char", "defines"}
-        keywords = set(re.findall(r"'(\w+)'", text))
-        self.assertEqual(used - defined - plain - keywords - {"number"}, set())
+    # Words that need no definition.
+    INFORMAL = {"any"}
+
+    @staticmethod
+    def rules(document):
+        """Returns (name, right-hand side without explanations) of each rule."""
+        found = []
+        for line in "\n".join(re.findall(r"^```text\n(.*?)^```$", document, re.M | re.S)).splitlines():
+            rule = re.match(r"([\w-]+) ::= (.*)", line)
+            if rule:
+                found.append([rule.group(1), ""])
+            found[-1][1] += " " + (rule.group(2) if rule else line).strip().split("   ")[0]
+        return found
+
+    @classmethod
+    def faults(cls, document):
+        """Returns the names that are used but not defined, and those that are defined more than once."""
+        rules = cls.rules(document)
+        names = [name for name, _ in rules]
+        words = {word for _, right in rules for word in re.findall(r"[A-Za-z][\w-]*", re.sub(r"""'[^']*'|"[^"]*\"""", " ", right))}
+        return sorted(words - set(names) - cls.INFORMAL), sorted({name for name in names if names.count(name) > 1})
+
+    def test_every_name_is_defined_once(self):
+        self.assertGreater(len(self.rules(grammar.document())), 20)
+        self.assertEqual(self.faults(grammar.document()), ([], []))
+
+    def test_missing_and_repeated_rules_are_found(self):
+        rules = "# Grammar\nUNUSED prose\n```text\n{}\n```\n"
+        self.assertEqual(self.faults(rules.format("a ::= b* 'c' \"'\" | B-c   D\n    | 'e' f   g\nb ::= any\nb ::= a")),
+                         (["B-c", "f"], ["b"]))
+        self.assertEqual(self.faults(rules.format("a ::= ( B | '\"' )\nB ::= 'x'..'y' a")), ([], []))
 
 
 class Host(unittest.TestCase):
@@ -165,11 +220,19 @@ class Readme(unittest.TestCase):
             self.assertEqual((result.stdout.decode(), result.returncode), (output, 0))
         self.assertGreaterEqual(len(shown), 1)
 
-    def test_example_program_reports_trouble(self):
+    def test_example_program_reports_an_error(self):
         result = subprocess.run([EXAMPLE, "/nowhere"], capture_output=True)
         self.assertEqual((result.stdout.decode(), result.returncode), ("/nowhere: No such file or directory\n", 1))
 
-    def test_links_lead_somewhere(self):
+    def test_every_command_has_a_page(self):
+        table = dict(re.findall(r"^\| `vrn (\w+)[^|]*` \|.*\]\((docs/[\w-]+\.md)\) \|$", self.README.read_text(), re.M))
+        shell = {"completion": "docs/shell.md", "man": "docs/shell.md"}
+        commands = re.findall(r"Command (\w+)Command\(\);", (ROOT / "cli/commands/Commands.h").read_text())
+        self.assertEqual(set(commands), {*table, *shell})
+        for command, page in {**table, **shell}.items():
+            self.assertIn(f"vrn {command}", (ROOT / page).read_text())
+
+    def test_link_targets_exist(self):
         for document in [self.README, *(ROOT / "docs").glob("*.md"), ROOT / "CONTRIBUTING.md", ROOT / "SECURITY.md"]:
             for target in re.findall(r"\]\(([^)#:\s]+)\)", document.read_text()):
                 self.assertTrue((document.parent / target).exists(), (document.name, target))

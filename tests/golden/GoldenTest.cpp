@@ -1,7 +1,5 @@
-// Every text of tests/data against the scene and the log that stand beside it, by each way of reading.
-//
-// `NNN_topic.vrn` has `NNN_topic.json` (the scene) and `NNN_topic.log` (the log and the result). Run
-// with VRN_UPDATE_GOLDENS=1 to write these two anew; then look at the difference.
+// Reads every file of tests/data from a string, from the file, and in small blocks, and compares the result with the
+// expected scene (`NNN_topic.json`) and log (`NNN_topic.log`). VRN_UPDATE_GOLDENS=1 overwrites both; review the diff.
 #include "tests/support/Reading.h"
 #include "tests/support/Texts.h"
 
@@ -23,7 +21,7 @@ static void expectGolden(const std::string& text, fs::path path, const char* ext
     EXPECT_EQ(text, contentOf(path)) << path;
 }
 
-// Delivers a text in blocks of other sizes each time.
+// Delivers a text in blocks of 1 to 5 bytes.
 class RaggedSource final : public ByteSource {
 public:
     explicit RaggedSource(std::string text) : text_(std::move(text)) {}
@@ -75,16 +73,15 @@ INSTANTIATE_TEST_SUITE_P(Data, Golden, testing::ValuesIn(goldenTexts()), [](cons
     return name;
 });
 
-// A decimal comma and grouped digits, as German has them, for the C++ library and, where the set-up
-// has made the locale, for the C library too. Without it the test says so and fails.
+// German number formatting in the C++ locale. The test also sets the C locale and fails if it is not installed.
 class GermanNumbers : public std::numpunct<char> {
     char do_decimal_point() const override { return ','; }
     char do_thousands_sep() const override { return '.'; }
     std::string do_grouping() const override { return "\3"; }
 };
 
-// What all golden texts read as.
-static std::string everything() {
+// The scenes and logs of all golden files.
+static std::string allReadings() {
     std::string all;
     for (const fs::path& path : goldenTexts()) {
         const std::string text = contentOf(path);
@@ -95,15 +92,15 @@ static std::string everything() {
 }
 
 TEST(Locale, changesNothing) {
-    const std::string before = everything();
+    const std::string before = allReadings();
     ASSERT_FALSE(before.empty());
     ASSERT_TRUE(std::setlocale(LC_ALL, "de_DE.UTF-8")) << "make test sets LOCPATH to a folder with this locale";
     const std::locale outer = std::locale::global(std::locale(std::locale(), new GermanNumbers));
-    const std::string after = everything();
+    const std::string after = allReadings();
     const String comma = String::format("%.1f", 0.5);
     std::locale::global(outer);
     std::setlocale(LC_ALL, "C");
-    EXPECT_EQ(comma, "0,5") << "the locale was in force";
+    EXPECT_EQ(comma, "0,5") << "the locale was active";
     EXPECT_EQ(after, before);
 }
 

@@ -1,4 +1,4 @@
-// The reader compiled against a scene model of someone else: which calls it makes, in which order.
+// The reader compiled against another scene model: which calls it makes, and in which order.
 #include "impl/Reader.h"
 #include "scene/Scene.h"
 
@@ -13,7 +13,7 @@ using namespace vor::velmo_sdk::impl;
 
 using Calls = std::vector<std::string>;
 
-// The calls for a text, in a scene that has a node `a` of type `t` already.
+// The calls for a text, read into a scene that contains a node `a` of type `t`.
 static Calls callsFor(const char* text) {
     Scene scene;
     scene.createNode("t", "a", "");
@@ -21,10 +21,10 @@ static Calls callsFor(const char* text) {
     const ScopedLogSink sink(
         [](const LogRecord& record) { calls.push_back("log: " + std::string(record.text.view())); });
     EXPECT_TRUE(parseString(&scene, text)) << text;
-    EXPECT_EQ(calls.front(), "names in force");
-    EXPECT_EQ(calls.back().substr(0, 5), "names");
+    EXPECT_EQ(calls.front(), "begin name maps");
+    EXPECT_EQ(calls.back(), "end name maps");
     calls.erase(calls.begin());
-    calls.erase(std::ranges::find(calls, "names no more"));
+    calls.erase(std::ranges::find(calls, "end name maps"));
     return calls;
 }
 
@@ -32,11 +32,11 @@ TEST(Host, headerIsResetBeforeTheTextIsRead) {
     Scene scene;
     calls.clear();
     EXPECT_TRUE(parseVrn(&scene, File::fromMemory("# version: 2"), false));
-    EXPECT_EQ(calls, (Calls{"clearComments()", "setFileVersion(1)", "setFileTime()", "names in force",
-                            "setFileVersion(2)", "pushFileComment(# version: 2)", "names no more"}));
+    EXPECT_EQ(calls, (Calls{"clearComments()", "setFileVersion(1)", "setFileTime()", "begin name maps",
+                            "setFileVersion(2)", "pushFileComment(# version: 2)", "end name maps"}));
     calls.clear();
     EXPECT_TRUE(parseVrn(&scene, File::fromMemory("# time: x"), true));
-    EXPECT_EQ(calls, (Calls{"names in force", "setFileTime(x)", "pushFileComment(# time: x)", "names no more"}));
+    EXPECT_EQ(calls, (Calls{"begin name maps", "setFileTime(x)", "pushFileComment(# time: x)", "end name maps"}));
 }
 
 TEST(Host, statementsCallTheScene) {

@@ -1,4 +1,4 @@
-"""What is installed serves other builds, as docs/library.md shows. BUILD names a build tree that is up to date."""
+"""The installed files work in other builds, as docs/library.md shows. BUILD is an up-to-date build tree."""
 import os
 import pathlib
 import re
@@ -13,7 +13,7 @@ WARNINGS = ["-Wall", "-Wextra", "-Wpedantic", "-Wshadow", "-Wconversion", "-Werr
 
 
 def output(*command, **more):
-    """What a program prints that has nothing to complain of."""
+    """Runs a program that must succeed and returns its output."""
     result = subprocess.run([*map(str, command)], stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=300, **more)
     if result.returncode != 0:
         raise AssertionError(f"{command}\n{result.stdout.decode()}")
@@ -31,7 +31,7 @@ def setUpModule():
     TEMPORARY = pathlib.Path(temporary.name)
     PREFIX = TEMPORARY / "prefix"
     output("cmake", "--install", BUILD, "--prefix", PREFIX)
-    LIBRARIES = next(PREFIX.rglob("libvrn.a")).parent # whose name depends on the system and the prefix
+    LIBRARIES = next(PREFIX.rglob("libvrn.a")).parent  # lib, lib64 or lib/TRIPLET
     VERSION = output(PREFIX / "bin/vrn", "--version").split()[1]
     SONAME = "libvrn.so." + VERSION.rpartition(".")[0]
     ENVIRONMENT = {**os.environ, "PKG_CONFIG_PATH": str(LIBRARIES / "pkgconfig"), "LC_ALL": "C",
@@ -48,7 +48,7 @@ def needed_libraries(program):
 
 
 class Tree(unittest.TestCase):
-    def test_holds_what_it_should(self):
+    def test_has_the_expected_files(self):
         found = {str(p.relative_to(PREFIX)) for p in PREFIX.rglob("*") if not p.is_dir()}
         folder = LIBRARIES.relative_to(PREFIX)
         commands = re.findall(r"^\.BR vrn\\-(\w+)", (PREFIX / "share/man/man1/vrn.1").read_text(), re.M)
@@ -70,7 +70,7 @@ class Tree(unittest.TestCase):
         self.assertEqual(output(PREFIX / "bin/vrn", "check", SCENE), "1 file checked: 0 errors, 0 warnings\n")
         self.assertNotIn("libvrn", " ".join(needed_libraries(PREFIX / "bin/vrn")))
 
-    def test_goes_where_packages_are_made(self):
+    def test_respects_destdir(self):
         staged = TEMPORARY / "staged"
         output("cmake", "--install", BUILD, "--prefix", "/opt/vrn", env={**os.environ, "DESTDIR": str(staged)})
         self.assertTrue((staged / "opt/vrn/bin/vrn").exists())
@@ -88,14 +88,14 @@ class Headers(unittest.TestCase):
             for include in re.findall(r"#\s*include <(.*)>", header.read_text()):
                 self.assertRegex(include, r"^[a-z_]+$|^vrn/vrn\.h$", header.name)
 
-    def test_every_header_of_the_readme_is_there(self):
+    def test_every_header_of_the_readme_is_installed(self):
         named = re.findall(r"`((?:scene|impl)/[\w/]+\.h)`", (ROOT / "README.md").read_text())
         self.assertGreater(len(named), 10)
         for name in named:
             self.assertIn(f'#include "{name}"', "".join(h.read_text() for h in headers()), name)
 
     def test_every_function_is_marked(self):
-        """In its declaration; those of classes are, with the class."""
+        """Free functions, in their declarations; member functions are covered by the mark of their class."""
         declaration = r"^(?: *friend |\[\[nodiscard\]\] )?\w[\w:<>*& ]*[ *&]([\w=]+)\([^{};]*\)[^{};=]*;$"
         found = 0
         for header in headers():
@@ -114,7 +114,7 @@ class Symbols(unittest.TestCase):
         self.assertGreater(len(self.symbols), 150)
         self.assertIn(f"Library soname: [{SONAME}]", output("readelf", "-d", library))
 
-    def test_are_those_of_the_headers(self):
+    def test_are_declared_in_the_headers(self):
         words = set(re.findall(r"\w+", "".join(header.read_text() for header in headers())))
         for symbol in self.symbols:
             match = re.match(r"(?:(?:typeinfo|typeinfo name|vtable) for |[\w ]+ (?=vor::\w+<))?(vor::[\w:~]+)", symbol)
@@ -122,7 +122,7 @@ class Symbols(unittest.TestCase):
             for name in re.findall(r"\w+", match.group(1)):
                 self.assertIn(name, words, symbol)
 
-    def test_every_marked_function_is_there(self):
+    def test_every_marked_function_is_exported(self):
         declared = [name for header in headers() for name in
                     re.findall(r"(?<!define )VRN_API [\w:<>*& ]*?(\w+)\(", header.read_text())]
         self.assertGreater(len(declared), 25)
@@ -135,7 +135,7 @@ class Builds(unittest.TestCase):
         self.assertEqual(output(program, SCENE, env=ENVIRONMENT), blocks("text")[0])
 
     def configure(self, name, cmake, *options):
-        """A project that holds the program of the document."""
+        """Configures a project with the program of the document and returns its build folder."""
         folder = TEMPORARY / name
         folder.mkdir()
         (folder / "CMakeLists.txt").write_text(cmake)

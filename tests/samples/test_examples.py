@@ -1,4 +1,4 @@
-"""The example scenes against the summaries in tests/data/expected, which were made independently."""
+"""The example scenes match the summaries in tests/data/expected, which were produced independently of the reader."""
 import json
 import math
 import os
@@ -12,7 +12,7 @@ EXPECTED = sorted((ROOT / "tests" / "data" / "expected").glob("*.json"))
 
 
 class Scene:
-    """A dumped scene, taken apart into what the summaries speak of."""
+    """A dumped scene in the form of the summaries."""
 
     def __init__(self, dumped):
         self.dumped = dumped
@@ -92,7 +92,7 @@ def test_of(path):
         self.assertEqual(sorted(scene.nodes(definitions=True)), sorted(expected["defines"]))
         for gone in expected["removed"]:
             self.assertNotIn(gone, nodes)
-        # Nodes made from a definition begin with its inputs; the summaries list what the text itself says.
+        # Nodes of a definition start with its inputs; the summaries list only those that the file sets.
         inherited = {d: {k.split(".", 1)[1] for k in scene.scalars if k.split(".")[0] == d} for d in expected["defines"]}
         for key, value in expected["scalars"].items():
             self.assertEqual(scene.scalars[key], value, key)

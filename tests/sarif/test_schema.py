@@ -1,5 +1,5 @@
-"""The logs of `vrn check --format sarif`, held to the schema of SARIF 2.1.0. Needs Node, and npm to fetch schema and
-validator once, into build/sarif; without them there is nothing to test with."""
+"""The logs of `vrn check --format sarif` match the schema of SARIF 2.1.0. npm installs the schema and a validator into
+build/sarif; without Node or npm the test is skipped."""
 import json
 import os
 import pathlib
@@ -51,7 +51,7 @@ class Schema(unittest.TestCase):
         return subprocess.run([VRN, "check", "--format", "sarif", *arguments], input=stdin, stdout=subprocess.PIPE,
                               stderr=subprocess.DEVNULL, cwd=self.folder, timeout=100).stdout
 
-    def test_takes_the_logs(self):
+    def test_logs_are_valid(self):
         (self.folder / "100% [a]\u00e4\n.vrn").write_text("t a; oops \x1b")
         (self.folder / "empty").mkdir()
         logs = {
@@ -67,7 +67,7 @@ class Schema(unittest.TestCase):
                 self.assertEqual((result.returncode, result.stderr.decode()), (0, ""))
         self.assertGreater(len(json.loads(logs["every kind of message"])["runs"][0]["results"]), 50)
 
-    def test_refuses_what_is_none(self):
+    def test_invalid_logs_are_rejected(self):
         log = json.loads(self.log("-", stdin=b"t a; oops"))
         log["runs"][0]["results"][0]["locations"][0]["physicalLocation"]["region"]["startColumn"] = 0
         self.assertIn("startColumn should be >= 1", self.validate(json.dumps(log).encode()).stderr.decode())

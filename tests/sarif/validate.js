@@ -1,4 +1,4 @@
-// Holds SARIF logs, named on the command line, to the schema of SARIF 2.1.0; says what is wrong with them.
+// Validates the SARIF logs named on the command line against the schema of SARIF 2.1.0 and prints the violations.
 const fs = require("fs");
 const Ajv = require("ajv");
 

@@ -1,16 +1,16 @@
-// What has a form of its own for some sets of instructions is tested with each of them.
+// Runs tests once with each instruction set that has its own code paths.
 #pragma once
 
 #include "scene/core/InstructionSet.h"
 
 namespace vrn::test {
 
-// Does something with each set that this processor has.
-template <class Work> void withEachSet(Work work) {
+// Calls `test` once for each instruction set; limiting to a set that the processor lacks has no effect.
+template <class Test> void withEachSet(Test test) {
     for (const vor::InstructionSet set :
          {vor::InstructionSet::Baseline, vor::InstructionSet::Avx2, vor::InstructionSet::Avx512}) {
         vor::limitInstructionSet(set);
-        work();
+        test();
     }
     vor::limitInstructionSet(vor::InstructionSet::Avx512);
 }

@@ -24,8 +24,8 @@ bool hasUniqueNames(std::span<const Input* const> inputs) {
     return true;
 }
 
-// Elements have the type of their array. Only a reference to a node that came before the array had a type, and
-// an element that has no type of its own yet, may differ.
+// Elements have the type of their array. Exceptions: elements that are still untyped, and node references that were set
+// before the array had a type.
 bool fitsItsArray(const Input& element) {
     const AttrType expected = element.parent()->elementType();
     return element.type() == expected || expected == AttrType::Null || element.type() == AttrType::Null ||

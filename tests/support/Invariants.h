@@ -1,4 +1,4 @@
-// What is true of every scene, whatever was read into it or done to it.
+// Invariants that hold for every scene after any sequence of calls.
 #pragma once
 
 #include "scene/Scene.h"
@@ -7,7 +7,7 @@
 
 namespace vrn::test {
 
-// What is wrong with a scene, and where; empty if nothing is. Visits all of it.
+// The first violated invariant and its path; empty if all hold. Visits the whole scene.
 [[nodiscard]] std::string brokenInvariant(const vor::velmo_sdk::impl::Scene& scene);
 
 } // namespace vrn::test

@@ -1,10 +1,8 @@
-// Reading a text into a fresh scene, with all that it reports.
+// Reads a text into a new scene and records its result, log and exception.
 #pragma once
 
-#include "impl/Reader.h"
 #include "impl/VrnParser.h"
 #include "impl/lexer/StringLexer.h"
-#include "scene/SceneJson.h"
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -12,10 +10,11 @@
 #include <ostream>
 #include <string>
 #include <vector>
+#include <vrn/vrn.h>
 
 namespace vor {
 
-// How the test framework shows values.
+// How GoogleTest prints values.
 inline void PrintTo(const String& text, std::ostream* out) { *out << '"' << text.view() << '"'; }
 inline void PrintTo(const LogRecord& record, std::ostream* out) {
     *out << (record.severity == LogSeverity::Error ? "error " : "warning ") << record.position.line << ','
@@ -26,17 +25,13 @@ inline void PrintTo(const LogRecord& record, std::ostream* out) {
 
 namespace vrn::test {
 
-using namespace vor;
-using namespace vor::velmo_sdk;
-using namespace vor::velmo_sdk::impl;
-
 struct Reading {
     std::unique_ptr<Scene> scene = std::make_unique<Scene>();
     std::vector<LogRecord> log;
     std::optional<LogRecord> thrown;
     bool isOk = false;
 
-    // Runs `parse`, keeping its result, its log and its exception.
+    // Calls `parse` and records its result, log and exception.
     template <class Parse> void run(Parse parse) {
         const ScopedLogSink sink([this](const LogRecord& record) { log.push_back(record); });
         try {
@@ -52,7 +47,7 @@ struct Reading {
     [[nodiscard]] Input* input(const String& path) const;
     [[nodiscard]] const AttrData& value(const String& path) const { return input(path)->value(); }
 
-    // One line a record, as the golden files have it.
+    // One line per record, in the format of the golden files.
     [[nodiscard]] std::string logText() const;
     [[nodiscard]] std::string json() const;
 };
@@ -60,7 +55,7 @@ struct Reading {
 [[nodiscard]] Reading readText(const String& text);
 [[nodiscard]] Reading readText(const String& text, std::shared_ptr<const Catalogue> catalogue);
 
-// Reads more text into the scene of a reading; the log starts anew.
+// Reads another text into the same scene; clears the log first.
 void readMore(Reading& reading, const String& text);
 
 [[nodiscard]] inline LogRecord error(i32 line, i32 column, const char* text) {
@@ -72,7 +67,7 @@ void readMore(Reading& reading, const String& text);
 
 using Log = std::vector<LogRecord>;
 
-// A parser at the start of a text, for tests of single recognisers.
+// A parser at the start of a text, to test single recognisers.
 struct ParserOn {
     explicit ParserOn(const String& text) : lexer(text) {
         parser.scene = &scene;

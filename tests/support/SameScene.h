@@ -1,4 +1,4 @@
-// Whether two scenes are the same.
+// Compares two scenes.
 #pragma once
 
 #include "scene/Scene.h"
@@ -7,8 +7,8 @@
 
 namespace vrn::test {
 
-// The first thing in which the scenes differ, bit for bit, but for outputs, enumerations and marks; empty if there is
-// none.
+// Describes the first difference; empty if there is none. Values are compared bit by bit. Outputs, enumerations and
+// marks are not compared.
 [[nodiscard]] std::string firstDifference(const vor::velmo_sdk::impl::Scene& a, const vor::velmo_sdk::impl::Scene& b);
 
 } // namespace vrn::test

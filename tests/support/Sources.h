@@ -1,17 +1,14 @@
-// Other sources of characters than the reader's own.
+// Character sources for tests.
 #pragma once
 
 #include "impl/lexer/Lexer.h"
-#include "scene/core/File.h"
 
 #include <string>
+#include <vrn/vrn.h>
 
 namespace vrn::test {
 
-using namespace vor;
-using namespace vor::velmo_sdk::impl;
-
-// A source without a window: the scanner goes byte by byte, which is what all others are measured by.
+// A source without a lookahead window: the scanner reads byte by byte. The reference for the other sources.
 class PlainLexer final : public Lexer {
 public:
     explicit PlainLexer(std::string text) : text_(std::move(text)) { fetch(); }
@@ -36,7 +33,7 @@ private:
     std::size_t at_ = 0;
 };
 
-// Delivers a text in blocks of one size.
+// Delivers a text in blocks of a fixed size.
 class Blocks final : public ByteSource {
 public:
     Blocks(const std::string& text, std::size_t size) : text_(text), size_(size) {}

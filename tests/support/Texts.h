@@ -1,4 +1,4 @@
-// The texts of tests/data and of the examples.
+// The VRN files of tests/data and examples.
 #pragma once
 
 #include <filesystem>
@@ -9,7 +9,7 @@ namespace vrn::test {
 
 [[nodiscard]] std::string contentOf(const std::filesystem::path& path);
 
-// Those with an expected scene and log beside them, in the order of their names; and the examples besides.
+// goldenTexts: those with an expected scene and log, sorted by path. allTexts: those and the examples.
 [[nodiscard]] std::vector<std::filesystem::path> goldenTexts();
 [[nodiscard]] std::vector<std::filesystem::path> allTexts();
 

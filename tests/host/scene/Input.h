@@ -1,4 +1,4 @@
-// The inputs of a scene model that only records what it is asked.
+// The inputs of a scene model that records the calls of the reader.
 #pragma once
 
 #include "scene/AttrData.h"
@@ -25,7 +25,7 @@ public:
     Input(std::string path, Input* parent, AttrData value)
         : path_(std::move(path)), parent_(parent), value_(std::move(value)) {}
 
-    // What the reader needs of every scene.
+    // Operations of the interface.
     [[nodiscard]] String label() const override { return std::string_view(path_); }
     void connect(interfaces::IOutput* output) override { record(path_, ".connect(", output->name(), ")"); }
     void disconnect() override { record(path_, ".disconnect()"); }
@@ -53,7 +53,7 @@ public:
         return add(name, AttrData::array(elementType));
     }
 
-    // The queries that the reader adds.
+    // Queries.
     [[nodiscard]] AttrType type() const { return value_.type(); }
     [[nodiscard]] String typeName() const override { return attrTypeName(type()); }
     [[nodiscard]] DataType dataType() const { return value_.dataType(); }

@@ -1,4 +1,4 @@
-// The nodes of a scene model that only records what it is asked.
+// The nodes of a scene model that records the calls of the reader.
 #pragma once
 
 #include "scene/Input.h"

@@ -1,4 +1,4 @@
-// A scene model that only records what it is asked.
+// A scene model that records the calls of the reader.
 #pragma once
 
 #include "scene/Node.h"
@@ -48,8 +48,8 @@ private:
 
 class NameMapScope {
 public:
-    explicit NameMapScope(const Scene*) { record("names in force"); }
-    ~NameMapScope() { record("names no more"); }
+    explicit NameMapScope(const Scene*) { record("begin name maps"); }
+    ~NameMapScope() { record("end name maps"); }
     NameMapScope(const NameMapScope&) = delete;
     NameMapScope& operator=(const NameMapScope&) = delete;
 };
