@@ -13,78 +13,80 @@ void GltfParts::describeNodes() {
     json_.key("scenes").array([&] {
         json_.object([&] {
             std::vector<u32> roots;
-            for (u32 i = 0; i < model_.placements.size(); ++i)
-                if (model_.placements[i].parent == none)
+            for (u32 i = 0; i < model_.nodes.size(); ++i)
+                if (model_.nodes[i].parent == none)
                     roots.push_back(i);
             if (!roots.empty())
                 json_.key("nodes").integers(roots);
         });
     });
-    list("nodes", model_.placements, [&](const Placement& placement) { describe(placement); });
-    noteDepth();
+    list("nodes", model_.nodes, [&](const ModelNode& node) { describe(node); });
+    reportDeepNodes();
 }
 
-// One level after the other.
-void GltfParts::noteDepth() {
-    constexpr std::size_t mostDepth = 1000;
+// Traverses level by level: recursion could overflow the stack.
+void GltfParts::reportDeepNodes() {
+    constexpr std::size_t maxDepth = 1000;
     std::vector<u32> level;
-    for (u32 i = 0; i < model_.placements.size(); ++i)
-        if (model_.placements[i].parent == none)
+    for (u32 i = 0; i < model_.nodes.size(); ++i)
+        if (model_.nodes[i].parent == none)
             level.push_back(i);
-    for (std::size_t depth = 0; depth <= mostDepth; ++depth) {
+    for (std::size_t depth = 0; depth <= maxDepth; ++depth) {
         std::vector<u32> next;
-        for (const u32 at : level)
-            next.insert(next.end(), model_.placements[at].children.begin(), model_.placements[at].children.end());
+        for (const u32 index : level)
+            next.insert(next.end(), model_.nodes[index].children.begin(), model_.nodes[index].children.end());
         level = std::move(next);
     }
-    for (const u32 at : level)
-        losses_.add("nodes nested more than 1000 deep, where many readers give up", *model_.placements[at].source);
+    for (const u32 index : level)
+        losses_.add("nodes nested more than 1000 levels deep (written, but rejected by many readers)",
+                    *model_.nodes[index].source);
 }
 
-// Animations and skins of other formats find nodes by their names.
-std::string GltfParts::uniqueName(const Placement& placement) {
-    const String wanted = displayName(*placement.source);
+// Some readers identify nodes by their names.
+std::string GltfParts::uniqueName(const ModelNode& node) {
+    const String wanted = displayName(*node.source);
     std::string name = names_.make(std::string(wanted.view()));
     if (name != wanted.view())
-        losses_.add("names that several nodes have, which are numbered now", *placement.source);
+        losses_.add("names shared by several nodes (numbered)", *node.source);
     return name;
 }
 
-void GltfParts::describe(const Placement& placement) {
-    json_.key("name").text(uniqueName(placement));
-    if (!placement.children.empty())
-        json_.key("children").integers(placement.children);
-    describeTransform(placement);
-    if (placement.geometry != none) {
-        json_.key("mesh").integer(meshes_.meshOf(placement));
-        if (meshes_.hasSkin(placement))
-            json_.key("skin").integer(placement.skin);
+void GltfParts::describe(const ModelNode& node) {
+    json_.key("name").text(uniqueName(node));
+    if (!node.children.empty())
+        json_.key("children").integers(node.children);
+    describeTransform(node);
+    if (node.geometry != none) {
+        json_.key("mesh").integer(meshes_.meshIndex(node));
+        if (meshes_.hasSkin(node))
+            json_.key("skin").integer(node.skin);
     }
-    if (placement.camera != none)
-        json_.key("camera").integer(placement.camera);
-    if (placement.light != none)
+    if (node.camera != none)
+        json_.key("camera").integer(node.camera);
+    if (node.light != none)
         json_.key("extensions").object([&] {
-            json_.key("KHR_lights_punctual").object([&] { json_.key("light").integer(placement.light); });
+            json_.key("KHR_lights_punctual").object([&] { json_.key("light").integer(node.light); });
         });
 }
 
-void GltfParts::describeTransform(const Placement& placement) {
-    if (placement.matrix) {
-        json_.key("matrix").reals(*placement.matrix);
+void GltfParts::describeTransform(const ModelNode& node) {
+    if (node.matrix) {
+        json_.key("matrix").reals(*node.matrix);
         return;
     }
     const Trs initial;
-    if (placement.trs.translation != initial.translation)
-        json_.key("translation").reals(placement.trs.translation);
-    if (placement.trs.rotation != initial.rotation)
-        json_.key("rotation").reals(placement.trs.rotation);
-    if (placement.trs.scale != initial.scale)
-        json_.key("scale").reals(placement.trs.scale);
+    if (node.trs.translation != initial.translation)
+        json_.key("translation").reals(node.trs.translation);
+    if (node.trs.rotation != initial.rotation)
+        json_.key("rotation").reals(node.trs.rotation);
+    if (node.trs.scale != initial.scale)
+        json_.key("scale").reals(node.trs.scale);
 }
 
 void GltfParts::describeMaterials() {
-    list("materials", meshes_.looks(),
-         [&](const GltfMeshes::Look& look) { describe(model_.materials[look.material], look.hasTextures); });
+    list("materials", meshes_.materials(), [&](const GltfMeshes::MaterialVariant& variant) {
+        describe(model_.materials[variant.material], variant.hasTextures);
+    });
 }
 
 void GltfParts::describe(const Material& material, bool hasTextures) {
@@ -115,11 +117,11 @@ void GltfParts::describe(const Material& material, bool hasTextures) {
 
 void GltfParts::describe(const char* name, const TextureUse& use) {
     const TextureUse initial;
-    const bool isMoved = use.offset != initial.offset || use.scale != initial.scale;
-    hasTextureTransforms_ |= isMoved;
+    const bool hasTransform = use.offset != initial.offset || use.scale != initial.scale;
+    hasTextureTransforms_ |= hasTransform;
     json_.key(name).object([&] {
         json_.key("index").integer(use.texture);
-        if (isMoved)
+        if (hasTransform)
             json_.key("extensions").object([&] {
                 json_.key("KHR_texture_transform").object([&] {
                     json_.key("offset").reals(use.offset);
@@ -130,28 +132,28 @@ void GltfParts::describe(const char* name, const TextureUse& use) {
 }
 
 GltfParts::Sampler GltfParts::samplerOf(const Texture& texture) {
-    const auto wrap = [&](const std::string& name) -> u32 {
+    const auto wrapMode = [&](const std::string& name) -> u32 {
         if (name == "clamp")
             return 33071;
         if (name == "mirror")
             return 33648;
         if (!name.empty() && name != "repeat")
-            losses_.add("unknown ways to repeat textures", *texture.source);
+            losses_.add("unknown texture wrap modes", *texture.source);
         return 10497;
     };
     const i64 filter = texture.filter;
     const bool isKnown = filter == 9728 || filter == 9729 || (filter >= 9984 && filter <= 9987);
     if (filter != 0 && !isKnown)
-        losses_.add("unknown filters of textures", *texture.source);
-    return {wrap(texture.wrapU), wrap(texture.wrapV), isKnown ? static_cast<u32>(filter) : 0};
+        losses_.add("unknown texture filters", *texture.source);
+    return {wrapMode(texture.wrapU), wrapMode(texture.wrapV), isKnown ? static_cast<u32>(filter) : 0};
 }
 
 void GltfParts::describeTextures() {
-    std::map<Sampler, u32> numbers;
+    std::map<Sampler, u32> indices;
     std::vector<Sampler> samplers;
     std::vector<u32> used;
     for (const Texture& texture : model_.textures) {
-        const auto [found, isNew] = numbers.emplace(samplerOf(texture), static_cast<u32>(samplers.size()));
+        const auto [found, isNew] = indices.emplace(samplerOf(texture), static_cast<u32>(samplers.size()));
         if (isNew)
             samplers.push_back(found->first);
         used.push_back(found->second);
@@ -162,10 +164,10 @@ void GltfParts::describeTextures() {
         if (sampler.filter != 0)
             json_.key("minFilter").integer(sampler.filter);
     });
-    u32 number = 0;
+    u32 image = 0;
     list("textures", used, [&](u32 sampler) {
         json_.key("sampler").integer(sampler);
-        json_.key("source").integer(number++);
+        json_.key("source").integer(image++);
     });
     list("images", model_.textures, [&](const Texture& texture) {
         json_.key("name").text(displayName(*texture.source));

@@ -1,4 +1,4 @@
-// All members of a glTF file but meshes and numbers.
+// Writes the members of a glTF file except meshes and buffers.
 #pragma once
 
 #include "convert/export/GltfMeshes.h"
@@ -8,7 +8,7 @@ namespace vrn::convert {
 
 class GltfParts {
 public:
-    // Adds to `buffer` what goes there.
+    // Images, inverse bind matrices and animations go into `buffer`.
     GltfParts(const Model& model, GltfMeshes& meshes, GltfBuffer& buffer, Losses& losses, JsonText& json)
         : model_(model), meshes_(meshes), buffer_(buffer), losses_(losses), json_(json) {}
 
@@ -18,10 +18,10 @@ public:
     void describeCameras();
     void describeSkins();
     void describeAnimations();
-    void describeExtensions(); // the lights are one
+    void describeExtensions(); // includes the lights
 
 private:
-    // How a texture is repeated and shrunk; 0 is up to whoever shows it.
+    // Wrap modes and minification filter of a texture, as OpenGL constants; filter 0 is unspecified.
     struct Sampler {
         u32 wrapS;
         u32 wrapT;
@@ -29,20 +29,20 @@ private:
         friend auto operator<=>(const Sampler&, const Sampler&) = default;
     };
 
-    // A member of all of `things`, unless there are none.
-    template <class List> void list(const char* name, const List& things, auto describeOne) {
-        if (std::empty(things))
+    // An array member with an object per item; omitted if there are no items.
+    template <class Items> void list(const char* name, const Items& items, auto describeOne) {
+        if (std::empty(items))
             return;
         json_.key(name).array([&] {
-            for (const auto& thing : things)
-                json_.object([&] { describeOne(thing); });
+            for (const auto& item : items)
+                json_.object([&] { describeOne(item); });
         });
     }
 
-    [[nodiscard]] std::string uniqueName(const Placement& placement);
-    void noteDepth();
-    void describe(const Placement& placement);
-    void describeTransform(const Placement& placement);
+    [[nodiscard]] std::string uniqueName(const ModelNode& node);
+    void reportDeepNodes();
+    void describe(const ModelNode& node);
+    void describeTransform(const ModelNode& node);
     void describe(const Material& material, bool hasTextures);
     void describe(const char* name, const TextureUse& use);
     void describe(const Light& light);
