@@ -68,7 +68,7 @@ u32 GltfBuffer::add(Accessor accessor) {
     return static_cast<u32>(accessors_.size() - 1);
 }
 
-void GltfBuffer::describe(JsonText& json, std::string_view uri) const {
+void GltfBuffer::writeJson(JsonText& json, std::string_view uri) const {
     if (views_.empty())
         return;
     if (!accessors_.empty())
@@ -104,7 +104,7 @@ void GltfBuffer::describe(JsonText& json, std::string_view uri) const {
     });
 }
 
-void GltfBuffer::write(vor::OutputFile& file) const {
+void GltfBuffer::writeBytes(vor::OutputFile& file) const {
     for (const View& view : views_) {
         file.write(view.bytes);
         file.write(std::string_view("\0\0\0", padded(view.bytes.size()) - view.bytes.size()));

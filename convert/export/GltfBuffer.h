@@ -1,6 +1,6 @@
 // The binary buffer of a glTF file, with its buffer views and accessors.
 //
-// Refers to the data that is added instead of copying it, so the data must stay valid until write().
+// Refers to the data that is added instead of copying it, so the data must stay valid until writeBytes().
 #pragma once
 
 #include "convert/export/JsonText.h"
@@ -31,9 +31,9 @@ public:
     [[nodiscard]] vor::u64 size() const noexcept { return size_; }
 
     // Writes `accessors`, `bufferViews` and `buffers`. `uri` refers to the file of the buffer; empty in a .glb.
-    void describe(JsonText& json, std::string_view uri) const;
+    void writeJson(JsonText& json, std::string_view uri) const;
 
-    void write(vor::OutputFile& file) const;
+    void writeBytes(vor::OutputFile& file) const;
 
 private:
     struct View {

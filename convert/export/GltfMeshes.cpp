@@ -201,10 +201,10 @@ u32 GltfMeshes::meshIndex(const ModelNode& node) {
     return found->second;
 }
 
-void GltfMeshes::describe(JsonText& json) const {
+void GltfMeshes::writeJson(JsonText& json) const {
     if (meshes_.empty())
         return;
-    const auto describeOne = [&](const Mesh& mesh) {
+    const auto writePrimitive = [&](const Mesh& mesh) {
         const Accessors& accessors = accessors_[mesh.geometry];
         json.key("attributes").object([&] {
             for (const auto& [name, accessor] : accessors.attributes)
@@ -223,7 +223,7 @@ void GltfMeshes::describe(JsonText& json) const {
         for (const Mesh& mesh : meshes_)
             json.object([&] {
                 json.key("name").text(displayName(*model_.geometries[mesh.geometry].source));
-                json.key("primitives").array([&] { json.object([&] { describeOne(mesh); }); });
+                json.key("primitives").array([&] { json.object([&] { writePrimitive(mesh); }); });
             });
     });
 }

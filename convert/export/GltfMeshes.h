@@ -29,7 +29,7 @@ public:
     [[nodiscard]] const std::vector<MaterialVariant>& materials() const noexcept { return materials_; }
 
     // Writes `meshes`, as far as meshIndex() has added them.
-    void describe(JsonText& json) const;
+    void writeJson(JsonText& json) const;
 
 private:
     // The accessors of a geometry, shared by all meshes that use it.

@@ -1,7 +1,7 @@
 #include "convert/export/GltfWriter.h"
 
 #include "convert/export/GltfMeshes.h"
-#include "convert/export/GltfParts.h"
+#include "convert/export/GltfSceneWriter.h"
 #include "convert/model/ModelBuilder.h"
 #include "convert/shared/Errors.h"
 #include "convert/shared/LittleEndian.h"
@@ -26,23 +26,23 @@ constexpr TargetFormat gltf{.hasPolygons = false,
 
 constexpr u64 maxGlbBytes = 0xFFFFFFFF; // lengths have 32 bits
 
-void describe(JsonText& json, const Model& model, GltfBuffer& buffer, std::string_view bufferUri, Losses& losses) {
+void writeJson(JsonText& json, const Model& model, GltfBuffer& buffer, std::string_view bufferUri, Losses& losses) {
     GltfMeshes meshes(model, buffer, losses);
-    GltfParts parts(model, meshes, buffer, losses, json);
+    GltfSceneWriter writer(model, meshes, buffer, losses, json);
     json.object([&] {
         json.key("asset").object([&] {
             json.key("version").text("2.0");
             json.key("generator").text("vrn");
         });
-        parts.describeNodes();
-        meshes.describe(json);
-        parts.describeMaterials();
-        parts.describeTextures();
-        parts.describeCameras();
-        parts.describeSkins();
-        parts.describeAnimations();
-        parts.describeExtensions();
-        buffer.describe(json, bufferUri);
+        writer.writeNodes();
+        meshes.writeJson(json);
+        writer.writeMaterials();
+        writer.writeTextures();
+        writer.writeCameras();
+        writer.writeSkins();
+        writer.writeAnimations();
+        writer.writeExtensions();
+        buffer.writeJson(json, bufferUri);
     });
 }
 
@@ -52,7 +52,7 @@ void writeGlb(const Scene& scene, const std::string& path, Losses& losses, const
     const Model model = buildModel(scene, gltf, paths, losses);
     GltfBuffer buffer;
     JsonText json;
-    describe(json, model, buffer, "", losses);
+    writeJson(json, model, buffer, "", losses);
     std::string text(json.view());
     text.append((4 - text.size() % 4) % 4, ' ');
     const u64 binaryChunk = buffer.size() == 0 ? 0 : 8 + buffer.size();
@@ -64,7 +64,7 @@ void writeGlb(const Scene& scene, const std::string& path, Losses& losses, const
     file.write(littleEndian32(text.size()) + "JSON" + text);
     if (binaryChunk != 0)
         file.write(littleEndian32(buffer.size()) + std::string("BIN\0", 4));
-    buffer.write(file);
+    buffer.writeBytes(file);
     file.commit();
 }
 
@@ -74,13 +74,13 @@ void writeGltf(const Scene& scene, const std::string& path, Losses& losses, cons
     JsonText json;
     std::filesystem::path binary(path);
     binary.replace_extension(".bin");
-    describe(json, model, buffer, uriOf(binary.filename().string()), losses);
+    writeJson(json, model, buffer, uriOf(binary.filename().string()), losses);
     OutputFile file(path);
     file.write(json.view());
     file.write("\n");
     if (buffer.size() != 0) {
         OutputFile binaryFile(binary.string());
-        buffer.write(binaryFile);
+        buffer.writeBytes(binaryFile);
         binaryFile.commit();
     }
     file.commit();

@@ -1,6 +1,7 @@
 #include "convert/import/GltfFile.h"
 
 #include "convert/import/GltfJson.h"
+#include "convert/import/GltfSafety.h"
 #include "convert/import/GltfUnsharing.h"
 #include "convert/import/GltfUnsupported.h"
 #include "convert/shared/LittleEndian.h"
@@ -53,45 +54,6 @@ std::string decodeBase64(std::string_view text) {
             bytes += static_cast<char>(bits >> (count -= 8) & 0xFF);
     }
     return bytes;
-}
-
-constexpr std::size_t maxDepth = 1000;
-
-// Traverses the hierarchy level by level from the roots; nodes in cycles are never reached.
-std::string hierarchyProblem(const std::vector<std::vector<u64>>& children, const std::vector<bool>& isChild) {
-    std::vector<u64> level;
-    for (u64 i = 0; i < children.size(); ++i)
-        if (!isChild[i])
-            level.push_back(i);
-    std::size_t reached = 0;
-    for (std::size_t depth = 0; !level.empty(); ++depth) {
-        if (depth > maxDepth)
-            return "its nodes are nested more than 1000 levels deep";
-        reached += level.size();
-        std::vector<u64> next;
-        for (const u64 node : level)
-            next.insert(next.end(), children[node].begin(), children[node].end());
-        level = std::move(next);
-    }
-    return reached == children.size() ? "" : "its nodes form a cycle";
-}
-
-// Whether arrays and objects are nested more than maxDepth levels deep.
-bool isNestedTooDeeply(std::string_view json) {
-    std::size_t depth = 0;
-    bool isInString = false;
-    for (std::size_t i = 0; i < json.size(); ++i) {
-        const char c = json[i];
-        if (c == '"')
-            isInString = !isInString;
-        else if (isInString)
-            i += c == '\\' ? 1 : 0;
-        else if ((c == '[' || c == '{') && ++depth > maxDepth)
-            return true;
-        else if ((c == ']' || c == '}') && depth > 0)
-            --depth;
-    }
-    return false;
 }
 
 } // namespace
@@ -192,27 +154,7 @@ GltfFile::~GltfFile() = default;
 std::string GltfFile::rejection() const {
     if (!contents_)
         return "";
-    if (contents_->isTooDeep)
-        return "its JSON is nested more than 1000 levels deep";
-    const GltfValue& json = contents_->json;
-    const GltfValue* nodes = memberOf(&json, "nodes");
-    if (!nodes || !nodes->IsArray())
-        return "";
-    std::vector<std::vector<u64>> children(nodes->Size());
-    std::vector<bool> isChild(children.size());
-    for (u64 i = 0; i < children.size(); ++i) {
-        const GltfValue* node = itemOf(json, "nodes", i);
-        const auto list = node ? node->FindMember("children") : GltfValue::ConstMemberIterator();
-        if (!node || list == node->MemberEnd() || !list->value.IsArray())
-            continue;
-        for (const GltfValue& child : list->value.GetArray()) {
-            if (!child.IsUint64() || child.GetUint64() >= children.size() || isChild[child.GetUint64()])
-                return "its nodes have children that do not exist or have several parents";
-            isChild[child.GetUint64()] = true;
-            children[i].push_back(child.GetUint64());
-        }
-    }
-    return hierarchyProblem(children, isChild);
+    return contents_->isTooDeep ? "its JSON is nested more than 1000 levels deep" : hierarchyProblem(contents_->json);
 }
 
 std::string GltfFile::preparedBytes() const {

@@ -6,19 +6,19 @@
 
 namespace vrn::convert {
 
-class GltfParts {
+class GltfSceneWriter {
 public:
     // Images, inverse bind matrices and animations go into `buffer`.
-    GltfParts(const Model& model, GltfMeshes& meshes, GltfBuffer& buffer, Losses& losses, JsonText& json)
+    GltfSceneWriter(const Model& model, GltfMeshes& meshes, GltfBuffer& buffer, Losses& losses, JsonText& json)
         : model_(model), meshes_(meshes), buffer_(buffer), losses_(losses), json_(json) {}
 
-    void describeNodes();
-    void describeMaterials();
-    void describeTextures();
-    void describeCameras();
-    void describeSkins();
-    void describeAnimations();
-    void describeExtensions(); // includes the lights
+    void writeNodes();
+    void writeMaterials();
+    void writeTextures();
+    void writeCameras();
+    void writeSkins();
+    void writeAnimations();
+    void writeExtensions(); // includes the lights
 
 private:
     // Wrap modes and minification filter of a texture, as OpenGL constants; filter 0 is unspecified.
@@ -30,22 +30,22 @@ private:
     };
 
     // An array member with an object per item; omitted if there are no items.
-    template <class Items> void list(const char* name, const Items& items, auto describeOne) {
+    template <class Items> void writeArray(const char* name, const Items& items, auto writeItem) {
         if (std::empty(items))
             return;
         json_.key(name).array([&] {
             for (const auto& item : items)
-                json_.object([&] { describeOne(item); });
+                json_.object([&] { writeItem(item); });
         });
     }
 
     [[nodiscard]] std::string uniqueName(const ModelNode& node);
     void reportDeepNodes();
-    void describe(const ModelNode& node);
-    void describeTransform(const ModelNode& node);
-    void describe(const Material& material, bool hasTextures);
-    void describe(const char* name, const TextureUse& use);
-    void describe(const Light& light);
+    void writeNode(const ModelNode& node);
+    void writeTransform(const ModelNode& node);
+    void writeMaterial(const Material& material, bool hasTextures);
+    void writeTexture(const char* name, const TextureUse& use);
+    void writeLight(const Light& light);
     [[nodiscard]] Sampler samplerOf(const Texture& texture);
 
     const Model& model_;

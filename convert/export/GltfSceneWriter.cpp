@@ -1,4 +1,4 @@
-#include "convert/export/GltfParts.h"
+#include "convert/export/GltfSceneWriter.h"
 
 #include "convert/model/Inputs.h"
 #include "convert/shared/ImageKind.h"
@@ -8,7 +8,7 @@
 
 namespace vrn::convert {
 
-void GltfParts::describeNodes() {
+void GltfSceneWriter::writeNodes() {
     json_.key("scene").integer(0);
     json_.key("scenes").array([&] {
         json_.object([&] {
@@ -20,12 +20,12 @@ void GltfParts::describeNodes() {
                 json_.key("nodes").integers(roots);
         });
     });
-    list("nodes", model_.nodes, [&](const ModelNode& node) { describe(node); });
+    writeArray("nodes", model_.nodes, [&](const ModelNode& node) { writeNode(node); });
     reportDeepNodes();
 }
 
 // Traverses level by level: recursion could overflow the stack.
-void GltfParts::reportDeepNodes() {
+void GltfSceneWriter::reportDeepNodes() {
     constexpr std::size_t maxDepth = 1000;
     std::vector<u32> level;
     for (u32 i = 0; i < model_.nodes.size(); ++i)
@@ -43,7 +43,7 @@ void GltfParts::reportDeepNodes() {
 }
 
 // Some readers identify nodes by their names.
-std::string GltfParts::uniqueName(const ModelNode& node) {
+std::string GltfSceneWriter::uniqueName(const ModelNode& node) {
     const String wanted = displayName(*node.source);
     std::string name = names_.make(std::string(wanted.view()));
     if (name != wanted.view())
@@ -51,11 +51,11 @@ std::string GltfParts::uniqueName(const ModelNode& node) {
     return name;
 }
 
-void GltfParts::describe(const ModelNode& node) {
+void GltfSceneWriter::writeNode(const ModelNode& node) {
     json_.key("name").text(uniqueName(node));
     if (!node.children.empty())
         json_.key("children").integers(node.children);
-    describeTransform(node);
+    writeTransform(node);
     if (node.geometry != none) {
         json_.key("mesh").integer(meshes_.meshIndex(node));
         if (meshes_.hasSkin(node))
@@ -69,7 +69,7 @@ void GltfParts::describe(const ModelNode& node) {
         });
 }
 
-void GltfParts::describeTransform(const ModelNode& node) {
+void GltfSceneWriter::writeTransform(const ModelNode& node) {
     if (node.matrix) {
         json_.key("matrix").reals(*node.matrix);
         return;
@@ -83,16 +83,16 @@ void GltfParts::describeTransform(const ModelNode& node) {
         json_.key("scale").reals(node.trs.scale);
 }
 
-void GltfParts::describeMaterials() {
-    list("materials", meshes_.materials(), [&](const GltfMeshes::MaterialVariant& variant) {
-        describe(model_.materials[variant.material], variant.hasTextures);
+void GltfSceneWriter::writeMaterials() {
+    writeArray("materials", meshes_.materials(), [&](const GltfMeshes::MaterialVariant& variant) {
+        writeMaterial(model_.materials[variant.material], variant.hasTextures);
     });
 }
 
-void GltfParts::describe(const Material& material, bool hasTextures) {
+void GltfSceneWriter::writeMaterial(const Material& material, bool hasTextures) {
     const auto texture = [&](const char* name, const TextureUse& use) {
         if (hasTextures && use.texture != none)
-            describe(name, use);
+            writeTexture(name, use);
     };
     json_.key("name").text(displayName(*material.source));
     json_.key("pbrMetallicRoughness").object([&] {
@@ -115,7 +115,7 @@ void GltfParts::describe(const Material& material, bool hasTextures) {
     json_.key("doubleSided").boolean(material.isDoubleSided);
 }
 
-void GltfParts::describe(const char* name, const TextureUse& use) {
+void GltfSceneWriter::writeTexture(const char* name, const TextureUse& use) {
     const TextureUse initial;
     const bool hasTransform = use.offset != initial.offset || use.scale != initial.scale;
     hasTextureTransforms_ |= hasTransform;
@@ -131,7 +131,7 @@ void GltfParts::describe(const char* name, const TextureUse& use) {
     });
 }
 
-GltfParts::Sampler GltfParts::samplerOf(const Texture& texture) {
+GltfSceneWriter::Sampler GltfSceneWriter::samplerOf(const Texture& texture) {
     const auto wrapMode = [&](const std::string& name) -> u32 {
         if (name == "clamp")
             return 33071;
@@ -148,7 +148,7 @@ GltfParts::Sampler GltfParts::samplerOf(const Texture& texture) {
     return {wrapMode(texture.wrapU), wrapMode(texture.wrapV), isKnown ? static_cast<u32>(filter) : 0};
 }
 
-void GltfParts::describeTextures() {
+void GltfSceneWriter::writeTextures() {
     std::map<Sampler, u32> indices;
     std::vector<Sampler> samplers;
     std::vector<u32> used;
@@ -158,18 +158,18 @@ void GltfParts::describeTextures() {
             samplers.push_back(found->first);
         used.push_back(found->second);
     }
-    list("samplers", samplers, [&](const Sampler& sampler) {
+    writeArray("samplers", samplers, [&](const Sampler& sampler) {
         json_.key("wrapS").integer(sampler.wrapS);
         json_.key("wrapT").integer(sampler.wrapT);
         if (sampler.filter != 0)
             json_.key("minFilter").integer(sampler.filter);
     });
     u32 image = 0;
-    list("textures", used, [&](u32 sampler) {
+    writeArray("textures", used, [&](u32 sampler) {
         json_.key("sampler").integer(sampler);
         json_.key("source").integer(image++);
     });
-    list("images", model_.textures, [&](const Texture& texture) {
+    writeArray("images", model_.textures, [&](const Texture& texture) {
         json_.key("name").text(displayName(*texture.source));
         if (texture.encoded.empty()) {
             json_.key("uri").text(uriOf(texture.file));
@@ -180,8 +180,8 @@ void GltfParts::describeTextures() {
     });
 }
 
-void GltfParts::describeCameras() {
-    list("cameras", model_.cameras, [&](const Camera& camera) {
+void GltfSceneWriter::writeCameras() {
+    writeArray("cameras", model_.cameras, [&](const Camera& camera) {
         json_.key("name").text(displayName(*camera.source));
         json_.key("type").text(camera.isPerspective ? "perspective" : "orthographic");
         json_.key(camera.isPerspective ? "perspective" : "orthographic").object([&] {
@@ -200,8 +200,8 @@ void GltfParts::describeCameras() {
     });
 }
 
-void GltfParts::describeSkins() {
-    list("skins", model_.skins, [&](const Skin& skin) {
+void GltfSceneWriter::writeSkins() {
+    writeArray("skins", model_.skins, [&](const Skin& skin) {
         json_.key("name").text(displayName(*skin.source));
         json_.key("joints").integers(skin.joints);
         if (!skin.inverseBind.empty())
@@ -212,19 +212,19 @@ void GltfParts::describeSkins() {
     });
 }
 
-void GltfParts::describeAnimations() {
+void GltfSceneWriter::writeAnimations() {
     using enum GltfBuffer::Use;
-    list("animations", model_.animations, [&](const Animation& animation) {
+    writeArray("animations", model_.animations, [&](const Animation& animation) {
         json_.key("name").text(displayName(*animation.source));
         u32 sampler = 0;
-        list("channels", animation.channels, [&](const Channel& channel) {
+        writeArray("channels", animation.channels, [&](const Channel& channel) {
             json_.key("sampler").integer(sampler++);
             json_.key("target").object([&] {
                 json_.key("node").integer(channel.target);
                 json_.key("path").text(channel.path);
             });
         });
-        list("samplers", animation.channels, [&](const Channel& channel) {
+        writeArray("samplers", animation.channels, [&](const Channel& channel) {
             json_.key("input").integer(buffer_.addFloats(channel.times.span(), 1, Other, true));
             json_.key("output").integer(
                 buffer_.addFloats(channel.values.span(), channel.path == "rotation" ? 4 : 3, Other));
@@ -236,7 +236,7 @@ void GltfParts::describeAnimations() {
     });
 }
 
-void GltfParts::describe(const Light& light) {
+void GltfSceneWriter::writeLight(const Light& light) {
     json_.key("name").text(displayName(*light.source));
     json_.key("type").text(light.kind);
     json_.key("color").reals(light.color);
@@ -250,7 +250,7 @@ void GltfParts::describe(const Light& light) {
         });
 }
 
-void GltfParts::describeExtensions() {
+void GltfSceneWriter::writeExtensions() {
     if (model_.lights.empty() && !hasTextureTransforms_)
         return;
     json_.key("extensionsUsed").array([&] {
@@ -262,7 +262,7 @@ void GltfParts::describeExtensions() {
     if (!model_.lights.empty())
         json_.key("extensions").object([&] {
             json_.key("KHR_lights_punctual").object([&] {
-                list("lights", model_.lights, [&](const Light& light) { describe(light); });
+                writeArray("lights", model_.lights, [&](const Light& light) { writeLight(light); });
             });
         });
 }
