@@ -1,6 +1,7 @@
 #include "convert/export/GltfSceneWriter.h"
 
 #include "convert/model/Inputs.h"
+#include "convert/model/NodeHierarchy.h"
 #include "convert/shared/ImageKind.h"
 #include "convert/shared/Uri.h"
 
@@ -12,10 +13,7 @@ void GltfSceneWriter::writeNodes() {
     json_.key("scene").integer(0);
     json_.key("scenes").array([&] {
         json_.object([&] {
-            std::vector<u32> roots;
-            for (u32 i = 0; i < model_.nodes.size(); ++i)
-                if (model_.nodes[i].parent == none)
-                    roots.push_back(i);
+            const std::vector<u32> roots = rootNodes(model_.nodes);
             if (!roots.empty())
                 json_.key("nodes").integers(roots);
         });
@@ -27,10 +25,7 @@ void GltfSceneWriter::writeNodes() {
 // Traverses level by level: recursion could overflow the stack.
 void GltfSceneWriter::reportDeepNodes() {
     constexpr std::size_t maxDepth = 1000;
-    std::vector<u32> level;
-    for (u32 i = 0; i < model_.nodes.size(); ++i)
-        if (model_.nodes[i].parent == none)
-            level.push_back(i);
+    std::vector<u32> level = rootNodes(model_.nodes);
     for (std::size_t depth = 0; depth <= maxDepth; ++depth) {
         std::vector<u32> next;
         for (const u32 index : level)

@@ -157,12 +157,17 @@ void readHierarchy(ExportContext& context) {
     aimAtTargets(context);
 }
 
-std::vector<Matrix> worldMatrices(const std::vector<ModelNode>& nodes) {
-    std::vector<Matrix> worlds(nodes.size());
-    std::vector<u32> pending;
+std::vector<u32> rootNodes(const std::vector<ModelNode>& nodes) {
+    std::vector<u32> roots;
     for (u32 i = 0; i < nodes.size(); ++i)
         if (nodes[i].parent == none)
-            pending.push_back(i);
+            roots.push_back(i);
+    return roots;
+}
+
+std::vector<Matrix> worldMatrices(const std::vector<ModelNode>& nodes) {
+    std::vector<Matrix> worlds(nodes.size());
+    std::vector<u32> pending = rootNodes(nodes);
     while (!pending.empty()) {
         const u32 index = pending.back();
         pending.pop_back();

@@ -8,6 +8,9 @@ namespace vrn::convert {
 // Adds the nodes of the hierarchy, links them to their parents and reads their local transforms.
 void readHierarchy(ExportContext& context);
 
+// The indices of the nodes without a parent.
+[[nodiscard]] std::vector<u32> rootNodes(const std::vector<ModelNode>& nodes);
+
 // The world matrix of each node, by index.
 [[nodiscard]] std::vector<Matrix> worldMatrices(const std::vector<ModelNode>& nodes);
 

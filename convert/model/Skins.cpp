@@ -1,6 +1,7 @@
 #include "convert/model/Skins.h"
 
 #include "convert/model/Inputs.h"
+#include "convert/model/NodeHierarchy.h"
 #include "scene/Scene.h"
 
 #include <algorithm>
@@ -11,12 +12,11 @@ namespace vrn::convert {
 namespace {
 
 // The root of the tree that each node belongs to.
-std::vector<u32> rootsOf(const std::vector<ModelNode>& nodes) {
+std::vector<u32> rootOfEach(const std::vector<ModelNode>& nodes) {
     std::vector<u32> roots(nodes.size(), none);
-    std::vector<u32> pending;
-    for (u32 i = 0; i < nodes.size(); ++i)
-        if (nodes[i].parent == none)
-            pending.push_back(roots[i] = i);
+    std::vector<u32> pending = rootNodes(nodes);
+    for (const u32 root : pending)
+        roots[root] = root;
     while (!pending.empty()) {
         const u32 index = pending.back();
         pending.pop_back();
@@ -45,7 +45,7 @@ Values<float> identities(std::size_t count) {
 
 class SkinReader {
 public:
-    explicit SkinReader(ExportContext& context) : context_(context), roots_(rootsOf(context.model.nodes)) {}
+    explicit SkinReader(ExportContext& context) : context_(context), roots_(rootOfEach(context.model.nodes)) {}
 
     // The index of a skin, which is read on first use.
     u32 skinIndex(const Node& node) {

@@ -159,17 +159,17 @@ def triangle(name):
 
 
 class ToGltf(Converting):
-    def of(self, text, *lost):
+    def to_gltf(self, text, *lost):
         self.file("in.vrn", text)
         self.assertEqual(self.convert("in.vrn", "out.glb"), list(lost))
         self.validate("out.glb")
         return self.gltf("out.glb")
 
     def test_mesh_without_instance_gets_a_node(self):
-        self.assertEqual(self.of(TRIANGLE)["nodes"], [{"name": "m", "mesh": 0}])
+        self.assertEqual(self.to_gltf(TRIANGLE)["nodes"], [{"name": "m", "mesh": 0}])
 
     def test_transforms(self):
-        gltf = self.of(
+        gltf = self.to_gltf(
             TRIANGLE
             + "group g; g.translation = vec3(1 2 3); g.scale = vec3(2 2 2);\n"
             "instance i; i.geometry = m; i.parent = g; i.rotation = quat(0 0 1 0);\n"
@@ -185,7 +185,7 @@ class ToGltf(Converting):
         self.assertEqual(second["matrix"], [0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 5, 6, 7, 1])
 
     def test_shear_and_flat_matrices_are_decomposed(self):
-        gltf = self.of(
+        gltf = self.to_gltf(
             TRIANGLE + "instance i; i.geometry = m; i.transform = mat4(1 0 0 0 1 1 0 0 0 0 1 0 0 0 0 1);\n"
             "instance j; j.geometry = m; j.transform = mat4(0 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1);\n"
             "instance k; k.geometry = m; k.transform = mat4(-1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1);\n",
@@ -195,7 +195,7 @@ class ToGltf(Converting):
         self.assertEqual(gltf["nodes"][1]["scale"], [0, 1, 1])
 
     def test_parent_cycles_and_second_parents_are_cut(self):
-        gltf = self.of(
+        gltf = self.to_gltf(
             "group a; group b; group c; group d; a.parent = b; b.parent = c; c.parent = a; d.parent = d;\n"
             "group x; group y; group z; x.children[*] = z; y.children[*] = z; z.children[*] = z;\n",
             "additional parents of a node: 2 (first y.children[0])",
@@ -217,15 +217,15 @@ class ToGltf(Converting):
 
     def test_normals(self):
         ns = "m.normals = vec3f[3] {0 0 %s 0 1 0 1 0 0};"
-        self.of(TRIANGLE + ns % "1.001")
-        self.of(TRIANGLE + ns % "2", "lengths of normals (normalized): 1 (m)")
-        self.of(TRIANGLE + ns % "0", "normals of meshes with normals of length 0: 1 (m)")
-        self.of(TRIANGLE + ns % "nan", "attributes that do not match the points of their mesh: 1 (m.normals)")
+        self.to_gltf(TRIANGLE + ns % "1.001")
+        self.to_gltf(TRIANGLE + ns % "2", "lengths of normals (normalized): 1 (m)")
+        self.to_gltf(TRIANGLE + ns % "0", "normals of meshes with normals of length 0: 1 (m)")
+        self.to_gltf(TRIANGLE + ns % "nan", "attributes that do not match the points of their mesh: 1 (m.normals)")
         tangents = "m.tangents = vec4f[3] {1 0 0 %s 1 0 0 1 0 1 0 -1};"
-        self.of(TRIANGLE + ns % "1" + tangents % "1")
+        self.to_gltf(TRIANGLE + ns % "1" + tangents % "1")
         lost = "tangents without normals, of a length other than 1 or without a sign: 1 (m)"
-        self.of(TRIANGLE + tangents % "1", lost)
-        self.of(TRIANGLE + ns % "1" + tangents % "0.5", lost)
+        self.to_gltf(TRIANGLE + tangents % "1", lost)
+        self.to_gltf(TRIANGLE + ns % "1" + tangents % "0.5", lost)
 
     def test_invalid_meshes_are_left_out(self):
         points = "mesh m; m.points = vec3f[3] {0 0 0 1 0 0 0 1 0};"
@@ -252,7 +252,7 @@ class ToGltf(Converting):
                 self.validate("out.glb")
 
     def test_vertices_split_where_texture_coordinates_differ(self):
-        gltf = self.of(
+        gltf = self.to_gltf(
             "mesh m; m.points = vec3f[4] {0 0 0 1 0 0 1 1 0 0 1 0}; m.triangles = vec3u[2] {0 1 2 0 2 3};\n"
             "m.uvsets[*].coords = vec2f[3] {0 0 1 0 1 1}; m.uvsets[0].indices = int32[6] {0 1 2 0 1 2};\n"
         )
@@ -281,7 +281,7 @@ class ToGltf(Converting):
         self.assertEqual(area, 2)
 
     def test_lines_and_points(self):
-        gltf = self.of(
+        gltf = self.to_gltf(
             'mesh l; l.topology = "lines"; l.points = vec3f[3] {0 0 0 1 0 0 0 1 0}; l.indices = byte[4] {0 1 1 2};\n'
             'mesh p; p.topology = "points"; p.points = vec3f[2] {0 0 0 1 0 0};'
         )
@@ -294,7 +294,7 @@ class ToGltf(Converting):
         self.assertEqual(self.convert("in.vrn", "out.stl"), ["meshes with lines or points instead of faces: 1 (p)"])
 
     def test_materials_and_textures(self):
-        gltf = self.of(
+        gltf = self.to_gltf(
             TRIANGLE
             + "m.uvsets[*].coords = vec2f[3] {0 0 1 0 0 1}; m.material |= red.outColor;\n"
             'material red; red.baseColor = rgba(1 0 0 0.5); red.roughness = 0.25; red.metallic = 1.5; red.shine = 3;\n'
@@ -338,7 +338,7 @@ class ToGltf(Converting):
             "01805a347d6b0000000049454e44ae426082"
         )
         numbers = " ".join(map(str, image))
-        gltf = self.of(
+        gltf = self.to_gltf(
             TRIANGLE + "m.uvsets[*].coords = vec2f[3] {0 0 1 0 0 1}; m.material |= red.outColor; material red;\n"
             f"red.baseColorMap |= t.outColor; texture t; t.encoded = byte[{len(image)}] {{{numbers}}};"
         )
@@ -371,7 +371,7 @@ class ToGltf(Converting):
             self.assertEqual(matrix[8:11], [0, 1, 0])  # +Z is up: it looks down at the group
 
     def test_lights(self):
-        gltf = self.of(
+        gltf = self.to_gltf(
             'light a; a.direction = vec3(0 -1 0); a.color = rgba(1 0.5 0.25); a.intensity = 3.0;\n'
             'light b; b.kind = "spot"; b.position = pos3(0 5 0); b.innerAngle = 10.0; b.outerAngle = 20.0; b.range = 9.0;\n'
             'light c; c.kind = "point"; c.worldMatrix |= t.outMatrix; transform t; t.translation = vec3(1 2 3);\n'
@@ -383,7 +383,8 @@ class ToGltf(Converting):
         self.assertEqual([light["type"] for light in lights], ["directional", "spot", "point", "directional"])
         self.assertAlmostEqual(lights[1]["spot"]["outerConeAngle"], 0.3490658503988659)
         self.assertEqual(self.convert("out.glb", "back.vrn"), [])
-        back = {inputs_of(n)["name"]["value"]: inputs_of(n) for n in self.scene("back.vrn")["nodes"] if n["type"] == "light"}
+        back = [inputs_of(n) for n in self.scene("back.vrn")["nodes"] if n["type"] == "light"]
+        back = {light["name"]["value"]: light for light in back}
         self.assertEqual(back["a"]["intensity"]["value"], 3)
         self.assertEqual(back["a"]["color"]["value"], [1, 0.5, 0.25, 1])
         self.assertEqual(back["b"]["range"]["value"], 9)
@@ -396,7 +397,7 @@ class ToGltf(Converting):
     )
 
     def test_skins(self):
-        gltf = self.of(self.SKIN % (0, "0.5", "b"))
+        gltf = self.to_gltf(self.SKIN % (0, "0.5", "b"))
         (skin,) = gltf["skins"]
         self.assertEqual((skin["name"], skin["joints"]), ("s", [1, 2]))
         self.assertEqual(gltf["accessors"][skin["inverseBindMatrices"]]["count"], 2)
@@ -404,14 +405,14 @@ class ToGltf(Converting):
         back = [inputs_of(n) for n in self.scene("back.vrn")["nodes"] if n["type"] == "skin"]
         self.assertEqual(back[0]["inverseBind"]["data"], [1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1] * 2)
         self.assertIn("WEIGHTS_0", gltf["meshes"][0]["primitives"][0]["attributes"])
-        self.of(self.SKIN % (0, "0.75", "b"), "skin weights that do not sum to 1 (normalized): 1 (m)")
-        self.of(self.SKIN % (7, "0.5", "b"), "skins with fewer joints than the mesh uses: 1 (i)")
-        self.of(self.SKIN % (0, "0.5", "a"), "skins with duplicate joints: 1 (s)")
-        self.of(self.SKIN % (0, "0.5", "m"), "skins with joints without a transform: 1 (s)")
+        self.to_gltf(self.SKIN % (0, "0.75", "b"), "skin weights that do not sum to 1 (normalized): 1 (m)")
+        self.to_gltf(self.SKIN % (7, "0.5", "b"), "skins with fewer joints than the mesh uses: 1 (i)")
+        self.to_gltf(self.SKIN % (0, "0.5", "a"), "skins with duplicate joints: 1 (s)")
+        self.to_gltf(self.SKIN % (0, "0.5", "m"), "skins with joints without a transform: 1 (s)")
         matrices = "s.inverseBind = mat4f[2] {1 0 0 %d 0 1 0 0 0 0 1 0 0 0 0 1 1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1};"
-        self.of(self.SKIN % (0, "0.5", "b") + matrices % 0)
+        self.to_gltf(self.SKIN % (0, "0.5", "b") + matrices % 0)
         lost = "skins with inverseBind matrices that do not match the joints: 1 (s)"
-        self.of(self.SKIN % (0, "0.5", "b") + matrices % 1, lost)
+        self.to_gltf(self.SKIN % (0, "0.5", "b") + matrices % 1, lost)
 
     def test_animations(self):
         channel = (
@@ -419,13 +420,17 @@ class ToGltf(Converting):
             "animation a; a.channels[*].target = g; a.channels[0].path = \"%s\"; a.channels[0].times = float[2] {%s};\n"
             "a.channels[0].values = vec3f[2] {0 0 0 1 1 1};"
         )
-        gltf = self.of(channel % ("translation", "0 1"))
+        gltf = self.to_gltf(channel % ("translation", "0 1"))
         self.assertEqual(gltf["nodes"][0], {"name": "g", "translation": [1, 2, 3]})
-        self.assertEqual(gltf["animations"][0]["channels"], [{"sampler": 0, "target": {"node": 0, "path": "translation"}}])
+        target = {"node": 0, "path": "translation"}
+        self.assertEqual(gltf["animations"][0]["channels"], [{"sampler": 0, "target": target}])
         empty = "animations without channels: 1 (a)"
         prefix = "animation channels with "
-        self.of(channel % ("translation", "1 0"), prefix + "times that are missing, negative or not increasing: 1 (a.channels[0])", empty)
-        self.of(channel % ("weights", "0 1"), prefix + "a path other than translation, rotation and scale: 1 (a.channels[0])", empty)
+        for path, times, reason in (
+            ("translation", "1 0", "times that are missing, negative or not increasing"),
+            ("weights", "0 1", "a path other than translation, rotation and scale"),
+        ):
+            self.to_gltf(channel % (path, times), f"{prefix}{reason}: 1 (a.channels[0])", empty)
         lost = self.convert_text(channel % ("rotation", "0 1"))
         self.assertIn(prefix + "values that do not match the times and the path: 1 (a.channels[0])", lost)
 
@@ -448,7 +453,7 @@ class ToGltf(Converting):
 
     def test_nodes_with_the_same_name(self):
         lost = "names shared by several nodes (numbered): 1 (b)"
-        gltf = self.of(
+        gltf = self.to_gltf(
             'group a; a.name = "x"; group b; b.name = "x"; camera c; c.worldMatrix |= a.outMatrix;\n'
             'animation v; v.channels[*].target = b; v.channels[0].path = "scale";\n'
             "v.channels[0].times = float[1] {0}; v.channels[0].values = vec3f[1] {2 2 2};",
@@ -458,28 +463,30 @@ class ToGltf(Converting):
 
     def test_numbers_beyond_the_range_of_a_float(self):
         product = "transforms whose product exceeds the range of a float: 1 (g)"
-        self.of("group g; g.scale = vec3(1e38 1 1); g.transform = mat4(1e38 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1);", product)
+        matrix = "mat4(1e38 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1)"
+        self.to_gltf(f"group g; g.scale = vec3(1e38 1 1); g.transform = {matrix};", product)
         large = "numbers beyond the range of a float: 1 (%s)"
-        self.of("group g; g.scale = vec3(1e200 1 1);", large % "g.scale")
-        self.of("camera c; c.position = pos3(1e308 0 0);", large % "c.position")
-        self.of('camera c; c.projection = "orthographic"; c.near = 1.7e308;', large % "c.near")
-        self.of("camera c; c.position = pos3(0 0 0); c.lookAt = pos3(0 0 5e-324);")
-        gltf = self.of('camera c; c.projection = "orthographic"; c.near = 1.0e30;')["cameras"][0]["orthographic"]
+        self.to_gltf("group g; g.scale = vec3(1e200 1 1);", large % "g.scale")
+        self.to_gltf("camera c; c.position = pos3(1e308 0 0);", large % "c.position")
+        self.to_gltf('camera c; c.projection = "orthographic"; c.near = 1.7e308;', large % "c.near")
+        self.to_gltf("camera c; c.position = pos3(0 0 0); c.lookAt = pos3(0 0 5e-324);")
+        gltf = self.to_gltf('camera c; c.projection = "orthographic"; c.near = 1.0e30;')["cameras"][0]["orthographic"]
         self.assertGreater(gltf["zfar"], gltf["znear"])
-        self.of("group g; g.rotation = quat(1e308 0 0 1);", large % "g.rotation")
-        gltf = self.of("group g; g.rotation = quat(5e-324 5e-324 0 0);", "lengths of rotations (normalized): 1 (g)")
+        self.to_gltf("group g; g.rotation = quat(1e308 0 0 1);", large % "g.rotation")
+        normalized = "lengths of rotations (normalized): 1 (g)"
+        gltf = self.to_gltf("group g; g.rotation = quat(5e-324 5e-324 0 0);", normalized)
         self.assertAlmostEqual(gltf["nodes"][0]["rotation"][0], 0.5**0.5)
 
     def test_values_out_of_range(self):
         range_of = "numbers out of range (clamped): %d (first %s)"
         type_of = "values of the wrong type: %d (first %s)"
-        self.of(
+        self.to_gltf(
             "light l; l.kind = \"spot\"; l.intensity = -5; l.range = -1.0; l.outerAngle = 120; l.innerAngle = 200;"
             "camera c; c.aspect = -3; c.projection = \"panoramic\";",
             range_of % (5, "l.intensity"),
             "unknown camera projections: 1 (c)",
         )
-        gltf = self.of(
+        gltf = self.to_gltf(
             TRIANGLE + "m.uvsets[*].coords = vec2f[3] {0 0 1 0 0 1}; m.material |= r.outColor; material r;\n"
             'r.baseColorMap |= t.outColor; r.doubleSided = 1; r.alpha.cutoff = -2; texture t; t.file = "a.png";\n'
             "t.filter = 9987.0; t.wrapU = 5;",
@@ -487,7 +494,7 @@ class ToGltf(Converting):
             "numbers out of range (clamped): 1 (r.alpha.cutoff)",
         )
         self.assertEqual(gltf["samplers"][0]["minFilter"], 9987)
-        self.of(
+        self.to_gltf(
             'group g; animation a; a.channels[*].target = g; a.channels[0].path = "scale"; a.duration = 5;\n'
             "a.channels[0].times = float[1] {1}; a.channels[0].values = vec3f[1] {2 2 2};",
             "animation durations other than the time of the last key: 1 (a)",
@@ -504,7 +511,7 @@ class ToGltf(Converting):
             ("https://a.b/c d%20e.png", "https://a.b/c%20d%20e.png"),
             ("C:\\\\wood.png", "file:///C:/wood.png"),
         ):
-            self.assertEqual(self.of(text % file)["images"][0]["uri"], uri)
+            self.assertEqual(self.to_gltf(text % file)["images"][0]["uri"], uri)
 
     def convert_text(self, text):
         self.file("in.vrn", text)
@@ -546,7 +553,9 @@ class OtherFormats(Converting):
     )
 
     def gltf_file(self):
-        self.file("made.bin", struct.pack("<9f6f3H", 0, 0, 0, 1, 0, 0, 0, 1, 0.1, 0.1, 0.3, 0.7, 0.9, 1e-8, 0.6, 0, 1, 2))
+        points = (0, 0, 0, 1, 0, 0, 0, 1, 0.1)
+        coordinates = (0.1, 0.3, 0.7, 0.9, 1e-8, 0.6)
+        self.file("made.bin", struct.pack("<9f6f3H", *points, *coordinates, 0, 1, 2))
         views = [(0, 36), (36, 24), (60, 6)]
         accessors = [(0, 5126, 3, "VEC3"), (1, 5126, 3, "VEC2"), (2, 5123, 3, "SCALAR")]
         keys = ("bufferView", "componentType", "count", "type")
@@ -654,19 +663,25 @@ class OtherFormats(Converting):
         self.assertIn("scales of normal maps: 1 (in.gltf)", lost)
         self.assertIn("textures on uvsets other than the first: 1 (in.gltf)", lost)
         nodes = self.scene("out.vrn")["nodes"]
-        places = [n["name"] for n in nodes if n["type"] == "transform"]
+        transforms = [n["name"] for n in nodes if n["type"] == "transform"]
         for kind in ("camera", "light"):
             of_kind = [inputs_of(n) for n in nodes if n["type"] == kind]
             self.assertEqual([n["name"]["value"] for n in of_kind], ["same", "same"])
-            self.assertEqual({n["worldMatrix"]["connection"] for n in of_kind}, {f"{p}.outMatrix" for p in places[1:]})
+            connected = {n["worldMatrix"]["connection"] for n in of_kind}
+            self.assertEqual(connected, {f"{t}.outMatrix" for t in transforms[1:]})
             self.assertNotIn("far", of_kind[0])
 
     def test_mesh_with_several_skins(self):
-        skin = "skin s%s; s%s.joints[*] = j%s; transform j%s; j%s.parent = g; instance i%s; i%s.geometry = m; i%s.skin = s%s;\n"
+        skin = (
+            "skin s%s; s%s.joints[*] = j%s; transform j%s; j%s.parent = g;\n"
+            "instance i%s; i%s.geometry = m; i%s.skin = s%s;\n"
+        )
         self.file(
             "in.vrn",
             TRIANGLE + "group g; m.skin.joints = vec4u[3] {0 0 0 0 0 0 0 0 0 0 0 0};\n"
-            "m.skin.weights = vec4f[3] {1 0 0 0 1 0 0 0 1 0 0 0};\n" + skin.replace("%s", "a") + skin.replace("%s", "b"),
+            "m.skin.weights = vec4f[3] {1 0 0 0 1 0 0 0 1 0 0 0};\n"
+            + skin.replace("%s", "a")
+            + skin.replace("%s", "b"),
         )
         self.convert("in.vrn", "out.glb")
         self.convert("out.glb", "back.vrn")
@@ -743,7 +758,8 @@ class OtherFormats(Converting):
         self.assertNotIn("Kd 9 9 9", library)
         self.assertNotIn("illum 9", library)
         self.convert("out.obj", "back.vrn")
-        self.assertEqual(sum("material" in inputs_of(n) for n in self.scene("back.vrn")["nodes"] if n["type"] == "mesh"), 2)
+        back = [inputs_of(n) for n in self.scene("back.vrn")["nodes"] if n["type"] == "mesh"]
+        self.assertEqual(sum("material" in mesh for mesh in back), 2)
 
     def test_transformed_points_that_overflow(self):
         self.file("in.vrn", TRIANGLE.replace("1 0 0", "1e30 0 0") + triangle("n")
@@ -769,9 +785,9 @@ class Document(Converting):
         text = (ROOT / "docs" / "convert.md").read_text()
         sessions = re.findall(r"^```console\n\$ vrn convert (\S+) (\S+)\n(.*?)^```$", text, re.M | re.S)
         self.assertEqual(len(sessions), 1)
-        for source, target, said in sessions:
+        for source, target, expected in sessions:
             result = self.run_here("convert", ROOT / source, target)
-            self.assertEqual(result.stderr.decode(), said)
+            self.assertEqual(result.stderr.decode(), expected)
 
     def test_all_types_and_inputs_of_the_catalogue_are_documented(self):
         text = (ROOT / "docs" / "scene-types.md").read_text()
@@ -823,7 +839,7 @@ class Failures(Converting):
 
     def test_invalid_models(self):
         self.file("empty.glb", b"")
-        self.file("text.glb", "this is no glTF")
+        self.file("text.glb", "this is not glTF")
         self.file("cut.glb", b"glTF" + struct.pack("<III", 2, 5000, 4000) + b"JSON{")
         self.file("wrong.obj", "f 1 2 3\n")
         self.file("wrong.ply", "ply\nformat odd 7.0\n")
