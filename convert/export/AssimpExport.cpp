@@ -25,7 +25,7 @@ namespace {
 static_assert(sizeof(aiVector3D) == 3 * sizeof(float) && sizeof(aiColor4D) == 4 * sizeof(float),
               "arrays are copied as floats");
 
-// Names must not contain line breaks in OBJ, nor exceed the capacity of aiString.
+// Names must not contain line breaks in OBJ, nor exceed the capacity of an aiString.
 std::string singleLine(std::string_view text) {
     constexpr std::size_t maxBytes = 900;
     std::string line(text.substr(0, maxBytes));

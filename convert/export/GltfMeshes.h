@@ -6,7 +6,6 @@
 #include "convert/model/Model.h"
 
 #include <map>
-#include <tuple>
 
 namespace vrn::convert {
 

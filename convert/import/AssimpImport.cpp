@@ -11,7 +11,6 @@
 #include "convert/shared/Extension.h"
 #include "scene/core/File.h"
 
-#include <algorithm>
 #include <assimp/Importer.hpp>
 #include <assimp/ProgressHandler.hpp>
 #include <filesystem>
@@ -40,8 +39,10 @@ class ProgressForwarder : public Assimp::ProgressHandler {
 public:
     explicit ProgressForwarder(const ReadListener& listener) : listener_(listener) {}
 
-    bool Update(float) override { return true; }        // go on
-    void UpdateFileRead(int step, int steps) override { // for large files, they overflow
+    bool Update(float) override { return true; } // false would cancel
+
+    // For large files, the byte counts overflow.
+    void UpdateFileRead(int step, int steps) override {
         if (step > 0 && step <= steps)
             listener_(static_cast<double>(step) / steps);
     }

@@ -9,14 +9,12 @@
 #include "scene/core/File.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <filesystem>
 #include <limits>
 #include <optional>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
-#include <span>
 
 namespace vrn::convert {
 

@@ -5,9 +5,10 @@
 #include "convert/shared/Uri.h"
 
 #include <algorithm>
+#include <array>
 #include <assimp/GltfMaterial.h>
 #include <assimp/material.h>
-#include <optional>
+#include <span>
 
 namespace vrn::convert {
 

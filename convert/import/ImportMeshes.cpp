@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <optional>
 
 namespace vrn::convert {
 
@@ -17,8 +16,6 @@ static_assert(sizeof(aiVector3D) == 3 * sizeof(float) && sizeof(aiColor4D) == 4 
 
 // The properties that determine the topology of a mesh.
 struct FaceSummary {
-    u64 faces = 0;
-    u64 corners = 0;
     unsigned minCorners = ~0U; // of a face
     unsigned maxCorners = 0;
     bool hasValidIndices = true;
@@ -29,8 +26,6 @@ FaceSummary summarise(const aiMesh& mesh) {
     for (const aiFace& face : std::span(mesh.mFaces, mesh.mNumFaces)) {
         if (face.mNumIndices == 0)
             continue;
-        ++summary.faces;
-        summary.corners += face.mNumIndices;
         summary.minCorners = std::min(summary.minCorners, face.mNumIndices);
         summary.maxCorners = std::max(summary.maxCorners, face.mNumIndices);
         summary.hasValidIndices &= std::ranges::all_of(std::span(face.mIndices, face.mNumIndices),
@@ -55,13 +50,13 @@ public:
         node_ = &context_.create("mesh", name, "mesh");
         setText(*node_, "topology", topologyOf(faces));
         setBounds();
-        set(*node_, "points", numbers(DataType::Vec3f, mesh_.mVertices));
+        set(*node_, "points", floats(DataType::Vec3f, mesh_.mVertices));
         if (mesh_.mNormals)
-            set(*node_, "normals", numbers(DataType::Vec3f, mesh_.mNormals));
+            set(*node_, "normals", floats(DataType::Vec3f, mesh_.mNormals));
         if (mesh_.mTangents && mesh_.mBitangents && mesh_.mNormals)
             set(*node_, "tangents", tangents());
         if (mesh_.mColors[0])
-            set(*node_, "colors", numbers(DataType::Rgbaf, mesh_.mColors[0]));
+            set(*node_, "colors", floats(DataType::Rgbaf, mesh_.mColors[0]));
         addUvsets();
         addFaces(faces);
         if (Node* material = importMaterial(context_, mesh_.mMaterialIndex))
@@ -80,7 +75,7 @@ private:
         return faces.minCorners == 3 && faces.maxCorners == 3 ? "triangles" : "polygons";
     }
 
-    template <class T> AttrData numbers(DataType type, const T* from) const {
+    template <class T> AttrData floats(DataType type, const T* from) const {
         AttrData buffer = AttrData::buffer(type, mesh_.mNumVertices);
         std::memcpy(buffer.bytes().data(), from, buffer.bytes().size());
         return buffer;
@@ -120,7 +115,7 @@ private:
                 uvsets = node_->createArray("uvsets", AttrType::Object);
             Input* uvset = uvsets->appendElement();
             setMember(*uvset, "name", AttrData::string((String("uv") + String(u64(set))).view()));
-            setMember(*uvset, "coords", coordinates(set));
+            setMember(*uvset, "coords", textureCoordinates(set));
             if (mesh_.mNumUVComponents[set] > 2)
                 context_.losses.add("third texture coordinates", *uvset);
         }
@@ -128,7 +123,7 @@ private:
 
     // The origin is the lower left corner of the image in Assimp, and the upper left one here. Assimp flips v of glTF
     // files, whose origin is the upper left corner, too; flipping it back is inexact, so the file's own v is preferred.
-    AttrData coordinates(unsigned set) {
+    AttrData textureCoordinates(unsigned set) {
         AttrData buffer = AttrData::buffer(DataType::Vec2f, mesh_.mNumVertices);
         const std::span<float> to = buffer.elements<float>();
         const std::vector<float> original = context_.gltf.textureV(index_, set, mesh_.mNumVertices);

@@ -47,19 +47,19 @@ public:
 
     // Ear clipping: cuts off corners whose triangle contains no other corner.
     void clipEars(std::vector<u32>& triangles) const {
-        std::vector<std::size_t> left(corners_.size());
-        for (std::size_t i = 0; i < left.size(); ++i)
-            left[i] = i;
-        while (left.size() > 2) {
+        std::vector<std::size_t> remaining(corners_.size());
+        for (std::size_t i = 0; i < remaining.size(); ++i)
+            remaining[i] = i;
+        while (remaining.size() > 2) {
             std::size_t ear = 0;
-            while (ear < left.size() && !isEar(left, ear))
+            while (ear < remaining.size() && !isEar(remaining, ear))
                 ++ear;
-            if (ear == left.size())
+            if (ear == remaining.size())
                 ear = 1; // self-intersecting: no triangulation is correct, so cut any corner
-            const std::size_t n = left.size();
-            triangles.insert(triangles.end(),
-                             {corners_[left[(ear + n - 1) % n]], corners_[left[ear]], corners_[left[(ear + 1) % n]]});
-            left.erase(left.begin() + static_cast<std::ptrdiff_t>(ear));
+            const std::size_t n = remaining.size();
+            triangles.insert(triangles.end(), {corners_[remaining[(ear + n - 1) % n]], corners_[remaining[ear]],
+                                               corners_[remaining[(ear + 1) % n]]});
+            remaining.erase(remaining.begin() + static_cast<std::ptrdiff_t>(ear));
         }
     }
 
@@ -81,15 +81,15 @@ private:
         return normal;
     }
 
-    [[nodiscard]] bool isEar(std::span<const std::size_t> left, std::size_t at) const {
-        const std::size_t n = left.size();
-        const Point2& a = projected_[left[(at + n - 1) % n]];
-        const Point2& b = projected_[left[at]];
-        const Point2& c = projected_[left[(at + 1) % n]];
+    [[nodiscard]] bool isEar(std::span<const std::size_t> remaining, std::size_t at) const {
+        const std::size_t n = remaining.size();
+        const Point2& a = projected_[remaining[(at + n - 1) % n]];
+        const Point2& b = projected_[remaining[at]];
+        const Point2& c = projected_[remaining[(at + 1) % n]];
         if (doubleArea(a, b, c) <= 0)
             return false;
         for (std::size_t i = 0; i + 3 < n; ++i) {
-            const Point2& other = projected_[left[(at + 2 + i) % n]];
+            const Point2& other = projected_[remaining[(at + 2 + i) % n]];
             if (doubleArea(a, b, other) >= 0 && doubleArea(b, c, other) >= 0 && doubleArea(c, a, other) >= 0)
                 return false;
         }

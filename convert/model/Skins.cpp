@@ -5,7 +5,6 @@
 #include "scene/Scene.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace vrn::convert {
 
