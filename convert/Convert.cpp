@@ -9,16 +9,18 @@
 
 #include <algorithm>
 #include <assimp/Importer.hpp>
-#include <filesystem>
 
 namespace vrn::convert {
 
+using vor::OutputFile;
+using vor::velmo_sdk::impl::VrnLoss;
+
 namespace {
 
-using Write = void (*)(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths);
+using WriteFunction = void (*)(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths);
 
-// Images and other long lists of bytes take less room compressed, and nobody reads them.
-void writeText(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths&) {
+// Images and other large buffers are compressed: they are smaller, and nobody reads them as text.
+void writeVrnFile(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths&) {
     OutputFile file(path);
     const auto lost = writeVrn(scene, {.compressAbove = 4096}, [&](std::string_view text) { file.write(text); });
     for (const VrnLoss& loss : lost)
@@ -26,37 +28,20 @@ void writeText(const Scene& scene, const std::string& path, Losses& losses, cons
     file.commit();
 }
 
-void writeJson(const Scene& scene, const std::string& path, Losses&, const TexturePaths&) {
+void writeJsonFile(const Scene& scene, const std::string& path, Losses&, const TexturePaths&) {
     OutputFile file(path);
     writeSceneJson(scene, {}, [&](std::string_view text) { file.write(text); });
     file.commit();
 }
 
-template <const Target& target, auto write>
-void writeModel(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths) {
-    Model model = modelOf(scene, target, losses);
-    for (Texture& texture : model.textures)
-        texture.file = paths.of(texture.file);
-    write(model, path, losses);
-}
-
-void writeObj(const Model& model, const std::string& path, Losses& losses) { exportModel(model, "obj", path, losses); }
-void writePly(const Model& model, const std::string& path, Losses& losses) { exportModel(model, "ply", path, losses); }
-void writeStl(const Model& model, const std::string& path, Losses& losses) { exportModel(model, "stlb", path, losses); }
-
 struct Format {
     const char* extension;
-    Write write;
+    WriteFunction write;
 };
 
 constexpr Format formats[] = {
-    {".vrn", writeText},
-    {".json", writeJson},
-    {".gltf", writeModel<gltfTarget, writeGltf>},
-    {".glb", writeModel<gltfTarget, writeGlb>},
-    {".obj", writeModel<objTarget, writeObj>},
-    {".ply", writeModel<plyTarget, writePly>},
-    {".stl", writeModel<stlTarget, writeStl>},
+    {".vrn", writeVrnFile}, {".json", writeJsonFile}, {".gltf", writeGltf}, {".glb", writeGlb},
+    {".obj", writeObj},     {".ply", writePly},       {".stl", writeStl},
 };
 
 const Format* formatOf(const std::string& path) {
@@ -98,7 +83,7 @@ void readModel(const std::string& path, Scene& scene, Losses& losses, const Text
 void writeScene(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths) {
     const Format* format = formatOf(path);
     if (!format)
-        throw FileError(path, "nothing is known of how to write such a file");
+        throw FileError(path, "files with this extension cannot be written");
     format->write(scene, path, losses, paths);
 }
 

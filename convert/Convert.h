@@ -1,11 +1,11 @@
-// Scenes from and to other formats of scenes and meshes.
+// Conversion between scenes and other scene and mesh formats.
 //
 //     Scene scene;
 //     Losses losses;
 //     readModel("chair.fbx", scene, losses, {});
 //     writeScene(scene, "chair.glb", losses, {});
 //
-// Which format a file has says its extension. What cannot be carried over is left out and noted among the losses.
+// The extension of a file determines its format. What cannot be converted is left out and added to the losses.
 #pragma once
 
 #include "convert/shared/Errors.h"
@@ -19,19 +19,19 @@
 
 namespace vrn::convert {
 
-// Whether there is a way to read, or write, files of that name, and the extensions for which there is, for people.
-// Texts of scenes are written here, too, but the reader reads them.
+// Whether a path has a supported extension, and the supported extensions separated by spaces. VRN files are written
+// here but read by the reader, so `.vrn` is only writable.
 [[nodiscard]] bool canRead(const std::string& path);
 [[nodiscard]] bool canWrite(const std::string& path);
 [[nodiscard]] std::string readableExtensions();
 [[nodiscard]] std::string writableExtensions();
 
-// Reads any other format into an empty scene. Throws FileError and ContentError.
+// Reads a file of another format into an empty scene. Throws FileError and ContentError.
 void readModel(const std::string& path, Scene& scene, Losses& losses, const TexturePaths& paths,
                const ReadListener& listener = {});
 
-// Writes a scene, as a whole or not at all; texts and JSON keep the paths of textures that it has. Throws FileError and
-// ContentError.
+// Writes a scene; on failure, no file is replaced. VRN and JSON keep texture paths unchanged. Throws FileError,
+// ContentError and vor::OutputFileError.
 void writeScene(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths);
 
 } // namespace vrn::convert

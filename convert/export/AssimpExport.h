@@ -1,18 +1,17 @@
-// Scenes as OBJ, PLY and STL, which know meshes and their places, and of materials only a little.
+// Writes OBJ, PLY and STL: meshes with applied transforms and, in OBJ, simple materials.
 #pragma once
 
-#include "convert/model/Model.h"
+#include "convert/shared/Losses.h"
+#include "convert/shared/TexturePaths.h"
 
 #include <string>
 
 namespace vrn::convert {
 
-inline constexpr Target objTarget{.hasPolygons = true, .hasLinesAndPoints = true, .hasMaterials = true, .uvsets = 1};
-inline constexpr Target plyTarget{.hasPolygons = true, .mostCorners = 255, .hasColors = true, .uvsets = 1};
-inline constexpr Target stlTarget{};
-
-// Writes with the exporter that Assimp has under the name `format`. A material library goes into a file beside. Throws
-// FileError.
-void exportModel(const Model& model, const char* format, const std::string& path, Losses& losses);
+// Throw FileError, ContentError if there is no mesh, and vor::OutputFileError. writeObj() writes a material library
+// next to the file.
+void writeObj(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths);
+void writePly(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths);
+void writeStl(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths);
 
 } // namespace vrn::convert

@@ -1,19 +1,20 @@
 #include "convert/export/GltfBuffer.h"
 
+#include "convert/shared/SceneNames.h"
+
 #include <algorithm>
 #include <bit>
 
 namespace vrn::convert {
 
-using namespace vor;
-
-static_assert(std::endian::native == std::endian::little, "glTF is little-endian, and numbers are written as they are");
+static_assert(std::endian::native == std::endian::little, "glTF is little-endian, and arrays are written as bytes");
 
 namespace {
 
+// Component types of accessors.
 constexpr u32 unsignedShort = 5123;
 constexpr u32 unsignedInt = 5125;
-constexpr u32 floatNumber = 5126;
+constexpr u32 singleFloat = 5126;
 
 const char* typeOf(u32 components) {
     return components == 1   ? "SCALAR"
@@ -23,25 +24,25 @@ const char* typeOf(u32 components) {
                              : "MAT4";
 }
 
-// All parts of the file begin at a multiple of four bytes.
+// Buffer views are aligned to four bytes.
 u64 padded(u64 size) { return (size + 3) / 4 * 4; }
 
 } // namespace
 
 u32 GltfBuffer::addFloats(std::span<const float> numbers, u32 components, Use use, bool hasBounds) {
     Accessor accessor{.view = addBytes(std::as_bytes(numbers), use),
-                      .componentType = floatNumber,
+                      .componentType = singleFloat,
                       .count = numbers.size() / components,
                       .type = typeOf(components),
-                      .least = {},
-                      .most = {}};
+                      .min = {},
+                      .max = {}};
     if (hasBounds) {
-        accessor.least.assign(numbers.begin(), numbers.begin() + components);
-        accessor.most = accessor.least;
+        accessor.min.assign(numbers.begin(), numbers.begin() + components);
+        accessor.max = accessor.min;
         for (std::size_t i = 0; i < numbers.size(); ++i) {
             const double number = static_cast<double>(numbers[i]);
-            accessor.least[i % components] = std::min(accessor.least[i % components], number);
-            accessor.most[i % components] = std::max(accessor.most[i % components], number);
+            accessor.min[i % components] = std::min(accessor.min[i % components], number);
+            accessor.max[i % components] = std::max(accessor.max[i % components], number);
         }
     }
     return add(std::move(accessor));
@@ -52,8 +53,8 @@ u32 GltfBuffer::addIndices(std::span<const u32> indices) {
 }
 
 u32 GltfBuffer::addJoints(std::vector<u16> joints) {
-    const std::span<const u16> kept = joints_.emplace_back(std::move(joints));
-    return add({addBytes(std::as_bytes(kept), Use::Vertices), unsignedShort, kept.size() / 4, "VEC4", {}, {}});
+    const std::span<const u16> stored = joints_.emplace_back(std::move(joints));
+    return add({addBytes(std::as_bytes(stored), Use::Vertices), unsignedShort, stored.size() / 4, "VEC4", {}, {}});
 }
 
 u32 GltfBuffer::addBytes(std::span<const std::byte> bytes, Use use) {
@@ -67,7 +68,7 @@ u32 GltfBuffer::add(Accessor accessor) {
     return static_cast<u32>(accessors_.size() - 1);
 }
 
-void GltfBuffer::describe(JsonText& json, std::string_view uri) const {
+void GltfBuffer::writeJson(JsonText& json, std::string_view uri) const {
     if (views_.empty())
         return;
     if (!accessors_.empty())
@@ -78,10 +79,10 @@ void GltfBuffer::describe(JsonText& json, std::string_view uri) const {
                     json.key("componentType").integer(accessor.componentType);
                     json.key("count").integer(accessor.count);
                     json.key("type").text(accessor.type);
-                    if (accessor.least.empty())
+                    if (accessor.min.empty())
                         return;
-                    json.key("min").reals(accessor.least);
-                    json.key("max").reals(accessor.most);
+                    json.key("min").reals(accessor.min);
+                    json.key("max").reals(accessor.max);
                 });
         });
     json.key("bufferViews").array([&] {
@@ -103,7 +104,7 @@ void GltfBuffer::describe(JsonText& json, std::string_view uri) const {
     });
 }
 
-void GltfBuffer::write(vor::OutputFile& file) const {
+void GltfBuffer::writeBytes(vor::OutputFile& file) const {
     for (const View& view : views_) {
         file.write(view.bytes);
         file.write(std::string_view("\0\0\0", padded(view.bytes.size()) - view.bytes.size()));

@@ -1,6 +1,6 @@
-// The binary part of a glTF file, and the accessors that say what stands where in it.
+// The binary buffer of a glTF file, with its buffer views and accessors.
 //
-// Nothing is gathered: the numbers stay where they are until they are written, so what is added must stay there.
+// Refers to the data that is added instead of copying it, so the data must stay valid until writeBytes().
 #pragma once
 
 #include "convert/export/JsonText.h"
@@ -17,7 +17,7 @@ class GltfBuffer {
 public:
     enum class Use { Other, Vertices, Indices };
 
-    // Each adds an accessor and returns its number.
+    // Add an accessor and return its index. addOwnFloats() and addJoints() keep the data themselves.
     vor::u32 addFloats(std::span<const float> numbers, vor::u32 components, Use use, bool hasBounds = false);
     vor::u32 addOwnFloats(std::vector<float> numbers, vor::u32 components, Use use) {
         return addFloats(floats_.emplace_back(std::move(numbers)), components, use);
@@ -25,15 +25,15 @@ public:
     vor::u32 addIndices(std::span<const vor::u32> indices);
     vor::u32 addJoints(std::vector<vor::u16> joints);
 
-    // Adds bytes without an accessor and returns the number of their view.
+    // Adds a buffer view without an accessor and returns its index.
     vor::u32 addBytes(std::span<const std::byte> bytes, Use use = Use::Other);
 
     [[nodiscard]] vor::u64 size() const noexcept { return size_; }
 
-    // The members of the file that describe it; `uri` is that of the file that it stands in, if it is another one.
-    void describe(JsonText& json, std::string_view uri) const;
+    // Writes `accessors`, `bufferViews` and `buffers`. `uri` refers to the file of the buffer; empty in a .glb.
+    void writeJson(JsonText& json, std::string_view uri) const;
 
-    void write(vor::OutputFile& file) const;
+    void writeBytes(vor::OutputFile& file) const;
 
 private:
     struct View {
@@ -46,8 +46,8 @@ private:
         vor::u32 componentType;
         vor::u64 count;
         const char* type;
-        std::vector<double> least;
-        std::vector<double> most;
+        std::vector<double> min;
+        std::vector<double> max;
     };
 
     vor::u32 add(Accessor accessor);

@@ -1,12 +1,11 @@
-// Geometries as the meshes of a glTF file: what it asks of normals, tangents, colours and weights is made so, and said
-// where that changes anything.
+// Writes geometries as glTF meshes. Normals, tangents, colours and weights that glTF does not allow are corrected or
+// dropped, with a loss.
 #pragma once
 
 #include "convert/export/GltfBuffer.h"
 #include "convert/model/Model.h"
 
 #include <map>
-#include <tuple>
 
 namespace vrn::convert {
 
@@ -14,53 +13,53 @@ class GltfMeshes {
 public:
     GltfMeshes(const Model& model, GltfBuffer& buffer, Losses& losses);
 
-    // The number of the mesh that shows a placement, which has a geometry; added the first time that it is asked for.
-    u32 meshOf(const Placement& placement);
+    // The index of the mesh of a node that has a geometry; added on first use.
+    u32 meshIndex(const ModelNode& node);
 
-    // Whether the placement's skin can move its mesh: all joints of the weights are there.
-    [[nodiscard]] bool hasSkin(const Placement& placement) const;
+    // Whether the node has a skin with all joints that its mesh uses.
+    [[nodiscard]] bool hasSkin(const ModelNode& node) const;
 
-    // Materials as they are used, some also without textures, for meshes that have no coordinates for them.
-    struct Look {
+    // A glTF material: a material with its textures, or without them for meshes without texture coordinates.
+    struct MaterialVariant {
         u32 material;
         bool hasTextures;
-        friend auto operator<=>(const Look&, const Look&) = default;
+        friend auto operator<=>(const MaterialVariant&, const MaterialVariant&) = default;
     };
-    [[nodiscard]] const std::vector<Look>& looks() const noexcept { return looks_; }
+    [[nodiscard]] const std::vector<MaterialVariant>& materials() const noexcept { return materials_; }
 
-    // The member `meshes`.
-    void describe(JsonText& json) const;
+    // Writes `meshes`, as far as meshIndex() has added them.
+    void writeJson(JsonText& json) const;
 
 private:
-    // The accessors of a geometry, made once.
-    struct Parts {
+    // The accessors of a geometry, shared by all meshes that use it.
+    struct Accessors {
         u32 indices = none;
         std::vector<std::pair<std::string, u32>> attributes;
         u32 joints = none;
         u32 weights = none;
-        u32 mostJoint = 0;
+        u32 maxJoint = 0;
     };
     struct Mesh {
         u32 geometry;
-        u32 look;
+        u32 material;
         bool hasSkin;
         friend auto operator<=>(const Mesh&, const Mesh&) = default;
     };
 
-    Parts makeParts(const Geometry& geometry);
-    void addNormals(const Geometry& geometry, Parts& parts);
-    void addColors(const Geometry& geometry, Parts& parts);
-    void addSkin(const Geometry& geometry, Parts& parts);
-    u32 lookOf(const Placement& placement);
+    Accessors addAccessors(const Geometry& geometry);
+    void addNormals(const Geometry& geometry, Accessors& accessors);
+    void addColors(const Geometry& geometry, Accessors& accessors);
+    void addSkin(const Geometry& geometry, Accessors& accessors);
+    u32 materialIndex(const ModelNode& node);
 
     const Model& model_;
     GltfBuffer& buffer_;
     Losses& losses_;
-    std::vector<Parts> parts_; // of each geometry
-    std::vector<Look> looks_;
-    std::map<Look, u32> lookNumbers_;
+    std::vector<Accessors> accessors_; // by geometry
+    std::vector<MaterialVariant> materials_;
+    std::map<MaterialVariant, u32> materialIndices_;
     std::vector<Mesh> meshes_;
-    std::map<Mesh, u32> meshNumbers_;
+    std::map<Mesh, u32> meshIndices_;
 };
 
 } // namespace vrn::convert

@@ -1,81 +1,87 @@
 #include "convert/export/GltfWriter.h"
 
 #include "convert/export/GltfMeshes.h"
-#include "convert/export/GltfParts.h"
+#include "convert/export/GltfSceneWriter.h"
+#include "convert/model/ModelBuilder.h"
 #include "convert/shared/Errors.h"
+#include "convert/shared/LittleEndian.h"
 #include "convert/shared/Uri.h"
 #include "scene/core/OutputFile.h"
 
-#include <cstring>
 #include <filesystem>
 
 namespace vrn::convert {
 
+using vor::OutputFile;
+
 namespace {
 
-constexpr u64 mostBytes = 0xFFFFFFFF; // of a .glb: its lengths have 32 bits
+constexpr TargetFormat gltf{.hasPolygons = false,
+                            .hasLinesAndPoints = true,
+                            .hasMaterials = true,
+                            .hasScene = true,
+                            .hasColors = true,
+                            .hasTangents = true,
+                            .maxUvsets = 8};
 
-void describe(JsonText& json, const Model& model, GltfBuffer& buffer, std::string_view binary, Losses& losses) {
+constexpr u64 maxGlbBytes = 0xFFFFFFFF; // lengths have 32 bits
+
+void writeJson(JsonText& json, const Model& model, GltfBuffer& buffer, std::string_view bufferUri, Losses& losses) {
     GltfMeshes meshes(model, buffer, losses);
-    GltfParts parts(model, meshes, buffer, losses, json);
+    GltfSceneWriter writer(model, meshes, buffer, losses, json);
     json.object([&] {
         json.key("asset").object([&] {
             json.key("version").text("2.0");
             json.key("generator").text("vrn");
         });
-        parts.describeNodes();
-        meshes.describe(json);
-        parts.describeMaterials();
-        parts.describeTextures();
-        parts.describeCameras();
-        parts.describeSkins();
-        parts.describeAnimations();
-        parts.describeExtensions();
-        buffer.describe(json, binary);
+        writer.writeNodes();
+        meshes.writeJson(json);
+        writer.writeMaterials();
+        writer.writeTextures();
+        writer.writeCameras();
+        writer.writeSkins();
+        writer.writeAnimations();
+        writer.writeExtensions();
+        buffer.writeJson(json, bufferUri);
     });
-}
-
-std::string word(u64 number) {
-    const auto bytes = static_cast<u32>(number);
-    std::string text(4, '\0');
-    std::memcpy(text.data(), &bytes, 4);
-    return text;
 }
 
 } // namespace
 
-void writeGlb(const Model& model, const std::string& path, Losses& losses) {
+void writeGlb(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths) {
+    const Model model = buildModel(scene, gltf, paths, losses);
     GltfBuffer buffer;
     JsonText json;
-    describe(json, model, buffer, "", losses);
+    writeJson(json, model, buffer, "", losses);
     std::string text(json.view());
     text.append((4 - text.size() % 4) % 4, ' ');
-    const u64 binary = buffer.size() == 0 ? 0 : 8 + buffer.size();
-    const u64 size = 12 + 8 + text.size() + binary;
-    if (size > mostBytes)
+    const u64 binaryChunk = buffer.size() == 0 ? 0 : 8 + buffer.size();
+    const u64 size = 12 + 8 + text.size() + binaryChunk;
+    if (size > maxGlbBytes)
         throw FileError(path, "a .glb holds at most 4 GiB; convert to .gltf instead");
     OutputFile file(path);
-    file.write("glTF" + word(2) + word(size));
-    file.write(word(text.size()) + "JSON" + text);
-    if (binary != 0)
-        file.write(word(buffer.size()) + std::string("BIN\0", 4));
-    buffer.write(file);
+    file.write("glTF" + littleEndian32(2) + littleEndian32(size));
+    file.write(littleEndian32(text.size()) + "JSON" + text);
+    if (binaryChunk != 0)
+        file.write(littleEndian32(buffer.size()) + std::string("BIN\0", 4));
+    buffer.writeBytes(file);
     file.commit();
 }
 
-void writeGltf(const Model& model, const std::string& path, Losses& losses) {
+void writeGltf(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths) {
+    const Model model = buildModel(scene, gltf, paths, losses);
     GltfBuffer buffer;
     JsonText json;
     std::filesystem::path binary(path);
     binary.replace_extension(".bin");
-    describe(json, model, buffer, uriOf(binary.filename().string()), losses);
+    writeJson(json, model, buffer, uriOf(binary.filename().string()), losses);
     OutputFile file(path);
     file.write(json.view());
     file.write("\n");
     if (buffer.size() != 0) {
-        OutputFile numbers(binary.string());
-        buffer.write(numbers);
-        numbers.commit();
+        OutputFile binaryFile(binary.string());
+        buffer.writeBytes(binaryFile);
+        binaryFile.commit();
     }
     file.commit();
 }

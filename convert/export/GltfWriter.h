@@ -1,24 +1,17 @@
-// Scenes as glTF 2.0: a `.glb` with everything in one file, or a `.gltf` with its numbers in a `.bin` beside it.
+// Writes glTF 2.0: a self-contained `.glb`, or a `.gltf` with a `.bin` next to it.
 //
-// Numbers are written as they stand in the scene's buffers, bit for bit, without a copy of them being made.
+// Buffers of the scene are written bit for bit, without a copy.
 #pragma once
 
-#include "convert/model/Model.h"
+#include "convert/shared/Losses.h"
+#include "convert/shared/TexturePaths.h"
 
 #include <string>
 
 namespace vrn::convert {
 
-inline constexpr Target gltfTarget{.hasPolygons = false,
-                                   .hasLinesAndPoints = true,
-                                   .hasMaterials = true,
-                                   .hasScene = true,
-                                   .hasColors = true,
-                                   .hasTangents = true,
-                                   .uvsets = 8};
-
-// Throws FileError. A file of more than 4 GiB can only be a `.gltf`.
-void writeGlb(const Model& model, const std::string& path, Losses& losses);
-void writeGltf(const Model& model, const std::string& path, Losses& losses);
+// Throw FileError and vor::OutputFileError. A .glb of more than 4 GiB is a FileError.
+void writeGlb(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths);
+void writeGltf(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths);
 
 } // namespace vrn::convert

@@ -1,4 +1,4 @@
-// Whatever Assimp reads as a scene.
+// Imports the formats that Assimp reads.
 #pragma once
 
 #include "convert/shared/Errors.h"
@@ -10,8 +10,8 @@
 
 namespace vrn::convert {
 
-// Reads the file into an empty scene, its textures being at `paths`; `listener` may be empty. Throws FileError and
-// ContentError.
+// Reads a file into an empty scene, with texture paths rebased by `paths`. `listener` may be empty. Throws FileError
+// and ContentError.
 void importModel(const std::string& path, Scene& scene, const TexturePaths& paths, Losses& losses,
                  const ReadListener& listener);
 

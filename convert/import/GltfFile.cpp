@@ -1,41 +1,41 @@
 #include "convert/import/GltfFile.h"
 
 #include "convert/import/GltfJson.h"
-#include "convert/import/GltfNotes.h"
+#include "convert/import/GltfSafety.h"
 #include "convert/import/GltfUnsharing.h"
+#include "convert/import/GltfUnsupported.h"
+#include "convert/shared/LittleEndian.h"
 #include "convert/shared/Uri.h"
 #include "scene/core/File.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <filesystem>
 #include <limits>
 #include <optional>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
-#include <span>
 
 namespace vrn::convert {
 
-using namespace vor;
+using vor::velmo_sdk::impl::JsonAllocator;
 
 namespace {
 
-// At most so many bytes of a regular file; of another one none.
-std::string readBytes(const std::filesystem::path& path, u64 most) {
+// Up to `maxBytes` of a regular file; nothing from other kinds of files.
+std::string readBytes(const std::filesystem::path& path, u64 maxBytes) {
     std::error_code error;
     if (!std::filesystem::is_regular_file(path, error))
         return {};
-    File file = File::open(std::string_view(path.string()));
+    vor::File file = vor::File::open(std::string_view(path.string()));
     std::string bytes;
-    while (bytes.size() < most) {
+    while (bytes.size() < maxBytes) {
         const std::string_view block = file.readBlock();
         if (block.empty())
             break;
         bytes += block;
     }
-    bytes.resize(std::min<u64>(bytes.size(), most));
+    bytes.resize(std::min<u64>(bytes.size(), maxBytes));
     return bytes;
 }
 
@@ -55,84 +55,34 @@ std::string decodeBase64(std::string_view text) {
     return bytes;
 }
 
-u32 wordAt(std::string_view bytes, std::size_t at) {
-    u32 word = 0;
-    std::memcpy(&word, bytes.data() + at, 4);
-    return word;
-}
-
-std::string word(u64 number) {
-    const auto bytes = static_cast<u32>(number);
-    return {reinterpret_cast<const char*>(&bytes), 4};
-}
-
-constexpr std::size_t mostDepth = 1000;
-
-// Nodes go down from those that are no children, one level after the other.
-std::string dangerOf(const std::vector<std::vector<u64>>& children, const std::vector<bool>& isChild) {
-    std::vector<u64> level;
-    for (u64 i = 0; i < children.size(); ++i)
-        if (!isChild[i])
-            level.push_back(i);
-    std::size_t seen = 0;
-    for (std::size_t depth = 0; !level.empty(); ++depth) {
-        if (depth > mostDepth)
-            return "its nodes are nested more than 1000 deep";
-        seen += level.size();
-        std::vector<u64> next;
-        for (const u64 node : level)
-            next.insert(next.end(), children[node].begin(), children[node].end());
-        level = std::move(next);
-    }
-    return seen == children.size() ? "" : "its nodes are their own children";
-}
-
-// Whether brackets are nested deeper than anybody needs.
-bool isNestedDeeply(std::string_view json) {
-    std::size_t depth = 0;
-    bool isInText = false;
-    for (std::size_t i = 0; i < json.size(); ++i) {
-        const char c = json[i];
-        if (c == '"')
-            isInText = !isInText;
-        else if (isInText)
-            i += c == '\\' ? 1 : 0;
-        else if ((c == '[' || c == '{') && ++depth > mostDepth)
-            return true;
-        else if ((c == ']' || c == '}') && depth > 0)
-            --depth;
-    }
-    return false;
-}
-
 } // namespace
 
 struct GltfFile::Contents {
     GltfDocument json;
     std::string file;
-    std::string_view text;   // of the JSON in the file
-    std::string_view binary; // the numbers in the file, if it has any itself
-    bool isDeep = false;
-    bool isRead = false;
+    std::string_view text;   // the JSON
+    std::string_view binary; // the binary chunk of a .glb
+    bool isTooDeep = false;
+    bool isParsed = false;
     std::vector<std::string> losses;
-    std::vector<std::string> names; // of the nodes
+    std::vector<std::string> names; // of the nodes in the file
     std::vector<const GltfValue*> primitives;
     std::vector<std::string> buffers;
 
     explicit Contents(const std::string& path) : file(readBytes(path, std::numeric_limits<u64>::max())), text(file) {
         if (text.starts_with("glTF") && text.size() >= 20) {
-            const u64 length = wordAt(text, 12);
+            const u64 length = littleEndian32At(text, 12);
             const u64 next = 20 + length;
             if (next + 8 <= text.size())
-                binary = text.substr(next + 8, wordAt(text, next));
+                binary = text.substr(next + 8, littleEndian32At(text, next));
             text = text.substr(20, length);
         }
-        isDeep = isNestedDeeply(text);
+        isTooDeep = isNestedTooDeeply(text);
         json.Parse<rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag>(text.data(), text.size());
-        isRead = !isDeep && !json.HasParseError() && json.IsObject();
-        if (!isRead)
+        isParsed = !isTooDeep && !json.HasParseError() && json.IsObject();
+        if (!isParsed)
             return;
-        losses = lostParts(json);
+        losses = unsupportedFeatures(json);
         for (u64 i = 0; const GltfValue* node = itemOf<const GltfValue>(json, "nodes", i); ++i)
             names.emplace_back(textIn(*node, "name"));
         std::ranges::move(unshare(json), std::back_inserter(losses));
@@ -158,22 +108,22 @@ struct GltfFile::Contents {
         std::error_code error;
         if (!std::filesystem::exists(folder / name, error))
             return {};
-        buffer["uri"].SetString(name.c_str(), json.GetAllocator()); // Assimp takes it for the name of a file
+        buffer["uri"].SetString(name.c_str(), json.GetAllocator()); // Assimp treats it as a path
         return readBytes(folder / name, numberIn(buffer, "byteLength").value_or(0));
     }
 
-    // The node whose number a text is, or none.
-    [[nodiscard]] std::optional<u64> nodeOf(std::string_view name) const {
-        u64 number = 0;
+    // The index of a node in the prepared file, which is its name there.
+    [[nodiscard]] std::optional<u64> nodeIndex(std::string_view name) const {
+        u64 index = 0;
         if (name.empty() || name.size() > 9 || !std::ranges::all_of(name, String::isDigit))
             return {};
         for (const char digit : name)
-            number = 10 * number + static_cast<u64>(digit - '0');
-        return number < names.size() ? std::optional(number) : std::nullopt;
+            index = 10 * index + static_cast<u64>(digit - '0');
+        return index < names.size() ? std::optional(index) : std::nullopt;
     }
 
-    // Pairs of floats, packed or not.
-    [[nodiscard]] std::vector<float> seconds(const GltfValue& accessor, u64 count) const {
+    // The second components of an accessor of `count` float pairs; empty if it is not one.
+    [[nodiscard]] std::vector<float> secondComponents(const GltfValue& accessor, u64 count) const {
         const auto type = accessor.FindMember("type");
         const bool isPairs = type != accessor.MemberEnd() && type->value.IsString() &&
                              std::string_view(type->value.GetString()) == "VEC2" &&
@@ -185,9 +135,9 @@ struct GltfFile::Contents {
         const std::string& bytes = buffers[buffer];
         const u64 stride = numberIn(*view, "byteStride").value_or(8);
         const u64 offsets[] = {numberIn(*view, "byteOffset").value_or(0), numberIn(accessor, "byteOffset").value_or(0)};
-        const u64 room = bytes.size();
-        if (offsets[0] > room || offsets[1] > room - offsets[0] || stride < 8 || stride > 252 ||
-            count > (room - offsets[0] - offsets[1] + stride - 8) / stride)
+        const u64 size = bytes.size();
+        if (offsets[0] > size || offsets[1] > size - offsets[0] || stride < 8 || stride > 252 ||
+            count > (size - offsets[0] - offsets[1] + stride - 8) / stride)
             return {};
         std::vector<float> values(count);
         for (u64 i = 0; i < count; ++i)
@@ -200,38 +150,17 @@ GltfFile::GltfFile() = default;
 GltfFile::GltfFile(const std::string& path) : contents_(std::make_unique<Contents>(path)) {}
 GltfFile::~GltfFile() = default;
 
-// The children of the nodes, each of which must be the child of one at most.
-std::string GltfFile::danger() const {
+std::string GltfFile::rejection() const {
     if (!contents_)
         return "";
-    if (contents_->isDeep)
-        return "its lists are nested more than 1000 deep";
-    const GltfValue& json = contents_->json;
-    const GltfValue* nodes = memberOf(&json, "nodes");
-    if (!nodes || !nodes->IsArray())
-        return "";
-    std::vector<std::vector<u64>> children(nodes->Size());
-    std::vector<bool> isChild(children.size());
-    for (u64 i = 0; i < children.size(); ++i) {
-        const GltfValue* node = itemOf(json, "nodes", i);
-        const auto list = node ? node->FindMember("children") : GltfValue::ConstMemberIterator();
-        if (!node || list == node->MemberEnd() || !list->value.IsArray())
-            continue;
-        for (const GltfValue& child : list->value.GetArray()) {
-            if (!child.IsUint64() || child.GetUint64() >= children.size() || isChild[child.GetUint64()])
-                return "its nodes have children that are not there or have another parent";
-            isChild[child.GetUint64()] = true;
-            children[i].push_back(child.GetUint64());
-        }
-    }
-    return dangerOf(children, isChild);
+    return contents_->isTooDeep ? "its JSON is nested more than 1000 levels deep" : hierarchyProblem(contents_->json);
 }
 
-std::string GltfFile::bytes() const {
-    if (!contents_ || !contents_->isRead)
+std::string GltfFile::preparedBytes() const {
+    if (!contents_ || !contents_->isParsed)
         return contents_ ? contents_->file : "";
-    using Buffer = rapidjson::GenericStringBuffer<rapidjson::UTF8<>, velmo_sdk::impl::JsonAllocator>;
-    using Writer = rapidjson::Writer<Buffer, rapidjson::UTF8<>, rapidjson::UTF8<>, velmo_sdk::impl::JsonAllocator>;
+    using Buffer = rapidjson::GenericStringBuffer<rapidjson::UTF8<>, JsonAllocator>;
+    using Writer = rapidjson::Writer<Buffer, rapidjson::UTF8<>, rapidjson::UTF8<>, JsonAllocator>;
     Buffer buffer;
     Writer writer(buffer);
     contents_->json.Accept(writer);
@@ -239,21 +168,21 @@ std::string GltfFile::bytes() const {
     if (contents_->text.size() == contents_->file.size())
         return text;
     text.append((4 - text.size() % 4) % 4, ' ');
-    const std::string_view old = contents_->file;
-    const std::string_view behind = old.substr(20 + contents_->text.size());
-    return std::string(old.substr(0, 8)) + word(20 + text.size() + behind.size()) + word(text.size()) +
-           std::string(old.substr(16, 4)) + text + std::string(behind);
+    const std::string_view file = contents_->file;
+    const std::string_view rest = file.substr(20 + contents_->text.size()); // further chunks
+    return std::string(file.substr(0, 8)) + littleEndian32(20 + text.size() + rest.size()) +
+           littleEndian32(text.size()) + std::string(file.substr(16, 4)) + text + std::string(rest);
 }
 
 std::vector<std::string> GltfFile::losses() const { return contents_ ? contents_->losses : std::vector<std::string>(); }
 
-std::string GltfFile::nodeName(std::string_view name) const {
-    const std::optional<u64> node = contents_ ? contents_->nodeOf(name) : std::nullopt;
+std::string GltfFile::originalName(std::string_view name) const {
+    const std::optional<u64> node = contents_ ? contents_->nodeIndex(name) : std::nullopt;
     return node ? contents_->names[*node] : std::string(name);
 }
 
 bool GltfFile::hasFarPlane(std::string_view name) const {
-    const std::optional<u64> node = contents_ ? contents_->nodeOf(name) : std::nullopt;
+    const std::optional<u64> node = contents_ ? contents_->nodeIndex(name) : std::nullopt;
     if (!node)
         return true;
     const GltfValue& json = contents_->json;
@@ -262,32 +191,32 @@ bool GltfFile::hasFarPlane(std::string_view name) const {
     return !perspective || perspective->HasMember("zfar");
 }
 
-bool GltfFile::hasMaterial(u32 number) const {
-    return contents_ && itemOf<const GltfValue>(contents_->json, "materials", number) != nullptr;
+bool GltfFile::hasMaterial(u32 index) const {
+    return contents_ && itemOf<const GltfValue>(contents_->json, "materials", index) != nullptr;
 }
 
-bool GltfFile::hasCurves(u32 animation) const {
-    const GltfValue* of = contents_ ? itemOf<const GltfValue>(contents_->json, "animations", animation) : nullptr;
-    for (u64 i = 0; const GltfValue* sampler = of ? itemOf(*of, "samplers", i) : nullptr; ++i) {
-        const auto way = sampler->FindMember("interpolation");
-        if (way != sampler->MemberEnd() && way->value.IsString() &&
-            std::string_view(way->value.GetString()) != "LINEAR")
+bool GltfFile::hasNonLinearKeys(u32 animation) const {
+    const GltfValue* object = contents_ ? itemOf<const GltfValue>(contents_->json, "animations", animation) : nullptr;
+    for (u64 i = 0; const GltfValue* sampler = object ? itemOf(*object, "samplers", i) : nullptr; ++i) {
+        const auto interpolation = sampler->FindMember("interpolation");
+        if (interpolation != sampler->MemberEnd() && interpolation->value.IsString() &&
+            std::string_view(interpolation->value.GetString()) != "LINEAR")
             return true;
     }
     return false;
 }
 
-std::vector<float> GltfFile::verticals(u32 primitive, u32 set, u64 vertices) const {
+std::vector<float> GltfFile::textureV(u32 primitive, u32 set, u64 vertices) const {
     if (!contents_ || primitive >= contents_->primitives.size())
         return {};
-    const GltfValue& of = *contents_->primitives[primitive];
-    const auto attributes = of.FindMember("attributes");
-    if (attributes == of.MemberEnd() || !attributes->value.IsObject())
+    const GltfValue& object = *contents_->primitives[primitive];
+    const auto attributes = object.FindMember("attributes");
+    if (attributes == object.MemberEnd() || !attributes->value.IsObject())
         return {};
     const String name = String("TEXCOORD_") + String(u64(set));
     const GltfValue* accessor =
         itemOf<const GltfValue>(contents_->json, "accessors", numberIn(attributes->value, name.buf()));
-    return accessor ? contents_->seconds(*accessor, vertices) : std::vector<float>();
+    return accessor ? contents_->secondComponents(*accessor, vertices) : std::vector<float>();
 }
 
 } // namespace vrn::convert

@@ -1,11 +1,10 @@
-// What a glTF file says that Assimp does not pass on.
+// Direct access to a glTF file, for what Assimp loses and to protect Assimp from invalid files.
 //
-// It turns texture coordinates upside down when it reads them, which costs digits, and adds a material that the file
-// does not have. This looks into the file itself, and for no more than that: whatever it does not understand, it does
-// not know.
+// Assimp flips texture coordinates, which is inexact, adds a default material, mixes up nodes of the same name and
+// recurses without limit. The file may be invalid: all queries treat what they cannot parse as absent.
 #pragma once
 
-#include "scene/core/Types.h"
+#include "convert/shared/SceneNames.h"
 
 #include <memory>
 #include <string>
@@ -15,36 +14,36 @@ namespace vrn::convert {
 
 class GltfFile {
 public:
-    GltfFile(); // knows nothing
+    GltfFile(); // for files of other formats: every query returns its default
     explicit GltfFile(const std::string& path);
     ~GltfFile();
     GltfFile(const GltfFile&) = delete;
     GltfFile& operator=(const GltfFile&) = delete;
 
-    // Why the file must not be handed on, which recurses over what it holds; empty if nothing speaks against it.
-    [[nodiscard]] std::string danger() const;
+    // Why Assimp must not read the file: it recurses over nodes and JSON. Empty if it may.
+    [[nodiscard]] std::string rejection() const;
 
-    // The file as it can be handed on: its nodes have their numbers as names, and share no cameras, lights and skins.
-    [[nodiscard]] std::string bytes() const;
+    // The file for Assimp: nodes are named by their indices and do not share cameras, lights and skins.
+    [[nodiscard]] std::string preparedBytes() const;
 
-    // What is lost of the file, beyond what can be seen in what Assimp makes of it.
+    // The losses that cannot be detected in the result of Assimp.
     [[nodiscard]] std::vector<std::string> losses() const;
 
-    // The name that the file has for a node which bytes() name so; other names as they are.
-    [[nodiscard]] std::string nodeName(std::string_view name) const;
+    // The name in the file of a node in preparedBytes(); other names unchanged.
+    [[nodiscard]] std::string originalName(std::string_view name) const;
 
-    // Whether the camera of a node which bytes() name so ends somewhere.
+    // Whether the camera of a node in preparedBytes() has a finite far plane; true if unknown.
     [[nodiscard]] bool hasFarPlane(std::string_view name) const;
 
-    // Whether the file has so many materials that `number` is one.
-    [[nodiscard]] bool hasMaterial(vor::u32 number) const;
+    // Whether the index is that of a material in the file.
+    [[nodiscard]] bool hasMaterial(u32 index) const;
 
-    // Whether an animation has keys that are not joined linearly.
-    [[nodiscard]] bool hasCurves(vor::u32 animation) const;
+    // Whether an animation has an interpolation other than linear.
+    [[nodiscard]] bool hasNonLinearKeys(u32 animation) const;
 
-    // The second texture coordinate of each vertex, `primitive` counting those of all meshes; empty if they are not
-    // known, or are not `vertices`.
-    [[nodiscard]] std::vector<float> verticals(vor::u32 primitive, vor::u32 set, vor::u64 vertices) const;
+    // The v coordinate of each vertex in the file. `primitive` counts the primitives of all meshes. Empty if they are
+    // not floats or their number is not `vertices`.
+    [[nodiscard]] std::vector<float> textureV(u32 primitive, u32 set, u64 vertices) const;
 
 private:
     struct Contents;

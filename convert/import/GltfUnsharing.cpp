@@ -5,23 +5,21 @@
 
 namespace vrn::convert {
 
-using namespace vor;
-
 namespace {
 
-class Unsharing {
+class Unsharer {
 public:
-    explicit Unsharing(GltfDocument& json) : json_(json), mostBytes_(json.GetAllocator().Size() + (16U << 20U)) {}
+    explicit Unsharer(GltfDocument& json) : json_(json), maxBytes_(json.GetAllocator().Size() + (16U << 20U)) {}
 
     std::vector<std::string> run() {
         for (u64 i = 0; GltfValue* node = itemOf<GltfValue>(json_, "nodes", i); ++i) {
             setName(*node, std::to_string(i));
             dropIncompleteSkin(*node);
-            separateMesh(*node);
-            separate(*node, "camera", memberOf<GltfValue>(&json_, "cameras"), cameras_);
+            unshareMesh(*node);
+            unshare(*node, "camera", memberOf<GltfValue>(&json_, "cameras"), cameras_);
             if (GltfValue* light = lightsOf(memberOf(node, "extensions")))
-                separate(*light, "light", memberOf(lightsOf(memberOf<GltfValue>(&json_, "extensions")), "lights"),
-                         lights_);
+                unshare(*light, "light", memberOf(lightsOf(memberOf<GltfValue>(&json_, "extensions")), "lights"),
+                        lights_);
         }
         return {losses_.begin(), losses_.end()};
     }
@@ -34,7 +32,7 @@ private:
         node.AddMember("name", GltfValue(name.c_str(), json_.GetAllocator()), json_.GetAllocator());
     }
 
-    // Assimp would end the process.
+    // Assimp crashes on skins without matrices.
     void dropIncompleteSkin(GltfValue& node) {
         const GltfValue* skin = itemOf<GltfValue>(json_, "skins", numberIn(node, "skin"));
         if (!skin || skin->HasMember("inverseBindMatrices"))
@@ -43,15 +41,15 @@ private:
         node.RemoveMember("skin");
     }
 
-    // Where `object` says the number of a thing that another node has already, it gets a copy.
-    void separate(GltfValue& object, const char* name, GltfValue* list, std::set<u64>& used) {
-        const std::optional<u64> number = numberIn(object, name);
-        if (number && !used.insert(*number).second)
-            if (const auto copy = copyOf(list, *number))
+    // Replaces an index that another node already uses by that of a copy.
+    void unshare(GltfValue& object, const char* name, GltfValue* array, std::set<u64>& used) {
+        const std::optional<u64> index = numberIn(object, name);
+        if (index && !used.insert(*index).second)
+            if (const auto copy = appendCopy(array, *index))
                 object[name].SetUint64(*copy);
     }
 
-    void separateMesh(GltfValue& node) {
+    void unshareMesh(GltfValue& node) {
         const std::optional<u64> mesh = numberIn(node, "mesh");
         if (!mesh)
             return;
@@ -61,34 +59,34 @@ private:
             return;
         const auto [known, isNew] = meshes_.emplace(std::pair(*mesh, skin), *mesh);
         if (isNew)
-            known->second = copyOf(memberOf<GltfValue>(&json_, "meshes"), *mesh).value_or(*mesh);
+            known->second = appendCopy(memberOf<GltfValue>(&json_, "meshes"), *mesh).value_or(*mesh);
         node["mesh"].SetUint64(known->second);
     }
 
-    // The number of a copy at the end of the list. A small file must not become as large as it likes.
-    std::optional<u64> copyOf(GltfValue* list, u64 number) {
-        if (!list || !list->IsArray() || number >= list->Size())
+    // The index of a copy, appended to the array. Bounded, because a small file can share a large object many times.
+    std::optional<u64> appendCopy(GltfValue* array, u64 index) {
+        if (!array || !array->IsArray() || index >= array->Size())
             return {};
-        if (json_.GetAllocator().Size() > mostBytes_) {
-            losses_.insert("cameras, lights and skins of further nodes that share them");
+        if (json_.GetAllocator().Size() > maxBytes_) {
+            losses_.insert("shared cameras, lights and skins beyond the copy limit");
             return {};
         }
-        GltfValue copy((*list)[static_cast<rapidjson::SizeType>(number)], json_.GetAllocator());
-        list->PushBack(copy, json_.GetAllocator());
-        return list->Size() - 1;
+        GltfValue copy((*array)[static_cast<rapidjson::SizeType>(index)], json_.GetAllocator());
+        array->PushBack(copy, json_.GetAllocator());
+        return array->Size() - 1;
     }
 
     GltfDocument& json_;
-    std::size_t mostBytes_;
+    std::size_t maxBytes_;
     std::set<u64> cameras_;
     std::set<u64> lights_;
-    std::map<u64, std::optional<u64>> firstSkins_; // the skin with which a mesh is met first
+    std::map<u64, std::optional<u64>> firstSkins_; // the first skin that each mesh is used with
     std::map<std::pair<u64, std::optional<u64>>, u64> meshes_;
     std::set<std::string> losses_;
 };
 
 } // namespace
 
-std::vector<std::string> unshare(GltfDocument& json) { return Unsharing(json).run(); }
+std::vector<std::string> unshare(GltfDocument& json) { return Unsharer(json).run(); }
 
 } // namespace vrn::convert

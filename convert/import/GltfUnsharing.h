@@ -1,5 +1,5 @@
-// A glTF file as Assimp reads it without mistakes: it finds nodes by their names, and takes each camera, light and
-// skinned mesh for that of one node.
+// Works around Assimp's handling of shared glTF objects: it finds nodes by name, and assumes that each camera, light
+// and skinned mesh belongs to a single node.
 #pragma once
 
 #include "convert/import/GltfJson.h"
@@ -8,8 +8,8 @@
 
 namespace vrn::convert {
 
-// Names each node by its number, and gives each a camera, a light and, if its skin is another one, a mesh of its own.
-// Returns what the file loses by that.
+// Renames each node to its index and duplicates shared cameras and lights, and meshes that are used with several skins.
+// Also removes skins that would crash Assimp. Returns the losses.
 [[nodiscard]] std::vector<std::string> unshare(GltfDocument& json);
 
 } // namespace vrn::convert

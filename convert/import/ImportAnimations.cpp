@@ -1,4 +1,7 @@
-#include "convert/import/ImportContext.h"
+#include "convert/import/ImportAnimations.h"
+
+#include "convert/import/AssimpValues.h"
+#include "convert/import/NodeInputs.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,16 +12,16 @@ namespace {
 
 class AnimationImport {
 public:
-    AnimationImport(ImportContext& import, const aiAnimation& from)
-        : import_(import), from_(from), ticksPerSecond_(from.mTicksPerSecond > 0 ? from.mTicksPerSecond : 25) {}
+    AnimationImport(ImportContext& context, const aiAnimation& from)
+        : context_(context), from_(from), ticksPerSecond_(from.mTicksPerSecond > 0 ? from.mTicksPerSecond : 25) {}
 
     void read() {
-        node_ = &import_.create("animation", textOf(from_.mName), "animation");
+        node_ = &context_.create("animation", viewOf(from_.mName), "animation");
         channels_ = node_->createArray("channels", AttrType::Object);
         for (const aiNodeAnim* channel : std::span(from_.mChannels, from_.mNumChannels)) {
-            Node* target = import_.nodeOf(channel->mNodeName);
+            Node* target = context_.nodeOf(channel->mNodeName);
             if (!target) {
-                import_.losses.add("channels of animations that move no node", *node_);
+                context_.losses.add("animation channels without a target node", *node_);
                 continue;
             }
             Node& moved = *target;
@@ -31,15 +34,15 @@ public:
         }
         set(*node_, "duration", AttrData::real(from_.mDuration / ticksPerSecond_));
         if (from_.mNumMeshChannels != 0 || from_.mNumMorphMeshChannels != 0)
-            import_.losses.add("animations of the shape of meshes", *node_);
+            context_.losses.add("animations of meshes and morph targets", *node_);
     }
 
 private:
-    static std::array<float, 3> numbersOf(const aiVector3D& v) { return {v.x, v.y, v.z}; }
-    static std::array<float, 4> numbersOf(const aiQuaternion& q) { return {q.x, q.y, q.z, q.w}; }
+    static std::array<float, 3> componentsOf(const aiVector3D& v) { return {v.x, v.y, v.z}; }
+    static std::array<float, 4> componentsOf(const aiQuaternion& q) { return {q.x, q.y, q.z, q.w}; }
 
-    // One value that the node has anyway is no movement.
-    static bool isStill(const Node& moved, const char* path, std::span<const float> values) {
+    // Whether the only key of a channel repeats the value of the node.
+    static bool isStatic(const Node& moved, const char* path, std::span<const float> values) {
         const Input* input = moved.input(path);
         const std::span<const double> rest = input ? input->value().components() : std::span<const double>();
         return rest.size() == values.size() && std::ranges::equal(rest, values, [](double a, float b) {
@@ -52,14 +55,14 @@ private:
         AttrData values = AttrData::buffer(type, keys.size());
         for (std::size_t i = 0; i < keys.size(); ++i) {
             times.elements<float>()[i] = static_cast<float>(keys[i].mTime / ticksPerSecond_);
-            const auto numbers = numbersOf(keys[i].mValue);
-            std::ranges::copy(numbers, values.elements<float>().subspan(i * numbers.size()).begin());
+            const auto components = componentsOf(keys[i].mValue);
+            std::ranges::copy(components, values.elements<float>().subspan(i * components.size()).begin());
         }
-        if (keys.empty() || (keys.size() == 1 && isStill(moved, path, values.elements<float>())))
+        if (keys.empty() || (keys.size() == 1 && isStatic(moved, path, values.elements<float>())))
             return;
         Input* channel = channels_->appendElement();
         if (!channel)
-            return import_.losses.add("channels of animations beyond what an array may hold", *node_);
+            return context_.losses.add("animation channels beyond the limit of arrays", *node_);
         channel->createInput("target", AttrType::Node)->setNode(&moved);
         setMember(*channel, "path", AttrData::string(path));
         setMember(*channel, "interpolation", AttrData::string("linear"));
@@ -67,7 +70,7 @@ private:
         setMember(*channel, "values", std::move(values));
     }
 
-    ImportContext& import_;
+    ImportContext& context_;
     const aiAnimation& from_;
     double ticksPerSecond_;
     Node* node_ = nullptr;
@@ -76,13 +79,12 @@ private:
 
 } // namespace
 
-void importAnimations(ImportContext& import) {
-    for (unsigned i = 0; i < import.from.mNumAnimations; ++i) {
-        const aiAnimation& animation = *import.from.mAnimations[i];
-        AnimationImport(import, animation).read();
-        if (import.gltf.hasCurves(i))
-            import.losses.add("ways to join the keys of animations other than linearly",
-                              String(animation.mName.C_Str()));
+void importAnimations(ImportContext& context) {
+    for (unsigned i = 0; i < context.from.mNumAnimations; ++i) {
+        const aiAnimation& animation = *context.from.mAnimations[i];
+        AnimationImport(context, animation).read();
+        if (context.gltf.hasNonLinearKeys(i))
+            context.losses.add("interpolations other than linear", String(animation.mName.C_Str()));
     }
 }
 

@@ -1,10 +1,9 @@
-// A scene of Assimp's on its way into one of ours: what the steps of that have made so far.
+// The state that the steps of importing an Assimp scene share.
 #pragma once
 
 #include "convert/import/GltfFile.h"
 #include "convert/shared/Losses.h"
 #include "convert/shared/TexturePaths.h"
-#include "convert/shared/Transform.h"
 #include "scene/Scene.h"
 
 #include <assimp/scene.h>
@@ -19,50 +18,25 @@ struct ImportContext {
     Scene& scene;
     Losses& losses;
     bool isGltf = false;
-    const GltfFile& gltf; // knows nothing of other files
+    const GltfFile& gltf; // empty for other formats
     const TexturePaths& paths;
-    struct Place {
+    struct ImportedNode {
         Node* node;
         const aiNode* from;
     };
-    std::unordered_map<std::string, Place> places{}; // by the name that Assimp has for them
-    std::unordered_set<std::string> animated{};      // names of nodes that move
-    std::map<unsigned, Node*> meshes{};              // by their number; null for one that was left out
-    std::map<unsigned, Node*> skins{};               // by the number of their mesh
-    std::map<unsigned, Node*> materials{};
-    std::map<std::string, Node*> textures{};
-    std::unordered_map<std::string, u64> names{}; // how often a name has been given
+    std::unordered_map<std::string, ImportedNode> nodes{};    // by their names in Assimp
+    std::unordered_set<std::string> animatedNodes{};          // their names in Assimp
+    std::map<unsigned, Node*> meshes{};                       // by mesh index; null for rejected ones
+    std::map<unsigned, Node*> materials{};                    // by material index
+    std::map<std::string, Node*> textures{};                  // by sampler settings and path
+    std::unordered_map<std::string, u64> repeatedNodeNames{}; // how often each has been taken again
 
-    // The node at the place of that name, or null.
+    // The imported node with a name in Assimp, or null.
     [[nodiscard]] Node* nodeOf(const aiString& name) const;
 
-    // A new node whose name is made from `name`, which is kept as its input if it had to be changed or could be
-    // mistaken. `otherwise` is for things without a name.
-    Node& create(const char* type, std::string_view name, const char* otherwise);
+    // Creates a node whose identifier is derived from `name`, or from `fallback` if there is no name. The input `name`
+    // keeps the name unchanged.
+    Node& create(const char* type, std::string_view name, const char* fallback);
 };
-
-void importMeshes(ImportContext& import);
-void importNodes(ImportContext& import);
-void importSkins(ImportContext& import); // of the meshes; after the nodes, which are their joints
-void importCameras(ImportContext& import);
-void importLights(ImportContext& import);
-void importAnimations(ImportContext& import);
-[[nodiscard]] bool isAdded(const ImportContext& import, unsigned material); // by Assimp, for meshes that have none
-[[nodiscard]] Node* importMaterial(ImportContext& import, unsigned number); // null for the one that stands for none
-
-// Setting inputs of new nodes.
-void set(Node& node, const char* name, AttrData value);
-void setMember(Input& object, const char* name, AttrData value);
-void setText(Node& node, const char* name, std::string_view text);
-void setNumbers(Node& node, const char* name, AttrType type, std::span<const double> numbers);
-[[nodiscard]] AttrData numbersOf(AttrType type, std::span<const double> numbers);
-void refer(Node& node, const char* name, Node& target);
-void connect(Node& node, const char* name, Node& source, const char* output);
-
-// The shortest decimal number that is the same float, such as 0.1.
-[[nodiscard]] double plain(float number);
-
-[[nodiscard]] Matrix matrixOf(const aiMatrix4x4& matrix);
-[[nodiscard]] inline std::string_view textOf(const aiString& text) { return {text.data, text.length}; }
 
 } // namespace vrn::convert

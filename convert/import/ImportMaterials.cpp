@@ -1,23 +1,27 @@
-#include "convert/import/ImportContext.h"
+#include "convert/import/ImportMaterials.h"
+
+#include "convert/import/AssimpValues.h"
+#include "convert/import/NodeInputs.h"
 #include "convert/shared/Uri.h"
 
 #include <algorithm>
+#include <array>
 #include <assimp/GltfMaterial.h>
 #include <assimp/material.h>
-#include <optional>
+#include <span>
 
 namespace vrn::convert {
 
 namespace {
 
-// The texture maps that are read, the more telling ones of the same input first.
-struct Map {
+// The imported texture maps. Of several for the same input, the first one that a material has is used.
+struct TextureMap {
     aiTextureType type;
     const char* object; // or null
     const char* input;
     const char* xform;
 };
-constexpr Map maps[] = {
+constexpr TextureMap textureMaps[] = {
     {aiTextureType_BASE_COLOR, nullptr, "baseColorMap", "baseColorXform"},
     {aiTextureType_DIFFUSE, nullptr, "baseColorMap", "baseColorXform"},
     {aiTextureType_NORMALS, nullptr, "normalMap", "normalXform"},
@@ -28,37 +32,38 @@ constexpr Map maps[] = {
     {aiTextureType_EMISSIVE, "emission", "map", "emissionXform"},
 };
 
-// The properties that are read, or that say the same as one that is.
-constexpr std::string_view readProperties[] = {"?mat.name",
-                                               "$clr.base",
-                                               "$clr.diffuse",
-                                               "$mat.opacity",
-                                               "$clr.emissive",
-                                               "$mat.metallicFactor",
-                                               "$mat.roughnessFactor",
-                                               "$mat.twosided",
-                                               "$mat.gltf.alphaMode",
-                                               "$mat.gltf.alphaCutoff",
-                                               "$mat.shadingm"};
+// Properties that are imported or redundant.
+constexpr std::string_view knownProperties[] = {"?mat.name",
+                                                "$clr.base",
+                                                "$clr.diffuse",
+                                                "$mat.opacity",
+                                                "$clr.emissive",
+                                                "$mat.metallicFactor",
+                                                "$mat.roughnessFactor",
+                                                "$mat.twosided",
+                                                "$mat.gltf.alphaMode",
+                                                "$mat.gltf.alphaCutoff",
+                                                "$mat.shadingm"};
 
 class MaterialImport {
 public:
-    MaterialImport(ImportContext& import, const aiMaterial& from) : import_(import), from_(from) {}
+    MaterialImport(ImportContext& context, const aiMaterial& from) : context_(context), from_(from) {}
 
     Node* read(std::string_view name) {
-        node_ = &import_.create("material", name, "material");
+        node_ = &context_.create("material", name, "material");
         setBaseColor();
-        setPortion("metallic", AI_MATKEY_METALLIC_FACTOR);
-        setPortion("roughness", AI_MATKEY_ROUGHNESS_FACTOR);
+        setFactor("metallic", AI_MATKEY_METALLIC_FACTOR);
+        setFactor("roughness", AI_MATKEY_ROUGHNESS_FACTOR);
         if (aiColor3D color; from_.Get(AI_MATKEY_COLOR_EMISSIVE, color) == AI_SUCCESS && !color.IsBlack())
             setMember(*node_->createInput("emission", AttrType::Object), "color",
-                      numbersOf(AttrType::Vec3, std::array{plain(color.r), plain(color.g), plain(color.b)}));
+                      valueOf(AttrType::Vec3, std::array{shortestDecimal(color.r), shortestDecimal(color.g),
+                                                         shortestDecimal(color.b)}));
         setAlpha();
         if (int isDoubleSided = 0; from_.Get(AI_MATKEY_TWOSIDED, isDoubleSided) == AI_SUCCESS)
             set(*node_, "doubleSided", AttrData::boolean(isDoubleSided != 0));
-        for (const Map& map : maps)
+        for (const TextureMap& map : textureMaps)
             connectMap(map);
-        noteOthers();
+        reportUnknownProperties();
         return node_;
     }
 
@@ -71,26 +76,27 @@ private:
         if (from_.Get(AI_MATKEY_OPACITY, opacity) == AI_SUCCESS && opacity < 1)
             color.a = opacity;
         setNumbers(*node_, "baseColor", AttrType::Rgba,
-                   std::array{plain(color.r), plain(color.g), plain(color.b), plain(color.a)});
-        isSeeThrough_ = color.a < 1;
+                   std::array{shortestDecimal(color.r), shortestDecimal(color.g), shortestDecimal(color.b),
+                              shortestDecimal(color.a)});
+        isTranslucent_ = color.a < 1;
     }
 
-    void setPortion(const char* name, const char* key, unsigned type, unsigned index) {
-        if (float portion = 0; from_.Get(key, type, index, portion) == AI_SUCCESS)
-            set(*node_, name, AttrData::real(plain(portion)));
+    void setFactor(const char* name, const char* key, unsigned type, unsigned index) {
+        if (float factor = 0; from_.Get(key, type, index, factor) == AI_SUCCESS)
+            set(*node_, name, AttrData::real(shortestDecimal(factor)));
     }
 
     void setAlpha() {
         aiString mode;
         if (from_.Get(AI_MATKEY_GLTF_ALPHAMODE, mode) != AI_SUCCESS)
-            mode = isSeeThrough_ ? "blend" : "opaque";
+            mode = isTranslucent_ ? "blend" : "opaque";
         Input& alpha = *node_->createInput("alpha", AttrType::Object);
-        setMember(alpha, "mode", AttrData::string(String(textOf(mode)).toLower().view()));
+        setMember(alpha, "mode", AttrData::string(String(viewOf(mode)).toLower().view()));
         if (float cutoff = 0; from_.Get(AI_MATKEY_GLTF_ALPHACUTOFF, cutoff) == AI_SUCCESS)
-            setMember(alpha, "cutoff", AttrData::real(plain(cutoff)));
+            setMember(alpha, "cutoff", AttrData::real(shortestDecimal(cutoff)));
     }
 
-    void connectMap(const Map& map) {
+    void connectMap(const TextureMap& map) {
         aiString file;
         if (from_.Get(AI_MATKEY_TEXTURE(map.type, 0), file) != AI_SUCCESS)
             return;
@@ -105,25 +111,25 @@ private:
             setXform(map);
         }
         if (from_.GetTextureCount(map.type) > 1)
-            import_.losses.add("further textures of one kind", *node_);
+            context_.losses.add("additional textures for the same map", *node_);
     }
 
-    // The offset as it is from the upper left corner of the picture.
-    void setXform(const Map& map) {
+    // Assimp's offset is relative to the lower left corner of the image, ours to the upper left one.
+    void setXform(const TextureMap& map) {
         aiUVTransform xform;
         if (from_.Get(AI_MATKEY_UVTRANSFORM(map.type, 0), xform) != AI_SUCCESS)
             return;
         if (xform.mRotation != 0)
-            import_.losses.add("rotations of textures", *node_);
+            context_.losses.add("texture rotations", *node_);
         const double scale[] = {static_cast<double>(xform.mScaling.x), static_cast<double>(xform.mScaling.y)};
         const double offset[] = {static_cast<double>(xform.mTranslation.x),
                                  1 - scale[1] - static_cast<double>(xform.mTranslation.y)};
         Input& object = *node_->createInput(map.xform, AttrType::Object);
-        setMember(object, "offset", numbersOf(AttrType::Vec2, offset));
-        setMember(object, "scale", numbersOf(AttrType::Vec2, scale));
+        setMember(object, "offset", valueOf(AttrType::Vec2, offset));
+        setMember(object, "scale", valueOf(AttrType::Vec2, scale));
     }
 
-    [[nodiscard]] const char* wrap(aiTextureMapMode mode) {
+    [[nodiscard]] const char* wrapMode(aiTextureMapMode mode) {
         switch (mode) {
         case aiTextureMapMode_Wrap:
             return "repeat";
@@ -132,7 +138,7 @@ private:
         case aiTextureMapMode_Clamp:
             return "clamp";
         default:
-            import_.losses.add("textures that are there only once", *node_);
+            context_.losses.add("decal textures, which do not repeat", *node_);
             return "clamp";
         }
     }
@@ -144,33 +150,33 @@ private:
         (void)from_.Get(AI_MATKEY_MAPPINGMODE_U(type, 0), wrapU);
         (void)from_.Get(AI_MATKEY_MAPPINGMODE_V(type, 0), wrapV);
         (void)from_.Get(AI_MATKEY_GLTF_MAPPINGFILTER_MIN(type, 0), filter);
-        const String about = String::format("%d %d %u ", wrapU, wrapV, filter) + String(textOf(file));
-        Node*& known = import_.textures[std::string(about.view())];
+        const String key = String::format("%d %d %u ", wrapU, wrapV, filter) + String(viewOf(file));
+        Node*& known = context_.textures[std::string(key.view())];
         if (known)
             return *known;
-        known = makeTexture(textOf(file));
-        setText(*known, "wrapU", wrap(static_cast<aiTextureMapMode>(wrapU)));
-        setText(*known, "wrapV", wrap(static_cast<aiTextureMapMode>(wrapV)));
+        known = createTexture(viewOf(file));
+        setText(*known, "wrapU", wrapMode(static_cast<aiTextureMapMode>(wrapU)));
+        setText(*known, "wrapV", wrapMode(static_cast<aiTextureMapMode>(wrapV)));
         if (filter != 0)
             set(*known, "filter", AttrData::integer(filter));
         return *known;
     }
 
-    Node* makeTexture(std::string_view file) {
-        const aiTexture* embedded = import_.from.GetEmbeddedTexture(std::string(file).c_str());
+    Node* createTexture(std::string_view file) {
+        const aiTexture* embedded = context_.from.GetEmbeddedTexture(std::string(file).c_str());
         if (embedded)
-            return makeEmbedded(*embedded);
-        const std::string path = import_.isGltf ? pathOf(file) : std::string(file);
+            return createEmbeddedTexture(*embedded);
+        const std::string path = context_.isGltf ? pathOf(file) : std::string(file);
         const std::size_t folder = path.find_last_of("/\\");
         const std::string name = folder == std::string::npos ? path : path.substr(folder + 1);
-        Node& texture = import_.create("texture", name.substr(0, name.rfind('.')), "texture");
-        setText(texture, "file", import_.paths.of(path));
+        Node& texture = context_.create("texture", name.substr(0, name.rfind('.')), "texture");
+        setText(texture, "file", context_.paths.rebase(path));
         return &texture;
     }
 
-    // An image that stands in the file: as the file that it would be, or pixel by pixel.
-    Node* makeEmbedded(const aiTexture& image) {
-        Node& texture = import_.create("texture", textOf(image.mFilename), "texture");
+    // An embedded image: an encoded file if its height is 0, otherwise pixels.
+    Node* createEmbeddedTexture(const aiTexture& image) {
+        Node& texture = context_.create("texture", viewOf(image.mFilename), "texture");
         if (image.mHeight == 0) {
             AttrData bytes = AttrData::buffer(DataType::Byte, image.mWidth);
             std::copy_n(reinterpret_cast<const u8*>(image.pcData), image.mWidth, bytes.elements<u8>().begin());
@@ -190,46 +196,46 @@ private:
         return &texture;
     }
 
-    void noteOthers() {
+    void reportUnknownProperties() {
         for (const aiMaterialProperty* property : std::span(from_.mProperties, from_.mNumProperties)) {
-            const std::string_view key = textOf(property->mKey);
+            const std::string_view key = viewOf(property->mKey);
             const bool isTexture = key.starts_with("$tex.");
-            const bool isRead = isTexture ? std::ranges::find(maps, property->mSemantic, &Map::type) != std::end(maps)
-                                          : std::ranges::find(readProperties, key) != std::end(readProperties);
-            const bool isDerived = import_.isGltf && key == "$mat.shininess"; // from the roughness
-            if (isRead || isDerived || (isTexture && key != "$tex.file"))
+            const bool isKnown = isTexture ? std::ranges::find(textureMaps, property->mSemantic, &TextureMap::type) !=
+                                                 std::end(textureMaps)
+                                           : std::ranges::find(knownProperties, key) != std::end(knownProperties);
+            const bool isDerived = context_.isGltf && key == "$mat.shininess"; // from the roughness
+            if (isKnown || isDerived || (isTexture && key != "$tex.file"))
                 continue;
-            import_.losses.add(isTexture
-                                   ? "textures for other things than colour, normals, metal, roughness, occlusion "
-                                     "and emission"
-                                   : "properties of materials beyond those of metal and roughness",
-                               node_->name() + " " + String(key));
+            context_.losses.add(
+                isTexture ? "textures other than colour, normals, metalness, roughness, occlusion and emission"
+                          : "material properties outside the metallic-roughness model",
+                node_->name() + " " + String(key));
         }
     }
 
-    ImportContext& import_;
+    ImportContext& context_;
     const aiMaterial& from_;
     Node* node_ = nullptr;
-    bool isSeeThrough_ = false;
+    bool isTranslucent_ = false;
 };
 
 } // namespace
 
-bool isAdded(const ImportContext& import, unsigned material) {
-    const aiMaterial& from = *import.from.mMaterials[material];
-    if (import.isGltf)
-        return !import.gltf.hasMaterial(material);
-    return textOf(from.GetName()) == AI_DEFAULT_MATERIAL_NAME && from.GetTextureCount(aiTextureType_DIFFUSE) == 0;
+bool isDefaultMaterial(const ImportContext& context, unsigned index) {
+    const aiMaterial& from = *context.from.mMaterials[index];
+    if (context.isGltf)
+        return !context.gltf.hasMaterial(index);
+    return viewOf(from.GetName()) == AI_DEFAULT_MATERIAL_NAME && from.GetTextureCount(aiTextureType_DIFFUSE) == 0;
 }
 
-Node* importMaterial(ImportContext& import, unsigned number) {
-    if (number >= import.from.mNumMaterials || isAdded(import, number))
+Node* importMaterial(ImportContext& context, unsigned index) {
+    if (index >= context.from.mNumMaterials || isDefaultMaterial(context, index))
         return nullptr;
-    if (const auto known = import.materials.find(number); known != import.materials.end())
+    if (const auto known = context.materials.find(index); known != context.materials.end())
         return known->second;
-    const aiMaterial& from = *import.from.mMaterials[number];
+    const aiMaterial& from = *context.from.mMaterials[index];
     const aiString name = from.GetName();
-    return import.materials[number] = MaterialImport(import, from).read(textOf(name));
+    return context.materials[index] = MaterialImport(context, from).read(viewOf(name));
 }
 
 } // namespace vrn::convert

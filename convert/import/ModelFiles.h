@@ -1,4 +1,4 @@
-// The files that Assimp may read: regular ones, of which one can be replaced by other bytes.
+// The file access of Assimp: only regular files, one of which can be replaced by bytes in memory.
 #pragma once
 
 #include <assimp/DefaultIOSystem.h>
@@ -14,7 +14,7 @@ public:
     ModelFiles() = default;
     ModelFiles(std::string path, std::string bytes) : path_(std::move(path)), bytes_(std::move(bytes)) {}
 
-    // A pipe or device would be read without end.
+    // Reading a pipe or device might never end.
     bool Exists(const char* path) const override {
         std::error_code error;
         return std::filesystem::is_regular_file(path, error);

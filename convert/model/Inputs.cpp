@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace vrn::convert {
 
@@ -12,9 +13,9 @@ namespace {
 
 constexpr const char* notFinite = "numbers that are not finite";
 constexpr const char* tooLarge = "numbers beyond the range of a float";
-constexpr const char* notOfType = "values of a type that does not fit";
+constexpr const char* wrongType = "values of the wrong type";
 
-const char* whyNoFloat(double number) { return std::isfinite(number) ? tooLarge : notFinite; }
+const char* floatProblem(double number) { return std::isfinite(number) ? tooLarge : notFinite; }
 
 std::optional<double> asNumber(const AttrData& value) {
     switch (value.type()) {
@@ -39,8 +40,8 @@ bool isDefault(const Input& input) {
     });
 }
 
-// Whether nothing is lost with an input.
-bool saysNothing(const Input& input) {
+// Whether leaving out an input loses nothing.
+bool isEmptyOrDefault(const Input& input) {
     if (input.connection() || input.nodeValue())
         return false;
     switch (input.type()) {
@@ -54,7 +55,7 @@ bool saysNothing(const Input& input) {
         return input.value().count() == 0;
     case AttrType::String:
         return *input.value().asString() == '\0';
-    case AttrType::Bool: // what a node is without being told so
+    case AttrType::Bool: // nodes are visible by default, also without a catalogue
         if (input.key() == "visible" && input.value().asBool())
             return true;
         [[fallthrough]];
@@ -63,9 +64,9 @@ bool saysNothing(const Input& input) {
     }
 }
 
-bool isPrefix(const Patterns& patterns, const std::string& start) {
-    const auto next = patterns.lower_bound(start);
-    return next != patterns.end() && next->starts_with(start);
+bool hasPrefix(const InputPatterns& patterns, const std::string& prefix) {
+    const auto next = patterns.lower_bound(prefix);
+    return next != patterns.end() && next->starts_with(prefix);
 }
 
 template <class T> std::optional<Values<u32>> convertIndices(std::span<const T> numbers, u64 limit) {
@@ -80,6 +81,10 @@ template <class T> std::optional<Values<u32>> convertIndices(std::span<const T> 
 
 } // namespace
 
+bool allFinite(std::span<const float> numbers) {
+    return std::ranges::all_of(numbers, [](float number) { return std::isfinite(number); });
+}
+
 bool fitsFloat(double number) { return std::abs(number) <= static_cast<double>(std::numeric_limits<float>::max()); }
 
 const Input* InputReader::find(std::string_view path) const {
@@ -88,70 +93,70 @@ const Input* InputReader::find(std::string_view path) const {
     return input && dot != std::string_view::npos ? input->input(path.substr(dot + 1)) : input;
 }
 
-const Input* InputReader::findGiven(std::string_view path) const {
+const Input* InputReader::findNonNull(std::string_view path) const {
     const Input* input = find(path);
     return input && input->type() != AttrType::Null ? input : nullptr;
 }
 
 double InputReader::number(std::string_view path, double fallback) const {
-    const Input* input = findGiven(path);
+    const Input* input = findNonNull(path);
     if (!input)
         return fallback;
     const std::optional<double> number = asNumber(input->value());
     if (number && fitsFloat(*number))
         return *number;
-    losses_.add(number ? whyNoFloat(*number) : notOfType, *input);
+    losses_.add(number ? floatProblem(*number) : wrongType, *input);
     return fallback;
 }
 
-double InputReader::within(std::string_view path, double fallback, double least, double most) const {
-    const double given = number(path, fallback);
-    const double kept = std::clamp(given, least, most);
-    if (kept != given)
-        losses_.add("numbers outside of their range", *find(path));
-    return kept;
+double InputReader::clampedNumber(std::string_view path, double fallback, double min, double max) const {
+    const double value = number(path, fallback);
+    const double clamped = std::clamp(value, min, max);
+    if (clamped != value)
+        losses_.add("numbers out of range (clamped)", *find(path));
+    return clamped;
 }
 
-double InputReader::portion(std::string_view path, double fallback) const {
-    const double given = number(path, fallback);
-    const double portion = std::clamp(given, 0.0, 1.0);
-    if (portion != given)
-        losses_.add("numbers outside of 0 to 1", *find(path));
-    return portion;
+double InputReader::unitNumber(std::string_view path, double fallback) const {
+    const double value = number(path, fallback);
+    const double clamped = std::clamp(value, 0.0, 1.0);
+    if (clamped != value)
+        losses_.add(outsideUnitInterval, *find(path));
+    return clamped;
 }
 
-bool InputReader::flag(std::string_view path, bool fallback) const {
-    const Input* input = findGiven(path);
+bool InputReader::boolean(std::string_view path, bool fallback) const {
+    const Input* input = findNonNull(path);
     if (!input)
         return fallback;
     if (input->type() != AttrType::Bool) {
-        losses_.add(notOfType, *input);
+        losses_.add(wrongType, *input);
         return fallback;
     }
     return input->value().asBool();
 }
 
 std::string InputReader::text(std::string_view path) const {
-    const Input* input = findGiven(path);
+    const Input* input = findNonNull(path);
     if (!input)
         return {};
     if (input->type() != AttrType::String) {
-        losses_.add(notOfType, *input);
+        losses_.add(wrongType, *input);
         return {};
     }
     return std::string(input->value().asString());
 }
 
 void InputReader::readNumbers(std::string_view path, std::span<double> numbers) const {
-    const Input* input = findGiven(path);
+    const Input* input = findNonNull(path);
     if (!input)
         return;
-    const std::span<const double> given = input->value().components();
-    if (given.size() < numbers.size())
-        return losses_.add(notOfType, *input);
-    if (const auto odd = std::ranges::find_if_not(given, fitsFloat); odd != given.end())
-        return losses_.add(whyNoFloat(*odd), *input);
-    std::ranges::copy(given.first(numbers.size()), numbers.begin());
+    const std::span<const double> components = input->value().components();
+    if (components.size() < numbers.size())
+        return losses_.add(wrongType, *input);
+    if (const auto bad = std::ranges::find_if_not(components, fitsFloat); bad != components.end())
+        return losses_.add(floatProblem(*bad), *input);
+    std::ranges::copy(components.first(numbers.size()), numbers.begin());
 }
 
 const Node* InputReader::node(std::string_view path) const { return linkedNode(find(path)); }
@@ -174,20 +179,22 @@ Values<float> readFloats(const Input* input, u32 components, Losses& losses) {
     if (layout.components == components && layout.componentType == DataType::Float)
         return Values<float>(input->value().elements<float>());
     if (layout.components != components || layout.componentType != DataType::Double) {
-        losses.add(notOfType, *input);
+        losses.add(wrongType, *input);
         return {};
     }
     const std::span<const double> doubles = input->value().elements<double>();
     std::vector<float> floats(doubles.size());
-    bool isSame = true;
+    bool isExact = true;
     for (std::size_t i = 0; i < doubles.size(); ++i) {
-        constexpr double most = static_cast<double>(std::numeric_limits<float>::max());
+        constexpr double maxFloat = static_cast<double>(std::numeric_limits<float>::max());
         constexpr float infinity = std::numeric_limits<float>::infinity();
-        floats[i] = doubles[i] > most ? infinity : doubles[i] < -most ? -infinity : static_cast<float>(doubles[i]);
-        isSame &= static_cast<double>(floats[i]) == doubles[i];
+        floats[i] = doubles[i] > maxFloat    ? infinity
+                    : doubles[i] < -maxFloat ? -infinity
+                                             : static_cast<float>(doubles[i]);
+        isExact &= static_cast<double>(floats[i]) == doubles[i];
     }
-    if (!isSame)
-        losses.add("digits beyond those of a float", *input);
+    if (!isExact)
+        losses.add("digits beyond float precision", *input);
     return Values<float>(std::move(floats));
 }
 
@@ -217,28 +224,28 @@ std::optional<Values<u32>> readIndices(const Input* input, u64 limit) {
     }
 }
 
-void noteOthers(const Node& node, const Patterns& carried, Losses& losses) {
-    struct Open {
+void addUnreadInputs(const Node& node, const InputPatterns& known, Losses& losses) {
+    struct Pending {
         const Input* input;
         std::string pattern;
     };
-    std::vector<Open> open;
-    const auto push = [&](std::span<const Input* const> inputs, const std::string& start) {
+    std::vector<Pending> pending;
+    const auto push = [&](std::span<const Input* const> inputs, const std::string& prefix) {
         for (auto input = inputs.rbegin(); input != inputs.rend(); ++input)
-            open.push_back({*input, start + std::string((*input)->key().view())});
+            pending.push_back({*input, prefix + std::string((*input)->key().view())});
     };
     push(node.inputs(), "");
-    // A pattern says how deep this goes.
-    while (!open.empty()) {
-        const auto [input, pattern] = std::move(open.back());
-        open.pop_back();
-        if (carried.contains(pattern))
+    // Terminates on any nesting: only inputs that are the prefix of a pattern are expanded.
+    while (!pending.empty()) {
+        const auto [input, pattern] = std::move(pending.back());
+        pending.pop_back();
+        if (known.contains(pattern))
             continue;
-        if (input->type() == AttrType::Object && isPrefix(carried, pattern + '.'))
+        if (input->type() == AttrType::Object && hasPrefix(known, pattern + '.'))
             push(input->children(), pattern + '.');
-        else if (input->type() == AttrType::Array && isPrefix(carried, pattern + "[]"))
+        else if (input->type() == AttrType::Array && hasPrefix(known, pattern + "[]"))
             push(input->children(), pattern + "[]");
-        else if (!saysNothing(*input))
+        else if (!isEmptyOrDefault(*input))
             losses.add("input " + pattern + " of " + std::string(node.type().view()), *input);
     }
 }

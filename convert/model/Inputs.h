@@ -1,11 +1,11 @@
-// Reading the inputs of a node by what they mean, and noting what of them is lost.
+// Typed access to the inputs of a node, with a loss for every value that cannot be used.
 //
 //     InputReader reader(node, losses);
-//     double roughness = reader.portion("roughness", 1);     // 0 to 1
-//     Vector size = reader.numbers<3>("scale", {1, 1, 1});
+//     double roughness = reader.unitNumber("roughness", 1);     // 0 to 1
+//     Vector scale = reader.numbers<3>("scale", {1, 1, 1});
 //
-// A path is the name of an input or `object.member`. What is not there, or of a type that does not fit, gives the
-// fallback; the latter is noted as lost, and so are numbers that are not finite, also as floats, or out of range.
+// A path is the name of an input or `object.member`. Missing inputs yield the fallback. So do, with a loss, values of
+// the wrong type and numbers that are not finite as floats. Numbers out of range are clamped, with a loss.
 #pragma once
 
 #include "convert/model/Values.h"
@@ -25,9 +25,9 @@ public:
     [[nodiscard]] bool has(std::string_view path) const { return find(path) != nullptr; }
 
     [[nodiscard]] double number(std::string_view path, double fallback) const;
-    [[nodiscard]] double within(std::string_view path, double fallback, double least, double most) const;
-    [[nodiscard]] double portion(std::string_view path, double fallback) const;
-    [[nodiscard]] bool flag(std::string_view path, bool fallback) const;
+    [[nodiscard]] double clampedNumber(std::string_view path, double fallback, double min, double max) const;
+    [[nodiscard]] double unitNumber(std::string_view path, double fallback) const;
+    [[nodiscard]] bool boolean(std::string_view path, bool fallback) const;
     [[nodiscard]] std::string text(std::string_view path) const;
     template <std::size_t N>
     [[nodiscard]] std::array<double, N> numbers(std::string_view path, std::array<double, N> fallback) const {
@@ -35,36 +35,41 @@ public:
         return fallback;
     }
 
-    // The node that the input is connected or refers to.
+    // The node that the input is connected to or refers to, or null.
     [[nodiscard]] const Node* node(std::string_view path) const;
 
 private:
-    [[nodiscard]] const Input* findGiven(std::string_view path) const; // null also for one without a value
+    [[nodiscard]] const Input* findNonNull(std::string_view path) const; // null for inputs of type Null, too
     void readNumbers(std::string_view path, std::span<double> numbers) const;
 
     const Node& node_;
     Losses& losses_;
 };
 
-// Whether a number is finite as a float, too: the other formats have no larger ones.
+inline constexpr const char* outsideUnitInterval = "numbers outside 0 to 1 (clamped)"; // a loss
+
+[[nodiscard]] bool allFinite(std::span<const float> numbers);
+
+// Whether a number is finite as a float, which is what other formats store.
 [[nodiscard]] bool fitsFloat(double number);
 
+// The node that an input is connected to or refers to; null if there is none or no input.
 [[nodiscard]] const Node* linkedNode(const Input* input);
 
-// The texts that a name has in other formats: that of the input `name`, or the node's own.
+// The name of a node in other formats: its input `name`, or else its identifier.
 [[nodiscard]] String displayName(const Node& node);
 
-// A buffer as floats, `components` an element; empty if it is none. Doubles are rounded, which is noted if it changes
-// any.
+// A buffer as floats, with `components` per element; empty if there is no such buffer. Doubles are rounded, with a loss
+// if that changes any.
 [[nodiscard]] Values<float> readFloats(const Input* input, u32 components, Losses& losses);
 
-// A buffer of any integers as indices; nothing if it is none, or if one is negative or `limit` or more.
+// A buffer of any integer type as indices; nothing if it is not one or if an index is not in [0, limit).
 [[nodiscard]] std::optional<Values<u32>> readIndices(const Input* input, u64 limit);
 
-// Patterns of inputs: `scale`, `alpha.mode`, `uvsets[].coords`.
-using Patterns = std::set<std::string, std::less<>>;
+// Inputs, members and elements: `scale`, `alpha.mode`, `uvsets[].coords`.
+using InputPatterns = std::set<std::string, std::less<>>;
 
-// Notes every input of a node that no pattern names and that says something.
-void noteOthers(const Node& node, const Patterns& carried, Losses& losses);
+// Adds a loss for each input that matches no pattern and is neither empty nor at its default value.
+void addUnreadInputs(const Node& node, const InputPatterns& known, Losses& losses);
 
 } // namespace vrn::convert

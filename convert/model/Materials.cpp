@@ -1,5 +1,6 @@
-// Materials and the textures that they are connected to.
-#include "convert/model/ExportContext.h"
+#include "convert/model/Materials.h"
+
+#include "convert/model/Inputs.h"
 #include "convert/shared/ImageKind.h"
 
 #include <algorithm>
@@ -10,12 +11,12 @@ namespace vrn::convert {
 
 namespace {
 
-u32 readTexture(ExportContext& reading, const Node& node) {
-    const auto [found, isNew] = reading.textures.emplace(&node, none);
+u32 readTexture(ExportContext& context, const Node& node) {
+    const auto [found, isNew] = context.textureIndices.emplace(&node, none);
     if (!isNew)
         return found->second;
-    reading.carried.insert(&node);
-    const InputReader reader(node, reading.losses);
+    context.visited.insert(&node);
+    const InputReader reader(node, context.losses);
     Texture texture{.source = &node};
     texture.file = reader.text("file");
     texture.wrapU = reader.text("wrapU");
@@ -26,30 +27,30 @@ u32 readTexture(ExportContext& reading, const Node& node) {
     if (const Input* encoded = node.input("encoded"); encoded && encoded->value().count() != 0) {
         texture.encoded = encoded->value().elements<u8>();
         if (!isPng(texture.encoded) && !isJpeg(texture.encoded)) {
-            reading.losses.add("encoded images that are neither PNG nor JPEG", *encoded);
+            context.losses.add("encoded images that are neither PNG nor JPEG", *encoded);
             texture.encoded = {};
         }
     }
-    noteOthers(node, {"name", "file", "wrapU", "wrapV", "filter", "encoded"}, reading.losses);
+    addUnreadInputs(node, {"name", "file", "wrapU", "wrapV", "filter", "encoded"}, context.losses);
     if (texture.file.empty() && texture.encoded.empty()) {
-        reading.losses.add("textures without a file", node);
+        context.losses.add("textures without an image", node);
         return none;
     }
-    found->second = static_cast<u32>(reading.model.textures.size());
-    reading.model.textures.push_back(std::move(texture));
+    found->second = static_cast<u32>(context.model.textures.size());
+    context.model.textures.push_back(std::move(texture));
     return found->second;
 }
 
-// The texture that an input is connected to; `xform` is the name of an object of its offset and scale.
-TextureUse readMap(ExportContext& reading, const InputReader& reader, const char* name, const std::string& xform) {
+// The texture that the input `name` is connected to. `xform` is the object with its offset and scale.
+TextureUse readMap(ExportContext& context, const InputReader& reader, const char* name, const std::string& xform) {
     TextureUse use;
     const Input* input = reader.find(name);
     if (const Node* texture = linkedNode(input)) {
-        use.texture = readTexture(reading, *texture);
+        use.texture = readTexture(context, *texture);
         use.offset = reader.numbers<2>(xform + ".offset", {0, 0});
         use.scale = reader.numbers<2>(xform + ".scale", {1, 1});
         if (input->connection() && input->connection()->name() != "outColor")
-            reading.losses.add("connections to other outputs of textures than outColor", *input);
+            context.losses.add("connections to texture outputs other than outColor", *input);
     }
     return use;
 }
@@ -63,44 +64,44 @@ std::array<double, 4> readBaseColor(const Node& node, const InputReader& reader,
     } else {
         color = reader.numbers<4>(name, color);
     }
-    const std::array<double, 4> given = color;
-    for (double& part : color)
-        part = std::clamp(part, 0.0, 1.0);
-    if (input && color != given)
-        losses.add("numbers outside of 0 to 1", *input);
+    const std::array<double, 4> unclamped = color;
+    for (double& component : color)
+        component = std::clamp(component, 0.0, 1.0);
+    if (input && color != unclamped)
+        losses.add(outsideUnitInterval, *input);
     return color;
 }
 
 Vector readEmission(const InputReader& reader, Losses& losses) {
-    const Vector given = reader.numbers<3>("emission.color", {0, 0, 0});
+    const Vector unclamped = reader.numbers<3>("emission.color", {0, 0, 0});
     Vector emission{};
     for (std::size_t i = 0; i < 3; ++i)
-        emission[i] = std::clamp(given[i], 0.0, 1.0);
-    if (emission != given)
-        losses.add("numbers outside of 0 to 1", *reader.find("emission.color"));
+        emission[i] = std::clamp(unclamped[i], 0.0, 1.0);
+    if (emission != unclamped)
+        losses.add(outsideUnitInterval, *reader.find("emission.color"));
     return emission;
 }
 
-// How see-through it is: said by itself, or by what makes no sense without.
-std::string readAlphaMode(ExportContext& reading, const InputReader& reader, const Material& material) {
+// Without an explicit mode, transparency is deduced from the alpha of the base colour and the opacity map.
+std::string readAlphaMode(ExportContext& context, const InputReader& reader, const Material& material) {
     const Node* opacity = reader.node("opacityMap");
-    const u32 colors = material.baseColorMap.texture;
-    const bool isOpacityInColors = opacity && colors != none && reading.model.textures[colors].source == opacity;
-    if (opacity && !isOpacityInColors)
-        reading.losses.add("opacity maps that are not the alpha of the colour map", *reader.find("opacityMap"));
+    const u32 colorMap = material.baseColorMap.texture;
+    const bool isAlphaOfColorMap = opacity && colorMap != none && context.model.textures[colorMap].source == opacity;
+    if (opacity && !isAlphaOfColorMap)
+        context.losses.add("opacity maps other than the alpha of the base colour map", *reader.find("opacityMap"));
     std::string mode = reader.text("alpha.mode");
     if (mode == "opaque" || mode == "mask" || mode == "blend")
         return mode;
     if (!mode.empty())
-        reading.losses.add("unknown alpha modes", *reader.find("alpha.mode"));
-    return material.baseColor[3] < 1 || isOpacityInColors ? "blend" : "opaque";
+        context.losses.add("unknown alpha modes", *reader.find("alpha.mode"));
+    return material.baseColor[3] < 1 || isAlphaOfColorMap ? "blend" : "opaque";
 }
 
-// The inputs that are read; of two that mean the same, only the one that counts.
-Patterns carriedBy(const InputReader& reader) {
-    Patterns patterns = {"name",         "metallic",     "roughness",    "emission.color",
-                         "emission.map", "alpha.mode",   "alpha.cutoff", "doubleSided",
-                         "normalMap",    "occlusionMap", "opacityMap",   "metallicRoughnessMap"};
+// The inputs that readMaterial() uses. Of an input and its older name, only the one that has precedence.
+InputPatterns readInputs(const InputReader& reader) {
+    InputPatterns patterns = {"name",         "metallic",     "roughness",    "emission.color",
+                              "emission.map", "alpha.mode",   "alpha.cutoff", "doubleSided",
+                              "normalMap",    "occlusionMap", "opacityMap",   "metallicRoughnessMap"};
     for (const char* map : {"baseColor", "normal", "metallicRoughness", "occlusion", "emission"})
         for (const char* member : {"Xform.offset", "Xform.scale"})
             patterns.insert(std::string(map) + member);
@@ -111,37 +112,37 @@ Patterns carriedBy(const InputReader& reader) {
 
 } // namespace
 
-u32 readMaterial(ExportContext& reading, const Node* node) {
+u32 readMaterial(ExportContext& context, const Node* node) {
     if (!node)
         return none;
-    if (!reading.target.hasMaterials) {
-        if (reading.carried.insert(node).second)
-            reading.losses.add("materials", *node);
+    if (!context.target.hasMaterials) {
+        if (context.visited.insert(node).second)
+            context.losses.add("materials", *node);
         return none;
     }
-    const auto [found, isNew] = reading.materials.emplace(node, static_cast<u32>(reading.model.materials.size()));
+    const auto [found, isNew] = context.materialIndices.emplace(node, static_cast<u32>(context.model.materials.size()));
     if (!isNew)
         return found->second;
-    reading.carried.insert(node);
-    const InputReader reader(*node, reading.losses);
+    context.visited.insert(node);
+    const InputReader reader(*node, context.losses);
     Material material{.source = node};
-    material.baseColor = readBaseColor(*node, reader, reading.losses);
-    material.metallic = reader.portion("metallic", 0);
-    material.roughness = reader.portion("roughness", 1);
-    material.emission = readEmission(reader, reading.losses);
-    material.isDoubleSided = reader.flag("doubleSided", false);
-    material.baseColorMap = reader.node("baseColorMap") ? readMap(reading, reader, "baseColorMap", "baseColorXform")
-                                                        : readMap(reading, reader, "colorMap", "baseColorXform");
-    material.normalMap = readMap(reading, reader, "normalMap", "normalXform");
-    material.metallicRoughnessMap = readMap(reading, reader, "metallicRoughnessMap", "metallicRoughnessXform");
-    material.occlusionMap = readMap(reading, reader, "occlusionMap", "occlusionXform");
-    material.emissionMap = readMap(reading, reader, "emission.map", "emissionXform");
-    material.alphaMode = readAlphaMode(reading, reader, material);
+    material.baseColor = readBaseColor(*node, reader, context.losses);
+    material.metallic = reader.unitNumber("metallic", 0);
+    material.roughness = reader.unitNumber("roughness", 1);
+    material.emission = readEmission(reader, context.losses);
+    material.isDoubleSided = reader.boolean("doubleSided", false);
+    material.baseColorMap = reader.node("baseColorMap") ? readMap(context, reader, "baseColorMap", "baseColorXform")
+                                                        : readMap(context, reader, "colorMap", "baseColorXform");
+    material.normalMap = readMap(context, reader, "normalMap", "normalXform");
+    material.metallicRoughnessMap = readMap(context, reader, "metallicRoughnessMap", "metallicRoughnessXform");
+    material.occlusionMap = readMap(context, reader, "occlusionMap", "occlusionXform");
+    material.emissionMap = readMap(context, reader, "emission.map", "emissionXform");
+    material.alphaMode = readAlphaMode(context, reader, material);
     material.alphaCutoff =
-        reader.within("alpha.cutoff", 0.5, 0, static_cast<double>(std::numeric_limits<float>::max()));
-    noteOthers(*node, carriedBy(reader), reading.losses);
-    reading.model.materials.push_back(std::move(material));
-    return reading.materials.at(node);
+        reader.clampedNumber("alpha.cutoff", 0.5, 0, static_cast<double>(std::numeric_limits<float>::max()));
+    addUnreadInputs(*node, readInputs(reader), context.losses);
+    context.model.materials.push_back(std::move(material));
+    return context.materialIndices.at(node);
 }
 
 } // namespace vrn::convert

@@ -5,22 +5,19 @@
 #include "convert/model/Welding.h"
 
 #include <algorithm>
-#include <cmath>
 #include <numeric>
 
 namespace vrn::convert {
 
 namespace {
 
-bool hasElements(const Input* input) { return input && input->value().count() != 0; }
+constexpr const char* mismatchedAttribute = "attributes that do not match the points of their mesh";
 
-bool isFinite(std::span<const float> numbers) {
-    return std::ranges::all_of(numbers, [](float number) { return std::isfinite(number); });
-}
+bool hasElements(const Input* input) { return input && input->value().count() != 0; }
 
 class MeshReader {
 public:
-    MeshReader(const Node& mesh, const Target& target, Losses& losses)
+    MeshReader(const Node& mesh, const TargetFormat& target, Losses& losses)
         : mesh_(mesh), target_(target), losses_(losses) {}
 
     std::optional<Geometry> read() {
@@ -30,42 +27,42 @@ public:
         readNormals();
         readUvsets();
         if (const Input* colors = attribute("colors", target_.hasColors))
-            geometry_.colors = byPoint(readFloats(colors, 4, losses_), 4, *colors);
+            geometry_.colors = perPoint(readFloats(colors, 4, losses_), 4, *colors);
         if (const Input* tangents = attribute("tangents", target_.hasTangents))
-            geometry_.tangents = byPoint(readFloats(tangents, 4, losses_), 4, *tangents);
+            geometry_.tangents = perPoint(readFloats(tangents, 4, losses_), 4, *tangents);
         readSkin();
         if (std::ranges::any_of(corners_, [](const auto& indices) { return !indices.empty(); }))
             weld(geometry_, corners_);
-        if (geometry_.topology == Topology::Polygons && !takesPolygons())
+        if (geometry_.topology == Topology::Polygons && !keepsPolygons())
             triangulate(geometry_, losses_);
         return std::move(geometry_);
     }
 
 private:
-    bool takesPolygons() const {
-        return target_.hasPolygons && std::ranges::max(geometry_.faceCounts) <= target_.mostCorners;
+    bool keepsPolygons() const {
+        return target_.hasPolygons && std::ranges::max(geometry_.faceCounts) <= target_.maxPolygonCorners;
     }
 
-    bool refuse(const char* why) {
-        losses_.add(std::string("meshes with ") + why, mesh_);
+    bool reject(const char* reason) {
+        losses_.add(std::string("meshes with ") + reason, mesh_);
         return false;
     }
 
-    // The input if it holds something and the target can take it; a loss if only that is missing.
-    const Input* attribute(const char* name, bool isTaken) {
+    // The input if it has elements and the target supports it; a loss if only the latter is missing.
+    const Input* attribute(const char* name, bool isSupported) {
         const Input* input = mesh_.input(name);
         if (!hasElements(input))
             return nullptr;
-        if (!isTaken)
+        if (!isSupported)
             losses_.add(std::string(name) + " of meshes", *input);
-        return isTaken ? input : nullptr;
+        return isSupported ? input : nullptr;
     }
 
     bool readPoints() {
         geometry_.points = readFloats(mesh_.input("points"), 3, losses_);
         if (geometry_.points.empty() || geometry_.vertices() >= none)
-            return refuse(geometry_.points.empty() ? "no points" : "too many points");
-        return isFinite(geometry_.points.span()) || refuse("points that are not finite");
+            return reject(geometry_.points.empty() ? "no points" : "too many points");
+        return allFinite(geometry_.points.span()) || reject("points that are not finite");
     }
 
     bool readFaces() {
@@ -90,11 +87,11 @@ private:
         else if (topology == "points")
             geometry_.topology = Topology::Points;
         else if (topology != "triangles" && !topology.empty())
-            return refuse(topology == "polygons" ? "polygons that have no indices" : "an unknown topology");
+            return reject(topology == "polygons" ? "polygons without indices" : "an unknown topology");
         return true;
     }
 
-    // Without indices, each point is one corner.
+    // Without indices, each point is a corner.
     bool readCorners(const Input* indices) {
         if (!indices) {
             std::vector<u32> corners(geometry_.vertices());
@@ -103,12 +100,12 @@ private:
         } else if (std::optional<Values<u32>> corners = readIndices(indices, geometry_.vertices())) {
             geometry_.indices = std::move(*corners);
         } else {
-            return refuse("indices of points that are not there");
+            return reject("indices that are out of range or not integers");
         }
         const std::size_t perFace = geometry_.topology == Topology::Triangles ? 3
                                     : geometry_.topology == Topology::Lines   ? 2
                                                                               : 1;
-        return geometry_.indices.size() % perFace == 0 || refuse("a last face that lacks corners");
+        return geometry_.indices.size() % perFace == 0 || reject("an incomplete last face");
     }
 
     bool readFaceCounts() {
@@ -116,60 +113,60 @@ private:
             return true;
         const std::optional<Values<u32>> counts = readIndices(mesh_.input("faceCounts"), none);
         if (!counts)
-            return refuse("polygons without faceCounts");
+            return reject("polygons without valid faceCounts");
         if (std::accumulate(counts->begin(), counts->end(), u64(0)) != geometry_.indices.size())
-            return refuse("faceCounts that do not add up to the faceIndices");
+            return reject("faceCounts that do not sum to the number of faceIndices");
         if (std::ranges::any_of(*counts, [](u32 count) { return count < 3; }))
-            return refuse("polygons of less than three corners");
+            return reject("polygons with fewer than three corners");
         geometry_.faceCounts.assign(counts->begin(), counts->end());
         return true;
     }
 
     bool fitsTarget() {
         const bool isFlat = geometry_.topology == Topology::Triangles || geometry_.topology == Topology::Polygons;
-        return isFlat || target_.hasLinesAndPoints || refuse("lines or points instead of faces");
+        return isFlat || target_.hasLinesAndPoints || reject("lines or points instead of faces");
     }
 
-    // The values if there is one for each point and all are finite; a loss if not.
-    template <class T> Values<T> byPoint(Values<T> values, std::size_t components, const Input& input) {
+    // The values if there is one per point and all are finite; otherwise a loss.
+    template <class T> Values<T> perPoint(Values<T> values, std::size_t components, const Input& input) {
         if (values.empty())
             return {};
-        bool fits = values.size() == geometry_.vertices() * components;
+        bool isValid = values.size() == geometry_.vertices() * components;
         if constexpr (std::is_same_v<T, float>)
-            fits = fits && isFinite(values.span());
-        if (fits)
+            isValid = isValid && allFinite(values.span());
+        if (isValid)
             return values;
-        losses_.add("attributes that do not fit the points of their mesh", input);
+        losses_.add(mismatchedAttribute, input);
         return {};
     }
 
-    // The same for values that may also stand by corner, or have indices of their own.
-    Values<float> byCorner(Values<float> values, std::size_t components, const Input& input, const Input* indices,
-                           Values<u32>& corners) {
+    // The same for values that may also be per corner or have their own indices, which go into `corners`.
+    Values<float> perPointOrCorner(Values<float> values, std::size_t components, const Input& input,
+                                   const Input* indices, Values<u32>& corners) {
         const std::size_t count = values.size() / components;
         if (count == 0)
             return {};
         if (hasElements(indices)) {
-            std::optional<Values<u32>> given = readIndices(indices, count);
-            if (given && given->size() == geometry_.indices.size() && isFinite(values.span())) {
-                corners = std::move(*given);
+            std::optional<Values<u32>> own = readIndices(indices, count);
+            if (own && own->size() == geometry_.indices.size() && allFinite(values.span())) {
+                corners = std::move(*own);
                 return values;
             }
-        } else if (count != geometry_.vertices() && count == geometry_.indices.size() && isFinite(values.span())) {
-            std::vector<u32> each(count);
-            std::iota(each.begin(), each.end(), 0U);
-            corners = Values<u32>(std::move(each));
+        } else if (count != geometry_.vertices() && count == geometry_.indices.size() && allFinite(values.span())) {
+            std::vector<u32> sequence(count);
+            std::iota(sequence.begin(), sequence.end(), 0U);
+            corners = Values<u32>(std::move(sequence));
             return values;
         } else {
-            return byPoint(std::move(values), components, input);
+            return perPoint(std::move(values), components, input);
         }
-        losses_.add("attributes that do not fit the points of their mesh", input);
+        losses_.add(mismatchedAttribute, input);
         return {};
     }
 
     void readNormals() {
         if (const Input* normals = mesh_.input("normals"); hasElements(normals))
-            geometry_.normals = byCorner(readFloats(normals, 3, losses_), 3, *normals, nullptr, normalCorners_);
+            geometry_.normals = perPointOrCorner(readFloats(normals, 3, losses_), 3, *normals, nullptr, normalCorners_);
     }
 
     void readUvsets() {
@@ -184,10 +181,11 @@ private:
         const Input* coords = uvset.input("coords");
         if (!hasElements(coords))
             return;
-        if (geometry_.uvsets.size() >= target_.uvsets)
-            return losses_.add("uvsets beyond those that the format has", uvset);
+        if (geometry_.uvsets.size() >= target_.maxUvsets)
+            return losses_.add("uvsets beyond the limit of the format", uvset);
         Values<u32> corners;
-        Values<float> values = byCorner(readFloats(coords, 2, losses_), 2, *coords, uvset.input("indices"), corners);
+        Values<float> values =
+            perPointOrCorner(readFloats(coords, 2, losses_), 2, *coords, uvset.input("indices"), corners);
         if (values.empty())
             return;
         const Input* name = uvset.input("name");
@@ -207,11 +205,11 @@ private:
             return losses_.add("joints without weights, or weights without joints", *skin);
         if (!target_.hasScene)
             return losses_.add("skins of meshes", *skin);
-        std::optional<Values<u32>> numbers = readIndices(joints, none);
-        if (!numbers || elementLayout(joints->dataType()).components != 4)
-            return losses_.add("joints that are no four whole numbers", *joints);
-        geometry_.joints = byPoint(std::move(*numbers), 4, *joints);
-        geometry_.weights = byPoint(readFloats(weights, 4, losses_), 4, *weights);
+        std::optional<Values<u32>> indices = readIndices(joints, none);
+        if (!indices || elementLayout(joints->dataType()).components != 4)
+            return losses_.add("joints that are not four integers per point", *joints);
+        geometry_.joints = perPoint(std::move(*indices), 4, *joints);
+        geometry_.weights = perPoint(readFloats(weights, 4, losses_), 4, *weights);
         if (geometry_.joints.empty() || geometry_.weights.empty()) {
             geometry_.joints = {};
             geometry_.weights = {};
@@ -219,10 +217,10 @@ private:
     }
 
     const Node& mesh_;
-    const Target& target_;
+    const TargetFormat& target_;
     Losses& losses_;
     Geometry geometry_;
-    std::vector<Values<u32>> corners_; // of each uvset, then of the normals
+    std::vector<Values<u32>> corners_; // indices of each uvset, then of the normals; empty if per point
     Values<u32> normalCorners_;
 };
 
@@ -230,7 +228,7 @@ private:
 
 bool isMesh(const Node& node) { return node.hasInput("points", AttrType::Buffer); }
 
-std::optional<Geometry> readMesh(const Node& mesh, const Target& target, Losses& losses) {
+std::optional<Geometry> readMesh(const Node& mesh, const TargetFormat& target, Losses& losses) {
     return MeshReader(mesh, target, losses).read();
 }
 

@@ -1,4 +1,4 @@
-// Meshes of a scene, in whichever of the forms that it has for them, as geometries.
+// Reads the different forms of meshes of a scene.
 #pragma once
 
 #include "convert/model/Model.h"
@@ -8,8 +8,8 @@ namespace vrn::convert {
 // Whether a node is a mesh: it has points.
 [[nodiscard]] bool isMesh(const Node& node);
 
-// Nothing, with a loss noted, if the mesh makes no sense as a whole: points that are not finite, indices of points
-// that are not there, faces without their corners. Attributes that do not fit the points are left out alone.
-[[nodiscard]] std::optional<Geometry> readMesh(const Node& mesh, const Target& target, Losses& losses);
+// The geometry of a mesh. Nothing, with a loss, if the mesh is invalid: points that are not finite, indices out of
+// range, incomplete faces. Attributes that do not match the points are dropped individually.
+[[nodiscard]] std::optional<Geometry> readMesh(const Node& mesh, const TargetFormat& target, Losses& losses);
 
 } // namespace vrn::convert

@@ -1,9 +1,10 @@
-// What a scene shows, checked and laid out as other formats have it: the step between a scene and its writers.
+// The validated, format-independent form of a scene that the exporters write.
 //
-// Everything that a member refers to by number is there, numbers are finite, and whatever did not fit is among the
-// losses already. Buffers are not copied but where they had to be changed, so a model lives no longer than its scene.
+// Invariants: every index is valid or `none`, numbers are finite, and whatever the target format cannot express has
+// been removed and added to the losses. Unchanged buffers are views into the scene, which must outlive the model.
 #pragma once
 
+#include "convert/model/TargetFormat.h"
 #include "convert/model/Values.h"
 #include "convert/shared/Losses.h"
 #include "convert/shared/Transform.h"
@@ -12,23 +13,23 @@
 
 namespace vrn::convert {
 
-inline constexpr u32 none = ~u32(0); // refers to nothing
+inline constexpr u32 none = ~u32(0); // the null index
 
 enum class Topology { Points, Lines, Triangles, Polygons };
 
-// A mesh: all lists but those of faces are by vertex.
+// A mesh. All arrays except those of faces are per vertex; optional ones may be empty.
 struct Geometry {
     const Node* source = nullptr;
     Topology topology = Topology::Triangles;
-    Values<float> points{};              // 3 a vertex
-    Values<float> normals{};             // 3, as all others only if there are any
-    Values<float> tangents{};            // 4: the last is the sign of the other tangent
-    Values<float> colors{};              // 4
-    std::vector<Values<float>> uvsets{}; // 2
-    Values<u32> joints{};                // 4 joints of the skin ...
-    Values<float> weights{};             // ... and how much each counts
-    Values<u32> indices{};               // the corners of all faces
-    std::vector<u32> faceCounts{};       // how many corners each has, if they are Polygons
+    Values<float> points{};              // x y z
+    Values<float> normals{};             // x y z
+    Values<float> tangents{};            // x y z and the sign of the bitangent
+    Values<float> colors{};              // r g b a
+    std::vector<Values<float>> uvsets{}; // u v
+    Values<u32> joints{};                // indices of 4 joints of the skin
+    Values<float> weights{};             // the weights of these joints
+    Values<u32> indices{};               // vertex indices of the corners of all faces
+    std::vector<u32> faceCounts{};       // corners per face, for Topology::Polygons
     u32 material = none;
 
     [[nodiscard]] std::size_t vertices() const noexcept { return points.size() / 3; }
@@ -39,8 +40,8 @@ struct Texture {
     std::string file{};
     std::string wrapU{};
     std::string wrapV{};
-    i64 filter = 0;                // how to shrink it, as the number that graphics interfaces know; 0: any
-    std::span<const u8> encoded{}; // the image file itself, a PNG or JPEG, if the scene holds it
+    i64 filter = 0;                // the OpenGL constant of the minification filter; 0: unspecified
+    std::span<const u8> encoded{}; // the bytes of an embedded PNG or JPEG file
 };
 
 struct TextureUse {
@@ -68,11 +69,11 @@ struct Material {
 struct Camera {
     const Node* source = nullptr;
     bool isPerspective = true;
-    double fov = 0;                      // radians from bottom to top
-    double aspect = 0;                   // 0: that of the picture
-    std::array<double, 2> size = {1, 1}; // from the middle to the right and upper edge, if not a perspective
+    double fov = 0;                      // vertical, radians
+    double aspect = 0;                   // width by height; 0: that of the viewport
+    std::array<double, 2> size = {1, 1}; // half width and half height, if orthographic
     double near = 0;
-    double far = 0; // 0: no end
+    double far = 0; // 0: infinite
 };
 
 struct Light {
@@ -80,20 +81,20 @@ struct Light {
     std::string kind{}; // directional, point, spot
     Vector color = {1, 1, 1};
     double intensity = 1;
-    double range = 0;      // 0: no end
-    double innerAngle = 0; // radians from the middle
+    double range = 0;      // 0: infinite
+    double innerAngle = 0; // radians from the axis
     double outerAngle = 0;
 };
 
-// A thing at its place. Its local transform is `matrix` if there is one, or else `trs`.
-struct Placement {
+// A node of the hierarchy. Its local transform is `matrix` if set, otherwise `trs`.
+struct ModelNode {
     const Node* source = nullptr;
     u32 parent = none;
     std::vector<u32> children{};
     Trs trs{};
     std::optional<Matrix> matrix{};
     u32 geometry = none;
-    u32 material = none; // instead of that of the geometry
+    u32 material = none; // overrides that of the geometry
     u32 skin = none;
     u32 camera = none;
     u32 light = none;
@@ -103,13 +104,13 @@ struct Placement {
 
 struct Skin {
     const Node* source = nullptr;
-    std::vector<u32> joints{};   // placements
-    Values<float> inverseBind{}; // 16 a joint
+    std::vector<u32> joints{};   // nodes
+    Values<float> inverseBind{}; // 16 per joint
     u32 skeleton = none;
 };
 
 struct Channel {
-    u32 target = none;           // a placement
+    u32 target = none;           // a node
     std::string path{};          // translation, rotation, scale
     std::string interpolation{}; // linear, step, cubic
     Values<float> times{};
@@ -125,25 +126,11 @@ struct Model {
     std::vector<Geometry> geometries{};
     std::vector<Material> materials{};
     std::vector<Texture> textures{};
-    std::vector<Placement> placements{};
+    std::vector<ModelNode> nodes{};
     std::vector<Camera> cameras{};
     std::vector<Light> lights{};
     std::vector<Skin> skins{};
     std::vector<Animation> animations{};
 };
-
-// What the format that is written can take.
-struct Target {
-    bool hasPolygons = false;
-    u32 mostCorners = none; // of one polygon
-    bool hasLinesAndPoints = false;
-    bool hasMaterials = false;
-    bool hasScene = false; // nodes in nodes, cameras, lights, skins, animations
-    bool hasColors = false;
-    bool hasTangents = false;
-    std::size_t uvsets = 0;
-};
-
-[[nodiscard]] Model modelOf(const Scene& scene, const Target& target, Losses& losses);
 
 } // namespace vrn::convert

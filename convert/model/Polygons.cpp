@@ -6,17 +6,17 @@ namespace vrn::convert {
 
 namespace {
 
-struct Flat {
+struct Point2 {
     double x;
     double y;
 };
 
-// Twice the area of a triangle; negative if it turns clockwise.
-double turn(const Flat& a, const Flat& b, const Flat& c) {
+// Twice the area of a triangle; negative if clockwise.
+double doubleArea(const Point2& a, const Point2& b, const Point2& c) {
     return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
 }
 
-// One polygon, seen from the side from which it turns counterclockwise.
+// A polygon, projected along the dominant axis of its normal so that it is counterclockwise.
 class Polygon {
 public:
     Polygon(std::span<const u32> corners, std::span<const float> points) : corners_(corners) {
@@ -27,42 +27,44 @@ public:
         const std::size_t x = (axis + (normal[axis] < 0 ? 2 : 1)) % 3;
         const std::size_t y = (axis + (normal[axis] < 0 ? 1 : 2)) % 3;
         for (const u32 corner : corners)
-            flat_.push_back({static_cast<double>(points[3 * corner + x]), static_cast<double>(points[3 * corner + y])});
+            projected_.push_back(
+                {static_cast<double>(points[3 * corner + x]), static_cast<double>(points[3 * corner + y])});
     }
 
     [[nodiscard]] bool isConvex() const {
-        for (std::size_t i = 0; i < flat_.size(); ++i)
-            if (turn(flat_[i], flat_[(i + 1) % flat_.size()], flat_[(i + 2) % flat_.size()]) < 0)
+        for (std::size_t i = 0; i < projected_.size(); ++i)
+            if (doubleArea(projected_[i], projected_[(i + 1) % projected_.size()],
+                           projected_[(i + 2) % projected_.size()]) < 0)
                 return false;
         return true;
     }
 
-    // Triangles around the first corner: right for all polygons without dents.
+    // A fan around the first corner: correct for convex polygons.
     void fan(std::vector<u32>& triangles) const {
         for (std::size_t i = 2; i < corners_.size(); ++i)
             triangles.insert(triangles.end(), {corners_[0], corners_[i - 1], corners_[i]});
     }
 
-    // Cuts off a corner whose triangle holds no other corner, until three are left.
+    // Ear clipping: cuts off corners whose triangle contains no other corner.
     void clipEars(std::vector<u32>& triangles) const {
-        std::vector<std::size_t> left(corners_.size());
-        for (std::size_t i = 0; i < left.size(); ++i)
-            left[i] = i;
-        while (left.size() > 2) {
+        std::vector<std::size_t> remaining(corners_.size());
+        for (std::size_t i = 0; i < remaining.size(); ++i)
+            remaining[i] = i;
+        while (remaining.size() > 2) {
             std::size_t ear = 0;
-            while (ear < left.size() && !isEar(left, ear))
+            while (ear < remaining.size() && !isEar(remaining, ear))
                 ++ear;
-            if (ear == left.size())
-                ear = 1; // it crosses itself: nothing is right, and any corner will do
-            const std::size_t n = left.size();
-            triangles.insert(triangles.end(),
-                             {corners_[left[(ear + n - 1) % n]], corners_[left[ear]], corners_[left[(ear + 1) % n]]});
-            left.erase(left.begin() + static_cast<std::ptrdiff_t>(ear));
+            if (ear == remaining.size())
+                ear = 1; // self-intersecting: no triangulation is correct, so cut any corner
+            const std::size_t n = remaining.size();
+            triangles.insert(triangles.end(), {corners_[remaining[(ear + n - 1) % n]], corners_[remaining[ear]],
+                                               corners_[remaining[(ear + 1) % n]]});
+            remaining.erase(remaining.begin() + static_cast<std::ptrdiff_t>(ear));
         }
     }
 
 private:
-    // A vector that stands upright on the polygon, also if it is not quite flat.
+    // Newell's method, which also works for polygons that are not quite planar.
     static Vector newellNormal(std::span<const u32> corners, std::span<const float> points) {
         Vector normal{};
         const auto at = [&](std::size_t i, std::size_t axis) {
@@ -79,47 +81,47 @@ private:
         return normal;
     }
 
-    [[nodiscard]] bool isEar(std::span<const std::size_t> left, std::size_t at) const {
-        const std::size_t n = left.size();
-        const Flat& a = flat_[left[(at + n - 1) % n]];
-        const Flat& b = flat_[left[at]];
-        const Flat& c = flat_[left[(at + 1) % n]];
-        if (turn(a, b, c) <= 0)
+    [[nodiscard]] bool isEar(std::span<const std::size_t> remaining, std::size_t at) const {
+        const std::size_t n = remaining.size();
+        const Point2& a = projected_[remaining[(at + n - 1) % n]];
+        const Point2& b = projected_[remaining[at]];
+        const Point2& c = projected_[remaining[(at + 1) % n]];
+        if (doubleArea(a, b, c) <= 0)
             return false;
         for (std::size_t i = 0; i + 3 < n; ++i) {
-            const Flat& other = flat_[left[(at + 2 + i) % n]];
-            if (turn(a, b, other) >= 0 && turn(b, c, other) >= 0 && turn(c, a, other) >= 0)
+            const Point2& other = projected_[remaining[(at + 2 + i) % n]];
+            if (doubleArea(a, b, other) >= 0 && doubleArea(b, c, other) >= 0 && doubleArea(c, a, other) >= 0)
                 return false;
         }
         return true;
     }
 
     std::span<const u32> corners_;
-    std::vector<Flat> flat_;
+    std::vector<Point2> projected_;
 };
 
 } // namespace
 
 void triangulate(Geometry& geometry, Losses& losses) {
-    constexpr std::size_t mostClipped = 1000; // corners: the time that clipping takes grows with their square or cube
+    constexpr std::size_t maxClippedCorners = 1000; // ear clipping takes O(n^2) to O(n^3) time
     std::vector<u32> triangles;
     std::span<const u32> corners = geometry.indices.span();
-    bool hasMore = false;
+    bool hasPolygons = false;
     for (const u32 count : geometry.faceCounts) {
         const std::span<const u32> face = corners.first(count);
         corners = corners.subspan(count);
-        hasMore |= count > 3;
+        hasPolygons |= count > 3;
         const Polygon polygon(face, geometry.points.span());
-        if (count <= mostClipped && count > 3 && !polygon.isConvex()) {
+        if (count <= maxClippedCorners && count > 3 && !polygon.isConvex()) {
             polygon.clipEars(triangles);
             continue;
         }
-        if (count > mostClipped && !polygon.isConvex())
-            losses.add("dents of polygons with more than 1,000 corners", *geometry.source);
+        if (count > maxClippedCorners && !polygon.isConvex())
+            losses.add("concavities of polygons with more than 1,000 corners", *geometry.source);
         polygon.fan(triangles);
     }
-    if (hasMore)
-        losses.add("polygons of more than three corners, now triangles", *geometry.source);
+    if (hasPolygons)
+        losses.add("polygons with more than three corners (triangulated)", *geometry.source);
     geometry.indices = Values<u32>(std::move(triangles));
     geometry.faceCounts.clear();
     geometry.topology = Topology::Triangles;

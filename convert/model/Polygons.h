@@ -1,12 +1,12 @@
-// Polygons as triangles.
+// Triangulation of polygons.
 #pragma once
 
 #include "convert/model/Model.h"
 
 namespace vrn::convert {
 
-// Makes triangles of the polygons of a geometry; dents are kept to. A polygon of n corners becomes n - 2 triangles
-// whose corners are its own, in its direction.
+// Replaces polygons by triangles with the same vertices and orientation, n - 2 for n corners. Concave polygons of up to
+// 1,000 corners are triangulated correctly; larger ones as if they were convex, with a loss.
 void triangulate(Geometry& geometry, Losses& losses);
 
 } // namespace vrn::convert

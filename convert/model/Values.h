@@ -1,9 +1,9 @@
-// Numbers that stand in a buffer of the scene, or in a list of their own when they had to be changed.
+// A read-only array that either views a buffer of the scene or owns a modified copy.
 //
-//     Values<float> points(buffer.elements<float>());    // nothing is copied
-//     points = Values<float>(std::move(rounded));        // a list takes their place
+//     Values<float> points(buffer.elements<float>());    // a view
+//     points = Values<float>(std::move(rounded));        // owned
 //
-// A view is valid as long as the buffer; a list moves with its owner. Not to be copied.
+// A view is valid as long as the buffer. Movable, not copyable.
 #pragma once
 
 #include <span>
@@ -16,12 +16,12 @@ template <class T> class Values {
 public:
     Values() = default;
     explicit Values(std::span<const T> view) : view_(view) {}
-    explicit Values(std::vector<T> list) : list_(std::move(list)), view_(list_) {}
+    explicit Values(std::vector<T> owned) : owned_(std::move(owned)), view_(owned_) {}
     Values(const Values&) = delete;
     Values& operator=(const Values&) = delete;
-    Values(Values&& other) noexcept : list_(std::exchange(other.list_, {})), view_(std::exchange(other.view_, {})) {}
+    Values(Values&& other) noexcept : owned_(std::exchange(other.owned_, {})), view_(std::exchange(other.view_, {})) {}
     Values& operator=(Values&& other) noexcept {
-        list_ = std::exchange(other.list_, {});
+        owned_ = std::exchange(other.owned_, {});
         view_ = std::exchange(other.view_, {});
         return *this;
     }
@@ -35,7 +35,7 @@ public:
     [[nodiscard]] auto end() const noexcept { return view_.end(); }
 
 private:
-    std::vector<T> list_;
+    std::vector<T> owned_;
     std::span<const T> view_;
 };
 

@@ -7,7 +7,7 @@ namespace vrn::convert {
 
 namespace {
 
-// The elements that `indices` name, one after the other.
+// The elements at `indices`.
 template <class T> Values<T> pick(const Values<T>& values, std::size_t components, std::span<const u32> indices) {
     if (values.empty())
         return {};
@@ -18,7 +18,7 @@ template <class T> Values<T> pick(const Values<T>& values, std::size_t component
     return Values<T>(std::move(picked));
 }
 
-// Numbers the different pairs in the order in which they come.
+// Numbers distinct pairs in the order of their first occurrence.
 std::vector<u32> numberPairs(std::span<const u32> first, std::span<const u32> second) {
     std::unordered_map<u64, u32> numbers;
     std::vector<u32> numbered(first.size());
@@ -27,7 +27,7 @@ std::vector<u32> numberPairs(std::span<const u32> first, std::span<const u32> se
     return numbered;
 }
 
-// For each number the first corner that has it.
+// The first corner with each number.
 std::vector<u32> firstCorners(std::span<const u32> numbered) {
     std::vector<u32> corners;
     for (std::size_t i = 0; i < numbered.size(); ++i)
@@ -44,16 +44,16 @@ void weld(Geometry& geometry, const std::vector<Values<u32>>& attributes) {
         if (!attribute.empty())
             vertices = numberPairs(vertices, attribute.span());
     const std::vector<u32> corners = firstCorners(vertices);
-    const auto through = [&](std::span<const u32> indices) {
+    const auto atCorners = [&](std::span<const u32> indices) {
         std::vector<u32> picked;
         picked.reserve(corners.size());
         for (const u32 corner : corners)
             picked.push_back(indices[corner]);
         return picked;
     };
-    const std::vector<u32> points = through(geometry.indices.span());
+    const std::vector<u32> points = atCorners(geometry.indices.span());
     const auto indicesOf = [&](std::size_t i) {
-        return attributes[i].empty() ? points : through(attributes[i].span());
+        return attributes[i].empty() ? points : atCorners(attributes[i].span());
     };
 
     geometry.normals = pick(geometry.normals, 3, indicesOf(attributes.size() - 1));

@@ -1,4 +1,4 @@
-// Why a conversion is given up.
+// The exceptions of conversions.
 #pragma once
 
 #include <stdexcept>
@@ -6,7 +6,7 @@
 
 namespace vrn::convert {
 
-// A file that cannot be opened, read or written; what() says why.
+// A file cannot be opened, read or written; what() is the reason.
 class FileError : public std::runtime_error {
 public:
     FileError(std::string path, const std::string& reason) : std::runtime_error(reason), path_(std::move(path)) {}
@@ -16,7 +16,7 @@ private:
     std::string path_;
 };
 
-// What a file holds is broken, not what its extension says, or nothing that the other format could take.
+// The content of a file is invalid, does not match its extension, or is empty in terms of the output format.
 class ContentError : public FileError {
 public:
     using FileError::FileError;

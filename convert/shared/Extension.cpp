@@ -2,7 +2,6 @@
 
 #include "scene/core/String.h"
 
-#include <algorithm>
 #include <filesystem>
 
 namespace vrn::convert {

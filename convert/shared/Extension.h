@@ -1,11 +1,11 @@
-// The extension of a file's name, which decides its format.
+// File extensions, which determine formats.
 #pragma once
 
 #include <string>
 
 namespace vrn::convert {
 
-// The extension of a path, with its dot, in lower case; empty if there is none.
+// The extension of a path with its dot, in lower case; empty if there is none.
 [[nodiscard]] std::string extensionOf(const std::string& path);
 
 } // namespace vrn::convert

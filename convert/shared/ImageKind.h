@@ -1,4 +1,4 @@
-// What the first bytes of an image file say that it is.
+// Image formats, detected by their signatures.
 #pragma once
 
 #include "scene/core/Types.h"

@@ -1,17 +1,13 @@
-// What a conversion cannot carry over, gathered by kind: how often, and where first.
+// What a conversion loses, by kind, with the number of occurrences and the first one.
 #pragma once
 
-#include "scene/Node.h"
+#include "convert/shared/SceneNames.h"
 
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 namespace vrn::convert {
-
-using namespace vor;
-using namespace vor::velmo_sdk;
-using namespace vor::velmo_sdk::impl;
 
 struct Loss {
     std::string what{};
@@ -31,13 +27,13 @@ public:
         add(what, [&] { return path; });
     }
 
-    // In the order in which they were first met.
+    // In the order of their first occurrence.
     [[nodiscard]] const std::vector<Loss>& all() const noexcept { return losses_; }
 
 private:
-    // A scene may name its inputs as it likes: beyond this many kinds, the others are counted together.
-    static constexpr std::size_t mostKinds = 200;
-    static constexpr const char* others = "what is of further kinds";
+    // Input names come from the scene, so the number of kinds is bounded; the rest is counted as one.
+    static constexpr std::size_t maxKinds = 200;
+    static constexpr const char* otherKinds = "other kinds";
 
     template <class Path> void add(std::string_view what, Path path) {
         Loss& loss = ofKind(what);

@@ -1,11 +1,11 @@
-// How the readers of models report progress.
+// Progress of reading a model.
 #pragma once
 
 #include <functional>
 
 namespace vrn::convert {
 
-// Called with the part of a file that has been read, from 0 to 1; how often depends on the format.
-using ReadListener = std::function<void(double part)>;
+// Called with the fraction of the file read so far, from 0 to 1. Some formats never report.
+using ReadListener = std::function<void(double fraction)>;
 
 } // namespace vrn::convert

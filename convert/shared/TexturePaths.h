@@ -1,9 +1,9 @@
-// Paths of textures that lead to the same files from another folder.
+// Rebases relative texture paths from the folder of one file to that of another.
 //
 //     const TexturePaths paths("models/chair.vrn", "out/chair.glb");
-//     paths.of("wood.png");       // ../models/wood.png
+//     paths.rebase("wood.png");       // ../models/wood.png
 //
-// Those that do not start at the folder of their scene stay as they are.
+// Absolute paths and URIs are unchanged.
 #pragma once
 
 #include <string>
@@ -13,13 +13,13 @@ namespace vrn::convert {
 
 class TexturePaths {
 public:
-    TexturePaths() = default; // changes none
+    TexturePaths() = default; // the identity
     TexturePaths(const std::string& from, const std::string& to);
 
-    [[nodiscard]] std::string of(std::string_view path) const;
+    [[nodiscard]] std::string rebase(std::string_view path) const;
 
 private:
-    std::string way_; // from the folder of the new file to that of the old one; empty if they are the same
+    std::string prefix_; // from the new folder to the old one; empty if they are the same
 };
 
 } // namespace vrn::convert

@@ -18,22 +18,22 @@ Vector minus(const Vector& a, const Vector& b) { return {a[0] - b[0], a[1] - b[1
 
 Vector times(const Vector& v, double factor) { return {v[0] * factor, v[1] * factor, v[2] * factor}; }
 
-// The vector with length 1, or `otherwise` if it has none to speak of: the smallest numbers have no digits left.
-Vector unit(const Vector& v, const Vector& otherwise) {
+// The normalized vector, or `fallback` if its length is subnormal, zero or infinite.
+Vector normalized(const Vector& v, const Vector& fallback) {
     const double size = length(v);
-    return size > std::numeric_limits<double>::min() && std::isfinite(size) ? times(v, 1 / size) : otherwise;
+    return size > std::numeric_limits<double>::min() && std::isfinite(size) ? times(v, 1 / size) : fallback;
 }
 
-// The part of `v` that stands upright on the unit vector `axis`.
-Vector upright(const Vector& v, const Vector& axis) { return minus(v, times(axis, dot(v, axis))); }
+// The component of `v` orthogonal to the unit vector `axis`.
+Vector orthogonalPart(const Vector& v, const Vector& axis) { return minus(v, times(axis, dot(v, axis))); }
 
-// Any vector that stands upright on a unit vector.
-Vector anyUpright(const Vector& axis) {
+// Some unit vector orthogonal to a unit vector.
+Vector anyOrthogonal(const Vector& axis) {
     const Vector other = std::abs(axis[0]) < 0.6 ? Vector{1, 0, 0} : Vector{0, 1, 0};
-    return unit(cross(axis, other), {0, 0, 1});
+    return normalized(cross(axis, other), {0, 0, 1});
 }
 
-// The rotation that turns the axes into three unit vectors (Shepperd, "Quaternion from rotation matrix", 1978).
+// The rotation that maps the axes to three orthonormal vectors (Shepperd, "Quaternion from rotation matrix", 1978).
 Quaternion rotationTo(const Vector& x, const Vector& y, const Vector& z) {
     const double trace = x[0] + y[1] + z[2];
     Quaternion q;
@@ -50,11 +50,11 @@ Quaternion rotationTo(const Vector& x, const Vector& y, const Vector& z) {
         const double s = 2 * std::sqrt(1 + z[2] - x[0] - y[1]);
         q = {(z[0] + x[2]) / s, (y[2] + z[1]) / s, s / 4, (x[1] - y[0]) / s};
     }
-    // Axes that nearly are one line do not stand upright on one another to the last digit.
+    // Nearly collinear axes are only approximately orthogonal.
     const double size = std::hypot(std::hypot(q[0], q[1]), std::hypot(q[2], q[3]));
     if (std::abs(size - 1) > 1e-6)
-        for (double& part : q)
-            part /= size;
+        for (double& component : q)
+            component /= size;
     return q;
 }
 
@@ -85,29 +85,29 @@ Matrix toMatrix(const Trs& trs) {
     return matrix;
 }
 
-Trs decompose(const Matrix& m) {
+Trs decomposeTransform(const Matrix& m) {
     const Vector rows[3] = {{m[0], m[1], m[2]}, {m[4], m[5], m[6]}, {m[8], m[9], m[10]}};
     const bool isMirrored = dot(cross(rows[0], rows[1]), rows[2]) < 0;
-    const Vector x = times(unit(rows[0], {1, 0, 0}), isMirrored ? -1 : 1);
-    const Vector y = unit(upright(rows[1], x), anyUpright(x));
+    const Vector x = times(normalized(rows[0], {1, 0, 0}), isMirrored ? -1 : 1);
+    const Vector y = normalized(orthogonalPart(rows[1], x), anyOrthogonal(x));
     const Vector z = cross(x, y);
     return {.translation = {m[12], m[13], m[14]},
             .rotation = rotationTo(x, y, z),
             .scale = {isMirrored ? -length(rows[0]) : length(rows[0]), length(rows[1]), length(rows[2])}};
 }
 
-double difference(const Matrix& a, const Matrix& b) {
-    double most = 0;
+double maxDifference(const Matrix& a, const Matrix& b) {
+    double largest = 0;
     for (std::size_t i = 0; i < 16; ++i)
-        most = std::max(most, std::abs(a[i] - b[i]));
-    return most;
+        largest = std::max(largest, std::abs(a[i] - b[i]));
+    return largest;
 }
 
 Matrix lookAlong(const Vector& position, const Vector& direction, const Vector& up) {
-    const Vector back = times(unit(direction, {0, 0, -1}), -1);
-    const Vector right = unit(cross(up, back), anyUpright(back));
-    const Vector above = cross(back, right);
-    return {right[0], right[1], right[2], 0, above[0],    above[1],    above[2],    0,
+    const Vector back = times(normalized(direction, {0, 0, -1}), -1);
+    const Vector right = normalized(cross(up, back), anyOrthogonal(back));
+    const Vector upward = cross(back, right);
+    return {right[0], right[1], right[2], 0, upward[0],   upward[1],   upward[2],   0,
             back[0],  back[1],  back[2],  0, position[0], position[1], position[2], 1};
 }
 

@@ -1,4 +1,4 @@
-// Names for things that are told apart by them: those that have been given away get a number behind.
+// Makes names unique by appending numbers.
 #pragma once
 
 #include <cstdint>
@@ -12,13 +12,13 @@ class UniqueNames {
 public:
     [[nodiscard]] std::string make(const std::string& wanted) {
         std::string name = wanted;
-        while (!given_.insert(name).second)
+        while (!used_.insert(name).second)
             name = wanted + '_' + std::to_string(++repeated_[wanted]);
         return name;
     }
 
 private:
-    std::unordered_set<std::string> given_;
+    std::unordered_set<std::string> used_;
     std::unordered_map<std::string, std::uint64_t> repeated_;
 };
 

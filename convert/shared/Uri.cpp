@@ -10,24 +10,24 @@ using vor::String;
 
 namespace {
 
-bool isPlain(char c) {
+bool isUnreserved(char c) {
     return String::isLetter(c) || String::isDigit(c) || std::string_view("-._~/").find(c) != std::string_view::npos;
 }
 
-bool isOfReference(char c) {
-    return isPlain(c) || std::string_view("%!#$&'()*+,:;=?@[]").find(c) != std::string_view::npos;
+bool isUriCharacter(char c) {
+    return isUnreserved(c) || std::string_view("%!#$&'()*+,:;=?@[]").find(c) != std::string_view::npos;
 }
 
-// A scheme is two letters or more in front of `://`.
+// Two or more letters before `://`: a single one is a drive.
 bool hasScheme(std::string_view path) {
     const std::size_t end = path.find("://");
     return end != std::string_view::npos && end >= 2 && std::ranges::all_of(path.substr(0, end), String::isLetter);
 }
 
-// An image that stands in the reference itself.
-bool isData(std::string_view path) {
+// A data URI of an image.
+bool isImageData(std::string_view path) {
     return path.starts_with("data:image/") && path.find(";base64,") != std::string_view::npos &&
-           std::ranges::all_of(path, isOfReference);
+           std::ranges::all_of(path, isUriCharacter);
 }
 
 bool hasDrive(std::string_view path) { return path.size() > 1 && String::isLetter(path[0]) && path[1] == ':'; }
@@ -35,18 +35,19 @@ bool hasDrive(std::string_view path) { return path.size() > 1 && String::isLette
 } // namespace
 
 bool isRelative(std::string_view path) {
-    return !path.starts_with('/') && !path.starts_with('\\') && !hasDrive(path) && !hasScheme(path) && !isData(path);
+    return !path.starts_with('/') && !path.starts_with('\\') && !hasDrive(path) && !hasScheme(path) &&
+           !isImageData(path);
 }
 
 std::string uriOf(std::string_view path) {
-    if (isData(path))
+    if (isImageData(path))
         return std::string(path);
-    const bool isReference = hasScheme(path);
+    const bool isUri = hasScheme(path);
     const bool isOnDrive = hasDrive(path);
     std::string uri = isOnDrive ? "file:///" : "";
     for (std::size_t i = 0; i < path.size(); ++i) {
-        const char c = path[i] == '\\' && !isReference ? '/' : path[i];
-        if (isPlain(c) || (isReference && isOfReference(c)) || (isOnDrive && i == 1)) {
+        const char c = path[i] == '\\' && !isUri ? '/' : path[i];
+        if (isUnreserved(c) || (isUri && isUriCharacter(c)) || (isOnDrive && i == 1)) {
             uri += c;
         } else {
             constexpr const char* digits = "0123456789ABCDEF";

@@ -1,4 +1,4 @@
-// Paths of files as the references that glTF has for them, and back.
+// File paths as URI references of glTF, and back.
 #pragma once
 
 #include <string>
@@ -6,14 +6,14 @@
 
 namespace vrn::convert {
 
-// `..\maps\my wood.png` as `../maps/my%20wood.png`, `C:\wood.png` as `file:///C:/wood.png`; what is a reference with a
-// scheme, such as `https://`, stays one.
+// `..\maps\my wood.png` becomes `../maps/my%20wood.png`, `C:\wood.png` becomes `file:///C:/wood.png`. In URIs, such as
+// `https://...`, only characters that are not allowed are escaped.
 [[nodiscard]] std::string uriOf(std::string_view path);
 
-// Whether a path starts at the folder of its file: it has neither a scheme nor a drive nor a `/` in front.
+// Whether a path is relative: it has no scheme, drive or leading slash or backslash, and is not an embedded image.
 [[nodiscard]] bool isRelative(std::string_view path);
 
-// With `%20` and the like as the bytes that they stand for; what is no such escape stays.
+// Percent-decodes; malformed escapes are kept.
 [[nodiscard]] std::string pathOf(std::string_view uri);
 
 } // namespace vrn::convert

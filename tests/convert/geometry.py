@@ -1,4 +1,4 @@
-"""The meshes of a dumped scene, corner by corner, as the bits of floats."""
+"""The meshes of a dumped scene, with exact float values."""
 import struct
 
 
@@ -17,7 +17,7 @@ def inputs_of(node):
 
 
 class Mesh:
-    """`corners`: a tuple of position, normal and texture coordinates for each; `faces`: how many corners each has."""
+    """`corners`: tuples of position, normal and texture coordinates; `faces`: the number of corners per face."""
 
     def __init__(self, node):
         inputs = inputs_of(node)
@@ -40,7 +40,7 @@ class Mesh:
             coords = floats(members["coords"], 2)
             own = members["indices"]["data"] if "indices" in members else indices
             if "indices" not in members and len(coords) != len(self.points):
-                continue  # they fit no points
+                continue  # does not match the points
             columns.append([coords[i] for i in own])
             self.uvsets += 1
         self.corners = list(zip(*columns))

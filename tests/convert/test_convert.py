@@ -1,4 +1,4 @@
-"""vrn convert: into other formats and back, with the glTF validator as the judge of glTF. NODE_MODULES holds it."""
+"""Tests vrn convert with round trips and the glTF validator, which is in NODE_MODULES."""
 import base64
 import json
 import os
@@ -24,7 +24,7 @@ CATALOGUE = ROOT / "catalogues" / "scene.json"
 
 class Converting(Folder):
     def convert(self, source, target, *options):
-        """Converts, which must work; returns what is said to be lost."""
+        """Converts successfully; returns the reported losses."""
         result = self.run_here("convert", *options, source, target)
         self.assertEqual(result.returncode, 0, result.stderr.decode())
         self.assertEqual(result.stdout, b"")
@@ -59,7 +59,7 @@ class Converting(Folder):
 
 
 class Examples(Converting):
-    def test_every_one_is_valid_gltf(self):
+    def test_gltf_output_is_valid(self):
         self.assertGreaterEqual(len(EXAMPLES), 13)
         files = []
         for path in EXAMPLES:
@@ -72,13 +72,13 @@ class Examples(Converting):
             self.assertEqual(triangles > 0, b"\nmesh " in path.read_bytes(), path.name)
             self.assertEqual(triangles, reports[path.stem + ".gltf"]["info"]["totalTriangleCount"])
 
-    def test_geometry_comes_back_bit_for_bit(self):
+    def test_geometry_round_trips_bit_for_bit(self):
         compared = 0
         for path in EXAMPLES:
             for extension in (".glb", ".gltf"):
                 with self.subTest(path.name + extension):
-                    self.convert(path, "there" + extension)
-                    self.convert("there" + extension, "back.vrn")
+                    self.convert(path, "converted" + extension)
+                    self.convert("converted" + extension, "back.vrn")
                     originals = {mesh.name: mesh for mesh in meshes(self.scene(path))}
                     back = meshes(self.scene("back.vrn"))
                     self.assertEqual({mesh.name for mesh in back}, set(originals))
@@ -97,7 +97,7 @@ class Examples(Converting):
         if original.uvsets == 0 or len(mesh.points) == len(original.points):
             self.assertEqual(mesh.points, original.points)
 
-    def test_what_came_back_stays_as_it_is(self):
+    def test_second_round_trip_changes_nothing(self):
         for path in EXAMPLES:
             with self.subTest(path.name):
                 self.convert(path, "1.glb")
@@ -111,7 +111,7 @@ class Examples(Converting):
                 first, second = meshes(self.scene("1.vrn")), meshes(self.scene("2.vrn"))
                 self.assertEqual([m.corners for m in first], [m.corners for m in second])
 
-    def test_the_catalogue_fits_them_and_changes_nothing(self):
+    def test_catalogue_matches_and_changes_nothing(self):
         checked = run("check", "--types", CATALOGUE, *EXAMPLES)
         self.assertEqual(checked.stdout.decode(), f"{len(EXAMPLES)} files checked: 0 errors, 0 warnings\n")
         for path in EXAMPLES:
@@ -121,7 +121,7 @@ class Examples(Converting):
                 without, having = (self.folder / name for name in ("without.glb", "with.glb"))
                 self.assertEqual(without.read_bytes(), having.read_bytes())
 
-    def test_written_texts_have_no_diagnostics(self):
+    def test_written_vrn_has_no_diagnostics(self):
         for path in EXAMPLES:
             self.convert(path, path.stem + ".glb")
             self.convert(path.stem + ".glb", path.stem + ".vrn")
@@ -129,21 +129,21 @@ class Examples(Converting):
         checked = run("check", "--types", CATALOGUE, *texts)
         self.assertEqual(checked.stdout.decode(), f"{len(EXAMPLES)} files checked: 0 errors, 0 warnings\n")
 
-    def test_to_meshes_without_scenes(self):
+    def test_mesh_formats(self):
         for path in EXAMPLES:
             for extension in (".obj", ".ply", ".stl"):
                 with self.subTest(path.name + extension):
                     result = self.run_here("convert", path, "out" + extension)
                     if b"\nmesh " not in path.read_bytes():
                         self.assertEqual(result.returncode, 1)
-                        self.assertIn(b"the scene has no mesh that could be written", result.stderr)
+                        self.assertIn(b"the scene has no mesh that can be written", result.stderr)
                         continue
                     self.assertEqual(result.returncode, 0)
                     self.convert("out" + extension, "back.vrn")
                     back = meshes(self.scene("back.vrn"))
                     self.assertGreater(sum(mesh.triangles() for mesh in back), 0)
 
-    def test_a_text_and_json_hold_all_of_a_scene(self):
+    def test_vrn_and_json_are_lossless(self):
         for path in EXAMPLES:
             self.assertEqual(self.convert(path, "copy.vrn"), [])
             self.assertEqual(self.convert(path, "copy.json"), [])
@@ -159,17 +159,17 @@ def triangle(name):
 
 
 class ToGltf(Converting):
-    def of(self, text, *lost):
+    def to_gltf(self, text, *lost):
         self.file("in.vrn", text)
         self.assertEqual(self.convert("in.vrn", "out.glb"), list(lost))
         self.validate("out.glb")
         return self.gltf("out.glb")
 
-    def test_a_mesh_that_nobody_places_is_shown_where_it_is(self):
-        self.assertEqual(self.of(TRIANGLE)["nodes"], [{"name": "m", "mesh": 0}])
+    def test_mesh_without_instance_gets_a_node(self):
+        self.assertEqual(self.to_gltf(TRIANGLE)["nodes"], [{"name": "m", "mesh": 0}])
 
-    def test_places(self):
-        gltf = self.of(
+    def test_transforms(self):
+        gltf = self.to_gltf(
             TRIANGLE
             + "group g; g.translation = vec3(1 2 3); g.scale = vec3(2 2 2);\n"
             "instance i; i.geometry = m; i.parent = g; i.rotation = quat(0 0 1 0);\n"
@@ -184,8 +184,8 @@ class ToGltf(Converting):
         self.assertEqual(len(gltf["meshes"]), 1)
         self.assertEqual(second["matrix"], [0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 5, 6, 7, 1])
 
-    def test_shear_and_flat_matrices_are_made_valid(self):
-        gltf = self.of(
+    def test_shear_and_flat_matrices_are_decomposed(self):
+        gltf = self.to_gltf(
             TRIANGLE + "instance i; i.geometry = m; i.transform = mat4(1 0 0 0 1 1 0 0 0 0 1 0 0 0 0 1);\n"
             "instance j; j.geometry = m; j.transform = mat4(0 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1);\n"
             "instance k; k.geometry = m; k.transform = mat4(-1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1);\n",
@@ -194,12 +194,12 @@ class ToGltf(Converting):
         self.assertNotIn("matrix", gltf["nodes"][0])
         self.assertEqual(gltf["nodes"][1]["scale"], [0, 1, 1])
 
-    def test_circles_and_second_parents_are_cut(self):
-        gltf = self.of(
+    def test_parent_cycles_and_second_parents_are_cut(self):
+        gltf = self.to_gltf(
             "group a; group b; group c; group d; a.parent = b; b.parent = c; c.parent = a; d.parent = d;\n"
             "group x; group y; group z; x.children[*] = z; y.children[*] = z; z.children[*] = z;\n",
-            "further parents of one child: 2 (first y.children[0])",
-            "parents that are their own children: 2 (first c)",
+            "additional parents of a node: 2 (first y.children[0])",
+            "parents that close a cycle: 2 (first c)",
         )
         self.assertEqual(len(gltf["scenes"][0]["nodes"]), 4)
 
@@ -207,67 +207,67 @@ class ToGltf(Converting):
         count = 100_000
         lines = [TRIANGLE, "group g0;"] + [f"group g{i}; g{i}.parent = g{i - 1};" for i in range(1, count)]
         self.file("in.vrn", "\n".join(lines) + f"instance i; i.geometry = m; i.parent = g{count - 1};")
-        lost = "nodes nested more than 1000 deep, where many readers give up: 1 (g1001)"
+        lost = "nodes nested more than 1000 levels deep (written, but rejected by many readers): 1 (g1001)"
         self.assertEqual(self.convert("in.vrn", "out.glb"), [lost])
         self.assertEqual(len(self.gltf("out.glb")["nodes"]), count + 1)
         result = self.run_here("convert", "out.glb", "back.vrn")
         self.assertEqual(result.returncode, 1)
-        self.assertIn(b"out.glb: its nodes are nested more than 1000 deep", result.stderr)
+        self.assertIn(b"out.glb: its nodes are nested more than 1000 levels deep", result.stderr)
         self.convert("in.vrn", "out.stl")
 
     def test_normals(self):
         ns = "m.normals = vec3f[3] {0 0 %s 0 1 0 1 0 0};"
-        self.of(TRIANGLE + ns % "1.001")
-        self.of(TRIANGLE + ns % "2", "lengths of normals, which are 1 now: 1 (m)")
-        self.of(TRIANGLE + ns % "0", "normals, of which some have no direction: 1 (m)")
-        self.of(TRIANGLE + ns % "nan", "attributes that do not fit the points of their mesh: 1 (m.normals)")
+        self.to_gltf(TRIANGLE + ns % "1.001")
+        self.to_gltf(TRIANGLE + ns % "2", "lengths of normals (normalized): 1 (m)")
+        self.to_gltf(TRIANGLE + ns % "0", "normals of meshes with normals of length 0: 1 (m)")
+        self.to_gltf(TRIANGLE + ns % "nan", "attributes that do not match the points of their mesh: 1 (m.normals)")
         tangents = "m.tangents = vec4f[3] {1 0 0 %s 1 0 0 1 0 1 0 -1};"
-        self.of(TRIANGLE + ns % "1" + tangents % "1")
-        lost = "tangents without normals, of other lengths than 1 or of no sign: 1 (m)"
-        self.of(TRIANGLE + tangents % "1", lost)
-        self.of(TRIANGLE + ns % "1" + tangents % "0.5", lost)
+        self.to_gltf(TRIANGLE + ns % "1" + tangents % "1")
+        lost = "tangents without normals, of a length other than 1 or without a sign: 1 (m)"
+        self.to_gltf(TRIANGLE + tangents % "1", lost)
+        self.to_gltf(TRIANGLE + ns % "1" + tangents % "0.5", lost)
 
-    def test_broken_meshes_are_left_out(self):
+    def test_invalid_meshes_are_left_out(self):
         points = "mesh m; m.points = vec3f[3] {0 0 0 1 0 0 0 1 0};"
-        for text, why in (
+        for text, reason in (
             ("mesh m;", "no points"),
             ("mesh m; m.points = float[3] {1 2 3};", "no points"),
             ("mesh m; m.points = vec3f[3] {0 0 0 1 0 nan 0 1 0};", "points that are not finite"),
             ("mesh m; m.points = vec3d[3] {0 0 0 1 0 0 0 1.0e300 0};", "points that are not finite"),
-            (points + "m.indices = int32[3] {0 1 3};", "indices of points that are not there"),
-            (points + "m.indices = int64[3] {0 1 -1};", "indices of points that are not there"),
-            (points + "m.indices = float[3] {0 1 2};", "indices of points that are not there"),
-            (points + "m.indices = byte[4] {0 1 2 0};", "a last face that lacks corners"),
-            (points + "m.faceIndices = byte[3] {0 1 2};", "polygons without faceCounts"),
+            (points + "m.indices = int32[3] {0 1 3};", "indices that are out of range or not integers"),
+            (points + "m.indices = int64[3] {0 1 -1};", "indices that are out of range or not integers"),
+            (points + "m.indices = float[3] {0 1 2};", "indices that are out of range or not integers"),
+            (points + "m.indices = byte[4] {0 1 2 0};", "an incomplete last face"),
+            (points + "m.faceIndices = byte[3] {0 1 2};", "polygons without valid faceCounts"),
             (points + "m.faceIndices = byte[3] {0 1 2}; m.faceCounts = byte[1] {4};",
-             "faceCounts that do not add up to the faceIndices"),
+             "faceCounts that do not sum to the number of faceIndices"),
             (points + "m.faceIndices = byte[3] {0 1 2}; m.faceCounts = byte[2] {2 1};",
-             "polygons of less than three corners"),
+             "polygons with fewer than three corners"),
             (points + 'm.topology = "patches";', "an unknown topology"),
         ):
             with self.subTest(text):
                 self.file("in.vrn", text)
-                self.assertIn(f"meshes with {why}: 1 (m)", self.convert("in.vrn", "out.glb"))
+                self.assertIn(f"meshes with {reason}: 1 (m)", self.convert("in.vrn", "out.glb"))
                 self.assertNotIn("meshes", self.gltf("out.glb"))
                 self.validate("out.glb")
 
-    def test_vertices_part_where_their_coordinates_do(self):
-        gltf = self.of(
+    def test_vertices_split_where_texture_coordinates_differ(self):
+        gltf = self.to_gltf(
             "mesh m; m.points = vec3f[4] {0 0 0 1 0 0 1 1 0 0 1 0}; m.triangles = vec3u[2] {0 1 2 0 2 3};\n"
             "m.uvsets[*].coords = vec2f[3] {0 0 1 0 1 1}; m.uvsets[0].indices = int32[6] {0 1 2 0 1 2};\n"
         )
         counts = {a["type"]: a["count"] for a in gltf["accessors"]}
         self.assertEqual(counts, {"SCALAR": 6, "VEC3": 5, "VEC2": 5})
 
-    def test_dents_of_polygons_are_kept_to(self):
-        # An arrow whose dent a fan around its first corner would fill.
+    def test_concave_polygons(self):
+        # An arrow whose notch a fan around its first corner would fill.
         self.file(
             "in.vrn",
             "mesh m; m.points = vec3f[4] {0 1 0 -1 -1 0 0 0 0 1 -1 0};\n"
             "m.faceIndices = byte[4] {1 2 3 0}; m.faceCounts = byte[1] {4};",
         )
         self.assertEqual(
-            self.convert("in.vrn", "out.glb"), ["polygons of more than three corners, now triangles: 1 (m)"]
+            self.convert("in.vrn", "out.glb"), ["polygons with more than three corners (triangulated): 1 (m)"]
         )
         self.convert("out.glb", "back.vrn")
         indices = meshes(self.scene("back.vrn"))[0].indices
@@ -281,7 +281,7 @@ class ToGltf(Converting):
         self.assertEqual(area, 2)
 
     def test_lines_and_points(self):
-        gltf = self.of(
+        gltf = self.to_gltf(
             'mesh l; l.topology = "lines"; l.points = vec3f[3] {0 0 0 1 0 0 0 1 0}; l.indices = byte[4] {0 1 1 2};\n'
             'mesh p; p.topology = "points"; p.points = vec3f[2] {0 0 0 1 0 0};'
         )
@@ -294,7 +294,7 @@ class ToGltf(Converting):
         self.assertEqual(self.convert("in.vrn", "out.stl"), ["meshes with lines or points instead of faces: 1 (p)"])
 
     def test_materials_and_textures(self):
-        gltf = self.of(
+        gltf = self.to_gltf(
             TRIANGLE
             + "m.uvsets[*].coords = vec2f[3] {0 0 1 0 0 1}; m.material |= red.outColor;\n"
             'material red; red.baseColor = rgba(1 0 0 0.5); red.roughness = 0.25; red.metallic = 1.5; red.shine = 3;\n'
@@ -302,7 +302,7 @@ class ToGltf(Converting):
             'texture t; t.file = "..\\\\my maps\\\\w\u00f6od.png"; t.wrapU = "clamp"; t.wrapV = "mirror"; t.filter = 9728;\n'
             "paint blue; blue.color = rgba(0 0 1); instance i; i.geometry = m; i.material |= blue.outColor;\n"
             "instance j; j.geometry = m;",
-            "numbers outside of 0 to 1: 1 (red.metallic)",
+            "numbers outside 0 to 1 (clamped): 1 (red.metallic)",
             "input shine of material: 1 (red.shine)",
         )
         blue, red = gltf["materials"]
@@ -332,13 +332,13 @@ class ToGltf(Converting):
         self.assertEqual(inputs_of(nodes["red"]["baseColorXform"])["offset"]["value"], [0.5, 0.25])
         self.assertEqual(nodes["red"]["baseColorMap"]["connection"], "w_od.outColor")
 
-    def test_images_in_the_scene_travel_along(self):
+    def test_embedded_images_are_written(self):
         image = bytes.fromhex(
             "89504e470d0a1a0a0000000d49484452000000010000000108060000001f15c4890000000d49444154789c6364f8cf500f000386"
             "01805a347d6b0000000049454e44ae426082"
         )
         numbers = " ".join(map(str, image))
-        gltf = self.of(
+        gltf = self.to_gltf(
             TRIANGLE + "m.uvsets[*].coords = vec2f[3] {0 0 1 0 0 1}; m.material |= red.outColor; material red;\n"
             f"red.baseColorMap |= t.outColor; texture t; t.encoded = byte[{len(image)}] {{{numbers}}};"
         )
@@ -368,22 +368,23 @@ class ToGltf(Converting):
         rotation = nodes["c"].get("rotation")
         self.assertTrue(matrix or rotation)
         if matrix:
-            self.assertEqual(matrix[8:11], [0, 1, 0])  # its back is up: it looks down at the group
+            self.assertEqual(matrix[8:11], [0, 1, 0])  # +Z is up: it looks down at the group
 
     def test_lights(self):
-        gltf = self.of(
+        gltf = self.to_gltf(
             'light a; a.direction = vec3(0 -1 0); a.color = rgba(1 0.5 0.25); a.intensity = 3.0;\n'
             'light b; b.kind = "spot"; b.position = pos3(0 5 0); b.innerAngle = 10.0; b.outerAngle = 20.0; b.range = 9.0;\n'
             'light c; c.kind = "point"; c.worldMatrix |= t.outMatrix; transform t; t.translation = vec3(1 2 3);\n'
             'light d; d.kind = "area"; d.samples = 4;',
-            "unknown kinds of lights: 1 (d)",
+            "unknown light kinds: 1 (d)",
             "input samples of light: 1 (d.samples)",
         )
         lights = gltf["extensions"]["KHR_lights_punctual"]["lights"]
         self.assertEqual([light["type"] for light in lights], ["directional", "spot", "point", "directional"])
         self.assertAlmostEqual(lights[1]["spot"]["outerConeAngle"], 0.3490658503988659)
         self.assertEqual(self.convert("out.glb", "back.vrn"), [])
-        back = {inputs_of(n)["name"]["value"]: inputs_of(n) for n in self.scene("back.vrn")["nodes"] if n["type"] == "light"}
+        back = [inputs_of(n) for n in self.scene("back.vrn")["nodes"] if n["type"] == "light"]
+        back = {light["name"]["value"]: light for light in back}
         self.assertEqual(back["a"]["intensity"]["value"], 3)
         self.assertEqual(back["a"]["color"]["value"], [1, 0.5, 0.25, 1])
         self.assertEqual(back["b"]["range"]["value"], 9)
@@ -396,7 +397,7 @@ class ToGltf(Converting):
     )
 
     def test_skins(self):
-        gltf = self.of(self.SKIN % (0, "0.5", "b"))
+        gltf = self.to_gltf(self.SKIN % (0, "0.5", "b"))
         (skin,) = gltf["skins"]
         self.assertEqual((skin["name"], skin["joints"]), ("s", [1, 2]))
         self.assertEqual(gltf["accessors"][skin["inverseBindMatrices"]]["count"], 2)
@@ -404,14 +405,14 @@ class ToGltf(Converting):
         back = [inputs_of(n) for n in self.scene("back.vrn")["nodes"] if n["type"] == "skin"]
         self.assertEqual(back[0]["inverseBind"]["data"], [1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1] * 2)
         self.assertIn("WEIGHTS_0", gltf["meshes"][0]["primitives"][0]["attributes"])
-        self.of(self.SKIN % (0, "0.75", "b"), "weights of skins that do not add up to 1, which they do now: 1 (m)")
-        self.of(self.SKIN % (7, "0.5", "b"), "skins that lack joints of the mesh: 1 (i)")
-        self.of(self.SKIN % (0, "0.5", "a"), "skins with the same joint twice: 1 (s)")
-        self.of(self.SKIN % (0, "0.5", "m"), "skins with joints that are no placed nodes: 1 (s)")
+        self.to_gltf(self.SKIN % (0, "0.75", "b"), "skin weights that do not sum to 1 (normalized): 1 (m)")
+        self.to_gltf(self.SKIN % (7, "0.5", "b"), "skins with fewer joints than the mesh uses: 1 (i)")
+        self.to_gltf(self.SKIN % (0, "0.5", "a"), "skins with duplicate joints: 1 (s)")
+        self.to_gltf(self.SKIN % (0, "0.5", "m"), "skins with joints without a transform: 1 (s)")
         matrices = "s.inverseBind = mat4f[2] {1 0 0 %d 0 1 0 0 0 0 1 0 0 0 0 1 1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1};"
-        self.of(self.SKIN % (0, "0.5", "b") + matrices % 0)
-        lost = "skins with inverseBind matrices that do not fit the joints: 1 (s)"
-        self.of(self.SKIN % (0, "0.5", "b") + matrices % 1, lost)
+        self.to_gltf(self.SKIN % (0, "0.5", "b") + matrices % 0)
+        lost = "skins with inverseBind matrices that do not match the joints: 1 (s)"
+        self.to_gltf(self.SKIN % (0, "0.5", "b") + matrices % 1, lost)
 
     def test_animations(self):
         channel = (
@@ -419,17 +420,21 @@ class ToGltf(Converting):
             "animation a; a.channels[*].target = g; a.channels[0].path = \"%s\"; a.channels[0].times = float[2] {%s};\n"
             "a.channels[0].values = vec3f[2] {0 0 0 1 1 1};"
         )
-        gltf = self.of(channel % ("translation", "0 1"))
+        gltf = self.to_gltf(channel % ("translation", "0 1"))
         self.assertEqual(gltf["nodes"][0], {"name": "g", "translation": [1, 2, 3]})
-        self.assertEqual(gltf["animations"][0]["channels"], [{"sampler": 0, "target": {"node": 0, "path": "translation"}}])
+        target = {"node": 0, "path": "translation"}
+        self.assertEqual(gltf["animations"][0]["channels"], [{"sampler": 0, "target": target}])
         empty = "animations without channels: 1 (a)"
-        why = "channels of animations with "
-        self.of(channel % ("translation", "1 0"), why + "times that do not grow from 0 or more: 1 (a.channels[0])", empty)
-        self.of(channel % ("weights", "0 1"), why + "a path other than translation, rotation and scale: 1 (a.channels[0])", empty)
+        prefix = "animation channels with "
+        for path, times, reason in (
+            ("translation", "1 0", "times that are missing, negative or not increasing"),
+            ("weights", "0 1", "a path other than translation, rotation and scale"),
+        ):
+            self.to_gltf(channel % (path, times), f"{prefix}{reason}: 1 (a.channels[0])", empty)
         lost = self.convert_text(channel % ("rotation", "0 1"))
-        self.assertIn(why + "values that do not fit the times and the path: 1 (a.channels[0])", lost)
+        self.assertIn(prefix + "values that do not match the times and the path: 1 (a.channels[0])", lost)
 
-    def test_animations_that_are_not_linear(self):
+    def test_step_animations(self):
         self.file(
             "in.vrn",
             'group g; animation a; a.channels[*].target = g; a.channels[0].path = "scale";\n'
@@ -440,15 +445,15 @@ class ToGltf(Converting):
         self.validate("out.glb")
         self.assertEqual(self.gltf("out.glb")["animations"][0]["samplers"][0]["interpolation"], "STEP")
         lost = self.convert("out.glb", "back.vrn")
-        self.assertEqual(lost, ["ways to join the keys of animations other than linearly: 1 (a)"])
+        self.assertEqual(lost, ["interpolations other than linear: 1 (a)"])
         animation = [inputs_of(n) for n in self.scene("back.vrn")["nodes"] if n["type"] == "animation"][0]
         channel = inputs_of(animation["channels"]["elements"][0])
         self.assertEqual(channel["times"]["data"], [0, 1])
         self.assertEqual(channel["values"]["data"], [1, 1, 1, 2, 2, 2])
 
-    def test_nodes_of_one_name(self):
-        lost = "names that several nodes have, which are numbered now: 1 (b)"
-        gltf = self.of(
+    def test_nodes_with_the_same_name(self):
+        lost = "names shared by several nodes (numbered): 1 (b)"
+        gltf = self.to_gltf(
             'group a; a.name = "x"; group b; b.name = "x"; camera c; c.worldMatrix |= a.outMatrix;\n'
             'animation v; v.channels[*].target = b; v.channels[0].path = "scale";\n'
             "v.channels[0].times = float[1] {0}; v.channels[0].values = vec3f[1] {2 2 2};",
@@ -456,44 +461,46 @@ class ToGltf(Converting):
         )
         self.assertEqual([node["name"] for node in gltf["nodes"]], ["x", "x_1"])
 
-    def test_numbers_that_overflow(self):
-        product = "transforms whose product is beyond the range of a float: 1 (g)"
-        self.of("group g; g.scale = vec3(1e38 1 1); g.transform = mat4(1e38 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1);", product)
+    def test_numbers_beyond_the_range_of_a_float(self):
+        product = "transforms whose product exceeds the range of a float: 1 (g)"
+        matrix = "mat4(1e38 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1)"
+        self.to_gltf(f"group g; g.scale = vec3(1e38 1 1); g.transform = {matrix};", product)
         large = "numbers beyond the range of a float: 1 (%s)"
-        self.of("group g; g.scale = vec3(1e200 1 1);", large % "g.scale")
-        self.of("camera c; c.position = pos3(1e308 0 0);", large % "c.position")
-        self.of('camera c; c.projection = "orthographic"; c.near = 1.7e308;', large % "c.near")
-        self.of("camera c; c.position = pos3(0 0 0); c.lookAt = pos3(0 0 5e-324);")
-        gltf = self.of('camera c; c.projection = "orthographic"; c.near = 1.0e30;')["cameras"][0]["orthographic"]
+        self.to_gltf("group g; g.scale = vec3(1e200 1 1);", large % "g.scale")
+        self.to_gltf("camera c; c.position = pos3(1e308 0 0);", large % "c.position")
+        self.to_gltf('camera c; c.projection = "orthographic"; c.near = 1.7e308;', large % "c.near")
+        self.to_gltf("camera c; c.position = pos3(0 0 0); c.lookAt = pos3(0 0 5e-324);")
+        gltf = self.to_gltf('camera c; c.projection = "orthographic"; c.near = 1.0e30;')["cameras"][0]["orthographic"]
         self.assertGreater(gltf["zfar"], gltf["znear"])
-        self.of("group g; g.rotation = quat(1e308 0 0 1);", large % "g.rotation")
-        gltf = self.of("group g; g.rotation = quat(5e-324 5e-324 0 0);", "the length of rotations, which is 1 now: 1 (g)")
+        self.to_gltf("group g; g.rotation = quat(1e308 0 0 1);", large % "g.rotation")
+        normalized = "lengths of rotations (normalized): 1 (g)"
+        gltf = self.to_gltf("group g; g.rotation = quat(5e-324 5e-324 0 0);", normalized)
         self.assertAlmostEqual(gltf["nodes"][0]["rotation"][0], 0.5**0.5)
 
-    def test_values_that_do_not_fit(self):
-        range_of = "numbers outside of their range: %d (first %s)"
-        type_of = "values of a type that does not fit: %d (first %s)"
-        self.of(
+    def test_values_out_of_range(self):
+        range_of = "numbers out of range (clamped): %d (first %s)"
+        type_of = "values of the wrong type: %d (first %s)"
+        self.to_gltf(
             "light l; l.kind = \"spot\"; l.intensity = -5; l.range = -1.0; l.outerAngle = 120; l.innerAngle = 200;"
             "camera c; c.aspect = -3; c.projection = \"panoramic\";",
             range_of % (5, "l.intensity"),
-            "unknown projections of cameras: 1 (c)",
+            "unknown camera projections: 1 (c)",
         )
-        gltf = self.of(
+        gltf = self.to_gltf(
             TRIANGLE + "m.uvsets[*].coords = vec2f[3] {0 0 1 0 0 1}; m.material |= r.outColor; material r;\n"
             'r.baseColorMap |= t.outColor; r.doubleSided = 1; r.alpha.cutoff = -2; texture t; t.file = "a.png";\n'
             "t.filter = 9987.0; t.wrapU = 5;",
             type_of % (2, "r.doubleSided"),
-            "numbers outside of their range: 1 (r.alpha.cutoff)",
+            "numbers out of range (clamped): 1 (r.alpha.cutoff)",
         )
         self.assertEqual(gltf["samplers"][0]["minFilter"], 9987)
-        self.of(
+        self.to_gltf(
             'group g; animation a; a.channels[*].target = g; a.channels[0].path = "scale"; a.duration = 5;\n'
             "a.channels[0].times = float[1] {1}; a.channels[0].values = vec3f[1] {2 2 2};",
-            "durations of animations that are not the time of their last key: 1 (a)",
+            "animation durations other than the time of the last key: 1 (a)",
         )
 
-    def test_references_to_textures(self):
+    def test_texture_uris(self):
         text = (
             TRIANGLE + "m.uvsets[*].coords = vec2f[3] {0 0 1 0 0 1}; m.material |= r.outColor; material r;\n"
             'r.baseColorMap |= t.outColor; texture t; t.file = "%s";'
@@ -504,25 +511,25 @@ class ToGltf(Converting):
             ("https://a.b/c d%20e.png", "https://a.b/c%20d%20e.png"),
             ("C:\\\\wood.png", "file:///C:/wood.png"),
         ):
-            self.assertEqual(self.of(text % file)["images"][0]["uri"], uri)
+            self.assertEqual(self.to_gltf(text % file)["images"][0]["uri"], uri)
 
     def convert_text(self, text):
         self.file("in.vrn", text)
         return self.convert("in.vrn", "out.glb")
 
-    def test_kinds_of_losses_are_limited(self):
+    def test_loss_kinds_are_bounded(self):
         lost = self.convert_text("group g;" + "".join(f"g.a{i} = {i};" for i in range(1000)))
         self.assertLess(len(lost), 210)
-        self.assertEqual(lost[-1], "what is of further kinds: 800 (first g.a200)")
+        self.assertEqual(lost[-1], "other kinds: 800 (first g.a200)")
 
-    def test_values_of_other_types_and_numbers_that_are_none(self):
+    def test_wrong_types_and_non_finite_numbers(self):
         lost = self.convert_text(
             'group g; g.translation = "here"; g.scale = vec3(inf 1 1); camera c; c.fov = "wide"; c.near = -nan;'
         )
         self.assertEqual(
             lost,
             [
-                "values of a type that does not fit: 2 (first c.fov)",
+                "values of the wrong type: 2 (first c.fov)",
                 "numbers that are not finite: 2 (first c.near)",
             ],
         )
@@ -546,7 +553,9 @@ class OtherFormats(Converting):
     )
 
     def gltf_file(self):
-        self.file("made.bin", struct.pack("<9f6f3H", 0, 0, 0, 1, 0, 0, 0, 1, 0.1, 0.1, 0.3, 0.7, 0.9, 1e-8, 0.6, 0, 1, 2))
+        points = (0, 0, 0, 1, 0, 0, 0, 1, 0.1)
+        coordinates = (0.1, 0.3, 0.7, 0.9, 1e-8, 0.6)
+        self.file("made.bin", struct.pack("<9f6f3H", *points, *coordinates, 0, 1, 2))
         views = [(0, 36), (36, 24), (60, 6)]
         accessors = [(0, 5126, 3, "VEC3"), (1, 5126, 3, "VEC2"), (2, 5123, 3, "SCALAR")]
         keys = ("bufferView", "componentType", "count", "type")
@@ -572,11 +581,11 @@ class OtherFormats(Converting):
 
     def test_obj(self):
         self.file("in.obj", self.OBJ)
-        self.assertEqual(self.convert("in.obj", "there.vrn"), [])
-        mesh = meshes(self.scene("there.vrn"))[0]
+        self.assertEqual(self.convert("in.obj", "converted.vrn"), [])
+        mesh = meshes(self.scene("converted.vrn"))[0]
         self.assertEqual(mesh.faces, [4, 3])
-        self.assertEqual(struct.unpack("<2f", mesh.corners[3][2]), (0.25, 0.25))  # from the upper edge
-        lost = self.convert("there.vrn", "back.obj")
+        self.assertEqual(struct.unpack("<2f", mesh.corners[3][2]), (0.25, 0.25))  # v is flipped
+        lost = self.convert("converted.vrn", "back.obj")
         self.convert("back.obj", "again.vrn")
         self.assertEqual(meshes(self.scene("again.vrn"))[0].corners, mesh.corners)
         self.assertEqual(lost, [])
@@ -584,8 +593,8 @@ class OtherFormats(Converting):
     def test_obj_with_a_material_library(self):
         self.file("in.obj", "mtllib in.mtl\nusemtl wood\n" + self.OBJ)
         self.file("in.mtl", "newmtl wood\nKd 0.8 0.5 0.25\nmap_Kd my wood.png\n")
-        self.convert("in.obj", "there.vrn")
-        self.convert("there.vrn", "back.obj")
+        self.convert("in.obj", "converted.vrn")
+        self.convert("converted.vrn", "back.obj")
         self.assertIn("mtllib back.mtl", (self.folder / "back.obj").read_text())
         self.assertIn("map_Kd my wood.png", (self.folder / "back.mtl").read_text())
         self.convert("back.obj", "again.vrn")
@@ -594,39 +603,39 @@ class OtherFormats(Converting):
 
     def test_ply(self):
         self.file("in.ply", self.PLY)
-        self.convert("in.ply", "there.vrn")
-        mesh = [inputs_of(n) for n in self.scene("there.vrn")["nodes"] if n["type"] == "mesh"][0]
+        self.convert("in.ply", "converted.vrn")
+        mesh = [inputs_of(n) for n in self.scene("converted.vrn")["nodes"] if n["type"] == "mesh"][0]
         self.assertEqual(mesh["colors"]["data"], [1, 0, 0, 1, 0, 1, 0, 1, 0, 0, 1, 1])
-        self.convert("there.vrn", "back.ply")
+        self.convert("converted.vrn", "back.ply")
         self.convert("back.ply", "again.vrn")
-        self.assertEqual(self.corners("again.vrn"), self.corners("there.vrn"))
-        self.convert("there.vrn", "there.glb")
-        self.validate("there.glb")
+        self.assertEqual(self.corners("again.vrn"), self.corners("converted.vrn"))
+        self.convert("converted.vrn", "converted.glb")
+        self.validate("converted.glb")
 
     def test_stl(self):
         self.file("in.stl", self.STL)
-        self.convert("in.stl", "there.vrn")
-        self.assertEqual(len(self.corners("there.vrn")), 3)
-        self.convert("there.vrn", "back.stl")
+        self.convert("in.stl", "converted.vrn")
+        self.assertEqual(len(self.corners("converted.vrn")), 3)
+        self.convert("converted.vrn", "back.stl")
         self.convert("back.stl", "again.vrn")
-        self.assertEqual(self.corners("again.vrn"), self.corners("there.vrn"))
+        self.assertEqual(self.corners("again.vrn"), self.corners("converted.vrn"))
 
     def test_gltf(self):
         self.gltf_file()
-        self.assertEqual(self.convert("made.gltf", "there.vrn"), [])
-        scene = self.scene("there.vrn")
+        self.assertEqual(self.convert("made.gltf", "converted.vrn"), [])
+        scene = self.scene("converted.vrn")
         mesh = meshes(scene)[0]
         exact = struct.unpack("<6f", b"".join(corner[1] for corner in mesh.corners))
         self.assertEqual(exact, struct.unpack("<6f", struct.pack("<6f", 0.1, 0.3, 0.7, 0.9, 1e-8, 0.6)))
         node = [inputs_of(n) for n in scene["nodes"] if n["type"] == "instance"][0]
         self.assertEqual(node["translation"]["value"], [0.1, 0.2, 0.3])
-        self.assertIn("float_", [n["name"] for n in scene["nodes"]])  # a keyword is no name
-        self.convert("there.vrn", "back.gltf")
+        self.assertIn("float_", [n["name"] for n in scene["nodes"]])  # keywords are not valid names
+        self.convert("converted.vrn", "back.gltf")
         self.validate("back.gltf")
         self.convert("back.gltf", "again.vrn")
         self.assertEqual(meshes(self.scene("again.vrn"))[0].corners, mesh.corners)
 
-    def test_gltf_with_its_numbers_in_itself(self):
+    def test_gltf_with_embedded_buffer(self):
         self.gltf_file()
         document = self.gltf("made.gltf")
         data = base64.b64encode((self.folder / "made.bin").read_bytes()).decode()
@@ -636,8 +645,7 @@ class OtherFormats(Converting):
         self.convert("made.gltf", "made.vrn")
         self.assertEqual(meshes(self.scene("one.vrn"))[0].corners, meshes(self.scene("made.vrn"))[0].corners)
 
-
-    def test_gltf_that_shares_cameras_lights_and_names(self):
+    def test_gltf_with_shared_cameras_lights_and_names(self):
         lights = "KHR_lights_punctual"
         light = {"extensions": {lights: {"light": 0}}, "name": "same", "camera": 0}
         self.file("in.gltf", json.dumps({
@@ -651,23 +659,29 @@ class OtherFormats(Converting):
             "materials": [{"normalTexture": {"index": 0, "scale": 2, "texCoord": 1}}],
         }))
         lost = self.convert("in.gltf", "out.vrn")
-        self.assertIn("scenes other than the one that is shown first: 1 (in.gltf)", lost)
+        self.assertIn("scenes other than the default scene: 1 (in.gltf)", lost)
         self.assertIn("scales of normal maps: 1 (in.gltf)", lost)
-        self.assertIn("textures that go by other uvsets than the first: 1 (in.gltf)", lost)
+        self.assertIn("textures on uvsets other than the first: 1 (in.gltf)", lost)
         nodes = self.scene("out.vrn")["nodes"]
-        places = [n["name"] for n in nodes if n["type"] == "transform"]
+        transforms = [n["name"] for n in nodes if n["type"] == "transform"]
         for kind in ("camera", "light"):
             of_kind = [inputs_of(n) for n in nodes if n["type"] == kind]
             self.assertEqual([n["name"]["value"] for n in of_kind], ["same", "same"])
-            self.assertEqual({n["worldMatrix"]["connection"] for n in of_kind}, {f"{p}.outMatrix" for p in places[1:]})
+            connected = {n["worldMatrix"]["connection"] for n in of_kind}
+            self.assertEqual(connected, {f"{t}.outMatrix" for t in transforms[1:]})
             self.assertNotIn("far", of_kind[0])
 
-    def test_skins_of_one_mesh(self):
-        skin = "skin s%s; s%s.joints[*] = j%s; transform j%s; j%s.parent = g; instance i%s; i%s.geometry = m; i%s.skin = s%s;\n"
+    def test_mesh_with_several_skins(self):
+        skin = (
+            "skin s%s; s%s.joints[*] = j%s; transform j%s; j%s.parent = g;\n"
+            "instance i%s; i%s.geometry = m; i%s.skin = s%s;\n"
+        )
         self.file(
             "in.vrn",
             TRIANGLE + "group g; m.skin.joints = vec4u[3] {0 0 0 0 0 0 0 0 0 0 0 0};\n"
-            "m.skin.weights = vec4f[3] {1 0 0 0 1 0 0 0 1 0 0 0};\n" + skin.replace("%s", "a") + skin.replace("%s", "b"),
+            "m.skin.weights = vec4f[3] {1 0 0 0 1 0 0 0 1 0 0 0};\n"
+            + skin.replace("%s", "a")
+            + skin.replace("%s", "b"),
         )
         self.convert("in.vrn", "out.glb")
         self.convert("out.glb", "back.vrn")
@@ -681,20 +695,20 @@ class OtherFormats(Converting):
         text = json.dumps(document).encode()
         text += b" " * (-len(text) % 4)
         content = (self.folder / "out.glb").read_bytes()
-        behind = content[20 + struct.unpack("<I", content[12:16])[0] :]
-        header = struct.pack("<III", 2, 20 + len(text) + len(behind), len(text))
-        self.file("without.glb", b"glTF" + header + b"JSON" + text + behind)
+        rest = content[20 + struct.unpack("<I", content[12:16])[0] :]
+        header = struct.pack("<III", 2, 20 + len(text) + len(rest), len(text))
+        self.file("without.glb", b"glTF" + header + b"JSON" + text + rest)
         self.validate("without.glb")
         lost = self.convert("without.glb", "back.vrn")
         self.assertEqual(lost, ["skins without inverseBindMatrices: 1 (without.glb)"])
 
-    def test_gltf_whose_name_has_a_space(self):
+    def test_gltf_file_name_with_a_space(self):
         self.file("in.vrn", TRIANGLE)
         self.convert("in.vrn", "my spot.gltf")
         self.assertEqual(self.convert("my spot.gltf", "back.vrn"), [])
         self.assertEqual(meshes(self.scene("back.vrn"))[0].triangles(), 1)
 
-    def test_textures_are_found_from_another_folder(self):
+    def test_texture_paths_are_rebased(self):
         for folder in ("in", "out"):
             (self.folder / folder).mkdir()
         text = (
@@ -715,7 +729,7 @@ class OtherFormats(Converting):
             near, far = ([inputs_of(n) for n in nodes if n["type"] == "texture"][0]["file"]["value"] for nodes in at)
             self.assertEqual((near, far), (moved, back))
 
-    def test_where_the_map_of_emission_lies(self):
+    def test_emission_map_transform(self):
         self.file(
             "in.vrn",
             TRIANGLE + "m.uvsets[*].coords = vec2f[3] {0 0 1 0 0 1}; m.material |= r.outColor; material r;\n"
@@ -727,7 +741,7 @@ class OtherFormats(Converting):
         material = [inputs_of(n) for n in self.scene("back.vrn")["nodes"] if n["type"] == "material"][0]
         self.assertEqual(inputs_of(material["emissionXform"])["offset"]["value"], [0.5, 0.25])
 
-    def test_obj_keeps_things_apart(self):
+    def test_obj_names_are_unique_and_escaped(self):
         self.file(
             "in.vrn",
             TRIANGLE + triangle("n") + "n.material |= p.outColor;\n"
@@ -736,45 +750,46 @@ class OtherFormats(Converting):
             'material q; q.name = "x\\nKd 9 9 9"; texture t; t.file = "a\\nillum 9";',
         )
         lost = self.convert("in.vrn", "out.obj")
-        self.assertIn("names that others have, too, or that do not fit into a line: 2 (first p)", lost)
-        self.assertIn("paths of textures that do not fit into a line: 1 (t)", lost)
+        self.assertIn("names that are not unique, too long or contain control characters: 2 (first p)", lost)
+        self.assertIn("texture paths that are too long or contain control characters: 1 (t)", lost)
         library = (self.folder / "out.mtl").read_text().splitlines()
         names = [line for line in library if line.startswith("newmtl")]
         self.assertEqual(len(set(names)), 3)
         self.assertNotIn("Kd 9 9 9", library)
         self.assertNotIn("illum 9", library)
         self.convert("out.obj", "back.vrn")
-        self.assertEqual(sum("material" in inputs_of(n) for n in self.scene("back.vrn")["nodes"] if n["type"] == "mesh"), 2)
+        back = [inputs_of(n) for n in self.scene("back.vrn")["nodes"] if n["type"] == "mesh"]
+        self.assertEqual(sum("material" in mesh for mesh in back), 2)
 
-    def test_points_that_overflow_at_their_place(self):
+    def test_transformed_points_that_overflow(self):
         self.file("in.vrn", TRIANGLE.replace("1 0 0", "1e30 0 0") + triangle("n")
                   + "instance i; i.geometry = m; i.scale = vec3(1e30 1 1);")
         lost = self.convert("in.vrn", "out.obj")
-        self.assertIn("meshes whose points would be beyond the range of a float: 1 (i)", lost)
+        self.assertIn("meshes whose transformed points exceed the range of a float: 1 (i)", lost)
         self.assertNotIn("inf", (self.folder / "out.obj").read_text())
 
-    def test_ply_counts_corners_in_a_byte(self):
+    def test_ply_polygons_have_at_most_255_corners(self):
         count = 300
         points = " ".join(f"{i} {i * i} 0" for i in range(count))
         corners = " ".join(map(str, range(count)))
         self.file("in.vrn", f"mesh m; m.points = vec3f[{count}] {{{points}}}; m.faceCounts = int32[1] {{{count}}};\n"
                             f"m.faceIndices = int32[{count}] {{{corners}}};")
         lost = self.convert("in.vrn", "out.ply")
-        self.assertIn("polygons of more than three corners, now triangles: 1 (m)", lost)
+        self.assertIn("polygons with more than three corners (triangulated): 1 (m)", lost)
         self.convert("out.ply", "back.vrn")
         self.assertEqual(meshes(self.scene("back.vrn"))[0].triangles(), count - 2)
 
 
 class Document(Converting):
-    def test_says_what_is_said(self):
+    def test_console_examples_match(self):
         text = (ROOT / "docs" / "convert.md").read_text()
         sessions = re.findall(r"^```console\n\$ vrn convert (\S+) (\S+)\n(.*?)^```$", text, re.M | re.S)
         self.assertEqual(len(sessions), 1)
-        for source, target, said in sessions:
+        for source, target, expected in sessions:
             result = self.run_here("convert", ROOT / source, target)
-            self.assertEqual(result.stderr.decode(), said)
+            self.assertEqual(result.stderr.decode(), expected)
 
-    def test_names_all_types_and_inputs_of_the_catalogue(self):
+    def test_all_types_and_inputs_of_the_catalogue_are_documented(self):
         text = (ROOT / "docs" / "scene-types.md").read_text()
         for name, described in json.loads(CATALOGUE.read_text())["types"].items():
             self.assertIn(f"`{name}`", text)
@@ -783,13 +798,13 @@ class Document(Converting):
                 self.assertTrue(known, (name, word))
 
 
-class Trouble(Converting):
+class Failures(Converting):
     def fails(self, status, message, *arguments):
         before = sorted(self.folder.iterdir())
         result = self.run_here("convert", *arguments)
         self.assertEqual(result.returncode, status, result.stderr.decode())
         self.assertIn(message, result.stderr.decode())
-        self.assertEqual(sorted(self.folder.iterdir()), before, "nothing is left behind")
+        self.assertEqual(sorted(self.folder.iterdir()), before, "no file is left over")
 
     def test_extensions(self):
         self.file("in.vrn", "t a;")
@@ -822,9 +837,9 @@ class Trouble(Converting):
                       '"buffers":[{"byteLength":36,"uri":"' + uri + '"}]}')
             self.fails(1, "vrn: endless.gltf: ", "endless.gltf", "out.vrn")
 
-    def test_broken_models(self):
+    def test_invalid_models(self):
         self.file("empty.glb", b"")
-        self.file("text.glb", "this is no glTF")
+        self.file("text.glb", "this is not glTF")
         self.file("cut.glb", b"glTF" + struct.pack("<III", 2, 5000, 4000) + b"JSON{")
         self.file("wrong.obj", "f 1 2 3\n")
         self.file("wrong.ply", "ply\nformat odd 7.0\n")
@@ -838,9 +853,9 @@ class Trouble(Converting):
             with self.subTest(path):
                 self.fails(1, f"vrn: {path}: ", path, "out.vrn")
 
-    def test_a_model_that_ends_its_reader(self):
+    def test_model_that_crashes_assimp(self):
         if b"asan" in pathlib.Path(VRN).read_bytes():
-            self.skipTest("the sanitizers tell of it themselves")
+            self.skipTest("the sanitizers report the stack overflow themselves")
         count = 200_000
         self.file(
             "deep.dae",
@@ -852,19 +867,19 @@ class Trouble(Converting):
         )
         self.fails(1, "vrn: deep.dae: it is so broken that its reader gave up", "deep.dae", "out.vrn")
 
-    def test_nothing_goes_on_when_the_command_is_ended(self):
+    def test_reader_process_ends_with_the_command(self):
         self.file("large.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\n" + "f 1 2 3\n" * 300_000)
         command = subprocess.Popen([VRN, "convert", "large.obj", "out.vrn"], cwd=self.folder)
         children = pathlib.Path(f"/proc/{command.pid}/task/{command.pid}/children")
         while not (found := children.read_text().split()):
-            self.assertIsNone(command.poll(), "it ended too soon")
-        time.sleep(0.03)  # it has begun to read
+            self.assertIsNone(command.poll(), "the command ended too early")
+        time.sleep(0.03)  # reading has started
         os.kill(int(found[0]), signal.SIGSTOP)
         command.terminate()
         command.wait()
         deadline = time.monotonic() + 30
         while self.runs(found[0]):
-            self.assertLess(time.monotonic(), deadline, "its reader is still there")
+            self.assertLess(time.monotonic(), deadline, "the reader process is still running")
             time.sleep(0.01)
 
     @staticmethod
@@ -883,14 +898,14 @@ class Trouble(Converting):
         self.assertEqual(result.returncode, 0)
         self.assertIn(b"warning: Too few elements", result.stderr)
 
-    def test_names_are_escaped(self):
+    def test_terminal_output_is_escaped(self):
         self.file("in.vrn", TRIANGLE + 'm.name = "\x1b[31m"; m.odd = 1;')
         self.file("\x1b.vrn", "t a;")
         result = self.run_here("convert", "\x1b.vrn", "\x1b.glb")
         self.assertNotIn(b"\x1b", result.stderr)
         self.assertIn(b"lost: nodes of type t: 1 (a)", result.stderr)
 
-    def test_an_older_file_stays_until_the_new_one_is_whole(self):
+    def test_output_replaces_a_file_atomically(self):
         self.file("in.vrn", TRIANGLE)
         self.file("bad.vrn", "oops")
         self.file("out.glb", "older")
@@ -903,7 +918,7 @@ class Trouble(Converting):
         self.assertEqual((self.folder / "out.glb").read_bytes()[:4], b"glTF")
         self.assertEqual((self.folder / "out.glb").stat().st_mode & 0o777, 0o640)
 
-    def test_a_scene_may_take_its_own_place(self):
+    def test_input_and_output_may_be_the_same_file(self):
         self.file("in.vrn", TRIANGLE)
         before = self.scene("in.vrn")
         self.convert("in.vrn", "in.vrn")

@@ -1,18 +1,18 @@
-// Validates the glTF files that are named and prints, as JSON, what is said of each.
-// node validate.js FOLDER_OF_NODE_MODULES FILE...
+// Validates glTF files and prints the reports as JSON.
+// node validate.js NODE_MODULES FILE...
 const fs = require("fs");
 const path = require("path");
 
 const [modules, ...files] = process.argv.slice(2);
 const validator = require(path.join(modules, "gltf-validator"));
 
-// Stands for all images, which are not there.
+// Replaces all images, which do not exist.
 const image = Buffer.from(
     "iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAYAAAAfFcSJAAAADUlEQVR42mNk+M9QDwADhgGAWjR9awAAAABJRU5ErkJggg==",
     "base64"
 );
 
-function beside(file) {
+function resourceLoader(file) {
     return (uri) =>
         uri.endsWith(".bin")
             ? fs.promises.readFile(path.join(path.dirname(file), decodeURIComponent(uri)))
@@ -25,7 +25,7 @@ async function main() {
         const report = await validator.validateBytes(new Uint8Array(fs.readFileSync(file)), {
             uri: file,
             maxIssues: 100,
-            externalResourceFunction: beside(file),
+            externalResourceFunction: resourceLoader(file),
         });
         reports[file] = report;
     }

@@ -1,6 +1,7 @@
-#include "convert/export/GltfParts.h"
+#include "convert/export/GltfSceneWriter.h"
 
 #include "convert/model/Inputs.h"
+#include "convert/model/NodeHierarchy.h"
 #include "convert/shared/ImageKind.h"
 #include "convert/shared/Uri.h"
 
@@ -8,89 +9,85 @@
 
 namespace vrn::convert {
 
-void GltfParts::describeNodes() {
+void GltfSceneWriter::writeNodes() {
     json_.key("scene").integer(0);
     json_.key("scenes").array([&] {
         json_.object([&] {
-            std::vector<u32> roots;
-            for (u32 i = 0; i < model_.placements.size(); ++i)
-                if (model_.placements[i].parent == none)
-                    roots.push_back(i);
+            const std::vector<u32> roots = rootNodes(model_.nodes);
             if (!roots.empty())
                 json_.key("nodes").integers(roots);
         });
     });
-    list("nodes", model_.placements, [&](const Placement& placement) { describe(placement); });
-    noteDepth();
+    writeArray("nodes", model_.nodes, [&](const ModelNode& node) { writeNode(node); });
+    reportDeepNodes();
 }
 
-// One level after the other.
-void GltfParts::noteDepth() {
-    constexpr std::size_t mostDepth = 1000;
-    std::vector<u32> level;
-    for (u32 i = 0; i < model_.placements.size(); ++i)
-        if (model_.placements[i].parent == none)
-            level.push_back(i);
-    for (std::size_t depth = 0; depth <= mostDepth; ++depth) {
+// Traverses level by level: recursion could overflow the stack.
+void GltfSceneWriter::reportDeepNodes() {
+    constexpr std::size_t maxDepth = 1000;
+    std::vector<u32> level = rootNodes(model_.nodes);
+    for (std::size_t depth = 0; depth <= maxDepth; ++depth) {
         std::vector<u32> next;
-        for (const u32 at : level)
-            next.insert(next.end(), model_.placements[at].children.begin(), model_.placements[at].children.end());
+        for (const u32 index : level)
+            next.insert(next.end(), model_.nodes[index].children.begin(), model_.nodes[index].children.end());
         level = std::move(next);
     }
-    for (const u32 at : level)
-        losses_.add("nodes nested more than 1000 deep, where many readers give up", *model_.placements[at].source);
+    for (const u32 index : level)
+        losses_.add("nodes nested more than 1000 levels deep (written, but rejected by many readers)",
+                    *model_.nodes[index].source);
 }
 
-// Animations and skins of other formats find nodes by their names.
-std::string GltfParts::uniqueName(const Placement& placement) {
-    const String wanted = displayName(*placement.source);
+// Some readers identify nodes by their names.
+std::string GltfSceneWriter::uniqueName(const ModelNode& node) {
+    const String wanted = displayName(*node.source);
     std::string name = names_.make(std::string(wanted.view()));
     if (name != wanted.view())
-        losses_.add("names that several nodes have, which are numbered now", *placement.source);
+        losses_.add("names shared by several nodes (numbered)", *node.source);
     return name;
 }
 
-void GltfParts::describe(const Placement& placement) {
-    json_.key("name").text(uniqueName(placement));
-    if (!placement.children.empty())
-        json_.key("children").integers(placement.children);
-    describeTransform(placement);
-    if (placement.geometry != none) {
-        json_.key("mesh").integer(meshes_.meshOf(placement));
-        if (meshes_.hasSkin(placement))
-            json_.key("skin").integer(placement.skin);
+void GltfSceneWriter::writeNode(const ModelNode& node) {
+    json_.key("name").text(uniqueName(node));
+    if (!node.children.empty())
+        json_.key("children").integers(node.children);
+    writeTransform(node);
+    if (node.geometry != none) {
+        json_.key("mesh").integer(meshes_.meshIndex(node));
+        if (meshes_.hasSkin(node))
+            json_.key("skin").integer(node.skin);
     }
-    if (placement.camera != none)
-        json_.key("camera").integer(placement.camera);
-    if (placement.light != none)
+    if (node.camera != none)
+        json_.key("camera").integer(node.camera);
+    if (node.light != none)
         json_.key("extensions").object([&] {
-            json_.key("KHR_lights_punctual").object([&] { json_.key("light").integer(placement.light); });
+            json_.key("KHR_lights_punctual").object([&] { json_.key("light").integer(node.light); });
         });
 }
 
-void GltfParts::describeTransform(const Placement& placement) {
-    if (placement.matrix) {
-        json_.key("matrix").reals(*placement.matrix);
+void GltfSceneWriter::writeTransform(const ModelNode& node) {
+    if (node.matrix) {
+        json_.key("matrix").reals(*node.matrix);
         return;
     }
     const Trs initial;
-    if (placement.trs.translation != initial.translation)
-        json_.key("translation").reals(placement.trs.translation);
-    if (placement.trs.rotation != initial.rotation)
-        json_.key("rotation").reals(placement.trs.rotation);
-    if (placement.trs.scale != initial.scale)
-        json_.key("scale").reals(placement.trs.scale);
+    if (node.trs.translation != initial.translation)
+        json_.key("translation").reals(node.trs.translation);
+    if (node.trs.rotation != initial.rotation)
+        json_.key("rotation").reals(node.trs.rotation);
+    if (node.trs.scale != initial.scale)
+        json_.key("scale").reals(node.trs.scale);
 }
 
-void GltfParts::describeMaterials() {
-    list("materials", meshes_.looks(),
-         [&](const GltfMeshes::Look& look) { describe(model_.materials[look.material], look.hasTextures); });
+void GltfSceneWriter::writeMaterials() {
+    writeArray("materials", meshes_.materials(), [&](const GltfMeshes::MaterialVariant& variant) {
+        writeMaterial(model_.materials[variant.material], variant.hasTextures);
+    });
 }
 
-void GltfParts::describe(const Material& material, bool hasTextures) {
+void GltfSceneWriter::writeMaterial(const Material& material, bool hasTextures) {
     const auto texture = [&](const char* name, const TextureUse& use) {
         if (hasTextures && use.texture != none)
-            describe(name, use);
+            writeTexture(name, use);
     };
     json_.key("name").text(displayName(*material.source));
     json_.key("pbrMetallicRoughness").object([&] {
@@ -113,13 +110,13 @@ void GltfParts::describe(const Material& material, bool hasTextures) {
     json_.key("doubleSided").boolean(material.isDoubleSided);
 }
 
-void GltfParts::describe(const char* name, const TextureUse& use) {
+void GltfSceneWriter::writeTexture(const char* name, const TextureUse& use) {
     const TextureUse initial;
-    const bool isMoved = use.offset != initial.offset || use.scale != initial.scale;
-    hasTextureTransforms_ |= isMoved;
+    const bool hasTransform = use.offset != initial.offset || use.scale != initial.scale;
+    hasTextureTransforms_ |= hasTransform;
     json_.key(name).object([&] {
         json_.key("index").integer(use.texture);
-        if (isMoved)
+        if (hasTransform)
             json_.key("extensions").object([&] {
                 json_.key("KHR_texture_transform").object([&] {
                     json_.key("offset").reals(use.offset);
@@ -129,45 +126,45 @@ void GltfParts::describe(const char* name, const TextureUse& use) {
     });
 }
 
-GltfParts::Sampler GltfParts::samplerOf(const Texture& texture) {
-    const auto wrap = [&](const std::string& name) -> u32 {
+GltfSceneWriter::Sampler GltfSceneWriter::samplerOf(const Texture& texture) {
+    const auto wrapMode = [&](const std::string& name) -> u32 {
         if (name == "clamp")
             return 33071;
         if (name == "mirror")
             return 33648;
         if (!name.empty() && name != "repeat")
-            losses_.add("unknown ways to repeat textures", *texture.source);
+            losses_.add("unknown texture wrap modes", *texture.source);
         return 10497;
     };
     const i64 filter = texture.filter;
     const bool isKnown = filter == 9728 || filter == 9729 || (filter >= 9984 && filter <= 9987);
     if (filter != 0 && !isKnown)
-        losses_.add("unknown filters of textures", *texture.source);
-    return {wrap(texture.wrapU), wrap(texture.wrapV), isKnown ? static_cast<u32>(filter) : 0};
+        losses_.add("unknown texture filters", *texture.source);
+    return {wrapMode(texture.wrapU), wrapMode(texture.wrapV), isKnown ? static_cast<u32>(filter) : 0};
 }
 
-void GltfParts::describeTextures() {
-    std::map<Sampler, u32> numbers;
+void GltfSceneWriter::writeTextures() {
+    std::map<Sampler, u32> indices;
     std::vector<Sampler> samplers;
     std::vector<u32> used;
     for (const Texture& texture : model_.textures) {
-        const auto [found, isNew] = numbers.emplace(samplerOf(texture), static_cast<u32>(samplers.size()));
+        const auto [found, isNew] = indices.emplace(samplerOf(texture), static_cast<u32>(samplers.size()));
         if (isNew)
             samplers.push_back(found->first);
         used.push_back(found->second);
     }
-    list("samplers", samplers, [&](const Sampler& sampler) {
+    writeArray("samplers", samplers, [&](const Sampler& sampler) {
         json_.key("wrapS").integer(sampler.wrapS);
         json_.key("wrapT").integer(sampler.wrapT);
         if (sampler.filter != 0)
             json_.key("minFilter").integer(sampler.filter);
     });
-    u32 number = 0;
-    list("textures", used, [&](u32 sampler) {
+    u32 image = 0;
+    writeArray("textures", used, [&](u32 sampler) {
         json_.key("sampler").integer(sampler);
-        json_.key("source").integer(number++);
+        json_.key("source").integer(image++);
     });
-    list("images", model_.textures, [&](const Texture& texture) {
+    writeArray("images", model_.textures, [&](const Texture& texture) {
         json_.key("name").text(displayName(*texture.source));
         if (texture.encoded.empty()) {
             json_.key("uri").text(uriOf(texture.file));
@@ -178,8 +175,8 @@ void GltfParts::describeTextures() {
     });
 }
 
-void GltfParts::describeCameras() {
-    list("cameras", model_.cameras, [&](const Camera& camera) {
+void GltfSceneWriter::writeCameras() {
+    writeArray("cameras", model_.cameras, [&](const Camera& camera) {
         json_.key("name").text(displayName(*camera.source));
         json_.key("type").text(camera.isPerspective ? "perspective" : "orthographic");
         json_.key(camera.isPerspective ? "perspective" : "orthographic").object([&] {
@@ -198,8 +195,8 @@ void GltfParts::describeCameras() {
     });
 }
 
-void GltfParts::describeSkins() {
-    list("skins", model_.skins, [&](const Skin& skin) {
+void GltfSceneWriter::writeSkins() {
+    writeArray("skins", model_.skins, [&](const Skin& skin) {
         json_.key("name").text(displayName(*skin.source));
         json_.key("joints").integers(skin.joints);
         if (!skin.inverseBind.empty())
@@ -210,19 +207,19 @@ void GltfParts::describeSkins() {
     });
 }
 
-void GltfParts::describeAnimations() {
+void GltfSceneWriter::writeAnimations() {
     using enum GltfBuffer::Use;
-    list("animations", model_.animations, [&](const Animation& animation) {
+    writeArray("animations", model_.animations, [&](const Animation& animation) {
         json_.key("name").text(displayName(*animation.source));
         u32 sampler = 0;
-        list("channels", animation.channels, [&](const Channel& channel) {
+        writeArray("channels", animation.channels, [&](const Channel& channel) {
             json_.key("sampler").integer(sampler++);
             json_.key("target").object([&] {
                 json_.key("node").integer(channel.target);
                 json_.key("path").text(channel.path);
             });
         });
-        list("samplers", animation.channels, [&](const Channel& channel) {
+        writeArray("samplers", animation.channels, [&](const Channel& channel) {
             json_.key("input").integer(buffer_.addFloats(channel.times.span(), 1, Other, true));
             json_.key("output").integer(
                 buffer_.addFloats(channel.values.span(), channel.path == "rotation" ? 4 : 3, Other));
@@ -234,7 +231,7 @@ void GltfParts::describeAnimations() {
     });
 }
 
-void GltfParts::describe(const Light& light) {
+void GltfSceneWriter::writeLight(const Light& light) {
     json_.key("name").text(displayName(*light.source));
     json_.key("type").text(light.kind);
     json_.key("color").reals(light.color);
@@ -248,7 +245,7 @@ void GltfParts::describe(const Light& light) {
         });
 }
 
-void GltfParts::describeExtensions() {
+void GltfSceneWriter::writeExtensions() {
     if (model_.lights.empty() && !hasTextureTransforms_)
         return;
     json_.key("extensionsUsed").array([&] {
@@ -260,7 +257,7 @@ void GltfParts::describeExtensions() {
     if (!model_.lights.empty())
         json_.key("extensions").object([&] {
             json_.key("KHR_lights_punctual").object([&] {
-                list("lights", model_.lights, [&](const Light& light) { describe(light); });
+                writeArray("lights", model_.lights, [&](const Light& light) { writeLight(light); });
             });
         });
 }

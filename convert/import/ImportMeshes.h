@@ -1,0 +1,11 @@
+// Imports meshes.
+#pragma once
+
+#include "convert/import/ImportContext.h"
+
+namespace vrn::convert {
+
+// Creates a `mesh` for each valid mesh, and the materials that they use.
+void importMeshes(ImportContext& context);
+
+} // namespace vrn::convert

@@ -1,0 +1,21 @@
+// Sets inputs of new nodes and members of their objects.
+#pragma once
+
+#include "convert/shared/SceneNames.h"
+
+#include <span>
+#include <string_view>
+
+namespace vrn::convert {
+
+void set(Node& node, const char* name, AttrData value);
+void setMember(Input& object, const char* name, AttrData value);
+void setText(Node& node, const char* name, std::string_view text);
+void setNumbers(Node& node, const char* name, AttrType type, std::span<const double> numbers);
+void setReference(Node& node, const char* name, Node& target);
+void connect(Node& node, const char* name, Node& source, const char* output); // ignored without such an output
+
+// A value of `type` with its components set; `numbers` may be longer.
+[[nodiscard]] AttrData valueOf(AttrType type, std::span<const double> numbers);
+
+} // namespace vrn::convert

@@ -1,0 +1,28 @@
+#include "convert/model/ModelBuilder.h"
+
+#include "convert/model/Animations.h"
+#include "convert/model/ExportContext.h"
+#include "convert/model/Geometries.h"
+#include "convert/model/NodeHierarchy.h"
+#include "convert/model/Skins.h"
+#include "scene/Scene.h"
+
+namespace vrn::convert {
+
+Model buildModel(const Scene& scene, const TargetFormat& target, const TexturePaths& paths, Losses& losses) {
+    ExportContext context{.scene = scene, .target = target, .losses = losses};
+    readHierarchy(context);
+    readGeometries(context);
+    if (target.hasScene) {
+        readSkins(context);
+        readAnimations(context);
+    }
+    for (const Node& node : scene.nodes())
+        if (!node.isDefinition() && !context.visited.contains(&node))
+            losses.add("nodes of type " + std::string(node.type().view()), node);
+    for (Texture& texture : context.model.textures)
+        texture.file = paths.rebase(texture.file);
+    return std::move(context.model);
+}
+
+} // namespace vrn::convert
