@@ -19,9 +19,8 @@ std::string escape(std::string_view text, std::string_view special) {
             text.remove_prefix(escapeCharacter(text, escaped));
             continue;
         }
-        constexpr char digits[] = "0123456789ABCDEF";
-        const auto byte = static_cast<u8>(text[0]);
-        escaped += {'%', digits[byte / 16], digits[byte % 16]};
+        const auto [high, low] = hexDigits(static_cast<u8>(text[0]));
+        escaped += {'%', high, low};
         text.remove_prefix(1);
     }
     return escaped;

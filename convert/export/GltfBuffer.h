@@ -3,8 +3,8 @@
 // Nothing is gathered: the numbers stay where they are until they are written, so what is added must stay there.
 #pragma once
 
-#include "convert/export/JsonText.h"
 #include "convert/model/Values.h"
+#include "scene/JsonWriter.h"
 #include "scene/core/OutputFile.h"
 
 #include <deque>
@@ -12,6 +12,8 @@
 #include <vector>
 
 namespace vrn::convert {
+
+using vor::velmo_sdk::impl::JsonText;
 
 class GltfBuffer {
 public:
