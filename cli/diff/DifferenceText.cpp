@@ -23,10 +23,10 @@ const char* nameOf(Aspect aspect) {
 }
 
 std::string withoutMiddle(std::string_view path) {
-    constexpr std::size_t most = 1000;
-    if (path.size() <= most)
+    constexpr std::size_t maxLength = 1000;
+    if (path.size() <= maxLength)
         return std::string(path);
-    return std::string(path.substr(0, most / 2)) + "..." + std::string(path.substr(path.size() - most / 2));
+    return std::string(path.substr(0, maxLength / 2)) + "..." + std::string(path.substr(path.size() - maxLength / 2));
 }
 
 std::string arrow(const std::string& before, const std::string& after) { return before + " -> " + after; }
@@ -41,8 +41,8 @@ std::string quotedArrow(const Difference& difference) {
     return arrow(quoted(difference.before), quoted(difference.after));
 }
 
-std::string numbersText(const NumbersDifference& numbers, const char* things) {
-    std::string text = std::to_string(numbers.differing) + " of " + std::to_string(numbers.compared) + ' ' + things;
+std::string numbersText(const NumbersDifference& numbers, const char* noun) {
+    std::string text = std::to_string(numbers.differing) + " of " + std::to_string(numbers.compared) + ' ' + noun;
     text += numbers.differing == 1 ? " differs, largest difference " : " differ, largest difference ";
     if (numbers.isSingle)
         appendNumber(text, static_cast<float>(numbers.largest));
@@ -51,7 +51,7 @@ std::string numbersText(const NumbersDifference& numbers, const char* things) {
     return text + " at " + std::to_string(numbers.largestAt) + ", first at " + std::to_string(numbers.first);
 }
 
-// Long texts are shown from shortly before the byte at which they differ.
+// Long strings are shown from shortly before the first byte that differs.
 std::string stringsText(std::string_view before, std::string_view after) {
     if (before.size() <= shortLength && after.size() <= shortLength)
         return arrow(quotedShort(before), quotedShort(after));
@@ -62,7 +62,7 @@ std::string stringsText(std::string_view before, std::string_view after) {
     while (from > 0 && from < at && isInside(from))
         ++from;
     const std::string dots = from == 0 ? "" : "...";
-    return "from byte " + std::to_string(at) + " on, " +
+    return "from byte " + std::to_string(at) + ": " +
            arrow(quotedShort(dots + std::string(before.substr(from))),
                  quotedShort(dots + std::string(after.substr(from))));
 }
@@ -78,7 +78,7 @@ std::string valuesText(const Difference& difference) {
 }
 
 std::string headline(const Difference& difference, const Style& style) {
-    const auto say = [&](char sign, const std::string& text) {
+    const auto coloured = [&](char sign, const std::string& text) {
         const std::string line = sign + (' ' + text);
         switch (difference.change) {
         case Change::Added:
@@ -94,11 +94,11 @@ std::string headline(const Difference& difference, const Style& style) {
     case Aspect::Version:
     case Aspect::Time:
     case Aspect::Comments:
-        return say(sign, nameOf(difference.aspect));
+        return coloured(sign, nameOf(difference.aspect));
     case Aspect::NodeOrder:
-        return say(sign, "order of nodes");
+        return coloured(sign, "order of nodes");
     default:
-        return say(sign, std::string(escapeForTerminal(withoutMiddle(difference.path)).view()));
+        return coloured(sign, std::string(escapeForTerminal(withoutMiddle(difference.path)).view()));
     }
 }
 
@@ -110,7 +110,7 @@ std::string detail(const Difference& difference, const Style& style) {
     case Aspect::Time:
         return quotedArrow(difference);
     case Aspect::Comments:
-        return "from " + std::to_string(difference.index) + " on, " + quotedArrow(difference);
+        return "from " + std::to_string(difference.index) + ": " + quotedArrow(difference);
     case Aspect::NodeOrder:
         return "first " + arrow(difference);
     case Aspect::Input:

@@ -73,13 +73,13 @@ public:
     void finish() {
         while (!open_.empty()) {
             Open& top = open_.back();
-            if (top.left.empty()) {
+            if (top.remaining.empty()) {
                 top.isObject ? json_.endObject() : json_.endArray();
                 open_.pop_back();
                 continue;
             }
-            const Input& input = *top.left.front();
-            top.left = top.left.subspan(1);
+            const Input& input = *top.remaining.front();
+            top.remaining = top.remaining.subspan(1);
             if (top.isObject)
                 json_.key(input.name());
             write(input);
@@ -88,7 +88,7 @@ public:
 
 private:
     struct Open {
-        std::span<const Input* const> left;
+        std::span<const Input* const> remaining;
         bool isObject;
     };
 

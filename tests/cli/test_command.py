@@ -372,11 +372,11 @@ class Usage(unittest.TestCase):
     def test_values_that_are_none(self):
         for arguments, said in (
             (["graph", "--around", "", "x.vrn"], b"the value is empty"),
-            (["graph", "--hops", "5", "x.vrn"], b"name it with --around"),
-            (["tree", "--elements", "-1", "x.vrn"], b"-1 is no whole number"),
-            (["check", "--jobs", "300", "x.vrn"], b"300 is no whole number from 0 to 256"),
-            (["diff", "--tolerance", "-1", "a.vrn", "b.vrn"], b"-1 is no number from 0 on"),
-            (["diff", "--tolerance", "0.1x", "a.vrn", "b.vrn"], b"0.1x is no number from 0 on"),
+            (["graph", "--hops", "5", "x.vrn"], b"--hops requires --around NODE"),
+            (["tree", "--elements", "-1", "x.vrn"], b"-1 is not a whole number"),
+            (["check", "--jobs", "300", "x.vrn"], b"300 is not a whole number from 0 to 256"),
+            (["diff", "--tolerance", "-1", "a.vrn", "b.vrn"], b"-1 is not a finite number of at least 0"),
+            (["diff", "--tolerance", "0.1x", "a.vrn", "b.vrn"], b"0.1x is not a finite number of at least 0"),
         ):
             result = run(*arguments)
             self.assertEqual(result.returncode, 2, arguments)
@@ -384,8 +384,8 @@ class Usage(unittest.TestCase):
 
     def test_wrong_usage(self):
         misuses = {
-            "": b"a command is missing",
-            "check": b"FILE is required: name a file, or - for standard input\nvrn check --help tells more.\n",
+            "": b"no command given\nSee vrn --help.\n",
+            "check": b"FILE is required: name a file, or - for standard input\nSee vrn check --help.\n",
             "frobnicate": b"frobnicate",
             "check --format xml -": b"xml",
             "dump --bogus -": b"--bogus",

@@ -52,7 +52,7 @@ class Diff(Folder):
             [
                 "~ version: 1 -> 2",
                 '~ time: "2026-02-03 18:45" -> "2026-02-04 18:45"',
-                '~ comments: from 0 on, "# version: 1" -> "# version: 2"',
+                '~ comments: from 0: "# version: 1" -> "# version: 2"',
                 "~ cam1.fov: 45 -> 50",
                 "~ cam1.target: reference none -> box",
                 "~ box.points: 1 of 8 elements differs, largest difference 0.25 at 1, first at 1",
@@ -137,7 +137,7 @@ class Diff(Folder):
 
     def test_nothing_that_a_terminal_obeys_is_printed(self):
         lines = self.diff("# \x1b[31m\nt a; a.s = \"\x1b\";", "# \x07\nt a; a.s = \"\x07\";")
-        self.assertEqual(lines, ['~ comments: from 0 on, "# \\x1B[31m" -> "# \\x07"', '~ a.s: "\\x1B" -> "\\x07"'])
+        self.assertEqual(lines, ['~ comments: from 0: "# \\x1B[31m" -> "# \\x07"', '~ a.s: "\\x1B" -> "\\x07"'])
 
     def test_json_is_one_object_a_line(self):
         lines = self.diff("# version: 1\nt a; a.x = 1; a.r = -nan; a.b = byte[2] {1 2}; a.w[0] = 1; a.l |= a.o; t gone;",

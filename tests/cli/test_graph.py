@@ -170,7 +170,7 @@ class Picture(Folder):
         for name in ("out", "out.jpg", ".", "dot"):
             result = self.run_here("graph", "-o", name, FIRST)
             self.assertEqual(result.returncode, 2)
-            self.assertIn(b"end the name in .dot, .svg, .png or .pdf", result.stderr)
+            self.assertIn(b"unknown picture format; use a name that ends in .dot, .svg, .png or .pdf", result.stderr)
 
     def test_examples_become_pictures(self):
         for name in ("material_gallery", "character", "city_block"):
@@ -228,7 +228,7 @@ class Picture(Folder):
         path = self.file("large.vrn", text)
         result = graph("-o", self.folder / "out.png", path)
         self.assertEqual(result.returncode, 2)
-        self.assertIn(b"2001 nodes and 1 link are too many for a picture; name a part with --around NODE", result.stderr)
+        self.assertIn(b"too large for a picture (2001 nodes, 1 link); select a part with --around NODE", result.stderr)
         self.assertFalse((self.folder / "out.png").exists())
         self.assertEqual(len(names(graph(path).stdout.decode())), 2001)
         self.assertEqual(graph("-o", self.folder / "out.png", "--around", "n1", path).returncode, 0)

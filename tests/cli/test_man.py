@@ -67,7 +67,7 @@ class Man(Folder):
     def test_trouble(self):
         result = run("man", "nonsense\x1b")
         self.assertEqual((result.returncode, result.stdout), (2, b""))
-        self.assertEqual(result.stderr, b"vrn: nonsense\\x1B: there is no such command; vrn --help lists them\n")
+        self.assertEqual(result.stderr, b"vrn: nonsense\\x1B: no such command; vrn --help lists all commands\n")
         result = self.run_here("man", "--write", "nowhere")
         self.assertEqual((result.returncode, result.stderr), (2, b"vrn: nowhere/vrn.1: No such file or directory\n"))
 

@@ -25,7 +25,7 @@ KNOWS = {
     "cli/report": {"cli/report", "cli/files", "cli/terminal", "impl/Reader.h", "scene", "scene/core"},
     "cli/query": {"cli/query", "cli/terminal", "scene", "scene/core"},
     "cli/diff": {"cli/diff", "cli/query", "cli/terminal", "scene", "scene/core"},
-    "cli/graph": {"cli/graph", "cli/query", "scene", "scene/core"},
+    "cli/graph": {"cli/graph", "cli/query", "cli/terminal", "scene", "scene/core"},
     "cli/shell": {"cli/shell", "cli/arguments", "cli/terminal"},
     "cli/commands": {*("cli/" + room for room in CLI_ROOMS), "convert/Convert.h", "impl/Formatter.h", "scene", "scene/core"},
     "cli": {"cli/arguments", "cli/commands", "cli/files", "cli/terminal"},
