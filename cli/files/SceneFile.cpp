@@ -60,7 +60,7 @@ void addReadingOptions(std::vector<Option>& options, SceneArguments& arguments) 
          .value = "COUNT",
          .max = u64(1) << 60});
     options.push_back({.names = "--max-buffer-bytes",
-                       .help = "Limit the size of a buffer",
+                       .help = "Limit the size of a buffer in bytes",
                        .target = &arguments.limits.maxBufferBytes,
                        .value = "BYTES",
                        .max = u64(1) << 60});

@@ -1,4 +1,4 @@
-"""The manual pages. ODD names a program whose table of commands has odd texts."""
+"""The manual pages. The variable ODD is the path of a program with special characters in its table of commands."""
 import os
 import re
 import shutil
@@ -17,7 +17,7 @@ def page(command, program=VRN):
 
 
 def shown(text):
-    """A page as a terminal shows it, without bold and italic."""
+    """The page as plain text."""
     output = subprocess.run(["mandoc", "-Tascii", "-Owidth=200"], input=text, capture_output=True, check=True).stdout
     return re.sub(".\b", "", output.decode())
 

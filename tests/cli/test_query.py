@@ -1,4 +1,4 @@
-"""`vrn query`, as a shell script would run it."""
+"""`vrn query`."""
 import json
 import os
 import pty
@@ -68,7 +68,7 @@ class Query(Folder):
     def test_several_paths_answer_in_their_order(self):
         self.assertEqual(query("m.o.p.q", "cam1.fov")[0], "7\n45.5\n")
 
-    def test_a_path_that_leads_nowhere_says_how_far(self):
+    def test_a_path_without_a_match_is_reported_with_its_longest_match(self):
         for path, reason in (
             ("cam9.fov", "not found: the scene has no such node"), ("cam1.fvo", "not found below cam1"),
             ("m.o.p.x", "not found below m.o.p"), ("m.i[3]", "not found below m.i"), ("m.i[-4]", "not found below m.i"),
@@ -80,7 +80,7 @@ class Query(Folder):
                 self.assertEqual(query(path), ("", f"vrn: {path}: {reason}\n", 1))
         self.assertEqual(query("cam9.x", "cam1.fov")[0], "45.5\n")
 
-    def test_malformed_paths_are_refused_with_their_place(self):
+    def test_malformed_paths_are_rejected_with_the_position(self):
         for path, reason in (
             (".x", "1: expected a name"), ("a..b", "3: expected a name"),
             ("a.", "3: expected a name"), ("a[", "3: expected an index"), ("a[]", "3: expected an index"),
@@ -146,7 +146,7 @@ class Query(Folder):
         os.close(theirs)
         os.close(ours)
 
-    def test_a_broken_scene_still_answers(self):
+    def test_a_scene_with_an_error_can_be_queried(self):
         result = run("query", "-", "a.x", stdin=b"t a; a.x = 1; oops")
         self.assertEqual((result.returncode, result.stdout), (1, b"1\n"))
         self.assertIn(b"unrecognized token 'oops'", result.stderr)
