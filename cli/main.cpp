@@ -3,6 +3,7 @@
 #include "cli/commands/Commands.h"
 #include "cli/files/SceneFile.h"
 #include "cli/terminal/Console.h"
+#include "cli/terminal/Messages.h"
 
 #include <csignal>
 #include <new>
@@ -18,14 +19,14 @@ std::vector<Command> allCommands() {
 
 int main(int argc, char** argv) {
     using namespace vrn::cli;
-    // Whoever reads the output may have seen enough: that is a quiet end, also where the parent ignores the signal.
+    // When the reader of the output closes the pipe, end silently, even if the parent ignores the signal.
     std::signal(SIGPIPE, SIG_DFL);
     try {
         return runCommandLine(allCommands(), argc, argv);
     } catch (const UnusableCatalogue&) {
         return exitTrouble;
     } catch (const std::bad_alloc&) {
-        printError("vrn: out of memory\n");
+        printError(std::string("vrn: ") + messages::outOfMemory + "\n");
         return exitTrouble;
     } catch (const std::exception& error) {
         printError(std::string("vrn: ") + error.what() + "\n");

@@ -1,96 +1,48 @@
 #include "scene/SceneJson.h"
 
 #include "scene/BufferNumbers.h"
-#include "scene/RapidJson.h"
-#include "scene/core/NumberText.h"
-#include "scene/core/TextEncoding.h"
+#include "scene/JsonWriter.h"
 
-#include <algorithm>
-#include <cmath>
-#include <rapidjson/prettywriter.h>
 #include <vector>
-
-namespace vor::velmo_sdk::impl {
-
-// The output stream of the JSON writers, in their words.
-class BlockStream : public TextBlock {
-public:
-    using Ch = char;
-    using TextBlock::TextBlock;
-    void Put(char c) { append(c); }
-    void Flush() { flush(); }
-};
-
-} // namespace vor::velmo_sdk::impl
-
-namespace rapidjson {
-
-// Writes the indentation of a line. It stops growing at some depth: inputs may be nested so deep that
-// the spaces would outgrow everything else.
-template <> inline void PutN(vor::velmo_sdk::impl::BlockStream& stream, char c, std::size_t count) {
-    stream.append(std::min<std::size_t>(count, 64), c);
-}
-
-} // namespace rapidjson
 
 namespace vor::velmo_sdk::impl {
 
 namespace {
 
-using CompactWriter = rapidjson::Writer<BlockStream, rapidjson::UTF8<>, rapidjson::UTF8<>, JsonAllocator>;
-using IndentedWriter = rapidjson::PrettyWriter<BlockStream, rapidjson::UTF8<>, rapidjson::UTF8<>, JsonAllocator>;
-
-// Arrays of numbers stand on one line, all others on a line an item.
-void setOneLineArrays(CompactWriter&, bool) {}
-void setOneLineArrays(IndentedWriter& writer, bool isOneLine) {
-    writer.SetFormatOptions(isOneLine ? rapidjson::kFormatSingleLineArray : rapidjson::kFormatDefault);
-}
-
-template <class Writer> class SceneWriter {
+template <class Json> class SceneWriter {
 public:
-    SceneWriter(Writer& writer, const SceneJsonOptions& options) : writer_(writer), options_(options) {}
+    SceneWriter(Json& json, const SceneJsonOptions& options) : json_(json), options_(options) {}
 
     void write(const Scene& scene) {
-        writer_.StartObject();
-        key("version");
-        writer_.Uint64(scene.fileVersion());
-        key("time");
-        text(scene.fileTime());
-        key("comments");
-        writer_.StartArray();
-        for (const String& comment : scene.fileComments())
-            text(comment);
-        writer_.EndArray();
-        key("nodes");
-        writer_.StartArray();
-        for (const Node& node : scene.nodes())
-            write(node);
-        writer_.EndArray();
-        writer_.EndObject();
+        json_.object([&] {
+            json_.key("version").integer(scene.fileVersion());
+            json_.key("time").text(scene.fileTime());
+            json_.key("comments").array([&] {
+                for (const String& comment : scene.fileComments())
+                    json_.text(comment);
+            });
+            json_.key("nodes").array([&] {
+                for (const Node& node : scene.nodes())
+                    write(node);
+            });
+        });
     }
 
 private:
-    // An input whose children are being written; inputs may be nested too deep for recursion.
+    // An input whose children are being written. A stack of these, because inputs can be nested too deep for recursion.
     struct Open {
         const Input* input; // null for the node itself
         std::span<const Input* const> left;
     };
 
     void write(const Node& node) {
-        writer_.StartObject();
-        key("name");
-        text(node.name());
-        key("type");
-        text(node.type());
-        if (node.isDefinition()) {
-            key("definition");
-            writer_.Bool(true);
-        }
-        key("inputs");
-        writer_.StartArray();
-        writeAll(node.inputs());
-        writer_.EndArray();
-        writer_.EndObject();
+        json_.object([&] {
+            json_.key("name").text(node.name());
+            json_.key("type").text(node.type());
+            if (node.isDefinition())
+                json_.key("definition").boolean(true);
+            json_.key("inputs").array([&] { writeAll(node.inputs()); });
+        });
     }
 
     void writeAll(std::span<const Input* const> inputs) {
@@ -112,24 +64,19 @@ private:
     }
 
     void begin(const Input& input) {
-        writer_.StartObject();
-        if (!input.isElement()) {
-            key("name");
-            text(input.name());
-        }
-        key("type");
-        text(input.typeName());
+        json_.beginObject();
+        if (!input.isElement())
+            json_.key("name").text(input.name());
+        json_.key("type").text(input.typeName());
         writeValue(input);
     }
 
     void end(const Input& input) {
         if (input.type() == AttrType::Array || input.type() == AttrType::Object)
-            writer_.EndArray();
-        if (const Output* source = input.connection()) {
-            key("connection");
-            text(source->label());
-        }
-        writer_.EndObject();
+            json_.endArray();
+        if (const Output* source = input.connection())
+            json_.key("connection").text(source->label());
+        json_.endObject();
     }
 
     void writeValue(const Input& input) {
@@ -138,116 +85,64 @@ private:
         case AttrType::Null:
             return;
         case AttrType::Bool:
-            key("value");
-            writer_.Bool(value.asBool());
-            return;
+            return json_.key("value").boolean(value.asBool());
         case AttrType::Int:
-            key("value");
-            writer_.Int64(value.asInt());
-            return;
+            return json_.key("value").number(value.asInt());
         case AttrType::UInt:
-            key("value");
-            writer_.Uint64(value.asUInt());
-            return;
+            return json_.key("value").number(value.asUInt());
         case AttrType::Real:
-            key("value");
-            real(value.asReal());
-            return;
+            return json_.key("value").number(value.asReal());
         case AttrType::String:
-            key("value");
-            text(value.asString());
-            return;
+            return json_.key("value").text(value.asString());
         case AttrType::Node:
-            key("value");
-            input.nodeValue() ? text(input.nodeValue()->name()) : void(writer_.Null());
-            return;
+            json_.key("value");
+            return input.nodeValue() ? json_.text(input.nodeValue()->name()) : json_.null();
         case AttrType::Buffer:
-            writeBuffer(value);
-            return;
+            return writeBuffer(value);
         case AttrType::Array:
-            key("elementType");
-            text(attrTypeName(input.elementType()));
-            key("elements");
-            writer_.StartArray();
+            json_.key("elementType").text(attrTypeName(input.elementType()));
+            json_.key("elements").beginArray();
             return;
         case AttrType::Object:
-            key("members");
-            writer_.StartArray();
+            json_.key("members").beginArray();
             return;
         default:
-            key("value");
-            numbers([&] { list(value.components()); });
+            json_.key("value").numbers(value.components());
         }
     }
 
     void writeBuffer(const AttrData& value) {
-        key("dataType");
-        text(dataTypeName(value.dataType()));
-        key("count");
-        writer_.Uint64(value.count());
+        json_.key("dataType").text(dataTypeName(value.dataType()));
+        json_.key("count").integer(value.count());
         if (!options_.hasBufferData)
             return;
-        key("data");
-        numbers([&] { visitNumbers(value, [&](auto elements) { list(elements); }); });
+        json_.key("data").row([&] {
+            visitNumbers(value, [&](auto numbers) {
+                for (const auto number : numbers)
+                    json_.number(number);
+            });
+        });
     }
 
-    template <class Write> void numbers(Write write) {
-        setOneLineArrays(writer_, true);
-        writer_.StartArray();
-        write();
-        writer_.EndArray();
-        setOneLineArrays(writer_, false);
-    }
-
-    template <class T> void number(T value) {
-        if constexpr (std::is_floating_point_v<T>)
-            real(value);
-        else if constexpr (std::is_signed_v<T>)
-            writer_.Int64(value);
-        else
-            writer_.Uint64(value);
-    }
-
-    template <class T> void list(std::span<const T> values) {
-        for (const T value : values)
-            number(value);
-    }
-
-    void key(const char* name) { writer_.Key(name); }
-
-    void text(const String& text) { writeJsonText(writer_, text); }
-
-    template <class Real> void real(Real value) {
-        char buffer[realTextCapacity];
-        const std::string_view number = writeReal(value, buffer);
-        if (std::isfinite(value))
-            writer_.RawValue(number.data(), number.size(), rapidjson::kNumberType);
-        else
-            writer_.String(number.data(), number.size());
-    }
-
-    Writer& writer_;
+    Json& json_;
     const SceneJsonOptions& options_;
 };
 
-template <class Writer> void writeWith(Writer& writer, const Scene& scene, const SceneJsonOptions& options) {
-    SceneWriter<Writer>(writer, options).write(scene);
+template <template <class> class Layout>
+void writeWith(const Scene& scene, const SceneJsonOptions& options, const TextSink& sink) {
+    JsonWriter<JsonBlocks, Layout> json(sink);
+    SceneWriter(json, options).write(scene);
+    json.stream().Put('\n');
+    json.stream().Flush();
 }
 
 } // namespace
 
 void writeSceneJson(const Scene& scene, const SceneJsonOptions& options, const TextSink& sink) {
-    BlockStream stream(sink);
-    if (options.isCompact) {
-        CompactWriter writer(stream);
-        writeWith(writer, scene, options);
-    } else {
-        IndentedWriter writer(stream);
-        writer.SetIndent(' ', 2);
-        writeWith(writer, scene, options);
-    }
-    stream.Put('\n');
-    stream.Flush();
+    if (options.isCompact)
+        writeWith<CompactJson>(scene, options, sink);
+    else
+        writeWith<IndentedJson>(scene, options, sink);
 }
 
 } // namespace vor::velmo_sdk::impl

@@ -3,9 +3,8 @@
 //     writeSceneJson(scene, {.isCompact = true}, [](std::string_view text) { std::cout << text; });
 //
 // One object: {"version", "time", "comments", "nodes": [{"name", "type", "definition", "inputs": [...]}]}
-// in order of creation; docs/json.md describes every member. Texts are written as UTF-8, whatever
-// bytes the scene holds; real numbers as the shortest text that reads back the same, infinities and
-// NaN as the strings "inf", "-inf" and "nan".
+// in order of creation; docs/json.md describes every member. Strings are valid UTF-8 whatever bytes the scene holds;
+// real numbers are the shortest text that reads back the same, infinities and NaN the strings "inf", "-inf" and "nan".
 #pragma once
 
 #include "scene/Scene.h"
@@ -16,11 +15,11 @@ namespace vor::velmo_sdk::impl {
 
 struct SceneJsonOptions {
     bool isCompact = false;    // one line, no spaces
-    bool hasBufferData = true; // or only the type and the count of each buffer
+    bool hasBufferData = true; // false: only the type and count of each buffer
 };
 
-// Writes the scene in pieces of some 64 KiB, ending in a line feed; the text is never held whole. What
-// `sink` throws passes through.
+// Writes the scene to `sink` in blocks of about 64 KiB, without ever holding the whole text, and ends with a line feed.
+// Exceptions of `sink` pass through.
 VRN_API void writeSceneJson(const Scene& scene, const SceneJsonOptions& options, const TextSink& sink);
 
 } // namespace vor::velmo_sdk::impl

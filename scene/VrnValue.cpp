@@ -43,7 +43,7 @@ void appendComponents(const AttrData& value, std::string& text) {
 
 // A character that the text cannot hold as it is: a control character, a quote, or no character at all.
 void appendEscaped(char c, std::string& text) {
-    constexpr char digits[] = "0123456789ABCDEF";
+    const auto [high, low] = hexDigits(static_cast<u8>(c));
     switch (c) {
     case '"':
     case '\\':
@@ -59,7 +59,7 @@ void appendEscaped(char c, std::string& text) {
         text += "\\r";
         return;
     default:
-        text.append("\\x").append(1, digits[static_cast<u8>(c) >> 4]).append(1, digits[static_cast<u8>(c) & 15]);
+        text.append("\\x").append({high, low});
     }
 }
 

@@ -9,7 +9,7 @@ namespace vrn::cli {
 
 namespace {
 
-struct Text {
+struct DefaultText {
     std::string operator()(const bool*) const { return {}; }
     std::string operator()(const std::vector<std::string>*) const { return {}; }
     std::string operator()(const std::string* text) const { return *text; }
@@ -30,13 +30,13 @@ std::vector<std::string> Option::nameList() const {
     return list;
 }
 
-std::string Option::defaultText() const { return std::visit(Text{}, target); }
+std::string Option::defaultText() const { return std::visit(DefaultText{}, target); }
 
 std::string Command::exitStatusText() const { return exitStatuses.empty() ? vrn::cli::exitStatuses : exitStatuses; }
 
 void addColorOption(std::vector<Option>& options, std::string& when) {
     options.push_back({.names = "--color",
-                       .help = "Colours: auto is on a terminal, unless NO_COLOR is set",
+                       .help = "Use colour: auto colours terminals only, unless NO_COLOR is set",
                        .target = &when,
                        .value = "WHEN",
                        .choices = {"auto", "always", "never"}});

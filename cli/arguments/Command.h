@@ -1,4 +1,4 @@
-// A command of `vrn` as data: what help, completions and manual pages say of it, and what it does.
+// A command of `vrn` as data, from which its argument parser, help, shell completions and manual page are made.
 #pragma once
 
 #include "scene/core/Types.h"
@@ -11,26 +11,25 @@
 
 namespace vrn::cli {
 
-// What a value names, so that a shell can complete it.
+// What shells complete a value with.
 enum class Completion { Nothing, File, Scene, Folder, Command };
 
-// One option or argument, and the variable that takes its value and holds its default.
+// One option or positional argument, and the variable that holds its default and receives its value.
 struct Option {
     using Target = std::variant<bool*, std::string*, vor::u64*, double*, std::vector<std::string>*>;
 
-    std::string names; // `--format`, `-i,--in-place`; without dashes it is an argument, known by its place
-    std::string help;  // what it does, on one line
+    std::string names; // `--format`, `-i,--in-place`; a positional argument has no dashes
+    std::string help;  // one line
     Target target;
-    std::string value{};                // what stands for the value in a text; not for bool
-    std::vector<std::string> choices{}; // if only these are taken
+    std::string value{};                // placeholder of the value in help; not for bool
+    std::vector<std::string> choices{}; // the values allowed; empty for any
     Completion completion = Completion::Nothing;
-    vor::u64 most = std::numeric_limits<vor::u64>::max(); // of a whole number
+    vor::u64 max = std::numeric_limits<vor::u64>::max(); // of a whole number
     bool isRequired = false;
 
-    // Each of the names by itself.
     [[nodiscard]] std::vector<std::string> nameList() const;
 
-    // What the variable holds, as text; empty for a flag or a list.
+    // The value of the variable as text; empty for a flag or a list.
     [[nodiscard]] std::string defaultText() const;
 
     [[nodiscard]] bool isArgument() const { return names[0] != '-'; }
@@ -40,17 +39,17 @@ struct Option {
 
 struct Command {
     std::string name;
-    std::string what;    // what it is for, on one line
-    std::string example; // lines of a shell
+    std::string what;    // what it does, on one line, in the imperative mood
+    std::string example; // shell commands, one a line
     std::vector<Option> options{};
-    std::string details{};      // anything more that its help should say
-    std::function<int()> run{}; // does it and returns the exit status; owns the variables of the options
-    std::string exitStatuses{}; // what they mean, if not what they mean to most
+    std::string details{};      // further paragraphs of its help
+    std::function<int()> run{}; // returns the exit status; owns the variables of the options
+    std::string exitStatuses{}; // replaces the meanings that most commands share
 
     [[nodiscard]] std::string exitStatusText() const;
 };
 
-// The option `--color` of the commands that print in colour; `when` holds its default, `auto`.
+// Adds the option `--color`; `when` holds its default, `auto`.
 void addColorOption(std::vector<Option>& options, std::string& when);
 
 } // namespace vrn::cli

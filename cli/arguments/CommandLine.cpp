@@ -1,6 +1,7 @@
 #include "cli/arguments/CommandLine.h"
 
 #include "cli/terminal/Console.h"
+#include "cli/terminal/Messages.h"
 #include "scene/core/NumberText.h"
 #include "scene/core/TextEncoding.h"
 
@@ -13,27 +14,26 @@ namespace vrn::cli {
 
 namespace {
 
-// The argument library takes `[a,b]` for a list and what begins with a dash for an option, also behind a `--` that
-// follows an argument; but files may be called so. Such arguments are parsed behind a character that is taken off
-// again.
-constexpr char shield = '\x01';
+// CLI11 parses `[a,b]` as a list, and an argument with a leading dash as an option even after a `--` that follows a
+// positional argument. Both can be file names, so such arguments are prefixed while CLI11 parses them.
+constexpr char shieldPrefix = '\x01';
 
 std::string unshield(std::string argument) {
-    if (argument.starts_with(shield))
+    if (argument.starts_with(shieldPrefix))
         argument.erase(0, 1);
     return argument;
 }
 
-// The arguments as the library wants them: without the program's name, the last one first.
+// The arguments in the form that CLI11 parses: without the program's name, in reverse order.
 std::vector<std::string> shielded(int argc, char** argv) {
     std::vector<std::string> arguments;
-    bool areFiles = false; // behind `--`
+    bool areFiles = false; // after `--`
     for (int i = 1; i < argc; ++i) {
         const std::string argument = argv[i];
         if (!areFiles && argument == "--")
             areFiles = true;
         else if (argument.starts_with('[') || (areFiles && argument.starts_with('-')))
-            arguments.push_back(shield + argument);
+            arguments.push_back(shieldPrefix + argument);
         else
             arguments.push_back(argument);
     }
@@ -41,17 +41,20 @@ std::vector<std::string> shielded(int argc, char** argv) {
     return arguments;
 }
 
-// Mostly the name of a shell's variable that is not set.
-std::string refuseEmpty(const std::string& value) { return value.empty() ? "the value is empty" : ""; }
+// An empty value is usually an unset shell variable.
+std::string refuseEmpty(const std::string& value) { return value.empty() ? messages::valueEmpty : ""; }
 
-CLI::Validator wholeNumber(vor::u64 most) {
-    const bool isLimited = most != std::numeric_limits<vor::u64>::max();
-    const std::string range = isLimited ? "0 to " + std::to_string(most) : "";
-    const auto check = [most, range](std::string& text) -> std::string {
+CLI::Validator wholeNumber(vor::u64 max) {
+    const bool isLimited = max != std::numeric_limits<vor::u64>::max();
+    const std::string range = isLimited ? "0 to " + std::to_string(max) : "";
+    const auto check = [max, range](std::string& text) -> std::string {
         unsigned long long number = 0;
-        if (vor::parseInteger(text, number, vor::String::Radix::Auto) && number <= most)
+        if (vor::parseInteger(text, number, vor::String::Radix::Auto) && number <= max)
             return {};
-        return text + " is no whole number" + (range.empty() ? "" : " from " + range);
+        const vor::String reason = range.empty()
+                                       ? vor::String::format(messages::notWholeNumber, text.c_str())
+                                       : vor::String::format(messages::notInRange, text.c_str(), range.c_str());
+        return reason.buf();
     };
     return {check, range};
 }
@@ -60,12 +63,12 @@ CLI::Validator positiveNumber() {
     const auto check = [](std::string& text) -> std::string {
         double number = 0;
         const bool isGood = vor::parseReal(text, number) && number >= 0 && number <= std::numeric_limits<double>::max();
-        return isGood ? std::string() : text + " is no number from 0 on";
+        return isGood ? std::string() : vor::String::format(messages::notPositive, text.c_str()).buf();
     };
     return {check, ""};
 }
 
-// What the library has to know of an option besides its name, by what it sets.
+// Registers an option by the type of its variable.
 struct Adder {
     CLI::App& app;
     const Option& option;
@@ -74,7 +77,7 @@ struct Adder {
     CLI::Option* operator()(vor::u64* target) const {
         return app.add_option(option.names, *target, option.help)
             ->capture_default_str()
-            ->check(wholeNumber(option.most));
+            ->check(wholeNumber(option.max));
     }
     CLI::Option* operator()(double* target) const {
         return app.add_option(option.names, *target, option.help)->capture_default_str()->check(positiveNumber());
@@ -109,7 +112,7 @@ std::string examples(const std::vector<Command>& commands) {
     std::string text = "Examples:\n";
     for (const Command& command : commands)
         text += "  " + command.example.substr(0, command.example.find('\n')) + '\n';
-    return text + "\nvrn COMMAND --help tells more.\n";
+    return text + "\nSee vrn COMMAND --help for the options of a command.\n";
 }
 
 std::string footer(const Command& command) {
@@ -120,23 +123,26 @@ std::string footer(const Command& command) {
     return text + "Example:\n" + example + "\n\nExit status: " + command.exitStatusText();
 }
 
-// `help` is the call that tells more.
+// `help` is the command that prints the help.
 int misused(const std::string& reason, const std::string& help = "vrn --help") {
-    printError("vrn: " + std::string(vor::escapeForTerminal(reason).view()) + '\n' + help + " tells more.\n");
+    printError("vrn: " + std::string(vor::escapeForTerminal(reason).view()) + "\nSee " + help + ".\n");
     return exitTrouble;
 }
 
-// What to do about a required option that is not there.
+// How to supply a required option.
 std::string remedy(const Option& option) {
     return option.completion == Completion::Scene ? "name a file, or - for standard input" : option.help;
 }
 
-// The required options of a command that are not there, and what to do; empty if there are none.
-std::string missing(const CLI::App& app, const Command& command) {
+// The missing required options of a command and how to supply them; empty if none is missing.
+std::string missingOptions(const CLI::App& app, const Command& command) {
     std::string text;
-    for (const Option& option : command.options)
-        if (option.isRequired && app.count(option.nameList()[0]) == 0)
-            text += (text.empty() ? "" : "; ") + option.names + " is required: " + remedy(option);
+    for (const Option& option : command.options) {
+        if (!option.isRequired || app.count(option.nameList()[0]) != 0)
+            continue;
+        text += text.empty() ? "" : "; ";
+        text += vor::String::format(messages::optionRequired, option.names.c_str(), remedy(option).c_str()).view();
+    }
     return text;
 }
 
@@ -145,10 +151,19 @@ int misused(const CLI::App& app, const std::vector<Command>& commands, const CLI
         if (app.got_subcommand(command.name)) {
             std::string reason;
             if (dynamic_cast<const CLI::RequiredError*>(&error))
-                reason = missing(*app.get_subcommand(command.name), command);
+                reason = missingOptions(*app.get_subcommand(command.name), command);
             return misused(reason.empty() ? error.what() : reason, "vrn " + command.name + " --help");
         }
     return misused(error.what());
+}
+
+void addCommands(CLI::App& app, const std::vector<Command>& commands) {
+    for (const Command& command : commands) {
+        CLI::App* added = app.add_subcommand(command.name, command.what);
+        added->footer(footer(command));
+        for (const Option& option : command.options)
+            add(*added, option);
+    }
 }
 
 } // namespace
@@ -159,12 +174,7 @@ int runCommandLine(const std::vector<Command>& commands, int argc, char** argv) 
     app.set_help_flag("-h,--help", "Show this help");
     app.require_subcommand(0, 1);
     app.footer(examples(commands));
-    for (const Command& command : commands) {
-        CLI::App* added = app.add_subcommand(command.name, command.what);
-        added->footer(footer(command));
-        for (const Option& option : command.options)
-            add(*added, option);
-    }
+    addCommands(app, commands);
     try {
         app.parse(shielded(argc, argv));
     } catch (const CLI::Success& help) {
@@ -178,7 +188,7 @@ int runCommandLine(const std::vector<Command>& commands, int argc, char** argv) 
     for (const Command& command : commands)
         if (app.got_subcommand(command.name))
             return command.run();
-    return misused("a command is missing");
+    return misused(messages::noCommand);
 }
 
 } // namespace vrn::cli

@@ -16,8 +16,8 @@ namespace {
 struct CheckOptions {
     SceneArguments scenes;
     std::string format = "text";
-    bool isWithoutLint = false; // or says what the reader takes without a word, too
-    bool isWarningError = false;
+    bool areNoticesHidden = false;
+    bool areWarningsErrors = false;
 };
 
 struct Format {
@@ -33,11 +33,11 @@ Totals totalsOf(const SceneFile& file) {
     return {.files = 1, .errors = file.count(LogSeverity::Error), .warnings = file.warnings()};
 }
 
-void add(const Totals& some, Totals& all) {
-    all.files += some.files;
-    all.errors += some.errors;
-    all.warnings += some.warnings;
-    all.unreadable += some.unreadable;
+void add(const Totals& ofFile, Totals& totals) {
+    totals.files += ofFile.files;
+    totals.errors += ofFile.errors;
+    totals.warnings += ofFile.warnings;
+    totals.unreadable += ofFile.unreadable;
 }
 
 int check(const CheckOptions& options) {
@@ -50,8 +50,8 @@ int check(const CheckOptions& options) {
             add(found, totals);
         };
     };
-    int status = visitScenes(options.scenes, visit, options.isWithoutLint ? Notices::No : Notices::Yes);
-    if (options.isWarningError && totals.warnings != 0)
+    int status = visitScenes(options.scenes, visit, options.areNoticesHidden ? Notices::No : Notices::Yes);
+    if (options.areWarningsErrors && totals.warnings != 0)
         status = std::max<int>(status, exitErrors);
     report->end(totals);
     return finishOutput() ? status : exitTrouble;
@@ -68,7 +68,7 @@ std::vector<std::string> formatNames() {
 Command checkCommand() {
     const auto options = std::make_shared<CheckOptions>();
     Command command{.name = "check",
-                    .what = "Say what is wrong with scenes, and where",
+                    .what = "Report errors and warnings in scenes, with their positions",
                     .example = "vrn check --werror examples/*.vrn\n"
                                "vrn check --jobs 0 --format sarif scenes > check.sarif\n"
                                "generate-scene | vrn check --format json -",
@@ -76,16 +76,17 @@ Command checkCommand() {
     addSceneFilesAndFolders(command.options, options->scenes);
     addReadingOptions(command.options, options->scenes);
     command.options.push_back({.names = "--format",
-                               .help = "How to say it: text, json (one line a file), sarif (one SARIF 2.1.0 log), or "
-                                       "github (annotations of a workflow)",
+                               .help =
+                                   "Set the format of the report: text, json (one line a file), sarif (a SARIF 2.1.0 "
+                                   "log), or github (workflow annotations)",
                                .target = &options->format,
                                .value = "FORMAT",
                                .choices = formatNames()});
     command.options.push_back({.names = "--no-lint",
-                               .help = "Say nothing of what the reader takes without a word, but may not be meant",
-                               .target = &options->isWithoutLint});
+                               .help = "Omit the warnings about input that is valid but probably unintended",
+                               .target = &options->areNoticesHidden});
     command.options.push_back(
-        {.names = "--werror", .help = "Let warnings fail the check, too", .target = &options->isWarningError});
+        {.names = "--werror", .help = "Treat warnings as errors", .target = &options->areWarningsErrors});
     return command;
 }
 

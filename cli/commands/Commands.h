@@ -1,4 +1,4 @@
-// The commands of `vrn`, in the order in which its help lists them.
+// The commands of `vrn`, in the order of its help.
 #pragma once
 
 #include "cli/arguments/Command.h"

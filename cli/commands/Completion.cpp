@@ -18,11 +18,11 @@ static int printCompletion(const std::string& shell) {
 Command completionCommand() {
     const auto shell = std::make_shared<std::string>();
     Command command{.name = "completion",
-                    .what = "Print a script that lets a shell complete the words behind vrn",
+                    .what = "Print a shell script that completes the arguments of vrn",
                     .example = "source <(vrn completion bash)\nvrn completion fish | source",
                     .run = [shell] { return printCompletion(*shell); }};
     command.options.push_back({.names = "SHELL",
-                               .help = "Which shell the script is for",
+                               .help = "The shell to print the script for",
                                .target = shell.get(),
                                .choices = {"bash", "fish", "zsh"},
                                .isRequired = true});

@@ -4,6 +4,7 @@
 #include "cli/files/Isolated.h"
 #include "cli/files/SceneFile.h"
 #include "cli/terminal/Console.h"
+#include "cli/terminal/Messages.h"
 #include "cli/terminal/Progress.h"
 #include "scene/core/OutputFile.h"
 #include "scene/core/TextEncoding.h"
@@ -28,18 +29,19 @@ struct ConvertOptions {
     SceneArguments scenes;
 };
 
-// Always said: who converts a scene should know what is not in the result.
-void say(const Losses& losses, const std::string& file) {
+// Losses are always reported: nothing may go missing silently.
+void report(const Losses& losses, const std::string& file) {
     std::string text;
     for (const convert::Loss& loss : losses.all())
-        text += String::format("vrn: %s: lost: %s: %llu (%s%s)\n", escapeForTerminal(file).buf(),
-                               escapeForTerminal(loss.what).buf(), static_cast<unsigned long long>(loss.count),
-                               loss.count == 1 ? "" : "first ", escapeForTerminal(loss.first).buf())
+        text += String::format(messages::lost, escapeForTerminal(file).buf(), escapeForTerminal(loss.what).buf(),
+                               static_cast<unsigned long long>(loss.count), loss.count == 1 ? "" : "first ",
+                               escapeForTerminal(loss.first).buf())
                     .view();
     printError(text);
 }
 
-// What is wrong with a scene is the scene's exit status, what is wrong with a file the trouble's.
+// Runs `act` and reports its errors. Returns exitErrors for bad content, exitTrouble for a file that cannot be
+// accessed.
 int attempt(auto act) {
     try {
         act();
@@ -60,19 +62,19 @@ void write(const Scene& scene, Losses& losses, const ConvertOptions& options, co
         const Progress progress("Writing", options.scenes.isQuiet);
         convert::writeScene(scene, options.to, losses, paths);
     }
-    say(losses, options.to);
+    report(losses, options.to);
 }
 
-// Assimp tells of some formats how far it has come.
+// Assimp reports its progress for some formats only.
 void read(const ConvertOptions& options, Scene& scene, Losses& losses) {
     Progress progress({options.from}, options.scenes.isQuiet);
-    progress.keepShowing();
+    progress.startTimer();
     std::error_code error;
     const auto size = static_cast<double>(std::filesystem::file_size(options.from, error));
-    u64 told = 0;
+    u64 reported = 0;
     convert::readModel(options.from, scene, losses, {options.from, options.to}, [&](double part) {
-        const u64 bytes = error ? 0 : std::max(told, static_cast<u64>(part * size));
-        progress.advance(bytes - std::exchange(told, bytes));
+        const u64 bytes = error ? 0 : std::max(reported, static_cast<u64>(part * size));
+        progress.advance(bytes - std::exchange(reported, bytes));
     });
 }
 
@@ -85,14 +87,14 @@ int convertText(const ConvertOptions& options) {
             return;
         printError(file.diagnosticsText());
         if (file.hasErrors())
-            return complain(file.displayName(), "not converted, because of the errors above");
+            return complain(file.displayName(), messages::notConverted);
         Losses losses;
         written = attempt([&] { write(scene, losses, options, {options.from, options.to}); });
     });
     return std::max(read, written);
 }
 
-// Assimp ends the process when it meets what it did not expect, so it gets one of its own.
+// Assimp can crash on malformed files, so it runs in a child process.
 int convertModel(const ConvertOptions& options) {
     const auto catalogue = loadCatalogue(options.scenes);
     const Ending ending = runIsolated([&] {
@@ -106,27 +108,27 @@ int convertModel(const ConvertOptions& options) {
         });
     });
     if (ending.signal == SIGKILL) {
-        complain(std::string_view(options.from), "its reader was killed, perhaps for lack of memory");
+        complain(std::string_view(options.from), messages::readerKilled);
         return exitTrouble;
     }
     if (ending.signal != 0)
-        complain(std::string_view(options.from), "it is so broken that its reader gave up");
+        complain(std::string_view(options.from), messages::readerCrashed);
     return ending.status;
 }
 
-int refuse(const std::string& file, const char* what, const std::string& known) {
-    complain(std::string_view(file), std::string_view(std::string("the extension does not say a format that can be ") +
-                                                      what + "; these do: " + known));
+int refuse(const std::string& file, const String& reason) {
+    complain(std::string_view(file), reason);
     return exitTrouble;
 }
 
 int run(const ConvertOptions& options) {
     if (!convert::canWrite(options.to))
-        return refuse(options.to, "written", convert::writableExtensions());
+        return refuse(options.to, String::format(messages::unwritableExtension, convert::writableExtensions().c_str()));
     if (convert::extensionOf(options.from) == ".vrn")
         return convertText(options);
     if (!convert::canRead(options.from))
-        return refuse(options.from, "read", ".vrn " + convert::readableExtensions());
+        return refuse(options.from,
+                      String::format(messages::unreadableExtension, (".vrn " + convert::readableExtensions()).c_str()));
     return convertModel(options);
 }
 
@@ -135,7 +137,7 @@ int run(const ConvertOptions& options) {
 Command convertCommand() {
     const auto options = std::make_shared<ConvertOptions>();
     Command command{.name = "convert",
-                    .what = "Convert a scene from and to other formats",
+                    .what = "Convert a scene from or to another format",
                     .example = "vrn convert examples/character.vrn character.glb\nvrn convert chair.obj chair.json",
                     .run = [options] { return run(*options); }};
     command.options.push_back(
@@ -151,8 +153,8 @@ Command convertCommand() {
                                .isRequired = true});
     addReadingOptions(command.options, options->scenes);
     command.details =
-        "The extensions of the files say their formats. What the format of OUT cannot express is left out and\n"
-        "said, a line for each kind. A scene with errors is not converted.";
+        "The file extensions determine the formats. What the format of OUT cannot express is omitted and\n"
+        "reported, one line a kind. A scene with errors is not converted.";
     return command;
 }
 

@@ -3,6 +3,7 @@
 #include "cli/diff/SceneDifference.h"
 #include "cli/files/SceneFile.h"
 #include "cli/terminal/Console.h"
+#include "cli/terminal/Messages.h"
 #include "cli/terminal/Style.h"
 
 #include <cmath>
@@ -15,7 +16,7 @@ using namespace vor;
 namespace {
 
 struct DiffOptions {
-    SceneArguments scenes; // the files apart
+    SceneArguments scenes; // without files
     std::string before;
     std::string after;
     double tolerance = 0;
@@ -23,19 +24,19 @@ struct DiffOptions {
     std::string color = "auto";
 };
 
-// Hands a scene that is fit to be compared to `visit`, and says what is wrong with any other.
+// Reads a scene and returns the status of `visit`; exitTrouble, with a report, if it cannot be read or has errors.
 int withScene(const DiffOptions& options, const std::string& name, const std::function<int(const Scene&)>& visit) {
     SceneArguments scenes = options.scenes;
     scenes.files = {name};
     int status = exitTrouble;
-    const int deserved = forEachScene(scenes, [&](const SceneFile& file, const Scene& scene) {
+    const int readStatus = forEachScene(scenes, [&](const SceneFile& file, const Scene& scene) {
         if (!file.isWhole())
             return;
         printError(file.diagnosticsText());
         if (!file.hasErrors())
             status = visit(scene);
     });
-    return deserved == exitOk ? status : exitTrouble;
+    return readStatus == exitOk ? status : exitTrouble;
 }
 
 int printDifferences(const DiffOptions& options, const Scene& before, const Scene& after) {
@@ -53,11 +54,11 @@ int printDifferences(const DiffOptions& options, const Scene& before, const Scen
 
 int diff(const DiffOptions& options) {
     if (std::isnan(options.tolerance)) {
-        complain("--tolerance", "expected a distance, found nan");
+        complain("--tolerance", messages::notDistance);
         return exitTrouble;
     }
     if (options.before == "-" && options.after == "-") {
-        complain("-", "standard input can be only one of both scenes; name a file for the other");
+        complain("-", messages::bothStandardInput);
         return exitTrouble;
     }
     const int status = withScene(options, options.before, [&](const Scene& before) {
@@ -72,28 +73,28 @@ int diff(const DiffOptions& options) {
 Command diffCommand() {
     const auto options = std::make_shared<DiffOptions>();
     Command command{.name = "diff",
-                    .what = "Say what is different between two scenes",
+                    .what = "Compare two scenes",
                     .example = "vrn diff --tolerance 0.001 before.vrn after.vrn",
                     .run = [options] { return diff(*options); },
-                    .exitStatuses = "0 the scenes are the same, 1 they differ, 2 wrong usage, a file that\n"
-                                    "cannot be opened or read, or a scene with an error.\n"};
+                    .exitStatuses = "0 the scenes are equal, 1 they differ, 2 invalid arguments, a file that\n"
+                                    "cannot be opened or read, or a scene with errors.\n"};
     command.options.push_back({.names = "BEFORE",
-                               .help = "The one scene; - is standard input",
+                               .help = "The first scene; - is standard input",
                                .target = &options->before,
                                .completion = Completion::Scene,
                                .isRequired = true});
     command.options.push_back({.names = "AFTER",
-                               .help = "The other scene",
+                               .help = "The second scene; - is standard input",
                                .target = &options->after,
                                .completion = Completion::Scene,
                                .isRequired = true});
     addReadingOptions(command.options, options->scenes);
     command.options.push_back({.names = "--tolerance",
-                               .help = "How far apart real numbers may be and yet be equal",
+                               .help = "Treat real numbers as equal up to this difference",
                                .target = &options->tolerance,
                                .value = "DISTANCE"});
     command.options.push_back({.names = "--format",
-                               .help = "How to say it: text, or json (one line a difference)",
+                               .help = "Set the format of the report: text, or json (one line a difference)",
                                .target = &options->format,
                                .value = "FORMAT",
                                .choices = {"text", "json"}});

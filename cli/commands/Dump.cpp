@@ -14,7 +14,7 @@ namespace {
 struct DumpOptions {
     SceneArguments scenes;
     bool isCompact = false;
-    bool isWithoutData = false;
+    bool isDataOmitted = false;
 };
 
 int dump(const DumpOptions& options) {
@@ -22,7 +22,7 @@ int dump(const DumpOptions& options) {
         if (!file.isWhole())
             return;
         printError(file.diagnosticsText());
-        writeSceneJson(scene, {.isCompact = options.isCompact, .hasBufferData = !options.isWithoutData}, print);
+        writeSceneJson(scene, {.isCompact = options.isCompact, .hasBufferData = !options.isDataOmitted}, print);
     });
     return finishOutput() ? status : exitTrouble;
 }
@@ -37,9 +37,9 @@ Command dumpCommand() {
                     .run = [options] { return dump(*options); }};
     addSceneFiles(command.options, options->scenes);
     addReadingOptions(command.options, options->scenes);
-    command.options.push_back({.names = "--compact", .help = "One line a file", .target = &options->isCompact});
+    command.options.push_back({.names = "--compact", .help = "Print one line a file", .target = &options->isCompact});
     command.options.push_back(
-        {.names = "--no-data", .help = "Leave out the numbers of buffers", .target = &options->isWithoutData});
+        {.names = "--no-data", .help = "Omit the numbers of buffers", .target = &options->isDataOmitted});
     return command;
 }
 

@@ -3,6 +3,7 @@
 #include "cli/files/SceneFolders.h"
 #include "cli/files/TextFile.h"
 #include "cli/terminal/Console.h"
+#include "cli/terminal/Messages.h"
 #include "cli/terminal/Progress.h"
 #include "impl/Formatter.h"
 #include "scene/core/OutputFile.h"
@@ -27,29 +28,28 @@ struct FmtOptions {
     u64 jobs = 1;
     bool isCheck = false;
     bool isInPlace = false;
-    bool isQuiet = false; // or shows how far the formatting has come
+    bool isQuiet = false; // hides the progress
 };
 
-// What became of one file: what to say of it, and its exit status.
+// The result of one file.
 struct Outcome {
     int status = exitOk;
-    std::string output{};
-    std::string complaint{};
+    std::string output{}; // for standard output
+    std::string errors{}; // for standard error
 };
 
 Outcome trouble(const String& name, const String& reason) {
-    return {.status = exitTrouble, .complaint = std::string(complaintText(name, reason).view())};
+    return {.status = exitTrouble, .errors = std::string(complaintText(name, reason).view())};
 }
 
-// A text that cannot be formatted is an error in it, and it stays as it is.
-Outcome refused(const TextFile& file, const FormatError& error) {
+Outcome refuse(const TextFile& file, const FormatError& error) {
     const String name = escapeForTerminal(file.displayName());
-    const String text = String::format("%s:%d:%d: error: %s; not formatted\n", name.buf(), error.position().line,
+    const String text = String::format(messages::notFormatted, name.buf(), error.position().line,
                                        error.position().column, escapeForTerminal(error.what()).buf());
-    return {.status = exitErrors, .complaint = std::string(text.view())};
+    return {.status = exitErrors, .errors = std::string(text.view())};
 }
 
-Outcome replaced(const TextFile& file, const std::string& formatted) {
+Outcome replace(const TextFile& file, const std::string& formatted) {
     try {
         OutputFile output(file.argument().buf());
         output.write(formatted);
@@ -60,28 +60,28 @@ Outcome replaced(const TextFile& file, const std::string& formatted) {
     }
 }
 
-Outcome used(const TextFile& file, std::string formatted, const FmtOptions& options) {
+Outcome deliver(const TextFile& file, std::string formatted, const FmtOptions& options) {
     const bool isSame = formatted == file.text().view();
     if (options.isCheck && !isSame)
         return {.status = exitErrors, .output = std::string(escapeForTerminal(file.displayName()).view()) + '\n'};
     if (options.isCheck || (options.isInPlace && isSame && !file.isStandardInput()))
         return {};
     if (options.isInPlace && !file.isStandardInput())
-        return replaced(file, formatted);
+        return replace(file, formatted);
     return {.output = std::move(formatted)};
 }
 
-// As much has been done of the file as there is of its result.
+// Estimates the progress in the input by the size of the output.
 std::string format(const TextFile& file, const FmtOptions& options, Progress& progress) {
     std::string text;
-    u64 left = file.text().len();
+    u64 remaining = file.text().len();
     formatVrn(file.text(), {.column = static_cast<u32>(options.column)}, [&](std::string_view piece) {
         text += piece;
-        const u64 done = std::min<u64>(piece.size(), left);
+        const u64 done = std::min<u64>(piece.size(), remaining);
         progress.advance(done);
-        left -= done;
+        remaining -= done;
     });
-    progress.leaveOut(left);
+    progress.skip(remaining);
     return text;
 }
 
@@ -94,18 +94,18 @@ Outcome outcomeOf(const NamedScene& scene, const FmtOptions& options, Progress& 
         if (!file.error().isEmpty())
             return trouble(file.displayName(), file.error());
         try {
-            return used(file, format(file, options, progress), options);
+            return deliver(file, format(file, options, progress), options);
         } catch (const FormatError& error) {
-            return refused(file, error);
+            return refuse(file, error);
         }
     } catch (const std::bad_alloc&) {
-        return trouble(name, "out of memory");
+        return trouble(name, messages::outOfMemory);
     }
 }
 
 int fmt(const FmtOptions& options) {
     if (options.isCheck && options.isInPlace) {
-        printError("vrn: --check and --in-place exclude each other\n");
+        printError(std::string("vrn: ") + messages::checkInPlace + '\n');
         return exitTrouble;
     }
     const std::vector<NamedScene> scenes = expandFolders(options.files);
@@ -119,7 +119,7 @@ int fmt(const FmtOptions& options) {
         if (scenes[i].name == "-")
             turn.await();
         return [&status, outcome = outcomeOf(scenes[i], options, progress)] {
-            printError(outcome.complaint);
+            printError(outcome.errors);
             print(outcome.output);
             status = std::max(status, outcome.status);
         };
@@ -132,38 +132,37 @@ int fmt(const FmtOptions& options) {
 Command fmtCommand() {
     const auto options = std::make_shared<FmtOptions>();
     Command command{.name = "fmt",
-                    .what = "Lay texts out anew: the same tokens and comments, other blanks",
+                    .what = "Format scenes: change white space only, keep tokens and comments",
                     .example = "vrn fmt --in-place scene.vrn\nvrn fmt --check scenes/*.vrn",
-                    .details = "Without options the formatted text goes to standard output.",
+                    .details = "Without --check and --in-place, print the formatted text.",
                     .run = [options] { return fmt(*options); },
-                    .exitStatuses = "0 all formatted, or with --check nothing would change, 1 a text would change or\n"
-                                    "cannot be formatted, 2 wrong usage or a file that cannot be read or written.\n"};
-    command.options.push_back(
-        {.names = "FILE",
-         .help = "Texts to format, or folders with scenes (*.vrn) in or below them; - is standard input",
-         .target = &options->files,
-         .completion = Completion::Scene,
-         .isRequired = true});
+                    .exitStatuses =
+                        "0 all files were formatted, or with --check need no change, 1 a file needs a change or\n"
+                        "cannot be formatted, 2 invalid arguments or a file that cannot be read or written.\n"};
+    command.options.push_back({.names = "FILE",
+                               .help = "The files to format, or folders to search for *.vrn files; - is standard input",
+                               .target = &options->files,
+                               .completion = Completion::Scene,
+                               .isRequired = true});
     command.options.push_back(
         {.names = "--check",
-         .help = "Change nothing; name the files that would change, and exit with 1 if there are any",
+         .help = "Change nothing; print the names of the files that would change, and exit with 1 if there are any",
          .target = &options->isCheck});
     command.options.push_back({.names = "-i,--in-place",
-                               .help = "Replace each file that changes, as a whole or not at all",
+                               .help = "Replace each file that changes, atomically",
                                .target = &options->isInPlace});
     command.options.push_back({.names = "-j,--jobs",
-                               .help = "How many files to format at once; 0: one a processor",
+                               .help = "Format this many files in parallel; 0 for one a processor",
                                .target = &options->jobs,
                                .value = "COUNT",
-                               .most = 256});
+                               .max = 256});
     command.options.push_back({.names = "--column",
-                               .help = "Wrap lists before this column; 0 wraps none",
+                               .help = "Wrap lists at this column; 0 for no wrapping",
                                .target = &options->column,
                                .value = "COLUMN",
-                               .most = 1000000});
-    command.options.push_back({.names = "--quiet",
-                               .help = "Do not show on the terminal how far the formatting has come",
-                               .target = &options->isQuiet});
+                               .max = 1000000});
+    command.options.push_back(
+        {.names = "--quiet", .help = "Do not show progress on the terminal", .target = &options->isQuiet});
     return command;
 }
 

@@ -3,8 +3,9 @@
 #include "cli/graph/DotText.h"
 #include "cli/graph/LinkGraph.h"
 #include "cli/graph/Picture.h"
-#include "cli/query/NearNames.h"
+#include "cli/query/SuggestNames.h"
 #include "cli/terminal/Console.h"
+#include "cli/terminal/Messages.h"
 #include "scene/core/OutputFile.h"
 
 #include <algorithm>
@@ -19,18 +20,18 @@ using namespace vor::velmo_sdk::impl;
 namespace {
 
 struct GraphOptions {
-    SceneArguments scenes; // the file apart
+    SceneArguments scenes; // without the file
     std::string file;
     std::string output;
     std::string around;
     u64 hops = 2;
 };
 
-// What `dot` can lay out in a few seconds, and people can read.
-constexpr std::size_t mostNodes = 2000;
-constexpr std::size_t mostLinks = 10'000;
+// The largest graph that `dot` can lay out in a few seconds, and that people can read.
+constexpr std::size_t maxNodes = 2000;
+constexpr std::size_t maxLinks = 10'000;
 
-// `dot`, `svg`, `png` or `pdf`; empty for a name that ends in none of them.
+// `dot`, `svg`, `png` or `pdf`; empty for any other file extension.
 std::string formatOf(const std::string& output) {
     if (output.empty())
         return "dot";
@@ -56,13 +57,13 @@ void writeGraph(const LinkGraph& graph, const GraphOptions& options) {
 }
 
 bool isTooLarge(const LinkGraph& graph, const GraphOptions& options) {
-    return formatOf(options.output) != "dot" && (graph.nodes.size() > mostNodes || graph.edges.size() > mostLinks);
+    return formatOf(options.output) != "dot" && (graph.nodes.size() > maxNodes || graph.edges.size() > maxLinks);
 }
 
 int refuseLarge(const LinkGraph& graph, const GraphOptions& options) {
     complain(std::string_view(options.output),
-             counted(graph.nodes.size(), "node") + " and " + counted(graph.edges.size(), "link") +
-                 " are too many for a picture; name a part with --around NODE, or write a .dot file");
+             String::format(messages::pictureTooLarge, counted(graph.nodes.size(), "node").buf(),
+                            counted(graph.edges.size(), "link").buf()));
     return exitTrouble;
 }
 
@@ -71,8 +72,8 @@ int drawScene(const Scene& scene, const GraphOptions& options) {
     if (!options.around.empty()) {
         const Node* centre = scene.findNode(std::string_view(options.around));
         if (!centre) {
-            const std::string reason = "the scene has no such node" + nearNames(scene, options.around);
-            complain(std::string_view(options.around), std::string_view(reason));
+            complain(std::string_view(options.around),
+                     String::format(messages::noSuchNode, suggestNames(scene, options.around).c_str()));
             return exitTrouble;
         }
         graph = neighbourhood(graph, *centre, options.hops);
@@ -93,23 +94,23 @@ int drawScene(const Scene& scene, const GraphOptions& options) {
 
 int graph(const GraphOptions& options) {
     if (options.around.empty() && options.hops != GraphOptions().hops) {
-        printError("vrn: --hops says how far from a node; name it with --around\n");
+        printError(std::string("vrn: ") + messages::hopsAlone + '\n');
         return exitTrouble;
     }
     if (formatOf(options.output).empty()) {
-        complain(std::string_view(options.output), "cannot tell the format; end the name in .dot, .svg, .png or .pdf");
+        complain(std::string_view(options.output), messages::unknownPicture);
         return exitTrouble;
     }
     SceneArguments scenes = options.scenes;
     scenes.files = {options.file};
     int status = exitOk;
-    const int deserved = forEachScene(scenes, [&](const SceneFile& file, const Scene& scene) {
+    const int readStatus = forEachScene(scenes, [&](const SceneFile& file, const Scene& scene) {
         if (!file.isWhole())
             return;
         printError(file.diagnosticsText());
         status = drawScene(scene, options);
     });
-    return finishOutput() ? std::max(status, deserved) : exitTrouble;
+    return finishOutput() ? std::max(status, readStatus) : exitTrouble;
 }
 
 } // namespace
@@ -120,25 +121,25 @@ Command graphCommand() {
                     .what = "Draw the links between nodes",
                     .example =
                         "vrn graph -o scene.svg scene.vrn\nvrn graph --around cam1 --hops 1 scene.vrn | dot -Tsvg",
-                    .details = "Pictures are drawn by the program dot of the Debian package graphviz.",
+                    .details = "Pictures require the program dot of the Debian package graphviz.",
                     .run = [options] { return graph(*options); }};
     command.options.push_back({.names = "FILE",
-                               .help = "Scene to read; - is standard input",
+                               .help = "The scene to read; - is standard input",
                                .target = &options->file,
                                .completion = Completion::Scene,
                                .isRequired = true});
     addReadingOptions(command.options, options->scenes);
     command.options.push_back({.names = "-o,--output",
-                               .help = "A file that ends in .dot, .svg, .png or .pdf; or DOT goes to standard output",
+                               .help = "Write to this file, a .dot, .svg, .png or .pdf, instead of printing DOT",
                                .target = &options->output,
                                .value = "OUT",
                                .completion = Completion::File});
     command.options.push_back({.names = "--around",
-                               .help = "Only this node and those that it is linked with",
+                               .help = "Draw only this node and its neighbours",
                                .target = &options->around,
                                .value = "NODE"});
     command.options.push_back({.names = "--hops",
-                               .help = "How many links away from it, in any direction",
+                               .help = "Draw neighbours up to this many links away, in either direction",
                                .target = &options->hops,
                                .value = "COUNT"});
     return command;

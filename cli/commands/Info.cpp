@@ -91,7 +91,7 @@ int info(const SceneArguments& scenes) {
 Command infoCommand() {
     const auto scenes = std::make_shared<SceneArguments>();
     Command command{.name = "info",
-                    .what = "Sum scenes up for people",
+                    .what = "Summarise scenes",
                     .example = "vrn info examples/first_scene.vrn\nvrn info --jobs 4 examples",
                     .run = [scenes] { return info(*scenes); }};
     addSceneFilesAndFolders(command.options, *scenes);

@@ -1,6 +1,7 @@
 #include "cli/commands/Commands.h"
 #include "cli/shell/ManualPage.h"
 #include "cli/terminal/Console.h"
+#include "cli/terminal/Messages.h"
 
 #include <cerrno>
 #include <cstring>
@@ -12,11 +13,11 @@ namespace vrn::cli {
 namespace {
 
 struct ManOptions {
-    std::string command; // or empty, for the program
-    std::string folder;  // or empty, for standard output
+    std::string command; // empty for the program
+    std::string folder;  // empty for standard output
 };
 
-// The pages that are asked for; none if there is no such command.
+// The requested pages; empty if there is no such command.
 std::vector<ManualPage> pages(const ManOptions& options) {
     const std::vector<Command> commands = allCommands();
     std::vector<ManualPage> found;
@@ -53,7 +54,7 @@ int writePages(const std::vector<ManualPage>& pages, const std::string& folder) 
 int man(const ManOptions& options) {
     const std::vector<ManualPage> found = pages(options);
     if (found.empty()) {
-        complain(std::string_view(options.command), "there is no such command; vrn --help lists them");
+        complain(std::string_view(options.command), messages::unknownPage);
         return exitTrouble;
     }
     return options.folder.empty() ? printPages(found) : writePages(found, options.folder);
@@ -68,11 +69,11 @@ Command manCommand() {
                     .example = "vrn man check | man -l -\nvrn man --write ~/.local/share/man/man1",
                     .run = [options] { return man(*options); }};
     command.options.push_back({.names = "COMMAND",
-                               .help = "Whose page; without it, that of vrn itself",
+                               .help = "The command; if omitted, print the page of vrn itself",
                                .target = &options->command,
                                .completion = Completion::Command});
     command.options.push_back({.names = "--write",
-                               .help = "Write the page, without COMMAND all pages, into a folder that exists",
+                               .help = "Write the page, or without COMMAND all pages, to files in this existing folder",
                                .target = &options->folder,
                                .value = "FOLDER",
                                .completion = Completion::Folder});

@@ -24,7 +24,7 @@ struct TreeOptions {
     std::string color = "auto";
 };
 
-// Draws the branches of one scene. Inputs may be nested too deep for recursion.
+// Draws one scene. Keeps a stack of open branches, because inputs can be nested too deep for recursion.
 class TreeDrawing {
 public:
     TreeDrawing(const TreeOptions& options, const Style& style) : options_(options), style_(style) {}
@@ -45,9 +45,9 @@ public:
 private:
     // Siblings that are being drawn.
     struct Branch {
-        std::span<const Input* const> left;
-        u64 hidden;               // elements behind them that are only counted
-        std::size_t parentIndent; // how much of the indentation belongs to the parent
+        std::span<const Input* const> remaining;
+        u64 hidden;               // the number of elements after them that are not drawn
+        std::size_t parentIndent; // the length of the parent's indentation
     };
 
     void drawInputs(std::span<const Input* const> inputs, bool isLastNode) {
@@ -55,16 +55,16 @@ private:
         enter(open, {inputs, 0, 0}, isLastNode);
         while (!open.empty()) {
             Branch& top = open.back();
-            if (top.left.empty()) {
+            if (top.remaining.empty()) {
                 if (top.hidden != 0)
                     line(true, style_.faint("... " + std::to_string(top.hidden) + " more"));
                 indent_.resize(top.parentIndent);
                 open.pop_back();
                 continue;
             }
-            const Input& input = *top.left.front();
-            top.left = top.left.subspan(1);
-            const bool isLast = top.left.empty() && top.hidden == 0;
+            const Input& input = *top.remaining.front();
+            top.remaining = top.remaining.subspan(1);
+            const bool isLast = top.remaining.empty() && top.hidden == 0;
             line(isLast, style_.name(inputName(input)) + ": " + describe(input, style_));
             if (open.size() < options_.depth && input.size() != 0)
                 enter(open, childrenOf(input), isLast);
@@ -116,21 +116,25 @@ Command treeCommand() {
     Command command{.name = "tree",
                     .what = "Draw nodes and their inputs as a tree",
                     .example = "vrn tree --type 'mesh*' --depth 1 scene.vrn",
-                    .details = "In a PATTERN, * stands for any characters and ? for one; quote it for the shell.",
+                    .details = "In a PATTERN, * matches any characters and ? a single one. Quote it for the shell.",
                     .run = [options] { return tree(*options); }};
     addSceneFiles(command.options, options->scenes);
     addReadingOptions(command.options, options->scenes);
-    command.options.push_back(
-        {.names = "--name", .help = "Only the nodes of such names", .target = &options->name, .value = "PATTERN"});
-    command.options.push_back(
-        {.names = "--type", .help = "Only the nodes of such types", .target = &options->type, .value = "PATTERN"});
+    command.options.push_back({.names = "--name",
+                               .help = "Draw only nodes whose name matches",
+                               .target = &options->name,
+                               .value = "PATTERN"});
+    command.options.push_back({.names = "--type",
+                               .help = "Draw only nodes whose type matches",
+                               .target = &options->type,
+                               .value = "PATTERN"});
     command.options.push_back({.names = "--depth",
-                               .help = "How many levels of inputs to show; 0 is the nodes alone",
+                               .help = "Draw this many levels of inputs; 0 for nodes only",
                                .target = &options->depth,
                                .value = "COUNT",
-                               .most = 1000});
+                               .max = 1000});
     command.options.push_back({.names = "--elements",
-                               .help = "How many elements of each array to show",
+                               .help = "Draw at most this many elements of each array",
                                .target = &options->elements,
                                .value = "COUNT"});
     addColorOption(command.options, options->color);

@@ -23,10 +23,10 @@ const char* nameOf(Aspect aspect) {
 }
 
 std::string withoutMiddle(std::string_view path) {
-    constexpr std::size_t most = 1000;
-    if (path.size() <= most)
+    constexpr std::size_t maxLength = 1000;
+    if (path.size() <= maxLength)
         return std::string(path);
-    return std::string(path.substr(0, most / 2)) + "..." + std::string(path.substr(path.size() - most / 2));
+    return std::string(path.substr(0, maxLength / 2)) + "..." + std::string(path.substr(path.size() - maxLength / 2));
 }
 
 std::string arrow(const std::string& before, const std::string& after) { return before + " -> " + after; }
@@ -41,8 +41,8 @@ std::string quotedArrow(const Difference& difference) {
     return arrow(quoted(difference.before), quoted(difference.after));
 }
 
-std::string numbersText(const NumbersDifference& numbers, const char* things) {
-    std::string text = std::to_string(numbers.differing) + " of " + std::to_string(numbers.compared) + ' ' + things;
+std::string numbersText(const NumbersDifference& numbers, const char* noun) {
+    std::string text = std::to_string(numbers.differing) + " of " + std::to_string(numbers.compared) + ' ' + noun;
     text += numbers.differing == 1 ? " differs, largest difference " : " differ, largest difference ";
     if (numbers.isSingle)
         appendNumber(text, static_cast<float>(numbers.largest));
@@ -51,7 +51,7 @@ std::string numbersText(const NumbersDifference& numbers, const char* things) {
     return text + " at " + std::to_string(numbers.largestAt) + ", first at " + std::to_string(numbers.first);
 }
 
-// Long texts are shown from shortly before the byte at which they differ.
+// Long strings are shown from shortly before the first byte that differs.
 std::string stringsText(std::string_view before, std::string_view after) {
     if (before.size() <= shortLength && after.size() <= shortLength)
         return arrow(quotedShort(before), quotedShort(after));
@@ -62,7 +62,7 @@ std::string stringsText(std::string_view before, std::string_view after) {
     while (from > 0 && from < at && isInside(from))
         ++from;
     const std::string dots = from == 0 ? "" : "...";
-    return "from byte " + std::to_string(at) + " on, " +
+    return "from byte " + std::to_string(at) + ": " +
            arrow(quotedShort(dots + std::string(before.substr(from))),
                  quotedShort(dots + std::string(after.substr(from))));
 }
@@ -78,7 +78,7 @@ std::string valuesText(const Difference& difference) {
 }
 
 std::string headline(const Difference& difference, const Style& style) {
-    const auto say = [&](char sign, const std::string& text) {
+    const auto coloured = [&](char sign, const std::string& text) {
         const std::string line = sign + (' ' + text);
         switch (difference.change) {
         case Change::Added:
@@ -94,11 +94,11 @@ std::string headline(const Difference& difference, const Style& style) {
     case Aspect::Version:
     case Aspect::Time:
     case Aspect::Comments:
-        return say(sign, nameOf(difference.aspect));
+        return coloured(sign, nameOf(difference.aspect));
     case Aspect::NodeOrder:
-        return say(sign, "order of nodes");
+        return coloured(sign, "order of nodes");
     default:
-        return say(sign, std::string(escapeForTerminal(withoutMiddle(difference.path)).view()));
+        return coloured(sign, std::string(escapeForTerminal(withoutMiddle(difference.path)).view()));
     }
 }
 
@@ -110,7 +110,7 @@ std::string detail(const Difference& difference, const Style& style) {
     case Aspect::Time:
         return quotedArrow(difference);
     case Aspect::Comments:
-        return "from " + std::to_string(difference.index) + " on, " + quotedArrow(difference);
+        return "from " + std::to_string(difference.index) + ": " + quotedArrow(difference);
     case Aspect::NodeOrder:
         return "first " + arrow(difference);
     case Aspect::Input:
@@ -132,54 +132,39 @@ std::string detail(const Difference& difference, const Style& style) {
     }
 }
 
-void writeText(JsonWriter& writer, const char* key, const std::optional<std::string>& text) {
-    if (text)
-        return writeJsonMember(writer, key, *text);
-    writer.Key(key);
-    writer.Null();
+void writeOptional(JsonLine& json, const char* key, const std::optional<std::string>& text) {
+    json.key(key);
+    text ? json.text(*text) : json.null();
 }
 
-void writeDigits(JsonWriter& writer, const char* key, const std::string& digits) {
-    writer.Key(key);
-    writer.RawValue(digits.data(), digits.size(), rapidjson::kNumberType);
+void writeNumbers(JsonLine& json, const NumbersDifference& numbers) {
+    json.key("differing").integer(numbers.differing);
+    json.key("compared").integer(numbers.compared);
+    json.key("first").integer(numbers.first);
+    json.key("largestAt").integer(numbers.largestAt);
+    json.key("largest");
+    numbers.isSingle ? json.real(static_cast<float>(numbers.largest)) : json.real(numbers.largest);
 }
 
-void writeNumbers(JsonWriter& writer, const NumbersDifference& numbers) {
-    const auto integer = [&](const char* key, u64 number) {
-        writer.Key(key);
-        writer.Uint64(number);
-    };
-    integer("differing", numbers.differing);
-    integer("compared", numbers.compared);
-    integer("first", numbers.first);
-    integer("largestAt", numbers.largestAt);
-    writer.Key("largest");
-    numbers.isSingle ? writeJsonReal(writer, static_cast<float>(numbers.largest))
-                     : writeJsonReal(writer, numbers.largest);
-}
-
-// What it was and is.
-void writeSides(JsonWriter& writer, const Difference& difference) {
-    if (difference.aspect == Aspect::Value) {
-        writer.Key("before");
-        writeJsonValue(writer, *difference.inputBefore);
-        writer.Key("after");
-        writeJsonValue(writer, *difference.inputAfter);
-        return;
+// The members that hold what was there before and what is there after.
+void writeSides(JsonLine& json, const Difference& difference) {
+    switch (difference.aspect) {
+    case Aspect::Value:
+        writeJsonValue(json.key("before"), *difference.inputBefore);
+        return writeJsonValue(json.key("after"), *difference.inputAfter);
+    case Aspect::Elements:
+        return writeNumbers(json, *difference.numbers);
+    case Aspect::Version:
+    case Aspect::Count:
+        json.key("before").decimal(*difference.before);
+        return json.key("after").decimal(*difference.after);
+    case Aspect::Comments:
+        json.key("index").integer(difference.index);
+        [[fallthrough]];
+    default:
+        writeOptional(json, "before", difference.before);
+        writeOptional(json, "after", difference.after);
     }
-    if (difference.aspect == Aspect::Elements)
-        return writeNumbers(writer, *difference.numbers);
-    if (difference.aspect == Aspect::Comments) {
-        writer.Key("index");
-        writer.Uint64(difference.index);
-    }
-    if (difference.aspect == Aspect::Version || difference.aspect == Aspect::Count) {
-        writeDigits(writer, "before", *difference.before);
-        writeDigits(writer, "after", *difference.after);
-        return;
-    }
-    writeText(writer, "before", difference.before);
-    writeText(writer, "after", difference.after);
 }
 
 } // namespace
@@ -193,19 +178,17 @@ std::string differenceLine(const Difference& difference, const Style& style) {
 
 void printJson(const Difference& difference) {
     static constexpr std::array changes = {"removed", "added", "changed"};
-    printJsonLine([&](JsonWriter& writer) {
-        writer.StartObject();
-        writeJsonMember(writer, "change", changes[static_cast<std::size_t>(difference.change)]);
-        writeJsonMember(writer, "aspect", nameOf(difference.aspect));
-        if (!difference.path.empty())
-            writeJsonMember(writer, "path", withoutMiddle(difference.path));
-        if (difference.change == Change::Changed) {
-            writeSides(writer, difference);
-        } else {
+    printJsonLine([&](JsonLine& json) {
+        json.object([&] {
+            json.key("change").text(changes[static_cast<std::size_t>(difference.change)]);
+            json.key("aspect").text(nameOf(difference.aspect));
+            if (!difference.path.empty())
+                json.key("path").text(withoutMiddle(difference.path));
+            if (difference.change == Change::Changed)
+                return writeSides(json, difference);
             const Input* input = difference.inputBefore ? difference.inputBefore : difference.inputAfter;
-            writeJsonMember(writer, "type", difference.node ? typeText(*difference.node) : typeText(*input));
-        }
-        writer.EndObject();
+            json.key("type").text(difference.node ? typeText(*difference.node) : typeText(*input));
+        });
     });
 }
 

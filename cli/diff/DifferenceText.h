@@ -1,4 +1,4 @@
-// Differences of scenes as lines for people and for programs.
+// Differences between scenes as text and as JSON.
 #pragma once
 
 #include "cli/diff/SceneDifference.h"
@@ -6,11 +6,11 @@
 
 namespace vrn::cli {
 
-// One line: `~ cam1.fov: 45 -> 50`. Paths of more than 1000 bytes lose their middle: they may be as long as a text, and
-// as many.
+// One line: `~ cam1.fov: 45 -> 50`. The middle of a path longer than 1000 bytes is omitted: there can be as many paths
+// as inputs, each as long as the file.
 [[nodiscard]] std::string differenceLine(const Difference& difference, const Style& style);
 
-// The same as an object, on standard output.
+// Prints the difference as one line of JSON.
 void printJson(const Difference& difference);
 
 } // namespace vrn::cli

@@ -1,12 +1,12 @@
-// What is different between two inputs, apart from what is below them.
+// Compares two inputs without their members and elements.
 #pragma once
 
 #include "cli/diff/SceneDifference.h"
 
 namespace vrn::cli {
 
-// Says the differences of type, value and links. Whether both are objects or arrays, so that what is below them can be
-// compared.
+// Reports differences in type, value and links to `sink`. Returns whether both inputs are objects or both are arrays,
+// so that their members or elements can be compared.
 [[nodiscard]] bool compareInputs(const vor::velmo_sdk::impl::Input& before, const vor::velmo_sdk::impl::Input& after,
                                  std::string_view path, double tolerance, const DifferenceSink& sink);
 

@@ -1,4 +1,4 @@
-// How two rows of numbers differ.
+// The difference between two arrays of numbers.
 #pragma once
 
 #include "scene/core/Types.h"
@@ -11,25 +11,25 @@
 
 namespace vrn::cli {
 
-// Of rows of elements, each so many numbers.
+// Indices count elements, each of which has one or more numbers.
 struct NumbersDifference {
-    vor::u64 differing = 0; // elements
-    vor::u64 compared = 0;
-    vor::u64 first = 0;     // the first that differs
-    vor::u64 largestAt = 0; // the element in which two numbers are farthest apart
-    double largest = 0;     // how far; infinite when one is NaN
-    bool isSingle = false;  // of floats: meant to be shown as one
+    vor::u64 differing = 0; // number of elements that differ
+    vor::u64 compared = 0;  // number of elements that both arrays have
+    vor::u64 first = 0;     // the first element that differs
+    vor::u64 largestAt = 0; // the element with the largest difference
+    double largest = 0;     // the largest difference; infinite if one of the numbers is NaN
+    bool isSingle = false;  // the numbers are floats, and so `largest` is shown as one
 };
 
-// How far apart two numbers are, 0 when they are equal. NaN is equal to NaN, -0 to 0.
+// The absolute difference, 0 for equal numbers. NaN equals NaN, -0 equals 0.
 template <class Number> [[nodiscard]] double distance(Number a, Number b) {
     if constexpr (std::floating_point<Number>) {
         if (a == b || (std::isnan(a) && std::isnan(b)))
             return 0;
-        const double apart = std::abs(static_cast<double>(a) - static_cast<double>(b));
-        if (std::isnan(apart))
+        const double difference = std::abs(static_cast<double>(a) - static_cast<double>(b));
+        if (std::isnan(difference))
             return std::numeric_limits<double>::infinity();
-        return std::max(apart, std::numeric_limits<double>::denorm_min()); // never 0 where they are not equal
+        return std::max(difference, std::numeric_limits<double>::denorm_min()); // underflow must not hide a difference
     } else if constexpr (sizeof(Number) < sizeof(vor::u64)) {
         return std::abs(static_cast<double>(a) - static_cast<double>(b));
     } else {
@@ -39,7 +39,8 @@ template <class Number> [[nodiscard]] double distance(Number a, Number b) {
     }
 }
 
-// Compares as many elements as both rows have. Real numbers may be `tolerance` apart, integers may not.
+// Compares the elements that both arrays have. Real numbers are equal if they differ by at most `tolerance`; integers
+// must be equal.
 template <class Number>
 [[nodiscard]] NumbersDifference compareNumbers(std::span<const Number> a, std::span<const Number> b,
                                                vor::u64 components, double tolerance) {
@@ -48,15 +49,15 @@ template <class Number>
     difference.isSingle = std::same_as<Number, float>;
     difference.compared = std::min(a.size(), b.size()) / components;
     for (vor::u64 element = 0; element < difference.compared; ++element) {
-        double farthest = 0;
+        double largest = 0;
         for (vor::u64 i = element * components; i < (element + 1) * components; ++i)
-            farthest = std::max(farthest, distance(a[i], b[i]));
-        if (farthest <= allowed)
+            largest = std::max(largest, distance(a[i], b[i]));
+        if (largest <= allowed)
             continue;
         if (difference.differing++ == 0)
             difference.first = element;
-        if (farthest > difference.largest) {
-            difference.largest = farthest;
+        if (largest > difference.largest) {
+            difference.largest = largest;
             difference.largestAt = element;
         }
     }

@@ -36,10 +36,10 @@ public:
 private:
     // Siblings that are being compared.
     struct Level {
-        const Input* before; // their parents; null for inputs of a node
+        const Input* before; // the parents; null for inputs of a node
         const Input* after;
-        std::span<const Input* const> left; // of the scene before
-        std::span<const Input* const> all;  // of the scene after
+        std::span<const Input* const> remaining; // in the first scene
+        std::span<const Input* const> all;       // in the second scene
         std::size_t pathLength;
 
         [[nodiscard]] bool areElements() const { return before && before->type() == AttrType::Array; }
@@ -74,7 +74,7 @@ private:
                    .index = same});
     }
 
-    // The order of those nodes that both scenes have.
+    // Compares the order of the nodes that both scenes have.
     void compareOrder(const Scene& before, const Scene& after) {
         auto current = after.nodes().begin();
         for (const Node& node : before.nodes()) {
@@ -103,48 +103,48 @@ private:
         while (!open.empty()) {
             Level& level = open.back();
             path_.resize(level.pathLength);
-            if (level.left.empty()) {
-                sayAdded(level, before);
+            if (level.remaining.empty()) {
+                reportAdded(level, before);
                 open.pop_back();
                 continue;
             }
-            const Input& input = *level.left.front();
-            level.left = level.left.subspan(1);
-            enterName(input);
+            const Input& input = *level.remaining.front();
+            level.remaining = level.remaining.subspan(1);
+            appendName(input);
             const Input* counterpart = find(input, level.after, after);
             if (!counterpart)
-                sayRemoved(level, input);
+                reportRemoved(level, input);
             else if (compareInputs(input, *counterpart, path_, tolerance_, sink_))
                 open.push_back({&input, counterpart, input.children(), counterpart->children(), path_.size()});
         }
     }
 
-    // The input of the other scene that has the same place there.
+    // The counterpart of an input in the other scene, or null.
     static const Input* find(const Input& input, const Input* parent, const Node& node) {
         if (!parent)
             return node.input(input.key());
         return input.isElement() ? parent->element(input.index()) : parent->input(input.key());
     }
 
-    // Of elements, their number has been said.
-    void sayRemoved(const Level& level, const Input& input) const {
+    // Removed and added elements are not reported one by one: the count of the array is.
+    void reportRemoved(const Level& level, const Input& input) const {
         if (!level.areElements())
             sink_({.change = Change::Removed, .aspect = Aspect::Input, .path = path_, .inputBefore = &input});
     }
 
-    void sayAdded(const Level& level, const Node& before) {
+    void reportAdded(const Level& level, const Node& before) {
         if (level.areElements())
             return;
         for (const Input* input : level.all) {
             if (find(*input, level.before, before))
                 continue;
-            enterName(*input);
+            appendName(*input);
             sink_({.change = Change::Added, .aspect = Aspect::Input, .path = path_, .inputAfter = input});
             path_.resize(level.pathLength);
         }
     }
 
-    void enterName(const Input& input) {
+    void appendName(const Input& input) {
         const String name = input.name();
         path_ += input.isElement() ? '[' : '.';
         path_ += name.view();
@@ -154,7 +154,7 @@ private:
 
     double tolerance_;
     const DifferenceSink& sink_;
-    std::string path_; // of what is being compared
+    std::string path_; // of the node or input being compared
 };
 
 } // namespace

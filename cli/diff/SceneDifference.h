@@ -1,10 +1,10 @@
-// What is different between two scenes.
+// Compares two scenes.
 //
 //     compareScenes(before, after, 0.001, [](const Difference& difference) { ... });
 //
-// Nodes and inputs are found by their names, elements by their index: their order is no difference, but that the order
-// of the nodes is another is said once. What is in one scene alone is one difference with all that is below it. Takes
-// no more time than both scenes are large, and no memory but for the way down to the inputs at hand.
+// Nodes and inputs are matched by name, elements by index. The order of inputs does not matter; a different order of
+// the nodes is reported once. A node or input that only one scene has is one difference, including everything below it.
+// Takes linear time and memory proportional to the depth of the inputs.
 #pragma once
 
 #include "cli/diff/NumbersDifference.h"
@@ -18,13 +18,13 @@ namespace vrn::cli {
 
 enum class Change { Removed, Added, Changed };
 
-// What of a scene, a node or an input is different.
+// What differs in a scene, a node or an input.
 enum class Aspect {
     Version,
     Time,
     Comments,
     NodeOrder,
-    Node, // as a whole
+    Node,
     Input,
     Type,
     Definition,
@@ -40,23 +40,24 @@ enum class Aspect {
 struct Difference {
     Change change;
     Aspect aspect;
-    std::string_view path{}; // of a node or an input
+    std::string_view path{}; // of the node or input; empty for the scene
 
-    // What it was and what it is; none for no comment, connection or reference.
+    // The old and the new value as text, where the aspect has one; nullopt where a comment, connection or reference is
+    // missing.
     std::optional<std::string> before{};
     std::optional<std::string> after{};
-    vor::u64 index = 0; // of the first comment that is different
+    vor::u64 index = 0; // the first comment that differs
 
-    // The things themselves: a node or an input that is removed or added, two inputs of different values.
+    // The node or input that was removed or added, or the two inputs that differ.
     const vor::velmo_sdk::impl::Node* node = nullptr;
     const vor::velmo_sdk::impl::Input* inputBefore = nullptr;
     const vor::velmo_sdk::impl::Input* inputAfter = nullptr;
-    std::optional<NumbersDifference> numbers{}; // of a value of several numbers, or of a buffer
+    std::optional<NumbersDifference> numbers{}; // for vectors, matrices, colours and buffers
 };
 
 using DifferenceSink = std::function<void(const Difference&)>;
 
-// Real numbers are equal when they are no more than `tolerance` apart.
+// Real numbers are equal if they differ by at most `tolerance`.
 void compareScenes(const vor::velmo_sdk::impl::Scene& before, const vor::velmo_sdk::impl::Scene& after,
                    double tolerance, const DifferenceSink& sink);
 

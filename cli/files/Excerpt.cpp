@@ -11,9 +11,9 @@ using namespace vor;
 
 namespace {
 
-// How much of a line is shown before and behind the position, in bytes.
+// How many bytes of a line are shown before and after the position.
 constexpr i64 widthBefore = 120;
-constexpr i64 widthBehind = 60;
+constexpr i64 widthAfter = 60;
 
 constexpr std::string_view ellipsis = "...";
 
@@ -21,7 +21,7 @@ bool isContinuation(char c) { return (static_cast<u8>(c) & 0xC0) == 0x80; }
 
 i64 caretColumn(TextPosition position) { return std::max<i64>(position.column, 1); }
 
-// Fills the excerpts of one line while its bytes go by; `order` lists them by line and column.
+// Fills the excerpts as the bytes of the file go by, one line at a time.
 class Collector {
 public:
     Collector(const std::vector<TextPosition>& positions, std::vector<Excerpt>& excerpts)
@@ -46,17 +46,17 @@ public:
         characters_ = 0;
     }
 
-    void take(char c, i64 column) {
+    void add(char c, i64 column) {
         characters_ += isContinuation(c) ? 0 : 1;
         while (reached_ < next_ && caretColumn(positions_[order_[reached_]]) == column)
             excerpts_[order_[reached_++]].column = std::max<i64>(characters_, 1);
-        // Those whose window has gone by are at the front, for all windows are equally wide.
-        while (open_ < next_ && column > caretColumn(positions_[order_[open_]]) + widthBehind)
-            excerpts_[order_[open_++]].isCutBehind = true;
+        // All windows are equally wide, so the first to open is the first to end.
+        while (open_ < next_ && column > caretColumn(positions_[order_[open_]]) + widthAfter)
+            excerpts_[order_[open_++]].isCutAfter = true;
         for (std::size_t i = open_; i < next_; ++i) {
             const i64 caret = caretColumn(positions_[order_[i]]);
             if (column < caret - widthBefore)
-                return; // and so are the windows of all that follow
+                return; // the remaining windows start even later
             Excerpt& excerpt = excerpts_[order_[i]];
             excerpt.isCutBefore = caret > widthBefore + 1;
             excerpt.text += c;
@@ -73,22 +73,22 @@ public:
 private:
     const std::vector<TextPosition>& positions_;
     std::vector<Excerpt>& excerpts_;
-    std::vector<std::size_t> order_;
-    std::size_t first_ = 0;   // of this line, in order_
-    std::size_t open_ = 0;    // the first of them that still takes bytes
-    std::size_t reached_ = 0; // the first of them whose column is still to come
-    std::size_t next_ = 0;    // behind this line's
-    i64 characters_ = 0;      // of this line so far
+    std::vector<std::size_t> order_; // the indices of the positions, sorted by line and column
+    std::size_t first_ = 0;          // the first of this line, in order_
+    std::size_t open_ = 0;           // the first of them whose window has not ended
+    std::size_t reached_ = 0;        // the first of them whose column has not been reached
+    std::size_t next_ = 0;           // the first of a later line
+    i64 characters_ = 0;             // seen in this line so far
 };
 
-// Takes off the pieces of characters that a cut has left at the ends.
-void mendCuts(Excerpt& excerpt) {
-    std::size_t pieces = 0;
-    while (excerpt.isCutBefore && pieces < 3 && pieces < excerpt.caret && isContinuation(excerpt.text[pieces]))
-        ++pieces;
-    excerpt.text.erase(0, pieces);
-    excerpt.caret -= pieces;
-    for (std::size_t tail = 1; excerpt.isCutBehind && tail <= 3 && tail < excerpt.text.size(); ++tail) {
+// Removes the parts of characters that truncation has left at the ends.
+void removePartialCharacters(Excerpt& excerpt) {
+    std::size_t partial = 0;
+    while (excerpt.isCutBefore && partial < 3 && partial < excerpt.caret && isContinuation(excerpt.text[partial]))
+        ++partial;
+    excerpt.text.erase(0, partial);
+    excerpt.caret -= partial;
+    for (std::size_t tail = 1; excerpt.isCutAfter && tail <= 3 && tail < excerpt.text.size(); ++tail) {
         const std::size_t start = excerpt.text.size() - tail;
         if (isContinuation(excerpt.text[start]))
             continue;
@@ -105,26 +105,26 @@ std::string Excerpt::withCaret() const {
     if (!exists)
         return {};
     Excerpt whole = *this;
-    mendCuts(whole);
-    if (!whole.isCutBehind && whole.text.ends_with('\r'))
+    removePartialCharacters(whole);
+    if (!whole.isCutAfter && whole.text.ends_with('\r'))
         whole.text.pop_back();
     std::string line(isCutBefore ? ellipsis : "");
     std::string below(line.size(), ' ');
     for (std::string_view rest = whole.text; !rest.empty();) {
         const bool isBeforeCaret = whole.text.size() - rest.size() < whole.caret;
         const std::size_t shown = line.size();
-        std::size_t taken = 1;
+        std::size_t consumed = 1;
         if (rest[0] == '\t')
             line += '\t';
         else
-            taken = escapeCharacter(rest, line);
+            consumed = escapeCharacter(rest, line);
         if (isBeforeCaret && rest[0] == '\t')
             below += '\t';
-        else if (isBeforeCaret) // a character of several bytes takes one column
+        else if (isBeforeCaret) // a multibyte character occupies one column
             below.append(utf8Length(rest) > 1 && line[shown] != '\\' ? 1 : line.size() - shown, ' ');
-        rest.remove_prefix(taken);
+        rest.remove_prefix(consumed);
     }
-    if (isCutBehind)
+    if (isCutAfter)
         line += ellipsis;
     return line + '\n' + below + "^\n";
 }
@@ -141,7 +141,7 @@ std::vector<Excerpt> readExcerpts(File file, const std::vector<TextPosition>& po
             collector.beginLine(++line);
             column = 0;
         } else {
-            collector.take(c, ++column);
+            collector.add(c, ++column);
         }
     }
     collector.endLine();

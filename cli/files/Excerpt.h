@@ -1,4 +1,4 @@
-// The lines of a text that its diagnostics speak of.
+// The lines of a file that diagnostics refer to.
 #pragma once
 
 #include "scene/core/File.h"
@@ -9,22 +9,21 @@
 
 namespace vrn::cli {
 
-// A line, or the part of a very long one around a position.
+// A line, or the part of a very long line around a position.
 struct Excerpt {
     std::string text;
     std::size_t caret = 0; // bytes of `text` before the position
-    vor::i64 column = 0;   // of the position in the line, in characters; 0 if there is no such line
+    vor::i64 column = 0;   // of the position, in characters from 1; 0 if there is no such line
     bool isCutBefore = false;
-    bool isCutBehind = false;
-    bool exists = false; // not for a position that is unknown or beyond the end
+    bool isCutAfter = false;
+    bool exists = false; // false for an unknown position, or one beyond the end of the file
 
-    // The line and, below it, a caret under the position; empty if there is no such line. Tabs stay
-    // tabs, other control characters are escaped.
+    // The line and, below it, a caret under the position; empty if there is no such line. Control characters except
+    // tabs are escaped.
     [[nodiscard]] std::string withCaret() const;
 };
 
-// The excerpts of all positions, in their order. Reads the text once, holding no more than the
-// excerpts.
+// The excerpts for all positions, in their order. Reads the file once and holds only the excerpts in memory.
 [[nodiscard]] std::vector<Excerpt> readExcerpts(vor::File file, const std::vector<vor::TextPosition>& positions);
 
 } // namespace vrn::cli

@@ -16,10 +16,10 @@ namespace vrn::cli {
 class OrderedWork {
 public:
     OrderedWork(std::size_t count, std::size_t threads, const Work& work)
-        : count_(count), mostAhead_(4 * threads), work_(work) {}
+        : count_(count), maxAhead_(4 * threads), work_(work) {}
 
     // Works until nothing is left.
-    void take() noexcept {
+    void run() noexcept {
         std::unique_lock lock(mutex_);
         try {
             while (waitForWork(lock)) {
@@ -28,7 +28,7 @@ public:
                 Finish finish = work_(index, Turn(*this, index));
                 lock.lock();
                 results_.emplace(index, std::move(finish));
-                finishWhoseTurnItIs();
+                finishReady();
                 changed_.notify_all();
             }
         } catch (...) {
@@ -54,12 +54,12 @@ public:
 
 private:
     bool waitForWork(std::unique_lock<std::mutex>& lock) {
-        changed_.wait(lock, [&] { return failure_ || next_ == count_ || next_ < turn_ + mostAhead_; });
+        changed_.wait(lock, [&] { return failure_ || next_ == count_ || next_ < turn_ + maxAhead_; });
         return !failure_ && next_ != count_;
     }
 
-    // With the lock held, so that one thread at a time does it.
-    void finishWhoseTurnItIs() {
+    // Called with the lock held, so that one thread at a time finishes results.
+    void finishReady() {
         while (!failure_ && !results_.empty() && results_.begin()->first == turn_) {
             const Finish finish = std::move(results_.extract(results_.begin()).mapped());
             if (finish)
@@ -69,12 +69,12 @@ private:
     }
 
     std::size_t count_;
-    std::size_t mostAhead_;
+    std::size_t maxAhead_;
     const Work& work_;
     std::mutex mutex_;
     std::condition_variable changed_;
-    std::size_t next_ = 0; // to be worked on
-    std::size_t turn_ = 0; // to be finished
+    std::size_t next_ = 0; // the next index to work on
+    std::size_t turn_ = 0; // the next index to finish
     std::map<std::size_t, Finish> results_;
     std::exception_ptr failure_;
 };
@@ -82,19 +82,19 @@ private:
 void Turn::await() const { work_.await(index_); }
 
 void runInOrder(std::size_t count, std::size_t threads, const Work& work) {
-    const std::size_t wanted = threads != 0 ? threads : std::max(std::thread::hardware_concurrency(), 1U);
-    const std::size_t useful = std::clamp(count, std::size_t(1), wanted);
+    const std::size_t requested = threads != 0 ? threads : std::max(std::thread::hardware_concurrency(), 1U);
+    const std::size_t useful = std::clamp(count, std::size_t(1), requested);
     OrderedWork shared(count, useful, work);
     {
         std::vector<std::jthread> others;
         others.reserve(useful);
         try {
             while (others.size() + 1 < useful)
-                others.emplace_back([&] { shared.take(); });
+                others.emplace_back([&] { shared.run(); });
         } catch (const std::system_error&) {
-            // The system has no more; those that there are do it all.
+            // Continue with the threads that were created.
         }
-        shared.take();
+        shared.run();
     }
     shared.rethrow();
 }

@@ -1,11 +1,11 @@
-// Work on many things at once that is finished one after the other.
+// Parallel work whose results are finished in order.
 //
 //     runInOrder(names.size(), threads, [&](std::size_t i, const Turn&) {
 //         return [text = describe(names[i])] { print(text); };
 //     });
 //
-// describe() runs on several threads at once, print() on one at a time and in the order of the names, whatever the
-// number of threads. Few results wait: nobody works far ahead of what is finished.
+// describe() runs on several threads, print() on one at a time and in the order of the names, whatever the number of
+// threads. The number of results that wait is bounded: no thread works far ahead of the last finished index.
 #pragma once
 
 #include <cstddef>
@@ -16,19 +16,19 @@ namespace vrn::cli {
 class Turn;
 class OrderedWork;
 
-// What is left to be done in order; may be empty.
+// The part of the work that is done in order; may be empty.
 using Finish = std::function<void()>;
 using Work = std::function<Finish(std::size_t index, const Turn& turn)>;
 
-// Runs `work` for all indices below `count` on as many threads, the caller's among them, as `threads` says or, if that
-// is 0, as there are processors; on fewer if the system has no more. What work or finish throw ends it all and is
-// thrown to the caller.
+// Runs `work` for all indices below `count` on up to `threads` threads including the caller's, or one a processor if
+// that is 0; on fewer if the system refuses to create more. An exception of `work` or of a Finish stops all threads and
+// is rethrown to the caller.
 void runInOrder(std::size_t count, std::size_t threads, const Work& work);
 
-// The turn of one of them, for work that cannot be done ahead of others.
+// The turn of an index, for work that must not run ahead of others.
 class Turn {
 public:
-    // Returns when all before this one are finished.
+    // Returns once all earlier indices are finished.
     void await() const;
 
 private:

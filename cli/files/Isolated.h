@@ -1,18 +1,18 @@
-// Work in a process of its own, for code that ends the process when it meets what it did not expect.
+// Runs work in a child process, for code that can crash.
 #pragma once
 
 #include <functional>
 
 namespace vrn::cli {
 
-// How a process ended: with an exit status, or by a signal, which is 0 if there was none.
+// How the process ended.
 struct Ending {
     int status;
-    int signal;
+    int signal; // that ended it, or 0
 };
 
-// Ends with what `work` returns. Whatever `work` does but writing files and to the terminal stays in its process, which
-// does not live longer than this one. std::bad_alloc there is complained of and is exitTrouble.
+// Exits the child with the return value of `work`, or with exitTrouble after reporting an exception. Changes to memory
+// are not visible to this process. The child does not outlive this process.
 [[nodiscard]] Ending runIsolated(const std::function<int()>& work);
 
 } // namespace vrn::cli

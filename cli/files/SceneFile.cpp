@@ -4,6 +4,7 @@
 #include "cli/files/SceneFolders.h"
 #include "cli/files/TextFile.h"
 #include "cli/terminal/Console.h"
+#include "cli/terminal/Messages.h"
 #include "cli/terminal/Progress.h"
 #include "impl/Reader.h"
 #include "scene/CatalogueJson.h"
@@ -20,7 +21,7 @@ using namespace vor::velmo_sdk::impl;
 
 void addSceneFiles(std::vector<Option>& options, SceneArguments& arguments) {
     options.push_back({.names = "FILE",
-                       .help = "Scenes to read; - is standard input",
+                       .help = "The scenes to read; - is standard input",
                        .target = &arguments.files,
                        .completion = Completion::Scene,
                        .isRequired = true});
@@ -29,41 +30,42 @@ void addSceneFiles(std::vector<Option>& options, SceneArguments& arguments) {
 void addSceneFilesAndFolders(std::vector<Option>& options, SceneArguments& arguments) {
     arguments.hasFolders = true;
     options.push_back({.names = "FILE",
-                       .help = "Scenes to read, or folders with scenes (*.vrn) in or below them; - is standard input",
+                       .help = "The scenes to read, or folders to search for *.vrn files; - is standard input",
                        .target = &arguments.files,
                        .completion = Completion::Scene,
                        .isRequired = true});
-    options.push_back({.names = "-j,--jobs",
-                       .help = "How many files to read at once, which takes memory for as many; 0: one a processor",
-                       .target = &arguments.jobs,
-                       .value = "COUNT",
-                       .most = 256});
+    options.push_back(
+        {.names = "-j,--jobs",
+         .help = "Read this many files in parallel, holding as many scenes in memory; 0 for one a processor",
+         .target = &arguments.jobs,
+         .value = "COUNT",
+         .max = 256});
 }
 
 void addReadingOptions(std::vector<Option>& options, SceneArguments& arguments) {
     options.push_back({.names = "--types",
-                       .help = "Catalogue of node types (JSON) that new nodes follow",
+                       .help = "Create nodes by the node types of this catalogue",
                        .target = &arguments.types,
                        .value = "CATALOGUE.json",
                        .completion = Completion::File});
     options.push_back({.names = "--max-array",
-                       .help = "How many elements one array may have",
+                       .help = "Limit the number of elements of an array",
                        .target = &arguments.limits.maxArrayElements,
                        .value = "COUNT",
-                       .most = u64(1) << 30});
-    options.push_back({.names = "--max-unnamed",
-                       .help = "How many elements a text may make by naming one behind them",
-                       .target = &arguments.limits.maxImplicitElements,
-                       .value = "COUNT",
-                       .most = u64(1) << 60});
+                       .max = u64(1) << 30});
+    options.push_back(
+        {.names = "--max-unnamed",
+         .help = "Limit the number of array elements that a file creates implicitly, by an index beyond the end",
+         .target = &arguments.limits.maxImplicitElements,
+         .value = "COUNT",
+         .max = u64(1) << 60});
     options.push_back({.names = "--max-buffer-bytes",
-                       .help = "How many bytes one buffer may take",
+                       .help = "Limit the size of a buffer in bytes",
                        .target = &arguments.limits.maxBufferBytes,
                        .value = "BYTES",
-                       .most = u64(1) << 60});
-    options.push_back({.names = "--quiet",
-                       .help = "Do not show on the terminal how far the reading has come",
-                       .target = &arguments.isQuiet});
+                       .max = u64(1) << 60});
+    options.push_back(
+        {.names = "--quiet", .help = "Do not show progress on the terminal", .target = &arguments.isQuiet});
 }
 
 bool SceneFile::isReadOnce() const {
@@ -87,7 +89,7 @@ void SceneFile::read(Scene& scene, Notices notices, Progress* progress) {
         keep(file);
     parse(scene, isKept_ ? open() : file, notices);
     if (progress)
-        progress->leaveOut(unread);
+        progress->skip(unread);
 }
 
 void SceneFile::parse(Scene& scene, const File& file, Notices notices) {
@@ -101,16 +103,16 @@ void SceneFile::parse(Scene& scene, const File& file, Notices notices) {
         readError_ = file.error();
 }
 
-// A text may have its name, however long, said as often as it likes: beyond many megabytes of diagnostics only the
-// beginnings of long ones are kept.
+// A file can have a long name repeated in any number of diagnostics, so beyond a total length long messages are
+// truncated.
 void SceneFile::add(const LogRecord& record) {
-    constexpr std::size_t mostBytes = std::size_t(64) << 20;
-    constexpr std::size_t beginning = 200;
+    constexpr std::size_t maxTotal = std::size_t(64) << 20;
+    constexpr std::size_t truncatedLength = 200;
     diagnostics_.push_back(record);
     String& text = diagnostics_.back().text;
-    if (keptBytes_ > mostBytes && text.len() > beginning)
-        text = text.substring(0, beginning) + "...";
-    keptBytes_ += text.len();
+    if (messageBytes_ > maxTotal && text.len() > truncatedLength)
+        text = text.substring(0, truncatedLength) + "...";
+    messageBytes_ += text.len();
 }
 
 void SceneFile::keep(const File& file) {
@@ -119,7 +121,7 @@ void SceneFile::keep(const File& file) {
     isKept_ = true;
 }
 
-void SceneFile::giveUp(const String& reason) {
+void SceneFile::fail(const String& reason) {
     diagnostics_ = {};
     isOk_ = false;
     readError_ = reason;
@@ -184,7 +186,7 @@ std::shared_ptr<const Catalogue> loadCatalogue(const SceneArguments& arguments) 
     try {
         return std::make_shared<const Catalogue>(readCatalogue(text.view()));
     } catch (const CatalogueError& error) {
-        printError(String::format("%s:%d:%d: error: %s\n", escapeForTerminal(path).buf(), error.position().line,
+        printError(String::format(messages::catalogueError, escapeForTerminal(path).buf(), error.position().line,
                                   error.position().column, error.what()));
         throw UnusableCatalogue();
     }
@@ -207,7 +209,7 @@ static std::vector<std::string> namesOf(const std::vector<NamedScene>& scenes) {
 
 namespace {
 
-// Reads one file after the other, or some of them at once.
+// Reads files one after the other or in parallel.
 class SceneReading {
 public:
     SceneReading(const SceneArguments& arguments, const Visit& visit, Notices notices)
@@ -221,7 +223,7 @@ public:
             try {
                 finish = read(file, scenes_[i], turn);
             } catch (const std::bad_alloc&) {
-                file.giveUp("out of memory");
+                file.fail(messages::outOfMemory);
                 finish = visit_(file, Scene());
             }
             return conclude(file, std::move(finish));
@@ -235,9 +237,9 @@ private:
         scene.setCatalogue(catalogue_);
         scene.setLimits(arguments_.limits);
         if (!named.trouble.isEmpty())
-            file.giveUp(named.trouble);
+            file.fail(named.trouble);
         else {
-            if (file.isReadOnce()) // two names may lead to one pipe
+            if (file.isReadOnce()) // two arguments may name the same pipe
                 turn.await();
             file.read(scene, notices_, &progress_);
         }
@@ -245,13 +247,13 @@ private:
     }
 
     Finish conclude(const SceneFile& file, Finish finish) {
-        const int deserved = !file.isWhole() ? exitTrouble : file.hasErrors() ? exitErrors : exitOk;
-        return [this, deserved, finish = std::move(finish), name = file.displayName(), trouble = file.readError()] {
+        const int status = !file.isWhole() ? exitTrouble : file.hasErrors() ? exitErrors : exitOk;
+        return [this, status, finish = std::move(finish), name = file.displayName(), trouble = file.readError()] {
             if (finish)
                 finish();
             if (!trouble.isEmpty())
                 complain(name, trouble);
-            status_ = std::max(status_, deserved);
+            status_ = std::max(status_, status);
         };
     }
 
@@ -272,13 +274,13 @@ int visitScenes(const SceneArguments& arguments, const Visit& visit, Notices not
 
 int forEachScene(const SceneArguments& arguments, const std::function<void(const SceneFile&, const Scene&)>& visit,
                  Notices notices) {
-    const auto visitAtOnce = [&](const SceneFile& file, const Scene& scene) {
+    const auto visitWithoutFinish = [&](const SceneFile& file, const Scene& scene) {
         visit(file, scene);
         return Finish();
     };
-    SceneArguments oneByOne = arguments; // such a visit knows nothing of threads
-    oneByOne.jobs = 1;
-    return visitScenes(oneByOne, visitAtOnce, notices);
+    SceneArguments sequential = arguments; // `visit` need not be thread-safe
+    sequential.jobs = 1;
+    return visitScenes(sequential, visitWithoutFinish, notices);
 }
 
 } // namespace vrn::cli

@@ -1,5 +1,7 @@
 #include "cli/files/SceneFolders.h"
 
+#include "cli/terminal/Messages.h"
+
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
@@ -11,11 +13,11 @@ namespace fs = std::filesystem;
 
 namespace {
 
-using Scenes = std::vector<std::pair<fs::path, vor::String>>; // and their trouble
+using Scenes = std::vector<std::pair<fs::path, vor::String>>; // and the reason why they cannot be read
 
 vor::String reason(const std::error_code& error) { return strerrordesc_np(error.value()); }
 
-// A link that leads nowhere is taken for a file, so that it is complained of.
+// A dangling link counts as a file, so that it is reported.
 bool isFile(const fs::directory_entry& entry) {
     std::error_code ignored;
     const fs::file_type type = entry.status(ignored).type();
@@ -25,7 +27,7 @@ bool isFile(const fs::directory_entry& entry) {
 
 bool isHidden(const fs::path& path) { return path.filename().native().starts_with('.'); }
 
-// What stands in one folder: scenes go to `scenes`, folders to `folders`.
+// Appends the scenes and folders in one folder.
 void list(const fs::path& folder, Scenes& scenes, std::vector<fs::path>& folders) {
     std::error_code error;
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
@@ -71,7 +73,7 @@ std::vector<NamedScene> expandFolders(const std::vector<std::string>& arguments)
         for (const auto& [path, trouble] : scenes)
             all.push_back({path.native(), trouble});
         if (scenes.empty())
-            all.push_back({argument, "no *.vrn file in this folder or below it"});
+            all.push_back({argument, messages::noSceneInFolder});
     }
     return all;
 }

@@ -1,4 +1,4 @@
-// The scenes that the arguments of a command name.
+// Expands folders among the arguments of a command.
 #pragma once
 
 #include "scene/core/String.h"
@@ -10,11 +10,11 @@ namespace vrn::cli {
 
 struct NamedScene {
     std::string name;
-    vor::String trouble{}; // why there is nothing to read, for a folder that cannot be read or holds no scene
+    vor::String trouble{}; // the reason, if it cannot be read or is a folder without scenes
 };
 
-// The arguments, with every `*.vrn` below it, sorted by path, in place of a folder. Left out are names that begin with
-// a dot, links to folders (but not a link that is an argument), and what is no file, such as a pipe.
+// The arguments, each folder replaced by every `*.vrn` file below it, sorted by path. Skips names with a leading dot,
+// symbolic links to folders (except arguments), and anything that is not a file, such as a pipe.
 [[nodiscard]] std::vector<NamedScene> expandFolders(const std::vector<std::string>& arguments);
 
 } // namespace vrn::cli

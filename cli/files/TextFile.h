@@ -1,4 +1,4 @@
-// One file of the command line, read whole.
+// A file, read into memory.
 #pragma once
 
 #include "scene/core/File.h"
@@ -7,14 +7,14 @@ namespace vrn::cli {
 
 class TextFile {
 public:
-    // Reads it; `-` is standard input.
+    // Reads the file; `-` is standard input.
     explicit TextFile(vor::String argument);
 
     [[nodiscard]] bool isStandardInput() const noexcept { return argument_ == "-"; }
     [[nodiscard]] const vor::String& argument() const noexcept { return argument_; }
     [[nodiscard]] vor::String displayName() const { return isStandardInput() ? "<stdin>" : argument_; }
 
-    // Why it could not be read; empty if it could.
+    // Why the file could not be read; empty if it could.
     [[nodiscard]] const vor::String& error() const noexcept { return error_; }
     [[nodiscard]] const vor::String& text() const noexcept { return text_; }
 
@@ -24,7 +24,7 @@ private:
     vor::String error_;
 };
 
-// All that a file has to give, as far as it can be read.
+// The contents of a file, as far as they can be read.
 [[nodiscard]] vor::String readAll(vor::File file);
 
 } // namespace vrn::cli

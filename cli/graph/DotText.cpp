@@ -14,13 +14,13 @@ using namespace vor::velmo_sdk::impl;
 
 namespace {
 
-constexpr std::size_t mostRows = 40; // of a node; the other links share one more
-constexpr std::size_t mostCharacters = 40;
+constexpr std::size_t maxRows = 40; // of a node; all other links share one more row
+constexpr std::size_t maxNameLength = 40;
 
-// A text for the inside of an HTML-like label, where backslashes begin escapes of DOT's own, too.
+// Text for an HTML-like label, in which a backslash also starts an escape sequence of DOT.
 std::string escapedHtml(std::string_view text) {
     std::string escaped;
-    for (const char c : escapedShort(text, mostCharacters)) {
+    for (const char c : escapedShort(text, maxNameLength)) {
         if (c == '&' || c == '<' || c == '>' || c == '"')
             escaped += "&#" + std::to_string(int(c)) + ';';
         else
@@ -29,19 +29,19 @@ std::string escapedHtml(std::string_view text) {
     return escaped.empty() ? " " : escaped;
 }
 
-// The shades of a type: its hue comes from its name alone.
-struct Shades {
+// The colours of a type. The hue depends on its name only.
+struct Colours {
     std::string fill;
     std::string line;
 };
 
-// Mixes the bits of a hash. Among many such numbers this one keeps the hues of common types the farthest apart.
-constexpr u64 spread = 0x18F38AE0C0E2EB5;
+// Mixes the bits of a hash. Chosen among many constants because it keeps the hues of common types farthest apart.
+constexpr u64 hueMultiplier = 0x18F38AE0C0E2EB5;
 
-Shades shadesOf(const Node& node) {
+Colours coloursOf(const Node& node) {
     if (node.isDefinition())
         return {"#e4e4e4", "#606060"};
-    const u64 hue = (node.type().hash() * spread >> 32U) * 1000 >> 32U;
+    const u64 hue = (node.type().hash() * hueMultiplier >> 32U) * 1000 >> 32U;
     const std::string digits = std::to_string(1000 + hue).substr(1);
     return {"0." + digits + " 0.22 0.98", "0." + digits + " 0.85 0.55"};
 }
@@ -54,7 +54,7 @@ std::string shownName(const Input& input) {
     for (const Input* step = &input; step; step = step->parent())
         steps.push_back(step);
     std::string path;
-    for (auto step = steps.rbegin(); step != steps.rend() && path.size() <= mostCharacters; ++step) {
+    for (auto step = steps.rbegin(); step != steps.rend() && path.size() <= maxNameLength; ++step) {
         const String name = (*step)->name();
         if ((*step)->isElement())
             path += '[' + std::string(name.view()) + ']';
@@ -64,18 +64,18 @@ std::string shownName(const Input& input) {
     return escapedHtml(path);
 }
 
-// The inputs or outputs of a node that are linked, each in a row of its own as far as there is room.
+// The linked inputs or outputs of a node, one a row; those beyond maxRows share the last row.
 template <class Port> class Ports {
 public:
     void add(const Port* port) {
         if (rows_.try_emplace(port, ports_.size()).second)
             ports_.push_back(port);
     }
-    [[nodiscard]] std::size_t row(const Port* port) const { return std::min(rows_.at(port), mostRows); }
-    [[nodiscard]] std::size_t shown() const { return std::min(ports_.size(), mostRows + 1); }
+    [[nodiscard]] std::size_t row(const Port* port) const { return std::min(rows_.at(port), maxRows); }
+    [[nodiscard]] std::size_t shown() const { return std::min(ports_.size(), maxRows + 1); }
     [[nodiscard]] std::string text(std::size_t row) const {
-        const bool isShared = row == mostRows && ports_.size() > mostRows + 1;
-        return isShared ? "... " + std::to_string(ports_.size() - mostRows) + " more" : shownName(*ports_[row]);
+        const bool isShared = row == maxRows && ports_.size() > maxRows + 1;
+        return isShared ? "... " + std::to_string(ports_.size() - maxRows) + " more" : shownName(*ports_[row]);
     }
 
 private:
@@ -96,15 +96,15 @@ template <class Port> std::string cell(char side, std::size_t row, const Ports<P
 }
 
 std::string nodeText(std::size_t index, const Node& node, const NodePorts& ports) {
-    const Shades shades = shadesOf(node);
+    const Colours colours = coloursOf(node);
     const std::string type = node.isDefinition() ? "definition" : escapedHtml(node.type());
     std::string text = "  n" + std::to_string(index) +
                        " [label=<<TABLE BORDER=\"1\" CELLBORDER=\"0\" CELLSPACING=\"0\" "
                        "CELLPADDING=\"4\" COLOR=\"" +
-                       shades.line +
+                       colours.line +
                        "\" BGCOLOR=\"white\"><TR><TD COLSPAN=\"2\" PORT=\"title\" "
                        "BGCOLOR=\"" +
-                       shades.fill + "\"><B>" + escapedHtml(node.name()) +
+                       colours.fill + "\"><B>" + escapedHtml(node.name()) +
                        "</B><BR/><FONT POINT-SIZE=\"10\" COLOR=\"#404040\">" + type + "</FONT></TD></TR>";
     const std::size_t inputs = ports.inputs.shown();
     const std::size_t outputs = ports.outputs.shown();
@@ -114,18 +114,18 @@ std::string nodeText(std::size_t index, const Node& node, const NodePorts& ports
     return text + "</TABLE>>];\n";
 }
 
-// For each reference, one in the other direction between the same nodes: of a parent to its child and of the child to
-// its parent, say. Each is in one pair at the most.
+// Pairs each reference with one in the opposite direction between the same nodes, such as those of a parent and its
+// child. An edge is in at most one pair; the others have null.
 std::vector<const LinkEdge*> opposites(const LinkGraph& graph) {
     std::vector<const LinkEdge*> opposite(graph.edges.size());
-    std::map<std::pair<std::size_t, std::size_t>, std::vector<std::size_t>> alone;
+    std::map<std::pair<std::size_t, std::size_t>, std::vector<std::size_t>> unpaired;
     for (std::size_t i = 0; i < graph.edges.size(); ++i) {
         const LinkEdge& edge = graph.edges[i];
         if (edge.output || edge.from == edge.to)
             continue;
-        std::vector<std::size_t>& others = alone[{edge.to, edge.from}];
+        std::vector<std::size_t>& others = unpaired[{edge.to, edge.from}];
         if (others.empty()) {
-            alone[{edge.from, edge.to}].push_back(i);
+            unpaired[{edge.from, edge.to}].push_back(i);
             continue;
         }
         opposite[i] = &graph.edges[others.back()];
@@ -167,13 +167,13 @@ private:
                colour(edge.from) + '"' + (edge.output ? "" : ", style=dashed") + "];\n";
     }
 
-    // Two opposite references as one line, the node of the first one, which has a list, on the left.
+    // Two opposite references as one edge. The node of `list`, whose input is an array element, is on the left.
     [[nodiscard]] std::string both(const LinkEdge& list, const LinkEdge& other) const {
         return "  " + inputPort(list) + ":e -> " + inputPort(other) + ":w [color=\"" + colour(list.to) +
                "\", style=dashed, dir=both];\n";
     }
 
-    [[nodiscard]] std::string colour(std::size_t node) const { return shadesOf(*graph_.nodes[node]).line; }
+    [[nodiscard]] std::string colour(std::size_t node) const { return coloursOf(*graph_.nodes[node]).line; }
 
     const LinkGraph& graph_;
     const std::vector<NodePorts>& ports_;

@@ -1,4 +1,4 @@
-// Links as text in Graphviz's language DOT, which `dot` makes pictures of.
+// Link graphs in DOT, the language of Graphviz.
 #pragma once
 
 #include "cli/graph/LinkGraph.h"
@@ -8,9 +8,8 @@
 namespace vrn::cli {
 
 // Each node is a table: its name and type, below them the linked inputs on the left and the linked outputs on the
-// right. References are dashed, and two nodes that
-// refer to each other have one line with two heads. A type has the same colour in all pictures. Names are cut where
-// they are long and may hold anything.
+// right. References are dashed, and two nodes that refer to each other share one edge with two heads. A type has the
+// same colour in all pictures. Long names are truncated, and names may hold any bytes.
 [[nodiscard]] std::string dotText(const LinkGraph& graph);
 
 } // namespace vrn::cli

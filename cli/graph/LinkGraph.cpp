@@ -12,9 +12,9 @@ using namespace vor::velmo_sdk::impl;
 
 namespace {
 
-constexpr std::size_t nowhere = static_cast<std::size_t>(-1);
+constexpr std::size_t noIndex = static_cast<std::size_t>(-1);
 
-// For each node, its neighbours: those of node i stand from starts[i] up to starts[i + 1].
+// Adjacency lists: the neighbours of node i are nodes[starts[i]] up to, and without, nodes[starts[i + 1]].
 struct Neighbours {
     std::vector<std::size_t> starts;
     std::vector<std::size_t> nodes;
@@ -38,8 +38,8 @@ Neighbours neighboursIn(const LinkGraph& graph) {
     return neighbours;
 }
 
-// Whether each node is within reach, breadth first.
-std::vector<bool> reach(const LinkGraph& graph, std::size_t centre, u64 hops) {
+// Whether each node is within `hops` links of the centre, by breadth-first search.
+std::vector<bool> reachable(const LinkGraph& graph, std::size_t centre, u64 hops) {
     const Neighbours neighbours = neighboursIn(graph);
     std::vector<bool> isReached(graph.nodes.size());
     std::vector<std::size_t> ring{centre};
@@ -77,10 +77,10 @@ LinkGraph linksOf(const Scene& scene) {
 }
 
 LinkGraph neighbourhood(const LinkGraph& graph, const Node& centre, u64 hops) {
-    const auto place = std::ranges::find(graph.nodes, &centre);
-    const std::vector<bool> isReached = reach(graph, static_cast<std::size_t>(place - graph.nodes.begin()), hops);
+    const auto found = std::ranges::find(graph.nodes, &centre);
+    const std::vector<bool> isReached = reachable(graph, static_cast<std::size_t>(found - graph.nodes.begin()), hops);
     LinkGraph part;
-    std::vector<std::size_t> indices(graph.nodes.size(), nowhere);
+    std::vector<std::size_t> indices(graph.nodes.size(), noIndex);
     for (std::size_t i = 0; i < graph.nodes.size(); ++i)
         if (isReached[i]) {
             indices[i] = part.nodes.size();

@@ -1,9 +1,12 @@
 #include "cli/graph/Picture.h"
 
+#include "cli/terminal/Messages.h"
 #include "scene/core/OutputFile.h"
+#include "scene/core/String.h"
 
 #include <array>
 #include <cerrno>
+#include <cstring>
 #include <spawn.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
@@ -14,7 +17,8 @@ namespace vrn::cli {
 
 namespace {
 
-// A text that a program can read as its standard input. In memory, so that nobody has to write while another reads.
+// Text as the standard input of a child process. It is in a memory file, because with a pipe this process would have to
+// write while the child reads.
 class TextInput {
 public:
     explicit TextInput(std::string_view text) : descriptor_(memfd_create("vrn", MFD_CLOEXEC)) {
@@ -47,9 +51,9 @@ pid_t spawnDot(const std::string& format, int input, int output) {
     const int error = posix_spawnp(&process, "dot", &actions, nullptr, arguments.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     if (error == ENOENT)
-        throw PictureError("the program dot is not installed; install the package graphviz, or write a .dot file");
+        throw PictureError(messages::dotMissing);
     if (error != 0)
-        throw PictureError("the program dot does not start: " + std::generic_category().message(error));
+        throw PictureError(vor::String::format(messages::dotNotStarted, strerrordesc_np(error)).buf());
     return process;
 }
 
@@ -63,7 +67,7 @@ void drawPicture(std::string_view dotText, const std::string& format, int descri
         if (errno != EINTR)
             throw std::system_error(errno, std::generic_category());
     if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
-        throw PictureError("the program dot failed; write a .dot file to see what it was given");
+        throw PictureError(messages::dotFailed);
 }
 
 } // namespace vrn::cli

@@ -1,4 +1,4 @@
-// Pictures of graphs, by Graphviz's program `dot`.
+// Renders graphs with the program `dot` of Graphviz.
 #pragma once
 
 #include <stdexcept>
@@ -7,14 +7,14 @@
 
 namespace vrn::cli {
 
-// That there is no picture, and why.
+// `dot` is missing or failed.
 class PictureError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-// Has `dot` draw a text of its language as `svg`, `png` or `pdf` into an open file. Throws PictureError, or
-// std::system_error when the system refuses.
+// Renders DOT text as `svg`, `png` or `pdf` into an open file. Throws PictureError, or std::system_error if a system
+// call fails.
 void drawPicture(std::string_view dotText, const std::string& format, int descriptor);
 
 } // namespace vrn::cli

@@ -99,44 +99,43 @@ std::string sliceText(const PathMatch& match) {
     return '[' + std::to_string(match.first) + ':' + std::to_string(match.first + match.count) + ']';
 }
 
-void writeInput(JsonWriter& writer, const PathMatch& match) {
+void writeInput(JsonLine& json, const PathMatch& match) {
     const Input& input = *match.input;
     std::string path(input.label().view());
     if (match.kind == Kind::Slice)
         path += sliceText(match);
     if (match.kind == Kind::BufferElement)
         path += indexText(match.first);
-    writeJsonMember(writer, "path", path);
+    json.key("path").text(path);
     if (match.kind == Kind::BufferElement) {
-        writeJsonMember(writer, "type", dataTypeName(input.dataType()));
-        writer.Key("value");
-        return writeJsonElement(writer, input.value(), match.first);
+        json.key("type").text(dataTypeName(input.dataType()));
+        return writeJsonElement(json.key("value"), input.value(), match.first);
     }
-    writeJsonMember(writer, "type", attrTypeName(input.type()));
+    json.key("type").text(attrTypeName(input.type()));
     if (input.type() == AttrType::Buffer)
-        writeJsonMember(writer, "dataType", dataTypeName(input.dataType()));
+        json.key("dataType").text(dataTypeName(input.dataType()));
     if (input.connection())
-        writeJsonMember(writer, "connection", input.connection()->label());
-    writer.Key("value");
+        json.key("connection").text(input.connection()->label());
+    json.key("value");
     if (match.kind == Kind::Input)
-        writeJsonValue(writer, input);
+        writeJsonValue(json, input);
     else if (input.type() == AttrType::Buffer)
-        writeJsonElements(writer, input.value(), match.first, match.count);
+        writeJsonElements(json, input.value(), match.first, match.count);
     else
-        writeJsonArray(writer, input.children().subspan(match.first, match.count));
+        writeJsonArray(json, input.children().subspan(match.first, match.count));
 }
 
-void writeNode(JsonWriter& writer, const PathMatch& match) {
+void writeNode(JsonLine& json, const PathMatch& match) {
     const Node& node = *match.node;
-    const bool isWhole = match.kind == Kind::Node;
+    if (match.kind == Kind::Node) {
+        json.key("path").text(node.name());
+        json.key("type").text(node.type());
+        return writeJsonObject(json.key("value"), node.inputs());
+    }
     const bool isType = match.kind == Kind::NodeType;
-    writeJsonMember(writer, "path", node.name() + (isWhole ? "" : isType ? ".type" : ".name"));
-    writeJsonMember(writer, "type", isWhole ? node.type() : String("String"));
-    writer.Key("value");
-    if (isWhole)
-        writeJsonObject(writer, node.inputs());
-    else
-        writeJsonText(writer, isType ? node.type() : node.name());
+    json.key("path").text(node.name() + (isType ? ".type" : ".name"));
+    json.key("type").text("String");
+    json.key("value").text(isType ? node.type() : node.name());
 }
 
 } // namespace
@@ -144,11 +143,8 @@ void writeNode(JsonWriter& writer, const PathMatch& match) {
 void printAnswer(const PathMatch& match, bool isLabelled) { AnswerLines(match, isLabelled).print(); }
 
 void printAnswerJson(const PathMatch& match) {
-    printJsonLine([&](JsonWriter& writer) {
-        writer.StartObject();
-        match.input ? writeInput(writer, match) : writeNode(writer, match);
-        writer.EndObject();
-    });
+    printJsonLine(
+        [&](JsonLine& json) { json.object([&] { match.input ? writeInput(json, match) : writeNode(json, match); }); });
 }
 
 } // namespace vrn::cli

@@ -1,15 +1,15 @@
-// The values at a place of a scene, printed for shells and programs.
+// Prints the values that a path leads to.
 #pragma once
 
 #include "cli/query/ScenePath.h"
 
 namespace vrn::cli {
 
-// One value a line, elements of buffers and arrays each on its own. `isLabelled` puts the path and a tab before each;
-// then, and on a terminal, strings are escaped, so that a line is a line.
+// Prints one value a line; buffers and arrays print one line an element. With `isLabelled`, each line starts with the
+// path and a tab. Then, and on a terminal, strings are escaped, so that they cannot contain line feeds.
 void printAnswer(const PathMatch& match, bool isLabelled);
 
-// One line: {"path", "type", "value"}, of buffers also "dataType", of connected inputs also "connection".
+// Prints one line: {"path", "type", "value"}, with "dataType" for buffers and "connection" for connected inputs.
 void printAnswerJson(const PathMatch& match);
 
 } // namespace vrn::cli

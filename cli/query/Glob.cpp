@@ -12,17 +12,17 @@ static std::size_t characterLength(std::string_view text) noexcept {
 
 bool isGlob(std::string_view text) noexcept { return text.find_first_of("*?") != std::string_view::npos; }
 
-// Where a character does not match, the last `*` takes one more: no earlier one ever has to.
+// On a mismatch, only the last `*` has to match one more character; earlier ones never need to be tried again.
 bool matchesGlob(std::string_view text, std::string_view pattern) noexcept {
     constexpr std::size_t none = std::string_view::npos;
-    std::size_t at = 0;
-    std::size_t in = 0;
+    std::size_t at = 0;      // in the text
+    std::size_t in = 0;      // in the pattern
     std::size_t star = none; // the last `*` of the pattern
-    std::size_t taken = 0;   // where the text behind what it took begins
+    std::size_t retry = 0;   // where the text after its match begins
     while (at < text.size()) {
         if (in < pattern.size() && pattern[in] == '*') {
             star = in++;
-            taken = at;
+            retry = at;
         } else if (in < pattern.size() && pattern[in] == '?') {
             ++in;
             at += characterLength(text.substr(at));
@@ -30,8 +30,8 @@ bool matchesGlob(std::string_view text, std::string_view pattern) noexcept {
             ++in;
             ++at;
         } else if (star != none) {
-            taken += characterLength(text.substr(taken));
-            at = taken;
+            retry += characterLength(text.substr(retry));
+            at = retry;
             in = star + 1;
         } else {
             return false;

@@ -1,15 +1,15 @@
-// Names by pattern, as shells match the names of files.
+// Matches names against patterns like those of shells.
 #pragma once
 
 #include <string_view>
 
 namespace vrn::cli {
 
-// Whether a text holds `*` or `?`.
+// Whether the text contains `*` or `?`.
 [[nodiscard]] bool isGlob(std::string_view text) noexcept;
 
-// Whether all of `text` matches: `*` stands for any characters, `?` for one, everything else for itself. Takes at most
-// the product of both lengths.
+// Whether the whole text matches: `*` matches any characters, `?` one UTF-8 character, anything else itself. Takes time
+// proportional to the product of both lengths in the worst case.
 [[nodiscard]] bool matchesGlob(std::string_view text, std::string_view pattern) noexcept;
 
 } // namespace vrn::cli

@@ -1,6 +1,7 @@
 #include "cli/query/ScenePath.h"
 
 #include "cli/query/Glob.h"
+#include "cli/terminal/Messages.h"
 
 #include <algorithm>
 
@@ -20,22 +21,23 @@ public:
         ScenePath path{.text = std::string(text_), .parts = {}};
         path.parts.push_back(name());
         while (at_ < text_.size()) {
-            if (take('.'))
+            if (consume('.'))
                 path.parts.push_back(name());
-            else if (take('['))
+            else if (consume('['))
                 path.parts.push_back(range());
             else
-                fail("expected . or [");
+                fail(messages::expectedStep);
         }
         return path;
     }
 
 private:
     [[noreturn]] void fail(const char* reason) const {
-        throw PathError("at character " + std::to_string(at_ + 1) + ": " + reason);
+        throw PathError(
+            String::format(messages::malformedPath, static_cast<unsigned long long>(at_ + 1), reason).buf());
     }
 
-    [[nodiscard]] bool take(char c) {
+    [[nodiscard]] bool consume(char c) {
         if (at_ == text_.size() || text_[at_] != c)
             return false;
         ++at_;
@@ -45,7 +47,7 @@ private:
     [[nodiscard]] PathPart name() {
         const std::size_t end = std::min(text_.find_first_of(".[]", at_), text_.size());
         if (end == at_)
-            fail("a name is missing");
+            fail(messages::expectedName);
         PathPart part{.name = std::string(text_.substr(at_, end - at_)), .end = end};
         part.isPattern = isGlob(part.name);
         at_ = end;
@@ -54,18 +56,18 @@ private:
 
     [[nodiscard]] PathPart range() {
         PathPart part;
-        if (take('*')) {
+        if (consume('*')) {
             part.isSlice = true;
         } else {
             part.first = number();
-            part.isSlice = take(':');
+            part.isSlice = consume(':');
             if (part.isSlice)
                 part.last = number();
             else if (!part.first)
-                fail("expected an index, a slice such as 2:5, or *");
+                fail(messages::expectedIndex);
         }
-        if (!take(']'))
-            fail("expected ]");
+        if (!consume(']'))
+            fail(messages::expectedBracket);
         part.end = at_;
         return part;
     }
@@ -79,7 +81,7 @@ private:
             return std::nullopt;
         i64 value = 0;
         if (end == digits || !String::parse(text_.substr(at_, end - at_), value, String::Radix::Decimal))
-            fail("this is no index");
+            fail(messages::invalidIndex);
         at_ = end;
         return value;
     }
@@ -93,16 +95,16 @@ struct Range {
     u64 count = 0;
 };
 
-// Which of `size` elements a part names: what lies outside is none.
+// The elements of `size` that an index or slice selects; indices outside are ignored.
 Range resolve(const PathPart& part, u64 size) {
-    const auto signedSize = static_cast<i64>(size); // a scene's sizes are far from the limit
-    const auto fromFront = [&](i64 index) { return index < 0 ? index + signedSize : index; };
+    const auto signedSize = static_cast<i64>(size); // sizes in a scene are far below the limit
+    const auto fromStart = [&](i64 index) { return index < 0 ? index + signedSize : index; };
     if (!part.isSlice) {
-        const i64 index = fromFront(*part.first);
+        const i64 index = fromStart(*part.first);
         return index < 0 || index >= signedSize ? Range{} : Range{static_cast<u64>(index), 1};
     }
-    const i64 first = std::clamp<i64>(fromFront(part.first.value_or(0)), 0, signedSize);
-    const i64 last = std::clamp<i64>(fromFront(part.last.value_or(signedSize)), first, signedSize);
+    const i64 first = std::clamp<i64>(fromStart(part.first.value_or(0)), 0, signedSize);
+    const i64 last = std::clamp<i64>(fromStart(part.last.value_or(signedSize)), first, signedSize);
     return {static_cast<u64>(first), static_cast<u64>(last - first)};
 }
 
@@ -125,50 +127,50 @@ public:
     }
 
 private:
-    // Inputs of which some may match a part.
+    // Siblings that are to be matched against a part.
     struct Level {
-        std::span<const Input* const> left;
+        std::span<const Input* const> remaining;
         std::size_t part;
     };
 
     void walk(const Node& node) {
         reach(0);
         if (parts_.size() == 1)
-            return found({.kind = PathMatch::Kind::Node, .node = &node});
-        if (isOfNode(node))
+            return report({.kind = PathMatch::Kind::Node, .node = &node});
+        if (matchesProperty(node))
             return;
         std::vector<Level> open{{named(node, node.inputs(), parts_[1]), 1}};
         while (!open.empty()) {
             Level& level = open.back();
-            if (level.left.empty()) {
+            if (level.remaining.empty()) {
                 open.pop_back();
                 continue;
             }
-            const Input& input = *level.left.front();
-            level.left = level.left.subspan(1);
+            const Input& input = *level.remaining.front();
+            level.remaining = level.remaining.subspan(1);
             const std::size_t part = level.part;
             if (parts_[part].isPattern && !matchesGlob(input.key(), parts_[part].name))
                 continue;
             reach(part);
-            if (!isEnd(input, part))
+            if (!matchesEnd(input, part))
                 open.push_back({below(input, parts_[part + 1]), part + 1});
         }
     }
 
-    // What nodes have besides inputs.
-    [[nodiscard]] bool isOfNode(const Node& node) {
+    // Matches `.name` and `.type` of a node that has no such input.
+    [[nodiscard]] bool matchesProperty(const Node& node) {
         const std::string& name = parts_[1].name;
         if (parts_.size() != 2 || (name != "name" && name != "type") || node.input(std::string_view(name)))
             return false;
         reach(1);
-        found({.kind = name == "name" ? PathMatch::Kind::NodeName : PathMatch::Kind::NodeType, .node = &node});
+        report({.kind = name == "name" ? PathMatch::Kind::NodeName : PathMatch::Kind::NodeType, .node = &node});
         return true;
     }
 
-    // Whether the path ends with this input, or with elements of it that are one match.
-    [[nodiscard]] bool isEnd(const Input& input, std::size_t part) {
+    // Matches an input at which the path ends, or elements of it that are one match. Returns false if the path goes on.
+    [[nodiscard]] bool matchesEnd(const Input& input, std::size_t part) {
         if (part + 1 == parts_.size()) {
-            found({.kind = PathMatch::Kind::Input, .node = input.node(), .input = &input});
+            report({.kind = PathMatch::Kind::Input, .node = input.node(), .input = &input});
             return true;
         }
         const PathPart& last = parts_[part + 1];
@@ -180,7 +182,7 @@ private:
         if (last.isSlice || count != 0) {
             const auto kind = last.isSlice ? PathMatch::Kind::Slice : PathMatch::Kind::BufferElement;
             reach(part + 1);
-            found({.kind = kind, .node = input.node(), .input = &input, .first = first, .count = count});
+            report({.kind = kind, .node = input.node(), .input = &input, .first = first, .count = count});
         }
         return true;
     }
@@ -196,7 +198,7 @@ private:
         return children.subspan(first, count);
     }
 
-    // The children that may have a part's name: all, or just the one of that name.
+    // The candidates for the name of a part: all children for a pattern, else the one with that name.
     template <class Parent>
     static std::span<const Input* const> named(const Parent& parent, std::span<const Input* const> children,
                                                const PathPart& part) {
@@ -206,9 +208,9 @@ private:
         return child ? children.subspan(child->index(), 1) : std::span<const Input* const>();
     }
 
-    void reach(std::size_t part) { matches_.reached = std::max(matches_.reached, parts_[part].end); }
+    void reach(std::size_t part) { matches_.found = std::max(matches_.found, parts_[part].end); }
 
-    void found(const PathMatch& match) {
+    void report(const PathMatch& match) {
         ++matches_.count;
         visit_(match);
     }

@@ -2,9 +2,7 @@
 
 #include "scene/BufferNumbers.h"
 #include "scene/Node.h"
-#include "scene/core/NumberText.h"
 
-#include <cmath>
 #include <vector>
 
 namespace vrn::cli {
@@ -14,65 +12,53 @@ using namespace vor::velmo_sdk;
 
 namespace {
 
-template <class Real> void writeShortest(JsonWriter& writer, Real number) {
-    char buffer[realTextCapacity];
-    const std::string_view text = writeReal(number, buffer);
-    if (std::isfinite(number))
-        writer.RawValue(text.data(), text.size(), rapidjson::kNumberType);
+template <class Number> void writeNumber(JsonLine& json, Number number) {
+    if constexpr (std::is_same_v<Number, bool>)
+        json.boolean(number);
     else
-        writer.String(text.data(), text.size());
+        json.number(number);
 }
 
-template <class Number> void writeNumber(JsonWriter& writer, Number number) {
-    if constexpr (std::is_floating_point_v<Number>)
-        writeShortest(writer, number);
-    else if constexpr (std::is_same_v<Number, bool>)
-        writer.Bool(number);
-    else if constexpr (std::is_signed_v<Number>)
-        writer.Int64(number);
-    else
-        writer.Uint64(number);
-}
-
-template <class Number> void writeRow(JsonWriter& writer, std::span<const Number> numbers) {
+template <class Number> void writeElement(JsonLine& json, std::span<const Number> numbers) {
     if (numbers.size() == 1)
-        return writeNumber(writer, numbers.front());
-    writer.StartArray();
-    for (const Number number : numbers)
-        writeNumber(writer, number);
-    writer.EndArray();
+        return writeNumber(json, numbers.front());
+    json.array([&] {
+        for (const Number number : numbers)
+            writeNumber(json, number);
+    });
 }
 
-// An input that has nothing below it.
-void writeLeaf(JsonWriter& writer, const Input& input) {
+// An input that is neither an object nor an array.
+void writeLeaf(JsonLine& json, const Input& input) {
     const AttrData& value = input.value();
     switch (input.type()) {
     case AttrType::Null:
-        return input.connection() ? impl::writeJsonText(writer, input.connection()->label()) : void(writer.Null());
+        return input.connection() ? json.text(input.connection()->label()) : json.null();
     case AttrType::Bool:
-        return void(writer.Bool(value.asBool()));
+        return json.boolean(value.asBool());
     case AttrType::Int:
-        return void(writer.Int64(value.asInt()));
+        return json.number(value.asInt());
     case AttrType::UInt:
-        return void(writer.Uint64(value.asUInt()));
+        return json.number(value.asUInt());
     case AttrType::String:
-        return impl::writeJsonText(writer, value.asString());
+        return json.text(value.asString());
     case AttrType::Node:
-        return input.nodeValue() ? impl::writeJsonText(writer, input.nodeValue()->name()) : void(writer.Null());
+        return input.nodeValue() ? json.text(input.nodeValue()->name()) : json.null();
     case AttrType::Buffer:
-        return writeJsonElements(writer, value, 0, value.count());
+        return writeJsonElements(json, value, 0, value.count());
     default:
-        return writeRow(writer, value.components());
+        return writeElement(json, value.components());
     }
 }
 
-// Objects and arrays that are being written: inputs may be nested too deep for recursion.
-class Nest {
+// Writes nested objects and arrays. Keeps a stack of the open ones, because inputs can be nested too deep for
+// recursion.
+class NestedWriter {
 public:
-    explicit Nest(JsonWriter& writer) : writer_(writer) {}
+    explicit NestedWriter(JsonLine& json) : json_(json) {}
 
     void enter(std::span<const Input* const> children, bool isObject) {
-        isObject ? writer_.StartObject() : writer_.StartArray();
+        isObject ? json_.beginObject() : json_.beginArray();
         open_.push_back({children, isObject});
     }
 
@@ -81,72 +67,68 @@ public:
         if (isObject || input.type() == AttrType::Array)
             enter(input.children(), isObject);
         else
-            writeLeaf(writer_, input);
+            writeLeaf(json_, input);
     }
 
     void finish() {
         while (!open_.empty()) {
             Open& top = open_.back();
-            if (top.left.empty()) {
-                top.isObject ? writer_.EndObject() : writer_.EndArray();
+            if (top.remaining.empty()) {
+                top.isObject ? json_.endObject() : json_.endArray();
                 open_.pop_back();
                 continue;
             }
-            const Input& input = *top.left.front();
-            top.left = top.left.subspan(1);
+            const Input& input = *top.remaining.front();
+            top.remaining = top.remaining.subspan(1);
             if (top.isObject)
-                impl::writeJsonText(writer_, input.name());
+                json_.key(input.name());
             write(input);
         }
     }
 
 private:
     struct Open {
-        std::span<const Input* const> left;
+        std::span<const Input* const> remaining;
         bool isObject;
     };
 
-    JsonWriter& writer_;
+    JsonLine& json_;
     std::vector<Open> open_;
 };
 
 } // namespace
 
-void writeJsonReal(JsonWriter& writer, double number) { writeShortest(writer, number); }
-
-void writeJsonReal(JsonWriter& writer, float number) { writeShortest(writer, number); }
-
-void writeJsonElements(JsonWriter& writer, const AttrData& buffer, u64 first, u64 count) {
+void writeJsonElements(JsonLine& json, const AttrData& buffer, u64 first, u64 count) {
     const u64 components = elementLayout(buffer.dataType()).components;
-    writer.StartArray();
-    visitNumbers(buffer, [&](auto numbers) {
-        for (u64 i = first; i < first + count; ++i)
-            writeRow(writer, numbers.subspan(i * components, components));
+    json.array([&] {
+        visitNumbers(buffer, [&](auto numbers) {
+            for (u64 i = first; i < first + count; ++i)
+                writeElement(json, numbers.subspan(i * components, components));
+        });
     });
-    writer.EndArray();
 }
 
-void writeJsonElement(JsonWriter& writer, const AttrData& buffer, u64 index) {
+void writeJsonElement(JsonLine& json, const AttrData& buffer, u64 index) {
     const u64 components = elementLayout(buffer.dataType()).components;
-    visitNumbers(buffer, [&](auto numbers) { writeRow(writer, numbers.subspan(index * components, components)); });
+    visitNumbers(buffer, [&](auto numbers) { writeElement(json, numbers.subspan(index * components, components)); });
 }
 
-void writeJsonObject(JsonWriter& writer, std::span<const Input* const> members) {
-    Nest nest(writer);
-    nest.enter(members, true);
-    nest.finish();
+void writeJsonObject(JsonLine& json, std::span<const Input* const> members) {
+    NestedWriter nested(json);
+    nested.enter(members, true);
+    nested.finish();
 }
 
-void writeJsonArray(JsonWriter& writer, std::span<const Input* const> elements) {
-    Nest nest(writer);
-    nest.enter(elements, false);
-    nest.finish();
+void writeJsonArray(JsonLine& json, std::span<const Input* const> elements) {
+    NestedWriter nested(json);
+    nested.enter(elements, false);
+    nested.finish();
 }
 
-void writeJsonValue(JsonWriter& writer, const Input& input) {
-    Nest nest(writer);
-    nest.write(input);
-    nest.finish();
+void writeJsonValue(JsonLine& json, const Input& input) {
+    NestedWriter nested(json);
+    nested.write(input);
+    nested.finish();
 }
 
 } // namespace vrn::cli

@@ -8,18 +8,14 @@ namespace vrn::cli {
 
 using vor::velmo_sdk::impl::Input;
 
-// A real number; infinities and NaN as the strings "inf", "-inf" and "nan".
-void writeJsonReal(JsonWriter& writer, double number);
-void writeJsonReal(JsonWriter& writer, float number);
+// Elements of a buffer, each a number or an array of numbers: `count` of them from `first` on, or a single one.
+void writeJsonElements(JsonLine& json, const vor::velmo_sdk::AttrData& buffer, vor::u64 first, vor::u64 count);
+void writeJsonElement(JsonLine& json, const vor::velmo_sdk::AttrData& buffer, vor::u64 index);
 
-// The elements of a buffer from `first` on: numbers, or arrays of the numbers of each.
-void writeJsonElements(JsonWriter& writer, const vor::velmo_sdk::AttrData& buffer, vor::u64 first, vor::u64 count);
-void writeJsonElement(JsonWriter& writer, const vor::velmo_sdk::AttrData& buffer, vor::u64 index);
-
-// Inputs as an object of their values; members and elements with all that is below them, references and connections
-// of inputs that have no value as the text of what they lead to.
-void writeJsonObject(JsonWriter& writer, std::span<const Input* const> members);
-void writeJsonArray(JsonWriter& writer, std::span<const Input* const> elements);
-void writeJsonValue(JsonWriter& writer, const Input& input);
+// The values of inputs, including everything below them. References are the name of their node, connections of inputs
+// without a value are `node.output`.
+void writeJsonObject(JsonLine& json, std::span<const Input* const> members);
+void writeJsonArray(JsonLine& json, std::span<const Input* const> elements);
+void writeJsonValue(JsonLine& json, const Input& input);
 
 } // namespace vrn::cli

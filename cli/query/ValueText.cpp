@@ -12,8 +12,8 @@ std::string shortened(std::string_view text, std::size_t length) {
     if (text.size() <= length)
         return std::string(text);
     const auto isInside = [&](std::size_t at) { return (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80U; };
-    const std::size_t least = length - 3; // of bytes that are no text, the cut may be anywhere
-    while (length > least && isInside(length))
+    const std::size_t minLength = length - 3; // without a boundary there, this is not UTF-8: cut anywhere
+    while (length > minLength && isInside(length))
         --length;
     return std::string(text.substr(0, length)) + "...";
 }
@@ -25,10 +25,10 @@ std::string escapedShort(std::string_view text, std::size_t length) {
 std::string quotedShort(std::string_view text) {
     const std::string cut = shortened(text);
     std::string quoted = "\"";
-    for (std::string_view left = cut; !left.empty();) {
-        if (left.starts_with('"') || left.starts_with('\\'))
+    for (std::string_view rest = cut; !rest.empty();) {
+        if (rest.starts_with('"') || rest.starts_with('\\'))
             quoted += '\\';
-        left.remove_prefix(escapeCharacter(left, quoted));
+        rest.remove_prefix(escapeCharacter(rest, quoted));
     }
     return quoted + '"';
 }
@@ -79,8 +79,8 @@ std::string shortValue(const Input& input) {
     return input.type() == AttrType::String ? quotedShort(input.value().asString()) : escapedShort(valueText(input));
 }
 
-// What the type does not say already.
-static std::string ownValue(const Input& input) {
+// The value; empty where the type already describes it.
+static std::string valueBesideType(const Input& input) {
     switch (input.type()) {
     case AttrType::Null:
     case AttrType::Buffer:
@@ -94,7 +94,7 @@ static std::string ownValue(const Input& input) {
 
 std::string describe(const Input& input, const Style& style) {
     const bool isReference = input.type() == AttrType::Node && input.nodeValue();
-    const std::string value = isReference ? std::string() : ownValue(input);
+    const std::string value = isReference ? std::string() : valueBesideType(input);
     std::string text = style.type(input.type() == AttrType::Object ? shortValue(input) : typeText(input));
     if (!value.empty())
         text += " = " + value;

@@ -1,4 +1,4 @@
-// Values of inputs as text for people and shells.
+// Values of inputs as text.
 #pragma once
 
 #include "cli/terminal/Style.h"
@@ -13,7 +13,7 @@ namespace vrn::cli {
 
 using vor::velmo_sdk::impl::Input;
 
-// Appends a number: reals as the shortest text that reads back the same.
+// Appends a number; reals as the shortest text that reads back the same.
 template <class Number> void appendNumber(std::string& text, Number number) {
     if constexpr (std::floating_point<Number>) {
         char digits[vor::realTextCapacity];
@@ -23,7 +23,7 @@ template <class Number> void appendNumber(std::string& text, Number number) {
     }
 }
 
-// Numbers with a space between two.
+// Appends numbers, separated by spaces.
 template <class Number> void appendNumbers(std::string& text, std::span<const Number> numbers) {
     for (std::size_t i = 0; i < numbers.size(); ++i) {
         if (i != 0)
@@ -32,31 +32,32 @@ template <class Number> void appendNumbers(std::string& text, std::span<const Nu
     }
 }
 
-// A text of any bytes, cut where it is longer, at the end of a character.
+// The text, truncated at a character boundary and followed by `...` if it is longer than `length` bytes.
 inline constexpr std::size_t shortLength = 60;
 [[nodiscard]] std::string shortened(std::string_view text, std::size_t length = shortLength);
 
-// The same, fit for a terminal; and in quotes, as in a text.
+// The same, escaped for terminals; and as a string literal of VRN.
 [[nodiscard]] std::string escapedShort(std::string_view text, std::size_t length = shortLength);
 [[nodiscard]] std::string quotedShort(std::string_view text);
 
-// The element type of a buffer as texts write it: `vec3f`.
+// The element type of a buffer as VRN spells it: `vec3f`.
 [[nodiscard]] std::string dataTypeText(vor::velmo_sdk::DataType type);
 
-// The type: `Real`, `vec3f[413]` for a buffer, `Real[3]` for an array, `Array[3]` while its element type is open.
+// The type of an input: `Real`, `vec3f[413]` for a buffer, `Real[3]` for an array, `Array[3]` while its element type is
+// open.
 [[nodiscard]] std::string typeText(const Input& input);
 
-// The type of a node, cut and fit for a terminal; of a definition, that it is one.
+// The type of a node, truncated and escaped for terminals; `definition` for a definition.
 [[nodiscard]] std::string typeText(const vor::velmo_sdk::impl::Node& node);
 
-// All of the value on one line, a string as it is; what a reference or connection leads to; for buffers and arrays the
-// type, for an object `{2 members}`.
+// The whole value. Strings are neither escaped nor truncated. A reference is the name of its node, a connection without
+// a value its output, a buffer or array its type, an object `{2 members}`.
 [[nodiscard]] std::string valueText(const Input& input);
 
-// The same in some 60 characters at the most, a string in quotes; fit for a terminal.
+// The same, truncated to about 60 characters and escaped for terminals, strings in quotes.
 [[nodiscard]] std::string shortValue(const Input& input);
 
-// Type, short value, and where the input is linked to: `Real = 45`, `vec3f[8]`, `Rgba = 1 0 0 1 -> red.outColor`.
+// Type, truncated value, and the target of the link: `Real = 45`, `vec3f[8]`, `Rgba = 1 0 0 1 -> red.outColor`.
 [[nodiscard]] std::string describe(const Input& input, const Style& style);
 
 } // namespace vrn::cli

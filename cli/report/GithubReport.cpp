@@ -1,4 +1,4 @@
-// Diagnostics as commands of a GitHub workflow, which shows them beside the lines of a change:
+// Diagnostics as GitHub workflow commands, which annotate the lines of a change:
 //
 //     ::error file=a.vrn,line=3,col=7,title=vrn check::BAD TOKEN ...
 #include "cli/report/Report.h"
@@ -11,7 +11,8 @@ using namespace vor;
 
 namespace {
 
-// The workflow takes these escapes back, and no others: whatever else a terminal would obey stays escaped.
+// Percent-encodes the special characters, which the workflow decodes, and escapes all other control characters, which
+// it does not.
 std::string escape(std::string_view text, std::string_view special) {
     std::string escaped;
     while (!text.empty()) {
@@ -19,9 +20,8 @@ std::string escape(std::string_view text, std::string_view special) {
             text.remove_prefix(escapeCharacter(text, escaped));
             continue;
         }
-        constexpr char digits[] = "0123456789ABCDEF";
-        const auto byte = static_cast<u8>(text[0]);
-        escaped += {'%', digits[byte / 16], digits[byte % 16]};
+        const auto [high, low] = hexDigits(static_cast<u8>(text[0]));
+        escaped += {'%', high, low};
         text.remove_prefix(1);
     }
     return escaped;

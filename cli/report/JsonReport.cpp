@@ -1,35 +1,37 @@
-// Diagnostics for programs: one line of JSON a file.
-#include "cli/report/Json.h"
+// Diagnostics as JSON, one line a file.
 #include "cli/report/Report.h"
 #include "cli/terminal/Console.h"
+#include "scene/JsonWriter.h"
 
 namespace vrn::cli {
 
 using namespace vor;
+using vor::velmo_sdk::impl::JsonText;
 
 namespace {
 
-std::string diagnostic(const LogRecord& record) {
-    return Json::object([&](Json& diagnostic) {
-        diagnostic.text("severity", record.severity == LogSeverity::Error ? "error" : "warning");
-        diagnostic.text("message", record.text);
+void write(JsonText& json, const LogRecord& record) {
+    json.object([&] {
+        json.key("severity").text(record.severity == LogSeverity::Error ? "error" : "warning");
+        json.key("message").text(record.text);
         if (record.severity == LogSeverity::Notice)
-            diagnostic.text("source", "check");
-        diagnostic.number("line", record.position.line);
-        diagnostic.number("column", record.position.column);
+            json.key("source").text("check");
+        json.key("line").number(record.position.line);
+        json.key("column").number(record.position.column);
     });
 }
 
 std::string jsonLine(const SceneFile& file) {
-    std::string diagnostics;
-    for (const LogRecord& record : file.diagnostics())
-        diagnostics += (diagnostics.empty() ? "" : ",") + diagnostic(record);
-    return Json::object([&](Json& line) {
-               line.text("file", file.argument());
-               line.boolean("ok", file.isOk());
-               line.list("diagnostics", diagnostics);
-           }) +
-           '\n';
+    JsonText json;
+    json.object([&] {
+        json.key("file").text(file.argument());
+        json.key("ok").boolean(file.isOk());
+        json.key("diagnostics").array([&] {
+            for (const LogRecord& record : file.diagnostics())
+                write(json, record);
+        });
+    });
+    return std::string(json.view()) + '\n';
 }
 
 class JsonReport final : public Report {

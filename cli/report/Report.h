@@ -1,4 +1,4 @@
-// The formats in which `vrn check` says what it found.
+// The report formats of `vrn check`.
 #pragma once
 
 #include "cli/files/InOrder.h"
@@ -10,9 +10,9 @@
 
 namespace vrn::cli {
 
-// What was found in all files.
+// The totals of all files.
 struct Totals {
-    std::size_t files = 0; // that could be read
+    std::size_t files = 0; // readable files
     std::size_t errors = 0;
     std::size_t warnings = 0;
     std::size_t unreadable = 0;
@@ -22,15 +22,15 @@ class Report {
 public:
     virtual ~Report() = default;
 
-    // What is to be said of a file, also of one that could not be read, when it is its turn. May be asked for several
-    // files at once.
+    // Prepares the report on a file, readable or not, and returns the function that prints it. Called by several
+    // threads; the functions are called in the order of the files and one at a time.
     [[nodiscard]] virtual Finish about(const SceneFile& file) = 0;
 
-    // Says what remains when that of all files is said.
+    // Called after the reports on all files are printed.
     virtual void end(const Totals&) {}
 };
 
-// The path of a file for programs that compare it with others from the same folder: they write no `./` before it.
+// The path without leading `./`, as the consumers of reports write it.
 [[nodiscard]] inline std::string_view comparablePath(const vor::String& path) {
     std::string_view rest = path;
     while (rest.starts_with("./"))

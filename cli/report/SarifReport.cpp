@@ -1,54 +1,62 @@
-// Diagnostics as one log in SARIF 2.1.0 (Static Analysis Results Interchange Format), which editors and hosts of code
-// show. Results are written as they come; what is known only at the end stands behind them.
-#include "cli/report/Json.h"
+// Diagnostics as one log in SARIF 2.1.0 (Static Analysis Results Interchange Format), which editors and code hosts
+// display. Results are printed as the files are finished; the members of the run that depend on all files follow them.
 #include "cli/report/Report.h"
 #include "cli/terminal/Console.h"
 #include "impl/Reader.h"
+#include "scene/JsonWriter.h"
+#include "scene/core/TextEncoding.h"
 
 #include <map>
 
 namespace vrn::cli {
 
 using namespace vor;
+using vor::velmo_sdk::impl::JsonText;
 
 namespace {
 
 constexpr const char* schema =
     "https://docs.oasis-open.org/sarif/sarif/v2.1.0/errata01/os/schemas/sarif-schema-2.1.0.json";
 
-void append(std::string& list, const std::string& item) {
+// Appends an item, as JSON, to a list with one item a line.
+void append(std::string& list, const JsonText& item) {
     list += list.empty() ? "\n" : ",\n";
-    list += item;
+    list += item.view();
 }
 
-// A path as a URI: absolute ones as such, others relative to wherever the log's reader starts from.
-String uriOf(std::string_view path) {
-    constexpr char digits[] = "0123456789ABCDEF";
+// A path as a URI reference. Relative paths stay relative to the directory that the consumer of the log starts from.
+std::string uriOf(std::string_view path) {
     std::string uri = path.starts_with('/') ? "file://" : "";
     for (const char c : path) {
-        const auto byte = static_cast<u8>(c);
+        const auto [high, low] = hexDigits(static_cast<u8>(c));
         if (String::isLetter(c) || String::isDigit(c) || std::string_view("-._~/").find(c) != std::string_view::npos)
             uri += c;
         else
-            uri += {'%', digits[byte / 16], digits[byte % 16]};
+            uri += {'%', high, low};
     }
-    return std::string_view(uri);
+    return uri;
 }
 
-std::string location(const SceneFile& file, TextPosition position) {
-    return Json::object([&](Json& location) {
-        location.object("physicalLocation", [&](Json& physical) {
-            physical.object("artifactLocation", [&](Json& artifact) {
-                if (file.argument() == "-")
-                    artifact.object("description", [](Json& message) { message.text("text", "standard input"); });
-                else
-                    artifact.text("uri", uriOf(comparablePath(file.argument())));
-            });
-            if (position.line > 0)
-                physical.object("region", [&](Json& region) {
-                    region.number("startLine", position.line);
-                    region.number("startColumn", position.column);
+void writeText(JsonText& json, const char* key, std::string_view text) {
+    json.key(key).object([&] { json.key("text").text(text); });
+}
+
+void writeLocation(JsonText& json, const SceneFile& file, TextPosition position) {
+    json.key("locations").array([&] {
+        json.object([&] {
+            json.key("physicalLocation").object([&] {
+                json.key("artifactLocation").object([&] {
+                    if (file.argument() == "-")
+                        writeText(json, "description", "standard input");
+                    else
+                        json.key("uri").text(uriOf(comparablePath(file.argument())));
                 });
+                if (position.line > 0)
+                    json.key("region").object([&] {
+                        json.key("startLine").number(position.line);
+                        json.key("startColumn").number(position.column);
+                    });
+            });
         });
     });
 }
@@ -64,34 +72,40 @@ const char* levelOf(LogSeverity severity) {
     }
 }
 
-// The name of the kind of message, or for want of one how bad it is.
+// The name of the kind of message, or its level if it has no name.
 const char* ruleOf(const LogRecord& record) {
     const char* name = velmo_sdk::impl::messageName(record.format);
     return name ? name : levelOf(record.severity);
 }
 
-std::string result(const SceneFile& file, const LogRecord& record, TextPosition position) {
-    return Json::object([&](Json& result) {
-        result.text("ruleId", ruleOf(record));
-        result.text("level", levelOf(record.severity));
-        result.object("message", [&](Json& message) { message.text("text", record.text); });
-        result.list("locations", location(file, position));
+void appendResult(std::string& results, const SceneFile& file, const LogRecord& record, TextPosition position) {
+    JsonText json;
+    json.object([&] {
+        json.key("ruleId").text(ruleOf(record));
+        json.key("level").text(levelOf(record.severity));
+        writeText(json, "message", record.text);
+        writeLocation(json, file, position);
     });
+    append(results, json);
 }
 
-std::string rule(const std::string& id, const char* format) {
-    return Json::object([&](Json& rule) {
-        rule.text("id", std::string_view(id));
-        rule.object("shortDescription", [&](Json& message) { message.text("text", format ? format : "%s"); });
+void appendRule(std::string& rules, const std::string& id, const char* format) {
+    JsonText json;
+    json.object([&] {
+        json.key("id").text(id);
+        writeText(json, "shortDescription", format ? format : "%s");
     });
+    append(rules, json);
 }
 
-std::string notification(const SceneFile& file) {
-    return Json::object([&](Json& notification) {
-        notification.text("level", "error");
-        notification.object("message", [&](Json& message) { message.text("text", file.readError()); });
-        notification.list("locations", location(file, {}));
+void appendNotification(std::string& notifications, const SceneFile& file) {
+    JsonText json;
+    json.object([&] {
+        json.key("level").text("error");
+        writeText(json, "message", file.readError());
+        writeLocation(json, file, {});
     });
+    append(notifications, json);
 }
 
 class SarifReport final : public Report {
@@ -102,59 +116,70 @@ public:
         const std::vector<TextPosition> positions = file.characterPositions();
         for (std::size_t i = 0; i < positions.size(); ++i) {
             const LogRecord& record = file.diagnostics()[i];
-            append(results, result(file, record, positions[i]));
+            appendResult(results, file, record, positions[i]);
             rules.emplace(ruleOf(record), record.format);
         }
-        std::string trouble = file.isWhole() ? std::string() : notification(file);
+        std::string trouble;
+        if (!file.isWhole())
+            appendNotification(trouble, file);
         return [this, results = std::move(results), rules = std::move(rules), trouble = std::move(trouble)] {
             begin();
-            if (!results.empty()) {
-                print(hasResults_ ? "," : "");
-                print(results);
-                hasResults_ = true;
-            }
+            printResults(results);
             rules_.insert(rules.begin(), rules.end());
             if (!trouble.empty())
-                append(notifications_, trouble);
+                notifications_ += (notifications_.empty() ? "" : ",") + trouble;
         };
     }
 
     void end(const Totals& totals) override {
         begin();
-        print("\n],\n" + behindResults(totals).substr(1) + "]}\n");
+        print("\n],\n" + membersAfterResults(totals) + "]}\n");
     }
 
 private:
-    // Not before there is something to say: a catalogue that cannot be read leaves no half of a log.
+    // Delayed until there is output: an unreadable catalogue must not leave half a log.
     void begin() {
         if (!hasBegun_)
             print(std::string("{\"$schema\":\"") + schema + "\",\"version\":\"2.1.0\",\"runs\":[{\"results\":[");
         hasBegun_ = true;
     }
 
-    [[nodiscard]] std::string behindResults(const Totals& totals) const {
-        return Json::object([&](Json& run) {
-            run.text("columnKind", "unicodeCodePoints");
-            run.list("invocations", Json::object([&](Json& invocation) {
-                         invocation.boolean("executionSuccessful", totals.unreadable == 0);
-                         invocation.list("toolExecutionNotifications", notifications_);
-                     }));
-            run.object("tool", [&](Json& tool) {
-                tool.object("driver", [&](Json& driver) {
-                    driver.text("name", "vrn");
-                    driver.text("version", VRN_VERSION);
-                    std::string rules;
-                    for (const auto& [id, format] : rules_)
-                        append(rules, rule(id, format));
-                    driver.list("rules", rules);
+    void printResults(const std::string& results) {
+        if (results.empty())
+            return;
+        print(hasResults_ ? "," : "");
+        print(results);
+        hasResults_ = true;
+    }
+
+    // The rest of the run, with its closing brace.
+    [[nodiscard]] std::string membersAfterResults(const Totals& totals) const {
+        std::string rules;
+        for (const auto& [id, format] : rules_)
+            appendRule(rules, id, format);
+        JsonText json;
+        json.object([&] {
+            json.key("columnKind").text("unicodeCodePoints");
+            json.key("invocations").array([&] {
+                json.object([&] {
+                    json.key("executionSuccessful").boolean(totals.unreadable == 0);
+                    json.key("toolExecutionNotifications").raw('[' + notifications_ + ']');
+                });
+            });
+            json.key("tool").object([&] {
+                json.key("driver").object([&] {
+                    json.key("name").text("vrn");
+                    json.key("version").text(VRN_VERSION);
+                    json.key("rules").raw('[' + rules + ']');
                 });
             });
         });
+        return std::string(json.view().substr(1));
     }
 
     bool hasBegun_ = false;
     bool hasResults_ = false;
-    std::map<std::string, const char*> rules_; // and their formats
+    std::map<std::string, const char*> rules_; // their formats, by id
     std::string notifications_;
 };
 

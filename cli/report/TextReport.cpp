@@ -1,4 +1,4 @@
-// Diagnostics for people, with the lines that they speak of.
+// Diagnostics as text, with the lines that they refer to.
 #include "cli/report/Report.h"
 #include "cli/terminal/Console.h"
 

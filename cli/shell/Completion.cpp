@@ -11,10 +11,10 @@ std::string shellQuoted(std::string_view text) {
     return quoted + '\'';
 }
 
-std::string joined(const std::vector<std::string>& words, std::string_view between) {
+std::string joined(const std::vector<std::string>& words, std::string_view separator) {
     std::string text;
     for (const std::string& word : words) {
-        text += text.empty() ? "" : between;
+        text += text.empty() ? "" : separator;
         text += word;
     }
     return text;

@@ -1,4 +1,4 @@
-// Scripts that let a shell complete the words behind `vrn`, made from the table of commands.
+// Shell scripts that complete the arguments of `vrn`, generated from the table of commands.
 #pragma once
 
 #include "cli/arguments/Command.h"
@@ -11,13 +11,13 @@ namespace vrn::cli {
 [[nodiscard]] std::string fishCompletion(const std::vector<Command>& commands);
 [[nodiscard]] std::string zshCompletion(const std::vector<Command>& commands);
 
-// One word of bash and zsh, whatever is in it.
+// The text as a single word of bash and zsh.
 [[nodiscard]] std::string shellQuoted(std::string_view text);
 
-[[nodiscard]] std::string joined(const std::vector<std::string>& words, std::string_view between);
+[[nodiscard]] std::string joined(const std::vector<std::string>& words, std::string_view separator);
 [[nodiscard]] std::vector<std::string> namesOf(const std::vector<Command>& commands);
 
-// The names of the options of a command that take a value.
+// The names of all options of a command that have a value.
 [[nodiscard]] std::vector<std::string> valuedNames(const Command& command);
 
 } // namespace vrn::cli

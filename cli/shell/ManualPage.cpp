@@ -9,7 +9,7 @@ namespace vrn::cli {
 
 namespace {
 
-// A character that means something to roff, or that it would print as a typographic one.
+// Escapes a character that is special to roff, or that it would replace with a typographic one.
 std::string escaped(char c) {
     switch (c) {
     case '\\':
@@ -31,7 +31,7 @@ std::string escaped(char c) {
     }
 }
 
-// Fit to stand within a line.
+// For use within a line.
 std::string escaped(std::string_view text) {
     std::string result;
     for (const char c : text)
@@ -42,7 +42,7 @@ std::string escaped(std::string_view text) {
 std::string bold(std::string_view text) { return "\\fB" + escaped(text) + "\\fR"; }
 std::string italic(std::string_view text) { return "\\fI" + escaped(text) + "\\fR"; }
 
-// Whole lines; one that begins with a dot would be a macro.
+// Whole lines. A line with a leading dot would be a macro.
 std::string lines(std::string_view text) {
     std::istringstream rest{std::string(text)};
     std::string result;
@@ -51,7 +51,7 @@ std::string lines(std::string_view text) {
     return result;
 }
 
-// Paragraphs, parted by empty lines. One that holds an indented line keeps all its lines as they are.
+// Paragraphs, separated by empty lines. A paragraph with an indented line is not filled.
 std::string paragraphs(std::string_view text) {
     std::string result;
     while (!text.empty()) {
@@ -83,7 +83,7 @@ std::string exitSection(const std::string& statuses) { return ".SH EXIT STATUS\n
 // A tagged paragraph.
 std::string entry(const std::string& tag, const std::string& text) { return ".TP\n" + tag + '\n' + lines(text); }
 
-std::string helpEntry() { return entry(bold("-h") + ", " + bold("--help"), "Show a short help"); }
+std::string helpEntry() { return entry(bold("-h") + ", " + bold("--help"), "Show a summary of the options"); }
 
 std::string tag(const Option& option) {
     if (option.isArgument())
@@ -101,8 +101,8 @@ std::string help(const Option& option) {
         for (const std::string& choice : option.choices)
             text += (&choice == option.choices.data() ? " " : ", ") + choice;
     }
-    const std::string standard = option.defaultText();
-    return standard.empty() ? text : text + ".\nThe default is " + standard;
+    const std::string defaultText = option.defaultText();
+    return defaultText.empty() ? text : text + ".\nThe default is " + defaultText;
 }
 
 std::string synopsis(const Command& command) {
@@ -131,7 +131,7 @@ std::string argumentSection(const Command& command) {
 } // namespace
 
 ManualPage programPage(const std::vector<Command>& commands) {
-    std::string text = heading("vrn") + nameSection("vrn", "read scenes in the VRN text scene format");
+    std::string text = heading("vrn") + nameSection("vrn", "process scenes in the VRN text scene format");
     text += ".SH SYNOPSIS\n" + bold("vrn") + ' ' + italic("COMMAND") + " [" + italic("OPTION") + "]... [" +
             italic("ARGUMENT") + "]...\n";
     text += ".SH DESCRIPTION\n" + lines(programPurpose) + ".SH COMMANDS\n";

@@ -1,4 +1,4 @@
-// Pages of the manual, made from the table of commands: roff with the macros of man(7).
+// Manual pages in roff with the man(7) macros, generated from the table of commands.
 #pragma once
 
 #include "cli/arguments/Command.h"
@@ -6,11 +6,11 @@
 namespace vrn::cli {
 
 struct ManualPage {
-    std::string name; // `vrn-check`, of the section 1
+    std::string name; // `vrn-check`; the section is 1
     std::string text;
 };
 
-// The page of the program, which leads to the others.
+// The page of the program, which refers to those of the commands.
 [[nodiscard]] ManualPage programPage(const std::vector<Command>& commands);
 [[nodiscard]] ManualPage commandPage(const Command& command);
 

@@ -13,11 +13,11 @@ namespace vrn::cli {
 
 using vor::String;
 
-static std::mutex consoleMutex; // of all below
+static std::mutex consoleMutex; // guards both streams and the variables below
 static int writeErrno = 0;
 static bool hasStatus = false;
 
-// At once, so that nothing flickers.
+// Writes everything in one call to avoid flicker.
 static void replaceStatus(std::string_view line) {
     std::string text(hasStatus ? "\r\x1B[K" : "");
     text += line;

@@ -7,34 +7,33 @@
 
 namespace vrn::cli {
 
-// What the command's exit status says; the worst of all files counts.
+// The exit status of the command is the worst of all its files.
 enum ExitStatus : int {
-    exitOk = 0,     // all read, no error logged
+    exitOk = 0,     // all files were read, no error was logged
     exitErrors = 1, // an error was logged or a parse failed
-    exitTrouble = 2 // usage, or a file that cannot be opened, read or written
+    exitTrouble = 2 // invalid arguments, or a file that cannot be opened, read or written
 };
 inline constexpr const char* exitStatuses =
-    "0 all read without an error, 1 an error was found, 2 wrong usage or a\n"
-    "file that cannot be opened or read (the other files are still dealt with).\n";
-inline constexpr const char* programPurpose =
-    "Checks, formats, shows, compares and converts scenes in the VRN text format.";
+    "0 no errors, 1 errors were found, 2 invalid arguments or a file that cannot be\n"
+    "opened, read or written (the remaining files are still processed).\n";
+inline constexpr const char* programPurpose = "Check, format, show, compare and convert scenes in the VRN text format.";
 
-// Any thread may print; what is printed at once stays together.
+// Any thread may print; the text of one call is not interleaved with others.
 void print(std::string_view text);
 void printError(std::string_view text);
 
-// Writes `vrn: NAME: REASON` to standard error; or gives that line.
+// Writes `vrn: NAME: REASON` to standard error, or returns that line.
 void complain(const vor::String& name, const vor::String& reason);
 [[nodiscard]] vor::String complaintText(const vor::String& name, const vor::String& reason);
 
-// A line at the bottom of the terminal that standard error is: each call rewrites it, an empty one takes it away,
-// and so does whatever is printed next. No line feed may be in it.
+// Shows a status line at the bottom of the terminal on standard error. Each call replaces the line; an empty line, or
+// anything printed, removes it. The line must not contain a line feed.
 void showStatus(std::string_view line);
 
-// Takes away the line that another process, which has come to a sudden end, may have left on the terminal.
+// Removes the status line that a child process may have left when it crashed.
 void clearAbandonedStatus();
 
-// Flushes standard output; false, with a complaint, if anything could not be written.
+// Flushes standard output. Returns false, and reports why, if anything could not be written.
 [[nodiscard]] bool finishOutput();
 
 // "1 error", "2 errors".

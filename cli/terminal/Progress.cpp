@@ -32,7 +32,7 @@ std::optional<u64> totalSize(const std::vector<std::string>& files) {
     return total;
 }
 
-// A longer line would go on in the next one, and could not be taken back.
+// A longer line would wrap, and the wrapped part could not be erased.
 std::size_t terminalWidth() {
     winsize size{};
     return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1 ? size.ws_col : 80U;
@@ -59,36 +59,38 @@ std::string sizeText(u64 bytes) {
 static bool isWanted(bool isQuiet) { return !isQuiet && ::isatty(STDERR_FILENO) == 1; }
 
 Progress::Progress(const std::vector<std::string>& files, bool isQuiet)
-    : doing_("Reading"), isShown_(isWanted(isQuiet)) {
+    : activity_("Reading"), isShown_(isWanted(isQuiet)) {
     if (isShown_)
         total_ = totalSize(files);
 }
 
-Progress::Progress(const char* doing, bool isQuiet) : doing_(doing), isShown_(isWanted(isQuiet)) { keepShowing(); }
+Progress::Progress(const char* activity, bool isQuiet) : activity_(activity), isShown_(isWanted(isQuiet)) {
+    startTimer();
+}
 
 Progress::~Progress() {
-    watch_ = {};
+    timer_ = {};
     if (isShown_)
         showStatus("");
 }
 
-void Progress::keepShowing() {
+void Progress::startTimer() {
     if (!isShown_)
         return;
     isTimed_ = true;
     try {
-        watch_ = std::jthread([this](const std::stop_token& stop) { watch(stop); });
+        timer_ = std::jthread([this](const std::stop_token& stop) { runTimer(stop); });
     } catch (const std::system_error&) {
-        // The system has no more threads: the line changes when something is told.
+        // Without a thread, the line is still updated when progress is reported.
     }
 }
 
-// What is shown is not worth an end of what is done.
-void Progress::watch(const std::stop_token& stop) noexcept try {
+// noexcept: a failure to show progress must not end the operation.
+void Progress::runTimer(const std::stop_token& stop) noexcept try {
     std::unique_lock lock(mutex_);
     std::condition_variable_any never;
     while (!stop.stop_requested()) {
-        const Clock::time_point due = next_;
+        const Clock::time_point due = nextUpdate_;
         (void)never.wait_until(lock, stop, due, [] { return false; });
         if (!stop.stop_requested())
             showIfDue();
@@ -107,14 +109,14 @@ void Progress::advance(u64 bytes) {
 
 void Progress::showIfDue() {
     const Clock::time_point now = Clock::now();
-    if (now < next_)
+    if (now < nextUpdate_)
         return;
-    next_ = now + std::chrono::milliseconds(100);
+    nextUpdate_ = now + std::chrono::milliseconds(100);
     showStatus(
         line(std::chrono::duration_cast<std::chrono::milliseconds>(now - begin_)).substr(0, terminalWidth() - 1));
 }
 
-void Progress::leaveOut(u64 bytes) {
+void Progress::skip(u64 bytes) {
     const std::lock_guard lock(mutex_);
     if (total_)
         *total_ -= std::min(bytes, *total_);
@@ -124,16 +126,16 @@ std::string Progress::line(std::chrono::milliseconds elapsed) const {
     const double seconds = static_cast<double>(elapsed.count()) / 1000;
     const std::string soFar = secondsText(static_cast<u64>(seconds)) + " so far";
     if (isTimed_ && total_.value_or(0) == 0)
-        return doing_ + ": " + soFar;
-    // Nothing has been told yet, or something is done with what was read.
+        return activity_ + ": " + soFar;
+    // No progress was reported yet, or everything is read and being processed.
     if (isTimed_ && total_ && (read_ == 0 || read_ == *total_))
-        return doing_ + ": " + sizeText(*total_) + ", " + soFar;
+        return activity_ + ": " + sizeText(*total_) + ", " + soFar;
     const double speed = static_cast<double>(read_) / seconds;
     const std::string speedText = sizeText(static_cast<u64>(speed)) + "/s";
     if (!total_ || *total_ < read_) // a file may have grown
-        return doing_ + ": " + sizeText(read_) + ", " + speedText;
+        return activity_ + ": " + sizeText(read_) + ", " + speedText;
     const double left = static_cast<double>(*total_ - read_) / speed;
-    return doing_ + ": " + sizeText(read_) + " of " + sizeText(*total_) + ", " + speedText + ", " +
+    return activity_ + ": " + sizeText(read_) + " of " + sizeText(*total_) + ", " + speedText + ", " +
            secondsText(static_cast<u64>(std::ceil(left))) + " left";
 }
 

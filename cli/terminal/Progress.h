@@ -1,12 +1,12 @@
-// How far the reading of all files has come, or how long something else takes, on the terminal.
+// Shows the progress of reading files, or the time that another operation takes, on the terminal.
 //
 //     Progress progress({"a.vrn", "b.vrn"}, isQuiet);
 //     file.onFetch([&](std::size_t bytes) { progress.advance(bytes); });
 //
 //     Progress progress("Writing", isQuiet);
 //
-// The line on standard error is there only where that is a terminal, after half a second, and rewritten ten times a
-// second at most. Any thread may tell what it has read. It goes away with this, or when something is printed.
+// The status line appears on standard error after half a second, if that is a terminal, and is updated at most ten
+// times a second. Any thread may report progress. The destructor, and anything printed, removes the line.
 #pragma once
 
 #include "scene/core/Types.h"
@@ -23,37 +23,39 @@ namespace vrn::cli {
 class Progress {
 public:
     Progress(const std::vector<std::string>& files, bool isQuiet);
-    Progress(const char* doing, bool isQuiet); // the time, from now on
+    Progress(const char* activity, bool isQuiet); // shows the time since construction
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    // So many bytes have been read; so many of a file will not be, because an error has ended it.
+    // Reports that many bytes as read.
     void advance(vor::u64 bytes);
-    void leaveOut(vor::u64 bytes);
 
-    // From here on the line also changes while nothing is told.
-    void keepShowing();
+    // Subtracts bytes that will not be read, because an error ended the file, from the total.
+    void skip(vor::u64 bytes);
+
+    // Starts to update the line even while no progress is reported.
+    void startTimer();
 
 private:
     using Clock = std::chrono::steady_clock;
     [[nodiscard]] std::string line(std::chrono::milliseconds elapsed) const;
 
     void showIfDue();
-    void watch(const std::stop_token& stop) noexcept;
+    void runTimer(const std::stop_token& stop) noexcept;
 
-    std::string doing_;
+    std::string activity_;
     bool isShown_;
-    bool isTimed_ = false; // says how long it takes where nothing else is known
-    std::mutex mutex_;     // of the numbers below
+    bool isTimed_ = false; // shows the elapsed time while the number of bytes is unknown
+    std::mutex mutex_;     // guards the numbers below
     vor::u64 read_ = 0;
-    std::optional<vor::u64> total_; // unless there is a pipe among the files
+    std::optional<vor::u64> total_; // unknown if one of the files is a pipe
     Clock::time_point begin_ = Clock::now();
-    Clock::time_point next_ = begin_ + std::chrono::milliseconds(500);
-    std::jthread watch_;
+    Clock::time_point nextUpdate_ = begin_ + std::chrono::milliseconds(500);
+    std::jthread timer_;
 };
 
-// For people: 999 bytes, 1.5 MB.
+// A human-readable size: 999 bytes, 1.5 MB.
 [[nodiscard]] std::string sizeText(vor::u64 bytes);
 
 } // namespace vrn::cli

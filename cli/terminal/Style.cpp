@@ -7,13 +7,13 @@ namespace vrn::cli {
 
 bool isOutputTerminal() noexcept { return isatty(STDOUT_FILENO) == 1; }
 
-static bool isRefused() {
+static bool isColourDisabled() {
     const char* noColor = std::getenv("NO_COLOR");
     return noColor && *noColor != '\0';
 }
 
 Style::Style(std::string_view when)
-    : isColoured_(when == "always" || (when == "auto" && isOutputTerminal() && !isRefused())) {}
+    : isColoured_(when == "always" || (when == "auto" && isOutputTerminal() && !isColourDisabled())) {}
 
 std::string Style::wrap(const char* code, std::string_view text) const {
     if (!isColoured_)

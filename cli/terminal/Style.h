@@ -1,4 +1,4 @@
-// Colours of what is printed for people.
+// Colours of output for people.
 #pragma once
 
 #include <string>
@@ -6,10 +6,10 @@
 
 namespace vrn::cli {
 
-// Whether standard output is a terminal, which control characters would reach.
+// Whether standard output is a terminal, on which control characters would take effect.
 [[nodiscard]] bool isOutputTerminal() noexcept;
 
-// Decides once whether there is colour, and then wraps texts in it or leaves them as they are.
+// Decides on construction whether to use colour, then colours text or returns it unchanged.
 class Style {
 public:
     // `always`, `never`, or `auto`: on a terminal whose user has not set NO_COLOR.

@@ -3,8 +3,8 @@
 // Refers to the data that is added instead of copying it, so the data must stay valid until writeBytes().
 #pragma once
 
-#include "convert/export/JsonText.h"
 #include "convert/model/Values.h"
+#include "scene/JsonWriter.h"
 #include "scene/core/OutputFile.h"
 
 #include <deque>
@@ -12,6 +12,8 @@
 #include <vector>
 
 namespace vrn::convert {
+
+using vor::velmo_sdk::impl::JsonText;
 
 class GltfBuffer {
 public:

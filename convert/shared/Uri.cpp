@@ -1,6 +1,7 @@
 #include "convert/shared/Uri.h"
 
 #include "scene/core/String.h"
+#include "scene/core/TextEncoding.h"
 
 #include <algorithm>
 
@@ -50,9 +51,8 @@ std::string uriOf(std::string_view path) {
         if (isUnreserved(c) || (isUri && isUriCharacter(c)) || (isOnDrive && i == 1)) {
             uri += c;
         } else {
-            constexpr const char* digits = "0123456789ABCDEF";
-            const auto byte = static_cast<unsigned char>(c);
-            uri += {'%', digits[byte >> 4], digits[byte & 15]};
+            const auto [high, low] = vor::hexDigits(static_cast<vor::u8>(c));
+            uri += {'%', high, low};
         }
     }
     return uri;

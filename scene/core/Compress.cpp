@@ -1,5 +1,7 @@
 #include "scene/core/Compress.h"
 
+#include "scene/core/TextEncoding.h"
+
 #include <libdeflate.h>
 #include <memory>
 #include <new>
@@ -26,9 +28,9 @@ std::string compress(std::span<const std::byte> bytes) {
         libdeflate_zlib_compress(compressor.get(), bytes.data(), bytes.size(), stream.get(), bound);
     std::string text(1 + 2 * size, '.');
     for (std::size_t i = 0; i < size; ++i) {
-        constexpr char digits[] = "0123456789ABCDEF";
-        text[1 + 2 * i] = digits[stream[i] >> 4];
-        text[2 + 2 * i] = digits[stream[i] & 15];
+        const auto [high, low] = hexDigits(stream[i]);
+        text[1 + 2 * i] = high;
+        text[2 + 2 * i] = low;
     }
     return text;
 }

@@ -1,5 +1,6 @@
 #include "scene/core/TextEncoding.h"
 
+#include <algorithm>
 #include <string>
 
 namespace vor {
@@ -11,8 +12,7 @@ bool isBetween(char c, int low, int high) noexcept {
     return byte >= low && byte <= high;
 }
 
-// Of the bytes that may follow a lead byte, the first is the restricted one: no overlong forms, no
-// surrogates, nothing above U+10FFFF.
+// The range of the second byte depends on the lead byte: no overlong forms, no surrogates, nothing above U+10FFFF.
 bool isSecondByte(u8 lead, char c) noexcept {
     const int low = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
     const int high = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
@@ -29,11 +29,10 @@ std::size_t lengthByLead(u8 lead) noexcept {
     return lead >= 0xF0 && lead <= 0xF4 ? 4 : 0;
 }
 
-void appendHex(u8 byte, std::string& out) {
-    constexpr char digits[] = "0123456789ABCDEF";
-    out += "\\x";
-    out += digits[byte >> 4];
-    out += digits[byte & 15];
+void appendHex(const char* prefix, char c, std::string& out) {
+    const auto [high, low] = hexDigits(static_cast<u8>(c));
+    out += prefix;
+    out += {high, low};
 }
 
 } // namespace
@@ -51,23 +50,29 @@ std::size_t utf8Length(std::string_view text) noexcept {
     return length;
 }
 
+bool isUtf8(std::string_view text) noexcept {
+    while (!text.empty()) {
+        const std::size_t length = utf8Length(text);
+        if (length == 0)
+            return false;
+        text.remove_prefix(length);
+    }
+    return true;
+}
+
 String toUtf8(const String& text) {
+    if (isUtf8(text))
+        return text;
     std::string out;
-    std::size_t good = 0; // bytes of the front that stand as they are
     for (std::string_view rest = text; !rest.empty();) {
         const std::size_t length = utf8Length(rest);
-        if (length == 0) {
-            if (out.empty())
-                out = text.view().substr(0, good);
+        if (length == 0)
             out += "\uFFFD";
-        } else if (!out.empty()) {
+        else
             out += rest.substr(0, length);
-        } else {
-            good += length;
-        }
-        rest.remove_prefix(length == 0 ? 1 : length);
+        rest.remove_prefix(std::max<std::size_t>(length, 1));
     }
-    return out.empty() ? text : String(std::string_view(out));
+    return std::string_view(out);
 }
 
 std::size_t escapeCharacter(std::string_view text, std::string& out) {
@@ -83,7 +88,7 @@ std::size_t escapeCharacter(std::string_view text, std::string& out) {
         out += c == '\n' ? "\\n" : c == '\t' ? "\\t" : "\\r";
     else
         for (std::size_t i = 0; i < std::max<std::size_t>(length, 1); ++i)
-            appendHex(static_cast<u8>(text[i]), out);
+            appendHex("\\x", text[i], out);
     return std::max<std::size_t>(length, 1);
 }
 
@@ -97,17 +102,12 @@ String escapeForTerminal(std::string_view text) {
 
 std::string quoteForJson(std::string_view utf8) {
     std::string out = "\"";
-    const auto appendControl = [&](char c) {
-        out += "\\u00";
-        out += "0123456789ABCDEF"[static_cast<u8>(c) >> 4];
-        out += "0123456789ABCDEF"[static_cast<u8>(c) & 15];
-    };
     for (std::size_t i = 0; i < utf8.size(); ++i) {
         const char c = utf8[i];
         if (isBetween(c, 0, 31) || c == 127) {
-            appendControl(c);
+            appendHex("\\u00", c, out);
         } else if (c == '\xC2' && i + 1 < utf8.size() && isBetween(utf8[i + 1], 0x80, 0x9F)) {
-            appendControl(utf8[++i]);
+            appendHex("\\u00", utf8[++i], out);
         } else {
             if (c == '"' || c == '\\')
                 out += '\\';

@@ -1,9 +1,10 @@
-// Texts of any bytes made fit for those who take only some.
+// Text of any bytes, made safe for terminals and JSON.
 #pragma once
 
 #include "scene/core/Export.h"
 #include "scene/core/String.h"
 
+#include <array>
 #include <string>
 
 namespace vor {
@@ -11,19 +12,28 @@ namespace vor {
 // The length of the well-formed UTF-8 sequence (RFC 3629) at the start of `text`; 0 if there is none.
 [[nodiscard]] VRN_API std::size_t utf8Length(std::string_view text) noexcept;
 
+// Whether the whole text is well-formed UTF-8.
+[[nodiscard]] VRN_API bool isUtf8(std::string_view text) noexcept;
+
 // The text as UTF-8: each byte that belongs to no well-formed sequence becomes U+FFFD.
 [[nodiscard]] VRN_API String toUtf8(const String& text);
 
-// The text as a terminal may show it: control characters (those of ASCII and of Latin-1) and bytes
-// that are not UTF-8 become `\n`, `\t`, `\r` or `\xHH`; all else stays.
+// The text, safe to show on a terminal: control characters (those of ASCII and of Latin-1) and bytes that are not UTF-8
+// become `\n`, `\t`, `\r` or `\xHH`; everything else stays.
 [[nodiscard]] VRN_API String escapeForTerminal(std::string_view text);
 
-// Well-formed UTF-8 as a JSON string, quotes included. Control characters become `\u00HH`, those of Latin-1 and DEL
-// among them, which JSON would let through and a terminal obey.
+// Well-formed UTF-8 as a JSON string, quotes included. Control characters become `\u00HH`, including DEL and those of
+// Latin-1, which are valid in JSON but not safe on a terminal.
 [[nodiscard]] VRN_API std::string quoteForJson(std::string_view utf8);
 
-// Appends one character of `text`, escaped as above, to `out`; returns how many bytes it took.
-// `text` must not be empty.
+// Appends the first character of `text`, escaped as by escapeForTerminal(), to `out`; returns how many bytes of `text`
+// it consumed. `text` must not be empty.
 VRN_API std::size_t escapeCharacter(std::string_view text, std::string& out);
+
+// The two hexadecimal digits of a byte, in upper case, the high one first.
+[[nodiscard]] constexpr std::array<char, 2> hexDigits(u8 byte) noexcept {
+    constexpr char digits[] = "0123456789ABCDEF";
+    return {digits[byte >> 4], digits[byte & 15]};
+}
 
 } // namespace vor

@@ -1,5 +1,5 @@
-// The commands that are made from the table of commands, with a table whose texts are all that shells and roff might
-// trip over.
+// The commands completion and man with a table of commands whose text is full of characters that are special to shells
+// and roff.
 #include "cli/commands/Commands.h"
 
 #include <string>

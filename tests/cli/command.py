@@ -1,4 +1,4 @@
-"""What tests of the command share. VRN names the program."""
+"""Helpers of the tests of the command. The variable VRN is the path of the program."""
 import os
 import pathlib
 import subprocess
@@ -14,7 +14,7 @@ def run(*arguments, stdin=b"", **more):
 
 
 class Folder(unittest.TestCase):
-    """A test in a folder of its own."""
+    """A test with a temporary folder."""
 
     def setUp(self):
         temporary = tempfile.TemporaryDirectory()

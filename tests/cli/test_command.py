@@ -1,4 +1,4 @@
-"""The command, as a person or a script would run it. VRN names the program."""
+"""The commands check, dump and info, and the arguments of the program."""
 import json
 import os
 import pathlib
@@ -44,7 +44,7 @@ class Check(Folder):
             "<stdin>:0:0: error: PARSE ERROR (0,0): unrecognized token 'x'..\n1 file checked: 1 error, 0 warnings\n",
         )
 
-    def test_caret_at_the_start_and_behind_the_end_of_a_line(self):
+    def test_caret_at_the_start_and_after_the_end_of_a_line(self):
         self.assertIn(b"<stdin>:1:0: error: INVALID TOKEN (1,0): '?'\n?\n^\n", run("check", "-", stdin=b"?").stdout)
         self.assertIn(
             b"<stdin>:1:6: error: INVALID TOKEN (1,6): '?'\nt a;\n    ^\n", run("check", "-", stdin=b"t a;\r\n?").stdout
@@ -107,7 +107,7 @@ class Check(Folder):
 
     ODD = "t a; a.x = 1; a.y = b;\na.y = a;\nu a;\n"
 
-    def test_says_what_the_reader_takes_without_a_word(self):
+    def test_notices_are_warnings(self):
         result = run("check", "-", stdin=self.ODD.encode())
         self.assertEqual(
             result.stdout.decode(),
@@ -120,7 +120,7 @@ class Check(Folder):
         silent = run("check", "--werror", "--no-lint", "-", stdin=self.ODD.encode())
         self.assertEqual((silent.returncode, silent.stdout), (0, b"1 file checked: 0 errors, 0 warnings\n"))
 
-    def test_json_tells_its_own_warnings_from_the_readers(self):
+    def test_json_marks_notices(self):
         text = b"t a; a.b = float[2] {1};\nu a;"
         line = json.loads(run("check", "--format", "json", "-", stdin=text).stdout)
         self.assertEqual(
@@ -129,7 +129,7 @@ class Check(Folder):
         )
         self.assertTrue(line["ok"])
 
-    def test_only_check_has_warnings_of_its_own(self):
+    def test_only_check_shows_notices(self):
         self.assertEqual(run("dump", "-", stdin=self.ODD.encode()).stderr, b"")
         self.assertIn(b"0 errors, 0 warnings", run("info", "-", stdin=self.ODD.encode()).stdout)
 
@@ -146,7 +146,7 @@ class Check(Folder):
         for wrong in ("--max-array=-1", "--max-array=x", "--max-buffer-bytes=-1", "--max-array=9999999999"):
             self.assertEqual(run("check", wrong, "-").returncode, 2, wrong)
 
-    def test_json_holds_nothing_that_a_terminal_obeys(self):
+    def test_json_has_no_control_characters(self):
         text = b"t a; a.x = \"\x1b\x7f\xc2\x9b31m \xc2\xa0\"; a.x = 5 \"\x1b\x7f\xc2\x9b\";"
         for command in (["check", "--format", "json"], ["dump"], ["dump", "--compact"]):
             output = run(*command, "-", stdin=text).stdout
@@ -155,7 +155,7 @@ class Check(Folder):
             self.assertTrue("\x7f\x9b" in json.loads(output)["diagnostics"][0]["message"] if "json" in command else
                             json.loads(output)["nodes"][0]["inputs"][0]["value"] == "\x1b\x7f\x9b31m \xa0")
 
-    def test_json_replaces_bytes_that_are_no_text(self):
+    def test_json_replaces_bytes_that_are_not_utf8(self):
         result = run("check", "--format", "json", "-", stdin=b"t a; a.x = 1 \"\xc4\";")
         self.assertIn("found '\"\ufffd\"'", json.loads(result.stdout)["diagnostics"][0]["message"])
 
@@ -184,18 +184,18 @@ class Check(Folder):
         self.assertEqual(self.run_here("check", "logged.vrn").returncode, 1)
         self.assertEqual(self.run_here("check", "failed.vrn", "ok.vrn").returncode, 1)
 
-    def test_no_memory_for_one_file_leaves_the_others(self):
+    def test_running_out_of_memory_in_one_file_does_not_affect_the_others(self):
         self.file("large.vrn", "t a; " + "".join(f"a.b{i} = mat4d[1000000] {{1}};" for i in range(40)))
         self.file("ok.vrn", "t a;")
         if b"asan" in pathlib.Path(VRN).read_bytes():
-            self.skipTest("the sanitizers need more room than the test gives")
+            self.skipTest("the sanitizers need more memory than the test allows")
         limited = ["sh", "-c", 'ulimit -v 1000000; exec "$0" "$@"', VRN, "check", "large.vrn", "ok.vrn"]
         result = subprocess.run(limited, cwd=self.folder, capture_output=True, timeout=60)
         self.assertEqual(result.returncode, 1)
         self.assertIn(b"invalid buffer element count: [1000000]", result.stdout)
         self.assertIn(b"2 files checked: 1 error, ", result.stdout)
 
-    def test_unreadable_files_are_said_and_the_others_checked(self):
+    def test_unreadable_files_are_reported_and_the_others_checked(self):
         self.file("ok.vrn", "t a; a.b = true; a.b = 1.5;")
         result = self.run_here("check", "nowhere\x1b.vrn", "ok.vrn/x", "ok.vrn")
         self.assertEqual(result.returncode, 2)
@@ -223,7 +223,7 @@ class Check(Folder):
 
 
 class Ways(unittest.TestCase):
-    """Files and standard input are read alike."""
+    """Files and standard input give the same results."""
 
     def test_standard_input_gives_the_same(self):
         self.assertGreater(len(TEXTS), 50)
@@ -316,7 +316,7 @@ class Types(Folder):
 
 
 class Info(Folder):
-    def test_sums_up(self):
+    def test_summarises(self):
         result = run("info", "-", stdin=b"# version: 3\n# time: noon \x1b\ndefine d; d t; d.x = 1; t.b = byte[2] {1 2}; t.r = t; t.i |= t.o;")
         self.assertEqual(
             result.stdout.decode(),
@@ -354,7 +354,7 @@ class Usage(unittest.TestCase):
     def test_version(self):
         self.assertRegex(run("--version").stdout.decode(), r"^vrn \d+\.\d+\.\d+\n$")
 
-    def test_files_behind_two_dashes_may_look_like_options(self):
+    def test_files_after_two_dashes_may_look_like_options(self):
         with tempfile.TemporaryDirectory() as folder:
             for name in ("-x.vrn", "a.vrn", "--"):
                 pathlib.Path(folder, name).write_text("t a;")
@@ -369,23 +369,23 @@ class Usage(unittest.TestCase):
             self.assertEqual(result.returncode, 2, option)
             self.assertIn(b"No space left on device", result.stderr)
 
-    def test_values_that_are_none(self):
+    def test_invalid_values(self):
         for arguments, said in (
             (["graph", "--around", "", "x.vrn"], b"the value is empty"),
-            (["graph", "--hops", "5", "x.vrn"], b"name it with --around"),
-            (["tree", "--elements", "-1", "x.vrn"], b"-1 is no whole number"),
-            (["check", "--jobs", "300", "x.vrn"], b"300 is no whole number from 0 to 256"),
-            (["diff", "--tolerance", "-1", "a.vrn", "b.vrn"], b"-1 is no number from 0 on"),
-            (["diff", "--tolerance", "0.1x", "a.vrn", "b.vrn"], b"0.1x is no number from 0 on"),
+            (["graph", "--hops", "5", "x.vrn"], b"--hops requires --around NODE"),
+            (["tree", "--elements", "-1", "x.vrn"], b"-1 is not a whole number"),
+            (["check", "--jobs", "300", "x.vrn"], b"300 is not a whole number from 0 to 256"),
+            (["diff", "--tolerance", "-1", "a.vrn", "b.vrn"], b"-1 is not a finite number of at least 0"),
+            (["diff", "--tolerance", "0.1x", "a.vrn", "b.vrn"], b"0.1x is not a finite number of at least 0"),
         ):
             result = run(*arguments)
             self.assertEqual(result.returncode, 2, arguments)
             self.assertIn(said, result.stderr, arguments)
 
-    def test_wrong_usage(self):
+    def test_invalid_arguments(self):
         misuses = {
-            "": b"a command is missing",
-            "check": b"FILE is required: name a file, or - for standard input\nvrn check --help tells more.\n",
+            "": b"no command given\nSee vrn --help.\n",
+            "check": b"FILE is required: name a file, or - for standard input\nSee vrn check --help.\n",
             "frobnicate": b"frobnicate",
             "check --format xml -": b"xml",
             "dump --bogus -": b"--bogus",

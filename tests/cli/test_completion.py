@@ -1,4 +1,4 @@
-"""The words that shells offer behind `vrn`. ODD names a program whose table of commands has odd texts."""
+"""Shell completion of `vrn`. The variable ODD names a program with special characters in its table of commands."""
 import os
 import re
 import shutil
@@ -33,7 +33,7 @@ class Scripts(unittest.TestCase):
 
 
 class Shell(Folder):
-    """In a folder with scenes, other files and folders."""
+    """A folder with scenes, other files and folders."""
 
     def setUp(self):
         super().setUp()
@@ -42,7 +42,7 @@ class Shell(Folder):
             self.file(name, "")
 
     def run_shell(self, *command):
-        with tempfile.TemporaryDirectory() as home: # which shells write into
+        with tempfile.TemporaryDirectory() as home: # shells write to it
             environment = {"PATH": os.environ["PATH"], "HOME": home}
             result = subprocess.run(command, cwd=self.folder, capture_output=True, env=environment, timeout=60)
         self.assertEqual(result.stderr, b"")
@@ -51,7 +51,7 @@ class Shell(Folder):
 
 class Bash(Shell):
     def complete(self, *words, program=VRN):
-        """What is offered for the last word."""
+        """The completions of the last word."""
         call = 'COMP_WORDS=(vrn "$@") COMP_CWORD=$#; _vrn; printf "%s\\n" "${COMPREPLY[@]}"'
         output = self.run_shell("bash", "-c", script("bash", program) + call, "bash", *words)
         return sorted(line for line in output.split("\n") if line)
@@ -84,7 +84,7 @@ class Bash(Shell):
         self.assertEqual(self.complete("man", "che"), ["check"])
         self.assertEqual(self.complete("man", "check", ""), [])
 
-    def test_behind_two_dashes_are_no_options(self):
+    def test_no_options_after_two_dashes(self):
         self.assertEqual(self.complete("check", "--", "-"), [])
         self.assertEqual(self.complete("check", "--", "--format", ""), ["a.vrn", "b c.vrn", "sub"])
 
@@ -135,7 +135,7 @@ class Fish(Shell):
 @unittest.skipUnless(shutil.which("zsh"), "there is no zsh")
 class Zsh(Shell):
     def words_for(self, command, program=VRN):
-        """What zsh's own function is told of the words of a command."""
+        """The arguments that the script passes to _arguments of zsh for a command."""
         stand_ins = """
             compdef() { : }
             _arguments() { if [[ $1 == -C ]]; then state=argument; else print -rl -- "$@"; fi }

@@ -1,4 +1,4 @@
-"""`vrn diff`, as a person or a script would run it."""
+"""`vrn diff`."""
 import json
 import unittest
 
@@ -26,7 +26,7 @@ class Diff(Folder):
             self.diff("t a; a.x = 1.0; a.y.z = 2;u b;\n", "t a:\n.y.z = 2; .x = 1.; t unused; remove unused; u b;"), []
         )
 
-    def test_says_each_kind_of_difference(self):
+    def test_each_kind_of_difference_is_reported(self):
         before = FIRST.read_text()
         after = before
         for old, new in (
@@ -52,7 +52,7 @@ class Diff(Folder):
             [
                 "~ version: 1 -> 2",
                 '~ time: "2026-02-03 18:45" -> "2026-02-04 18:45"',
-                '~ comments: from 0 on, "# version: 1" -> "# version: 2"',
+                '~ comments: from 0: "# version: 1" -> "# version: 2"',
                 "~ cam1.fov: 45 -> 50",
                 "~ cam1.target: reference none -> box",
                 "~ box.points: 1 of 8 elements differs, largest difference 0.25 at 1, first at 1",
@@ -75,7 +75,7 @@ class Diff(Folder):
                          ["~ a: type a -> t", "~ a: definition -> node", "~ b: type t -> b", "~ b: node -> definition"])
         self.assertEqual(self.diff("define a;", ""), ["- a (definition)"])
 
-    def test_order_of_nodes_is_said_once(self):
+    def test_order_of_nodes_is_reported_once(self):
         self.assertEqual(self.diff("t a; t b; t c; t d;", "t new; t a; t d; t c; t b;"),
                          ["~ order of nodes: first b -> d", "+ new (t)"])
         self.assertEqual(self.diff("t a; t b; t c;", "t a; t c;"), ["- b (t)"])
@@ -129,15 +129,15 @@ class Diff(Folder):
 
     def test_long_strings_are_shown_where_they_differ(self):
         line, = self.diff(f't a; a.s = "{"ä" * 200}x";', f't a; a.s = "{"ä" * 200}y";')
-        self.assertTrue(line.startswith('~ a.s: from byte 400 on, "...ä'), line)
+        self.assertTrue(line.startswith('~ a.s: from byte 400: "...ä'), line)
         self.assertIn('äx" -> ', line)
         self.assertTrue(line.endswith('äy"'), line)
         line, = self.diff('t a; a.s = "short";', f't a; a.s = "short{"y" * 200}";')
-        self.assertTrue(line.startswith('~ a.s: from byte 5 on, "short" -> "shorty'), line)
+        self.assertTrue(line.startswith('~ a.s: from byte 5: "short" -> "shorty'), line)
 
     def test_nothing_that_a_terminal_obeys_is_printed(self):
         lines = self.diff("# \x1b[31m\nt a; a.s = \"\x1b\";", "# \x07\nt a; a.s = \"\x07\";")
-        self.assertEqual(lines, ['~ comments: from 0 on, "# \\x1B[31m" -> "# \\x07"', '~ a.s: "\\x1B" -> "\\x07"'])
+        self.assertEqual(lines, ['~ comments: from 0: "# \\x1B[31m" -> "# \\x07"', '~ a.s: "\\x1B" -> "\\x07"'])
 
     def test_json_is_one_object_a_line(self):
         lines = self.diff("# version: 1\nt a; a.x = 1; a.r = -nan; a.b = byte[2] {1 2}; a.w[0] = 1; a.l |= a.o; t gone;",
@@ -160,7 +160,7 @@ class Diff(Folder):
             ],
         )
 
-    def test_deep_nesting_is_no_trouble(self):
+    def test_deep_nesting(self):
         path = ".a" * 100000
         line, = self.diff(f"t n; n{path} = 1;", f"t n; n{path} = 2;")
         self.assertTrue(line.endswith(".a.a: 1 -> 2"))

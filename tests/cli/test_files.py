@@ -1,4 +1,4 @@
-"""Many files: folders, several at once."""
+"""Folders, and parallel reading."""
 import json
 import os
 import pathlib
@@ -11,7 +11,7 @@ FORMATS = ("text", "json", "sarif", "github")
 
 
 def merged(*arguments, **more):
-    """What both streams say, as it comes."""
+    """The exit status and the interleaved output of both streams."""
     result = subprocess.run([VRN, *map(str, arguments)], stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=300,
                             **more)
     return result.returncode, result.stdout
@@ -23,7 +23,7 @@ class Folders(Folder):
         self.file(name, "t a;")
 
     def checked(self, *arguments):
-        """The files that are checked, and what is complained of."""
+        """The files that are checked, and standard error."""
         result = self.run_here("check", "--format", "json", *arguments)
         return [json.loads(line)["file"] for line in result.stdout.splitlines()], result.stderr.decode()
 
@@ -36,7 +36,7 @@ class Folders(Folder):
         self.assertEqual(self.checked("."), (["./" + name for name in expected], ""))
         self.assertEqual(run("info", "s", cwd=self.folder).stdout.count(b"\n  version"), 5)
 
-    def test_stand_where_they_are_named_also_twice(self):
+    def test_are_read_in_the_order_of_the_arguments_even_twice(self):
         self.scene("a.vrn")
         self.scene("s/b.vrn")
         self.assertEqual(self.checked("s", "a.vrn", "s", "a.vrn")[0], ["s/b.vrn", "a.vrn", "s/b.vrn", "a.vrn"])
@@ -56,12 +56,12 @@ class Folders(Folder):
         self.assertEqual(self.checked("s"), (["s/a.vrn", "s/file.vrn"], ""))
         self.assertEqual(self.checked("s/other"), (["s/other/b.vrn"], ""))
 
-    def test_links_to_nothing_are_complained_of(self):
+    def test_dangling_links_are_reported(self):
         self.scene("s/a.vrn")
         os.symlink("nowhere", self.folder / "s" / "b.vrn")
         self.assertEqual(self.checked("s"), (["s/a.vrn", "s/b.vrn"], "vrn: s/b.vrn: No such file or directory\n"))
 
-    def test_pipes_are_no_files(self):
+    def test_pipes_are_skipped(self):
         self.scene("s/a.vrn")
         os.mkfifo(self.folder / "s" / "b.vrn")
         self.assertEqual(self.checked("s"), (["s/a.vrn"], ""))
@@ -80,7 +80,7 @@ class Folders(Folder):
         self.scene("s/a.vrn")
         name = "n" * 200
         folder = os.open(self.folder / "s", os.O_RDONLY)
-        for _ in range(25):  # until the path is longer than the system takes
+        for _ in range(25):  # until the path is too long
             os.mkdir(name, dir_fd=folder)
             inner = os.open(name, os.O_RDONLY, dir_fd=folder)
             os.close(folder)
@@ -116,9 +116,9 @@ class Jobs(Folder):
             result = run("check", "--format=json", "-j8", "-", "/dev/stdin", "-", stdin=b"t a; oops")
             self.assertEqual([len(json.loads(line)["diagnostics"]) for line in result.stdout.splitlines()], [1, 0, 0])
 
-    def test_no_memory_for_one_file_leaves_the_others(self):
+    def test_running_out_of_memory_in_one_file_does_not_affect_the_others(self):
         if b"asan" in pathlib.Path(VRN).read_bytes():
-            self.skipTest("the sanitizers need more room than the test gives")
+            self.skipTest("the sanitizers need more memory than the test allows")
         self.file("a.vrn", "t a; oops")
         self.file("b.vrn", "t b; b.x[16000000] = 1;")
         self.file("c.vrn", "t c; oops")
@@ -141,8 +141,8 @@ class Jobs(Folder):
 
     def test_fewer_threads_than_asked_for_do_as_well(self):
         if b"asan" in pathlib.Path(VRN).read_bytes():
-            self.skipTest("the sanitizers need more room than the test gives")
-        # Room for the stack of one more thread.
+            self.skipTest("the sanitizers need more memory than the test allows")
+        # Memory for the stack of one more thread.
         limits = 'ulimit -s 1000000 && ulimit -v 1600000 && exec "$0" "$@"'
         command = ["sh", "-c", limits, VRN, "check", "-j256", ROOT / "tests/data/reject"]
         result = subprocess.run(command, capture_output=True, timeout=100)

@@ -1,4 +1,4 @@
-"""vrn fmt: texts laid out anew."""
+"""`vrn fmt`."""
 import os
 import stat
 import unittest
@@ -43,7 +43,7 @@ class Fmt(Folder):
         self.assertEqual((self.folder / "sub/a.vrn").read_text(), UGLY)
         self.assertEqual(self.run_here("fmt", "--check", "sub/b.vrn").returncode, 0)
 
-    def test_what_cannot_be_formatted_stays(self):
+    def test_files_that_cannot_be_formatted_do_not_change(self):
         bad = self.file("bad.vrn", "t a;\na.x = ?;\n\n\n")
         result = self.run_here("fmt", "-i", "bad.vrn")
         self.assertEqual(result.returncode, 1)

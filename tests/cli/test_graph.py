@@ -1,4 +1,4 @@
-"""`vrn graph`, and the pictures that dot makes of what it says."""
+"""`vrn graph`, and the pictures that dot renders from its output."""
 import html
 import json
 import os
@@ -17,18 +17,18 @@ def graph(*arguments, stdin=b""):
 
 
 def shown_text(text):
-    """A text of a label as the picture shows it."""
+    """The text of a label as it appears in the picture."""
     return html.unescape(text).replace("\\\\", "\\")
 
 
 def names(dot):
-    """The names of the nodes, by their identifiers."""
+    """The names of the nodes by identifier."""
     labels = re.findall(r"^  (n\d+) \[label=<.*?<B>(.*?)</B>", dot, re.M | re.S)
     return {identifier: shown_text(name) for identifier, name in labels}
 
 
 def links(dot):
-    """(from, output or None, to, input) of each line, as the rows of the tables call them."""
+    """(from, output or None, to, input, attributes) of each edge, with the names in the rows of the tables."""
     rows = {}
     for identifier, label in re.findall(r"^  (n\d+) \[label=<(.*?)>\];$", dot, re.M | re.S):
         for port, text in re.findall(r'PORT="(\w+)"[^>]*><FONT[^>]*>(.*?)</FONT>', label):
@@ -123,7 +123,7 @@ class Dot(Folder):
         self.assertEqual(len(links(result.stdout.decode())), 1)
         self.assertLess(len(result.stdout), 2000)
 
-    def test_broken_scene_is_drawn_as_far_as_it_goes(self):
+    def test_scene_with_an_error_is_drawn_up_to_the_error(self):
         result = graph("-", stdin=b"t a; t b; a.x = b; b.y |= c.o; oops")
         self.assertEqual(result.returncode, 1)
         self.assertIn(b"unrecognized token 'oops'", result.stderr)
@@ -170,7 +170,7 @@ class Picture(Folder):
         for name in ("out", "out.jpg", ".", "dot"):
             result = self.run_here("graph", "-o", name, FIRST)
             self.assertEqual(result.returncode, 2)
-            self.assertIn(b"end the name in .dot, .svg, .png or .pdf", result.stderr)
+            self.assertIn(b"unknown picture format; use a name that ends in .dot, .svg, .png or .pdf", result.stderr)
 
     def test_examples_become_pictures(self):
         for name in ("material_gallery", "character", "city_block"):
@@ -182,7 +182,7 @@ class Picture(Folder):
             self.assertEqual(len(nodes), count)
 
     def program(self, script):
-        """A folder with a program `dot` that does something else."""
+        """An environment in which `dot` is the given script."""
         folder = self.folder / "bin"
         folder.mkdir(exist_ok=True)
         path = folder / "dot"
@@ -206,7 +206,7 @@ class Picture(Folder):
             self.assertEqual(old.read_text(), "old")
             self.assertEqual(sorted(p.name for p in self.folder.iterdir()), ["bin", "out.svg"])
 
-    def test_no_shell_sees_the_names(self):
+    def test_names_are_not_passed_to_a_shell(self):
         name = "$(touch bad); `touch bad`.svg"
         self.assertEqual(self.run_here("graph", "-o", name, FIRST).returncode, 0)
         self.assertEqual([p.name for p in self.folder.iterdir()], [name])
@@ -228,7 +228,7 @@ class Picture(Folder):
         path = self.file("large.vrn", text)
         result = graph("-o", self.folder / "out.png", path)
         self.assertEqual(result.returncode, 2)
-        self.assertIn(b"2001 nodes and 1 link are too many for a picture; name a part with --around NODE", result.stderr)
+        self.assertIn(b"too large for a picture (2001 nodes, 1 link); select a part with --around NODE", result.stderr)
         self.assertFalse((self.folder / "out.png").exists())
         self.assertEqual(len(names(graph(path).stdout.decode())), 2001)
         self.assertEqual(graph("-o", self.folder / "out.png", "--around", "n1", path).returncode, 0)

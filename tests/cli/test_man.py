@@ -1,4 +1,4 @@
-"""The manual pages. ODD names a program whose table of commands has odd texts."""
+"""The manual pages. The variable ODD is the path of a program with special characters in its table of commands."""
 import os
 import re
 import shutil
@@ -17,7 +17,7 @@ def page(command, program=VRN):
 
 
 def shown(text):
-    """A page as a terminal shows it, without bold and italic."""
+    """The page as plain text."""
     output = subprocess.run(["mandoc", "-Tascii", "-Owidth=200"], input=text, capture_output=True, check=True).stdout
     return re.sub(".\b", "", output.decode())
 
@@ -67,7 +67,7 @@ class Man(Folder):
     def test_trouble(self):
         result = run("man", "nonsense\x1b")
         self.assertEqual((result.returncode, result.stdout), (2, b""))
-        self.assertEqual(result.stderr, b"vrn: nonsense\\x1B: there is no such command; vrn --help lists them\n")
+        self.assertEqual(result.stderr, b"vrn: nonsense\\x1B: no such command; vrn --help lists all commands\n")
         result = self.run_here("man", "--write", "nowhere")
         self.assertEqual((result.returncode, result.stderr), (2, b"vrn: nowhere/vrn.1: No such file or directory\n"))
 

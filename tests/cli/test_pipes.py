@@ -1,4 +1,4 @@
-"""A reader of the output that has seen enough ends the command quietly."""
+"""SIGPIPE ends the command silently."""
 import signal
 import subprocess
 import unittest
@@ -10,14 +10,14 @@ SCENES = [ROOT / "examples" / "spot.vrn"] * 20
 
 class Pipes(unittest.TestCase):
     def first_line(self, **more):
-        """Reads one line of a large output, then closes the pipe; the exit status and what was complained of."""
+        """Reads one line of a large output and closes the pipe; returns the exit status and standard error."""
         with subprocess.Popen([VRN, "dump", *SCENES], stdout=subprocess.PIPE, stderr=subprocess.PIPE, **more) as vrn:
             self.assertEqual(vrn.stdout.readline(), b"{\n")
             vrn.stdout.close()
-            complaints = vrn.stderr.read()
-            return vrn.wait(timeout=60), complaints
+            errors = vrn.stderr.read()
+            return vrn.wait(timeout=60), errors
 
-    def test_output_is_larger_than_what_a_pipe_holds(self):
+    def test_output_is_larger_than_the_buffer_of_a_pipe(self):
         output = subprocess.run([VRN, "dump", *SCENES], capture_output=True, check=True).stdout
         self.assertGreater(len(output), 1 << 21)
 

@@ -1,4 +1,4 @@
-"""The line that says on a terminal how far the reading has come."""
+"""The status line that shows progress on a terminal."""
 import os
 import pty
 import re
@@ -10,13 +10,13 @@ import unittest
 from command import Folder, VRN
 
 LINE = re.compile(rb"Reading: [^\r]*")
-TAKEN_AWAY = re.compile(rb"Reading: [^\r\n]*\r\x1b\[K")
+REMOVED = re.compile(rb"Reading: [^\r\n]*\r\x1b\[K")
 
 
 class Progress(Folder):
     def in_terminal(self, *arguments, most=0.0):
-        """What standard output, and a terminal that is standard error, get. A text trickles in through standard input
-        for as many seconds, or until the terminal shows something; then comes a word that is an error."""
+        """Returns what the command writes to standard output and to a terminal on standard error. Feeds it valid input
+        for `most` seconds, or until the terminal shows something, and then an error."""
         terminal, theirs = pty.openpty()
         self.addCleanup(os.close, terminal)
         process = subprocess.Popen([VRN, *arguments], cwd=self.folder, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
@@ -42,7 +42,7 @@ class Progress(Folder):
         except OSError:  # the other end is closed
             pass
 
-    def test_of_a_pipe_says_how_much_came(self):
+    def test_a_pipe_shows_the_bytes_read(self):
         for command in (["check"], ["info"], ["dump", "--compact"]):
             output, shown = self.in_terminal(*command, "-", most=60)
             self.assertTrue(output)
@@ -51,20 +51,20 @@ class Progress(Folder):
             for line in lines:
                 self.assertRegex(line, rb"^Reading: \d+ bytes, \d+ bytes/s$")
 
-    def test_goes_away_before_anything_is_printed(self):
+    def test_is_removed_before_anything_is_printed(self):
         self.file("a.vrn", "oops")
         _, shown = self.in_terminal("info", "-", "a.vrn", most=60)
-        self.assertEqual(len(TAKEN_AWAY.findall(shown)), shown.count(b"Reading: "))
+        self.assertEqual(len(REMOVED.findall(shown)), shown.count(b"Reading: "))
         self.assertRegex(
-            TAKEN_AWAY.sub(b"", shown).decode(),
+            REMOVED.sub(b"", shown).decode(),
             r"^<stdin>:1:\d+: error: [^\r]*\r\n.*t a; oops\r\n +\^\r\na\.vrn:0:0: error: [^\r]*\r\n$",
         )
 
-    def test_of_files_says_how_much_there_is(self):
+    def test_files_show_their_total_size(self):
         text = "t a; " + "a.x = float[3] {1.25 2.5 3.75};\n" * 200_000
         self.file("a.vrn", text)
         lines = []
-        for count in (4, 16, 64, 256, 1024):  # until it takes long enough
+        for count in (4, 16, 64, 256, 1024):  # until reading takes long enough
             output, shown = self.in_terminal("check", "-j2", *["a.vrn"] * count)
             self.assertIn(f"{count} files checked: 0 errors".encode(), output)
             size = count * len(text)
@@ -76,8 +76,8 @@ class Progress(Folder):
         for line in lines:
             self.assertRegex(line, rb"^Reading: [\d.]+ [kMG]B of " + total + rb", [\d.]+ [kMG]B/s, \d+ (s|min) left$")
 
-    def test_of_models_says_how_much_there_is(self):
-        for count in (10**5, 10**6, 3 * 10**6, 10**7):  # until it takes long enough
+    def test_models_show_their_total_size(self):
+        for count in (10**5, 10**6, 3 * 10**6, 10**7):  # until reading takes long enough
             text = "v 0.5 0.25 0.125\n" * count + "f 1 2 3\n"
             self.file("a.obj", text)
             _, shown = self.in_terminal("convert", "a.obj", "a.vrn")
@@ -90,8 +90,8 @@ class Progress(Folder):
                                    + total + rb", \d+ (s|min) so far)$")
         self.assertEqual(shown.count(b"ing: "), shown.count(b"\r\x1b[K"))
 
-    def test_of_writing_says_how_long_it_takes(self):
-        for count in (10**6, 10**7, 10**8):  # until it takes long enough
+    def test_writing_shows_the_time(self):
+        for count in (10**6, 10**7, 10**8):  # until reading takes long enough
             self.file("a.vrn", f"t a;\na.b = byte[{count}] {{}};\n")
             _, shown = self.in_terminal("convert", "a.vrn", "a.json")
             if b"Writing: " in shown:

@@ -1,4 +1,4 @@
-"""`vrn query`, as a shell script would run it."""
+"""`vrn query`."""
 import json
 import os
 import pty
@@ -68,31 +68,31 @@ class Query(Folder):
     def test_several_paths_answer_in_their_order(self):
         self.assertEqual(query("m.o.p.q", "cam1.fov")[0], "7\n45.5\n")
 
-    def test_a_path_that_leads_nowhere_says_how_far(self):
+    def test_a_path_without_a_match_is_reported_with_its_longest_match(self):
         for path, reason in (
-            ("cam9.fov", "leads nowhere: there is no such node"), ("cam1.fvo", "leads only to cam1"),
-            ("m.o.p.x", "leads only to m.o.p"), ("m.i[3]", "leads only to m.i"), ("m.i[-4]", "leads only to m.i"),
-            ("m.w[3]", "leads only to m.w"), ("m.o[0]", "leads only to m.o"), ("m.w.x", "leads only to m.w"),
-            ("m.p[0][0]", "leads only to m.p"), ("m.p[:][0]", "leads only to m.p"), ("x*.y", "leads nowhere: there is no such node"),
-            ("m.i.x", "leads only to m.i"), ("m.w.*", "leads only to m.w"), ("cam1.fov[0]", "leads only to cam1.fov"),
+            ("cam9.fov", "not found: the scene has no such node"), ("cam1.fvo", "not found below cam1"),
+            ("m.o.p.x", "not found below m.o.p"), ("m.i[3]", "not found below m.i"), ("m.i[-4]", "not found below m.i"),
+            ("m.w[3]", "not found below m.w"), ("m.o[0]", "not found below m.o"), ("m.w.x", "not found below m.w"),
+            ("m.p[0][0]", "not found below m.p"), ("m.p[:][0]", "not found below m.p"), ("x*.y", "not found: the scene has no such node"),
+            ("m.i.x", "not found below m.i"), ("m.w.*", "not found below m.w"), ("cam1.fov[0]", "not found below cam1.fov"),
         ):
             with self.subTest(path):
                 self.assertEqual(query(path), ("", f"vrn: {path}: {reason}\n", 1))
         self.assertEqual(query("cam9.x", "cam1.fov")[0], "45.5\n")
 
-    def test_malformed_paths_are_refused_with_their_place(self):
+    def test_malformed_paths_are_rejected_with_the_position(self):
         for path, reason in (
-            (".x", "1: a name is missing"), ("a..b", "3: a name is missing"),
-            ("a.", "3: a name is missing"), ("a[", "3: expected an index"), ("a[]", "3: expected an index"),
+            (".x", "1: expected a name"), ("a..b", "3: expected a name"),
+            ("a.", "3: expected a name"), ("a[", "3: expected an index"), ("a[]", "3: expected an index"),
             ("a[x]", "3: expected an index"), ("a[1", "4: expected ]"), ("a[1:2:3]", "6: expected ]"),
-            ("a[1]b", "5: expected . or ["), ("a]", "2: expected . or ["), ("[1]", "1: a name is missing"),
-            ("a[-]", "3: this is no index"), ("a[99999999999999999999]", "3: this is no index"),
-            ("a[+1]", "3: expected an index"), ("a[1 ]", "4: expected ]"), ("a\x1b..", "4: a name is missing"),
+            ("a[1]b", "5: expected . or ["), ("a]", "2: expected . or ["), ("[1]", "1: expected a name"),
+            ("a[-]", "3: invalid index"), ("a[99999999999999999999]", "3: invalid index"),
+            ("a[+1]", "3: expected an index"), ("a[1 ]", "4: expected ]"), ("a\x1b..", "4: expected a name"),
         ):
             with self.subTest(path):
                 output, error, status = query(path)
                 self.assertEqual((output, status), ("", 2))
-                self.assertIn("at character " + reason, error)
+                self.assertIn("at byte " + reason, error)
                 self.assertNotIn("\x1b", error)
 
     def test_json(self):
@@ -146,7 +146,7 @@ class Query(Folder):
         os.close(theirs)
         os.close(ours)
 
-    def test_a_broken_scene_still_answers(self):
+    def test_a_scene_with_an_error_can_be_queried(self):
         result = run("query", "-", "a.x", stdin=b"t a; a.x = 1; oops")
         self.assertEqual((result.returncode, result.stdout), (1, b"1\n"))
         self.assertIn(b"unrecognized token 'oops'", result.stderr)

@@ -1,4 +1,4 @@
-"""The formats of `vrn check` that other programs show."""
+"""The report formats of `vrn check` for other programs."""
 import json
 import os
 import re
@@ -124,7 +124,7 @@ class Page(unittest.TestCase):
 
     def test_hook_checks_what_is_staged(self):
         hook = re.search(r"^```sh\n(.*?)^```$", (ROOT / "docs/check.md").read_text(), re.M | re.S).group(1)
-        # What git would print.
+        # The output of git.
         staged = "printf '%s\\0' examples/spot.vrn tests/data/reject/008_no_value.vrn"
         hook = re.sub(r"git diff .*?(?= \|)", lambda _: staged, hook).replace("vrn check", VRN + " check")
         result = subprocess.run(hook, shell=True, cwd=ROOT, capture_output=True)

@@ -1,4 +1,4 @@
-"""`vrn tree`, as a person would run it."""
+"""`vrn tree`."""
 import os
 import pty
 import subprocess
@@ -14,7 +14,7 @@ def tree(*arguments, stdin=b"", **more):
 
 
 def run_on_a_terminal(*arguments, **environment):
-    """What the command writes to a terminal."""
+    """Returns what the command writes to a terminal."""
     ours, theirs = pty.openpty()
     process = subprocess.Popen([VRN, *arguments], stdout=theirs, env={**os.environ, **environment})
     os.close(theirs)
@@ -99,7 +99,7 @@ class Tree(Folder):
         self.assertEqual(tree("--depth", "1", stdin=text).splitlines()[1:], ["└── a (t)", "    └── b: {1 member}"])
         self.assertEqual(len(tree("--depth", "3", stdin=text).splitlines()), 5)
 
-    def test_deep_nesting_is_no_trouble(self):
+    def test_deep_nesting(self):
         text = b"t n; n" + b".a" * 100000 + b" = 1;"
         for depth, lines in (([], 66), (["--depth", "1000"], 1002)):
             self.assertEqual(len(tree(*depth, stdin=text).splitlines()), lines)
@@ -108,7 +108,7 @@ class Tree(Folder):
         output = tree(stdin=b't a; a.s = "\x1b[31m\x07\xc2\x9b\xc4";')
         self.assertEqual(output.splitlines()[2], '    └── s: String = "\\x1B[31m\\x07\\xC2\\x9B\\xC4"')
 
-    def test_broken_scene_is_drawn_as_far_as_it_goes(self):
+    def test_scene_with_an_error_is_drawn_up_to_the_error(self):
         result = run("tree", "-", stdin=b"t a; a.x = 1; oops")
         self.assertEqual(result.returncode, 1)
         self.assertIn(b"unrecognized token 'oops'", result.stderr)

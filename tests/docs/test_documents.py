@@ -32,6 +32,13 @@ def messages():
     return found
 
 
+def command_messages():
+    """Every message of the command, by name."""
+    text = (ROOT / "cli/terminal/Messages.h").read_text()
+    found = re.findall(r'inline constexpr char (\w+)\[\] =\s*"((?:[^"\\]|\\.)*)";', text)
+    return {name: message.removesuffix("\\n") for name, message in found}
+
+
 class Format(unittest.TestCase):
     def test_examples_are_read_as_shown(self):
         examples = blocks(ROOT / "docs" / "format.md")
@@ -122,9 +129,20 @@ class Messages(unittest.TestCase):
         document = (ROOT / "docs" / "messages.md").read_text()
         sections = re.findall(r"^### `([^\n]*)`\n(.*?)(?=^#|\Z)", document, re.M | re.S)
         self.assertGreater(len(messages()), 30)
-        self.assertEqual(sorted(title for title, _ in sections), sorted(messages().values()))
+        self.assertEqual(len(command_messages()), (ROOT / "cli/terminal/Messages.h").read_text().count("constexpr"))
+        expected = [*messages().values(), *command_messages().values()]
+        self.assertEqual(sorted(title for title, _ in sections), sorted(expected))
         for title, text in sections:
             self.assertIn("Remedy: ", text, title)
+
+    def test_the_command_has_its_messages_in_one_file(self):
+        sources = {path: path.read_text() for path in (ROOT / "cli").glob("*/*.cpp")}
+        for name in command_messages():
+            self.assertRegex("".join(sources.values()), rf"\bmessages::{name}\b")
+        for path, text in sources.items():
+            for call in re.findall(r"\b(?:complain|trouble|fail|PathError|PictureError)\(([^;]*);", text):
+                for literal in re.findall(r'"((?:[^"\\]|\\.)*)"', call):
+                    self.assertTrue(" " not in literal or literal == "standard output", f"{path.name}: {literal!r}")
 
     def test_every_message_is_in_a_golden_log(self):
         logs = "".join(p.read_text(errors="replace") for p in (ROOT / "tests" / "data").glob("*/*.log"))

@@ -25,7 +25,7 @@ MAY_INCLUDE = {
     "cli/report": {"cli/report", "cli/files", "cli/terminal", "impl/Reader.h", "scene", "scene/core"},
     "cli/query": {"cli/query", "cli/terminal", "scene", "scene/core"},
     "cli/diff": {"cli/diff", "cli/query", "cli/terminal", "scene", "scene/core"},
-    "cli/graph": {"cli/graph", "cli/query", "scene", "scene/core"},
+    "cli/graph": {"cli/graph", "cli/query", "cli/terminal", "scene", "scene/core"},
     "cli/shell": {"cli/shell", "cli/arguments", "cli/terminal"},
     "cli/commands": {*("cli/" + folder for folder in CLI_FOLDERS), "convert/Convert.h", "impl/Formatter.h", "scene",
                      "scene/core"},

@@ -1,4 +1,4 @@
-#include "cli/query/NearNames.h"
+#include "cli/query/SuggestNames.h"
 
 #include "cli/query/ValueText.h"
 
@@ -12,10 +12,9 @@ using namespace vor::velmo_sdk::impl;
 
 namespace {
 
-constexpr std::size_t mostCharacters = 64; // of names that are compared
+constexpr std::size_t maxLength = 64; // of names that are compared
 
-// How many characters have to be inserted, removed or replaced to make one text of the other, letters of both cases
-// being the same (Levenshtein).
+// The Levenshtein distance, ignoring case.
 std::size_t editDistance(std::string_view a, std::string_view b) {
     std::vector<std::size_t> row(b.size() + 1);
     for (std::size_t j = 0; j < row.size(); ++j)
@@ -32,31 +31,31 @@ std::size_t editDistance(std::string_view a, std::string_view b) {
     return row.back();
 }
 
-struct Near {
+struct Candidate {
     std::size_t distance;
     const Node* node;
 };
 
 } // namespace
 
-std::string nearNames(const Scene& scene, std::string_view name) {
-    constexpr std::size_t mostNames = 3;
-    const std::size_t farthest = std::max<std::size_t>(1, name.size() / 3);
-    std::vector<Near> nearest; // the best ones so far, in the order of the scene where they are as good
+std::string suggestNames(const Scene& scene, std::string_view name) {
+    constexpr std::size_t maxNames = 3;
+    const std::size_t maxDistance = std::max<std::size_t>(1, name.size() / 3);
+    std::vector<Candidate> nearest; // the best so far, in the order of the scene where distances are equal
     for (const Node& node : scene.nodes()) {
         const std::string_view other = node.key().view();
-        if (std::max(name.size(), other.size()) > mostCharacters)
+        if (std::max(name.size(), other.size()) > maxLength)
             continue;
         const std::size_t distance = editDistance(name, other);
-        if (distance > farthest)
+        if (distance > maxDistance)
             continue;
-        const auto behind = std::ranges::upper_bound(nearest, distance, {}, &Near::distance);
-        nearest.insert(behind, {distance, &node});
-        nearest.resize(std::min(nearest.size(), mostNames));
+        const auto position = std::ranges::upper_bound(nearest, distance, {}, &Candidate::distance);
+        nearest.insert(position, {distance, &node});
+        nearest.resize(std::min(nearest.size(), maxNames));
     }
     std::string text;
-    for (const Near& near : nearest)
-        text += (text.empty() ? "; did you mean " : " or ") + escapedShort(near.node->name());
+    for (const Candidate& candidate : nearest)
+        text += (text.empty() ? "; did you mean " : " or ") + escapedShort(candidate.node->name());
     return text.empty() ? text : text + '?';
 }
 

@@ -1,0 +1,55 @@
+// The messages of the command, in printf form. docs/messages.md explains each of them; a test compares the two.
+#pragma once
+
+namespace vrn::cli::messages {
+
+// Arguments.
+inline constexpr char noCommand[] = "no command given";
+inline constexpr char optionRequired[] = "%s is required: %s";
+inline constexpr char valueEmpty[] = "the value is empty";
+inline constexpr char notWholeNumber[] = "%s is not a whole number";
+inline constexpr char notInRange[] = "%s is not a whole number from %s";
+inline constexpr char notPositive[] = "%s is not a finite number of at least 0";
+inline constexpr char notDistance[] = "expected a distance, found nan";
+inline constexpr char checkInPlace[] = "--check and --in-place exclude each other";
+inline constexpr char hopsAlone[] = "--hops requires --around NODE";
+inline constexpr char unknownPage[] = "no such command; vrn --help lists all commands";
+inline constexpr char bothStandardInput[] =
+    "standard input can be only one of the two scenes; name a file for the other";
+
+// Files.
+inline constexpr char outOfMemory[] = "out of memory";
+inline constexpr char noSceneInFolder[] = "no *.vrn file in this folder or below it";
+inline constexpr char catalogueError[] = "%s:%d:%d: error: %s\n";
+inline constexpr char notFormatted[] = "%s:%d:%d: error: %s; not formatted\n";
+
+// Paths of `vrn query`.
+inline constexpr char malformedPath[] = "at byte %llu: %s";
+inline constexpr char expectedStep[] = "expected . or [";
+inline constexpr char expectedName[] = "expected a name";
+inline constexpr char expectedIndex[] = "expected an index, a slice such as 2:5, or *";
+inline constexpr char expectedBracket[] = "expected ]";
+inline constexpr char invalidIndex[] = "invalid index";
+inline constexpr char pathWithoutNode[] = "not found: the scene has no such node";
+inline constexpr char pathWithoutEnd[] = "not found below %s";
+
+// Pictures of `vrn graph`.
+inline constexpr char noSuchNode[] = "the scene has no such node%s";
+inline constexpr char unknownPicture[] = "unknown picture format; use a name that ends in .dot, .svg, .png or .pdf";
+inline constexpr char pictureTooLarge[] =
+    "too large for a picture (%s, %s); select a part with --around NODE, or write a .dot file";
+inline constexpr char dotMissing[] =
+    "the program dot is not installed; install the package graphviz, or write a .dot file";
+inline constexpr char dotNotStarted[] = "cannot start the program dot: %s";
+inline constexpr char dotFailed[] = "the program dot failed; write a .dot file to inspect its input";
+
+// Conversions.
+inline constexpr char unwritableExtension[] = "no format with this extension can be written; supported: %s";
+inline constexpr char unreadableExtension[] = "no format with this extension can be read; supported: %s";
+inline constexpr char notConverted[] = "not converted, because of the errors above";
+inline constexpr char lost[] = "vrn: %s: lost: %s: %llu (%s%s)\n";
+inline constexpr char readerCrashed[] = "malformed: its reader crashed";
+inline constexpr char readerKilled[] = "its reader was killed, perhaps for lack of memory";
+inline constexpr char noProcess[] = "cannot start a process for the conversion";
+
+} // namespace vrn::cli::messages
