@@ -174,9 +174,18 @@ private:
             key("members");
             writer_.StartArray();
             return;
-        default:
+        case AttrType::Vec2:
+        case AttrType::Vec3:
+        case AttrType::Vec4:
+        case AttrType::Pos2:
+        case AttrType::Pos3:
+        case AttrType::Quat:
+        case AttrType::Rgba:
+        case AttrType::Mat3:
+        case AttrType::Mat4:
             key("value");
             numbers([&] { list(value.components()); });
+            return;
         }
     }
 

@@ -61,7 +61,19 @@ void writeLeaf(JsonWriter& writer, const Input& input) {
         return input.nodeValue() ? impl::writeJsonText(writer, input.nodeValue()->name()) : void(writer.Null());
     case AttrType::Buffer:
         return writeJsonElements(writer, value, 0, value.count());
-    default:
+    case AttrType::Real:
+    case AttrType::Vec2:
+    case AttrType::Vec3:
+    case AttrType::Vec4:
+    case AttrType::Pos2:
+    case AttrType::Pos3:
+    case AttrType::Quat:
+    case AttrType::Rgba:
+    case AttrType::Mat3:
+    case AttrType::Mat4:
+        return writeRow(writer, value.components());
+    case AttrType::Array:
+    case AttrType::Object: // have no value but what is below them
         return writeRow(writer, value.components());
     }
 }
