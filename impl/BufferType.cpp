@@ -1,38 +1,49 @@
 #include "impl/BufferType.h"
 
 #include "impl/lexer/Keyword.h"
+#include "scene/DataTypeTable.h"
 
 #include <algorithm>
-#include <vector>
+#include <array>
 
 namespace vor::velmo_sdk::impl {
 
 namespace {
 
+using velmo_sdk::detail::dataTypeRow;
+
 struct BufferType {
-    u64 keyword;
-    DataType type;
+    u64 keyword = 0;
+    DataType type = DataType::Null;
 };
 
-// The keywords of buffers and their element types, in the order of their numbers. Built on the first call.
-const std::vector<BufferType>& bufferTypes() {
-    static const std::vector<BufferType> types = [] {
-        std::vector<BufferType> rows;
-        for (i32 i = 0; i < dataTypeCount; ++i)
-            if (const auto type = static_cast<DataType>(i); hasKeyword(type))
-                rows.push_back({keywordNumber(dataTypeName(type)), type});
-        std::ranges::sort(rows, {}, &BufferType::keyword);
-        return rows;
-    }();
+consteval std::size_t countKeywords() {
+    std::size_t count = 0;
+    for (i32 i = 0; i < dataTypeCount; ++i)
+        count += dataTypeRow(static_cast<DataType>(i)).hasKeyword ? 1U : 0U;
+    return count;
+}
+
+// The keywords of buffers and their element types, in the order of the keywords' numbers.
+consteval std::array<BufferType, countKeywords()> sortKeywords() {
+    std::array<BufferType, countKeywords()> types;
+    std::size_t count = 0;
+    for (i32 i = 0; i < dataTypeCount; ++i)
+        if (const auto row = dataTypeRow(static_cast<DataType>(i)); row.hasKeyword)
+            types[count++] = {keyword(row.name), static_cast<DataType>(i)};
+    std::ranges::sort(types, {}, &BufferType::keyword);
     return types;
 }
 
+constexpr auto bufferTypes = sortKeywords();
+static_assert(std::ranges::adjacent_find(bufferTypes, {}, &BufferType::keyword) == bufferTypes.end());
+
 } // namespace
 
-const DataType* bufferType(std::string_view keyword) {
-    const u64 number = keywordNumber(keyword);
-    const auto found = std::ranges::lower_bound(bufferTypes(), number, {}, &BufferType::keyword);
-    const bool isFound = number != 0 && found != bufferTypes().end() && found->keyword == number;
+const DataType* bufferType(std::string_view word) {
+    const u64 number = keywordNumber(word);
+    const auto found = std::ranges::lower_bound(bufferTypes, number, {}, &BufferType::keyword);
+    const bool isFound = number != 0 && found != bufferTypes.end() && found->keyword == number;
     return isFound ? &found->type : nullptr;
 }
 

@@ -1,36 +1,34 @@
 // The numbers that buffers are made of, as types of the language.
 #pragma once
 
-#include "scene/DataType.h"
+#include "scene/AttrData.h"
+#include "scene/DataTypeTable.h"
 
 namespace vor::velmo_sdk::impl {
 
-// Calls `use(number)` with a zero of the type of a component; false if buffers have no such component.
-template <class Use> [[nodiscard]] bool withComponent(DataType type, Use use) {
-    switch (type) { // NOLINTNEXTLINE(bugprone-branch-clone): each branch has another type
-    case DataType::Char:
-        return use(i8());
-    case DataType::Byte:
-        return use(u8());
-    case DataType::Int16:
-        return use(i16());
-    case DataType::UInt16:
-        return use(u16());
-    case DataType::Int32:
-        return use(i32());
-    case DataType::UInt32:
-        return use(u32());
-    case DataType::Int64:
-        return use(i64());
-    case DataType::UInt64:
-        return use(u64());
-    case DataType::Float:
-        return use(float());
-    case DataType::Double:
-        return use(double());
-    default:
-        return false;
+namespace detail {
+
+template <class... Numbers> struct ComponentTypes {
+    [[nodiscard]] static constexpr bool has(DataType type) noexcept {
+        return ((type == velmo_sdk::detail::numberType<Numbers>) || ...);
     }
+    template <class Use> [[nodiscard]] static bool with(DataType type, Use& use) {
+        return ((type == velmo_sdk::detail::numberType<Numbers> && use(Numbers())) || ...);
+    }
+};
+
+using Components = ComponentTypes<i8, u8, i16, u16, i32, u32, i64, u64, float, double>;
+
+static_assert(velmo_sdk::detail::forAllDataTypes([](DataType type) {
+    const velmo_sdk::detail::DataTypeRow row = velmo_sdk::detail::dataTypeRow(type);
+    return !row.hasKeyword || Components::has(row.componentType);
+}));
+
+} // namespace detail
+
+// Calls `use(number)` with a zero of the type of a component; false if a text can hold no such component.
+template <class Use> [[nodiscard]] bool withComponent(DataType type, Use use) {
+    return detail::Components::with(type, use);
 }
 
 } // namespace vor::velmo_sdk::impl

@@ -103,8 +103,8 @@ std::size_t elementLength(std::span<const Piece> before, Type list) {
         const DataType* type = bufferType(before[before.size() - 2].text);
         return type ? elementLayout(*type).components : 1;
     }
-    const u64 keyword = list == Type::Parens && !before.empty() ? keywordNumber(before.back().text) : 0;
-    return keyword == keywordNumber("mat3") ? 3 : keyword == keywordNumber("mat4") ? 4 : 1; // rows
+    const u64 word = list == Type::Parens && !before.empty() ? keywordNumber(before.back().text) : 0;
+    return word == keyword("mat3") ? 3 : word == keyword("mat4") ? 4 : 1; // rows
 }
 
 // A list whose last element has a separator behind it keeps one; its text would be another without.

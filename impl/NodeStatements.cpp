@@ -7,17 +7,13 @@ namespace vor::velmo_sdk::impl {
 using Type = Token::Type;
 
 /// remove ::= 'remove' ID ';'
-bool VrnParser::remove(RemoveInfo& info) {
-    return keywordStatement(keywordNumber("remove"), Type::Semicolon, info.name);
-}
+bool VrnParser::remove(RemoveInfo& info) { return keywordStatement(keyword("remove"), Type::Semicolon, info.name); }
 
 /// define ::= 'define' ID ';'
-bool VrnParser::define(DefineInfo& info) {
-    return keywordStatement(keywordNumber("define"), Type::Semicolon, info.name);
-}
+bool VrnParser::define(DefineInfo& info) { return keywordStatement(keyword("define"), Type::Semicolon, info.name); }
 
 /// with ::= 'with' ID ':'
-bool VrnParser::with(WithInfo& info) { return keywordStatement(keywordNumber("with"), Type::Colon, info.name); }
+bool VrnParser::with(WithInfo& info) { return keywordStatement(keyword("with"), Type::Colon, info.name); }
 
 /// declare ::= ID ID ( ';' | ':' )   type and name; the colon makes the node the one of '.' paths
 bool VrnParser::declare(DeclareInfo& info) {
@@ -32,10 +28,10 @@ bool VrnParser::declare(DeclareInfo& info) {
 }
 
 // The types are looked at first: they tell most other statements apart without a look at the text.
-bool VrnParser::keywordStatement(u64 keyword, Type end, Token& name) {
+bool VrnParser::keywordStatement(u64 word, Type end, Token& name) {
     if (current().type != Type::Id || ahead(1).type != Type::Id || ahead(2).type != end)
         return false;
-    if (keywordNumber(current().text) != keyword)
+    if (keywordNumber(current().text) != word)
         return false;
     consume();
     name = consume();
@@ -92,7 +88,7 @@ void VrnParser::noticeTheType(const DeclareInfo& info, Node* node, bool isNew) c
     const String type = info.type.text;
     const String shortType = quoted(type, most);
     const String name = quoted(info.name.text, most);
-    const bool isWithKeyword = keywordNumber(info.type.text) == keywordNumber("with");
+    const bool isWithKeyword = keywordNumber(info.type.text) == keyword("with");
     if (isNew && isWithKeyword)
         logNotice(position(), messages::newNodeOfTypeWith, name.buf(), shortType.buf());
     else if (!isNew && !isWithKeyword && node->type() != type)

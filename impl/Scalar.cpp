@@ -9,25 +9,26 @@ using Type = Token::Type;
 namespace {
 
 // The type of a value that is written as a list of components, by its keyword; Null for other words.
-AttrType scalarType(std::string_view keyword) noexcept {
-    switch (keywordNumber(keyword)) {
-    case keywordNumber("vec2"):
+AttrType scalarType(std::string_view word) noexcept {
+    static_assert(attrTypeCount == 19, "a new type that is written as a list needs a keyword here");
+    switch (keywordNumber(word)) {
+    case keyword("vec2"):
         return AttrType::Vec2;
-    case keywordNumber("vec3"):
+    case keyword("vec3"):
         return AttrType::Vec3;
-    case keywordNumber("vec4"):
+    case keyword("vec4"):
         return AttrType::Vec4;
-    case keywordNumber("pos2"):
+    case keyword("pos2"):
         return AttrType::Pos2;
-    case keywordNumber("pos3"):
+    case keyword("pos3"):
         return AttrType::Pos3;
-    case keywordNumber("quat"):
+    case keyword("quat"):
         return AttrType::Quat;
-    case keywordNumber("mat3"):
+    case keyword("mat3"):
         return AttrType::Mat3;
-    case keywordNumber("mat4"):
+    case keyword("mat4"):
         return AttrType::Mat4;
-    case keywordNumber("rgba"):
+    case keyword("rgba"):
         return AttrType::Rgba;
     default:
         return AttrType::Null;

@@ -8,11 +8,45 @@ namespace vor::velmo_sdk::impl {
 
 namespace {
 
-bool isVector(AttrType type) noexcept { return type >= AttrType::Vec2 && type <= AttrType::Rgba; }
+// What values of a type are made of.
+enum class Kind : u8 { Bool, Integer, Real, Vector, Matrix, Other };
 
-bool isMatrix(AttrType type) noexcept { return type == AttrType::Mat3 || type == AttrType::Mat4; }
+constexpr Kind kindOf(AttrType type) noexcept {
+    switch (type) {
+    case AttrType::Bool:
+        return Kind::Bool;
+    case AttrType::Int:
+    case AttrType::UInt:
+        return Kind::Integer;
+    case AttrType::Real:
+        return Kind::Real;
+    case AttrType::Vec2:
+    case AttrType::Vec3:
+    case AttrType::Vec4:
+    case AttrType::Pos2:
+    case AttrType::Pos3:
+    case AttrType::Quat:
+    case AttrType::Rgba:
+        return Kind::Vector;
+    case AttrType::Mat3:
+    case AttrType::Mat4:
+        return Kind::Matrix;
+    case AttrType::Null:
+    case AttrType::String:
+    case AttrType::Node:
+    case AttrType::Buffer:
+    case AttrType::Array:
+    case AttrType::Object:
+        break;
+    }
+    return Kind::Other;
+}
 
-bool isInteger(AttrType type) noexcept { return type == AttrType::Int || type == AttrType::UInt; }
+bool isVector(AttrType type) noexcept { return kindOf(type) == Kind::Vector; }
+
+bool isMatrix(AttrType type) noexcept { return kindOf(type) == Kind::Matrix; }
+
+bool isInteger(AttrType type) noexcept { return kindOf(type) == Kind::Integer; }
 
 bool isBoolOrNumber(AttrType type) noexcept {
     return type == AttrType::Bool || isInteger(type) || type == AttrType::Real;
@@ -34,27 +68,18 @@ template <class Integer> Integer truncate(double real) noexcept {
 }
 
 double toReal(const AttrData& value) noexcept {
-    switch (value.type()) {
-    case AttrType::Bool:
+    const AttrType type = value.type();
+    if (type == AttrType::Bool)
         return value.asBool() ? 1 : 0;
-    case AttrType::Int:
+    if (type == AttrType::Int)
         return static_cast<double>(value.asInt());
-    case AttrType::UInt:
-        return static_cast<double>(value.asUInt());
-    default:
-        return value.asReal();
-    }
+    return type == AttrType::UInt ? static_cast<double>(value.asUInt()) : value.asReal();
 }
 
 u64 toBits(const AttrData& value) noexcept {
-    switch (value.type()) {
-    case AttrType::Bool:
+    if (value.type() == AttrType::Bool)
         return value.asBool() ? 1 : 0;
-    case AttrType::Int:
-        return static_cast<u64>(value.asInt());
-    default:
-        return value.asUInt();
-    }
+    return value.type() == AttrType::Int ? static_cast<u64>(value.asInt()) : value.asUInt();
 }
 
 AttrData toInteger(const AttrData& value, AttrType to) noexcept {
@@ -80,6 +105,7 @@ AttrData toVector(const AttrData& value, AttrType to) {
 
 AttrData toMatrix(const AttrData& value, AttrType to) {
     AttrData result = AttrData::zero(to);
+    static_assert(attrTypeCount == 19, "a new matrix has a side here");
     const std::size_t fromSide = value.type() == AttrType::Mat3 ? 3 : 4;
     const std::size_t toSide = to == AttrType::Mat3 ? 3 : 4;
     for (std::size_t row = 0; row < toSide; ++row)
@@ -109,17 +135,20 @@ Fit fit(AttrType value, AttrType input) noexcept {
 }
 
 AttrData convert(const AttrData& value, AttrType to) {
-    switch (to) {
-    case AttrType::Bool:
+    switch (kindOf(to)) {
+    case Kind::Bool:
         return AttrData::boolean(toBits(value) != 0);
-    case AttrType::Int:
-    case AttrType::UInt:
+    case Kind::Integer:
         return toInteger(value, to);
-    case AttrType::Real:
+    case Kind::Real:
         return AttrData::real(toReal(value));
-    default:
-        return isMatrix(to) ? toMatrix(value, to) : toVector(value, to);
+    case Kind::Matrix:
+        return toMatrix(value, to);
+    case Kind::Vector:
+    case Kind::Other:
+        break;
     }
+    return toVector(value, to);
 }
 
 } // namespace vor::velmo_sdk::impl

@@ -143,6 +143,7 @@ private:
         constexpr auto bit = [](AttrType type) { return u32(1) << static_cast<u32>(type); };
         constexpr u32 blocks = bit(Vec3) | bit(Vec4) | bit(Pos3) | bit(Quat) | bit(Rgba) | bit(Mat3) | bit(Mat4) |
                                bit(AttrType::String) | bit(Buffer);
+        static_assert(attrTypeCount == 19, "a new type with more than two components has a block");
         return static_cast<u32>(of) < 32 && (blocks >> static_cast<u32>(of) & 1) != 0;
     }
     [[nodiscard]] bool hasBlock() const noexcept { return hasBlock(type()); }

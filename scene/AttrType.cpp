@@ -7,15 +7,45 @@ namespace vor::velmo_sdk {
 namespace {
 
 struct Row {
-    const char* name;
-    u32 components;
+    const char* name = nullptr; // null for a value that is no AttrType
+    u32 components = 0;
 };
 
-constexpr std::array<Row, attrTypeCount> rows = {{
-    {"Null", 0},   {"Bool", 0}, {"Int", 0},    {"UInt", 0},  {"Real", 1},   {"Vec2", 2}, {"Vec3", 3},
-    {"Vec4", 4},   {"Pos2", 2}, {"Pos3", 3},   {"Quat", 4},  {"Rgba", 4},   {"Mat3", 9}, {"Mat4", 16},
-    {"String", 0}, {"Node", 0}, {"Buffer", 0}, {"Array", 0}, {"Object", 0},
-}};
+constexpr Row makeRow(AttrType type) noexcept {
+    switch (type) {
+        // clang-format off
+    case AttrType::Null: return {"Null", 0};
+    case AttrType::Bool: return {"Bool", 0};
+    case AttrType::Int: return {"Int", 0};
+    case AttrType::UInt: return {"UInt", 0};
+    case AttrType::Real: return {"Real", 1};
+    case AttrType::Vec2: return {"Vec2", 2};
+    case AttrType::Vec3: return {"Vec3", 3};
+    case AttrType::Vec4: return {"Vec4", 4};
+    case AttrType::Pos2: return {"Pos2", 2};
+    case AttrType::Pos3: return {"Pos3", 3};
+    case AttrType::Quat: return {"Quat", 4};
+    case AttrType::Rgba: return {"Rgba", 4};
+    case AttrType::Mat3: return {"Mat3", 9};
+    case AttrType::Mat4: return {"Mat4", 16};
+    case AttrType::String: return {"String", 0};
+    case AttrType::Node: return {"Node", 0};
+    case AttrType::Buffer: return {"Buffer", 0};
+    case AttrType::Array: return {"Array", 0};
+    case AttrType::Object: return {"Object", 0};
+        // clang-format on
+    }
+    return {};
+}
+
+constexpr std::array<Row, attrTypeCount> rows = [] {
+    std::array<Row, attrTypeCount> table;
+    for (i32 i = 0; i < attrTypeCount; ++i)
+        table[static_cast<std::size_t>(i)] = makeRow(static_cast<AttrType>(i));
+    return table;
+}();
+static_assert(rows.back().name && !makeRow(static_cast<AttrType>(attrTypeCount)).name,
+              "attrTypeCount is the number of enumerators");
 
 const Row* rowOf(AttrType type) noexcept {
     const auto i = static_cast<std::size_t>(static_cast<u32>(type));

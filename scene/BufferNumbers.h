@@ -1,39 +1,41 @@
-// The numbers of a buffer, of whatever type they are.
+// The numbers of a buffer, whatever their type.
 #pragma once
 
 #include "scene/AttrData.h"
+#include "scene/DataTypeTable.h"
 
 namespace vor::velmo_sdk {
 
-// Calls `visit(std::span<const T>)` with all numbers of a buffer in a row, T being what its elements are made of.
-// Does not call it for a buffer without an element type.
-template <class Visit> void visitNumbers(const AttrData& buffer, Visit visit) {
-    switch (elementLayout(buffer.dataType()).componentType) {
-    case DataType::Bool:
-        return visit(buffer.elements<bool>());
-    case DataType::Char:
-        return visit(buffer.elements<i8>());
-    case DataType::Byte:
-        return visit(buffer.elements<u8>());
-    case DataType::Int16:
-        return visit(buffer.elements<i16>());
-    case DataType::UInt16:
-        return visit(buffer.elements<u16>());
-    case DataType::Int32:
-        return visit(buffer.elements<i32>());
-    case DataType::UInt32:
-        return visit(buffer.elements<u32>());
-    case DataType::Int64:
-        return visit(buffer.elements<i64>());
-    case DataType::UInt64:
-        return visit(buffer.elements<u64>());
-    case DataType::Float:
-        return visit(buffer.elements<float>());
-    case DataType::Double:
-        return visit(buffer.elements<double>());
-    default: // addresses mean nothing outside their process
-        return;
+namespace detail {
+
+template <class... Numbers> struct NumberVisitor {
+    [[nodiscard]] static constexpr bool visits(DataType component) noexcept {
+        return ((component == numberType<Numbers>) || ...);
     }
+    template <class Visit> static void visit(const AttrData& buffer, Visit& use) {
+        const DataType component = elementLayout(buffer.dataType()).componentType;
+        const auto useElements = [&]<class Number>(std::span<const Number> numbers) {
+            use(numbers);
+            return true;
+        };
+        (void)((component == numberType<Numbers> && useElements(buffer.elements<Numbers>())) || ...);
+    }
+};
+
+using BufferNumbers = NumberVisitor<bool, i8, u8, i16, u16, i32, u32, i64, u64, float, double>;
+
+// Addresses mean nothing outside their process.
+static_assert(forAllDataTypes([](DataType type) {
+    const DataType component = dataTypeRow(type).componentType;
+    return component == DataType::Null || component == DataType::Ptr || BufferNumbers::visits(component);
+}));
+
+} // namespace detail
+
+// Calls `visit(std::span<const T>)` once with all numbers of a buffer, T being their type. Does not call it for a
+// buffer of addresses or without an element type.
+template <class Visit> void visitNumbers(const AttrData& buffer, Visit visit) {
+    detail::BufferNumbers::visit(buffer, visit);
 }
 
 } // namespace vor::velmo_sdk

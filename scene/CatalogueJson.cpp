@@ -117,11 +117,24 @@ AttrData defaultOf(const JsonValue& value, AttrType type) {
         return AttrData::real(realOf(value));
     case AttrType::String:
         return AttrData::string(textOf(value, "a string"));
-    default:
-        if (componentCount(type) == 0)
-            failAtKey(value, std::string("expected no \"default\": a ") + attrTypeName(type) + " has no literal");
+    case AttrType::Vec2:
+    case AttrType::Vec3:
+    case AttrType::Vec4:
+    case AttrType::Pos2:
+    case AttrType::Pos3:
+    case AttrType::Quat:
+    case AttrType::Rgba:
+    case AttrType::Mat3:
+    case AttrType::Mat4:
         return componentsOf(value, type);
+    case AttrType::Null:
+    case AttrType::Node:
+    case AttrType::Buffer:
+    case AttrType::Array:
+    case AttrType::Object:
+        break;
     }
+    failAtKey(value, std::string("expected no \"default\": a ") + attrTypeName(type) + " has no literal");
 }
 
 // A member that only inputs of one type may have.

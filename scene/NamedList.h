@@ -16,9 +16,9 @@ namespace vor::velmo_sdk::impl {
 
 // T has `const String& key() const`, which stays where and what it is while the item is in the list. A list
 // of one takes no memory of its own; `leastCapacity` is how many the first block of memory is for.
-template <class T, u32 leastCapacity> class NamedList {
+template <class T, u32 leastCapacity, u32 maxItems = u32(1) << 30> class NamedList {
 public:
-    static constexpr u32 mostItems = u32(1) << 30; // one more throws std::bad_alloc
+    static constexpr u32 mostItems = maxItems; // one more throws std::bad_alloc
 
     NamedList() = default;
     NamedList(const NamedList&) = delete;

@@ -106,7 +106,15 @@ private:
         case AttrType::Object:
             json_.key("members").beginArray();
             return;
-        default:
+        case AttrType::Vec2:
+        case AttrType::Vec3:
+        case AttrType::Vec4:
+        case AttrType::Pos2:
+        case AttrType::Pos3:
+        case AttrType::Quat:
+        case AttrType::Rgba:
+        case AttrType::Mat3:
+        case AttrType::Mat4:
             json_.key("value").numbers(value.components());
         }
     }

@@ -193,7 +193,20 @@ void VrnInputs::writeValue(const Input& input, Before before) {
         return beginObject(input, before);
     case AttrType::Buffer:
         return writeBuffer(input);
-    default:
+    case AttrType::Bool:
+    case AttrType::Int:
+    case AttrType::UInt:
+    case AttrType::Real:
+    case AttrType::Vec2:
+    case AttrType::Vec3:
+    case AttrType::Vec4:
+    case AttrType::Pos2:
+    case AttrType::Pos3:
+    case AttrType::Quat:
+    case AttrType::Rgba:
+    case AttrType::Mat3:
+    case AttrType::Mat4:
+    case AttrType::String:
         if (hasForeignNaN(input.value()))
             lose(input, losses::foreignNaN);
         assign(input.value());

@@ -122,7 +122,15 @@ void appendLiteral(const AttrData& value, std::string& text) {
     case AttrType::Buffer:
         text += "null";
         return;
-    default:
+    case AttrType::Vec2:
+    case AttrType::Vec3:
+    case AttrType::Vec4:
+    case AttrType::Pos2:
+    case AttrType::Pos3:
+    case AttrType::Quat:
+    case AttrType::Rgba:
+    case AttrType::Mat3:
+    case AttrType::Mat4:
         return appendComponents(value, text);
     }
 }

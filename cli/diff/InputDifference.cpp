@@ -37,10 +37,25 @@ public:
         case AttrType::Node:
             compareReferences();
             return false;
-        default:
-            compareValues();
-            return false;
+        case AttrType::Null:
+        case AttrType::Bool:
+        case AttrType::Int:
+        case AttrType::UInt:
+        case AttrType::Real:
+        case AttrType::Vec2:
+        case AttrType::Vec3:
+        case AttrType::Vec4:
+        case AttrType::Pos2:
+        case AttrType::Pos3:
+        case AttrType::Quat:
+        case AttrType::Rgba:
+        case AttrType::Mat3:
+        case AttrType::Mat4:
+        case AttrType::String:
+            break;
         }
+        compareValues();
+        return false;
     }
 
 private:

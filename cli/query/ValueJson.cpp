@@ -46,7 +46,18 @@ void writeLeaf(JsonLine& json, const Input& input) {
         return input.nodeValue() ? json.text(input.nodeValue()->name()) : json.null();
     case AttrType::Buffer:
         return writeJsonElements(json, value, 0, value.count());
-    default:
+    case AttrType::Real:
+    case AttrType::Vec2:
+    case AttrType::Vec3:
+    case AttrType::Vec4:
+    case AttrType::Pos2:
+    case AttrType::Pos3:
+    case AttrType::Quat:
+    case AttrType::Rgba:
+    case AttrType::Mat3:
+    case AttrType::Mat4:
+    case AttrType::Array:
+    case AttrType::Object: // have no components; their children are written elsewhere
         return writeElement(json, value.components());
     }
 }

@@ -67,12 +67,21 @@ std::string valueText(const Input& input) {
         return typeText(input);
     case AttrType::Object:
         return '{' + std::string(counted(input.size(), "member").view()) + '}';
-    default: {
-        std::string numbers;
-        appendNumbers(numbers, value.components());
-        return numbers;
+    case AttrType::Real:
+    case AttrType::Vec2:
+    case AttrType::Vec3:
+    case AttrType::Vec4:
+    case AttrType::Pos2:
+    case AttrType::Pos3:
+    case AttrType::Quat:
+    case AttrType::Rgba:
+    case AttrType::Mat3:
+    case AttrType::Mat4:
+        break;
     }
-    }
+    std::string numbers;
+    appendNumbers(numbers, value.components());
+    return numbers;
 }
 
 std::string shortValue(const Input& input) {
@@ -87,9 +96,24 @@ static std::string valueBesideType(const Input& input) {
     case AttrType::Array:
     case AttrType::Object:
         return {};
-    default:
-        return shortValue(input);
+    case AttrType::Bool:
+    case AttrType::Int:
+    case AttrType::UInt:
+    case AttrType::Real:
+    case AttrType::Vec2:
+    case AttrType::Vec3:
+    case AttrType::Vec4:
+    case AttrType::Pos2:
+    case AttrType::Pos3:
+    case AttrType::Quat:
+    case AttrType::Rgba:
+    case AttrType::Mat3:
+    case AttrType::Mat4:
+    case AttrType::String:
+    case AttrType::Node:
+        break;
     }
+    return shortValue(input);
 }
 
 std::string describe(const Input& input, const Style& style) {

@@ -1,10 +1,12 @@
 #include "convert/model/Inputs.h"
 
+#include "scene/BufferNumbers.h"
 #include "scene/Scene.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <type_traits>
 #include <utility>
 
 namespace vrn::convert {
@@ -18,16 +20,13 @@ constexpr const char* wrongType = "values of the wrong type";
 const char* floatProblem(double number) { return std::isfinite(number) ? tooLarge : notFinite; }
 
 std::optional<double> asNumber(const AttrData& value) {
-    switch (value.type()) {
-    case AttrType::Real:
+    if (value.type() == AttrType::Real)
         return value.asReal();
-    case AttrType::Int:
+    if (value.type() == AttrType::Int)
         return static_cast<double>(value.asInt());
-    case AttrType::UInt:
+    if (value.type() == AttrType::UInt)
         return static_cast<double>(value.asUInt());
-    default:
-        return {};
-    }
+    return {};
 }
 
 bool isDefault(const Input& input) {
@@ -58,10 +57,22 @@ bool isEmptyOrDefault(const Input& input) {
     case AttrType::Bool: // nodes are visible by default, also without a catalogue
         if (input.key() == "visible" && input.value().asBool())
             return true;
-        [[fallthrough]];
-    default:
-        return isDefault(input);
+        break;
+    case AttrType::Int:
+    case AttrType::UInt:
+    case AttrType::Real:
+    case AttrType::Vec2:
+    case AttrType::Vec3:
+    case AttrType::Vec4:
+    case AttrType::Pos2:
+    case AttrType::Pos3:
+    case AttrType::Quat:
+    case AttrType::Rgba:
+    case AttrType::Mat3:
+    case AttrType::Mat4:
+        break;
     }
+    return isDefault(input);
 }
 
 bool hasPrefix(const InputPatterns& patterns, const std::string& prefix) {
@@ -201,27 +212,12 @@ Values<float> readFloats(const Input* input, u32 components, Losses& losses) {
 std::optional<Values<u32>> readIndices(const Input* input, u64 limit) {
     if (!input)
         return {};
-    const AttrData& value = input->value();
-    switch (elementLayout(value.dataType()).componentType) {
-    case DataType::Char:
-        return convertIndices(value.elements<i8>(), limit);
-    case DataType::Byte:
-        return convertIndices(value.elements<u8>(), limit);
-    case DataType::Int16:
-        return convertIndices(value.elements<i16>(), limit);
-    case DataType::UInt16:
-        return convertIndices(value.elements<u16>(), limit);
-    case DataType::Int32:
-        return convertIndices(value.elements<i32>(), limit);
-    case DataType::UInt32:
-        return convertIndices(value.elements<u32>(), limit);
-    case DataType::Int64:
-        return convertIndices(value.elements<i64>(), limit);
-    case DataType::UInt64:
-        return convertIndices(value.elements<u64>(), limit);
-    default:
-        return {};
-    }
+    std::optional<Values<u32>> indices;
+    visitNumbers(input->value(), [&]<class Number>(std::span<const Number> numbers) {
+        if constexpr (std::is_integral_v<Number> && !std::is_same_v<Number, bool>)
+            indices = convertIndices(numbers, limit);
+    });
+    return indices;
 }
 
 void addUnreadInputs(const Node& node, const InputPatterns& known, Losses& losses) {

@@ -182,11 +182,11 @@ Token Lexer::token(Token::Type type, std::string_view text) const {
 
 Token Lexer::idToken(std::string_view word) {
     switch (keywordNumber(word)) {
-    case keywordNumber("true"):
+    case keyword("true"):
         return here(Token::Type::True, "true");
-    case keywordNumber("false"):
+    case keyword("false"):
         return here(Token::Type::False, "false");
-    case keywordNumber("null"):
+    case keyword("null"):
         return here(Token::Type::Null, "null");
     default:
         return token(Token::Type::Id, word);

@@ -110,6 +110,45 @@ TEST(Formatter, wrapsListsAtWholeElements) {
     expectAll({{"n.x = vec3f[3] {1 2 3 4 5 6 7 8 9};", "n.x = vec3f[3] {1 2 3 4 5 6 7 8 9};\n"}}, 0);
 }
 
+// The column itself may be used, the one after it may not.
+TEST(Formatter, wrapsBeyondTheColumn) {
+    const auto someNumbers = [](std::size_t count) {
+        std::string text = "1";
+        for (; count > 1; --count)
+            text += " 2";
+        return text;
+    };
+    for (const u32 column : {100U, 37U, 80U}) {
+        // `n.x = {` and `};` take nine characters.
+        const std::string numbers = someNumbers((column - 8) / 2);
+        const std::string padding(column - 9 - numbers.size(), '0');
+        const std::string fits = "n.x = {" + numbers + padding + "};\n";
+        ASSERT_EQ(fits.size() - 1, column);
+        EXPECT_EQ(formatted(fits, column), fits);
+        const std::string tooLong = "n.x = {" + numbers + padding + "0};\n";
+        EXPECT_EQ(formatted(tooLong, column), "n.x = {\n    " + numbers + padding + "0\n};\n");
+        // The same for a line of elements: four characters of indentation, then as many as fit.
+        const std::string line = someNumbers((column - 3) / 2) + std::string((column - 5) % 2, '0');
+        ASSERT_EQ(4 + line.size(), column);
+        EXPECT_EQ(formatted("n.x = {" + line + " 3};", column), "n.x = {\n    " + line + "\n    3\n};\n");
+        EXPECT_EQ(formatted("n.x = {" + line + "0 3};", column), "n.x = {\n    " + line.substr(0, line.rfind(' ')) +
+                                                                     "\n    " + line.substr(line.rfind(' ') + 1) +
+                                                                     "0 3\n};\n");
+        // And of a statement with an indentation of its own.
+        const std::string inner = ".x = {" + std::string(column - 12, '1');
+        EXPECT_EQ(formatted("t n:\n" + inner + "};", column), "t n:\n    " + inner + "};\n");
+        EXPECT_EQ(formatted("t n:\n" + inner + "1};", column),
+                  "t n:\n    .x = {\n        1" + inner.substr(6) + "\n    };\n");
+    }
+    // Comments line up with the longest line that ends at the column at most.
+    for (const std::size_t length : {100U, 101U}) {
+        const std::string line = "a.s = \"" + std::string(length - 9, 'x') + "\";";
+        ASSERT_EQ(line.size(), length);
+        EXPECT_EQ(formatted(line + " # c\na.b = 1; # d\n"),
+                  line + "  # c\na.b = 1;" + std::string(length == 100 ? 94 : 2, ' ') + "# d\n");
+    }
+}
+
 // The text of such a list ends with a blank, which a message may show.
 TEST(Formatter, keepsASeparatorBehindTheLastElement) {
     expectAll({{"a.x = {1, 2, };", "a.x = {1 2, };\n"}, {"a.x = {1 2 };", "a.x = {1 2};\n"}});

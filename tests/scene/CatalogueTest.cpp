@@ -112,6 +112,54 @@ TEST(Catalogue, addsToWhatADefinitionGives) {
     EXPECT_EQ(r.node("c").outputs().size(), 2U);
 }
 
+// A definition has the marks of its catalogued type, and a node made from it copies them.
+TEST(Catalogue, marksWhatDefinitionsGive) {
+    const auto types = catalogue(R"({"types": {"lamp": {"inputs": {
+        "target": {"type": "Node", "linkOnly": true},
+        "power": {"type": "Int", "default": 7, "linkOnly": true},
+        "serial": {"type": "Int", "default": 8, "locked": true}}}}})");
+    for (const bool hasCatalogue : {true, false}) {
+        Reading r = readText("define lamp;", types);
+        r.scene->setCatalogue(hasCatalogue ? types : nullptr); // the copy alone must do
+        readMore(r, "lamp n;\nn.power = 5;\nn.serial = 5;\nn.target = 5;\nlamp.power = 5;\nn.target = n;");
+        EXPECT_EQ(r.log, (Log{error(2, 12, "TYPE ERROR (2,12): expected Int @ n.power but found 5."),
+                              error(3, 13, "TYPE ERROR (3,13): expected Int @ n.serial but found 5."),
+                              error(4, 13, "TYPE ERROR (4,13): expected Node @ n.target but found 5."),
+                              error(5, 15, "TYPE ERROR (5,15): expected Int @ lamp.power but found 5.")}));
+        for (const char* node : {"lamp", "n"}) {
+            SCOPED_TRACE(node);
+            EXPECT_TRUE(r.node(node).input("target")->isLinkOnly());
+            EXPECT_TRUE(r.node(node).input("power")->isLinkOnly());
+            EXPECT_FALSE(r.node(node).input("power")->isLocked());
+            EXPECT_TRUE(r.node(node).input("serial")->isLocked());
+            EXPECT_FALSE(r.node(node).input("serial")->isLinkOnly());
+            EXPECT_EQ(r.node(node).input("power")->value().asInt(), 7);
+            EXPECT_EQ(r.node(node).input("serial")->value().asInt(), 8);
+        }
+        EXPECT_EQ(r.input("n.target")->nodeValue(), &r.node("n")) << "links are not refused";
+    }
+}
+
+// So do members and elements, whose marks come from a program.
+TEST(Catalogue, marksMembersAndElementsOfCopies) {
+    Reading r;
+    Node* definition = r.scene->defineNode("d");
+    Input* member = definition->createInput("object", AttrType::Object)->createInput("member", AttrType::Int);
+    Input* element = definition->createArray("array", AttrType::Int)->appendElement();
+    member->setLinkOnly(true);
+    element->setLocked(true);
+    readMore(r, "d n;\nn.object.member = 5;\nn.array[0] = 5;\nn.array[1] = 5;");
+    EXPECT_EQ(r.log, (Log{error(2, 20, "TYPE ERROR (2,20): expected Int @ n.object.member but found 5."),
+                          error(3, 15, "TYPE ERROR (3,15): expected Int @ n.array[0] but found 5.")}));
+    EXPECT_TRUE(r.input("n.object.member")->isLinkOnly());
+    EXPECT_FALSE(r.input("n.object.member")->isLocked());
+    EXPECT_TRUE(r.input("n.array[0]")->isLocked());
+    EXPECT_FALSE(r.input("n.array[0]")->isLinkOnly());
+    EXPECT_EQ(r.value("n.object.member").asInt(), 0);
+    EXPECT_EQ(r.value("n.array[0]").asInt(), 0);
+    EXPECT_EQ(r.value("n.array[1]").asInt(), 5);
+}
+
 TEST(Catalogue, isMadeByCallsToo) {
     NodeType light("light");
     light.addInput({.name = "power", .type = AttrType::Real, .defaultValue = AttrData::integer(3)});

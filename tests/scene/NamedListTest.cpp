@@ -1,11 +1,13 @@
 #include "scene/NamedList.h"
 
 #include <gtest/gtest.h>
+#include <new>
 #include <vector>
 
 namespace vrn::test {
 
 using vor::String;
+using vor::u32;
 using vor::u64;
 using vor::velmo_sdk::impl::NamedList;
 
@@ -16,12 +18,18 @@ struct Item {
     [[nodiscard]] const String& key() const noexcept { return name; }
 };
 
+// Items named by a prefix and their index.
+std::vector<Item> itemsNamed(const char* prefix, std::size_t count) {
+    std::vector<Item> items(count);
+    for (std::size_t i = 0; i < count; ++i)
+        items[i].name = prefix + String(static_cast<u64>(i));
+    return items;
+}
+
 } // namespace
 
 TEST(NamedList, findsItsItemsHoweverMany) {
-    std::vector<Item> items(100);
-    for (std::size_t i = 0; i < items.size(); ++i)
-        items[i].name = "a name of some length " + String(static_cast<u64>(i));
+    std::vector<Item> items = itemsNamed("a name of some length ", 100);
     NamedList<Item, 3> list;
     EXPECT_EQ(list.find("a"), nullptr);
     EXPECT_TRUE(list.items().empty());
@@ -48,5 +56,48 @@ TEST(NamedList, isEmptiedFromTheEnd) {
     list.push(&b);
     EXPECT_EQ(list.find("b"), &b);
 }
+
+// More than 16 items are found through an index, which must not outlive the items that it was built for.
+TEST(NamedList, findsOnlyTheNewItemsOnceItIsRefilled) {
+    for (const std::size_t kept : {0U, 1U, 16U, 17U, 39U}) {
+        for (const std::size_t added : {1U, 16U, 17U, 40U}) {
+            std::vector<Item> old = itemsNamed("old", 40);
+            std::vector<Item> others = itemsNamed("new", added);
+            NamedList<Item, 3> list;
+            for (Item& item : old)
+                list.push(&item);
+            for (std::size_t i = old.size(); i-- > kept;)
+                EXPECT_EQ(list.takeLast(), &old[i]);
+            for (Item& item : others)
+                list.push(&item);
+            for (std::size_t i = 0; i < old.size(); ++i)
+                ASSERT_EQ(list.find(old[i].name), i < kept ? &old[i] : nullptr) << i << " of " << kept << "+" << added;
+            for (Item& item : others)
+                ASSERT_EQ(list.find(item.name), &item) << kept << "+" << added;
+        }
+    }
+}
+
+TEST(NamedList, holdsAsManyItemsAsItMay) {
+    for (const std::size_t named : {0U, 20U}) {
+        std::vector<Item> items = itemsNamed("n", 21);
+        NamedList<Item, 3, 20> list;
+        for (std::size_t i = 0; i < 20; ++i)
+            i < named ? list.push(&items[i]) : list.pushUnnamed(&items[i]);
+        EXPECT_THROW(list.push(&items[20]), std::bad_alloc);
+        EXPECT_THROW(list.pushUnnamed(&items[20]), std::bad_alloc);
+        ASSERT_EQ(list.size(), 20U);
+        EXPECT_EQ(list.items()[19], &items[19]);
+        EXPECT_EQ(list.find("n19"), &items[19]);
+        EXPECT_EQ(list.find("n20"), nullptr);
+        EXPECT_EQ(list.takeLast(), &items[19]);
+        list.push(&items[20]);
+        EXPECT_EQ(list.find("n20"), &items[20]);
+        EXPECT_EQ(list.find("n19"), nullptr);
+    }
+}
+
+// An input keeps its index in 30 bits.
+static_assert(NamedList<Item, 3>::mostItems == u32(1) << 30);
 
 } // namespace vrn::test

@@ -150,6 +150,46 @@ TEST(Scene, limitsArrays) {
     EXPECT_EQ(array->size(), 2U);
 }
 
+// Members and elements that a new value drops are gone, by name and by index, however many there were.
+TEST(Scene, findsOnlyTheMembersOfTheLastValue) {
+    Scene scene;
+    Input* object = scene.createNode("t", "a")->createInput("object", AttrType::Object);
+    Input* inArray = scene.findNode("a")->createArray("array", AttrType::Object)->appendElement();
+    for (Input* parent : {object, inArray})
+        for (const char* prefix : {"first", "second", "third"}) {
+            parent->assign(AttrData::zero(AttrType::Object));
+            EXPECT_EQ(parent->size(), 0U);
+            for (u64 i = 0; i < 40; ++i) {
+                Input* made = parent->createInput(prefix + String(i), AttrType::Int);
+                ASSERT_EQ(made, parent->children().back()) << prefix << i << " is taken for an earlier member";
+                ASSERT_EQ(made->index(), i);
+                ASSERT_EQ(made->key(), prefix + String(i));
+            }
+            for (u64 i = 0; i < 40; ++i) {
+                for (const char* other : {"first", "second", "third"})
+                    ASSERT_EQ(parent->input(other + String(i)), prefix == other ? parent->children()[i] : nullptr);
+                ASSERT_EQ(parent->input(prefix + String(i)), parent->children()[i]);
+            }
+        }
+}
+
+TEST(Scene, findsOnlyTheMembersThatTheTextLeaves) {
+    std::string text = "t n;";
+    for (const char* prefix : {"a", "b"}) {
+        text += "n.o = {};";
+        for (int i = 0; i < 20; ++i)
+            text += String::format("n.o.%s%d = %d;", prefix, i, i).buf();
+    }
+    const Reading r = readText(String(std::string_view(text)));
+    EXPECT_EQ(r.log, Log{});
+    ASSERT_EQ(r.input("n.o")->size(), 20U);
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_EQ(r.input(String::format("n.o.a%d", i)), nullptr);
+        ASSERT_NE(r.input(String::format("n.o.b%d", i)), nullptr);
+        EXPECT_EQ(r.value(String::format("n.o.b%d", i)).asInt(), i);
+    }
+}
+
 TEST(Node, findsInputsAndOutputsAmongMany) {
     Scene scene;
     Node* node = scene.createNode("t", "a");

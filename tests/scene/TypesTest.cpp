@@ -5,6 +5,7 @@ namespace vrn::test {
 TEST(AttrType, hasNames) {
     const char* names[] = {"Null", "Bool", "Int",  "UInt", "Real",   "Vec2", "Vec3",   "Vec4",  "Pos2",  "Pos3",
                            "Quat", "Rgba", "Mat3", "Mat4", "String", "Node", "Buffer", "Array", "Object"};
+    static_assert(std::size(names) == attrTypeCount);
     for (i32 i = 0; i < attrTypeCount; ++i) {
         const auto type = static_cast<AttrType>(i);
         EXPECT_STREQ(attrTypeName(type), names[i]);

@@ -122,6 +122,36 @@ TEST(VrnWriter, wrapsListsAtWholeElements) {
                                                                                  "    };\n");
 }
 
+// The column itself may be used, the one after it may not.
+TEST(VrnWriter, wrapsBeyondTheColumn) {
+    for (const std::size_t column : {100U, 60U, 73U}) {
+        const VrnWriterOptions options{.column = static_cast<u32>(column)};
+        const std::string name(column - std::string_view("    . = float[3] {1 2 3};").size(), 'x');
+        EXPECT_EQ(rewritten("t n; n." + name + " = float[3] {1 2 3};", options),
+                  "t n:\n    ." + name + " = float[3] {1 2 3};\n");
+        EXPECT_EQ(rewritten("t n; n.x" + name + " = float[3] {1 2 3};", options),
+                  "t n:\n    .x" + name + " = float[3] {\n        1 2 3\n    };\n");
+        // A line of a list of several lines.
+        std::string line = "1";
+        std::size_t count = 2;
+        for (; line.size() + 2 <= column - 8; ++count)
+            line += " 2";
+        line += std::string(column - 8 - line.size(), '3');
+        ASSERT_EQ(8 + line.size(), column);
+        const std::string head = ".x = int64[" + std::to_string(count) + "] {";
+        const std::size_t last = line.rfind(' ');
+        EXPECT_EQ(rewritten("t n; n" + head + line + " 4};", options),
+                  "t n:\n    " + head + "\n        " + line + "\n        4\n    };\n");
+        EXPECT_EQ(rewritten("t n; n" + head + line + "0 4};", options), "t n:\n    " + head + "\n        " +
+                                                                            line.substr(0, last) + "\n        " +
+                                                                            line.substr(last + 1) + "0 4\n    };\n");
+    }
+    const std::string name(100 - std::string_view("    . = float[3] {1 2 3};").size(), 'x');
+    for (const bool isLonger : {false, true}) // than the default column
+        EXPECT_EQ(rewritten("t n; n." + name + (isLonger ? "x" : "") + " = float[3] {1 2 3};"),
+                  rewritten("t n; n." + name + (isLonger ? "x" : "") + " = float[3] {1 2 3};", {.column = 100}));
+}
+
 TEST(VrnWriter, wrapsLongListsWithoutGaps) {
     Scene scene;
     Input* input = scene.createNode("t", "n")->createInput("x", AttrType::Buffer);
@@ -290,6 +320,25 @@ TEST(VrnWriter, writesLinks) {
     EXPECT_EQ(rewritten("t n; n.a = 1; n.a |= m.out; n.b |= m.out; n.c = m; n.d |= null; n.e |= m.a[ * ][0]; t m;"),
               "t n:\n    .a = 1;\n    .a |= m.out;\n    .b |= m.out;\n    .c = m;\n    .d |= null;\n"
               "    .e |= m.a[ * ][0];\n\nt m;\n");
+}
+
+// Without a value, only a link can make them: a real one, or else the one to nothing.
+TEST(VrnWriter, writesInputsWithoutAType) {
+    EXPECT_EQ(rewritten("t n; n.a |= null; n.b |= n.out; n.o.c |= null; n.o.d |= n.out; n.l[0] |= null;"
+                        "n.l[1] |= n.out;"),
+              "t n:\n    .a |= null;\n    .b |= n.out;\n    .o.c |= null;\n    .o.d |= n.out;\n"
+              "    .l[0] |= null;\n    .l[1] |= n.out;\n");
+    Scene scene;
+    Node& n = *scene.createNode("t", "n");
+    n.createInput("a", AttrType::Null);
+    n.createInput("b", AttrType::Null)->connect(n.findOutput("out"));
+    const Written written = write(scene);
+    EXPECT_EQ(written.losses, std::vector<std::string>());
+    EXPECT_EQ(written.text, "t n:\n    .a |= null;\n    .b |= n.out;\n");
+    const Reading again = readText(String(std::string_view(written.text)));
+    EXPECT_EQ(again.input("n.a")->type(), AttrType::Null);
+    EXPECT_EQ(again.input("n.b")->type(), AttrType::Null);
+    expectReadsBack(scene, written.text);
 }
 
 TEST(VrnWriter, writesNodesInTheirOrder) {

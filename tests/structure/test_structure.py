@@ -96,7 +96,8 @@ class Structure(unittest.TestCase):
         self.assertEqual(set(found), {"include/vrn/vrn.h"})
 
     def test_the_reader_includes_only_scene_headers_of_a_host(self):
-        given = {"Scene.h", "Node.h", "Input.h", "Interfaces.h", "AttrData.h", "AttrType.h", "DataType.h"}
+        given = {"Scene.h", "Node.h", "Input.h", "Interfaces.h", "AttrData.h", "AttrType.h", "DataType.h",
+                 "DataTypeTable.h"}
         for path in sources("impl") + sources("impl/lexer") + sources("impl/numbers"):
             for include in re.findall(r'#include "scene/(\w+\.h)"', path.read_text()):
                 self.assertIn(include, given, path.name)

@@ -1,0 +1,41 @@
+// The reader makes the same calls to the scene of a host, whatever the source of the characters.
+#include "impl/Reader.h"
+#include "scene/Scene.h"
+#include "tests/support/EachSource.h"
+#include "tests/support/RandomText.h"
+#include "tests/support/Texts.h"
+
+#include <gtest/gtest.h>
+
+namespace vrn::test {
+
+TEST(HostText, makesTheSameCallsFromEverySource) {
+#ifdef VRN_SANITIZE
+    constexpr int textCount = 200;
+#else
+    constexpr int textCount = 2000;
+#endif
+    const std::size_t blockSizes[] = {1, 2, 3, 7, 16, 17, 31, 64, 1000};
+    const Grammar grammar = readGrammar(contentOf(std::string(VRN_TEST_DATA) + "/../../docs/grammar.md"));
+    RandomText texts(grammar, 3);
+    std::size_t callCount = 0;
+    for (int i = 0; i < textCount; ++i) {
+        // The inputs of this host do not outlive their nodes, as those that wait for a link must.
+        const std::string text = texts.next({.canRemove = false});
+        std::vector<std::string> expected;
+        withEachSource(text, blockSizes, [&](const std::string& source, auto read) {
+            Scene scene;
+            calls.clear();
+            reportAll(scene, read, [](std::string report) { calls.push_back(std::move(report)); });
+            if (expected.empty())
+                expected = calls;
+            ASSERT_EQ(calls, expected) << source << "\n" << text;
+        });
+        if (HasFatalFailure())
+            return;
+        callCount += expected.size();
+    }
+    EXPECT_GT(callCount, std::size_t(textCount) * 20) << "most texts do something";
+}
+
+} // namespace vrn::test
