@@ -2,11 +2,16 @@
 #pragma once
 
 #include "impl/lexer/Lexer.h"
+#include "scene/core/File.h"
 
 #include <string>
-#include <vrn/vrn.h>
 
 namespace vrn::test {
+
+// As vrn/vrn.h has them, which the tests of a host's own scene model cannot include.
+using namespace vor;
+using namespace vor::velmo_sdk;
+using namespace vor::velmo_sdk::impl;
 
 // A source without a lookahead window: the scanner reads byte by byte. The reference for the other sources.
 class PlainLexer final : public Lexer {
