@@ -229,7 +229,7 @@ std::string RandomText::integer() {
     static constexpr const char* odd[] = {
         "1e3", "0b101", "7u", "12U", "9223372036854775807", "-9223372036854775808", "99999999999999999999",
         "-",   "1-2",   "5E"};
-    return isOneIn(6) ? oneOf(odd) : std::to_string(static_cast<int>(below(2000)) - 1000);
+    return isOneIn(6) ? oneOf(odd) : std::to_string(static_cast<int>(below(2000)) - 1000) + (isOneIn(6) ? "u" : "");
 }
 
 std::string RandomText::real() {
@@ -335,6 +335,8 @@ void RandomText::nameInputs() {
                : String::isLetter(first)              ? statement_[size + 1]
                : first == '"'                         ? "s"
                                                       : "c";
+        if (kind == "n" && statement_[size + 1].ends_with('u'))
+            kind = "u";
         std::erase_if(kind, [](char c) { return !isIn(c, identifierChar); });
     }
     for (std::size_t i = size; i-- > 1;) {
