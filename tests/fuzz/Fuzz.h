@@ -2,18 +2,24 @@
 #pragma once
 
 #include "impl/Messages.h"
+#include "impl/Reader.h"
+#include "scene/Scene.h"
+#include "scene/core/Log.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
-#include <vrn/vrn.h>
 
 // What the fuzzing engine calls with each text.
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size);
 
 namespace vrn::fuzz {
+
+using namespace vor;
+using namespace vor::velmo_sdk;
+using namespace vor::velmo_sdk::impl;
 
 [[noreturn]] inline void fail(const std::string& what) {
     std::fprintf(stderr, "WRONG: %s\n", what.c_str());
