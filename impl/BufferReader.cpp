@@ -1,7 +1,7 @@
 #include "impl/BufferReader.h"
 
 #include "impl/Component.h"
-#include "impl/lexer/CharClass.h"
+#include "scene/syntax/CharClass.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #include "impl/BufferType.h"
 
-#include "impl/lexer/Keyword.h"
 #include "scene/DataTypeTable.h"
+#include "scene/syntax/Keyword.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #include "impl/Messages.h"
 #include "impl/VrnParser.h"
-#include "scene/core/HeaderComment.h"
+#include "scene/syntax/HeaderComment.h"
 
 namespace vor::velmo_sdk::impl {
 

@@ -3,8 +3,8 @@
 #include "impl/BufferType.h"
 #include "impl/FormattedLines.h"
 #include "impl/Messages.h"
-#include "impl/lexer/Keyword.h"
 #include "impl/lexer/StringLexer.h"
+#include "scene/syntax/Keyword.h"
 
 #include <algorithm>
 #include <utility>

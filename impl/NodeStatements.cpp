@@ -1,6 +1,6 @@
 #include "impl/Messages.h"
 #include "impl/VrnParser.h"
-#include "impl/lexer/Keyword.h"
+#include "scene/syntax/Keyword.h"
 
 namespace vor::velmo_sdk::impl {
 

@@ -1,6 +1,6 @@
 #include "impl/VrnParser.h"
-#include "impl/lexer/Keyword.h"
 #include "scene/core/NumberText.h"
+#include "scene/syntax/Keyword.h"
 
 namespace vor::velmo_sdk::impl {
 

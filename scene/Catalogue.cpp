@@ -1,6 +1,6 @@
 #include "scene/Catalogue.h"
 
-#include "scene/VrnValue.h"
+#include "scene/syntax/Identifier.h"
 
 #include <algorithm>
 

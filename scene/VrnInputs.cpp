@@ -3,6 +3,7 @@
 #include "scene/VrnBuffer.h"
 #include "scene/VrnLosses.h"
 #include "scene/VrnValue.h"
+#include "scene/syntax/Identifier.h"
 
 #include <algorithm>
 #include <optional>
@@ -58,24 +59,6 @@ bool isFromCatalogue(const Input& input) {
     return type && std::ranges::any_of(type->inputs(), [&](const InputType& made) {
                return made.name == input.key() && made.initialValue() == input.value();
            });
-}
-
-// The name of an output may go on with indices. Each ends at its first closing bracket; what stands before it is not
-// looked at, but of few characters.
-bool isOutputName(std::string_view name) {
-    const std::size_t brackets = std::min(name.find('['), name.size());
-    if (!isIdentifier(name.substr(0, brackets)))
-        return false;
-    const auto canStandThere = [](char c) {
-        return c == '[' || c == '*' || String::isDigit(c) ||
-               (c != '\xFF' && (String::isSpace(c) || !String::isPrintable(c)));
-    };
-    for (name.remove_prefix(brackets); !name.empty(); name.remove_prefix(name.find(']') + 1)) {
-        const std::string_view index = name.substr(0, name.find(']'));
-        if (index.size() == name.size() || index[0] != '[' || !std::ranges::all_of(index, canStandThere))
-            return false;
-    }
-    return true;
 }
 
 } // namespace

@@ -2,7 +2,7 @@
 
 #include "scene/core/NumberLists.h"
 #include "scene/core/NumberText.h"
-#include "scene/core/TextEncoding.h"
+#include "scene/syntax/QuotedString.h"
 
 #include <algorithm>
 #include <bit>
@@ -12,11 +12,6 @@
 namespace vor::velmo_sdk::impl {
 
 namespace {
-
-bool isLiteral(std::string_view name) {
-    const String text = name;
-    return text.compareNoCase("true") == 0 || text.compareNoCase("false") == 0 || text.compareNoCase("null") == 0;
-}
 
 // As a token that is a Real: it begins with a digit or a minus and has a point.
 void appendReal(double value, std::string& text) {
@@ -41,47 +36,6 @@ void appendComponents(const AttrData& value, std::string& text) {
     text.append("(").append(numbers, static_cast<std::size_t>(end - numbers) - 1).append(")");
 }
 
-// A character that the text cannot hold as it is: a control character, a quote, or no character at all.
-void appendEscaped(char c, std::string& text) {
-    const auto [high, low] = hexDigits(static_cast<u8>(c));
-    switch (c) {
-    case '"':
-    case '\\':
-        text.append(1, '\\').append(1, c);
-        return;
-    case '\n':
-        text += "\\n";
-        return;
-    case '\t':
-        text += "\\t";
-        return;
-    case '\r':
-        text += "\\r";
-        return;
-    default:
-        text.append("\\x").append({high, low});
-    }
-}
-
-void appendQuoted(std::string_view string, std::string& text) {
-    text += '"';
-    while (!string.empty()) {
-        const auto isPlain = [](char c) { return String::isPrintable(c) && c != '"' && c != '\\'; };
-        const auto plain = static_cast<std::size_t>(std::ranges::find_if_not(string, isPlain) - string.begin());
-        text += string.substr(0, plain);
-        string.remove_prefix(plain);
-        if (string.empty())
-            break;
-        const std::size_t length = static_cast<u8>(string[0]) < 0x80 ? 0 : utf8Length(string);
-        if (length == 0)
-            appendEscaped(string[0], text);
-        else
-            text += string.substr(0, length);
-        string.remove_prefix(std::max<std::size_t>(length, 1));
-    }
-    text += '"';
-}
-
 template <class Real, class Bits> bool isForeignNaN(Real number) noexcept {
     constexpr Bits quiet = std::bit_cast<Bits>(std::numeric_limits<Real>::quiet_NaN());
     constexpr Bits sign = Bits(1) << (sizeof(Bits) * 8 - 1);
@@ -89,11 +43,6 @@ template <class Real, class Bits> bool isForeignNaN(Real number) noexcept {
 }
 
 } // namespace
-
-bool isIdentifier(std::string_view name) {
-    const auto isPart = [](char c) { return String::isLetter(c) || String::isDigit(c) || c == '_'; };
-    return !name.empty() && !String::isDigit(name[0]) && std::ranges::all_of(name, isPart) && !isLiteral(name);
-}
 
 void appendLiteral(const AttrData& value, std::string& text) {
     switch (value.type()) {

@@ -8,9 +8,6 @@
 
 namespace vor::velmo_sdk::impl {
 
-// Whether a text can name something so: letters, digits and `_`, no digit first, and not `true`, `false` or `null`.
-[[nodiscard]] bool isIdentifier(std::string_view name);
-
 // Appends a value that is no buffer, as it is read back: containers empty, a Node as none.
 void appendLiteral(const AttrData& value, std::string& text);
 

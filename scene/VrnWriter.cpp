@@ -3,7 +3,7 @@
 #include "scene/VrnInputs.h"
 #include "scene/VrnLosses.h"
 #include "scene/VrnValue.h"
-#include "scene/core/HeaderComment.h"
+#include "scene/syntax/HeaderComment.h"
 
 #include <algorithm>
 #include <unordered_set>

@@ -8,10 +8,12 @@ SECTIONS = [
     ("Statements", ["impl/VrnParser.cpp", "impl/Comment.cpp", "impl/NodeStatements.cpp", "impl/Assignment.cpp"]),
     ("Paths", ["impl/Path.cpp"]),
     ("Values", ["impl/Value.cpp", "impl/Scalar.cpp", "impl/Buffer.cpp", "impl/BufferReader.cpp"]),
-    ("Numbers", ["scene/core/NumberText.cpp"]),
     ("Links", ["impl/Links.cpp"]),
-    ("Tokens", ["impl/lexer/Lexer.cpp", "impl/lexer/CharClass.h", "scene/core/String.cpp"]),
+    ("Inside tokens", ["scene/core/NumberText.cpp"]),
+    ("Tokens", ["impl/lexer/Lexer.cpp", "scene/syntax/CharClass.h", "scene/core/String.cpp"]),
 ]
+# Rules of the values' routines that describe the characters of one token.
+INSIDE_TOKENS = {"index", "components", "count", "numbers", "number", "payload"}
 HEAD = """# Grammar
 
 The rules of VRN, one for each recogniser of the reader; `make grammar` collects them from the comments above the
@@ -31,8 +33,11 @@ def rules(name):
 
 def document():
     parts = [HEAD]
+    found = [line for _, names in SECTIONS for name in names for line in rules(name)]
+    inside = [line for line in found if line.split(" ")[0] in INSIDE_TOKENS]
     for title, names in SECTIONS:
-        lines = [line for name in names for line in rules(name) if line]
+        lines = inside if title == "Inside tokens" else []
+        lines = lines + [line for name in names for line in rules(name) if line and line not in inside]
         parts.append(f"## {title}\n\n```text\n" + "\n".join(lines) + "\n```\n")
     return "\n".join(parts)
 

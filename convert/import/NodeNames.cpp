@@ -1,6 +1,8 @@
 #include "convert/import/NodeNames.h"
 
 #include "convert/shared/SceneNames.h"
+#include "scene/syntax/CharClass.h"
+#include "scene/syntax/Identifier.h"
 
 #include <algorithm>
 
@@ -8,11 +10,15 @@ namespace vrn::convert {
 
 namespace {
 
+using vor::velmo_sdk::impl::identifierChar;
+using vor::velmo_sdk::impl::isIdentifier;
+using vor::velmo_sdk::impl::isIn;
+
 std::string identifierFrom(std::string_view name, const char* fallback) {
     std::string identifier;
     bool isGap = false;
     for (const char c : name) {
-        const bool isValid = String::isLetter(c) || String::isDigit(c) || c == '_';
+        const bool isValid = isIn(c, identifierChar);
         if (isValid && isGap && !identifier.empty())
             identifier += '_';
         if (isValid)
@@ -26,9 +32,9 @@ std::string identifierFrom(std::string_view name, const char* fallback) {
 
 // Words that do not refer to a node where the grammar allows a node name.
 bool isKeyword(const String& name) {
-    static constexpr std::string_view words[] = {"define", "remove", "null", "true", "false", "inf", "nan"};
+    static constexpr std::string_view words[] = {"define", "remove", "inf", "nan"};
     const auto isName = [&](std::string_view word) { return name.compareNoCase(word) == 0; };
-    bool isKeyword = std::ranges::any_of(words, isName);
+    bool isKeyword = !isIdentifier(name.view()) || std::ranges::any_of(words, isName);
     for (i32 type = 0; type < vor::velmo_sdk::dataTypeCount; ++type)
         isKeyword |= isName(dataTypeName(static_cast<DataType>(type)));
     for (i32 type = 0; type < vor::velmo_sdk::attrTypeCount; ++type)

@@ -1,10 +1,10 @@
 #include "impl/lexer/Lexer.h"
 
 #include "impl/Messages.h"
-#include "impl/lexer/Keyword.h"
 #include "impl/lexer/ListText.h"
 #include "impl/lexer/StringScanner.h"
 #include "impl/lexer/Word.h"
+#include "scene/syntax/Keyword.h"
 
 #include <algorithm>
 #include <cstring>
@@ -37,7 +37,7 @@ public:
                 return {i + 1, ScanEnd::Closed};
             if (c == static_cast<char>(endOfText))
                 return {i, ScanEnd::EndOfText};
-            if (c != '[' && c != '*' && !isIn(c, blankChar) && !String::isDigit(c))
+            if (!isBracketChar(c))
                 return {i, ScanEnd::BadCharacter};
         }
         return {piece.size(), ScanEnd::EndOfText};

@@ -6,12 +6,12 @@
 // reports nothing: a lexical error comes out as a token whose text is the finished message.
 #pragma once
 
-#include "impl/lexer/CharClass.h"
 #include "impl/lexer/ElementSink.h"
 #include "impl/lexer/ScanExtent.h"
 #include "impl/lexer/TextKeeper.h"
 #include "impl/lexer/Token.h"
 #include "scene/core/Vector.h"
+#include "scene/syntax/CharClass.h"
 
 #include <string>
 

@@ -1,8 +1,8 @@
 // A quoted string, as it stands in the source.
 #pragma once
 
-#include "impl/lexer/CharClass.h"
 #include "impl/lexer/ScanExtent.h"
+#include "scene/syntax/CharClass.h"
 
 #include <string_view>
 

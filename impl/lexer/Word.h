@@ -1,8 +1,8 @@
 // Identifiers, numbers and punctuation in characters that are at hand.
 #pragma once
 
-#include "impl/lexer/CharClass.h"
 #include "impl/lexer/Token.h"
+#include "scene/syntax/CharClass.h"
 
 #include <array>
 #include <bit>

@@ -1,8 +1,8 @@
 #include "impl/numbers/NumberFiller.h"
 
-#include "impl/lexer/CharClass.h"
 #include "impl/numbers/BlockMasks.h"
 #include "scene/core/PlainNumber.h"
+#include "scene/syntax/CharClass.h"
 
 #include <algorithm>
 #include <cstring>

@@ -6,9 +6,9 @@
 
 #if defined(__x86_64__)
 
-#    include "impl/lexer/CharClass.h"
 #    include "impl/numbers/BlockMasks.h"
 #    include "scene/core/PlainNumber.h"
+#    include "scene/syntax/CharClass.h"
 
 #    include <cstring>
 #    include <immintrin.h>

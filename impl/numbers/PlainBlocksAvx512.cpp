@@ -43,10 +43,10 @@
 
 #if defined(__x86_64__)
 
-#    include "impl/lexer/CharClass.h"
 #    include "impl/numbers/BlockMasks.h"
 #    include "scene/core/Avx512.h"
 #    include "scene/core/PlainNumber.h"
+#    include "scene/syntax/CharClass.h"
 
 #    include <bit>
 #    include <cstring>

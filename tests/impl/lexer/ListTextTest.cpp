@@ -1,6 +1,6 @@
 #include "impl/lexer/ListText.h"
 
-#include "impl/lexer/CharClass.h"
+#include "scene/syntax/CharClass.h"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -2,8 +2,8 @@
 #include "impl/lexer/Word.h"
 
 #include "impl/lexer/FileLexer.h"
-#include "impl/lexer/Keyword.h"
 #include "impl/lexer/StringLexer.h"
+#include "scene/syntax/Keyword.h"
 #include "tests/support/Sources.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "scene/core/HeaderComment.h"
+#include "scene/syntax/HeaderComment.h"
 
 namespace vor {
 

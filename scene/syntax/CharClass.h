@@ -64,4 +64,9 @@ inline constexpr std::array<u8, 256> charClasses = classesOfAll();
 }
 [[nodiscard]] constexpr bool isIn(signed char c, int classes) noexcept { return isIn(static_cast<char>(c), classes); }
 
+// Whether a bracket list may have the character before its closing bracket.
+[[nodiscard]] constexpr bool isBracketChar(char c) noexcept {
+    return c == '[' || c == '*' || String::isDigit(c) || isIn(c, blankChar);
+}
+
 } // namespace vor::velmo_sdk::impl
