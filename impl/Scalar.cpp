@@ -93,8 +93,7 @@ bool VrnParser::scalar(AssignInfo& info) {
     return literal(info, isRead) ? isRead : keywordScalar(info);
 }
 
-/// literal ::= TRUE | FALSE | INT | REAL | STRING | BRACES | BRACKETS   braces: an empty object, brackets: an empty
-/// array
+/// literal ::= TRUE | FALSE | INT | REAL | STRING | BRACES | BRACKETS   braces: an object, brackets: an array
 bool VrnParser::literal(AssignInfo& info, bool& isRead) {
     using Read = bool (*)(const Token& token, AttrData& data);
     const auto apply = [&](Read read) {
@@ -121,8 +120,7 @@ bool VrnParser::literal(AssignInfo& info, bool& isRead) {
     }
 }
 
-/// keywordScalar ::= ( 'vec2' | 'vec3' | 'vec4' | 'pos2' | 'pos3' | 'quat' | 'mat3' | 'mat4' | 'rgba' ) PARENS   its
-/// components
+/// keywordScalar ::= ( 'vec2' | 'vec3' | 'vec4' | 'pos2' | 'pos3' | 'quat' | 'mat3' | 'mat4' | 'rgba' ) PARENS   its components
 //
 // The one form that does not give back what it has consumed when the components cannot be read: the
 // statement is lost then anyhow, and the error speaks of what follows.

@@ -10,7 +10,7 @@ SECTIONS = [
     ("Values", ["impl/Value.cpp", "impl/Scalar.cpp", "impl/Buffer.cpp", "impl/BufferReader.cpp"]),
     ("Links", ["impl/Links.cpp"]),
     ("Inside tokens", ["scene/core/NumberText.cpp"]),
-    ("Tokens", ["impl/lexer/Lexer.cpp", "scene/syntax/CharClass.h", "scene/core/String.cpp"]),
+    ("Tokens", ["impl/lexer/Lexer.cpp", "impl/lexer/DelimitedTokens.cpp", "scene/syntax/CharClass.h", "scene/core/String.cpp"]),
 ]
 # Rules of the values' routines that describe the characters of one token.
 INSIDE_TOKENS = {"index", "components", "count", "numbers", "number", "payload"}

@@ -36,7 +36,7 @@ private:
     // progress, twice as many each time it made none.
     static constexpr std::size_t minScalarLength = 64;
     static constexpr std::size_t maxScalarLength = 4096;
-    static_assert(minScalarLength >= blockMargin, "a block is never read before the first characters of a piece");
+    static_assert(minScalarLength >= blockMargin); // a block never starts at the first characters of a piece
 
     void readWhole(std::string_view text) override {
         const char* at = skipSeparators(text.data(), text.data() + text.size());
