@@ -10,7 +10,7 @@ namespace {
 
 // The type of a value that is written as a list of components, by its keyword; Null for other words.
 AttrType scalarType(std::string_view word) noexcept {
-    static_assert(attrTypeCount == 19, "a new type that is written as a list needs a keyword here");
+    static_assert(attrTypeCount == 19); // a new type that is written as a list needs a keyword here
     switch (keywordNumber(word)) {
     case keyword("vec2"):
         return AttrType::Vec2;

@@ -105,7 +105,7 @@ AttrData toVector(const AttrData& value, AttrType to) {
 
 AttrData toMatrix(const AttrData& value, AttrType to) {
     AttrData result = AttrData::zero(to);
-    static_assert(attrTypeCount == 19, "a new matrix has a side here");
+    static_assert(attrTypeCount == 19); // the sides of a new matrix belong here
     const std::size_t fromSide = value.type() == AttrType::Mat3 ? 3 : 4;
     const std::size_t toSide = to == AttrType::Mat3 ? 3 : 4;
     for (std::size_t row = 0; row < toSide; ++row)

