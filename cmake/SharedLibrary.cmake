@@ -1,6 +1,6 @@
 # libvrn.so, of the static library's objects. What is marked VRN_API is all that it shows; the linker script keeps
 # back the code that the compiler has made of templates of the C++ library.
-add_library(vrn_shared SHARED $<TARGET_OBJECTS:vrn>)
+add_library(vrn_shared SHARED $<TARGET_OBJECTS:vrn_base> $<TARGET_OBJECTS:vrn>)
 # While the major version is 0, a minor one may change anything.
 set_target_properties(vrn_shared PROPERTIES
   OUTPUT_NAME vrn VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}

@@ -1,0 +1,15 @@
+# Unity builds (CMAKE_UNITY_BUILD: all presets but `release` and `debug`) compile several source files as one, so that
+# their headers are parsed once. These are left out: they define a name that a neighbour defines, too.
+set_source_files_properties(
+  cli/shell/CompletionFish.cpp
+  cli/shell/CompletionZsh.cpp
+  convert/import/GltfFile.cpp
+  impl/Formatter.cpp
+  impl/lexer/ListText.cpp
+  impl/numbers/PlainBlocks.cpp
+  impl/numbers/PlainBlocksAvx2.cpp
+  impl/numbers/PlainBlocksAvx512.cpp
+  scene/DataType.cpp
+  scene/core/NumberLists.cpp
+  scene/core/NumberListsAvx512.cpp
+  PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
