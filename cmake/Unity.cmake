@@ -1,8 +1,9 @@
 # Unity builds (CMAKE_UNITY_BUILD: all presets but `release` and `debug`) compile several source files as one, so that
 # their headers are parsed once. These are left out: they define a name that a neighbour defines, too.
-set_source_files_properties(
+set(not_in_unity_builds
   cli/shell/CompletionFish.cpp
   cli/shell/CompletionZsh.cpp
+  cli/shell/ManualPage.cpp
   convert/import/GltfFile.cpp
   impl/Formatter.cpp
   impl/lexer/ListText.cpp
@@ -11,5 +12,7 @@ set_source_files_properties(
   impl/numbers/PlainBlocksAvx512.cpp
   scene/DataType.cpp
   scene/core/NumberLists.cpp
-  scene/core/NumberListsAvx512.cpp
-  PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+  scene/core/NumberListsAvx512.cpp)
+list(TRANSFORM not_in_unity_builds PREPEND ${PROJECT_SOURCE_DIR}/)
+# A property of a source file holds in the folder that sets it: tests/ includes this file again.
+set_source_files_properties(${not_in_unity_builds} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
