@@ -16,3 +16,7 @@ set(not_in_unity_builds
 list(TRANSFORM not_in_unity_builds PREPEND ${PROJECT_SOURCE_DIR}/)
 # A property of a source file holds in the folder that sets it: tests/ includes this file again.
 set_source_files_properties(${not_in_unity_builds} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+# GCC warns of members of an anonymous namespace in any file but the one that it was called with.
+if(CMAKE_UNITY_BUILD)
+  add_compile_options($<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+endif()
