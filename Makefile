@@ -1,16 +1,21 @@
 # make run   builds the command and reads an example scene
 # make test  builds everything, with and without sanitizers, and runs every test
-# make install  puts library, command and manual below /usr/local, or below what PREFIX names
-# make bench measures the pieces of the reader and compares it with others, on texts that it makes first
+# make quick builds and runs the unit and golden tests
+# make install  installs library, command and manual below /usr/local, or below PREFIX
+# make bench measures the parts of the reader and compares it with other libraries, on generated texts
 # make fuzz  MINUTES=n  runs every fuzzer for n minutes
-# make lint  asks clang-tidy and cppcheck;  make coverage  says which lines the tests reach
+# make lint  runs clang-tidy and cppcheck;  make coverage  reports which lines the tests reach
+# make mutants  N=n SEED=s  changes the sources in n random places and reports which changes no test notices
 # make format, make goldens, make grammar: see CONTRIBUTING.md
 
 LOCALES := $(CURDIR)/build/locales
+MUTATOR := build/mutator
 NODE_MODULES := $(CURDIR)/build/node_modules
 CONFIGURE := cmake -DVRN_WARNINGS_AS_ERRORS=ON -DVRN_LOCALES=$(LOCALES) -DVRN_BENCHMARKS=OFF --log-level=WARNING
 
-.PHONY: run test install bench fuzz lint coverage packages checks format goldens grammar clean
+JOBS := $(shell nproc)
+
+.PHONY: run test quick install bench fuzz lint coverage mutants packages checks format goldens grammar clean
 
 run: packages
 	@$(CONFIGURE) --preset release >/dev/null
@@ -21,16 +26,19 @@ run: packages
 test: checks $(LOCALES)/de_DE.UTF-8 $(NODE_MODULES)
 	$(CONFIGURE) --preset release
 	cmake --build --preset release
+	ctest --preset release -j$(JOBS)
 	$(CONFIGURE) --preset asan
 	cmake --build --preset asan
+	ctest --preset asan -j$(JOBS)
+	scripts/fuzz 20
 	$(CONFIGURE) --preset tsan
 	cmake --build --preset tsan
-	$(CONFIGURE) --preset fuzz
-	cmake --build --preset fuzz
-	ctest --preset release
-	ctest --preset asan
 	build/tsan/tests/vrn_thread_tests
-	scripts/fuzz 20
+
+quick: packages
+	@$(CONFIGURE) --preset release >/dev/null
+	@cmake --build --preset release --target vrn_tests
+	build/release/tests/vrn_tests --gtest_brief=1
 
 # DESTDIR, if there is one, stands in front of the prefix.
 PREFIX := /usr/local
@@ -57,8 +65,8 @@ bench: packages
 
 MINUTES := 10
 fuzz: checks
-	$(CONFIGURE) --preset fuzz
-	cmake --build --preset fuzz
+	$(CONFIGURE) --preset asan
+	cmake --build --preset asan --target vrn_replays
 	scripts/fuzz $$((60 * $(MINUTES)))
 
 lint: checks
@@ -66,6 +74,17 @@ lint: checks
 
 coverage: checks $(LOCALES)/de_DE.UTF-8
 	@scripts/coverage -DVRN_LOCALES=$(LOCALES)
+
+N := 100
+SEED := 1
+mutants: checks $(MUTATOR)
+	@$(MUTATOR)/bin/python scripts/mutants --count $(N) --seed $(SEED)
+
+# The program that makes the mutants.
+$(MUTATOR): scripts/requirements.txt
+	python3 -m venv $@
+	$@/bin/pip install --quiet --requirement $<
+	@touch $@
 
 # A German locale of our own, so that nobody needs root for it.
 $(LOCALES)/de_DE.UTF-8:

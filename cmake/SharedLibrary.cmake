@@ -1,6 +1,6 @@
 # libvrn.so, from the objects of the static library. It exports only what is marked VRN_API; the version script hides
 # instantiations of standard library templates, which have default visibility.
-add_library(vrn_shared SHARED $<TARGET_OBJECTS:vrn>)
+add_library(vrn_shared SHARED $<TARGET_OBJECTS:vrn_base> $<TARGET_OBJECTS:vrn>)
 # While the major version is 0, each minor version may change the interface, so it is part of the SONAME.
 set_target_properties(vrn_shared PROPERTIES
   OUTPUT_NAME vrn VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}

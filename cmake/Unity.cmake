@@ -1,0 +1,22 @@
+# Unity builds (CMAKE_UNITY_BUILD: all presets but `release` and `debug`) compile several source files as one, so that
+# their headers are parsed once. These are left out: they define a name that a neighbour defines, too.
+set(not_in_unity_builds
+  cli/shell/CompletionFish.cpp
+  cli/shell/CompletionZsh.cpp
+  cli/shell/ManualPage.cpp
+  convert/import/GltfFile.cpp
+  impl/Formatter.cpp
+  impl/lexer/ListText.cpp
+  impl/numbers/PlainBlocks.cpp
+  impl/numbers/PlainBlocksAvx2.cpp
+  impl/numbers/PlainBlocksAvx512.cpp
+  scene/DataType.cpp
+  scene/core/NumberLists.cpp
+  scene/core/NumberListsAvx512.cpp)
+list(TRANSFORM not_in_unity_builds PREPEND ${PROJECT_SOURCE_DIR}/)
+# A property of a source file holds in the folder that sets it: tests/ includes this file again.
+set_source_files_properties(${not_in_unity_builds} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+# GCC warns of members of an anonymous namespace in any file but the one that it was called with.
+if(CMAKE_UNITY_BUILD)
+  add_compile_options($<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+endif()
