@@ -128,11 +128,6 @@ void Lexer::countForeign(std::string_view blanks) {
     }
 }
 
-Token Lexer::token(Token::Type type, std::string_view text) const {
-    const bool isShown = isWindowKept_ && text.data() != scratch_.data();
-    return here(type, isShown ? text : texts_.keep(text));
-}
-
 Token Lexer::idToken(std::string_view word) {
     switch (keywordNumber(word)) {
     case keyword("true"):

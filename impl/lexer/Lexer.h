@@ -163,4 +163,9 @@ private:
     std::string scratch_;                                // characters of a token that no window shows as a whole
 };
 
+inline Token Lexer::token(Token::Type type, std::string_view text) const {
+    const bool isShown = isWindowKept_ && text.data() != scratch_.data();
+    return here(type, isShown ? text : texts_.keep(text));
+}
+
 } // namespace vor::velmo_sdk::impl
