@@ -81,8 +81,9 @@ template <class Read> Usage usageOf(std::size_t size, Read read) {
     const std::size_t before = liveBytes();
     resetPeak();
     (void)read(scene);
-    const auto bytes = static_cast<double>(size);
-    return {static_cast<double>(peakBytes() - liveBytes()) / bytes, static_cast<double>(liveBytes() - before) / bytes};
+    const auto inputBytes = static_cast<double>(size);
+    return {static_cast<double>(peakBytes() - liveBytes()) / inputBytes,
+            static_cast<double>(liveBytes() - before) / inputBytes};
 }
 
 // Bytes of scene per byte of input in the worst case: an object with one member, `.a`.
