@@ -12,7 +12,8 @@ set(not_in_unity_builds
   impl/numbers/PlainBlocksAvx512.cpp
   scene/DataType.cpp
   scene/core/NumberLists.cpp
-  scene/core/NumberListsAvx512.cpp)
+  scene/core/NumberListsAvx512.cpp
+  tests/faults/MemoryTest.cpp)
 list(TRANSFORM not_in_unity_builds PREPEND ${PROJECT_SOURCE_DIR}/)
 # A property of a source file holds in the folder that sets it: tests/ includes this file again.
 set_source_files_properties(${not_in_unity_builds} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)

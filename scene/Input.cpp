@@ -69,20 +69,27 @@ bool Input::mayBeArrayOf(AttrType expected) const noexcept {
     });
 }
 
-// Replaces the value, and keeps the counts and the element type of the array that this is an element of, or that this
-// is.
+// Replaces the value. A plain value of the same type, which most are, changes nothing that an array keeps of its
+// elements, or of itself.
 void Input::write(AttrData value) {
-    Input* array = isElement() ? parent_ : nullptr;
-    const bool wasUntyped = array && isUntyped(array->elementType());
-    const bool wasNull = type() == AttrType::Null;
-    value_ = std::move(value);
-    if (array) {
-        array->extras_->untypedElements += u32(isUntyped(array->elementType())) - u32(wasUntyped);
-        array->extras_->nullElements += u32(type() == AttrType::Null) - u32(wasNull);
-        array->typeArrayOf(*this);
-    }
-    if (type() == AttrType::Array)
+    const bool isContainer = value.type() == AttrType::Buffer || value.type() == AttrType::Array;
+    if (isElement() && (isContainer || value.type() != type()))
+        writeElement(std::move(value));
+    else
+        value_ = std::move(value);
+    if (isContainer)
         countUntyped();
+}
+
+// The same for an element, whose array counts those without a type.
+void Input::writeElement(AttrData value) {
+    Extras& array = *parent_->extras_;
+    array.untypedElements -= u32(isUntyped(parent_->elementType()));
+    array.nullElements -= u32(type() == AttrType::Null);
+    value_ = std::move(value);
+    array.untypedElements += u32(isUntyped(parent_->elementType()));
+    array.nullElements += u32(type() == AttrType::Null);
+    parent_->typeArrayOf(*this);
 }
 
 // An array without an element type takes that of its first typed element. A reference is none: texts resolve them after

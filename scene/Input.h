@@ -130,6 +130,7 @@ private:
 
     Input* addChild(const String& name, AttrData value);
     void write(AttrData value);
+    void writeElement(AttrData value);
     void clearChildren() noexcept;
     void copyFrom(const Input& other);
     [[nodiscard]] Extras& extras();

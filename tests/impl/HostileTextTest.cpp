@@ -6,15 +6,8 @@ namespace vrn::test {
 
 namespace {
 
-constexpr const char* hostile[] = {"%s%n",
-                                   "%s%s%n",
-                                   "%99999999d",
-                                   "\x1b[2J\x1b]0;title\x07",
-                                   "\b\v\b",
-                                   "%",
-                                   "%%",
-                                   "\x7F\xC2\x9B"
-                                   "31m"};
+constexpr const char* hostile[] = {"%s%n",   "%s%s%n", "%99999999d", "\x1b[2J\x1b]0;title\x07",
+                                   "\b\v\b", "%",      "%%",         "\x7F\xC2\23331m"};
 
 std::string with(const std::string& pattern, const std::string& text) {
     std::string result = pattern;
