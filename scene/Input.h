@@ -95,7 +95,7 @@ public:
     [[nodiscard]] const StringVector& enumeration() const noexcept;
     void setEnumeration(StringVector entries);
 
-    // Marks for the reader, which sets no value of a locked or link-only input. assign() ignores them.
+    // Marks for the reader, which connects a locked or link-only input but sets no value of it. assign() ignores them.
     [[nodiscard]] bool isLocked() const noexcept { return isLocked_; }
     [[nodiscard]] bool isLinkOnly() const noexcept { return isLinkOnly_; }
     void setLocked(bool locked) noexcept { isLocked_ = locked; }
