@@ -13,7 +13,7 @@ Input::Input(Node& node, Input* parent, String name, u64 index, AttrData value)
 
 String Input::name() const { return isElement() ? String(u64(index_)) : name_; }
 
-// Inputs may be nested as deep as a text cares to write, so nothing here recurses.
+// No function here recurses, because a file can nest inputs to any depth.
 String Input::label() const {
     std::vector<const Input*> path;
     for (const Input* input = this; input; input = input->parent_)
@@ -69,8 +69,7 @@ bool Input::mayBeArrayOf(AttrType expected) const noexcept {
     });
 }
 
-// Replaces the value, and keeps the counts and the element type of the array that this is an element of, or that this
-// is.
+// Replaces the value, and updates the counts and the element type of the array that this is, or is an element of.
 void Input::write(AttrData value) {
     Input* array = isElement() ? parent_ : nullptr;
     const bool wasUntyped = array && isUntyped(array->elementType());
@@ -85,8 +84,8 @@ void Input::write(AttrData value) {
         countUntyped();
 }
 
-// An array without an element type takes that of its first typed element. A reference is none: texts resolve them after
-// all values are written.
+// An array without an element type adopts the type of the first element that gets one. References do not count, because
+// the reader resolves them after all values are set.
 void Input::typeArrayOf(const Input& element) {
     if (elementType() == AttrType::Null && element.type() != AttrType::Null && element.type() != AttrType::Node)
         write(AttrData::array(element.type()));
@@ -162,7 +161,7 @@ u64 Input::nullElements() const noexcept { return extras_ ? extras_->nullElement
 
 bool Input::isUntyped(AttrType asElementOf) const noexcept {
     if (type() != AttrType::Null && type() != asElementOf)
-        return false; // a stranger, such as a node reference made before the array had a type
+        return false; // of another type, such as a reference set before the array had a type
     return (asElementOf == AttrType::Buffer && dataType() == DataType::Null) ||
            (asElementOf == AttrType::Array && elementType() == AttrType::Null);
 }
@@ -225,9 +224,8 @@ void Input::clearChildren() noexcept {
         detach(child);
 }
 
-// Takes an input and all below it out of the scene. Each one lets go of its links and its children, so
-// an input that somebody still holds is left empty and alone. Needs no memory: the way back up is the
-// one that the inputs themselves know.
+// Detaches an input and everything below it from the scene. Each input loses its links and children, also if a
+// reference keeps it alive. Allocates nothing: the traversal returns through the parent pointers.
 void Input::detach(Input* root) noexcept {
     Input* input = root;
     while (input) {
@@ -244,7 +242,7 @@ void Input::detach(Input* root) noexcept {
     }
 }
 
-// Makes this new input, and inputs below it, as those of `other`, but for links.
+// Copies `other` and everything below it to this new input, except for links.
 void Input::copyFrom(const Input& other) {
     std::vector<std::pair<Input*, const Input*>> open{{this, &other}};
     while (!open.empty()) {

@@ -54,7 +54,7 @@ Node* Scene::addNode(const String& type, const String& name, bool isDefinition) 
         node->copyInputsFrom(*definition);
     if (const NodeType* catalogued = catalogue_ ? catalogue_->find(type) : nullptr)
         node->addCatalogued(*catalogued);
-    byName_.reserveOne(); // the last that may throw
+    byName_.reserveOne(); // the last call that may throw
     Node* added = node.release();
     byName_.insert(added, hash);
     definitions_ += isDefinition ? 1U : 0U;
@@ -65,7 +65,7 @@ Node* Scene::addNode(const String& type, const String& name, bool isDefinition) 
     return added;
 }
 
-// Takes a node out of the order and deletes it; its name is the caller's to forget.
+// Unlinks and deletes a node, which the caller has removed from `byName_`.
 void Scene::deleteNode(Node* node) noexcept {
     definitions_ -= node->isDefinition() ? 1U : 0U;
     if (found_.load(std::memory_order_relaxed) == node)

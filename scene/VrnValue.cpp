@@ -13,7 +13,7 @@ namespace vor::velmo_sdk::impl {
 
 namespace {
 
-// As a token that is a Real: it begins with a digit or a minus and has a point.
+// Formats a token of type Real: it begins with a digit or a minus sign, and finite numbers have a point.
 void appendReal(double value, std::string& text) {
     char buffer[realTextCapacity];
     if (std::isnan(value)) {
@@ -52,7 +52,8 @@ void appendLiteral(const AttrData& value, std::string& text) {
     case AttrType::Int:
         text += std::to_string(value.asInt());
         return;
-    case AttrType::UInt: // read as a signed number, so that those above are the negative ones of the same bits
+    case AttrType::UInt: // read as a signed number: values above its maximum are written as the negative number of the
+                         // same bits
         text += std::to_string(static_cast<i64>(value.asUInt()));
         text += 'u';
         return;
