@@ -9,7 +9,7 @@ namespace vor::velmo_sdk::impl {
 
 Input::Input(Node& node, Input* parent, String name, u64 index, AttrData value)
     : node_(&node), parent_(parent), name_(std::move(name)), value_(std::move(value)),
-      index_(index % NamedList<Input, 3>::mostItems) {}
+      index_(index % NamedList<Input, 3>::maxItems) {}
 
 String Input::name() const { return isElement() ? String(u64(index_)) : name_; }
 

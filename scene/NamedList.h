@@ -15,10 +15,10 @@
 namespace vor::velmo_sdk::impl {
 
 // T has `const String& key() const`, whose address and value must not change while the item is in the list. A list of
-// one item allocates nothing; `leastCapacity` is the capacity of the first allocation.
-template <class T, u32 leastCapacity, u32 maxItems = u32(1) << 30> class NamedList {
+// one item allocates nothing; `firstCapacity` is the capacity of the first allocation.
+template <class T, u32 firstCapacity, u32 limit = u32(1) << 30> class NamedList {
 public:
-    static constexpr u32 mostItems = maxItems; // one more throws std::bad_alloc
+    static constexpr u32 maxItems = limit; // one more throws std::bad_alloc
 
     NamedList() = default;
     NamedList(const NamedList&) = delete;
@@ -77,9 +77,9 @@ private:
     static constexpr std::size_t searchedLinearly = 16;
 
     void grow() {
-        if (capacity_ >= mostItems)
+        if (capacity_ >= maxItems)
             throw std::bad_alloc();
-        const u32 capacity = std::clamp(2 * capacity_, leastCapacity, mostItems);
+        const u32 capacity = std::clamp(2 * capacity_, firstCapacity, maxItems);
         void* memory = std::realloc(capacity_ > 1 ? many_ : nullptr, capacity * sizeof(T*));
         if (!memory)
             throw std::bad_alloc();

@@ -36,14 +36,14 @@ public:
         constexpr std::size_t cacheLine = 64;
         if (tags_.empty())
             return;
-        std::array<const volatile char*, atOnce> nodes{};
-        for (std::size_t i = 0; i < hashes.size() && i < atOnce; ++i)
+        std::array<const volatile char*, maxTouched> nodes{};
+        for (std::size_t i = 0; i < hashes.size() && i < maxTouched; ++i)
             nodes[i] = reinterpret_cast<const volatile char*>(slots_[home(hashes[i])].node);
         for (const volatile char* node : nodes)
             for (std::size_t i = 0; node && i < sizeof(T); i += cacheLine)
                 (void)node[i];
     }
-    static constexpr std::size_t atOnce = 32; // names that one touch() loads
+    static constexpr std::size_t maxTouched = 32; // names that one touch() loads
 
     // Reserves capacity for one more node, so that insert() cannot fail.
     void reserveOne() {

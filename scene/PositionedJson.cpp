@@ -12,7 +12,7 @@ namespace vor::velmo_sdk::impl {
 
 namespace {
 
-constexpr std::size_t maximumDepth = 64;
+constexpr std::size_t maxDepth = 64;
 
 using Stream = rapidjson::EncodedInputStream<rapidjson::UTF8<>, rapidjson::MemoryStream>;
 
@@ -76,7 +76,7 @@ private:
 
     // The pointer to an open container stays valid, because its parent gets no other item before it is closed.
     bool open(JsonValue::Kind kind) {
-        if (open_.size() == maximumDepth)
+        if (open_.size() == maxDepth)
             return false;
         add({.kind = kind}, stream_.Tell()); // this event precedes the consumption of the bracket
         open_.push_back(open_.empty() ? &root_ : &open_.back()->items.back());

@@ -21,7 +21,7 @@ Node* Scene::findNode(const String& name) const noexcept {
 }
 
 void Scene::expectNodes(std::span<const String* const> names) const noexcept {
-    std::array<u64, NodeTable<Node>::atOnce> hashes;
+    std::array<u64, NodeTable<Node>::maxTouched> hashes;
     const std::size_t count = std::min(names.size(), hashes.size());
     for (std::size_t i = 0; i < count; ++i)
         hashes[i] = NodeTable<Node>::hashOf(*names[i]);

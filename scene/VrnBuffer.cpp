@@ -16,7 +16,7 @@ namespace {
 static_assert(listSlack >= TextBlock::slack);
 
 // Numbers formatted per chunk; the text of a chunk fits the L1 or L2 cache.
-constexpr std::size_t atOnce = 1024;
+constexpr std::size_t chunkSize = 1024;
 
 // Writes a list: on the line of its statement if it fits, otherwise wrapped onto lines of its own.
 class Lines {
@@ -35,10 +35,10 @@ public:
         if (isOneLine_)
             return write(numbers);
         while (!numbers.empty()) {
-            std::size_t fitting = lengthOfElements(numbers, room(), each);
+            std::size_t fitting = lengthOfElements(numbers, spaceLeft(), each);
             if (fitting == 0 && isBegun_) {
                 startLine();
-                fitting = lengthOfElements(numbers, room(), each);
+                fitting = lengthOfElements(numbers, spaceLeft(), each);
             }
             if (fitting == 0) // the element is longer than a line
                 fitting = lengthOfElement(numbers, each);
@@ -69,7 +69,7 @@ public:
 
 private:
     // The space left on the line, plus one because the last number's trailing space is not written.
-    [[nodiscard]] std::size_t room() const { return column_ - std::min(column_, used_) + 1; }
+    [[nodiscard]] std::size_t spaceLeft() const { return column_ - std::min(column_, used_) + 1; }
 
     void startLine() {
         text_.appendLoose(std::string_view(newLine_).substr(0, 1 + indent_));
@@ -97,11 +97,12 @@ private:
 template <class Number>
 void appendNumbers(std::span<const Number> numbers, std::size_t each, const VrnWriterOptions& options, LinePlace place,
                    TextBlock& text) {
-    const auto block = std::make_unique_for_overwrite<char[]>(elementsSlack + atOnce * listNumberCapacity + listSlack);
+    const auto block =
+        std::make_unique_for_overwrite<char[]>(elementsSlack + chunkSize * listNumberCapacity + listSlack);
     char* const characters = block.get() + elementsSlack;
     std::optional<Lines> lines;
     while (!numbers.empty()) {
-        const auto next = numbers.subspan(0, std::min(atOnce / each * each, numbers.size()));
+        const auto next = numbers.subspan(0, std::min(chunkSize / each * each, numbers.size()));
         const std::string_view written{characters, writeNumberList(next, characters)};
         if (!lines) // a list of more than one chunk does not fit a line
             lines.emplace(text, options, place,

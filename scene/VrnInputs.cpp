@@ -190,8 +190,8 @@ void VrnInputs::writeValue(const Input& input, Before before) {
     case AttrType::Mat3:
     case AttrType::Mat4:
     case AttrType::String:
-        if (hasForeignNaN(input.value()))
-            lose(input, losses::foreignNaN);
+        if (losesNaNBits(input.value()))
+            lose(input, losses::nanBits);
         assign(input.value());
     }
 }
@@ -290,8 +290,8 @@ void VrnInputs::writeBuffer(const Input& input) {
             statement(" |= ", "null");
         return;
     }
-    if (hasForeignNaN(buffer))
-        lose(input, losses::foreignNaN);
+    if (losesNaNBits(buffer))
+        lose(input, losses::nanBits);
     text_.append(path_);
     text_.append(" = ");
     appendBuffer(buffer, options_, {.prefix = path_.size() + 3, .indent = indent}, text_);

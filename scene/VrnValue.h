@@ -13,6 +13,6 @@ void appendLiteral(const AttrData& value, std::string& text);
 
 // Whether a NaN in the value would read back with other bits. A Real reads back as the negative quiet NaN only, an
 // element of a list with either sign.
-[[nodiscard]] bool hasForeignNaN(const AttrData& value) noexcept;
+[[nodiscard]] bool losesNaNBits(const AttrData& value) noexcept;
 
 } // namespace vor::velmo_sdk::impl

@@ -107,7 +107,7 @@ private:
         if (isComment(comment.view()) && header.kind == HeaderComment::Kind::Time && header.time == scene_.fileTime())
             add(comment, losses::time);
         else
-            losses_.push_back({String(), losses::foreignTime});
+            losses_.push_back({String(), losses::unwritableTime});
     }
 
     void add(const String& comment, const char* loss) {

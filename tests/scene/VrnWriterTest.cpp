@@ -222,7 +222,7 @@ TEST(VrnWriter, writesContainers) {
 }
 
 // Links can create elements before the array has a type, at higher indices than the elements that give it one.
-TEST(VrnWriter, writesLinksBehindWhatGivesTheirArrayAType) {
+TEST(VrnWriter, writesLinksAfterElementsThatGiveTheArrayAType) {
     EXPECT_EQ(rewritten("t a; t b; a.l[3] = b; a.l[1] |= b.x; a.l[0].x = 1; a.l[2].y.z = 2;"),
               "t a:\n    .l[1] |= b.x;\n    .l[3] = b;\n"
               "    .l[0].x |= null;\n    .l[0] = {};\n    .l[0].x = 1;\n"
@@ -354,7 +354,7 @@ TEST(VrnWriter, leavesOutWhatNodesHaveFromTheirDefinition) {
               "d other:\n    .x = 2;\n    .a = [];\n    .a[0] = 1.0;\n    .a[1] = 2.0;\n    .o = {};\n    .o.m = 3;\n");
 }
 
-TEST(VrnWriter, writesADefinitionThatHasChangedBehindItsNodes) {
+TEST(VrnWriter, writesADefinitionThatHasChangedAfterItsNodes) {
     EXPECT_EQ(
         rewritten("define d; d.x = 1; d n; d.y = 2; d m;"),
         "define d;\n\nd n:\n    .x = 1;\n\nd m:\n    .x = 1;\n    .y = 2;\n\nwith d:\n    .x = 1;\n    .y = 2;\n");
@@ -363,7 +363,7 @@ TEST(VrnWriter, writesADefinitionThatHasChangedBehindItsNodes) {
               "define d;\n\nwith d:\n    .r = null;\n\nd n:\n    .r = n;\n");
 }
 
-TEST(VrnWriter, tellsWhatATextCannotSay) {
+TEST(VrnWriter, listsWhatAFileCannotExpress) {
     Scene scene;
     scene.setFileVersion(2);
     scene.setFileTime("noon");
@@ -409,7 +409,7 @@ TEST(VrnWriter, tellsWhatATextCannotSay) {
 }
 
 // A part of a scene that cannot be written does not affect the rest.
-TEST(VrnWriter, leavesOutNoMoreThanItTells) {
+TEST(VrnWriter, losesNoMoreThanItLists) {
     Scene scene;
     Node& n = *scene.createNode("t", "n");
     Node& ofBadType = *scene.createNode("bad type", "good");
@@ -460,7 +460,7 @@ TEST(VrnWriter, writesNoValuesThatTheCatalogueRefuses) {
               (std::vector<std::string>{"m.linked: the value is left out: the input is locked or link-only"}));
 }
 
-TEST(VrnWriter, tellsWhichTimesNoCommentCanSay) {
+TEST(VrnWriter, listsTimesThatNoCommentCanState) {
     for (const char* time : {" noon", "two\nlines", "version: 7"}) {
         Scene scene;
         scene.setFileTime(time);
