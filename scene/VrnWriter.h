@@ -12,8 +12,9 @@
 //
 // A program, or a file with type errors, can create more than the format can express. It is left out, or written as the
 // nearest form that the format has, and listed: names that are not identifiers and links to them, buffers whose element
-// type is unknown or has no keyword, the element type of an array that its elements do not imply. An element without a
-// type, or a reference, in an array of another element type adopts that type; only its index and connection are kept.
+// type is unknown or has no keyword, comments that are not one `#` line, the element type of an array that its elements
+// do not imply. An element without a type, or a reference, in an array of another element type is written with that
+// type; it keeps its index and connection and is listed.
 //
 // If the scene has a catalogue, the text has to be read with it, and the inputs that it declares come first. An input
 // whose name is an older name of another input is written with an older name of its own, and listed if it has none.
