@@ -38,8 +38,7 @@ private:
     // How to write the elements of an array. Elements created by links (of type Null or Node) must exist before the
     // array has an element type, because later ones are created with that type.
     struct ArrayPlan {
-        AttrType type =
-            AttrType::Null; // the element type that the array gets from values; Null if there are only links
+        AttrType type = AttrType::Null; // the element type that values give the array; Null if there are only links
         Order order = Order::ByIndex;
         u64 firstTyped = 0;      // the first element whose value sets the element type
         u64 endOfTyped = 0;      // one past the last of them; 0 if there is none
