@@ -69,7 +69,8 @@ bool Input::mayBeArrayOf(AttrType expected) const noexcept {
     });
 }
 
-// Replaces the value, and updates the counts and the element type of the array that this is, or is an element of.
+// Replaces the value, and keeps the counts and the element type of the array that this is an element of, or that this
+// is.
 void Input::write(AttrData value) {
     Input* array = isElement() ? parent_ : nullptr;
     const bool wasUntyped = array && isUntyped(array->elementType());

@@ -25,7 +25,7 @@ TEST(SlabPool, handsOutPlacesThatDoNotOverlap) {
         SlabPool::release(place);
 }
 
-#if !defined(__SANITIZE_ADDRESS__) // which allocates each object separately
+#if !defined(__SANITIZE_ADDRESS__) // under which each place is memory of its own
 TEST(SlabPool, handsOutAgainWhatWasGivenBack) {
     SlabPool pool(40);
     std::set<void*> places;
