@@ -85,8 +85,8 @@ void Input::write(AttrData value) {
         countUntyped();
 }
 
-// An array without an element type takes that of its first typed element. A reference is none: texts resolve them after
-// all values are written.
+// An array without an element type adopts the type of the first element that gets one. References do not count, because
+// the reader resolves them after all values are set.
 void Input::typeArrayOf(const Input& element) {
     if (elementType() == AttrType::Null && element.type() != AttrType::Null && element.type() != AttrType::Node)
         write(AttrData::array(element.type()));
