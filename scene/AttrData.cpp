@@ -13,7 +13,7 @@ AttrData::AttrData(const AttrData& other) : kind_(other.kind_), store_{.words = 
         return;
     store_.block.memory = nullptr;
     allocate(other.store_.block.count);
-    // A block that is there has bytes. NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker)
+    // blockSize() is not 0. NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker)
     std::memcpy(store_.block.memory, other.store_.block.memory, blockSize());
 }
 
@@ -87,7 +87,7 @@ u64 AttrData::blockSize() const noexcept {
     return store_.block.count * unit;
 }
 
-// Gives a value of the types that need one its zero-filled block.
+// Allocates the zero-filled block of a value.
 void AttrData::allocate(u64 count) {
     store_.block.count = count;
     const u64 size = blockSize();
@@ -97,7 +97,6 @@ void AttrData::allocate(u64 count) {
         preferLargePages(store_.block.memory, size);
 }
 
-// Reals are compared bit by bit, so that a NaN equals itself and -0 is not 0.
 bool operator==(const AttrData& a, const AttrData& b) noexcept {
     if (a.kind_ != b.kind_)
         return false;

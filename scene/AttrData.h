@@ -1,15 +1,14 @@
-// AttrData: one value of a scene, whatever its type.
+// AttrData: one value of a scene, of any type.
 //
 //     AttrData fov = AttrData::real(45);
 //     AttrData points = AttrData::buffer(DataType::Vec3f, 1000);      // zero-filled
 //     for (math::VecT<3, float>& p : points.elements<math::VecT<3, float>>()) ...
-//     input->assign(std::move(points));                              // no byte is copied
+//     input->assign(std::move(points));                               // moves the memory
 //
-// A value type of 24 bytes: a copy is a deep copy, a move takes over the memory and leaves a Null
-// value. What does not fit inside (strings, buffers, values of more than two components) stands in one
-// block of malloc'ed memory that belongs to this object alone. Making or copying a value throws
-// std::bad_alloc when there is no memory; asking a value for what its type does not hold gives the
-// zero of the answer: false, 0, "", an empty span.
+// A value type of 24 bytes. Copies are deep; a move transfers the memory and leaves a Null value. Strings, buffers and
+// values of more than two components are stored in one malloc'ed block that the object owns. Creating or copying a
+// value throws std::bad_alloc if there is no memory. An accessor for another type returns false, 0, "" or an empty
+// span. Several threads may read a value that none changes.
 #pragma once
 
 #include "scene/AttrType.h"
@@ -26,7 +25,7 @@ namespace vor::velmo_sdk {
 
 namespace detail {
 
-// The DataType of a number that buffers are made of, and the number that an element is made of.
+// The DataType of the number type T; Null if buffers cannot contain it.
 template <class T> inline constexpr DataType numberType = DataType::Null;
 template <> inline constexpr DataType numberType<bool> = DataType::Bool;
 template <> inline constexpr DataType numberType<i8> = DataType::Char;
@@ -42,6 +41,7 @@ template <> inline constexpr DataType numberType<unsigned long long> = DataType:
 template <> inline constexpr DataType numberType<float> = DataType::Float;
 template <> inline constexpr DataType numberType<double> = DataType::Double;
 
+// The number type of the components of a buffer element T.
 template <class T> struct Number { using type = T; };
 template <class T>
 requires requires { typename T::Component; }
@@ -66,21 +66,21 @@ public:
     }
     ~AttrData() { release(); }
 
-    // The zero value of a type: false, 0, "", no node, an empty buffer of DataType Null, an empty array
-    // of element type Null, an empty object. Takes no memory before it is written to.
+    // The zero value of a type: false, 0, "", no node, an empty buffer of DataType Null, an empty array of element type
+    // Null, or an empty object. Allocates nothing until components() makes it writable.
     [[nodiscard]] static AttrData zero(AttrType type) noexcept;
     [[nodiscard]] static AttrData boolean(bool value) noexcept;
     [[nodiscard]] static AttrData integer(i64 value) noexcept;
     [[nodiscard]] static AttrData unsignedInteger(u64 value) noexcept;
     [[nodiscard]] static AttrData real(double value) noexcept;
 
-    // A copy of the text up to its first NUL.
+    // Copies the text up to its first NUL.
     [[nodiscard]] static AttrData string(std::string_view text);
 
-    // What the members and elements are belongs to the input; the value says only the element type.
+    // Only the element type: the Input owns the elements.
     [[nodiscard]] static AttrData array(AttrType elementType) noexcept;
 
-    // `count` zero-filled elements, which must not take more than 2^63 bytes.
+    // `count` zero-filled elements of at most 2^63 bytes in total.
     [[nodiscard]] static AttrData buffer(DataType type, u64 count = 0);
 
     [[nodiscard]] AttrType type() const noexcept { return static_cast<AttrType>(static_cast<u32>(kind_)); }
@@ -92,39 +92,40 @@ public:
     }
     [[nodiscard]] double asReal() const noexcept { return type() == AttrType::Real ? store_.reals[0] : 0; }
 
-    // The text, NUL-terminated; valid until this value changes.
+    // NUL-terminated; valid until this value changes.
     [[nodiscard]] const char* asString() const noexcept;
 
-    // The numbers of a Real, vector, point, quaternion, colour or matrix (row-major). The second one throws
-    // std::bad_alloc if this is a zero value that has no memory of its own yet and there is none.
+    // The numbers of a Real, vector, point, quaternion, colour or matrix (row-major). The second overload allocates the
+    // block of a zero value, which may throw std::bad_alloc.
     [[nodiscard]] std::span<const double> components() const noexcept;
     [[nodiscard]] std::span<double> components();
 
-    // Array: the type of its elements, Null while open.
+    // Array: the type of its elements, Null until it is known.
     [[nodiscard]] AttrType elementType() const noexcept;
 
-    // Buffer: the type of its elements (Null while open), how many, and their bytes.
+    // Buffer: the type of its elements (Null until it is known), their number, and their bytes.
     [[nodiscard]] DataType dataType() const noexcept;
     [[nodiscard]] u64 count() const noexcept { return type() == AttrType::Buffer ? store_.block.count : 0; }
     [[nodiscard]] std::span<const std::byte> bytes() const noexcept;
     [[nodiscard]] std::span<std::byte> bytes() noexcept;
 
-    // Buffer: its elements in place. T is a number, giving the flat list of components, or a math type
-    // of the element's size, such as VecT<3, float> for Vec3f. Empty when T does not fit the DataType.
+    // Buffer: its elements in place. T is a number type, for the flat list of components, or a math type of the
+    // element's size, such as VecT<3, float> for Vec3f. Empty if T does not match the DataType.
     template <class T> [[nodiscard]] std::span<const T> elements() const noexcept {
         return elementsIn<const T>(bytes());
     }
     template <class T> [[nodiscard]] std::span<T> elements() noexcept { return elementsIn<T>(bytes()); }
 
+    // Equal types and equal bits: a NaN equals itself, -0 differs from 0.
     friend VRN_API bool operator==(const AttrData& a, const AttrData& b) noexcept;
 
 private:
     struct Block {
-        void* memory; // malloc'ed; null when there are no bytes, or when all of them are zero
-        u64 count;    // elements of a buffer, bytes of a text, doubles of a large value
+        void* memory; // malloc'ed; null if the value has no bytes, or all are zero
+        u64 count;    // elements of a buffer, bytes of a string, doubles of other values
     };
-    // A value is put together in registers and written as a whole: the copy that follows soon could not be
-    // fed from the pieces.
+    // Lets a value be stored with one 16-byte write: a copy soon after it could not be forwarded from two smaller
+    // stores.
     using Words = u64 __attribute__((vector_size(16), aligned(8), may_alias));
     union Store {
         Words words;
@@ -137,7 +138,7 @@ private:
         : kind_(u64(static_cast<u32>(type)) | u64(static_cast<u32>(subtype)) << 32), store_{.words = {first, second}} {}
     [[nodiscard]] i32 subtype() const noexcept { return static_cast<i32>(kind_ >> 32); }
 
-    // Strings and buffers always stand in a block, other values when two doubles do not hold them.
+    // Strings, buffers, and values of more than two components are stored in a block.
     [[nodiscard]] static bool hasBlock(AttrType of) noexcept {
         using enum AttrType;
         constexpr auto bit = [](AttrType type) { return u32(1) << static_cast<u32>(type); };
@@ -170,7 +171,7 @@ private:
         return {reinterpret_cast<T*>(bytes.data()), bytes.size() / sizeof(Element)};
     }
 
-    u64 kind_ = 0; // the type; above it the DataType of a buffer, the element type of an array
+    u64 kind_ = 0; // low half: the type; high half: the DataType of a buffer, the element type of an array
     Store store_{.words = {0, 0}};
 };
 

@@ -7,7 +7,7 @@ namespace vor::velmo_sdk {
 namespace {
 
 struct Row {
-    const char* name = nullptr; // null for a value that is no AttrType
+    const char* name = nullptr; // null for a value without an enumerator
     u32 components = 0;
 };
 

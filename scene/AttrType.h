@@ -1,4 +1,9 @@
-// AttrType: the type of a node input and of the value in it.
+// AttrType: the type of an input and of its value.
+//
+//     attrTypeName(AttrType::Vec3)        // "Vec3"
+//     componentCount(AttrType::Mat3)      // 9
+//
+// Pure functions for any value of the enumeration, also one without an enumerator; safe on any thread.
 #pragma once
 
 #include "scene/core/Export.h"
@@ -32,17 +37,17 @@ enum class AttrType : i32 {
 };
 inline constexpr i32 attrTypeCount = 19;
 
-// The enumerator's name; "<unknown>" for a value that is none.
+// The name of the enumerator; "<unknown>" for any other value.
 [[nodiscard]] VRN_API const char* attrTypeName(AttrType type) noexcept;
 
-// The same for the type of a value, which is never Null: Null is "<unknown>", too.
+// The same for messages about the type of a value, in which Null is also "<unknown>".
 [[nodiscard]] VRN_API const char* valueTypeName(AttrType type) noexcept;
 
-// The type of an exact name.
+// The inverse of attrTypeName(), case-sensitive. Linear in the number of types.
 [[nodiscard]] VRN_API std::optional<AttrType> attrTypeByName(std::string_view name) noexcept;
 
-// How many real numbers a value consists of: 1 for Real, 2 to 16 for vectors, points, quaternions,
-// colours and matrices, 0 for all others.
+// The number of reals in a value: 1 for Real, 2 to 16 for vectors, points, quaternions, colours and matrices, 0 for all
+// other types.
 [[nodiscard]] VRN_API u32 componentCount(AttrType type) noexcept;
 
 } // namespace vor::velmo_sdk

@@ -1,4 +1,4 @@
-// The numbers of a buffer, whatever their type.
+// Visits the numbers of a buffer of any element type.
 #pragma once
 
 #include "scene/AttrData.h"
@@ -24,7 +24,7 @@ template <class... Numbers> struct NumberVisitor {
 
 using BufferNumbers = NumberVisitor<bool, i8, u8, i16, u16, i32, u32, i64, u64, float, double>;
 
-// Addresses mean nothing outside their process.
+// Every component type is visited except Ptr: addresses are meaningless outside their process.
 static_assert(forAllDataTypes([](DataType type) {
     const DataType component = dataTypeRow(type).componentType;
     return component == DataType::Null || component == DataType::Ptr || BufferNumbers::visits(component);
@@ -32,7 +32,7 @@ static_assert(forAllDataTypes([](DataType type) {
 
 } // namespace detail
 
-// Calls `visit(std::span<const T>)` once with all numbers of a buffer, T being their type. Does not call it for a
+// Calls `visit(std::span<const T>)` once with all numbers of a buffer, where T is their type. Does not call it for a
 // buffer of addresses or without an element type.
 template <class Visit> void visitNumbers(const AttrData& buffer, Visit visit) {
     detail::BufferNumbers::visit(buffer, visit);

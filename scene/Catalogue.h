@@ -1,15 +1,16 @@
-// Catalogue: what a host knows of its node types, so that nodes start as they should.
+// Catalogue: the node types that a host declares: the inputs of their new nodes, their outputs, and older names of
+// both.
 //
 //     NodeType camera("camera");
 //     camera.addInput({.name = "fov", .type = AttrType::Real, .defaultValue = AttrData::real(45)});
 //     camera.addOutput("image");
-//     camera.renameInput("fovy", "fov");           // texts that say fovy mean fov
+//     camera.renameInput("fovy", "fov");           // `fovy` in a file means `fov`
 //     auto catalogue = std::make_shared<Catalogue>();
 //     catalogue->add(std::move(camera));
 //     scene.setCatalogue(std::move(catalogue));
 //
-// readCatalogue() in CatalogueJson.h reads one from a file. A catalogue does not change once a scene
-// has it, so scenes on several threads may share one.
+// readCatalogue() in CatalogueJson.h reads a catalogue from JSON. A scene shares its catalogue, which must not change
+// from then on; several scenes, on several threads, may share one. Additions may throw std::bad_alloc.
 #pragma once
 
 #include "scene/AttrData.h"
@@ -23,18 +24,18 @@
 
 namespace vor::velmo_sdk::impl {
 
-// An input that every node of a type starts with.
+// An input that every node of a type has from its creation.
 struct VRN_API InputType {
     String name;
     AttrType type = AttrType::Null;
     DataType dataType = DataType::Null;    // of a Buffer
     AttrType elementType = AttrType::Null; // of an Array
-    AttrData defaultValue{};               // of `type`; Null stands for the zero value
+    AttrData defaultValue{};               // of `type`; otherwise the zero value applies
     StringVector enumeration{};            // of a String
     bool isLocked = false;
     bool isLinkOnly = false;
 
-    // The value that a new input has.
+    // The value of a new input.
     [[nodiscard]] AttrData initialValue() const;
 };
 
@@ -52,11 +53,13 @@ public:
     [[nodiscard]] const String& name() const noexcept { return name_; }
     [[nodiscard]] const std::vector<InputType>& inputs() const noexcept { return inputs_; }
     [[nodiscard]] const StringVector& outputs() const noexcept { return outputs_; }
+    // The input or output that a file means by `name`: `name` itself unless it is an older name. O(log n).
     [[nodiscard]] String currentInputName(const String& name) const { return current(renamedInputs_, name); }
     [[nodiscard]] String currentOutputName(const String& name) const { return current(renamedOutputs_, name); }
 
-    // A name by which texts mean the input or output `name`: that name, or if that is an older name of another one, the
-    // first older name that leads to it. Nothing if there is none.
+    // The inverse of the current names: a name that a file can use for the input or output `name`. It is `name` itself,
+    // or if that is an older name of another one, the first older name of `name` that is an identifier. Nothing if
+    // there is none. Linear in the number of older names.
     [[nodiscard]] std::optional<std::string> inputNameInText(const String& name) const {
         return inText(renamedInputs_, name);
     }
@@ -78,10 +81,10 @@ private:
 
 class VRN_API Catalogue {
 public:
-    // Adds a type; one of the same name is replaced.
+    // Adds a type, which replaces one of the same name.
     void add(NodeType type);
 
-    // The type of that name, or null.
+    // The type of that name, or null; valid until it is replaced. O(log n).
     [[nodiscard]] const NodeType* find(std::string_view name) const noexcept;
 
     [[nodiscard]] std::size_t size() const noexcept { return types_.size(); }

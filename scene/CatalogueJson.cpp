@@ -39,7 +39,7 @@ bool flagOf(const JsonValue& value) {
     return value.boolean;
 }
 
-// The members of an object by name; none twice, and none whose name no text could write.
+// The members of an object, whose names must be unique, not empty and free of NUL characters.
 const std::vector<JsonValue>& membersOf(const JsonValue& value, const char* what) {
     expect(value, Kind::Object, what);
     std::set<std::string_view> keys;
@@ -137,13 +137,13 @@ AttrData defaultOf(const JsonValue& value, AttrType type) {
     failAtKey(value, std::string("expected no \"default\": a ") + attrTypeName(type) + " has no literal");
 }
 
-// A member that only inputs of one type may have.
+// Checks a member that is only valid for inputs of type `owner`.
 void expectOwner(const JsonValue& member, AttrType type, AttrType owner) {
     if (type != owner)
         failAtKey(member, quoted(member.key) + " belongs to inputs of type " + attrTypeName(owner));
 }
 
-// The type comes first, wherever it stands in the text: all else depends on it.
+// Read first, because the other members depend on the type but may precede it.
 AttrType inputTypeOf(const JsonValue& value) {
     for (const JsonValue& member : membersOf(value, "an object that describes an input"))
         if (member.key == "type")

@@ -1,4 +1,4 @@
-// Catalogues from JSON files.
+// Reads catalogues from JSON.
 //
 //     {"types": {"camera": {
 //         "inputs": {"fov": {"type": "Real", "default": 45.0},
@@ -8,11 +8,10 @@
 //         "outputs": ["image"],
 //         "renamedInputs": {"fovy": "fov"}, "renamedOutputs": {"result": "image"}}}}
 //
-// Every member is optional but an input's "type", an AttrType name; inputs stand in the order of the
-// file. "default" is a boolean, number, string, or an array of as many numbers as the type has
-// components, where "inf", "-inf" and "nan" stand for numbers that JSON has not; types without a
-// literal take none. "dataType" belongs to Buffer, "elementType" to Array, "enum" to String, "locked"
-// and "linkOnly" to any.
+// Only the "type" of an input, the name of an AttrType, is required. Inputs keep the order of the file. "default" is a
+// boolean, a number, a string, or an array with one number per component; "inf", "-inf" and "nan" are numbers, too.
+// Null, Node, Buffer, Array and Object have no default. "dataType" is only valid for Buffer, "elementType" for Array
+// and "enum" for String; "locked" and "linkOnly" are valid for all types.
 #pragma once
 
 #include "scene/Catalogue.h"
@@ -23,8 +22,8 @@
 
 namespace vor::velmo_sdk::impl {
 
-// Says what is wrong with a catalogue, what was expected and where it stands: `line` and `column`,
-// counted from 1 in bytes, are those of the last character of the value at fault.
+// what() states what was found and expected. The position is that of the last byte of the invalid value (for an object
+// or array, of its first); lines and columns, in bytes, start at 1.
 class VRN_API CatalogueError : public std::runtime_error {
 public:
     CatalogueError(const std::string& text, TextPosition position) : std::runtime_error(text), position_(position) {}
@@ -34,8 +33,8 @@ private:
     TextPosition position_;
 };
 
-// Reads a whole catalogue; throws CatalogueError if it breaks a rule, names something unknown or holds
-// a key twice. Linear in the text.
+// Reads a whole catalogue. Throws CatalogueError for malformed JSON, an unknown key or type, a value of the wrong kind
+// or a repeated key. O(n log n) in the text; safe on any thread.
 [[nodiscard]] VRN_API Catalogue readCatalogue(std::string_view json);
 
 } // namespace vor::velmo_sdk::impl

@@ -19,7 +19,7 @@ constexpr std::array<Row, dataTypeCount> rows = [] {
 static_assert(rows.back().name && !detail::dataTypeRow(static_cast<DataType>(dataTypeCount)).name,
               "dataTypeCount is the number of enumerators");
 
-// A component is a type of its own, of one component.
+// Each component type is itself an element type of one component.
 static_assert(detail::forAllDataTypes([](DataType type) {
     const Row row = detail::dataTypeRow(type);
     const Row component = detail::dataTypeRow(row.componentType);

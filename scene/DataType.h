@@ -1,4 +1,8 @@
-// DataType: the type of the elements of a buffer, and how such an element lies in memory.
+// DataType: the type of the elements of a buffer, and their layout in memory.
+//
+//     const ElementLayout layout = elementLayout(DataType::Vec3f);    // 3 components of 4 bytes, of type Float
+//
+// Pure functions for any value of the enumeration, also one without an enumerator; safe on any thread.
 #pragma once
 
 #include "scene/core/Export.h"
@@ -73,16 +77,16 @@ enum class DataType : i32 {
 };
 inline constexpr i32 dataTypeCount = 60;
 
-// The enumerator's name; "<unknown>" for a value that is none.
+// The name of the enumerator; "<unknown>" for any other value.
 [[nodiscard]] VRN_API const char* dataTypeName(DataType type) noexcept;
 
-// The type of an exact name.
+// The inverse of dataTypeName(), case-sensitive. Linear in the number of types.
 [[nodiscard]] VRN_API std::optional<DataType> dataTypeByName(std::string_view name) noexcept;
 
-// Whether a text can hold a buffer of this type. The keyword is the name in small letters, or in any others.
+// Whether a VRN file can contain a buffer of this type. Its keyword is the name, case-insensitive.
 [[nodiscard]] VRN_API bool hasKeyword(DataType type) noexcept;
 
-// An element is `components` numbers of `componentType` in a row, without padding.
+// An element consists of `components` consecutive numbers of `componentType`, without padding.
 struct ElementLayout {
     DataType componentType = DataType::Null;
     u32 componentSize = 0; // bytes
@@ -90,11 +94,11 @@ struct ElementLayout {
 
     [[nodiscard]] constexpr u32 elementSize() const noexcept { return componentSize * components; }
 
-    // Whether the text form may carry the bytes as a compressed payload.
+    // Whether a VRN file can contain the bytes as a compressed payload.
     [[nodiscard]] constexpr bool isCompressible() const noexcept { return componentSize == 1; }
 };
 
-// The layout of an element; all zero for Null and for a value that is no DataType.
+// All zero for Null and for values without an enumerator.
 [[nodiscard]] VRN_API ElementLayout elementLayout(DataType type) noexcept;
 
 } // namespace vor::velmo_sdk

@@ -1,7 +1,7 @@
-// The table of element types: of each its name, its layout, and whether it is a keyword.
+// The table of element types: the name, the layout, and whether the type has a keyword.
 //
-// A constant expression, so that what depends on the types is checked by the compiler. The functions of
-// scene/DataType.h are what programs use.
+// A constant expression, so that the compiler can check code that depends on the types. Programs use the functions of
+// scene/DataType.h.
 #pragma once
 
 #include "scene/DataType.h"
@@ -11,7 +11,7 @@
 namespace vor::velmo_sdk::detail {
 
 struct DataTypeRow {
-    const char* name = nullptr; // null for a value that is no DataType
+    const char* name = nullptr; // null for a value without an enumerator
     DataType componentType = DataType::Null;
     u32 componentSize = 0;
     u32 components = 0;
@@ -88,7 +88,7 @@ struct DataTypeRow {
     return {};
 }
 
-// Whether `check(type)` holds for all element types.
+// Whether `check(type)` is true for all element types.
 [[nodiscard]] consteval bool forAllDataTypes(std::predicate<DataType> auto check) {
     for (i32 i = 0; i < dataTypeCount; ++i)
         if (!check(static_cast<DataType>(i)))

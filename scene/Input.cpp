@@ -9,11 +9,11 @@ namespace vor::velmo_sdk::impl {
 
 Input::Input(Node& node, Input* parent, String name, u64 index, AttrData value)
     : node_(&node), parent_(parent), name_(std::move(name)), value_(std::move(value)),
-      index_(index % NamedList<Input, 3>::mostItems) {}
+      index_(index % NamedList<Input, 3>::maxItems) {}
 
 String Input::name() const { return isElement() ? String(u64(index_)) : name_; }
 
-// Inputs may be nested as deep as a text cares to write, so nothing here recurses.
+// No function here recurses, because a file can nest inputs to any depth.
 String Input::label() const {
     std::vector<const Input*> path;
     for (const Input* input = this; input; input = input->parent_)
@@ -69,8 +69,7 @@ bool Input::mayBeArrayOf(AttrType expected) const noexcept {
     });
 }
 
-// Replaces the value. A plain value of the same type, which most are, changes nothing that an array keeps of its
-// elements, or of itself.
+// Replaces the value. In the common case, a plain value of the same type, no count of an array changes.
 void Input::write(AttrData value) {
     const bool isContainer = value.type() == AttrType::Buffer || value.type() == AttrType::Array;
     if (isElement() && (isContainer || value.type() != type()))
@@ -81,7 +80,7 @@ void Input::write(AttrData value) {
         countUntyped();
 }
 
-// The same for an element, whose array counts those without a type.
+// Updates the counts of the array that this is an element of.
 void Input::writeElement(AttrData value) {
     Extras& array = *parent_->extras_;
     array.untypedElements -= u32(isUntyped(parent_->elementType()));
@@ -92,8 +91,8 @@ void Input::writeElement(AttrData value) {
     parent_->typeArrayOf(*this);
 }
 
-// An array without an element type takes that of its first typed element. A reference is none: texts resolve them after
-// all values are written.
+// An array without an element type adopts the type of the first element that gets one. References do not count, because
+// the reader resolves them after all values are set.
 void Input::typeArrayOf(const Input& element) {
     if (elementType() == AttrType::Null && element.type() != AttrType::Null && element.type() != AttrType::Node)
         write(AttrData::array(element.type()));
@@ -169,7 +168,7 @@ u64 Input::nullElements() const noexcept { return extras_ ? extras_->nullElement
 
 bool Input::isUntyped(AttrType asElementOf) const noexcept {
     if (type() != AttrType::Null && type() != asElementOf)
-        return false; // a stranger, such as a node reference made before the array had a type
+        return false; // of another type, such as a reference set before the array had a type
     return (asElementOf == AttrType::Buffer && dataType() == DataType::Null) ||
            (asElementOf == AttrType::Array && elementType() == AttrType::Null);
 }
@@ -232,9 +231,8 @@ void Input::clearChildren() noexcept {
         detach(child);
 }
 
-// Takes an input and all below it out of the scene. Each one lets go of its links and its children, so
-// an input that somebody still holds is left empty and alone. Needs no memory: the way back up is the
-// one that the inputs themselves know.
+// Detaches an input and everything below it from the scene. Each input loses its links and children, also if a
+// reference keeps it alive. Allocates nothing: the traversal returns through the parent pointers.
 void Input::detach(Input* root) noexcept {
     Input* input = root;
     while (input) {
@@ -251,7 +249,7 @@ void Input::detach(Input* root) noexcept {
     }
 }
 
-// Makes this new input, and inputs below it, as those of `other`, but for links.
+// Copies `other` and everything below it to this new input, except for links.
 void Input::copyFrom(const Input& other) {
     std::vector<std::pair<Input*, const Input*>> open{{this, &other}};
     while (!open.empty()) {

@@ -1,4 +1,4 @@
-// Input: a typed value of a node; with members if it is an object, with elements if it is an array.
+// Input: a typed value of a node, with members if it is an object and elements if it is an array.
 //
 //     Input* fov = node->input("fov");
 //     if (fov && fov->type() == AttrType::Real)
@@ -6,11 +6,12 @@
 //     for (const Input* uv : node->input("uvsets")->children())       // elements, or members
 //         use(uv->input("coords")->value().elements<float>());        // the buffer itself, no copy
 //
-// An input has a name (an element: its index), a type, a value of that type, and may have a connection
-// to an output, a list of the texts that it takes (an enumeration) and marks. Its type is settled once
-// it is other than Null. It belongs to its node, moves never, and is found by name in O(1). Where a
-// function takes a name that is there already, or an input that cannot have children, it says so. An
-// input that is held beyond its node keeps its value, and takes neither links nor children any more.
+// An input has a name (an element has an index), a type and a value of that type. It may have a connection to an
+// output, an enumeration of valid strings, and marks (locked, link-only). A type other than Null never changes. The
+// node owns its inputs; their addresses are stable, and lookup by name is O(1).
+//
+// retain() keeps an input alive after its removal from the scene. It then keeps its value, but has no children or links
+// and accepts none. The reference count is not atomic. For threads and errors see Scene.h.
 #pragma once
 
 #include "scene/AttrData.h"
@@ -35,12 +36,12 @@ public:
     [[nodiscard]] String name() const;
     [[nodiscard]] const String& key() const noexcept { return name_; } // empty for an element
     [[nodiscard]] String label() const override;
-    [[nodiscard]] Node* node() const noexcept { return node_; }      // null once it is taken out
-    [[nodiscard]] Input* parent() const noexcept { return parent_; } // null at the top
+    [[nodiscard]] Node* node() const noexcept { return node_; }      // null after its removal
+    [[nodiscard]] Input* parent() const noexcept { return parent_; } // null for an input of the node itself
     [[nodiscard]] bool isElement() const noexcept { return parent_ && parent_->type() == AttrType::Array; }
     [[nodiscard]] u64 index() const noexcept { return index_; } // among its siblings
 
-    // The value. A Node's target, members and elements are not in it but in the functions below.
+    // The value. It does not contain the target of a Node input, members and elements; see the functions below.
     [[nodiscard]] AttrType type() const noexcept { return value_.type(); }
     [[nodiscard]] String typeName() const override { return attrTypeName(type()); }
     [[nodiscard]] const AttrData& value() const noexcept { return value_; }
@@ -48,53 +49,53 @@ public:
     [[nodiscard]] AttrType elementType() const noexcept { return value_.elementType(); }
     [[nodiscard]] Node* nodeValue() const noexcept;
 
-    // A value of the input's type replaces the value; an Object empties the members, an Array the
-    // elements (and an element type that it does not carry stays). A Null input takes value and type;
-    // as an element, only its array's element type if there is one; otherwise its array takes the type. Any other value
-    // leaves the input as it is.
+    // Replaces the value by one of the same type; any other is ignored. An Object loses its members, an Array its
+    // elements (it keeps its element type if the value has none), a Node its target. A Null input adopts the type of
+    // the value; in an array with an element type only that type, and an array without one adopts the type from its
+    // first such element, unless that is a Node.
     void assign(AttrData value);
 
-    // The same, but an Array only gives an array that has no element type its own, and keeps the
-    // elements; O(n) in them. It leaves the array as it is if one of them, other than a Node, has a type
-    // that does not fit.
+    // Like assign(), but a value of type Array keeps the elements: it only sets the element type of an array that has
+    // none. It is ignored if the type of an element differs from it and is neither Null nor Node. O(n) in the elements.
     void set(AttrData value);
 
-    // Makes a Node input, or a Null input, which becomes one, refer to `node`; others ignore it.
+    // Makes a Node input refer to `node`, or to nothing if it is null; a Null input becomes a Node input first, and
+    // others ignore the call.
     void setNode(interfaces::INode* node) override;
 
-    // Members of an Object, elements of an Array, in order.
+    // Members of an Object or elements of an Array, in order of creation.
     [[nodiscard]] std::span<Input* const> children() noexcept;
     [[nodiscard]] std::span<const Input* const> children() const noexcept;
     [[nodiscard]] u64 size() const noexcept { return children().size(); }
-    [[nodiscard]] Input* element(u64 i) const noexcept; // null at the size and beyond
+    [[nodiscard]] Input* element(u64 i) const noexcept; // null if `i` is not below size()
     [[nodiscard]] Input* input(const String& name) const noexcept;
 
-    // A new member of an Object, with the zero value of its type. The member of that name, unchanged, if
-    // there is one; null if this is no Object.
+    // Creates a member of an Object with the zero value of its type. If the name is taken, returns that member
+    // unchanged; if this is not an Object, null.
     Input* createInput(const String& name, AttrType type);
     Input* createArray(const String& name, AttrType elementType);
 
-    // A new element at the end of an Array, of its element type. Null if this is no Array, or if it
-    // holds as many as the scene allows.
+    // Appends an element of its element type to an Array. Returns null if this is not an Array or has
+    // SceneLimits::maxArrayElements elements.
     Input* appendElement();
 
-    // How many elements of an array of buffers may still be given a DataType, or of an array of arrays
-    // an element type; 0 for all others. O(1).
+    // The number of elements without a DataType in an array of buffers, or without an element type in an array of
+    // arrays, which a later value can set; 0 for all other inputs. O(1).
     [[nodiscard]] u64 untypedElements() const noexcept;
 
-    // How many elements of an array are of type Null. O(1).
+    // The number of elements of type Null. O(1).
     [[nodiscard]] u64 nullElements() const noexcept;
 
-    // The connection. connect(null) is disconnect().
+    // The output that this input is connected to, or null. connect(null) is disconnect().
     [[nodiscard]] Output* connection() const noexcept;
     void connect(interfaces::IOutput* output) override;
     void disconnect() override;
 
-    // The texts that a String input is meant to take; none means any.
+    // The valid values of a String input; empty if all are. assign() does not check them.
     [[nodiscard]] const StringVector& enumeration() const noexcept;
     void setEnumeration(StringVector entries);
 
-    // Locked: the reader leaves the value alone. Link-only: it takes links, never values.
+    // Marks for the reader, which connects a locked or link-only input but sets no value of it. assign() ignores them.
     [[nodiscard]] bool isLocked() const noexcept { return isLocked_; }
     [[nodiscard]] bool isLinkOnly() const noexcept { return isLinkOnly_; }
     void setLocked(bool locked) noexcept { isLocked_ = locked; }
@@ -104,14 +105,14 @@ public:
     void release() override;
     [[nodiscard]] bool isAttached() const override { return node_ != nullptr; }
 
-    // What a pool for what this may have besides needs to know.
+    // The size of the objects in the pool for Extras.
     [[nodiscard]] static constexpr std::size_t extrasSize() noexcept;
 
 private:
     friend class Node;
     friend class Output;
 
-    // What most inputs have none of.
+    // Allocated on demand: most inputs have neither children nor links nor an enumeration.
     struct Extras : Pooled {
         explicit Extras(Input* input) noexcept : connection(input), reference(input) {}
 

@@ -1,9 +1,9 @@
-// The faces of a scene: what the reader and its hosts may ask of any scene model.
+// The interfaces of a scene model that the reader and its hosts use.
 //
-// The reader is handed an IScene and treats it as the Scene of scene/Scene.h, so whoever compiles it
-// against a scene model of their own gives that model these bases. Nodes, inputs and outputs belong to
-// their scene. Inputs carry a reference count besides: an input that was taken out of its scene stays
-// valid, unlinked and empty, until the last reference to it is released.
+// The reader receives an IScene and casts it to the Scene of scene/Scene.h. A host that compiles the reader with
+// another scene model derives the classes of that model from these (docs/host.md). A scene owns its nodes, inputs and
+// outputs. Inputs also have a reference count: an input that was removed from its scene stays valid, without links and
+// children, until the last reference to it is released.
 #pragma once
 
 #include "scene/core/Export.h"
@@ -23,14 +23,14 @@ class VRN_API IInput {
 public:
     virtual ~IInput() = default;
 
-    // The whole path as text: node, `.`, input, then `.member` and `[index]`. Linear in its length.
+    // The path: node, `.`, input, then `.member` and `[index]`. Linear in its length.
     [[nodiscard]] virtual String label() const = 0;
 
-    // Binds the input to an output of another node; an earlier connection is undone.
+    // Connects the input to an output, which replaces its connection.
     virtual void connect(IOutput* output) = 0;
     virtual void disconnect() = 0;
 
-    // Makes a node-valued input refer to `node`; null clears it.
+    // Makes an input of type Node refer to `node`; null clears the reference.
     virtual void setNode(INode* node) = 0;
 
     virtual void retain() = 0;
@@ -39,7 +39,7 @@ public:
     // Whether the input is still part of its scene.
     [[nodiscard]] virtual bool isAttached() const = 0;
 
-    // The name of its value's type, as messages print it.
+    // The name of the type of its value, for messages.
     [[nodiscard]] virtual String typeName() const = 0;
 };
 

@@ -1,5 +1,5 @@
-// Writes JSON, value by value, to an output stream of RapidJSON: any class with a type `Ch` and the functions Put(char)
-// and Flush().
+// Writes JSON, value by value, to a RapidJSON output stream: a class with a type `Ch` and the functions Put(char) and
+// Flush().
 //
 //     JsonText json;
 //     json.object([&] {
@@ -27,7 +27,7 @@
 
 namespace vor::velmo_sdk::impl {
 
-// Streams into memory, and to a sink in blocks of up to 64 KiB.
+// Output streams: into memory, and to a sink in blocks of about 64 KiB.
 class JsonBuffer {
 public:
     using Ch = char;
@@ -51,7 +51,7 @@ public:
 
 namespace rapidjson {
 
-// Indents a line. Inputs can be nested so deep that the indentation would outgrow everything else, so it is limited.
+// Indents a line, by at most 64 spaces: otherwise the output would be quadratic in the nesting depth.
 template <> inline void PutN(vor::velmo_sdk::impl::JsonBlocks& stream, char c, std::size_t count) {
     stream.append(std::min<std::size_t>(count, 64), c);
 }
@@ -60,7 +60,7 @@ template <> inline void PutN(vor::velmo_sdk::impl::JsonBlocks& stream, char c, s
 
 namespace vor::velmo_sdk::impl {
 
-// The layouts: on one line without spaces, or one value a line with an indentation of two spaces a level.
+// The layouts: one line without spaces, or one value per line, indented by two spaces per level.
 template <class Stream>
 using CompactJson = rapidjson::Writer<Stream, rapidjson::UTF8<>, rapidjson::UTF8<>, JsonAllocator>;
 template <class Stream>
@@ -79,8 +79,8 @@ public:
     [[nodiscard]] Stream& stream() noexcept { return stream_; }
     [[nodiscard]] const Stream& stream() const noexcept { return stream_; }
 
-    // Keys and texts may hold any bytes. They are written as UTF-8, with U+FFFD for each byte that belongs to no
-    // well-formed sequence, and with every control character escaped, so that they are safe to show on a terminal.
+    // Keys and strings may contain any bytes. They are written as UTF-8, with U+FFFD for each byte outside a
+    // well-formed sequence, and with every control character escaped, so that they are safe to print on a terminal.
     JsonWriter& key(std::string_view name) {
         text(name);
         return *this;
@@ -100,8 +100,8 @@ public:
     void boolean(bool value) { writer_.Bool(value); }
     void integer(u64 value) { writer_.Uint64(value); }
 
-    // The shortest text that reads back as the same value of that type; the strings "inf", "-inf" and "nan" for
-    // numbers that JSON cannot express.
+    // The shortest text that reads back as the same value of that type. JSON has no infinities and NaN: they are the
+    // strings "inf", "-inf" and "nan".
     template <std::floating_point Real> void real(Real value) {
         char buffer[realTextCapacity];
         const std::string_view digits = writeReal(value, buffer);
@@ -118,7 +118,7 @@ public:
         else
             integer(value);
     }
-    // A number that is text already.
+    // A number that is already formatted.
     void decimal(std::string_view digits) { writer_.RawValue(digits.data(), digits.size(), rapidjson::kNumberType); }
 
     // `members` writes keys and their values, `items` values.
@@ -152,7 +152,7 @@ public:
     void beginArray() { writer_.StartArray(); }
     void endArray() { writer_.EndArray(); }
 
-    // A value that is JSON already.
+    // A value that is already JSON.
     void raw(std::string_view json) { writer_.RawValue(json.data(), json.size(), rapidjson::kObjectType); }
 
 private:

@@ -1,11 +1,12 @@
-// Links between inputs and what they point at, kept from both ends so that either may go first.
+// Links from inputs to nodes and outputs. Each target has a list of its links, so that either end can be destroyed
+// first.
 #pragma once
 
 namespace vor::velmo_sdk::impl {
 
 class Input;
 
-// One end of a link: stands in the list of its target while it points at one.
+// The link of one input, an entry in the intrusive list of its target while it has one.
 class Link {
 public:
     explicit Link(Input* input) noexcept : input_(input) {}
@@ -37,7 +38,7 @@ public:
 
 private:
     Input* input_;
-    Link** holder_ = nullptr; // the pointer that points at this link
+    Link** holder_ = nullptr; // the pointer to this link: the head of the list or a `next_`
     Link* next_ = nullptr;
 };
 

@@ -1,4 +1,7 @@
-// Inputs and outputs by their current names, for texts that use older ones.
+// Maps older names of inputs and outputs to the current ones.
+//
+//     const NameMapScope names(&scene);
+//     updateInputName("camera", "fovy")        // "fov" if the scene's catalogue declares that rename
 #pragma once
 
 #include "scene/core/Export.h"
@@ -9,8 +12,8 @@ namespace vor::velmo_sdk::impl {
 class Scene;
 class Catalogue;
 
-// For as long as it lives, this thread's name maps are those of the scene's catalogue. The reader makes
-// one for each parse; they nest. `scene` may be null.
+// Makes the names of the scene's catalogue current for this thread until the scope ends; scopes nest. The reader opens
+// one for each parse. `scene` may be null; its catalogue must not be replaced before the scope ends.
 class VRN_API NameMapScope {
 public:
     explicit NameMapScope(const Scene* scene) noexcept;
@@ -22,8 +25,8 @@ private:
     const Catalogue* outer_;
 };
 
-// The current name of an input or output of a node type; the name itself when it is no old one, when
-// the type is unknown, or outside of any NameMapScope.
+// The current name of an input or output of a node type. Returns the name itself if it is not an older name, if the
+// type is unknown, or outside of any NameMapScope. O(log n).
 [[nodiscard]] VRN_API String updateInputName(const String& nodeType, const String& inputName);
 [[nodiscard]] VRN_API String updateOutputName(const String& nodeType, const String& outputName);
 

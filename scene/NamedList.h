@@ -1,4 +1,4 @@
-// The children of a node or an input: owned elsewhere, in order, and found by name in O(1).
+// The children of a node or an input: pointers to objects with other owners, in order, found by name in O(1).
 #pragma once
 
 #include "scene/core/Hash.h"
@@ -14,11 +14,11 @@
 
 namespace vor::velmo_sdk::impl {
 
-// T has `const String& key() const`, which stays where and what it is while the item is in the list. A list
-// of one takes no memory of its own; `leastCapacity` is how many the first block of memory is for.
-template <class T, u32 leastCapacity, u32 maxItems = u32(1) << 30> class NamedList {
+// T has `const String& key() const`, whose address and value must not change while the item is in the list. A list of
+// one item allocates nothing; `firstCapacity` is the capacity of the first allocation.
+template <class T, u32 firstCapacity, u32 limit = u32(1) << 30> class NamedList {
 public:
-    static constexpr u32 mostItems = maxItems; // one more throws std::bad_alloc
+    static constexpr u32 maxItems = limit; // one more throws std::bad_alloc
 
     NamedList() = default;
     NamedList(const NamedList&) = delete;
@@ -42,7 +42,7 @@ public:
         return nullptr;
     }
 
-    // Appends an item whose name is not there yet. When it throws, nothing has changed.
+    // Appends an item with a new name. If it throws std::bad_alloc, the list is unchanged.
     void push(T* item) {
         pushUnnamed(item);
         if (size_ <= searchedLinearly)
@@ -55,15 +55,15 @@ public:
         }
     }
 
-    // Appends an item that nobody looks up by name.
+    // Appends an item that is never looked up by name, for lists without push().
     void pushUnnamed(T* item) {
         if (size_ == capacity_)
             grow();
         (capacity_ > 1 ? many_ : &one_)[size_++] = item;
     }
 
-    // Takes the last item off; null when there is none. Meant for emptying the list: names are no
-    // longer found quickly afterwards.
+    // Removes and returns the last item; null if the list is empty. For clearing the list: drops the index, so that
+    // find() becomes linear.
     [[nodiscard]] T* takeLast() noexcept {
         index_.reset();
         return size_ == 0 ? nullptr : (capacity_ > 1 ? many_ : &one_)[--size_];
@@ -77,9 +77,9 @@ private:
     static constexpr std::size_t searchedLinearly = 16;
 
     void grow() {
-        if (capacity_ >= mostItems)
+        if (capacity_ >= maxItems)
             throw std::bad_alloc();
-        const u32 capacity = std::clamp(2 * capacity_, leastCapacity, mostItems);
+        const u32 capacity = std::clamp(2 * capacity_, firstCapacity, maxItems);
         void* memory = std::realloc(capacity_ > 1 ? many_ : nullptr, capacity * sizeof(T*));
         if (!memory)
             throw std::bad_alloc();
@@ -107,7 +107,7 @@ private:
     };
     u32 size_ = 0;
     u32 capacity_ = 1;
-    std::unique_ptr<Index> index_; // made when a search from the front gets slow
+    std::unique_ptr<Index> index_; // built when the list outgrows a linear search
 };
 
 } // namespace vor::velmo_sdk::impl

@@ -57,7 +57,7 @@ void Node::copyInputsFrom(const Node& definition) {
         addInput(input->name(), AttrData())->copyFrom(*input);
 }
 
-// Gives this node what its type has and the node has not.
+// Adds the inputs and outputs that the catalogue declares and the node does not have.
 void Node::addCatalogued(const NodeType& type) {
     isCatalogued_ = true;
     for (const InputType& each : type.inputs()) {

@@ -1,11 +1,11 @@
-// Node: a named, typed thing of a scene, with inputs and outputs.
+// Node: a named, typed object of a scene, with inputs and outputs.
 //
 //     for (const Node& node : scene.nodes())
 //         for (const Input* input : node.inputs())
 //             print(input->label(), input->typeName());
 //
-// A node belongs to its scene and goes with it or with Scene::removeNode(). Inputs and outputs keep
-// their order of creation and are found by name in O(1).
+// A scene owns its nodes; Scene::removeNode() destroys one. Inputs and outputs keep their order of creation and are
+// found by name in O(1). For threads and errors see Scene.h.
 #pragma once
 
 #include "scene/Input.h"
@@ -28,18 +28,18 @@ public:
     [[nodiscard]] bool isDefinition() const noexcept { return isDefinition_; }
     [[nodiscard]] Scene& scene() const noexcept { return scene_; }
 
-    // Whether there is an input of that name, and of that type unless `type` is Null.
+    // Whether the node has an input of that name and type; Null matches any type.
     [[nodiscard]] bool hasInput(const String& name, AttrType type = AttrType::Null) const noexcept;
     [[nodiscard]] Input* input(const String& name) const noexcept; // or null
     [[nodiscard]] std::span<Input* const> inputs() noexcept { return inputs_.items(); }
     [[nodiscard]] std::span<const Input* const> inputs() const noexcept { return inputs_.items(); }
 
-    // A new input with the zero value of its type. The input of that name, unchanged, if there is one.
+    // Creates an input with the zero value of its type. If the name is taken, returns that input unchanged.
     Input* createInput(const String& name, AttrType type);
     Input* createArray(const String& name, AttrType elementType);
 
-    // The output of that name, or null. A node whose type is in the catalogue has the catalogue's
-    // outputs; any other grows the output, unless the scene has strict outputs.
+    // The output of that name. Creates a missing one, unless the catalogue declares the outputs of the node's type or
+    // the scene has strict outputs; then returns null.
     [[nodiscard]] Output* findOutput(const String& name) override;
     [[nodiscard]] std::span<const Output* const> outputs() const noexcept { return outputs_.items(); }
 
@@ -60,7 +60,7 @@ private:
     String name_;
     NamedList<Input, 6> inputs_;
     NamedList<Output, 3> outputs_;
-    Link* references_ = nullptr; // the inputs that refer to this node
+    Link* references_ = nullptr; // of the inputs that refer to this node
     Node* previous_ = nullptr;   // in the scene's order
     Node* next_ = nullptr;
     bool isDefinition_;

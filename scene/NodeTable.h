@@ -12,15 +12,15 @@
 
 namespace vor::velmo_sdk::impl {
 
-// Open addressing with linear probing, at most half full. A byte of each hash stands in an array of its own,
-// small enough to stay in the cache: for a name that is not there, as that of each new node, it is all
-// that is looked at. T has `const String& key() const`, which stays as it is while the node is in the
-// table. All operations are O(1).
+// A hash table with open addressing and linear probing, at most half full. One byte of each hash is in a separate
+// array, which is small enough to stay in the cache; a lookup that finds nothing, as for each new node, usually reads
+// only that. T has `const String& key() const`, whose value must not change while the node is in the table. All
+// operations are O(1).
 template <class T> class NodeTable {
 public:
     [[nodiscard]] static u64 hashOf(const String& name) noexcept { return keyedHash(name.view()); }
 
-    // `hash` is the name's.
+    // `hash` is hashOf(name).
     [[nodiscard]] T* find(const String& name, u64 hash) const noexcept {
         if (tags_.empty())
             return nullptr;
@@ -30,23 +30,22 @@ public:
         return nullptr;
     }
 
-    // Brings what find() will look at for some names into the cache, all at the same time, where each find()
-    // would wait for memory by itself. (An instruction that only asks for it is not enough where the page
-    // is not known either.)
+    // Loads what find() reads for some names into the cache, so that their cache misses overlap. Reads the memory,
+    // because processors may drop a prefetch instruction on a TLB miss.
     void touch(std::span<const u64> hashes) const noexcept {
         constexpr std::size_t cacheLine = 64;
         if (tags_.empty())
             return;
-        std::array<const volatile char*, atOnce> nodes{};
-        for (std::size_t i = 0; i < hashes.size() && i < atOnce; ++i)
+        std::array<const volatile char*, maxTouched> nodes{};
+        for (std::size_t i = 0; i < hashes.size() && i < maxTouched; ++i)
             nodes[i] = reinterpret_cast<const volatile char*>(slots_[home(hashes[i])].node);
         for (const volatile char* node : nodes)
             for (std::size_t i = 0; node && i < sizeof(T); i += cacheLine)
                 (void)node[i];
     }
-    static constexpr std::size_t atOnce = 32; // names for one touch()
+    static constexpr std::size_t maxTouched = 32; // names that one touch() loads
 
-    // Makes room for one more; insert() then cannot fail.
+    // Reserves capacity for one more node, so that insert() cannot fail.
     void reserveOne() {
         if (2 * (size_ + 1) <= tags_.size())
             return;
@@ -61,13 +60,13 @@ public:
         *this = std::move(larger);
     }
 
-    // Enters a node whose name is not there yet.
+    // Adds a node with a new name, after reserveOne().
     void insert(T* node, u64 hash) noexcept {
         place({node, hash});
         ++size_;
     }
 
-    // Takes out a node that is there, and closes the gap that it leaves.
+    // Removes a node of the table and moves later entries of its probe sequence into the gap.
     void erase(const T* node) noexcept {
         std::size_t gap = home(hashOf(node->key()));
         while (slots_[gap].node != node)
@@ -109,7 +108,7 @@ private:
         tags_[i] = tagOf(slot.hash);
     }
 
-    std::vector<u8> tags_; // a power of two of them
+    std::vector<u8> tags_; // a byte of the hash, or `free`; the size is a power of two
     std::vector<Slot> slots_;
     std::size_t size_ = 0;
 };

@@ -1,4 +1,9 @@
-// Output: a named place of a node that inputs connect to. It carries no value.
+// Output: a named port of a node that inputs connect to. It has no value.
+//
+//     input->connect(scene.findNode("noise")->findOutput("result"));
+//
+// The node owns its outputs and creates them in Node::findOutput(). Destroying one disconnects its inputs. For threads
+// and errors see Scene.h.
 #pragma once
 
 #include "scene/Interfaces.h"
@@ -15,7 +20,7 @@ public:
     Output(Node& node, String name) : node_(node), name_(std::move(name)) {}
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
-    ~Output() override; // undoes the connections
+    ~Output() override;
 
     [[nodiscard]] String name() const override { return name_; }
     [[nodiscard]] const String& key() const noexcept { return name_; }
@@ -24,7 +29,7 @@ public:
     // `node.output`.
     [[nodiscard]] String label() const;
 
-    // How many inputs are connected; linear in the answer.
+    // The number of connected inputs; linear in it.
     [[nodiscard]] std::size_t connectionCount() const noexcept;
 
 private:

@@ -12,24 +12,24 @@ namespace vor::velmo_sdk::impl {
 
 namespace {
 
-constexpr std::size_t maximumDepth = 64;
+constexpr std::size_t maxDepth = 64;
 
 using Stream = rapidjson::EncodedInputStream<rapidjson::UTF8<>, rapidjson::MemoryStream>;
 
-// Builds the tree from the reader's events. `open_` holds the containers that are not closed yet.
+// Builds the tree from the events of the parser. `open_` holds the containers that are not closed yet.
 class TreeBuilder {
 public:
     explicit TreeBuilder(const Stream& stream) : stream_(stream) {}
 
     [[nodiscard]] JsonValue takeRoot() { return std::move(root_); }
 
-    // Whether it has stopped at a number that no double can hold.
+    // Whether parsing stopped at a number beyond the range of a double.
     [[nodiscard]] bool isStoppedByNumber() const noexcept { return isTooLarge_; }
 
     bool Null() { return add({}); }
     bool Bool(bool value) { return add({.kind = JsonValue::Kind::Bool, .boolean = value}); }
-    // Numbers come as text: the library's exact conversion to a double reads beyond its tables for some of them.
-    // (It still looks at how large they are and refuses some that have hundreds of zeros.)
+    // Receives numbers as text, because RapidJSON's exact conversion to a double reads beyond its tables for some of
+    // them. (It still checks their magnitude, and rejects some that have hundreds of zeros.)
     bool RawNumber(const char* text, rapidjson::SizeType length, bool) {
         JsonValue value;
         const std::string_view number(text, length);
@@ -74,11 +74,11 @@ private:
         return true;
     }
 
-    // A container cannot move while it is open: its parent gets no other item before it is closed.
+    // The pointer to an open container stays valid, because its parent gets no other item before it is closed.
     bool open(JsonValue::Kind kind) {
-        if (open_.size() == maximumDepth)
+        if (open_.size() == maxDepth)
             return false;
-        add({.kind = kind}, stream_.Tell()); // the bracket is announced before it is taken
+        add({.kind = kind}, stream_.Tell()); // this event precedes the consumption of the bracket
         open_.push_back(open_.empty() ? &root_ : &open_.back()->items.back());
         return true;
     }
@@ -96,7 +96,7 @@ private:
     bool isTooLarge_ = false;
 };
 
-// What the reader expected where it stopped.
+// What the parser expected at the position of the error.
 const char* expectation(rapidjson::ParseErrorCode code) {
     switch (code) {
     case rapidjson::kParseErrorDocumentEmpty:
@@ -137,7 +137,7 @@ JsonValue readJson(std::string_view text) {
     constexpr unsigned flags =
         rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag | rapidjson::kParseValidateEncodingFlag;
     if (const std::size_t nul = text.find('\0'); nul != std::string_view::npos)
-        throw JsonError("expected no NUL byte", nul); // the reader below would take it for the end
+        throw JsonError("expected no NUL byte", nul); // RapidJSON would interpret it as the end
     rapidjson::MemoryStream memory(text.data(), text.size());
     Stream stream(memory);
     TreeBuilder builder(stream);

@@ -1,4 +1,4 @@
-// A JSON text as a tree of values that know where they stand.
+// Reads JSON into a tree of values with their positions in the text.
 #pragma once
 
 #include "scene/core/Types.h"
@@ -15,10 +15,10 @@ struct JsonValue {
     enum class Kind { Null, Bool, Int, UInt, Real, String, Array, Object };
 
     Kind kind = Kind::Null;
-    std::size_t offset = 0; // of the last byte of the value (an object, array: of its first)
+    std::size_t offset = 0; // of the last byte of the value; for an object or array, of the first
     bool boolean = false;
-    i64 integer = 0;         // of an Int, which is any that fits
-    u64 unsignedInteger = 0; // of a UInt, which is above the largest Int
+    i64 integer = 0;         // of an Int: an integer in the range of i64
+    u64 unsignedInteger = 0; // of a UInt: a larger integer in the range of u64
     double real = 0;         // of any number
     std::string text{};      // of a String
     std::string key{};       // of a member
@@ -39,8 +39,8 @@ private:
     std::size_t offset_;
 };
 
-// Reads one JSON value (RFC 8259) and nothing behind it. Values nested more than 64 deep and texts that
-// are not UTF-8 are refused. Throws JsonError.
+// Reads a text that is one JSON value (RFC 8259). Throws JsonError for malformed JSON, values nested more than 64 deep
+// and text that is not UTF-8.
 [[nodiscard]] JsonValue readJson(std::string_view text);
 
 } // namespace vor::velmo_sdk::impl

@@ -1,5 +1,5 @@
-// Configures RapidJSON alike everywhere: sizes have 64 bits, and a failed allocation throws. Include this header before
-// any of the library's own.
+// Configures RapidJSON consistently: sizes have 64 bits, and a failed allocation throws. Include this header before
+// those of RapidJSON.
 #pragma once
 
 #include <cstddef>
@@ -15,7 +15,7 @@ using SizeType = std::size_t;
 
 namespace vor::velmo_sdk::impl {
 
-// For its readers and writers, whose default allocator does not check for failure. Throws std::bad_alloc.
+// For readers and writers, in place of the default allocator, which does not check for failure. Throws std::bad_alloc.
 struct JsonAllocator {
     static constexpr bool kNeedFree = true;
 

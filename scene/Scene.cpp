@@ -21,7 +21,7 @@ Node* Scene::findNode(const String& name) const noexcept {
 }
 
 void Scene::expectNodes(std::span<const String* const> names) const noexcept {
-    std::array<u64, NodeTable<Node>::atOnce> hashes;
+    std::array<u64, NodeTable<Node>::maxTouched> hashes;
     const std::size_t count = std::min(names.size(), hashes.size());
     for (std::size_t i = 0; i < count; ++i)
         hashes[i] = NodeTable<Node>::hashOf(*names[i]);
@@ -54,7 +54,7 @@ Node* Scene::addNode(const String& type, const String& name, bool isDefinition) 
         node->copyInputsFrom(*definition);
     if (const NodeType* catalogued = catalogue_ ? catalogue_->find(type) : nullptr)
         node->addCatalogued(*catalogued);
-    byName_.reserveOne(); // the last that may throw
+    byName_.reserveOne(); // the last call that may throw
     Node* added = node.release();
     byName_.insert(added, hash);
     definitions_ += isDefinition ? 1U : 0U;
@@ -65,7 +65,7 @@ Node* Scene::addNode(const String& type, const String& name, bool isDefinition) 
     return added;
 }
 
-// Takes a node out of the order and deletes it; its name is the caller's to forget.
+// Unlinks and deletes a node, which the caller has removed from `byName_`.
 void Scene::deleteNode(Node* node) noexcept {
     definitions_ -= node->isDefinition() ? 1U : 0U;
     if (found_.load(std::memory_order_relaxed) == node)

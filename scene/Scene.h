@@ -1,13 +1,15 @@
-// Scene: the nodes that a text describes, and what the text says of itself.
+// Scene: the nodes of a file and its metadata.
 //
 //     Scene scene;
 //     if (!parseString(&scene, text)) ...
 //     const Node* camera = scene.findNode("cam1");
 //     double fov = camera->input("fov")->value().asReal();
 //
-// A scene owns all that hangs in it. Node names are unique, definitions included, and nodes keep their
-// order of creation. Finding, creating and removing a node is O(1), apart from its inputs and links.
-// One thread at a time may change a scene; several may read one that nobody changes.
+// A scene owns its nodes and through them all inputs and outputs; a pointer to one is valid until that object is
+// removed. Names of nodes, including definitions, are unique, and nodes keep their order of creation. Looking up a node
+// is O(1); creating or removing one is linear in its inputs and links. Several threads may read a scene while none
+// changes it; a change needs exclusive access. A function that creates an object throws std::bad_alloc if there is no
+// memory, and then leaves the scene unchanged.
 #pragma once
 
 #include "scene/Catalogue.h"
@@ -22,14 +24,14 @@
 
 namespace vor::velmo_sdk::impl {
 
-// The version of a text that names none.
+// The version of a file that states none.
 inline constexpr u64 VRX_FILE_VERSION_1 = 1;
 
-// How much a text may make a scene hold.
+// Bounds on the memory that a file can make the reader allocate.
 struct SceneLimits {
     u64 maxArrayElements = 16'777'216;  // of one array
     u64 maxBufferBytes = u64(16) << 30; // of one buffer
-    // That come to be because one behind them is named, of all arrays together: a few letters ask for many.
+    // Elements of all arrays that a statement creates only because it names a higher index: short input, many elements.
     u64 maxImplicitElements = 16'777'216;
 };
 
@@ -40,7 +42,7 @@ public:
     Scene& operator=(const Scene&) = delete;
     ~Scene() override;
 
-    // What the header comments say.
+    // The metadata and text of the header comments.
     [[nodiscard]] u64 fileVersion() const noexcept { return fileVersion_; }
     [[nodiscard]] const String& fileTime() const noexcept { return fileTime_; }
     [[nodiscard]] const StringVector& fileComments() const noexcept { return comments_; }
@@ -51,20 +53,19 @@ public:
 
     [[nodiscard]] Node* findNode(const String& name) const noexcept; // or null
 
-    // A hint that findNode() is about to be called for these names, at most 32 of them, so that it need not
-    // wait for memory each time.
+    // Prefetches what findNode() reads for the first 32 of these names, so that their cache misses overlap.
     void expectNodes(std::span<const String* const> names) const noexcept;
 
-    // A new node; null if the name is taken. It starts with copies of the inputs of the definition
-    // that its type names, if there is one (types, values, enumerations and marks, but no links), then
-    // with those of the catalogue's type. The third text is the caller's own and not kept.
+    // Creates a node; returns null if the name is taken. The node gets copies of the inputs of the definition that its
+    // type names, if there is one (types, values, enumerations and marks, but no links), then the inputs that the
+    // catalogue declares for its type. `note` is ignored.
     Node* createNode(const String& type, const String& name, const String& note = String());
 
-    // A new definition, whose type is its name; null if the name is taken.
+    // Creates a definition, whose type is its name; returns null if the name is taken.
     Node* defineNode(const String& name);
 
-    // Takes a node out with its inputs and outputs; connections to it are undone and inputs that refer
-    // to it cleared. False if there is none of that name.
+    // Removes a node with its inputs and outputs, disconnects the inputs that are connected to it, and clears those
+    // that refer to it. Returns false if no node has that name.
     bool removeNode(const String& name);
 
     [[nodiscard]] u64 nodeCount() const noexcept { return byName_.size(); }
@@ -95,18 +96,18 @@ public:
         [[nodiscard]] NodeIterator<N> end() const noexcept { return NodeIterator<N>(); }
     };
 
-    // All nodes in order of creation.
+    // All nodes in order of creation. An iterator is valid until its node is removed.
     [[nodiscard]] NodeRange<Node> nodes() noexcept { return {first_}; }
     [[nodiscard]] NodeRange<const Node> nodes() const noexcept { return {first_}; }
 
     [[nodiscard]] const SceneLimits& limits() const noexcept { return limits_; }
     void setLimits(const SceneLimits& limits) noexcept { limits_ = limits; }
 
-    // The node types that nodes created from now on follow; null for none.
+    // The node types that apply to nodes created from now on, or null. Must not change while a scene shares it.
     [[nodiscard]] const Catalogue* catalogue() const noexcept { return catalogue_.get(); }
     void setCatalogue(std::shared_ptr<const Catalogue> catalogue) noexcept { catalogue_ = std::move(catalogue); }
 
-    // Whether a node without a catalogued type refuses to grow outputs.
+    // Whether Node::findOutput() never creates an output, even if the node's type is not in the catalogue.
     [[nodiscard]] bool hasStrictOutputs() const noexcept { return hasStrictOutputs_; }
     void setStrictOutputs(bool strict) noexcept { hasStrictOutputs_ = strict; }
 
@@ -114,7 +115,7 @@ private:
     friend class Node;
     friend class Input;
 
-    // Where the things of this scene stand.
+    // Memory of the objects of this scene.
     struct Pools {
         SlabPool nodes{sizeof(Node)};
         SlabPool inputs{sizeof(Input)};
@@ -130,7 +131,7 @@ private:
     String fileTime_;
     StringVector comments_;
     NodeTable<Node> byName_;
-    mutable std::atomic<Node*> found_ = nullptr; // last: most statements are about one node
+    mutable std::atomic<Node*> found_ = nullptr; // the last result: consecutive statements often name the same node
     u64 definitions_ = 0;
     Node* first_ = nullptr;
     Node* last_ = nullptr;

@@ -1,10 +1,11 @@
-// A scene as JSON text, for people and for programs.
+// Writes a scene as JSON.
 //
 //     writeSceneJson(scene, {.isCompact = true}, [](std::string_view text) { std::cout << text; });
 //
-// One object: {"version", "time", "comments", "nodes": [{"name", "type", "definition", "inputs": [...]}]}
-// in order of creation; docs/json.md describes every member. Strings are valid UTF-8 whatever bytes the scene holds;
-// real numbers are the shortest text that reads back the same, infinities and NaN the strings "inf", "-inf" and "nan".
+// One object: {"version", "time", "comments", "nodes": [{"name", "type", "definition", "inputs": [...]}]}, with the
+// nodes in order of creation; docs/json.md describes every member. Strings are valid UTF-8 even if the scene contains
+// other bytes. Real numbers are the shortest text that reads back the same; infinities and NaN are the strings "inf",
+// "-inf" and "nan".
 #pragma once
 
 #include "scene/Scene.h"
@@ -18,8 +19,9 @@ struct SceneJsonOptions {
     bool hasBufferData = true; // false: only the type and count of each buffer
 };
 
-// Writes the scene to `sink` in blocks of about 64 KiB, without ever holding the whole text, and ends with a line feed.
-// Exceptions of `sink` pass through.
+// Passes the text, which ends with a line feed, to `sink` in blocks of about 64 KiB. Linear in the scene; memory grows
+// with the nesting of inputs only. Propagates exceptions of `sink`, and std::bad_alloc. Several threads may write one
+// scene.
 VRN_API void writeSceneJson(const Scene& scene, const SceneJsonOptions& options, const TextSink& sink);
 
 } // namespace vor::velmo_sdk::impl

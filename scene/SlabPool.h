@@ -1,4 +1,4 @@
-// Memory for many objects of one size.
+// Allocates many objects of one size.
 #pragma once
 
 #include <cstddef>
@@ -15,10 +15,10 @@
 
 namespace vor::velmo_sdk::impl {
 
-// Hands out places of one size from slabs that hold many of them, which takes a tenth of the time of malloc()
-// and leaves no room between them. An object may outlive its pool: a slab goes with the last of its objects
-// or with the pool, whichever is later. Not to be used from two threads at once, nor two objects of one
-// pool. Under the address sanitizer each object stands alone, so that misuse is seen.
+// Allocates from slabs of many objects, in a tenth of the time of malloc() and without padding. Objects may outlive the
+// pool: a slab is freed with the pool or with its last object, the later of the two. Not thread-safe: allocation from a
+// pool, and release of its objects, need external synchronisation. Under the address sanitizer each object is allocated
+// separately, so that misuse is detected.
 class SlabPool {
 public:
     // `objectSize` is at most a tenth of a block.
@@ -27,16 +27,15 @@ public:
     SlabPool& operator=(const SlabPool&) = delete;
     ~SlabPool();
 
-    // A place for one object, aligned to eight bytes; throws std::bad_alloc when there is no memory.
+    // Memory for one object, aligned to eight bytes. Throws std::bad_alloc.
     [[nodiscard]] void* allocate();
 
-    // Gives a place back that allocate() of any pool has handed out.
+    // Releases memory that allocate() of any pool returned.
     static void release(void* place) noexcept;
 
 private:
-    // A slab is made of blocks that are aligned to their size, so that the address of an object says where
-    // its block begins, and that which slab it belongs to. The first slab has one of them, the others
-    // eight.
+    // A slab consists of blocks that are aligned to their size: rounding down the address of an object yields its
+    // block, which begins with a pointer to the slab. The first slab has one block, all others have eight.
     static constexpr std::size_t blockSize = 32 * 1024;
 
     struct Slab;
@@ -48,13 +47,13 @@ private:
     };
     struct Slab {
         Block block;    // the first one
-        SlabPool* pool; // null once it is gone
+        SlabPool* pool; // null after its destruction
         Slab* next;     // of the pool's slabs
-        Slab* nextOpen; // of those with places that were given back
+        Slab* nextOpen; // of the pool's slabs with a free list
         bool isOpen;
         std::size_t live;
         Free* free;
-        char* unused; // places from here to the end of the block have never been handed out
+        char* unused; // memory from here to `blockEnd` has never been allocated
         char* blockEnd;
         char* end;
     };
@@ -70,8 +69,8 @@ private:
     void addSlab();
 
     std::size_t objectSize_;
-    Slab* slabs_ = nullptr;                 // the first one is where unused places are
-    [[maybe_unused]] Slab* open_ = nullptr; // those with places that were given back
+    Slab* slabs_ = nullptr;                 // only the first one has unused memory
+    [[maybe_unused]] Slab* open_ = nullptr; // slabs with a free list
 };
 
 inline SlabPool::~SlabPool() {
@@ -139,7 +138,7 @@ inline void SlabPool::addSlab() {
     slabs_->block.slab = slabs_;
 }
 
-// For a base class: objects that are made with `new (pool) T(...)` and deleted as usual.
+// Base class of objects that are created with `new (pool) T(...)` and destroyed with `delete`.
 struct Pooled {
     static void* operator new(std::size_t, SlabPool& pool) { return pool.allocate(); }
     static void operator delete(void* place, SlabPool&) noexcept { SlabPool::release(place); }

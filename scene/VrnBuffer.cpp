@@ -15,10 +15,10 @@ namespace {
 
 static_assert(listSlack >= TextBlock::slack);
 
-// How many numbers are made text at once: what a processor keeps near.
-constexpr std::size_t atOnce = 1024;
+// Numbers formatted per chunk; the text of a chunk fits the L1 or L2 cache.
+constexpr std::size_t chunkSize = 1024;
 
-// The lines of a list: all in the one that it begins in, or each in lines of its own.
+// Writes a list: on the line of its statement if it fits, otherwise wrapped onto lines of its own.
 class Lines {
 public:
     Lines(TextBlock& text, const VrnWriterOptions& options, LinePlace place, std::size_t length)
@@ -27,29 +27,29 @@ public:
         constexpr std::size_t closing = 2; // the brace and the semicolon
         isOneLine_ = options.column == 0 || place.prefix + length + closing <= options.column;
         used_ = column_;
-        isBegun_ = !isOneLine_; // by what comes before the list, and there is no room left
+        isBegun_ = !isOneLine_; // with the statement, which leaves no space
     }
 
-    // Whole elements, of `each` numbers with a space behind each.
+    // Appends whole elements of `each` numbers, each number followed by a space.
     void append(std::string_view numbers, std::size_t each) {
         if (isOneLine_)
             return write(numbers);
         while (!numbers.empty()) {
-            std::size_t fitting = lengthOfElements(numbers, room(), each);
+            std::size_t fitting = lengthOfElements(numbers, spaceLeft(), each);
             if (fitting == 0 && isBegun_) {
                 startLine();
-                fitting = lengthOfElements(numbers, room(), each);
+                fitting = lengthOfElements(numbers, spaceLeft(), each);
             }
-            if (fitting == 0) // one that is longer than a line
+            if (fitting == 0) // the element is longer than a line
                 fitting = lengthOfElement(numbers, each);
             write(numbers.substr(0, fitting));
             numbers.remove_prefix(fitting);
-            if (!numbers.empty()) // and the next does not fit
+            if (!numbers.empty()) // the next element does not fit
                 startLine();
         }
     }
 
-    // A `.`, then digits that belong together in pairs.
+    // Appends a payload: a `.`, then pairs of hexadecimal digits, which are not split.
     void append(std::string_view payload) {
         if (isOneLine_)
             return text_.append(payload);
@@ -68,8 +68,8 @@ public:
     }
 
 private:
-    // For numbers with a space behind each, of which the last does not count.
-    [[nodiscard]] std::size_t room() const { return column_ - std::min(column_, used_) + 1; }
+    // The space left on the line, plus one because the last number's trailing space is not written.
+    [[nodiscard]] std::size_t spaceLeft() const { return column_ - std::min(column_, used_) + 1; }
 
     void startLine() {
         text_.appendLoose(std::string_view(newLine_).substr(0, 1 + indent_));
@@ -86,24 +86,25 @@ private:
 
     TextBlock& text_;
     std::size_t indent_;
-    std::string newLine_; // and some spaces more
+    std::string newLine_; // a line feed, the indentation, and the slack that appendLoose() may read
     std::size_t column_;
-    std::size_t used_; // of the line, with a space behind the last number
+    std::size_t used_; // characters of the line, including a space after the last number
     bool isOneLine_;
     bool isBegun_; // the line has numbers
 };
 
-// All numbers, `each` of them an element.
+// Appends all numbers, `each` per element.
 template <class Number>
 void appendNumbers(std::span<const Number> numbers, std::size_t each, const VrnWriterOptions& options, LinePlace place,
                    TextBlock& text) {
-    const auto block = std::make_unique_for_overwrite<char[]>(elementsSlack + atOnce * listNumberCapacity + listSlack);
+    const auto block =
+        std::make_unique_for_overwrite<char[]>(elementsSlack + chunkSize * listNumberCapacity + listSlack);
     char* const characters = block.get() + elementsSlack;
     std::optional<Lines> lines;
     while (!numbers.empty()) {
-        const auto next = numbers.subspan(0, std::min(atOnce / each * each, numbers.size()));
+        const auto next = numbers.subspan(0, std::min(chunkSize / each * each, numbers.size()));
         const std::string_view written{characters, writeNumberList(next, characters)};
-        if (!lines) // more than these is too much for a line
+        if (!lines) // a list of more than one chunk does not fit a line
             lines.emplace(text, options, place,
                           next.size() == numbers.size() ? written.size() - 1 : std::size_t(options.column));
         lines->append(written, each);
@@ -132,7 +133,7 @@ void appendBuffer(const AttrData& buffer, const VrnWriterOptions& options, LineP
         appendPayload(buffer.bytes(), options, place, text);
     else if (buffer.count() != 0)
         visitNumbers(buffer, [&]<class Number>(std::span<const Number> numbers) {
-            if constexpr (!std::is_same_v<Number, bool>) // which no keyword names
+            if constexpr (!std::is_same_v<Number, bool>) // Bool has no keyword
                 appendNumbers(numbers, layout.components, options, place, text);
         });
     text.append('}');

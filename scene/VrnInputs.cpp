@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t indent = 4;
 
-// Inputs of these types come to be by links.
+// Inputs of these types are created by links.
 bool isMadeByLink(const Input& input) noexcept {
     return input.type() == AttrType::Null || input.type() == AttrType::Node;
 }
@@ -23,7 +23,7 @@ bool isUntypedBuffer(const Input& input) noexcept {
     return input.type() == AttrType::Buffer && input.dataType() == DataType::Null;
 }
 
-// Whether the statement of an element's value gives its array an element type.
+// Whether assigning the value of an element sets the element type of its array.
 bool givesType(const Input& element) noexcept {
     return element.type() != AttrType::Buffer || hasKeyword(element.dataType());
 }
@@ -32,18 +32,18 @@ bool takesNoValue(const Input& input) noexcept {
     return !isMadeByLink(input) && (input.isLocked() || input.isLinkOnly());
 }
 
-// An input with an enumeration does not take the empty text quietly that it may have from the start.
+// An input with an enumeration may start with the empty string, but assigning that causes a warning.
 bool isUnsetChoice(const Input& input) {
     return input.type() == AttrType::String && *input.value().asString() == '\0' && !input.enumeration().isEmpty();
 }
 
-// What the scene's catalogue knows of a node, or null.
+// The type of a node in the scene's catalogue, or null.
 const NodeType* nodeTypeOf(const Node& node) {
     const Catalogue* catalogue = node.scene().catalogue();
     return catalogue ? catalogue->find(node.type().view()) : nullptr;
 }
 
-// The name by which a text means the input, or the output; nothing if there is none.
+// The name of an input or output in a file; nothing if there is none.
 std::optional<std::string> inputName(const Input& input) {
     const NodeType* type = nodeTypeOf(*input.node());
     return type ? type->inputNameInText(input.key()) : std::string(input.key().view());
@@ -53,7 +53,7 @@ std::optional<std::string> outputName(const Output& output) {
     return type ? type->outputNameInText(output.key()) : std::string(output.key().view());
 }
 
-// Whether the catalogue of the scene creates the input with the value that it has.
+// Whether the scene's catalogue creates the input with its current value.
 bool isFromCatalogue(const Input& input) {
     const NodeType* type = input.parent() ? nullptr : nodeTypeOf(*input.node());
     return type && std::ranges::any_of(type->inputs(), [&](const InputType& made) {
@@ -94,7 +94,7 @@ void VrnInputs::writeNextOf(Open& parent) {
     if (parent.input->type() != AttrType::Array)
         writeMember(child);
     else if (parent.plan.passOf(child) == pass)
-        writeElement(child, ArrayPlan(parent.plan)); // a copy: `parent` moves when an input below it is opened
+        writeElement(child, ArrayPlan(parent.plan)); // a copy: opening the child may move `parent`
 }
 
 void VrnInputs::writeMember(const Input& member) {
@@ -116,7 +116,7 @@ void VrnInputs::writeElement(const Input& element, const ArrayPlan& plan) {
     begin(element, isUntyped ? Before::Untyped : isByPath ? Before::ByPath : Before::Nothing);
 }
 
-// Why a text cannot have an input, or a member, at all; null if it can.
+// Why a file cannot contain an input or member; null if it can.
 const char* VrnInputs::obstacle(const Input& input) {
     if (!isIdentifier(input.key().view()))
         return losses::inputName;
@@ -128,7 +128,7 @@ const char* VrnInputs::obstacle(const Input& input) {
     return isLostBuffer ? losses::untypedBuffer : nullptr;
 }
 
-// Why a text cannot give an element its value or its lack of a type; null if it can.
+// Why a file cannot set the value of an element, or leave it without a type; null if it can.
 const char* VrnInputs::elementLoss(const Input& element, const ArrayPlan& plan) {
     if (isMadeByLink(element))
         return plan.isKept(element.index()) ? nullptr : losses::untypedElement;
@@ -136,11 +136,11 @@ const char* VrnInputs::elementLoss(const Input& element, const ArrayPlan& plan) 
         return nullptr;
     if (!isUntypedBuffer(element))
         return hasKeyword(element.dataType()) ? nullptr : losses::noKeyword;
-    // A buffer gets the type of those that are written after it.
+    // A buffer without an element type adopts that of any buffer that is written after it.
     return element.index() < plan.endOfTyped ? losses::untypedBuffer : nullptr;
 }
 
-// Creates an element whose value is lost, for the sake of its index and its connection.
+// Creates an element whose value is lost, to keep its index and connection.
 void VrnInputs::keepPlaceAndLink(const Input& element) {
     if (element.connection())
         writeConnection(element);
@@ -190,13 +190,13 @@ void VrnInputs::writeValue(const Input& input, Before before) {
     case AttrType::Mat3:
     case AttrType::Mat4:
     case AttrType::String:
-        if (hasForeignNaN(input.value()))
-            lose(input, losses::foreignNaN);
+        if (losesNaNBits(input.value()))
+            lose(input, losses::nanBits);
         assign(input.value());
     }
 }
 
-// A member that can be written creates the object, because each writes a statement.
+// An object needs a statement only if it has no writable member: the statement of a member creates it.
 void VrnInputs::beginObject(const Input& object, Before before) {
     const auto isWritten = [](const Input* member) { return !obstacle(*member); };
     if (before == Before::Untyped)
@@ -206,8 +206,7 @@ void VrnInputs::beginObject(const Input& object, Before before) {
     open_.push_back({.input = &object, .pathLength = path_.size()});
 }
 
-// Gives an element without a type the one that a path through it needs. A value of that type would be reported as
-// wrong, for the element has none yet.
+// Sets the type of an untyped element by a path through it. An assignment would be reported as a type error.
 void VrnInputs::createByPath(const char* furtherPath) {
     const std::size_t length = path_.size();
     path_ += furtherPath;
@@ -222,7 +221,7 @@ void VrnInputs::beginArray(const Input& array, Before before) {
     if (isTypeLost)
         lose(array, losses::elementType);
     if (before != Before::Same && plan.endOfTyped == 0 && plan.type != AttrType::Null) {
-        // An array keeps the type of its elements when it is emptied.
+        // An array that is cleared keeps its element type.
         path_ += "[0]";
         assign(plan.type == AttrType::Buffer ? AttrData::buffer(DataType::Float) : AttrData::zero(plan.type));
         path_.resize(path_.size() - 3);
@@ -250,10 +249,10 @@ VrnInputs::ArrayPlan VrnInputs::planOf(const Input& array) {
     }
     if (plan.endOfLinks == 0)
         return plan;
-    // Elements made by links would have the array's type if it were given first.
+    // Setting the element type first would give it to the elements created by links.
     if (plan.endOfTyped == 0)
         plan.type = AttrType::Null;
-    // A buffer gives its DataType to all elements without one, and an array created by `= []` makes arrays of them.
+    // A buffer sets the DataType of all elements without one, and `= []` turns them into arrays.
     const bool isArray = plan.type == AttrType::Array;
     plan.keepsLinks = plan.type != AttrType::Buffer && (!isArray || canCreateByPaths(array, plan.endOfLinks));
     if (plan.keepsLinks && isArray)
@@ -263,8 +262,8 @@ VrnInputs::ArrayPlan VrnInputs::planOf(const Input& array) {
     return plan;
 }
 
-// Whether the arrays in an array need no `= []`: each is created by the path of one of its elements or, empty and
-// without a type, by the growth of an array that has its type by then.
+// Whether the arrays in an array need no `= []`. Each is created by the path of one of its elements or, if it is empty
+// and has no element type, when the outer array grows after its element type is set.
 bool VrnInputs::canCreateByPaths(const Input& array, u64 endOfLinks) {
     bool hasPaths = false;
     for (const Input* element : array.children()) {
@@ -284,15 +283,15 @@ bool VrnInputs::canCreateByPaths(const Input& array, u64 endOfLinks) {
 void VrnInputs::writeBuffer(const Input& input) {
     const AttrData& buffer = input.value();
     if (isUntypedBuffer(input)) {
-        // An element gets the array's type when it is created.
+        // An element is created with the type of its array, so nothing is lost.
         if (!input.isElement() && !isFromCatalogue(input))
             lose(input, losses::untypedBuffer);
         if (!input.connection() && !isFromCatalogue(input))
             statement(" |= ", "null");
         return;
     }
-    if (hasForeignNaN(buffer))
-        lose(input, losses::foreignNaN);
+    if (losesNaNBits(buffer))
+        lose(input, losses::nanBits);
     text_.append(path_);
     text_.append(" = ");
     appendBuffer(buffer, options_, {.prefix = path_.size() + 3, .indent = indent}, text_);

@@ -1,4 +1,4 @@
-// The statements that set an input of a node, and all inputs below it, to what they are.
+// Writes the statements that recreate an input of a node and everything below it.
 #pragma once
 
 #include "scene/VrnWriter.h"
@@ -7,7 +7,7 @@
 
 namespace vor::velmo_sdk::impl {
 
-// Whether a text can create the node: its name and its type are identifiers.
+// Whether a file can create the node: its name and type are identifiers.
 [[nodiscard]] bool isWritable(const Node& node);
 
 class VrnInputs {
@@ -15,35 +15,35 @@ public:
     VrnInputs(TextBlock& text, const VrnWriterOptions& options, std::vector<VrnLoss>& losses)
         : text_(text), options_(options), losses_(losses) {}
 
-    // Writes an input of the current node. If the input `isThere` already, with the same type, its members and elements
-    // are replaced.
+    // Writes an input of the current node, whose block is open. If `isThere`, the node already has the input with the
+    // same type, from its definition; its members and elements are replaced.
     void write(const Input& input, bool isThere);
 
 private:
-    // What the text has made of an input before its own statements.
+    // The state of an input, when the text is read, before its own statements.
     enum class Before : u8 {
         Nothing,
         Same,    // an input of the same type
-        Untyped, // an element without a type, because links after it come first
-        ByPath,  // nothing or such an element, of an array that `= []` would give a type to elements made by links
+        Untyped, // an element without a type, because links at higher indices precede it
+        ByPath,  // nothing, or such an element, where `= []` would also give a type to the elements created by links
     };
 
     // The order in which the elements of an array are written.
     enum class Order : u8 {
         ByIndex,
-        LinksFirst,     // then the others
+        LinksFirst,     // links before all others
         EmptyArraysLast // after the links and the other arrays
     };
 
-    // How an array gets its elements. Elements made by links (of type Null or Node) have to exist before the array has
-    // an element type, because later ones are created with that type.
+    // How to write the elements of an array. Elements created by links (of type Null or Node) must exist before the
+    // array has an element type, because later ones are created with that type.
     struct ArrayPlan {
         AttrType type = AttrType::Null; // the element type that values give the array; Null if there are only links
         Order order = Order::ByIndex;
-        u64 firstTyped = 0;      // the first element whose value gives the type
-        u64 endOfTyped = 0;      // one after the last; 0 if there is none
-        u64 endOfLinks = 0;      // one after the last element made by a link; 0 if there is none
-        bool keepsLinks = false; // what links make can stay without a type
+        u64 firstTyped = 0;      // the first element whose value sets the element type
+        u64 endOfTyped = 0;      // one past the last of them; 0 if there is none
+        u64 endOfLinks = 0;      // one past the last element created by a link; 0 if there is none
+        bool keepsLinks = false; // elements created by links can stay without a type
 
         [[nodiscard]] bool isKept(u64 link) const noexcept {
             return type == AttrType::Null || (keepsLinks && (link < firstTyped || order != Order::ByIndex));
@@ -57,7 +57,7 @@ private:
         const Input* input;
         std::size_t pathLength;
         ArrayPlan plan{};
-        u64 next = 0; // counts all children once for each pass
+        u64 next = 0; // the next child; all children are visited in each pass
         [[nodiscard]] u64 end() const noexcept { return input->size() * plan.passes(); }
     };
 
@@ -84,7 +84,7 @@ private:
     TextBlock& text_;
     const VrnWriterOptions& options_;
     std::vector<VrnLoss>& losses_;
-    std::string path_;  // of the input that is being written, with its indentation
+    std::string path_;  // the current input, with the indentation
     std::string value_; // reused by every statement
     std::vector<Open> open_;
 };

@@ -13,7 +13,7 @@ namespace vor::velmo_sdk::impl {
 
 namespace {
 
-// As a token that is a Real: it begins with a digit or a minus and has a point.
+// Formats a token of type Real: it begins with a digit or a minus sign, and finite numbers have a point.
 void appendReal(double value, std::string& text) {
     char buffer[realTextCapacity];
     if (std::isnan(value)) {
@@ -36,7 +36,7 @@ void appendComponents(const AttrData& value, std::string& text) {
     text.append("(").append(numbers, static_cast<std::size_t>(end - numbers) - 1).append(")");
 }
 
-template <class Real, class Bits> bool isForeignNaN(Real number) noexcept {
+template <class Real, class Bits> bool losesBits(Real number) noexcept {
     constexpr Bits quiet = std::bit_cast<Bits>(std::numeric_limits<Real>::quiet_NaN());
     constexpr Bits sign = Bits(1) << (sizeof(Bits) * 8 - 1);
     return std::isnan(number) && (std::bit_cast<Bits>(number) & ~sign) != quiet;
@@ -52,7 +52,8 @@ void appendLiteral(const AttrData& value, std::string& text) {
     case AttrType::Int:
         text += std::to_string(value.asInt());
         return;
-    case AttrType::UInt: // read as a signed number, so that those above are the negative ones of the same bits
+    case AttrType::UInt: // read as a signed number: values above its maximum are written as the negative number of the
+                         // same bits
         text += std::to_string(static_cast<i64>(value.asUInt()));
         text += 'u';
         return;
@@ -84,13 +85,12 @@ void appendLiteral(const AttrData& value, std::string& text) {
     }
 }
 
-bool hasForeignNaN(const AttrData& value) noexcept {
+bool losesNaNBits(const AttrData& value) noexcept {
     if (value.type() == AttrType::Real)
-        return isForeignNaN<double, u64>(value.asReal()) ||
-               (std::isnan(value.asReal()) && !std::signbit(value.asReal()));
-    return std::ranges::any_of(value.components(), isForeignNaN<double, u64>) ||
-           std::ranges::any_of(value.elements<float>(), isForeignNaN<float, u32>) ||
-           std::ranges::any_of(value.elements<double>(), isForeignNaN<double, u64>);
+        return losesBits<double, u64>(value.asReal()) || (std::isnan(value.asReal()) && !std::signbit(value.asReal()));
+    return std::ranges::any_of(value.components(), losesBits<double, u64>) ||
+           std::ranges::any_of(value.elements<float>(), losesBits<float, u32>) ||
+           std::ranges::any_of(value.elements<double>(), losesBits<double, u64>);
 }
 
 } // namespace vor::velmo_sdk::impl

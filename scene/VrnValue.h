@@ -1,4 +1,4 @@
-// Values, but for buffers, as the right-hand sides of VRN statements.
+// Formats values other than buffers as the right-hand sides of VRN statements.
 #pragma once
 
 #include "scene/AttrData.h"
@@ -8,10 +8,11 @@
 
 namespace vor::velmo_sdk::impl {
 
-// Appends a value that is no buffer, as it is read back: containers empty, a Node as none.
+// Appends a value that reads back the same: Array and Object as empty; Null, Node and Buffer as `null`.
 void appendLiteral(const AttrData& value, std::string& text);
 
-// Whether a NaN among the numbers would read back as another one. A Real has only one, a list also the positive one.
-[[nodiscard]] bool hasForeignNaN(const AttrData& value) noexcept;
+// Whether a NaN in the value would read back with other bits. A Real reads back as the negative quiet NaN only, an
+// element of a list with either sign.
+[[nodiscard]] bool losesNaNBits(const AttrData& value) noexcept;
 
 } // namespace vor::velmo_sdk::impl

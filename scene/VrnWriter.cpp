@@ -17,8 +17,8 @@ bool isComment(std::string_view text) noexcept {
     return text.starts_with('#') && text.find_first_of("\n\r\xFF") == std::string_view::npos;
 }
 
-// Whether an input, with all below it, is what a text's copy of the definition's input is: the same, without links.
-// What only links make is not there yet when the copy is made.
+// Whether an input and everything below it equals the reader's copy of the definition's input. The copy has no links,
+// nor what links create, because they are resolved at the end of the file.
 bool isCopy(const Input& input, const Input& original) {
     std::vector<std::pair<const Input*, const Input*>> open{{&input, &original}};
     while (!open.empty()) {
@@ -34,7 +34,7 @@ bool isCopy(const Input& input, const Input& original) {
     return true;
 }
 
-// Whether a copy of the definition's input can be turned into the input by statements that replace it.
+// Whether statements can turn a copy of the definition's input into the input.
 bool canReplace(const Input& input, const Input& original) {
     if (input.key() != original.key() || input.type() != original.type())
         return false;
@@ -42,14 +42,14 @@ bool canReplace(const Input& input, const Input& original) {
         return input.dataType() == original.dataType();
     if (input.type() != AttrType::Array)
         return true;
-    // Elements come with the type that the array has from the start, whoever makes them.
+    // The copied array has an element type from the start, so all new elements have it.
     const AttrType type = input.elementType();
     const auto isOfType = [&](const Input* element) { return element->type() == type; };
     return type == original.elementType() &&
            (type == AttrType::Null || std::ranges::all_of(input.children(), isOfType));
 }
 
-// Whether a node may have begun as a copy of the definition as it is now.
+// Whether the node can be written as created from the definition in its current state.
 bool follows(const Node& node, const Node& definition) {
     const auto mine = node.inputs();
     const auto originals = definition.inputs();
@@ -79,7 +79,7 @@ public:
     }
 
 private:
-    // The comments, and what they do not say of version and time.
+    // Writes the comments, and adds comments for a version or time that they do not state.
     void writeComments() {
         u64 version = VRX_FILE_VERSION_1;
         String time;
@@ -107,7 +107,7 @@ private:
         if (isComment(comment.view()) && header.kind == HeaderComment::Kind::Time && header.time == scene_.fileTime())
             add(comment, losses::time);
         else
-            losses_.push_back({String(), losses::foreignTime});
+            losses_.push_back({String(), losses::unwritableTime});
     }
 
     void add(const String& comment, const char* loss) {
@@ -121,9 +121,9 @@ private:
         before_ = Before::Block;
     }
 
-    // Nodes begin with copies of what the definition of their type has when they are made. A definition that has
-    // changed since, or whose copies have, or that no text can have as it is, is late: it gets its inputs when all
-    // nodes have been made.
+    // A node is created with copies of the inputs that the definition of its type has at that time. A definition is
+    // late if the copies in a node do not match it, because either has changed, or if it cannot be written without
+    // losses. The inputs of a late definition are written after all nodes.
     void findLateDefinitions() {
         std::unordered_set<const Node*> used;
         for (const Node& node : scene_.nodes()) {
@@ -147,7 +147,7 @@ private:
         return !losses.empty();
     }
 
-    // The definition that a node is made from: the one of its type, if it was made before.
+    // The definition that the reader creates a node from: the one of its type, if it is already written.
     [[nodiscard]] const Node* definitionOf(const Node& node) const {
         const Node* definition = made_.empty() ? nullptr : scene_.findNode(node.type());
         return definition && made_.contains(definition) ? definition : nullptr;
@@ -169,7 +169,8 @@ private:
             statement(type.view(), node);
     }
 
-    // A node and its inputs but for those that it has by being made; nothing, and false, if there are none.
+    // Writes a node with the inputs that differ from those it is created with. Returns false, and writes nothing, if
+    // all are equal.
     bool block(std::string_view type, const Node& node, const Node* definition) {
         const auto inputs = node.inputs();
         const auto originals = definition ? definition->inputs() : std::span<const Input* const>();
@@ -186,7 +187,7 @@ private:
         return true;
     }
 
-    // Two of the types would be read as keywords before a semicolon.
+    // Before a semicolon, the types `remove` and `define` would be read as keywords.
     void statement(std::string_view type, const Node& node) {
         const String word = type;
         const bool isKeyword =
@@ -194,7 +195,7 @@ private:
         begin(Before::Statement, type, node, isKeyword ? ":\n" : ";\n");
     }
 
-    // A blank line stands on both sides of a block.
+    // Separates blocks by blank lines from what precedes and follows them.
     enum class Before { Nothing, Statement, Block };
     void begin(Before what, std::string_view type, const Node& node, std::string_view end) {
         if (before_ == Before::Block || (before_ == Before::Statement && what == Before::Block))
@@ -213,7 +214,7 @@ private:
     VrnInputs inputs_;
     Before before_ = Before::Nothing;
     std::unordered_set<const Node*> late_;
-    std::unordered_set<const Node*> made_; // definitions
+    std::unordered_set<const Node*> made_; // the definitions written so far
 };
 
 } // namespace

@@ -1,18 +1,26 @@
-// A scene as VRN text.
+// Writes a scene as VRN.
 //
 //     const std::vector<VrnLoss> losses =
 //         writeVrn(scene, {}, [](std::string_view text) { std::cout << text; });
 //     for (const VrnLoss& loss : losses)
 //         std::cerr << loss.path << ": " << loss.what << '\n';
 //
-// What is written reads back, without a word in the log, as a scene that is the same bit for bit: comments, version,
-// time, nodes in their order, definitions, inputs, values and links; written again it is the same text. What the
-// format cannot say is left out, or written as the nearest that it can say, and listed. (A comment with a version that
-// is no number is warned of whenever it is read.)
+// The text reads back without diagnostics, unless a comment states a version that is not a number, or a value is not in
+// the enumeration of its input. If the scene was read without diagnostics, the text reads back as the same scene bit
+// for bit (comments, version, time, order of nodes, definitions, inputs, values and links), except that a NaN may lose
+// its sign and payload, and the result is written as the same text.
 //
-// That is for a scene that is read without a catalogue. With the catalogue that the scene has, the catalogue's inputs
-// come first. Inputs that take no value (locked, link-only) get none, and are listed if they have another than the
-// catalogue gives them. Marks, enumerations and outputs that nothing is connected to are not written.
+// A program, or a file with type errors, can create more than the format can express. It is left out, or written as the
+// nearest form that the format has, and listed: names that are not identifiers and links to them, buffers whose element
+// type is unknown or has no keyword, comments that are not one `#` line, the element type of an array that its elements
+// do not imply. An element without a type, or a reference, in an array of another element type is written with that
+// type; it keeps its index and connection and is listed.
+//
+// If the scene has a catalogue, the text has to be read with it, and the inputs that it declares come first. An input
+// whose name is an older name of another input is written with an older name of its own, and listed if it has none.
+// Locked and link-only inputs are written without values, and listed if theirs differ from the catalogue's. What the
+// catalogue creates, even a buffer without an element type, is no loss. Marks, enumerations and unconnected outputs are
+// never written or listed.
 #pragma once
 
 #include "scene/Scene.h"
@@ -25,22 +33,22 @@
 namespace vor::velmo_sdk::impl {
 
 struct VrnWriterOptions {
-    // Lists that go beyond this column, or have more than a thousand numbers, get lines of their own, of whole
-    // elements; 0: never.
+    // Lists that extend beyond this column, or have more than 1024 numbers, are wrapped after whole elements onto
+    // lines of their own; 0 disables wrapping.
     u32 column = 100;
 
-    // Buffers of bytes that take more than this are compressed.
+    // Buffers with components of one byte are compressed if they have more bytes than this.
     u64 compressAbove = std::numeric_limits<u64>::max();
 };
 
-// Something that the text does not say as the scene has it.
+// A part of the scene that the text does not reproduce.
 struct VrnLoss {
-    String path;      // a node, an input; empty for what is about the whole file
-    const char* what; // a literal
+    String path;      // of the node or input; empty for the file itself
+    const char* what; // a string literal
 };
 
-// Writes the scene in pieces of some 64 KiB; the text is never held whole. Linear in the scene, but for the paths
-// that deep inputs repeat. What `sink` throws passes through, and so does std::bad_alloc.
+// Passes the text to `sink` in pieces of about 64 KiB. Linear in the scene and in the paths of its inputs, which are
+// repeated in each statement. Propagates exceptions of `sink`, and std::bad_alloc. Several threads may write one scene.
 [[nodiscard]] VRN_API std::vector<VrnLoss> writeVrn(const Scene& scene, const VrnWriterOptions& options,
                                                     const TextSink& sink);
 

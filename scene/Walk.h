@@ -1,4 +1,6 @@
-// Visiting every input of a node, however deep.
+// Visits every input of a node at any depth.
+//
+//     forEachInput(node, [](const Input& input) { print(input.label(), input.typeName()); });
 #pragma once
 
 #include "scene/Node.h"
@@ -7,8 +9,8 @@
 
 namespace vor::velmo_sdk::impl {
 
-// Calls `visit(const Input&)` for the inputs of a node and all below them, parents first, siblings in
-// order. Does not recurse: a text may nest inputs as deep as it likes.
+// Calls `visit(const Input&)` for all inputs of a node, members and elements in preorder. Iterative, because a file can
+// nest inputs to any depth. `visit` must not add or remove inputs; its exceptions propagate. Linear in the inputs.
 template <class Visit> void forEachInput(const Node& node, Visit visit) {
     std::vector<std::span<const Input* const>> open{node.inputs()};
     while (!open.empty()) {

@@ -4,7 +4,7 @@
 //         return [text = describe(names[i])] { print(text); };
 //     });
 //
-// describe() runs on several threads, print() on one at a time and in the order of the names, whatever the number of
+// describe() runs on several threads, print() on one at a time and in the order of the names, for any number of
 // threads. The number of results that wait is bounded: no thread works far ahead of the last finished index.
 #pragma once
 

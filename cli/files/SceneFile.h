@@ -42,7 +42,7 @@ public:
     // Whether the file can be read only once, such as a pipe.
     [[nodiscard]] bool isReadOnce() const;
 
-    // Reads the file into `scene` and keeps the diagnostics, including the notices if asked for. Reports the bytes read
+    // Reads the file into `scene` and keeps the diagnostics, including the notices if requested. Reports the bytes read
     // to `progress` unless it is null.
     void read(Scene& scene, vor::Notices notices, Progress* progress = nullptr);
 

@@ -19,6 +19,7 @@ function __vrn_expects
     set -l words (commandline -opc)
     set -l position 0
     set -l isValue no
+
     for word in $words[3..]
         if test $isValue = yes
             set isValue no

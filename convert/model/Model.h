@@ -1,7 +1,8 @@
 // The validated, format-independent form of a scene that the exporters write.
 //
-// Invariants: every index is valid or `none`, numbers are finite, and whatever the target format cannot express has
-// been removed and added to the losses. Unchanged buffers are views into the scene, which must outlive the model.
+// Invariants: every index is valid or `none`, numbers are finite, and anything that the target format cannot
+// express has been removed and added to the losses. Unchanged buffers are views into the scene, which must outlive the
+// model.
 #pragma once
 
 #include "convert/model/TargetFormat.h"

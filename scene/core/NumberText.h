@@ -28,7 +28,7 @@ template <class Integer>
 [[nodiscard]] VRN_API bool parseInteger(std::string_view text, Integer& out, String::Radix radix);
 
 // An optional sign, digits with at most one point, an optional exponent and an optional `f` or `F`; or `inf` or `nan`,
-// case-insensitive. Rounded half to even to the target type, whatever the length; overflow yields an infinity,
+// case-insensitive. Rounded half to even to the target type, for any length; overflow yields an infinity,
 // underflow a subnormal or zero. Short numbers use the exact method of Clinger, "How to read floating point numbers
 // accurately" (1990), all others fast_float (Lemire, "Number parsing at a gigabyte per second", 2021).
 [[nodiscard]] VRN_API bool parseReal(std::string_view text, float& out);

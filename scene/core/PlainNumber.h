@@ -5,7 +5,7 @@
 //
 // Reads `-?digits` as an integer or `-?digits(.digits)?` as a real from the front of a longer text. It accepts only
 // what it can convert exactly, and leaves the rest (exponents, suffixes, many digits, integers out of range) to the
-// parsers of NumberText.h, which return the same value for whatever it accepts. Eight digits are read as one 64-bit
+// parsers of NumberText.h, which return the same value for all that it accepts. Eight digits are read as one 64-bit
 // word; see Lemire, "Number parsing at a gigabyte per second" (2021). Allocates nothing and never reads past `end`.
 #pragma once
 

@@ -8,7 +8,7 @@
 // A handle takes 16 bytes. Texts of up to 15 bytes are stored inline; longer ones are shared through an atomic
 // reference count, so that copying a handle never copies text and is safe while other threads use other handles to the
 // same text. Texts are followed by a NUL. They may contain NUL bytes and need not be UTF-8; lengths and positions are
-// in bytes. Letters, digits and spaces are those of ASCII, whatever the locale. Operations that create a text may throw
+// in bytes. Letters, digits and spaces are those of ASCII in any locale. Operations that create a text may throw
 // std::bad_alloc; nothing else throws.
 #pragma once
 

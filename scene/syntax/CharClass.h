@@ -1,4 +1,4 @@
-// The classes of characters that the scanner tells apart.
+// The character classes of the lexer.
 #pragma once
 
 #include "scene/core/String.h"
@@ -8,7 +8,7 @@
 
 namespace vor::velmo_sdk::impl {
 
-// A source ends where a character of this value stands, a byte 0xFF in the text included.
+// The character after the end of a source. A byte 0xFF in the input is the same character and ends it, too.
 inline constexpr signed char endOfText = -1;
 
 /// letter ::= 'a'..'z'   in either case
@@ -18,15 +18,15 @@ inline constexpr signed char endOfText = -1;
 enum CharClass : u8 {
     asciiBlank = 1,
     foreignChar = 64,                     // outside ASCII
-    blankChar = asciiBlank | foreignChar, // a space, or not printable: nothing between tokens and inside lists
+    blankChar = asciiBlank | foreignChar, // a space, or not printable ASCII: separates tokens and list elements
     identifierChar = 2,                   // letters, digits, `_`
-    numberChar = 4,                       // what a number may go on with
-    listPunctuation = 8,                  // separates the elements of a list: brackets and the comma
-    realChar = 16,                        // makes a number a real one
-    punctuationChar = 32,                 // is a token of its own
+    numberChar = 4,                       // can continue a number
+    listPunctuation = 8,                  // brackets and the comma, which separate list elements
+    realChar = 16,                        // makes a number a real
+    punctuationChar = 32,                 // is a token by itself
 };
 
-// The characters of the last class.
+// The characters of class punctuationChar.
 inline constexpr std::string_view punctuation = "'*+,./:;=\\|";
 
 namespace detail {
@@ -64,7 +64,7 @@ inline constexpr std::array<u8, 256> charClasses = classesOfAll();
 }
 [[nodiscard]] constexpr bool isIn(signed char c, int classes) noexcept { return isIn(static_cast<char>(c), classes); }
 
-// Whether a bracket list may have the character before its closing bracket.
+// Whether a bracket list can contain the character before its closing bracket.
 [[nodiscard]] constexpr bool isBracketChar(char c) noexcept {
     return c == '[' || c == '*' || String::isDigit(c) || isIn(c, blankChar);
 }

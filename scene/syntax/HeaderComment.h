@@ -15,7 +15,7 @@ struct HeaderComment {
     String time{};
 };
 
-// Recognises comments that contain `version:` or, if not, `time:`, case-sensitively. The value is whatever follows the
+// Recognises comments that contain `version:` or, if not, `time:`, case-sensitively. The value is the text after the
 // first colon of the comment, even if the keyword comes later. A time without a value is ignored.
 [[nodiscard]] HeaderComment readHeaderComment(const String& comment);
 

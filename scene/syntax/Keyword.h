@@ -1,4 +1,4 @@
-// Words of up to eight characters as numbers, so that keywords of any case are found by comparing numbers.
+// Encodes words of up to eight characters as integers, so that keywords can be compared case-insensitively in one step.
 #pragma once
 
 #include "scene/core/Types.h"
@@ -10,10 +10,10 @@
 
 namespace vor::velmo_sdk::impl {
 
-// The number of an identifier: equal for two that differ in the case of letters at most, 0 for one of more
-// than eight characters.
+// The number of an identifier. Two identifiers have the same number if they differ at most in case; the number is 0 if
+// the identifier is empty or longer than eight characters.
 [[nodiscard]] constexpr u64 keywordNumber(std::string_view word) noexcept {
-    constexpr u64 smallLetters = 0x2020202020202020; // neither digits nor small letters change
+    constexpr u64 smallLetters = 0x2020202020202020; // changes neither digits nor lower-case letters
     const std::size_t n = word.size();
     if (n == 0 || n > 8)
         return 0;
@@ -34,7 +34,7 @@ namespace vor::velmo_sdk::impl {
     return number | (smallLetters >> (64 - 8 * n));
 }
 
-// The number of a keyword that the reader itself knows. One that has none, being empty or too long, does not compile.
+// The number of a constant keyword. An empty or too long one does not compile.
 [[nodiscard]] consteval u64 keyword(std::string_view word) {
     const u64 number = keywordNumber(word);
     return number != 0 ? number : throw "length";

@@ -6,7 +6,7 @@
 
 namespace vor::velmo_sdk::impl {
 
-// A character that the text cannot hold as it is: a control character, a quote, or no character at all.
+// Appends the escape of a quote, a backslash, a control character or a byte that is not UTF-8.
 static void appendEscaped(char c, std::string& text) {
     const auto [high, low] = hexDigits(static_cast<u8>(c));
     switch (c) {

@@ -1,4 +1,4 @@
-// Strings between double quotes. String::unescape() is the inverse.
+// Strings in double quotes, the inverse of String::unescape().
 #pragma once
 
 #include <string>
@@ -6,8 +6,7 @@
 
 namespace vor::velmo_sdk::impl {
 
-// Appends a string in double quotes, with escapes for quotes, backslashes, control characters and bytes that are no
-// UTF-8.
+// Appends a string in double quotes. Escapes quotes, backslashes, control characters and bytes that are not UTF-8.
 void appendQuoted(std::string_view string, std::string& text);
 
 } // namespace vor::velmo_sdk::impl

@@ -112,7 +112,7 @@ TEST(Catalogue, addsToWhatADefinitionGives) {
     EXPECT_EQ(r.node("c").outputs().size(), 2U);
 }
 
-// A definition has the marks of its catalogued type, and a node made from it copies them.
+// A definition gets the marks of its catalogued type, and a node created from it copies them.
 TEST(Catalogue, marksWhatDefinitionsGive) {
     const auto types = catalogue(R"({"types": {"lamp": {"inputs": {
         "target": {"type": "Node", "linkOnly": true},
@@ -120,7 +120,7 @@ TEST(Catalogue, marksWhatDefinitionsGive) {
         "serial": {"type": "Int", "default": 8, "locked": true}}}}})");
     for (const bool hasCatalogue : {true, false}) {
         Reading r = readText("define lamp;", types);
-        r.scene->setCatalogue(hasCatalogue ? types : nullptr); // the copy alone must do
+        r.scene->setCatalogue(hasCatalogue ? types : nullptr); // the node copies the marks without a catalogue, too
         readMore(r, "lamp n;\nn.power = 5;\nn.serial = 5;\nn.target = 5;\nlamp.power = 5;\nn.target = n;");
         EXPECT_EQ(r.log, (Log{error(2, 12, "TYPE ERROR (2,12): expected Int @ n.power but found 5."),
                               error(3, 13, "TYPE ERROR (3,13): expected Int @ n.serial but found 5."),
@@ -140,7 +140,7 @@ TEST(Catalogue, marksWhatDefinitionsGive) {
     }
 }
 
-// So do members and elements, whose marks come from a program.
+// Copies include the marks of members and elements, which only a program can set.
 TEST(Catalogue, marksMembersAndElementsOfCopies) {
     Reading r;
     Node* definition = r.scene->defineNode("d");

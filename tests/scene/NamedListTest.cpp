@@ -98,6 +98,6 @@ TEST(NamedList, holdsAsManyItemsAsItMay) {
 }
 
 // An input keeps its index in 30 bits.
-static_assert(NamedList<Item, 3>::mostItems == u32(1) << 30);
+static_assert(NamedList<Item, 3>::maxItems == u32(1) << 30);
 
 } // namespace vrn::test

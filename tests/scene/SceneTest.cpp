@@ -80,7 +80,7 @@ TEST(Scene, startsNodesWithCopiesOfTheirDefinition) {
     EXPECT_EQ(r.value("red.many[0]").elements<float>()[0], 3);
     EXPECT_EQ(r.input("red.many")->untypedElements(), 0U);
     EXPECT_EQ(r.input("paint.friend")->nodeValue(), &r.node("o"));
-    // Links wait for the end of the text, so these nodes were made before the definition had any.
+    // Links are resolved at the end of the file, so these nodes copied the definition before it had any.
     readMore(r, "paint blue;");
     ASSERT_NE(r.input("blue.friend"), nullptr);
     EXPECT_EQ(r.input("blue.friend")->type(), AttrType::Node);
@@ -150,7 +150,7 @@ TEST(Scene, limitsArrays) {
     EXPECT_EQ(array->size(), 2U);
 }
 
-// Members and elements that a new value drops are gone, by name and by index, however many there were.
+// Members and elements that a new value removes are no longer found, by name or index, regardless of their number.
 TEST(Scene, findsOnlyTheMembersOfTheLastValue) {
     Scene scene;
     Input* object = scene.createNode("t", "a")->createInput("object", AttrType::Object);
@@ -407,7 +407,7 @@ TEST(Input, takesNoLinksAndNoChildrenOnceItIsTakenOut) {
 TEST(Scene, takesHintsOfAnyNames) {
     const std::vector<String> names{"a", "", "not there", "a name that is long enough to be shared"};
     std::vector<const String*> expected;
-    for (int i = 0; i < 50; ++i) // more than are taken at once
+    for (int i = 0; i < 50; ++i) // more than are prefetched together
         expected.push_back(&names[static_cast<std::size_t>(i) % names.size()]);
     Scene scene;
     scene.expectNodes(expected);

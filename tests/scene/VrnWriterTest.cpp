@@ -24,7 +24,7 @@ Written write(const Scene& scene, const VrnWriterOptions& options = {}) {
     return written;
 }
 
-// The text reads back, silently, as the same scene, and that gives the same text.
+// Expects the text to read back without diagnostics as the same scene, which is written as the same text.
 void expectReadsBack(const Scene& scene, const std::string& text, const VrnWriterOptions& options = {}) {
     const Reading again = readText(String(std::string_view(text)));
     EXPECT_TRUE(again.isOk) << text;
@@ -33,7 +33,7 @@ void expectReadsBack(const Scene& scene, const std::string& text, const VrnWrite
     EXPECT_EQ(write(*again.scene, options).text, text);
 }
 
-// Writes what has been read and expects it to survive; returns the text.
+// Reads and writes `text` without losses and expects the result to read back; returns the result.
 std::string rewritten(const std::string& text, const VrnWriterOptions& options = {}) {
     const Reading r = readText(String(std::string_view(text)));
     const Written written = write(*r.scene, options);
@@ -50,7 +50,7 @@ TEST(VrnWriter, writesEachKindOfValue) {
         {"-7", "-7"},
         {"7u", "7u"},
         {"9223372036854775807u", "9223372036854775807u"},
-        {"-1u", "-1u"}, // the largest one
+        {"-1u", "-1u"}, // the largest UInt
         {"5.", "5.0"},
         {"1e300f", "1.0e+300"},
         {"1.5e300", "1.5e+300"},
@@ -108,7 +108,7 @@ TEST(VrnWriter, wrapsListsAtWholeElements) {
                                                "        10 11 12\n"
                                                "    };\n");
     EXPECT_EQ(rewritten(text, {.column = 0}), "t n:\n    .x = vec3f[4] {1 2 3 40 50 60 7 8 9 10 11 12};\n");
-    // Just as long as the column allows, and one more.
+    // Exactly as long as the column allows, and one character longer.
     EXPECT_EQ(rewritten(text, {.column = 50}), rewritten(text, {.column = 0}));
     EXPECT_EQ(rewritten(text, {.column = 49}), "t n:\n"
                                                "    .x = vec3f[4] {\n"
@@ -122,7 +122,7 @@ TEST(VrnWriter, wrapsListsAtWholeElements) {
                                                                                  "    };\n");
 }
 
-// The column itself may be used, the one after it may not.
+// A line may extend to the column, inclusive.
 TEST(VrnWriter, wrapsBeyondTheColumn) {
     for (const std::size_t column : {100U, 60U, 73U}) {
         const VrnWriterOptions options{.column = static_cast<u32>(column)};
@@ -131,7 +131,7 @@ TEST(VrnWriter, wrapsBeyondTheColumn) {
                   "t n:\n    ." + name + " = float[3] {1 2 3};\n");
         EXPECT_EQ(rewritten("t n; n.x" + name + " = float[3] {1 2 3};", options),
                   "t n:\n    .x" + name + " = float[3] {\n        1 2 3\n    };\n");
-        // A line of a list of several lines.
+        // The same for one line of a list that is wrapped.
         std::string line = "1";
         std::size_t count = 2;
         for (; line.size() + 2 <= column - 8; ++count)
@@ -147,7 +147,7 @@ TEST(VrnWriter, wrapsBeyondTheColumn) {
                                                                             line.substr(last + 1) + "0 4\n    };\n");
     }
     const std::string name(100 - std::string_view("    . = float[3] {1 2 3};").size(), 'x');
-    for (const bool isLonger : {false, true}) // than the default column
+    for (const bool isLonger : {false, true}) // longer than the default column
         EXPECT_EQ(rewritten("t n; n." + name + (isLonger ? "x" : "") + " = float[3] {1 2 3};"),
                   rewritten("t n; n." + name + (isLonger ? "x" : "") + " = float[3] {1 2 3};", {.column = 100}));
 }
@@ -221,8 +221,8 @@ TEST(VrnWriter, writesContainers) {
         EXPECT_EQ(rewritten(std::string("t n; ") + text), std::string("t n:\n") + written);
 }
 
-// Links can make elements before the array has a type, behind those that give it one.
-TEST(VrnWriter, writesLinksBehindWhatGivesTheirArrayAType) {
+// Links can create elements before the array has a type, at higher indices than the elements that give it one.
+TEST(VrnWriter, writesLinksAfterElementsThatGiveTheArrayAType) {
     EXPECT_EQ(rewritten("t a; t b; a.l[3] = b; a.l[1] |= b.x; a.l[0].x = 1; a.l[2].y.z = 2;"),
               "t a:\n    .l[1] |= b.x;\n    .l[3] = b;\n"
               "    .l[0].x |= null;\n    .l[0] = {};\n    .l[0].x = 1;\n"
@@ -235,8 +235,8 @@ TEST(VrnWriter, writesLinksBehindWhatGivesTheirArrayAType) {
         (void)rewritten(std::string("t a; ") + text);
 }
 
-// A program, or a text with an error, can make scenes that no silent text can say. What is lost has the least to say:
-// links and indices stay.
+// A program, or a file with a type error, can create elements without a type in an array with a type. They take that
+// type and keep index and connection.
 TEST(VrnWriter, keepsLinksOfElementsThatItCannotLeaveUntyped) {
     const struct {
         const char* text;
@@ -261,7 +261,7 @@ TEST(VrnWriter, keepsLinksOfElementsThatItCannotLeaveUntyped) {
         EXPECT_EQ(lost, c.lost) << c.text;
         EXPECT_EQ(readText(String(std::string_view(written.text))).logText(), "result true\n") << c.text;
     }
-    // Buffers type all their siblings, which only a program can prevent.
+    // When a file is read, a buffer sets the type of all its siblings; a program can leave them without one.
     Scene scene;
     Node& n = *scene.createNode("t", "n");
     Input* buffers = n.createArray("b", AttrType::Null);
@@ -276,16 +276,16 @@ TEST(VrnWriter, keepsLinksOfElementsThatItCannotLeaveUntyped) {
     EXPECT_EQ(written.losses.size(), 2U);
 }
 
-// The same scene comes back with the catalogue, whose names may be older ones of other inputs.
+// The text reads back with the catalogue as the same scene, although names are older names of other inputs.
 TEST(VrnWriter, writesTheNamesThatTheCatalogueLeadsToTheInput) {
     auto catalogue = std::make_shared<Catalogue>();
     NodeType type("t");
     for (const char* name : {"a", "b", "d"})
         type.addInput({.name = name, .type = AttrType::Real});
-    type.renameInput("b", "a"); // so `b` itself needs another name
+    type.renameInput("b", "a"); // so `b` itself needs an older name
     type.renameInput("two words", "b");
     type.renameInput("c", "b");
-    type.renameInput("d", "a"); // has none
+    type.renameInput("d", "a"); // `d` has no older name
     for (const char* name : {"out", "image"})
         type.addOutput(name);
     type.renameOutput("image", "out");
@@ -296,7 +296,7 @@ TEST(VrnWriter, writesTheNamesThatTheCatalogueLeadsToTheInput) {
     Written written = write(*r.scene);
     EXPECT_EQ(written.text, "t n:\n    .a = 1.0;\n    .c = 2.0;\n    .link |= n.picture;\n    .other |= n.out;\n");
     EXPECT_EQ(written.losses,
-              (std::vector<std::string>{"n.d: the input is left out: its name is an older one of another input"}));
+              (std::vector<std::string>{"n.d: the input is left out: its name is an older name of another input"}));
     const Reading again = readText(String(std::string_view(written.text)), catalogue);
     EXPECT_EQ(again.logText(), "result true\n");
     EXPECT_EQ(firstDifference(*r.scene, *again.scene), "");
@@ -322,7 +322,7 @@ TEST(VrnWriter, writesLinks) {
               "    .e |= m.a[ * ][0];\n\nt m;\n");
 }
 
-// Without a value, only a link can make them: a real one, or else the one to nothing.
+// Only a link creates an input without a value: a connection, or a link to null.
 TEST(VrnWriter, writesInputsWithoutAType) {
     EXPECT_EQ(rewritten("t n; n.a |= null; n.b |= n.out; n.o.c |= null; n.o.d |= n.out; n.l[0] |= null;"
                         "n.l[1] |= n.out;"),
@@ -354,16 +354,16 @@ TEST(VrnWriter, leavesOutWhatNodesHaveFromTheirDefinition) {
               "d other:\n    .x = 2;\n    .a = [];\n    .a[0] = 1.0;\n    .a[1] = 2.0;\n    .o = {};\n    .o.m = 3;\n");
 }
 
-TEST(VrnWriter, writesADefinitionThatHasChangedBehindItsNodes) {
+TEST(VrnWriter, writesADefinitionThatHasChangedAfterItsNodes) {
     EXPECT_EQ(
         rewritten("define d; d.x = 1; d n; d.y = 2; d m;"),
         "define d;\n\nd n:\n    .x = 1;\n\nd m:\n    .x = 1;\n    .y = 2;\n\nwith d:\n    .x = 1;\n    .y = 2;\n");
-    // What only a link makes is not there yet when it is copied.
+    // Links are resolved at the end of the file, after the node has copied the definition.
     EXPECT_EQ(rewritten("define d; d.r = null; d n; n.r = n;"),
               "define d;\n\nwith d:\n    .r = null;\n\nd n:\n    .r = n;\n");
 }
 
-TEST(VrnWriter, tellsWhatATextCannotSay) {
+TEST(VrnWriter, listsWhatAFileCannotExpress) {
     Scene scene;
     scene.setFileVersion(2);
     scene.setFileTime("noon");
@@ -386,20 +386,20 @@ TEST(VrnWriter, tellsWhatATextCannotSay) {
     const Written written = write(scene);
     EXPECT_EQ(written.losses,
               (std::vector<std::string>{
-                  ": a comment that is no `#` and one line is left out",
-                  ": the file version is in no comment; one is added",
-                  ": the file time is in no comment; one is added",
-                  "null: the node is left out: its name or its type is no identifier",
-                  "a: the node is left out: its name or its type is no identifier",
-                  "n.: the input is left out: its name is no identifier",
-                  "n.link: the link is left out: what it leads to is, or has a name that no text can have",
-                  "n.reference: the link is left out: what it leads to is, or has a name that no text can have",
-                  "n.buffer: the buffer is left out, or gets the type of others: it has no element type",
-                  "n.boxes: the buffer is left out: there is no keyword for its element type",
-                  "n.nodes: the element type of the array is that of its elements, if any",
-                  "n.mixed[1]: the element is empty or missing: in an array with a type it has none",
-                  "n.mixed[2]: the element is empty or missing: in an array with a type it has none",
-                  "n.nan: a NaN loses its sign or what else its bits say",
+                  ": the comment is left out: it does not begin with `#`, or contains a line end or a byte 0xFF",
+                  ": no comment states the file version; one is added",
+                  ": no comment states the file time; one is added",
+                  "null: the node is left out: its name or type is not an identifier",
+                  "a: the node is left out: its name or type is not an identifier",
+                  "n.: the input is left out: its name is not an identifier",
+                  "n.link: the link is left out: its target is left out or cannot be named",
+                  "n.reference: the link is left out: its target is left out or cannot be named",
+                  "n.buffer: the buffer has no element type: only its index and connection, if any, are written",
+                  "n.boxes: the buffer is left out: its element type has no keyword",
+                  "n.nodes: the element type of the array is left out: a reader derives it from the elements",
+                  "n.mixed[1]: the element takes the element type of its array: only its index and connection are kept",
+                  "n.mixed[2]: the element takes the element type of its array: only its index and connection are kept",
+                  "n.nan: a NaN loses its sign or payload",
               }));
     EXPECT_EQ(written.text,
               "# version: 2\n# time: noon\n\nt n:\n    .link = 0.0;\n    .reference = null;\n"
@@ -408,8 +408,8 @@ TEST(VrnWriter, tellsWhatATextCannotSay) {
     EXPECT_EQ(readText(String(std::string_view(written.text))).logText(), "result true\n");
 }
 
-// A part of a scene that cannot be written leaves the rest as it is.
-TEST(VrnWriter, leavesOutNoMoreThanItTells) {
+// A part of a scene that cannot be written does not affect the rest.
+TEST(VrnWriter, losesNoMoreThanItLists) {
     Scene scene;
     Node& n = *scene.createNode("t", "n");
     Node& ofBadType = *scene.createNode("bad type", "good");
@@ -454,18 +454,19 @@ TEST(VrnWriter, writesNoValuesThatTheCatalogueRefuses) {
     again.run([&] { return parseString(again.scene.get(), String(std::string_view(written.text))); });
     EXPECT_EQ(again.logText(), "result true\n");
     EXPECT_EQ(firstDifference(*r.scene, *again.scene), "");
-    // One that a program has given another value.
+    // A program has changed the value.
     r.input("m.linked")->assign(AttrData::real(5));
     EXPECT_EQ(write(*r.scene).losses,
-              (std::vector<std::string>{"m.linked: the value is left out: the input is marked as taking none"}));
+              (std::vector<std::string>{"m.linked: the value is left out: the input is locked or link-only"}));
 }
 
-TEST(VrnWriter, tellsWhichTimesNoCommentCanSay) {
+TEST(VrnWriter, listsTimesThatNoCommentCanState) {
     for (const char* time : {" noon", "two\nlines", "version: 7"}) {
         Scene scene;
         scene.setFileTime(time);
         const Written written = write(scene);
-        EXPECT_EQ(written.losses, (std::vector<std::string>{": the file time cannot stand in a comment"})) << time;
+        EXPECT_EQ(written.losses, (std::vector<std::string>{": the file time is left out: no comment can state it"}))
+            << time;
         EXPECT_EQ(written.text, "");
     }
 }
@@ -483,7 +484,7 @@ TEST(VrnWriter, whatTheSinkThrowsPassesThrough) {
                  std::runtime_error);
 }
 
-// Every text that there is.
+// All VRN files of the project.
 TEST(VrnWriter, examplesAndGoldenTextsSurvive) {
     const std::vector<std::filesystem::path> paths = allTexts();
     EXPECT_GE(paths.size(), 60U);

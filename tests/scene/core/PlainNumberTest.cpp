@@ -6,8 +6,8 @@
 
 namespace vrn::test {
 
-// Whatever the fast path accepts, the general parser accepts with the same result. (A leading blank keeps String::parse
-// off the fast path.)
+// Everything that the fast path accepts, the general parser accepts with the same result. (A leading blank keeps
+// String::parse off the fast path.)
 template <class Number> static bool agrees(const std::string& text) {
     for (const char* after : {"", " ", " 12345678", "}      "}) {
         const std::string padded = text + after;
