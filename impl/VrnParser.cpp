@@ -29,7 +29,7 @@ bool VrnParser::parse(IScene* target, Lexer* source) {
     return isRead;
 }
 
-// Outside of the handler of all other errors: one among the first tokens is the caller's.
+// Not part of readStatements(), which logs errors: those among the first tokens are thrown to the caller.
 void VrnParser::primeOrNotice() {
     try {
         prime();
@@ -54,7 +54,7 @@ bool VrnParser::readStatements() {
     return true;
 }
 
-// A text may end where its author did not mean it to. Where an error has ended it, that has said so.
+// Notices about silently accepted input. After an error, an unterminated token needs no notice.
 void VrnParser::noticeTheEnd(bool isRead) const {
     if (isRead && current().text != messages::endOfInput)
         logNotice(current().position(), messages::endsInsideToken, String(current().text).buf());
@@ -65,7 +65,7 @@ void VrnParser::noticeTheEnd(bool isRead) const {
                   static_cast<unsigned long long>(lexer->foreignBytes()));
 }
 
-// Fills the look-ahead by consuming as many placeholders as it holds.
+// Fills the look-ahead with placeholders and consumes them.
 void VrnParser::prime() {
     for (i32 i = 0; i < lookahead; ++i)
         tokens.push(Token());
@@ -86,7 +86,7 @@ void VrnParser::parseStatements() {
 
 /// statement ::= comment | remove | define | declare | with | assign   the first that matches
 bool VrnParser::parseStatement() {
-    // Two names in a row begin no assignment, and anything else no statement about nodes.
+    // Statements about nodes begin with two identifiers; others do not.
     if (current().type == Token::Type::Id && ahead(1).type == Token::Type::Id)
         return parseRemove() || parseDefine() || parseDeclare() || parseWith();
     return parseComment() || parseAssign();
