@@ -93,7 +93,7 @@ bool VrnParser::scalar(AssignInfo& info) {
     return literal(info, isRead) ? isRead : keywordScalar(info);
 }
 
-/// literal ::= TRUE | FALSE | INT | REAL | STRING | BRACES | BRACKETS   braces: an empty object, brackets: an empty array
+/// literal ::= TRUE | FALSE | INT | REAL | STRING | BRACES | BRACKETS   braces: empty object, brackets: empty array
 bool VrnParser::literal(AssignInfo& info, bool& isRead) {
     using Read = bool (*)(const Token& token, AttrData& data);
     const auto apply = [&](Read read) {
