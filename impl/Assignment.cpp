@@ -123,7 +123,7 @@ Input* VrnParser::namedInput(Node* node, Input* parent, const Step& step) {
 // The element at an index. In this order: parses the index, sets the element type of the array, grows the array.
 Input* VrnParser::elementInput(Input* array, const Step& step) {
     const u64 index = elementIndex(array, step.token);
-    giveElementType(array, step);
+    setElementType(array, step);
     if (index >= array->size())
         growTo(array, index, step.token);
     return array->element(index);
@@ -164,7 +164,7 @@ void VrnParser::growTo(Input* array, u64 index, const Token& brackets) {
 }
 
 // All elements of an array have one type, which the first access by a path determines.
-void VrnParser::giveElementType(Input* array, const Step& step) {
+void VrnParser::setElementType(Input* array, const Step& step) {
     if (step.type == AttrType::Null || array->elementType() == step.type)
         return;
     if (array->elementType() != AttrType::Null)
@@ -247,7 +247,7 @@ static u64 siblingsToType(const Input* array, const AttrData& data) {
 // Sets the type of `data` for all untyped elements of an array of buffers or of arrays. Amortised linear over all
 // writes to the array: untyped elements are at its end, because each write types those before it, or were created by
 // links before the array had a type, and are typed once.
-static void giveSiblingsType(Input* array, const AttrData& data) {
+static void setTypeOfSiblings(Input* array, const AttrData& data) {
     const AttrType type = array->elementType();
     const auto toType = [&](const Input* element) {
         const bool isAnyUntyped = type == AttrType::Buffer || data.elementType() != AttrType::Null;
@@ -265,7 +265,7 @@ static void giveSiblingsType(Input* array, const AttrData& data) {
 
 void VrnParser::write(AttrData data, Input* input) {
     if (Input* parent = input->parent())
-        giveSiblingsType(parent, data);
+        setTypeOfSiblings(parent, data);
     // The enumeration belongs to the input and stays valid while the value is moved into it.
     const StringVector* entries = data.type() == AttrType::String ? &input->enumeration() : nullptr;
     if (!entries || entries->isEmpty())

@@ -76,14 +76,14 @@ bool VrnParser::parseDeclare() {
     if (isNew)
         node = scene->createNode(info.type.text, name, "");
     if (wantsNotices())
-        noticeTheType(info, node, isNew);
+        logTypeNotices(info, node, isNew);
     if (info.isWith)
         withNode = node;
     return true;
 }
 
 // `with` in place of a type refers to an existing node of any type.
-void VrnParser::noticeTheType(const DeclareInfo& info, Node* node, bool isNew) const {
+void VrnParser::logTypeNotices(const DeclareInfo& info, Node* node, bool isNew) const {
     constexpr std::size_t maxQuoted = 60; // names can be as long as the text
     const String type = info.type.text;
     const String shortType = quoted(type, maxQuoted);

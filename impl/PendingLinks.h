@@ -34,7 +34,7 @@ struct PendingLink {
 };
 
 // Holds a reference to every input with a pending link, because the input may be removed from the scene before the link
-// is made. Looking up an input is O(1).
+// is made. Storing a link takes amortised constant time.
 class PendingLinks {
 public:
     PendingLinks() = default;
@@ -44,7 +44,7 @@ public:
 
     // Stores the link of an input; returns whether it replaces an earlier one that was not `null`.
     bool store(interfaces::IInput* input, PendingLink link) {
-        makeRoom();
+        growIfFull();
         std::size_t slot = home(input);
         for (; slots_[slot] != 0; slot = next(slot)) {
             Waiting& earlier = waiting_[slots_[slot] - 1];
@@ -96,7 +96,7 @@ private:
     [[nodiscard]] std::size_t next(std::size_t slot) const noexcept { return (slot + 1) & (slots_.size() - 1); }
 
     // Grows the table if one more input would make it more than half full.
-    void makeRoom() {
+    void growIfFull() {
         if (2 * (waiting_.size() + 1) <= slots_.size())
             return;
         if (slots_.size() > std::numeric_limits<u32>::max())

@@ -23,18 +23,18 @@ bool VrnParser::parse(IScene* target, Lexer* source) {
     scene = static_cast<Scene*>(target);
     lexer = source;
     const NameMapScope names(scene);
-    primeOrNotice();
+    primeWithNotices();
     const bool isRead = readStatements();
-    noticeTheEnd(isRead);
+    logEndNotices(isRead);
     return isRead;
 }
 
 // Not part of readStatements(), which logs errors: those among the first tokens are thrown to the caller.
-void VrnParser::primeOrNotice() {
+void VrnParser::primeWithNotices() {
     try {
         prime();
     } catch (const ReadError&) {
-        noticeTheEnd(false);
+        logEndNotices(false);
         throw;
     }
 }
@@ -55,7 +55,7 @@ bool VrnParser::readStatements() {
 }
 
 // Notices about silently accepted input. After an error, an unterminated token needs no notice.
-void VrnParser::noticeTheEnd(bool isRead) const {
+void VrnParser::logEndNotices(bool isRead) const {
     if (isRead && current().text != messages::endOfInput)
         logNotice(current().position(), messages::endsInsideToken, String(current().text).buf());
     if (lexer->isEndedByByte())

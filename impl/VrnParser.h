@@ -3,10 +3,9 @@
 //     VrnParser().parse(&scene, text); // one parser for each text
 //
 // A recursive-descent parser with three tokens of look-ahead: the current token and the next two. A recogniser
-//   returns false, with nothing consumed, if its statement or form does not begin at the current token
-//     (keyword scalars and literals may have been consumed: see Scalar.cpp),
+//   returns false, with nothing consumed (except by scalars: Scalar.cpp), if its form does not begin at this token,
 //   returns true after it has consumed and applied all of it,
-//   throws ReadError if the statement begins but is malformed.
+//   throws ReadError if its form begins but is malformed.
 // The comment above a recogniser contains its rule, from which scripts/grammar.py generates docs/grammar.md: `::=`
 // defines, quoted words are keywords or characters, names in capitals are tokens of the lexer.
 //
@@ -59,9 +58,9 @@ public:
     bool parse(IScene* scene, const File& file);
     bool parse(IScene* scene, Lexer* lexer);
     void prime();
-    void primeOrNotice();
+    void primeWithNotices();
     [[nodiscard]] bool readStatements();
-    void noticeTheEnd(bool isRead) const;
+    void logEndNotices(bool isRead) const;
     void parseStatements();
     [[nodiscard]] bool parseStatement();
     const Token& consume(); // the consumed token, valid until the next call
@@ -103,7 +102,7 @@ public:
     [[nodiscard]] bool define(DefineInfo& info);
     [[nodiscard]] bool declare(DeclareInfo& info);
     [[nodiscard]] bool with(WithInfo& info);
-    void noticeTheType(const DeclareInfo& info, Node* node, bool isNew) const;
+    void logTypeNotices(const DeclareInfo& info, Node* node, bool isNew) const;
     [[nodiscard]] bool keywordStatement(u64 keyword, Token::Type end, Token& name);
 
     // Paths (Path.cpp).
@@ -151,7 +150,7 @@ private:
     [[nodiscard]] u64 elementIndex(const Input* array, const Token& brackets);
     [[nodiscard]] bool canGrow(const Input* array, u64 index) const;
     void growTo(Input* array, u64 index, const Token& brackets);
-    void giveElementType(Input* array, const Step& step);
+    void setElementType(Input* array, const Step& step);
     void passThrough(Input* input, const Step& step);
     [[nodiscard]] String fullPath(const AssignInfo& info, Node* node);
     static void store(PendingLinks& links, Input* input, PendingLink link);

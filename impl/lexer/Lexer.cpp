@@ -51,12 +51,12 @@ void Lexer::consumeRun(std::size_t count) {
 // Consumes characters while `belongs` accepts them and returns them; the view is valid until the next call. `belongs`
 // must not accept line feeds.
 template <class Belongs> std::string_view Lexer::takeWhile(Belongs belongs) {
-    const char* behind = at_;
-    while (behind != end_ && belongs(*behind))
-        ++behind;
-    if (behind == end_)
+    const char* runEnd = at_;
+    while (runEnd != end_ && belongs(*runEnd))
+        ++runEnd;
+    if (runEnd == end_)
         return gatherWhile(belongs); // continues in the next window, or there is no window
-    const std::string_view run(at_, behind);
+    const std::string_view run(at_, runEnd);
     if (!run.empty())
         consumeInLine(run.size());
     return run;
@@ -65,14 +65,14 @@ template <class Belongs> std::string_view Lexer::takeWhile(Belongs belongs) {
 template <class Belongs> std::string_view Lexer::gatherWhile(Belongs belongs) {
     scratch_.clear();
     while (!isAtEnd() && belongs(static_cast<char>(cur))) {
-        const char* behind = at_;
-        while (behind != end_ && belongs(*behind))
-            ++behind;
-        if (behind == at_) {
+        const char* runEnd = at_;
+        while (runEnd != end_ && belongs(*runEnd))
+            ++runEnd;
+        if (runEnd == at_) {
             scratch_ += consume();
         } else {
-            scratch_.append(at_, behind);
-            consumeInLine(static_cast<std::size_t>(behind - at_));
+            scratch_.append(at_, runEnd);
+            consumeInLine(static_cast<std::size_t>(runEnd - at_));
         }
     }
     return scratch_;
@@ -148,7 +148,7 @@ Token Lexer::numberToken(std::string_view text) {
 
 // Consumes a word (an identifier, a number, a punctuation character) and the blanks before it with one update of the
 // position. Fails if the window may end inside the word. This is the fast path for most tokens.
-bool Lexer::takeShownWord(std::string_view& word) {
+bool Lexer::takeWordInWindow(std::string_view& word) {
     const char* at = at_;
     const char* lineStart = nullptr; // after the last line feed among the blanks
     u64 feeds = 0;
@@ -159,17 +159,17 @@ bool Lexer::takeShownWord(std::string_view& word) {
         }
     if (end_ - at <= 16)
         return false;
-    const char* behind = wordEnd(at, end_);
-    if (behind == at || behind == end_)
+    const char* next = wordEnd(at, end_);
+    if (next == at || next == end_)
         return false;
-    word = {at, behind};
-    const auto count = static_cast<std::size_t>(behind - at_);
+    word = {at, next};
+    const auto count = static_cast<std::size_t>(next - at_);
     line = wrappingAdd(line, (prev == '\n' ? 1U : 0U) + feeds);
-    column = feeds != 0 ? static_cast<i32>(behind - lineStart) : wrappingAdd(prev == '\n' ? 0 : column, count);
+    column = feeds != 0 ? static_cast<i32>(next - lineStart) : wrappingAdd(prev == '\n' ? 0 : column, count);
     pos = wrappingAdd(pos, count);
-    prev = static_cast<signed char>(behind[-1]);
-    at_ = behind;
-    cur = static_cast<signed char>(*behind);
+    prev = static_cast<signed char>(next[-1]);
+    at_ = next;
+    cur = static_cast<signed char>(*next);
     return true;
 }
 
@@ -182,7 +182,7 @@ Token Lexer::wordToken(std::string_view word) {
 
 Token Lexer::nextToken(ElementSink* sink) {
     std::string_view word;
-    if (takeShownWord(word))
+    if (takeWordInWindow(word))
         return wordToken(word);
     if (isIn(cur, blankChar))
         skipBlanks();

@@ -9,8 +9,8 @@
 // tokens are the same. Only line feeds end lines; columns count bytes.
 //
 // The lexer does not log: a lexical error is a token of type Invalid or Eof whose text is the formatted message.
-// Scanning is linear in the text; memory is bounded by the longest token of the last few statements, except buffer
-// lists that go to an ElementSink. A lexer is confined to one thread.
+// Scanning is linear in the text; if startStatement() is called, memory is bounded by the tokens of the last four
+// statements, without the lists that go to an ElementSink. A lexer is confined to one thread.
 #pragma once
 
 #include "impl/lexer/ElementSink.h"
@@ -123,7 +123,7 @@ private:
     Token listFor(ElementSink& sink, const ListKind& kind);
     // Inlined into nextToken() so that the position reaches the token in registers: loading `line` and `column` as one
     // word right after storing them separately would stall on store forwarding.
-    [[nodiscard, gnu::always_inline]] inline bool takeShownWord(std::string_view& word);
+    [[nodiscard, gnu::always_inline]] inline bool takeWordInWindow(std::string_view& word);
     [[nodiscard, gnu::always_inline]] inline Token wordToken(std::string_view word);
     [[nodiscard, gnu::always_inline]] inline Token idToken(std::string_view word);
     [[nodiscard, gnu::always_inline]] inline Token numberToken(std::string_view text);
@@ -169,8 +169,8 @@ private:
 };
 
 inline Token Lexer::token(Token::Type type, std::string_view text) const {
-    const bool isShown = isWindowKept_ && text.data() != scratch_.data();
-    return here(type, isShown ? text : texts_.keep(text));
+    const bool isInWindow = isWindowKept_ && text.data() != scratch_.data();
+    return here(type, isInWindow ? text : texts_.keep(text));
 }
 
 } // namespace vor::velmo_sdk::impl
