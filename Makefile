@@ -1,11 +1,12 @@
-# make run   builds the command and reads an example scene
-# make test  builds everything, with and without sanitizers, and runs every test
-# make quick builds and runs the unit and golden tests
-# make install  installs library, command and manual below /usr/local, or below PREFIX
-# make bench measures the parts of the reader and compares it with other libraries, on generated texts
-# make fuzz  MINUTES=n  runs every fuzzer for n minutes
-# make lint  runs clang-tidy and cppcheck;  make coverage  reports which lines the tests reach
-# make mutants  N=n SEED=s  changes the sources in n random places and reports which changes no test notices
+# make run                  builds the command and reads an example scene
+# make quick                builds and runs the unit and golden tests
+# make test                 builds everything, with and without sanitizers, and runs every test
+# make install              installs library, command and manual below PREFIX (default: /usr/local)
+# make bench                measures the parts of the reader, and compares it with other libraries on generated files
+# make fuzz MINUTES=n       runs every fuzzer for n minutes
+# make lint                 runs clang-tidy and cppcheck
+# make coverage             reports which lines and branches the tests reach
+# make mutants N=n SEED=s   changes the sources in n random places and reports which changes no test detects
 # make format, make goldens, make grammar: see CONTRIBUTING.md
 
 LOCALES := $(CURDIR)/build/locales
@@ -40,7 +41,7 @@ quick: packages
 	@cmake --build --preset release --target vrn_tests
 	build/release/tests/vrn_tests --gtest_brief=1
 
-# DESTDIR, if there is one, stands in front of the prefix.
+# DESTDIR, if set, is prepended to the prefix.
 PREFIX := /usr/local
 install: packages
 	@$(CONFIGURE) --preset release -DCMAKE_INSTALL_PREFIX=$(abspath $(PREFIX)) >/dev/null
@@ -80,19 +81,19 @@ SEED := 1
 mutants: checks $(MUTATOR)
 	@$(MUTATOR)/bin/python scripts/mutants --count $(N) --seed $(SEED)
 
-# The program that makes the mutants.
+# The Python environment with the mutation tool.
 $(MUTATOR): scripts/requirements.txt
 	python3 -m venv $@
 	$@/bin/pip install --quiet --requirement $<
 	@touch $@
 
-# A German locale of our own, so that nobody needs root for it.
+# A compiled German locale in the build folder, which needs no root privileges.
 $(LOCALES)/de_DE.UTF-8:
 	@mkdir -p $(LOCALES)
 	localedef -i de_DE -f UTF-8 $@.new
 	mv $@.new $@
 
-# The validator of glTF files, for the tests of conversion.
+# The glTF validator for the tests of conversion.
 $(NODE_MODULES): tests/convert/package.json
 	@command -v npm >/dev/null || (apt-get update -qq && apt-get install -qq -y --no-install-recommends npm)
 	@mkdir -p build
@@ -103,7 +104,7 @@ $(NODE_MODULES): tests/convert/package.json
 format:
 	clang-format -i $$(git ls-files '*.h' '*.cpp')
 
-# Writes the expected scenes and logs of tests/data anew.
+# Overwrites the expected scenes and logs of tests/data.
 goldens:
 	VRN_UPDATE_GOLDENS=1 build/release/tests/vrn_tests --gtest_filter='*Golden*'
 

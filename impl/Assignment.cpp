@@ -8,7 +8,7 @@
 
 namespace vor::velmo_sdk::impl {
 
-// One name or index of a target's path, with what is made there if there is nothing yet.
+// One name or index of a target path, with the type to create if nothing exists there.
 struct VrnParser::Step {
     const Token& token;
     bool isLast;
@@ -40,7 +40,7 @@ bool VrnParser::parseAssign() {
     return true;
 }
 
-// A link to `null` undoes an earlier one; any other loses it.
+// `null` removes an earlier link on purpose; replacing it by any other link is worth a notice.
 void VrnParser::store(PendingLinks& links, Input* input, PendingLink link) {
     const TextPosition position = link.position;
     const bool isNull = link.isNull();
@@ -61,21 +61,21 @@ Node* VrnParser::targetNode(const AssignInfo& info) {
     return node;
 }
 
-// The path for messages: with the node's name even where the text left it out.
+// The path for messages, with the node's name even if the text omits it.
 String VrnParser::fullPath(const AssignInfo& info, Node* node) {
     const String path = collapse(info.path);
     return path.startsWith(".") ? node->name() + path : path;
 }
 
-// What a step is made as follows from the one or two behind it: a name makes an object, an index an
-// array of what the index is made as, and the last one is of the value's own type.
+// The type to create for a step follows from the next one: an object before a name, an array before an index, and the
+// type of the value at the end of the path.
 static AttrType typeBefore(const Token* next, AttrType valueType) noexcept {
     if (!next)
         return valueType;
     return next->type == Token::Type::Id ? AttrType::Object : AttrType::Array;
 }
 
-// The next name or index of a path behind place `i`, or null; the dots say nothing more.
+// The next name or index of a path after token `i`, or null; skips dots.
 static const Token* nextName(const ds::Vector<Token>& path, std::size_t& i) noexcept {
     while (++i < path.size())
         if (path[i].type != Token::Type::Dot)
@@ -106,7 +106,7 @@ Input* VrnParser::targetInput(const AssignInfo& info) {
     return input;
 }
 
-// The input or member of a name, made if it is not there.
+// The input or member of a name, created if missing.
 Input* VrnParser::namedInput(Node* node, Input* parent, const Step& step) {
     const String name = updateInputName(node->type(), step.token.text);
     const auto make = [&](auto* owner) {
@@ -120,16 +120,16 @@ Input* VrnParser::namedInput(Node* node, Input* parent, const Step& step) {
     return node->hasInput(name, AttrType::Null) ? node->input(name) : make(node);
 }
 
-// The element of an index. In this order: the index is read, the array gets its element type, the array grows.
+// The element at an index. In this order: parses the index, sets the element type of the array, grows the array.
 Input* VrnParser::elementInput(Input* array, const Step& step) {
     const u64 index = elementIndex(array, step.token);
-    giveElementType(array, step);
+    setElementType(array, step);
     if (index >= array->size())
         growTo(array, index, step.token);
     return array->element(index);
 }
 
-/// index ::= '[' ( '*' | integer ) ']'   of an element; `*` appends one
+/// index ::= '[' ( '*' | integer ) ']'   the index of an element; `*` appends an element
 u64 VrnParser::elementIndex(const Input* array, const Token& brackets) {
     const String text = String(brackets.text).trimChars("[]");
     u64 index = array->size(); // NOLINT(clang-analyzer-core.CallAndMessage): a path begins with a name
@@ -138,7 +138,7 @@ u64 VrnParser::elementIndex(const Input* array, const Token& brackets) {
     return index;
 }
 
-// How many elements a text may create by naming a later one; the scene of a host may know no such limit.
+// How many elements a text may create implicitly, by assigning a later one; unlimited if a host's scene has no limit.
 template <class Limits> static u64 maxImplicitElements(const Limits& limits) noexcept {
     if constexpr (requires { limits.maxImplicitElements; })
         return limits.maxImplicitElements;
@@ -152,7 +152,7 @@ bool VrnParser::canGrow(const Input* array, u64 index) const {
            implicit <= maxImplicitElements(scene->limits()) - implicitElements;
 }
 
-// Appends elements one by one until the index exists. Nothing is appended where a limit forbids one of them.
+// Appends elements until the index exists. Checks the limits first: an error leaves the array unchanged.
 void VrnParser::growTo(Input* array, u64 index, const Token& brackets) {
     const auto refuse = [&] { parseError(messages::invalidArrayIndex, String(brackets.text).trimChars("[]").buf()); };
     if (!canGrow(array, index))
@@ -163,8 +163,8 @@ void VrnParser::growTo(Input* array, u64 index, const Token& brackets) {
             refuse();
 }
 
-// All elements of an array are of one type: that of the first one asked for.
-void VrnParser::giveElementType(Input* array, const Step& step) {
+// All elements of an array have one type, which the first access by a path determines.
+void VrnParser::setElementType(Input* array, const Step& step) {
     if (step.type == AttrType::Null || array->elementType() == step.type)
         return;
     if (array->elementType() != AttrType::Null)
@@ -172,7 +172,7 @@ void VrnParser::giveElementType(Input* array, const Step& step) {
     array->set(AttrData::array(step.type));
 }
 
-// Checks that an input before the last is what the path goes on into.
+// Checks that an input inside a path has the type that the next step requires; types it if it has none.
 void VrnParser::passThrough(Input* input, const Step& step) {
     if (input->type() == step.type)
         return;
@@ -198,7 +198,7 @@ void VrnParser::apply(AssignInfo& info, Input* input) {
     write(isConverted ? convert(info.data, input->type()) : std::move(info.data), input);
 }
 
-// Inputs that take no value at all, and buffers, which take only their own kind.
+// Locked and link-only inputs accept no values; buffers accept only buffers of their element type.
 bool VrnParser::refuses(Input* input, const AssignInfo& info) {
     const AttrData& data = info.data;
     if (input->isLocked() || input->isLinkOnly()) {
@@ -217,15 +217,15 @@ bool VrnParser::refuses(Input* input, const AssignInfo& info) {
     return true;
 }
 
-// Whether an element of an array of buffers, or of arrays, has no type yet that `set` could give it.
+// Whether an element of an array of buffers or of arrays has no type, or no element type, yet.
 static bool isUntyped(const Input* element, AttrType type) {
     if (element->type() != type)
         return element->type() == AttrType::Null;
     return type == AttrType::Buffer ? element->dataType() == DataType::Null : element->elementType() == AttrType::Null;
 }
 
-// How many elements of type Null an array of arrays has; as many as it has elements for a host that does not count
-// them.
+// The number of elements of type Null in an array of arrays; for a host that does not count them, all elements as an
+// upper bound.
 template <class AnyInput> static u64 nullElements(const AnyInput* array) {
     if constexpr (requires { array->nullElements(); })
         return array->nullElements();
@@ -233,8 +233,8 @@ template <class AnyInput> static u64 nullElements(const AnyInput* array) {
         return array->size();
 }
 
-// How many elements a value may give a type to. An array value without element type makes an array of an element that
-// has no type at all, and changes nothing about an array.
+// Upper bound for the number of elements that a value determines the type of. An array value without element type turns
+// elements of type Null into arrays, but does not affect elements that are arrays already.
 static u64 siblingsToType(const Input* array, const AttrData& data) {
     const AttrType type = array->elementType(); // Null for the members of an object
     if (type == AttrType::Buffer)
@@ -244,10 +244,10 @@ static u64 siblingsToType(const Input* array, const AttrData& data) {
     return 0;
 }
 
-// Gives the elements of an array of buffers or of arrays that have no type yet the one of `data`. Linear in all writes
-// to the array together: untyped elements are at its end, for each write types those before it, or were made by links
-// before the array had a type, and are typed once.
-static void giveSiblingsType(Input* array, const AttrData& data) {
+// Sets the type of `data` for all untyped elements of an array of buffers or of arrays. Amortised linear over all
+// writes to the array: untyped elements are at its end, because each write types those before it, or were created by
+// links before the array had a type, and are typed once.
+static void setTypeOfSiblings(Input* array, const AttrData& data) {
     const AttrType type = array->elementType();
     const auto toType = [&](const Input* element) {
         const bool isAnyUntyped = type == AttrType::Buffer || data.elementType() != AttrType::Null;
@@ -265,8 +265,8 @@ static void giveSiblingsType(Input* array, const AttrData& data) {
 
 void VrnParser::write(AttrData data, Input* input) {
     if (Input* parent = input->parent())
-        giveSiblingsType(parent, data);
-    // The list of an enumeration is the input's own, and stays while the value moves in.
+        setTypeOfSiblings(parent, data);
+    // The enumeration belongs to the input and stays valid while the value is moved into it.
     const StringVector* entries = data.type() == AttrType::String ? &input->enumeration() : nullptr;
     if (!entries || entries->isEmpty())
         return input->assign(std::move(data));

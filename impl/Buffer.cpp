@@ -10,8 +10,8 @@ namespace vor::velmo_sdk::impl {
 
 using Type = Token::Type;
 
-/// buffer ::= bufferType BRACKETS BRACES   the brackets are a count, the braces numbers or a payload
-/// count ::= '[' integer ']'   of elements; the keyword names a DataType, whose layout gives their size
+/// buffer ::= bufferType BRACKETS BRACES   the brackets contain the count, the braces the numbers or a payload
+/// count ::= '[' integer ']'   the number of elements, whose size is that of the DataType named by the keyword
 /// bufferType ::= 'char' | 'byte' | ( 'int' | 'uint' ) ( '16' | '32' | '64' ) | 'float' | 'double'
 ///              | ( 'vec2' | 'vec3' | 'vec4' ) ( 'f' | 'd' | 'i' | 'u' )
 ///              | ( 'pos2' | 'pos3' | 'mat3' | 'mat4' ) ( 'f' | 'd' | 'i' )
@@ -30,14 +30,15 @@ bool VrnParser::buffer(AssignInfo& info) {
     return true;
 }
 
-// The elements that were read while their list was scanned.
+// Takes the elements that were read while their list was scanned.
 ElementsRead VrnParser::takeScannedBuffer(AssignInfo& info) {
     const std::unique_ptr<BufferReader> reader = std::move(bufferInScan);
     info.data = reader->takeData();
     return reader->elementsRead();
 }
 
-// The elements of a list that was scanned as a token: what comes before it did not look like a buffer's assignment.
+// Reads the elements of a list that was scanned as a token, because the tokens before it did not look like the
+// assignment of a buffer.
 ElementsRead VrnParser::readBufferText(DataType type, AssignInfo& info) {
     std::optional<AttrData> buffer = zeroBuffer(type, info.bufferHeadToken.text);
     if (!buffer)
@@ -46,15 +47,15 @@ ElementsRead VrnParser::readBufferText(DataType type, AssignInfo& info) {
     return readElements(info.bufferBodyToken.text, info.data);
 }
 
-// The token after the look-ahead, while the one before it is being consumed.
+// The token after the look-ahead, scanned while the current token is consumed.
 Token VrnParser::nextToken() {
     const bool mayBeBuffer =
         prevToken.type == Type::Equals && ahead(1).type == Type::Id && ahead(2).type == Type::Brackets;
     return mayBeBuffer && scene ? bufferList() : lexer->nextToken();
 }
 
-// The same where it may be the list of a buffer. Its elements then go straight into their block while they are
-// scanned; a list of many megabytes would otherwise be stored as text first.
+// The same for a token that may be the list of a buffer. Its elements are parsed into their block while they are
+// scanned, because a list of many megabytes would otherwise be stored as text first.
 Token VrnParser::bufferList() {
     const DataType* type = bufferType(ahead(1).text);
     std::optional<AttrData> buffer = type ? zeroBuffer(*type, ahead(2).text) : std::nullopt;
@@ -69,8 +70,8 @@ Token VrnParser::bufferList() {
     return next;
 } // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): it does not see that the reader is moved
 
-// A zero-filled buffer of as many elements as the brackets say; nothing if that is no count, or more than the scene's
-// limit or the memory allows.
+// A zero-filled buffer with the number of elements in the brackets; nullopt if that is not a number, or exceeds the
+// scene's limit or the available memory.
 std::optional<AttrData> VrnParser::zeroBuffer(DataType type, std::string_view brackets) const {
     unsigned long long count = 0;
     if (!String::parse(String(brackets).trimChars("[]"), count, String::Radix::Auto) ||

@@ -37,8 +37,8 @@ bool BufferReader::isPayload(char first) const noexcept {
     return first == '.' && elementLayout(data_.dataType()).isCompressible();
 }
 
-/// numbers ::= '{' ( number ( ' ' number )* )? '}'   component after component
-/// number ::= integer | real   as the component type of the DataType asks
+/// numbers ::= '{' ( number ( ' ' number )* )? '}'   the components of all elements in order
+/// number ::= integer | real   depending on the component type of the DataType
 void BufferReader::startNumbers() {
     (void)withComponent(elementLayout(data_.dataType()).componentType, [&]<class Number>(Number) {
         numbers_ = NumberFiller::make<Number>(data_.bytes());

@@ -1,4 +1,4 @@
-// The value of a buffer, made from the list of its numbers while that is scanned.
+// Builds the value of a buffer from its list of elements while the list is scanned.
 #pragma once
 
 #include "impl/BufferText.h"
@@ -9,18 +9,18 @@
 
 namespace vor::velmo_sdk::impl {
 
-// A list whose first element begins with a `.` is a compressed payload if the elements are bytes.
+// If the elements are bytes, a list that begins with a `.` is a compressed payload.
 class BufferReader final : public ElementSink {
 public:
-    // `buffer` has its block, zero-filled and of its final size.
+    // The block of `buffer` must be zero-filled and have its final size.
     explicit BufferReader(AttrData buffer) noexcept : data_(std::move(buffer)) {}
 
     void take(std::string_view characters) override;
 
-    // To be called after the last piece.
+    // Call after the last piece.
     void finish();
 
-    // How that went, after finish(); takeData() does not change it.
+    // The outcome: valid after finish(), also once the data has been taken.
     [[nodiscard]] ElementsRead elementsRead() const;
 
     [[nodiscard]] AttrData takeData() noexcept { return std::move(data_); }

@@ -24,7 +24,7 @@ consteval std::size_t countKeywords() {
     return count;
 }
 
-// The keywords of buffers and their element types, in the order of the keywords' numbers.
+// The keywords of buffers and their element types, sorted by keyword number for binary search.
 consteval std::array<BufferType, countKeywords()> sortKeywords() {
     std::array<BufferType, countKeywords()> types;
     std::size_t count = 0;

@@ -7,7 +7,7 @@
 
 namespace vor::velmo_sdk::impl {
 
-// The element type that a keyword of any case names, or null.
+// The element type of a buffer keyword, which is not case-sensitive; null for other words.
 [[nodiscard]] const DataType* bufferType(std::string_view keyword);
 
 } // namespace vor::velmo_sdk::impl

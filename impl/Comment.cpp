@@ -4,7 +4,7 @@
 
 namespace vor::velmo_sdk::impl {
 
-/// comment ::= COMMENT   one with `version:` or `time:` in it sets the file's version or time
+/// comment ::= COMMENT   a comment that contains `version:` or `time:` sets the file version or time
 bool VrnParser::parseComment() {
     Token comment;
     if (!match(comment, Token::Type::Comment))

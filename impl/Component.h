@@ -1,4 +1,4 @@
-// The numbers that buffers are made of, as types of the language.
+// Maps the component types of buffers to C++ types.
 #pragma once
 
 #include "scene/AttrData.h"
@@ -26,7 +26,7 @@ static_assert(velmo_sdk::detail::forAllDataTypes([](DataType type) {
 
 } // namespace detail
 
-// Calls `use(number)` with a zero of the type of a component; false if a text can hold no such component.
+// Returns `use(Number())` for the C++ type `Number` of a component type; false if no buffer has such components.
 template <class Use> [[nodiscard]] bool withComponent(DataType type, Use use) {
     return detail::Components::with(type, use);
 }

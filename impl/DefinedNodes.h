@@ -1,4 +1,4 @@
-// The nodes that the text has defined, in its order, for the with statement to search.
+// The nodes that the text defines, in order of definition, which the `with` statement searches.
 #pragma once
 
 #include "scene/Node.h"
@@ -8,24 +8,24 @@ namespace vor::velmo_sdk::impl {
 
 class DefinedNodes {
 public:
-    // Appends a node, which may be null or there already.
+    // Appends a node; null and duplicates are allowed.
     void add(Node* node) {
         ds::Vector<std::size_t>* places = places_.find(node);
         (places ? *places : places_.set(node, {})).push(nodes_.size());
         nodes_.push(node);
     }
 
-    // Puts null in every place of a node that is about to go. O(1) for each place.
+    // Replaces all occurrences of a node by null; call before it is destroyed. O(1) for each occurrence.
     void forget(Node* node) {
         ds::Vector<std::size_t>* places = places_.find(node);
         if (!places)
             return;
         for (const std::size_t place : *places)
             nodes_[place] = nullptr;
-        places->clear(); // another node may come to stand at the same address
+        places->clear(); // a later node may have the same address
     }
 
-    // The last node whose type is `type`, or null.
+    // The last node of a type, or null. Linear in the number of definitions.
     [[nodiscard]] Node* lastOfType(const String& type) const {
         Node* match = nullptr;
         for (Node* node : nodes_)

@@ -1,4 +1,4 @@
-// How the reader raises errors. Each ends the parse; the driver logs it.
+// The errors that end a parse, which the driver logs, and the names of messages.
 #include "impl/Messages.h"
 #include "impl/VrnParser.h"
 

@@ -11,9 +11,9 @@ std::size_t lastLineLength(std::string_view text) noexcept { return text.size() 
 } // namespace
 
 void FormattedLines::append(Line line) {
-    constexpr std::size_t longestRun = 1000; // is held in memory
-    const bool goesOn = !run_.empty() && !run_.back().comment.empty() && !line.isAfterBlank && run_.size() < longestRun;
-    if (!goesOn)
+    constexpr std::size_t maxRun = 1000; // lines held in memory
+    const bool continues = !run_.empty() && !run_.back().comment.empty() && !line.isAfterBlank && run_.size() < maxRun;
+    if (!continues)
         flushRun();
     run_.push_back(std::move(line));
 }

@@ -1,4 +1,4 @@
-// The lines of a formatted text, with the comments behind them one below the other.
+// Writes the lines of a formatted text and aligns their trailing comments.
 #pragma once
 
 #include "scene/core/TextSink.h"
@@ -10,19 +10,19 @@ namespace vor::velmo_sdk::impl {
 
 class FormattedLines {
 public:
-    // Lines that end beyond the column have their comments just behind them; 0 means none do.
+    // The comments of lines that end beyond the column are not aligned, but follow two blanks after the line.
     FormattedLines(const TextSink& sink, std::size_t column) : text_(sink), column_(column) {}
 
-    // A line, or several, without the last line feed.
+    // One or more lines, without the last line feed.
     struct Line {
         std::string text;
-        bool isAfterBlank = false; // a blank line stands before it, unless it is the first
-        std::string comment{};     // behind it
+        bool isAfterBlank = false; // preceded by a blank line, unless it is the first line of the text
+        std::string comment{};     // the trailing comment
     };
 
     void append(Line line);
 
-    // Puts a comment behind the line that came last.
+    // Sets the trailing comment of the line that was appended last.
     void appendComment(std::string_view comment) { run_.back().comment = comment; }
 
     void finish();
@@ -32,7 +32,7 @@ private:
 
     TextBlock text_;
     std::size_t column_;
-    std::vector<Line> run_; // lines that follow each other, of which only the last may have no comment
+    std::vector<Line> run_; // consecutive lines to be aligned; only the last one may have no comment
     bool isFirst_ = true;
 };
 

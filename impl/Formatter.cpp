@@ -17,11 +17,11 @@ using Type = Token::Type;
 
 constexpr std::size_t indentation = 4;
 
-// A token as it is to be written: as in the text, but lists with single spaces.
+// A token as it is written: spelled as in the text, except that lists have single spaces between elements.
 struct Piece {
     Type type = Type::Eof;
     std::string_view text;
-    std::size_t lineFeeds = 0; // between it and the one before
+    std::size_t lineFeeds = 0; // between the previous token and this one
 
     [[nodiscard]] bool isList() const noexcept { return type == Type::Parens || type == Type::Braces; }
     [[nodiscard]] bool endsStatement() const noexcept {
@@ -29,13 +29,13 @@ struct Piece {
     }
 };
 
-// The tokens of a text, and how they are spelled there.
+// Splits a text into tokens and keeps their spelling.
 class Pieces {
 public:
     explicit Pieces(const String& text) : text_(text), lexer_(text) {}
 
     [[nodiscard]] Piece next() {
-        const std::size_t end = lexer_.offset(); // of the one before
+        const std::size_t end = lexer_.offset(); // of the previous token
         const Token token = lexer_.nextToken();
         if (token.type == Type::Invalid || (token.type == Type::Eof && token.text != messages::endOfInput))
             throw FormatError(token.text, token.position());
@@ -53,11 +53,11 @@ public:
         return piece;
     }
 
-    // When what next() has given is not needed any more.
+    // Call when the pieces that next() has returned are no longer needed.
     void forget() noexcept { lexer_.startStatement(); }
 
 private:
-    // What the reader takes without a word would be lost.
+    // Refuses bytes that the reader skips silently: formatting would remove them.
     void checkEnd() const {
         if (lexer_.foreignBytes() != 0)
             refuseForeign(lexer_.foreignBytes(), lexer_.firstForeignByte());
@@ -76,7 +76,7 @@ private:
     StringLexer lexer_;
 };
 
-// Whether the tokens may touch, and are commonly written so. Others might be taken for one token then.
+// Whether two tokens are written without a blank between them. Other pairs could merge into one token.
 bool canTouch(const Piece& left, const Piece& right) noexcept {
     const bool isPathPart = left.type == Type::Id || left.type == Type::Brackets;
     switch (right.type) {
@@ -97,7 +97,7 @@ bool canTouch(const Piece& left, const Piece& right) noexcept {
     }
 }
 
-// How many numbers of a list belong together, as the tokens before it have it.
+// How many numbers of a list form an element, depending on the tokens before it.
 std::size_t elementLength(std::span<const Piece> before, Type list) {
     if (list == Type::Braces && before.size() >= 2 && before[before.size() - 1].type == Type::Brackets) {
         const DataType* type = bufferType(before[before.size() - 2].text);
@@ -107,9 +107,9 @@ std::size_t elementLength(std::span<const Piece> before, Type list) {
     return word == keyword("mat3") ? 3 : word == keyword("mat4") ? 4 : 1; // rows
 }
 
-// A list whose last element has a separator behind it keeps one; its text would be another without.
+// A list keeps a separator after its last element, because the separator is part of the text of the token.
 struct ListText {
-    std::string_view words; // with single spaces between them
+    std::string_view words; // separated by single spaces
     bool hasLastSeparator;
 
     explicit ListText(std::string_view list) noexcept
@@ -119,7 +119,7 @@ struct ListText {
     [[nodiscard]] std::string_view separator() const noexcept { return hasLastSeparator ? "," : ""; }
 };
 
-// One statement on one line, or with its lists on lines of their own.
+// The text of a statement: on one line if it fits or has no lists, otherwise with wrapped lists.
 class StatementText {
 public:
     StatementText(std::span<const Piece> pieces, u32 column)
@@ -158,11 +158,11 @@ private:
         text_ += list.back();
     }
 
-    // Each line takes as many elements as fit, of `each` words each.
+    // Puts as many elements of `each` words on each line as fit.
     void appendLines(const Piece& list, std::size_t each) {
         const ListText text(list.text);
         text_ += list.text[0];
-        std::size_t used = column_; // of the line
+        std::size_t used = column_; // columns of the current line
         for (std::string_view left = text.words; !left.empty();) {
             const std::string_view element = takeWords(left, each);
             const bool isNextLine = used + 1 + element.size() > column_;
@@ -215,7 +215,7 @@ public:
 private:
     static constexpr const char* byteOrderMark = "\xEF\xBB\xBF";
 
-    // Blank lines at the start of the text go.
+    // Blank lines at the start of the text are dropped.
     bool isAfterBlank(const Piece& piece) { return !std::exchange(isFirst_, false) && piece.lineFeeds > 1; }
 
     void takeToken(const Piece& piece) {
@@ -226,13 +226,13 @@ private:
             finishStatement();
     }
 
-    // One on the line of a statement stays there.
+    // A comment after a statement on the same line remains there.
     void takeComment(const Piece& piece) {
-        if (piece.lineFeeds == 0 && comments_.empty() && isBehindStatement_)
+        if (piece.lineFeeds == 0 && comments_.empty() && isAfterStatement_)
             lines_.appendComment(piece.text);
         else
             comments_.push_back({std::string(piece.text), isAfterBlank(piece)});
-        isBehindStatement_ = false;
+        isAfterStatement_ = false;
         pieces_.forget();
     }
 
@@ -243,13 +243,13 @@ private:
         flushComments(statement.indent(), isStatementAfterBlank_);
         lines_.append({statement.text(), isStatementAfterBlank_});
         indentBefore_ = statement.indent();
-        isBehindStatement_ = statement_.back().type != Type::Comment;
+        isAfterStatement_ = statement_.back().type != Type::Comment;
         statement_.clear();
         pieces_.forget();
     }
 
-    // Comments are indented like the statement that follows; those that follow one directly, and stand apart from the
-    // next, like that one.
+    // Indents comments like the next statement. If blank lines separate them from it, those up to the first blank line
+    // are indented like the previous statement.
     void flushComments(std::size_t indent, bool isAfterBlank) {
         const auto apart = std::ranges::find(comments_, true, &FormattedLines::Line::isAfterBlank);
         const bool isApart = isAfterBlank || apart != comments_.end();
@@ -264,11 +264,11 @@ private:
     u32 column_;
     FormattedLines lines_;
     std::vector<Piece> statement_;
-    std::vector<FormattedLines::Line> comments_; // with lines of their own, before the next statement
+    std::vector<FormattedLines::Line> comments_; // on separate lines before the next statement
     std::size_t indentBefore_ = 0;
     bool isFirst_ = true;
     bool isStatementAfterBlank_ = false;
-    bool isBehindStatement_ = false;
+    bool isAfterStatement_ = false;
 };
 
 } // namespace

@@ -1,4 +1,4 @@
-// VRN text laid out anew: the same tokens, other blanks.
+// formatVrn: lays out VRN text. Changes blanks between tokens, and separators in lists, but no tokens.
 //
 //     std::string formatted;
 //     try {
@@ -7,11 +7,15 @@
 //         std::cerr << error.position().line << ": " << error.what() << '\n';
 //     }
 //
-// Each statement stands on a line of its own, those of the current node indented; lists that do not fit go on in lines
-// of whole elements. Comments stay where they are, those behind statements one below the other; of blank lines one
-// stays. The spelling of every value stays. What is read from the result is the same, scene and log, but for the places
-// that the log speaks of; formatted again it is the same text. Statements need not make sense, but a text whose tokens
-// cannot be told is refused.
+// Each statement gets its own line; statements about the current node are indented. Lists that do not fit are wrapped
+// between elements. Comments keep their place, and trailing comments are aligned. Consecutive blank lines are reduced
+// to one. Values keep their spelling.
+//
+// Reading the result produces the same scene and, apart from positions, the same log. Formatting it again changes
+// nothing. Statements need not be valid, but a text with lexical errors is refused, and so is one with bytes that the
+// reader skips silently.
+//
+// The text is borrowed for the duration of the call. Calls share no state and may run in parallel.
 #pragma once
 
 #include "scene/core/Export.h"
@@ -34,12 +38,12 @@ private:
 };
 
 struct FormatOptions {
-    u32 column = 100; // that no list should go beyond; 0: none is wrapped
+    u32 column = 100; // maximum line width for wrapping lists; 0: lists are not wrapped
 };
 
-// Hands the formatted text to `sink` in pieces of some 64 KiB. Throws FormatError, when some of it may have been handed
-// on already, std::bad_alloc, and what `sink` throws. Linear in the text; takes memory for its longest statement, and
-// for comments that follow each other.
+// Passes the formatted text to `sink` in pieces of about 64 KiB. Throws FormatError, std::bad_alloc and the exceptions
+// of `sink`, possibly after part of the result has been passed on. Linear in the text; needs memory for its longest
+// statement and for its longest run of comments.
 VRN_API void formatVrn(const String& text, const FormatOptions& options, const TextSink& sink);
 
 } // namespace vor::velmo_sdk::impl

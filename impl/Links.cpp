@@ -23,13 +23,13 @@ bool VrnParser::connect(AssignInfo& info) {
     return true;
 }
 
-/// reference ::= ID | NULL   a node's name, or none
+/// reference ::= ID | NULL   the name of a node, or null for no node
 bool VrnParser::reference(AssignInfo& info) {
     info.isReference = match(info.refToken, Type::Id) || match(info.refToken, Type::Null);
     return info.isReference;
 }
 
-// Cuts the path of an output at its dots, of which one may lead.
+// Splits the path of an output at its dot, not counting a leading one.
 PendingLink VrnParser::linkTo(const ds::Vector<Token>& source) {
     const std::span<const Token> whole(source.data(), source.size());
     const auto isDot = [](const Token& token) { return token.type == Type::Dot; };
@@ -45,7 +45,7 @@ PendingLink VrnParser::linkTo(const ds::Vector<Token>& source) {
     return link;
 }
 
-// Tells a scene that wants to know it which nodes it will be asked for next.
+// Announces the nodes that will be looked up next, if the scene supports it.
 template <class AnyScene> static void expectNodes(const AnyScene& scene, std::span<const String* const> names) {
     if constexpr (requires { scene.expectNodes(names); })
         scene.expectNodes(names);

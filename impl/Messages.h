@@ -1,6 +1,5 @@
-// Every text that the reader reports, in printf form, with its severity. docs/messages.md says of each
-// what causes it and what to do; a test holds the two together. Where a number may be larger than an
-// `int` its conversion says so; what is printed is the same.
+// Every message of the reader, in printf format, with its severity. docs/messages.md explains the cause and the remedy
+// of each; a test compares the two lists. Numbers that may exceed an `int` have a wider conversion (`%llu`).
 #pragma once
 
 #include "scene/core/Log.h"
@@ -8,12 +7,12 @@
 namespace vor::velmo_sdk::impl {
 
 #define VRN_MESSAGES(MESSAGE)                                                                                          \
-    /* What the scanner finds. */                                                                                      \
+    /* Lexical errors. */                                                                                              \
     MESSAGE(endOfInput, Error, "EOF")                                                                                  \
     MESSAGE(unexpectedEof, Error, "UNEXPECTED EOF while parsing %s")                                                   \
     MESSAGE(invalidToken, Error, "INVALID TOKEN (%d,%d): '%c'")                                                        \
     MESSAGE(invalidListToken, Error, "INVALID %s LIST TOKEN (%d,%d): '%c'")                                            \
-    /* What stands around a text that follows. */                                                                      \
+    /* Prefixes with the kind and position of another message. */                                                      \
     MESSAGE(decoratedError, Error, "%s (%d,%d): %s.")                                                                  \
     MESSAGE(typeError, Error, "TYPE ERROR (%d,%d): %s.")                                                               \
     MESSAGE(typeWarning, Warning, "TYPE WARNING (%d,%d): %s.")                                                         \
@@ -43,7 +42,7 @@ namespace vor::velmo_sdk::impl {
     MESSAGE(cannotConnectNode, Warning, "Cannot connect nonexistent node %s to %s.")                                   \
     MESSAGE(cannotConnectOutput, Warning, "Cannot connect nonexistent output %s to %s.")                               \
     MESSAGE(cannotAssignNode, Warning, "Cannot assign nonexistent node %s to %s.")                                     \
-    /* What is taken without a word. */                                                                                \
+    /* Input that is accepted silently unless notices are wanted. */                                                   \
     MESSAGE(endsInsideToken, Notice, "the text ends too early: %s")                                                    \
     MESSAGE(endedByByte, Notice, "a byte 0xFF ends the text; nothing behind it is read")                               \
     MESSAGE(foreignBytes, Notice, "bytes outside ASCII between tokens are taken for blanks: %llu in all")              \
@@ -57,19 +56,19 @@ VRN_MESSAGES(VRN_MESSAGE)
 #undef VRN_MESSAGE
 } // namespace messages
 
-// The beginning of a text that may be long, as a message quotes it.
-[[nodiscard]] inline String quoted(const String& text, std::size_t most = 20) {
-    return text.len() <= most ? text : text.substring(0, most) + "...";
+// Shortens a text for a message: to its first `maxLength` characters and `...` if it is longer.
+[[nodiscard]] inline String quoted(const String& text, std::size_t maxLength = 20) {
+    return text.len() <= maxLength ? text : text.substring(0, maxLength) + "...";
 }
 
-// What fills the first blank of messages::decoratedError.
+// First arguments of messages::decoratedError.
 inline constexpr char parseErrorKind[] = "PARSE ERROR";
 inline constexpr char bufferErrorKind[] = "BUFFER ERROR";
 
-// What says of a payload why it cannot be inflated: the messages of scene/core/Decompress.h.
+// The format of errors in payloads, whose texts are in scene/core/Decompress.h.
 inline constexpr char unreadablePayload[] = "%s";
 
-// What fills the first blank of messages::badToken.
+// The `expected` arguments of messages::badToken for alternatives.
 inline constexpr char expectedLinkSource[] = "(null|path)";
 inline constexpr char expectedValue[] = "(scalar|buffer|reference)";
 

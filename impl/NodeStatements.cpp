@@ -15,7 +15,7 @@ bool VrnParser::define(DefineInfo& info) { return keywordStatement(keyword("defi
 /// with ::= 'with' ID ':'
 bool VrnParser::with(WithInfo& info) { return keywordStatement(keyword("with"), Type::Colon, info.name); }
 
-/// declare ::= ID ID ( ';' | ':' )   type and name; the colon makes the node the one of '.' paths
+/// declare ::= ID ID ( ';' | ':' )   type and name; a colon makes the node the current one, to which '.' paths refer
 bool VrnParser::declare(DeclareInfo& info) {
     const bool ends = ahead(2).type == Type::Semicolon || ahead(2).type == Type::Colon;
     if (current().type != Type::Id || ahead(1).type != Type::Id || !ends)
@@ -27,7 +27,7 @@ bool VrnParser::declare(DeclareInfo& info) {
     return true;
 }
 
-// The types are looked at first: they tell most other statements apart without a look at the text.
+// Compares the token types first: they rule out most other statements without a comparison of text.
 bool VrnParser::keywordStatement(u64 word, Type end, Token& name) {
     if (current().type != Type::Id || ahead(1).type != Type::Id || ahead(2).type != end)
         return false;
@@ -65,7 +65,7 @@ bool VrnParser::parseDefine() {
     return true;
 }
 
-// A node of that name is taken as it is, whatever its type.
+// An existing node of that name is kept, regardless of its type.
 bool VrnParser::parseDeclare() {
     DeclareInfo info;
     if (!declare(info))
@@ -76,27 +76,27 @@ bool VrnParser::parseDeclare() {
     if (isNew)
         node = scene->createNode(info.type.text, name, "");
     if (wantsNotices())
-        noticeTheType(info, node, isNew);
+        logTypeNotices(info, node, isNew);
     if (info.isWith)
         withNode = node;
     return true;
 }
 
-// `with` in place of a type means a node that is there, whatever its type.
-void VrnParser::noticeTheType(const DeclareInfo& info, Node* node, bool isNew) const {
-    constexpr std::size_t most = 60; // of names that may be as long as the text
+// `with` in place of a type refers to an existing node of any type.
+void VrnParser::logTypeNotices(const DeclareInfo& info, Node* node, bool isNew) const {
+    constexpr std::size_t maxQuoted = 60; // names can be as long as the text
     const String type = info.type.text;
-    const String shortType = quoted(type, most);
-    const String name = quoted(info.name.text, most);
+    const String shortType = quoted(type, maxQuoted);
+    const String name = quoted(info.name.text, maxQuoted);
     const bool isWithKeyword = keywordNumber(info.type.text) == keyword("with");
     if (isNew && isWithKeyword)
         logNotice(position(), messages::newNodeOfTypeWith, name.buf(), shortType.buf());
     else if (!isNew && !isWithKeyword && node->type() != type)
-        logNotice(position(), messages::declaredAsOther, name.buf(), shortType.buf(), quoted(node->type(), most).buf());
+        logNotice(position(), messages::declaredAsOther, name.buf(), shortType.buf(),
+                  quoted(node->type(), maxQuoted).buf());
 }
 
-// `with name:` is also a declaration, and those are tried first; so this runs only for a text that no
-// declaration takes.
+// parseDeclare() also accepts `with name:` and is tried first, so this is reached only when called directly.
 bool VrnParser::parseWith() {
     WithInfo info;
     if (!with(info))

@@ -6,7 +6,7 @@ namespace vor::velmo_sdk::impl {
 
 using Type = Token::Type;
 
-/// path ::= ( ID '.' ID | '.' ID ) ( arrayattr | scalarattr )*   without a node's name: of the current node
+/// path ::= ( ID '.' ID | '.' ID ) ( arrayattr | scalarattr )*   without a node name: of the current node
 bool VrnParser::path(ds::Vector<Token>& out) {
     const bool isNamed = current().type == Type::Id && ahead(1).type == Type::Dot && ahead(2).type == Type::Id;
     if (isNamed)
@@ -18,7 +18,7 @@ bool VrnParser::path(ds::Vector<Token>& out) {
     return true;
 }
 
-/// arrayattr ::= BRACKETS   an index, as Assignment.cpp reads it
+/// arrayattr ::= BRACKETS   an index
 bool VrnParser::arrayattr(ds::Vector<Token>& out) {
     if (current().type != Type::Brackets)
         return false;
@@ -35,7 +35,7 @@ bool VrnParser::scalarattr(ds::Vector<Token>& out) {
     return true;
 }
 
-// The tokens of a path, as they would be written without spaces.
+// The text of a path, without spaces.
 String VrnParser::collapse(std::span<const Token> tokens) {
     if (tokens.size() == 1)
         return tokens[0].text;

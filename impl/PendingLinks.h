@@ -1,4 +1,4 @@
-// The links of one kind that wait for the end of the text: one for each input, the later one winning.
+// The links of one kind that are made at the end of the text: one for each input, the last one.
 #pragma once
 
 #include "scene/Interfaces.h"
@@ -16,25 +16,25 @@
 
 namespace vor::velmo_sdk::impl {
 
-// What an input is to be linked to, as the text has it: a node, or an output of one, or `null`, which is
-// neither. The names stand apart, as short texts take no memory of their own.
+// The target of a link as written: a node, an output of a node, or `null`. Node and output are separate strings because
+// short strings need no allocation.
 struct PendingLink {
-    String node;     // of a path that has not just two parts, all of it
-    String output{}; // empty for a path that has not two parts, and for a reference
+    String node;     // the whole path unless it has exactly two parts
+    String output{}; // empty for a reference, and for a path without exactly two parts
     TextPosition position{};
-    bool isWithNode = false; // the path began with a dot
+    bool isWithNode = false; // the path begins with a dot
 
     [[nodiscard]] bool isNull() const { return output.isEmpty() && node == "null"; }
 
-    // The path, as it was written.
+    // The path as written.
     [[nodiscard]] String source() const {
         const String path = output.isEmpty() ? node : node + "." + output;
         return isWithNode ? "." + path : path;
     }
 };
 
-// Holds a reference on every input that it has a link for, so that an input may be taken out of the
-// scene before its link is made.
+// Holds a reference to every input with a pending link, because the input may be removed from the scene before the link
+// is made. Storing a link takes amortised constant time.
 class PendingLinks {
 public:
     PendingLinks() = default;
@@ -42,9 +42,9 @@ public:
     PendingLinks& operator=(const PendingLinks&) = delete;
     ~PendingLinks() { release(); }
 
-    // Whether it replaces an earlier one that was not `null`.
+    // Stores the link of an input; returns whether it replaces an earlier one that was not `null`.
     bool store(interfaces::IInput* input, PendingLink link) {
-        makeRoom();
+        growIfFull();
         std::size_t slot = home(input);
         for (; slots_[slot] != 0; slot = next(slot)) {
             Waiting& earlier = waiting_[slots_[slot] - 1];
@@ -60,15 +60,15 @@ public:
         return false;
     }
 
-    // Calls `resolve(input, link)` for every input that is still in the scene, in the order of the text
-    // so that two runs log the same, and lets go of the inputs. Before some of them, `expect(names)` is told
-    // which nodes they are about.
+    // Calls `resolve(input, link)` for every input that is still in the scene, and releases the inputs. The order is
+    // that of the text, so that the log is deterministic. Calls `expect(names)` before each batch with the node names
+    // of its links, so that the scene can prefetch them.
     template <class Resolve, class Expect> void resolveAll(Resolve resolve, Expect expect) {
-        constexpr std::size_t atOnce = 32;
-        std::array<const String*, atOnce> names;
+        constexpr std::size_t batchSize = 32;
+        std::array<const String*, batchSize> names;
         for (std::size_t i = 0; i < waiting_.size(); ++i) {
-            if (i % atOnce == 0) {
-                const std::size_t count = std::min(atOnce, waiting_.size() - i);
+            if (i % batchSize == 0) {
+                const std::size_t count = std::min(batchSize, waiting_.size() - i);
                 for (std::size_t k = 0; k < count; ++k)
                     names[k] = &waiting_[i + k].link.node;
                 expect(std::span<const String* const>(names.data(), count));
@@ -81,13 +81,13 @@ public:
 
 private:
     struct Waiting {
-        interfaces::IInput* input; // with a reference
+        interfaces::IInput* input; // holds a reference
         PendingLink link;
     };
 
-    // Inputs that are made one after the other stand near each other in memory, and here too: links come in
-    // much the same order, and a place at random would have to be waited for. Where a stretch of them begins is
-    // no text's to choose. (Long stretches would pile up in some places.)
+    // Inputs that are created in sequence are close in memory, and links arrive in much the same order. Stretches of
+    // addresses therefore map to consecutive slots; random slots would cost a cache miss for each link. A keyed hash
+    // places the stretches, so that a text cannot provoke collisions. Longer stretches would cluster.
     [[nodiscard]] std::size_t home(const interfaces::IInput* input) const noexcept {
         constexpr u64 stretch = 64;
         const u64 place = reinterpret_cast<std::uintptr_t>(input) / (2 * alignof(void*));
@@ -95,12 +95,12 @@ private:
     }
     [[nodiscard]] std::size_t next(std::size_t slot) const noexcept { return (slot + 1) & (slots_.size() - 1); }
 
-    // For one more input in the table, which is at most half full.
-    void makeRoom() {
+    // Grows the table if one more input would make it more than half full.
+    void growIfFull() {
         if (2 * (waiting_.size() + 1) <= slots_.size())
             return;
         if (slots_.size() > std::numeric_limits<u32>::max())
-            throw std::bad_alloc(); // more links than can be counted
+            throw std::bad_alloc(); // a slot cannot hold the index
         slots_ = std::vector<u32>(std::max<std::size_t>(16, 2 * slots_.size()));
         for (std::size_t i = 0; i < waiting_.size(); ++i) {
             std::size_t slot = home(waiting_[i].input);
@@ -118,7 +118,7 @@ private:
     }
 
     ds::Vector<Waiting> waiting_;
-    std::vector<u32> slots_; // by input, a place in waiting_ + 1; 0 is free
+    std::vector<u32> slots_; // hash table by input: an index into waiting_ plus 1, or 0 if free
 };
 
 } // namespace vor::velmo_sdk::impl

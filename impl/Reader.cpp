@@ -4,7 +4,7 @@
 
 namespace vor::velmo_sdk::impl {
 
-// Handles by value: a caller may let go of its own at once.
+// Handles are passed by value, so that the caller may release its own during the parse.
 // NOLINTBEGIN(performance-unnecessary-value-param)
 bool parseString(interfaces::IScene* scene, String text) { return VrnParser().parse(scene, text); }
 

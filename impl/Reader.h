@@ -1,25 +1,25 @@
-// The reader: VRN text into a scene.
+// parseVrn, parseString: read VRN text into a scene.
 //
 //     Scene scene;
 //     File file = File::open("scene.vrn");
 //     try {
 //         if (!parseVrn(&scene, file, false))
-//             ...                            // the log says why; the scene holds what came before
-//     } catch (const ReadError& error) {     // the very first tokens of the text are no VRN
+//             ...                            // the log has the error; the scene contains what precedes it
+//     } catch (const ReadError& error) {     // an error among the first three tokens of the text
 //         ...
 //     }
-//     if (!file.error().isEmpty())           // it could not be opened, or not be read to its end: to the
-//         ...                                // reader that is a text that ends there
+//     if (!file.error().isEmpty())           // the file could not be opened or read to its end;
+//         ...                                // the reader treats that as the end of the text
 //
-// Statements are applied to the scene one by one; the first syntax error ends the parse, is logged as
-// an error, and makes the result false. What was applied stays. Wrong types and links to what is not
-// there are only logged. Every diagnostic goes to the log (scene/core/Log.h) with its position in the
-// text. An error among the first three tokens is thrown instead of logged, as a ReadError.
+// Statements are applied to the scene one by one. The first syntax error ends the parse, is logged as an error and
+// makes the result false; the statements before it stay applied. An error among the first three tokens is thrown as a
+// ReadError instead. Values that do not fit their input, and links to missing nodes or outputs, are only logged. Every
+// diagnostic goes to the log (scene/core/Log.h) with its position in the text.
 //
-// A parse runs on the caller's thread; two may run at once on different scenes. Time is linear in the
-// text. Memory: the scene, a record for each link, twice the text of the longest token that is not a buffer's
-// list, and half that of the longest compressed payload.
-// std::bad_alloc passes through, and the scene stays sound. examples/read_scene.cpp is a whole program.
+// The caller owns the scene. A parse runs on the caller's thread; parses into different scenes may run in parallel.
+// Time is linear in the text. Memory: the scene, a record for each link, twice the text of the longest token that is
+// not the list of a buffer, and half that of the longest compressed payload. std::bad_alloc passes through and leaves
+// the scene valid. examples/read_scene.cpp is a complete program.
 #pragma once
 
 #include "scene/Interfaces.h"
@@ -31,7 +31,7 @@
 
 namespace vor::velmo_sdk::impl {
 
-// An error in a text; what() is the finished message, format() that of its LogRecord.
+// An error in a text. what() is the formatted message, format() its printf format, as in LogRecord.
 class VRN_API ReadError : public std::runtime_error {
 public:
     ReadError(const String& message, TextPosition position, const char* format = nullptr)
@@ -44,15 +44,15 @@ private:
     const char* format_;
 };
 
-// What the reader calls the kind of message that a record or error with this format is, such as `badToken`: a name that
-// programs may go by, for it stays when the words change. Null if it has none.
+// The name of the message with a format of LogRecord or ReadError, such as `badToken`; null if it has none. Programs
+// can rely on the name: it does not change when the wording does.
 [[nodiscard]] VRN_API const char* messageName(const char* format) noexcept;
 
-// Reads VRN text held in memory on top of what the scene holds. True when the whole text was read.
+// Reads VRN text from memory and adds it to the scene. True if the whole text was read.
 VRN_API bool parseString(interfaces::IScene* scene, String text);
 
-// Reads VRN text from an open file, from its current position. Without `merge` the scene's comments,
-// file version and file time are first reset; its nodes never are.
+// Reads VRN text from an open file, starting at its current position, and adds it to the scene. Unless `merge` is set,
+// first resets the scene's comments, file version and file time; nodes are always kept.
 VRN_API bool parseVrn(interfaces::IScene* scene, File file, bool merge);
 
 } // namespace vor::velmo_sdk::impl

@@ -8,7 +8,7 @@ using Type = Token::Type;
 
 namespace {
 
-// The type of a value that is written as a list of components, by its keyword; Null for other words.
+// The type named by the keyword of a list of components; Null for other words.
 AttrType scalarType(std::string_view word) noexcept {
     static_assert(attrTypeCount == 19); // a new type that is written as a list needs a keyword here
     switch (keywordNumber(word)) {
@@ -49,7 +49,7 @@ bool readBool(const Token& token, AttrData& data) {
     return isRead;
 }
 
-// A trailing `u` makes the type unsigned; the number is read as a signed one all the same.
+// A trailing `u` makes the type unsigned, although the number is parsed as a signed one.
 bool readInteger(const Token& token, AttrData& data) {
     long long value = 0;
     const bool isRead = String::parse(token.text, value, String::Radix::Auto);
@@ -78,7 +78,7 @@ std::string_view withoutParens(std::string_view list) noexcept {
     return list;
 }
 
-/// components ::= '(' real ( ' ' real )* ')'   further ones are ignored; a colour may have three, and alpha 1
+/// components ::= '(' real ( ' ' real )* ')'   excess ones are ignored; the alpha of a colour is 1 if missing
 bool readComponents(std::string_view list, AttrData& data) {
     if (data.type() != AttrType::Rgba)
         return parseReals(list, componentCount(data.type()), data.components().data());
@@ -93,7 +93,7 @@ bool VrnParser::scalar(AssignInfo& info) {
     return literal(info, isRead) ? isRead : keywordScalar(info);
 }
 
-/// literal ::= TRUE | FALSE | INT | REAL | STRING | BRACES | BRACKETS   braces: an object, brackets: an array
+/// literal ::= TRUE | FALSE | INT | REAL | STRING | BRACES | BRACKETS   braces: empty object, brackets: empty array
 bool VrnParser::literal(AssignInfo& info, bool& isRead) {
     using Read = bool (*)(const Token& token, AttrData& data);
     const auto apply = [&](Read read) {
@@ -122,8 +122,8 @@ bool VrnParser::literal(AssignInfo& info, bool& isRead) {
 
 /// keywordScalar ::= ( 'vec2' | 'vec3' | 'vec4' | 'pos2' | 'pos3' | 'quat' | 'mat3' | 'mat4' | 'rgba' ) PARENS   its components
 //
-// The one form that does not give back what it has consumed when the components cannot be read: the
-// statement is lost then anyhow, and the error speaks of what follows.
+// Like a literal, its tokens stay consumed if they are invalid: the statement fails anyway, and the error names the
+// next token.
 bool VrnParser::keywordScalar(AssignInfo& info) {
     if (current().type != Type::Id || ahead(1).type != Type::Parens)
         return false;

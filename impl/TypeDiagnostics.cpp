@@ -1,4 +1,4 @@
-// What the reader says about a value that does not fit its input.
+// Diagnostics for values that do not fit their input.
 #include "impl/Messages.h"
 #include "impl/VrnParser.h"
 
@@ -17,7 +17,7 @@ void VrnParser::narrowTypeWarning(const String& valueType, IInput* input) {
     logWarning(position(), messages::typeWarning, prevToken.line, prevToken.column, text.buf());
 }
 
-// A warning by name, for the parse goes on; an error in the log, for the value is not what it should be.
+// Named a warning because the parse continues; logged as an error because the value is wrong.
 void VrnParser::wrongTypeWarning(const String& found, IInput* input) {
     const String text = String::format(messages::wrongType, input->typeName().buf(), input->label().buf(), found.buf());
     logError(position(), messages::typeError, prevToken.line, prevToken.column, text.buf());

@@ -8,7 +8,7 @@ namespace vor::velmo_sdk::impl {
 
 namespace {
 
-// What values of a type are made of.
+// Groups of types that are converted alike.
 enum class Kind : u8 { Bool, Integer, Real, Vector, Matrix, Other };
 
 constexpr Kind kindOf(AttrType type) noexcept {
@@ -54,14 +54,14 @@ bool isBoolOrNumber(AttrType type) noexcept {
 
 Fit narrowedIf(bool isNarrowing) noexcept { return isNarrowing ? Fit::Narrowed : Fit::Converted; }
 
-// A value that is neither inside the type nor beyond it saturates at the type's limit.
+// Truncates towards zero; values out of range saturate.
 template <class Integer> Integer truncate(double real) noexcept {
     using Limits = std::numeric_limits<Integer>;
     if (std::isnan(real))
         return 0;
     if (real <= static_cast<double>(Limits::min()))
         return Limits::min();
-    // The largest integer is no double; the next one up is the first that does not fit.
+    // The largest integer is not representable as a double; the power of two above it is the first that does not fit.
     if (real >= std::ldexp(1.0, Limits::digits))
         return Limits::max();
     return static_cast<Integer>(real);
@@ -105,7 +105,7 @@ AttrData toVector(const AttrData& value, AttrType to) {
 
 AttrData toMatrix(const AttrData& value, AttrType to) {
     AttrData result = AttrData::zero(to);
-    static_assert(attrTypeCount == 19); // the sides of a new matrix belong here
+    static_assert(attrTypeCount == 19); // a new matrix type needs its side length here
     const std::size_t fromSide = value.type() == AttrType::Mat3 ? 3 : 4;
     const std::size_t toSide = to == AttrType::Mat3 ? 3 : 4;
     for (std::size_t row = 0; row < toSide; ++row)

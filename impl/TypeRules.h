@@ -1,4 +1,4 @@
-// Which value fits which input, and what becomes of it.
+// Which values fit which inputs, and how they are converted.
 #pragma once
 
 #include "scene/AttrData.h"
@@ -6,19 +6,22 @@
 namespace vor::velmo_sdk::impl {
 
 enum class Fit {
-    Same,      // written as it is
-    Converted, // made the input's type first
-    Narrowed,  // the same, with a warning
-    Rejected,  // not the input's business
+    Same,      // written unchanged
+    Converted, // converted to the input's type
+    Narrowed,  // converted with a warning
+    Rejected,  // reported as an error; the scene decides whether to write it
 };
 
-// How a value of type `value` fits an input of type `input`. Widening is silent, narrowing is not.
+// How a value of type `value` fits an input of type `input`. Widening is silent, narrowing is reported.
 [[nodiscard]] Fit fit(AttrType value, AttrType input) noexcept;
 
-// A value that fits, as a value of type `to`. Numbers to Bool: whether not zero. Int and UInt keep
-// their 64 bits. Real to integers: towards zero, saturating, NaN is 0. Real to several components fills
-// them all, a colour's alpha with 1. Vectors copy their leading components; missing ones are 0, a
-// missing alpha is 1. Mat3 fills the upper left of an identity, Mat4 yields its upper left.
+// Converts a value that fits to type `to`:
+//   integer to Bool   true unless 0
+//   Int, UInt         keep their 64 bits
+//   Real to integer   truncated towards zero, saturating; NaN becomes 0
+//   Real to vector    copied to all components, except alpha, which is 1
+//   vector to vector  leading components are copied; missing ones are 0, a missing alpha is 1
+//   Mat3 to Mat4      the upper left of an identity matrix; Mat4 to Mat3 copies the upper left
 [[nodiscard]] AttrData convert(const AttrData& value, AttrType to);
 
 } // namespace vor::velmo_sdk::impl

@@ -23,18 +23,18 @@ bool VrnParser::parse(IScene* target, Lexer* source) {
     scene = static_cast<Scene*>(target);
     lexer = source;
     const NameMapScope names(scene);
-    primeOrNotice();
+    primeWithNotices();
     const bool isRead = readStatements();
-    noticeTheEnd(isRead);
+    logEndNotices(isRead);
     return isRead;
 }
 
-// Outside of the handler of all other errors: one among the first tokens is the caller's.
-void VrnParser::primeOrNotice() {
+// Not part of readStatements(), which logs errors: those among the first tokens are thrown to the caller.
+void VrnParser::primeWithNotices() {
     try {
         prime();
     } catch (const ReadError&) {
-        noticeTheEnd(false);
+        logEndNotices(false);
         throw;
     }
 }
@@ -54,8 +54,8 @@ bool VrnParser::readStatements() {
     return true;
 }
 
-// A text may end where its author did not mean it to. Where an error has ended it, that has said so.
-void VrnParser::noticeTheEnd(bool isRead) const {
+// Notices about silently accepted input. After an error, an unterminated token needs no notice.
+void VrnParser::logEndNotices(bool isRead) const {
     if (isRead && current().text != messages::endOfInput)
         logNotice(current().position(), messages::endsInsideToken, String(current().text).buf());
     if (lexer->isEndedByByte())
@@ -65,7 +65,7 @@ void VrnParser::noticeTheEnd(bool isRead) const {
                   static_cast<unsigned long long>(lexer->foreignBytes()));
 }
 
-// Fills the look-ahead by consuming as many placeholders as it holds.
+// Fills the look-ahead with placeholders and consumes them.
 void VrnParser::prime() {
     for (i32 i = 0; i < lookahead; ++i)
         tokens.push(Token());
@@ -86,7 +86,7 @@ void VrnParser::parseStatements() {
 
 /// statement ::= comment | remove | define | declare | with | assign   the first that matches
 bool VrnParser::parseStatement() {
-    // Two names in a row begin no assignment, and anything else no statement about nodes.
+    // Statements about nodes begin with two identifiers; others do not.
     if (current().type == Token::Type::Id && ahead(1).type == Token::Type::Id)
         return parseRemove() || parseDefine() || parseDeclare() || parseWith();
     return parseComment() || parseAssign();

@@ -1,12 +1,16 @@
-// VrnParser: one parse of one text into one scene.
+// VrnParser: parses one text into one scene.
 //
-// The parser holds the current token and the two behind it. A recogniser looks at these, and returns
-// false having consumed nothing when its statement or form does not begin there; true when it has
-// consumed and applied the whole; and throws when its statement began but is malformed. Above each one
-// stands the rule that it recognises (scripts/grammar.py collects them): `::=` defines, quoted words
-// are keywords or characters, names in capitals are tokens of the lexer.
+//     VrnParser().parse(&scene, text); // one parser for each text
 //
-// Made for the two functions of Reader.h; members are open so that tests can look at each step.
+// A recursive-descent parser with three tokens of look-ahead: the current token and the next two. A recogniser
+//   returns false, with nothing consumed (except by scalars: Scalar.cpp), if its form does not begin at this token,
+//   returns true after it has consumed and applied all of it,
+//   throws ReadError if its form begins but is malformed.
+// The comment above a recogniser contains its rule, from which scripts/grammar.py generates docs/grammar.md: `::=`
+// defines, quoted words are keywords or characters, names in capitals are tokens of the lexer.
+//
+// The caller owns scene and lexer, which must outlive the parse. A parser is confined to one thread. Time is linear in
+// the text. Implements Reader.h; the members are public so that tests can call each step.
 #pragma once
 
 #include "impl/AssignInfo.h"
@@ -32,7 +36,7 @@ struct DefineInfo {
 struct DeclareInfo {
     Token type;
     Token name;
-    bool isWith = false; // the statement ended with a colon
+    bool isWith = false; // the statement ends with a colon
 };
 
 struct WithInfo {
@@ -54,14 +58,14 @@ public:
     bool parse(IScene* scene, const File& file);
     bool parse(IScene* scene, Lexer* lexer);
     void prime();
-    void primeOrNotice();
+    void primeWithNotices();
     [[nodiscard]] bool readStatements();
-    void noticeTheEnd(bool isRead) const;
+    void logEndNotices(bool isRead) const;
     void parseStatements();
     [[nodiscard]] bool parseStatement();
-    const Token& consume(); // the token consumed, until the next call
+    const Token& consume(); // the consumed token, valid until the next call
     [[nodiscard]] bool match(Token& out, Token::Type type);
-    [[nodiscard]] bool accept(Token::Type type) { // match(), for a token that says nothing more
+    [[nodiscard]] bool accept(Token::Type type) { // match() for a token whose text is not needed
         const bool isThere = current().type == type;
         if (isThere)
             consume();
@@ -73,8 +77,7 @@ public:
         return tokens[static_cast<std::size_t>(place < lookahead ? place : place - lookahead)];
     }
 
-    // Errors (Diagnostics.cpp). All of them throw; the position printed by the first three is that of
-    // the token consumed last.
+    // Errors (Diagnostics.cpp). All of them throw; the first three report the position of the token consumed last.
     [[noreturn]] void parseError(const char* format, ...) __attribute__((format(printf, 2, 3)));
     [[noreturn]] void bufferError(const char* format, ...) __attribute__((format(printf, 2, 3)));
     [[noreturn]] void internalError(const String& kind, const char* format, va_list arguments)
@@ -82,7 +85,7 @@ public:
     [[noreturn]] void tokenError(const String& expected, const Token& found);
     [[noreturn]] void tokenError(const Token& found);
 
-    // Complaints about a value's type (TypeDiagnostics.cpp). Only the first one throws.
+    // Diagnostics about the type of a value (TypeDiagnostics.cpp). Only the first one throws.
     [[noreturn]] void typeError(const String& valueType, IInput* input, bool isArray);
     void narrowTypeWarning(const String& valueType, IInput* input);
     void wrongTypeWarning(const String& found, IInput* input);
@@ -99,7 +102,7 @@ public:
     [[nodiscard]] bool define(DefineInfo& info);
     [[nodiscard]] bool declare(DeclareInfo& info);
     [[nodiscard]] bool with(WithInfo& info);
-    void noticeTheType(const DeclareInfo& info, Node* node, bool isNew) const;
+    void logTypeNotices(const DeclareInfo& info, Node* node, bool isNew) const;
     [[nodiscard]] bool keywordStatement(u64 keyword, Token::Type end, Token& name);
 
     // Paths (Path.cpp).
@@ -121,12 +124,12 @@ public:
     void resolveConnections();
     void resolveReferences();
 
-    // Where the parser is: the last character of the token consumed last.
+    // The position of the last character of the token consumed last.
     [[nodiscard]] TextPosition position() const noexcept { return prevToken.position(); }
 
     Lexer* lexer = nullptr;                // not owned; null until parse()
     i32 lookahead = TextKeeper::lookahead; // tokens scanned before they are consumed
-    i32 cursor = 0;                        // of the current token
+    i32 cursor = 0;                        // index of the current token in `tokens`, a ring buffer
     ds::Vector<Token> tokens;
     Token prevToken;        // consumed last
     Scene* scene = nullptr; // not owned
@@ -134,8 +137,8 @@ public:
     DefinedNodes definedNodes;
     PendingLinks pendingConnections;
     PendingLinks pendingReferences;
-    u64 implicitElements = 0; // that came to be because one behind them was named
-    AssignInfo assignment;    // the one being read; kept to use its memory again
+    u64 implicitElements = 0; // array elements created because a later one was assigned
+    AssignInfo assignment;    // the current one; a member so that its memory is reused
 
 private:
     // Steps of an assignment (Assignment.cpp).
@@ -147,7 +150,7 @@ private:
     [[nodiscard]] u64 elementIndex(const Input* array, const Token& brackets);
     [[nodiscard]] bool canGrow(const Input* array, u64 index) const;
     void growTo(Input* array, u64 index, const Token& brackets);
-    void giveElementType(Input* array, const Step& step);
+    void setElementType(Input* array, const Step& step);
     void passThrough(Input* input, const Step& step);
     [[nodiscard]] String fullPath(const AssignInfo& info, Node* node);
     static void store(PendingLinks& links, Input* input, PendingLink link);
@@ -165,7 +168,7 @@ private:
     [[nodiscard]] ElementsRead readBufferText(DataType type, AssignInfo& info);
     void report(const ElementsRead& elements, const AssignInfo& info);
 
-    // Has the elements of the buffer whose list was scanned last, until buffer() takes them; the list's token has none.
+    // The elements of the buffer whose list was scanned last, until buffer() takes them; the token contains none.
     std::unique_ptr<BufferReader> bufferInScan;
 };
 

@@ -1,4 +1,4 @@
-// The tokens of the lexer that end at a closing character: strings, lists and brackets.
+// Tokens that end at a closing character: strings, lists and brackets.
 #include "impl/lexer/Lexer.h"
 #include "impl/lexer/ListText.h"
 #include "impl/lexer/StringScanner.h"
@@ -7,7 +7,7 @@ namespace vor::velmo_sdk::impl {
 
 namespace {
 
-// Goes through brackets that are read piece by piece, beginning with the opening one.
+// Scans a BRACKETS token piece by piece, including the opening bracket.
 class BracketScanner {
 public:
     [[nodiscard]] ScanExtent scan(std::string_view piece) noexcept {
@@ -34,7 +34,7 @@ struct Lexer::ListKind {
     const char* shortName; // in the message for a bad character
 };
 
-// Consumes the token that a scanner goes through, as far as it does; `text` holds until the next call.
+// Consumes a token up to where the scanner ends it; `text` is valid until the next call.
 template <class Scanner> ScanEnd Lexer::take(Scanner& scanner, std::string_view& text) {
     scratch_.clear();
     while (!isAtEnd()) {
@@ -44,7 +44,7 @@ template <class Scanner> ScanEnd Lexer::take(Scanner& scanner, std::string_view&
         text = characters.substr(0, extent.length);
         const bool isWhole = extent.end == ScanEnd::Closed && scratch_.empty() && text.size() < characters.size();
         if (!isWhole) {
-            scratch_ += text; // the window will show other characters
+            scratch_ += text; // the window moves on
             text = scratch_;
         }
         consumePiece(extent.length);
@@ -54,7 +54,7 @@ template <class Scanner> ScanEnd Lexer::take(Scanner& scanner, std::string_view&
     return ScanEnd::EndOfText;
 }
 
-/// STRING ::= '"' ( any | escape )* '"'   ends at the first quote without a backslash; kept as written
+/// STRING ::= '"' ( any | escape )* '"'   ends at the first unescaped quote; kept as written
 Token Lexer::string() {
     StringScanner scanner;
     std::string_view text;
@@ -86,7 +86,7 @@ Token Lexer::nestedList(const ListKind& kind) {
     }
 }
 
-// The same for a source that shows no window.
+// The same for a source without a window.
 Token Lexer::nestedListByCharacter(const ListKind& kind) {
     ds::Vector<char> text;
     u64 depth = 0;
@@ -110,8 +110,8 @@ Token Lexer::nestedListByCharacter(const ListKind& kind) {
     return unexpectedEof(kind.name);
 }
 
-// One character of an element or an outer bracket, or one separator, or a run of blanks. Both become one space between
-// two elements, and nothing elsewhere.
+// Consumes one character of an element, an outer bracket, a separator or a run of blanks. The latter two become one
+// space between elements and are dropped elsewhere.
 void Lexer::list(ds::Vector<char>& text, char open, char close) {
     const bool isOuterBracket = isAtEnd() || cur == open || cur == close;
     if (isOuterBracket || !isIn(cur, blankChar | listPunctuation)) {
@@ -129,7 +129,7 @@ void Lexer::list(ds::Vector<char>& text, char open, char close) {
         text.push(' ');
 }
 
-// The elements between the brackets that `raw` begins and ends with, one space between two of them.
+// The list `raw`, which includes its brackets, with one space between elements.
 std::string_view Lexer::canonicalList(std::string_view raw) {
     ListFlattener flattener(raw.front(), raw.back());
     char* const text = texts_.allocate(raw.size());
@@ -140,7 +140,7 @@ std::string_view Lexer::canonicalList(std::string_view raw) {
     return {text, end};
 }
 
-// The same, but the elements go to the sink piece by piece, each while it is still in the cache.
+// Scans a list, but passes its elements to the sink, in pieces small enough to stay in the cache.
 Token Lexer::listFor(ElementSink& sink, const ListKind& kind) {
     constexpr std::size_t pieceSize = 32 * 1024;
     ListScanner scanner(kind.open, kind.close);

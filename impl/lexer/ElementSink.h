@@ -1,4 +1,4 @@
-// Takes the elements of a list while it is scanned.
+// ElementSink: receives the elements of a list while the list is scanned.
 #pragma once
 
 #include <string_view>
@@ -7,9 +7,8 @@ namespace vor::velmo_sdk::impl {
 
 class ElementSink {
 public:
-    // The next characters between the brackets of a list, cut anywhere: elements are runs of number
-    // characters, whatever stands between them separates. No others occur, and the list may yet turn
-    // out to be broken further on.
+    // The next characters between the brackets of a list, split at arbitrary positions. Elements are runs of number
+    // characters; the others are separators. The rest of the list may still turn out to be malformed.
     virtual void take(std::string_view characters) = 0;
 
 protected:

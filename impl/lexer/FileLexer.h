@@ -1,4 +1,4 @@
-// The characters of a file, from its current position on.
+// FileLexer: a lexer for a file, starting at its current position.
 #pragma once
 
 #include "impl/lexer/Lexer.h"
@@ -22,7 +22,7 @@ public:
 private:
     void refill() override { fetch(); }
 
-    // Reads `cur`, and shows it and the bytes after it that the file has in memory.
+    // Reads `cur`; the window is `cur` and the bytes after it that the file has buffered.
     void fetch() {
         if (!source.read(first_))
             return setWindow({});
@@ -30,7 +30,8 @@ private:
         setWindow(after.empty() ? std::string_view(&first_, 1) : std::string_view(after.data() - 1, after.size() + 1));
     }
 
-    // Of the window only `cur`, which has been read, stays; in memory that outlives the file's block.
+    // Reduces the window to `cur`, which has been read already, in memory that outlives the file's block. Returns the
+    // number of unread characters.
     std::size_t returnLoan() noexcept override {
         const std::size_t left = window().size();
         if (left == 0)

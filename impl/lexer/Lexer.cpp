@@ -11,7 +11,7 @@ namespace vor::velmo_sdk::impl {
 
 namespace {
 
-// Counted in bytes, of which a vector register holds many, and so at most 255 characters at a time.
+// The 8-bit counter lets the compiler use all lanes of a vector register, but limits a batch to 255 characters.
 u64 countLineFeeds(std::string_view text) noexcept {
     u64 count = 0;
     while (!text.empty()) {
@@ -34,7 +34,7 @@ void Lexer::advance() noexcept {
     pos = wrappingAdd(pos, 1);
 }
 
-// Consumes characters of the window: what advance() would do for each of them, once for all.
+// Consumes characters of the window. Equivalent to advance() for each of them, with one update of the position.
 void Lexer::consumeRun(std::size_t count) {
     const char* run = at_;
     const std::size_t before = count - 1; // a line feed counts when the next character is consumed
@@ -48,15 +48,15 @@ void Lexer::consumeRun(std::size_t count) {
     step(count);
 }
 
-// Consumes characters as long as they belong, and returns them; the view holds until the next call. None of
-// them may be a line feed.
+// Consumes characters while `belongs` accepts them and returns them; the view is valid until the next call. `belongs`
+// must not accept line feeds.
 template <class Belongs> std::string_view Lexer::takeWhile(Belongs belongs) {
-    const char* behind = at_;
-    while (behind != end_ && belongs(*behind))
-        ++behind;
-    if (behind == end_)
-        return gatherWhile(belongs); // the window may go on, or there is none
-    const std::string_view run(at_, behind);
+    const char* runEnd = at_;
+    while (runEnd != end_ && belongs(*runEnd))
+        ++runEnd;
+    if (runEnd == end_)
+        return gatherWhile(belongs); // continues in the next window, or there is no window
+    const std::string_view run(at_, runEnd);
     if (!run.empty())
         consumeInLine(run.size());
     return run;
@@ -65,22 +65,22 @@ template <class Belongs> std::string_view Lexer::takeWhile(Belongs belongs) {
 template <class Belongs> std::string_view Lexer::gatherWhile(Belongs belongs) {
     scratch_.clear();
     while (!isAtEnd() && belongs(static_cast<char>(cur))) {
-        const char* behind = at_;
-        while (behind != end_ && belongs(*behind))
-            ++behind;
-        if (behind == at_) {
+        const char* runEnd = at_;
+        while (runEnd != end_ && belongs(*runEnd))
+            ++runEnd;
+        if (runEnd == at_) {
             scratch_ += consume();
         } else {
-            scratch_.append(at_, behind);
-            consumeInLine(static_cast<std::size_t>(behind - at_));
+            scratch_.append(at_, runEnd);
+            consumeInLine(static_cast<std::size_t>(runEnd - at_));
         }
     }
     return scratch_;
 }
 
-// The characters at hand, or just `one`, which is `cur`.
-std::string_view Lexer::upcoming(const char& one, std::size_t most) const {
-    return at_ == end_ ? std::string_view(&one, 1) : window().substr(0, most);
+// At most `maxLength` characters of the window; just `one`, which is `cur`, if there is no window.
+std::string_view Lexer::upcoming(const char& one, std::size_t maxLength) const {
+    return at_ == end_ ? std::string_view(&one, 1) : window().substr(0, maxLength);
 }
 
 void Lexer::consumePiece(std::size_t count) {
@@ -100,7 +100,7 @@ void Lexer::skipBlanks() {
             consume();
             continue;
         }
-        // Up to the first line feed, so that most positions are moved along one line.
+        // Up to and including the first line feed: within a line, updating the position is cheap.
         const char* blank = at_;
         while (*blank != '\n' && blank + 1 != end_ && isIn(blank[1], blankChar))
             ++blank;
@@ -109,7 +109,7 @@ void Lexer::skipBlanks() {
     } while (isIn(cur, blankChar));
 }
 
-// Blanks that are about to be consumed.
+// Counts the bytes outside ASCII in blanks that are about to be consumed.
 void Lexer::countForeign(std::string_view blanks) {
     if (std::ranges::none_of(blanks, [](char c) { return isIn(c, foreignChar); }))
         return;
@@ -118,7 +118,7 @@ void Lexer::countForeign(std::string_view blanks) {
     for (std::size_t i = 0; i < blanks.size(); ++i) {
         if (isIn(blanks[i], foreignChar) && foreignBytes_++ == 0)
             firstForeignByte_ = place;
-        // A mark at the start counts for nothing, once all of it has been seen there.
+        // A complete byte-order mark at the start does not count.
         const bool goesOn = markLength_ < byteOrderMark.size() && u64(markLength_) + 1 == foreignBytes_ &&
                             static_cast<u64>(pos) + i == markLength_ && blanks[i] == byteOrderMark[markLength_];
         if (goesOn && ++markLength_ == byteOrderMark.size())
@@ -146,11 +146,11 @@ Token Lexer::numberToken(std::string_view text) {
     return token(isReal ? Token::Type::Real : Token::Type::Int, text);
 }
 
-// Takes a word (an identifier, a number, a punctuation character) and the blanks before it, if the window
-// goes on behind it, and brings the position up to date once for all. Most tokens are words in sight.
-bool Lexer::takeShownWord(std::string_view& word) {
+// Consumes a word (an identifier, a number, a punctuation character) and the blanks before it with one update of the
+// position. Fails if the window may end inside the word. This is the fast path for most tokens.
+bool Lexer::takeWordInWindow(std::string_view& word) {
     const char* at = at_;
-    const char* lineStart = nullptr; // behind the last line feed among the blanks
+    const char* lineStart = nullptr; // after the last line feed among the blanks
     u64 feeds = 0;
     for (; at != end_ && isIn(*at, asciiBlank); ++at)
         if (*at == '\n') {
@@ -159,17 +159,17 @@ bool Lexer::takeShownWord(std::string_view& word) {
         }
     if (end_ - at <= 16)
         return false;
-    const char* behind = wordEnd(at, end_);
-    if (behind == at || behind == end_)
+    const char* next = wordEnd(at, end_);
+    if (next == at || next == end_)
         return false;
-    word = {at, behind};
-    const auto count = static_cast<std::size_t>(behind - at_);
+    word = {at, next};
+    const auto count = static_cast<std::size_t>(next - at_);
     line = wrappingAdd(line, (prev == '\n' ? 1U : 0U) + feeds);
-    column = feeds != 0 ? static_cast<i32>(behind - lineStart) : wrappingAdd(prev == '\n' ? 0 : column, count);
+    column = feeds != 0 ? static_cast<i32>(next - lineStart) : wrappingAdd(prev == '\n' ? 0 : column, count);
     pos = wrappingAdd(pos, count);
-    prev = static_cast<signed char>(behind[-1]);
-    at_ = behind;
-    cur = static_cast<signed char>(*behind);
+    prev = static_cast<signed char>(next[-1]);
+    at_ = next;
+    cur = static_cast<signed char>(*next);
     return true;
 }
 
@@ -182,7 +182,7 @@ Token Lexer::wordToken(std::string_view word) {
 
 Token Lexer::nextToken(ElementSink* sink) {
     std::string_view word;
-    if (takeShownWord(word))
+    if (takeWordInWindow(word))
         return wordToken(word);
     if (isIn(cur, blankChar))
         skipBlanks();
@@ -212,13 +212,13 @@ Token Lexer::nextToken(ElementSink* sink) {
     return invalidToken();
 }
 
-/// COMMENT ::= '#' any*   up to the end of the line (LF or CR) or of the text
+/// COMMENT ::= '#' any*   up to the end of the line (LF or CR) or the end of the text
 Token Lexer::comment() {
     return token(Token::Type::Comment,
                  takeWhile([](char c) { return c != '\n' && c != '\r' && c != static_cast<char>(endOfText); }));
 }
 
-/// ID ::= ( letter | '_' ) ( letter | '_' | digit )*   unless it is one of the next three
+/// ID ::= ( letter | '_' ) ( letter | '_' | digit )*   except the next three
 /// TRUE ::= 'true'
 /// FALSE ::= 'false'
 /// NULL ::= 'null'
@@ -229,7 +229,7 @@ Token Lexer::id() {
 }
 
 /// INT ::= ( '-' | digit ) number-char*   without `.`, and without f, n, a, i in either case
-/// REAL ::= ( '-' | digit ) number-char*   with one of them
+/// REAL ::= ( '-' | digit ) number-char*   with at least one of these
 /// number-char ::= digit | '+' | '-' | '.' | 'a'..'f' | 'i' | 'n' | 'u'   letters in either case
 Token Lexer::number() {
     if (isAtEnd())
@@ -237,7 +237,7 @@ Token Lexer::number() {
     return numberToken(takeWhile([](char c) { return isIn(c, numberChar); }));
 }
 
-/// punctuation ::= "'" | '*' | '+' | ',' | '.' | '/' | ':' | ';' | '=' | '\' | '|'   each is a token
+/// punctuation ::= "'" | '*' | '+' | ',' | '.' | '/' | ':' | ';' | '=' | '\' | '|'   each character is a token
 Token Lexer::token(Token::Type type) {
     const char c = static_cast<char>(cur);
     consume();
@@ -250,7 +250,7 @@ Token Lexer::token(Token::Type type, const ds::Vector<char>& text) const {
 
 Token Lexer::eof() const { return here(Token::Type::Eof, messages::endOfInput); }
 
-// An error consumes nothing, so its position is that of the character before it.
+// Nothing is consumed on an error, so its position is that of the previous character.
 Token Lexer::invalidToken() const {
     return message(Token::Type::Invalid, String::format(messages::invalidToken, line, column, cur));
 }

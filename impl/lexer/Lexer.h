@@ -1,9 +1,16 @@
-// Lexer: turns characters into tokens.
+// Lexer: splits VRN text into tokens.
 //
-// A source of characters derives from it and delivers them one at a time through consume(). A source
-// that has more of them at hand shows them as its window, and the scanner takes whole runs from there;
-// what comes out is the same. Only the line feed ends a line, and a column is a byte. The scanner
-// reports nothing: a lexical error comes out as a token whose text is the finished message.
+//     StringLexer lexer("a.x = 1;");
+//     for (Token token = lexer.nextToken(); token.type > Token::Type::Invalid; token = lexer.nextToken())
+//         use(token); // the lexer owns token.text
+//
+// Derived classes are the sources of characters (StringLexer, FileLexer). A source delivers single characters through
+// consume(). If it has more of them in memory, it exposes them as its window, in which the lexer scans whole runs; the
+// tokens are the same. Only line feeds end lines; columns count bytes.
+//
+// The lexer does not log: a lexical error is a token of type Invalid or Eof whose text is the formatted message.
+// Scanning is linear in the text; if startStatement() is called, memory is bounded by the tokens of the last four
+// statements, without the lists that go to an ElementSink. A lexer is confined to one thread.
 #pragma once
 
 #include "impl/lexer/ElementSink.h"
@@ -27,57 +34,55 @@ public:
     // Advances by one character and returns it.
     virtual char consume() = 0;
 
-    // The next token; at the end of the text, Eof tokens for ever. If it is a list in braces and there is
-    // a sink, that takes the elements, and the token's text is the brackets alone. The text of a token
-    // stays until startStatement() has been called four times more.
+    // The next token; at the end of the text, an Eof token for each call. If the token is a list in braces and there is
+    // a sink, the sink receives the elements, and the text of the token is just the braces. The text of a token is
+    // valid until startStatement() has been called four more times.
     [[nodiscard]] Token nextToken(ElementSink* sink = nullptr);
 
-    // To be called when the tokens that have been consumed are not needed any more; at least one of them
-    // for each call.
+    // Call when the consumed tokens are no longer needed, after at least one token for each call.
     void startStatement() noexcept {
         texts_.startStatement();
         if (scratch_.capacity() > largeScratch)
             scratch_ = std::string();
     }
 
-    // What has been taken without a word so far: whether a byte of the value of the end stands where the text
-    // ends, as far as the source shows it; how many bytes outside ASCII have been skipped between tokens, but for
-    // a byte-order mark at the start, and where the first of them is.
+    // Input that has been accepted silently: whether the text was ended by a byte with the value of the end marker,
+    // which only a source with a window can determine; the number of bytes outside ASCII that were skipped between
+    // tokens, except a byte-order mark at the start; and the position of the first of them.
     [[nodiscard]] bool isEndedByByte() const noexcept { return isAtEnd() && !window().empty(); }
     [[nodiscard]] u64 foreignBytes() const noexcept { return foreignBytes_; }
     [[nodiscard]] TextPosition firstForeignByte() const noexcept { return firstForeignByte_; }
 
-    // Of the character that would be consumed next.
+    // The position of the next character to be consumed.
     [[nodiscard]] TextPosition nextPosition() const noexcept {
         return prev == '\n' ? TextPosition{wrappingAdd(line, 1), 1} : TextPosition{line, wrappingAdd(column, 1)};
     }
 
 protected:
-    // Brings the position to the character that is about to be consumed. `pos`, like `line` and
-    // `column`, wraps around beyond 2 GiB; a source keeps its own offset.
+    // Moves the position to the character that is about to be consumed. `pos`, `line` and `column` wrap around beyond
+    // 2 GiB; a source keeps its own offset.
     void advance() noexcept;
 
     [[nodiscard]] bool isAtEnd() const noexcept { return cur == endOfText; }
 
-    // Sets `cur` to the first of `characters`, which are at hand from now on, or to the end of the text
-    // if there are none. They stay where they are until refill() is called.
+    // Sets the window, and `cur` to its first character, or to the end of the text if it is empty. The characters must
+    // stay valid until refill() is called.
     void setWindow(std::string_view characters) noexcept {
         at_ = characters.data();
         end_ = at_ + characters.size();
         cur = characters.empty() ? endOfText : static_cast<signed char>(*at_);
     }
 
-    // Promises that what setWindow() has been given stays as long as the lexer, so that tokens may show it.
+    // Promises that the window stays valid as long as the lexer, so that tokens may refer to it.
     void keepWindow() noexcept { isWindowKept_ = true; }
 
-    // The characters at hand, `cur` being the first; empty for a source that sets no window, and
-    // behind the last character.
+    // The available characters, starting with `cur`; empty for a source without a window and at the end of the text.
     [[nodiscard]] std::string_view window() const noexcept { return {at_, end_}; }
 
-    // Asks a source whose window has been consumed to set the next one, or an empty one at its end.
+    // Called when the window has been consumed: sets the next one, or an empty one at the end of the text.
     virtual void refill() {}
 
-    // consume() for a source with a window, up to its end and behind it.
+    // consume() for a source with a window, also at the end of the text.
     char consumeFromWindow() {
         advance();
         if (at_ != end_)
@@ -99,7 +104,7 @@ protected:
     [[nodiscard]] Token unexpectedEof(String what) const;
     [[nodiscard]] Token invalidListToken(String what) const;
 
-    // Takes one step through a list and appends what it contributes to the canonical text.
+    // Consumes the next part of a list and appends its contribution to the canonical text.
     void list(ds::Vector<char>& text, char open, char close);
     [[nodiscard]] bool isNumberChar() const noexcept { return isIn(cur, numberChar); }
 
@@ -116,9 +121,9 @@ private:
     Token nestedList(const ListKind& kind);
     [[nodiscard]] std::string_view canonicalList(std::string_view raw);
     Token listFor(ElementSink& sink, const ListKind& kind);
-    // Part of nextToken(), so that the position goes into the token from registers: it could not be read
-    // back at once as a whole from the two halves that it is written in.
-    [[nodiscard, gnu::always_inline]] inline bool takeShownWord(std::string_view& word);
+    // Inlined into nextToken() so that the position reaches the token in registers: loading `line` and `column` as one
+    // word right after storing them separately would stall on store forwarding.
+    [[nodiscard, gnu::always_inline]] inline bool takeWordInWindow(std::string_view& word);
     [[nodiscard, gnu::always_inline]] inline Token wordToken(std::string_view word);
     [[nodiscard, gnu::always_inline]] inline Token idToken(std::string_view word);
     [[nodiscard, gnu::always_inline]] inline Token numberToken(std::string_view text);
@@ -140,7 +145,7 @@ private:
         else
             refill();
     }
-    [[nodiscard]] std::string_view upcoming(const char& one, std::size_t most) const;
+    [[nodiscard]] std::string_view upcoming(const char& one, std::size_t maxLength) const;
     template <class Belongs> [[nodiscard]] std::string_view takeWhile(Belongs belongs);
     template <class Belongs> [[nodiscard]] std::string_view gatherWhile(Belongs belongs);
     template <class Scanner> [[nodiscard]] ScanEnd take(Scanner& scanner, std::string_view& text);
@@ -152,20 +157,20 @@ private:
         return static_cast<i32>(static_cast<u32>(number) + static_cast<u32>(more));
     }
 
-    const char* at_ = nullptr; // where `cur` stands in the window
+    const char* at_ = nullptr; // `cur` in the window
     const char* end_ = nullptr;
     bool isWindowKept_ = false;
     u64 foreignBytes_ = 0;
-    u32 markLength_ = 0; // how much of a byte-order mark has been seen
+    u32 markLength_ = 0; // bytes of a byte-order mark seen so far
     TextPosition firstForeignByte_;
-    mutable TextKeeper texts_;                           // owns the characters of tokens, messages included
-    static constexpr std::size_t largeScratch = 1 << 20; // not kept for the next token
-    std::string scratch_;                                // characters of a token that no window shows as a whole
+    mutable TextKeeper texts_;                           // owns the text of tokens, including messages
+    static constexpr std::size_t largeScratch = 1 << 20; // beyond this, released after the statement
+    std::string scratch_;                                // characters of a token that is not in one window
 };
 
 inline Token Lexer::token(Token::Type type, std::string_view text) const {
-    const bool isShown = isWindowKept_ && text.data() != scratch_.data();
-    return here(type, isShown ? text : texts_.keep(text));
+    const bool isInWindow = isWindowKept_ && text.data() != scratch_.data();
+    return here(type, isInWindow ? text : texts_.keep(text));
 }
 
 } // namespace vor::velmo_sdk::impl

@@ -1,4 +1,4 @@
-// How far a token goes that is read piece by piece.
+// ScanExtent: the result of scanning one piece of a token.
 #pragma once
 
 #include <cstddef>
@@ -6,13 +6,13 @@
 namespace vor::velmo_sdk::impl {
 
 enum class ScanEnd {
-    Closed,       // its closing character has been found
-    BadCharacter, // a character that it may not hold
-    EndOfText,    // it goes on behind the piece, or the text ends
+    Closed,       // the closing character has been found
+    BadCharacter, // the token may not contain the next character
+    EndOfText,    // the token continues after the piece, or the text ends
 };
 
 struct ScanExtent {
-    std::size_t length = 0; // up to and with the closing character, or up to what ended it
+    std::size_t length = 0; // up to and including the closing character, or up to the character that ended the scan
     ScanEnd end = ScanEnd::EndOfText;
 };
 

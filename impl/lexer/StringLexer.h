@@ -1,4 +1,4 @@
-// The characters of a text in memory.
+// StringLexer: a lexer for text in memory.
 #pragma once
 
 #include "impl/lexer/Lexer.h"
@@ -11,13 +11,13 @@ class StringLexer final : public Lexer {
 public:
     explicit StringLexer(const String& text) : source(text) {
         keepWindow();
-        // The empty text begins with its terminator.
+        // The window of an empty text is its terminator.
         setWindow({source.buf(), std::max<std::size_t>(source.len(), 1)});
     }
 
     char consume() override { return consumeFromWindow(); }
 
-    // Of the character that would be consumed next, in bytes from the start of the text.
+    // The offset of the next character to be consumed.
     [[nodiscard]] std::size_t offset() const noexcept { return source.len() - std::min(source.len(), window().size()); }
 
 private:

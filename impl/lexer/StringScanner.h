@@ -1,4 +1,4 @@
-// A quoted string, as it stands in the source.
+// StringScanner: finds the end of a quoted string.
 #pragma once
 
 #include "impl/lexer/ScanExtent.h"
@@ -8,10 +8,10 @@
 
 namespace vor::velmo_sdk::impl {
 
-// Goes through a string that is read piece by piece; remembers between two of them what escapes what.
+// Scans a string piece by piece; remembers a pending escape between pieces.
 class StringScanner {
 public:
-    // Looks at the next piece; the very first begins with the opening quote.
+    // Scans the next piece; the first one begins with the opening quote.
     [[nodiscard]] ScanExtent scan(std::string_view piece) noexcept {
         std::size_t i = isInside_ || piece.empty() ? 0 : 1;
         isInside_ = true;
@@ -28,7 +28,7 @@ public:
 
 private:
     bool isInside_ = false;
-    bool isEscaped_ = false; // the next character, by a backslash that nothing escapes
+    bool isEscaped_ = false; // the next character follows an unescaped backslash
 };
 
 } // namespace vor::velmo_sdk::impl

@@ -1,4 +1,4 @@
-// The texts of tokens that nobody else keeps.
+// TextKeeper: owns the text of tokens that do not refer to the source.
 #pragma once
 
 #include <algorithm>
@@ -11,13 +11,13 @@
 
 namespace vor::velmo_sdk::impl {
 
-// Keeps copies of texts for the statement that they are scanned in and the next few: a statement consumes at
-// least one token, so that none is looked at later than `lookahead` statements after its own.
+// Keeps copies for the statement during which they were scanned and the next `lookahead` ones. A statement consumes at
+// least one token, so no token is used for longer.
 class TextKeeper {
 public:
     static constexpr int lookahead = 3; // tokens scanned before they are consumed
 
-    // A copy, which stays until startStatement() has been called `lookahead` + 1 times more.
+    // Returns a copy, valid until startStatement() has been called `lookahead` + 1 more times.
     [[nodiscard, gnu::noinline]] std::string_view keep(std::string_view text) {
         char* copy = allocate(text.size());
         if (!text.empty())
@@ -25,7 +25,7 @@ public:
         return {copy, text.size()};
     }
 
-    // Room for a text of as many characters, which stays as long.
+    // Allocates uninitialised characters, which are valid for as long.
     [[nodiscard]] char* allocate(std::size_t size) { return statements_[current_].allocate(size); }
 
     void startStatement() noexcept {
@@ -34,7 +34,7 @@ public:
     }
 
 private:
-    // The texts of one statement: one block for all of them, unless they are many or large.
+    // The texts of one statement, in one block unless they are many or large.
     class Texts {
     public:
         char* allocate(std::size_t size) {
@@ -58,7 +58,7 @@ private:
     private:
         static constexpr std::size_t firstSize = 1024;
 
-        // The first block has always the same size, so that it can be used again.
+        // The first block has a fixed size, so that it can be reused.
         void addBlock(std::size_t atLeast) {
             if (blocks_.empty())
                 push(firstSize);

@@ -1,4 +1,4 @@
-// Token: one word of a text, with the position of its last character.
+// Token: the type and text of a token, with the position of its last character.
 #pragma once
 
 #include "scene/core/Log.h"
@@ -8,7 +8,7 @@
 namespace vor::velmo_sdk::impl {
 
 struct Token {
-    // The numbers are fixed; those in the gaps are never produced.
+    // The values are fixed; those in the gaps are never used.
     enum class Type : i32 {
         Eof = 0,     // end of input, expected or not
         Invalid = 1, // the text is the message
@@ -37,7 +37,7 @@ struct Token {
     };
 
     Type type = Type::Eof;
-    std::string_view text; // of the lexer, which says how long it stays
+    std::string_view text; // owned by the lexer; see Lexer::nextToken() for its lifetime
     i32 line = 0;          // 1-based, of the token's last character
     i32 column = 0;
 

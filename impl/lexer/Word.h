@@ -1,4 +1,4 @@
-// Identifiers, numbers and punctuation in characters that are at hand.
+// Scans identifiers, numbers and punctuation in a window.
 #pragma once
 
 #include "impl/lexer/Token.h"
@@ -15,7 +15,7 @@
 
 namespace vor::velmo_sdk::impl {
 
-// How many of sixteen characters belong to an identifier before the first that does not.
+// The number of leading identifier characters among sixteen.
 [[nodiscard]] inline std::size_t identifierLength(const char* text) noexcept {
 #ifdef __SSE2__
     const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
@@ -34,8 +34,8 @@ namespace vor::velmo_sdk::impl {
 #endif
 }
 
-// Where a word that begins at `at` ends, at most at `end`; `at` itself if none begins there. There must be
-// sixteen characters.
+// The end of the word that begins at `at`, at most `end`; `at` itself if no word begins there. At least sixteen
+// characters must be readable.
 [[nodiscard]] inline const char* wordEnd(const char* at, const char* end) noexcept {
     if (isIn(*at, punctuationChar))
         return at + 1;
@@ -54,7 +54,7 @@ namespace vor::velmo_sdk::impl {
     return at;
 }
 
-// The token that a punctuation character is.
+// The token type of a punctuation character.
 [[nodiscard]] inline Token::Type punctuationType(char c) noexcept {
     using Type = Token::Type;
     struct Table {

@@ -1,4 +1,4 @@
-// Does any sequence of things to a scene, reading texts into it among them.
+// Editor: applies any sequence of operations to a scene, including reading texts into it.
 #pragma once
 
 #include "tests/fuzz/Fuzz.h"
@@ -24,7 +24,7 @@ public:
             scene_.setCatalogue(catalogue());
         scene_.setStrictOutputs(decisions_.byte() % 4 == 0);
     }
-    // What is held goes before the scene or after it.
+    // Inputs that are held are released before or after the scene is destroyed.
     ~Editor() {
         if (decisions_.byte() % 2 == 0)
             owned_.reset();
@@ -51,7 +51,7 @@ private:
     AttrType type() { return types[decisions_.below(std::size(types))]; }
     Node* node() { return scene_.findNode(name()); }
 
-    // Some input, at any depth.
+    // An input at any depth, or null.
     Input* input() {
         Node* owner = node();
         if (!owner)
@@ -92,7 +92,7 @@ private:
         held->retain();
         held_.push_back(held);
     }
-    // An input that is held is alive, whatever became of its node.
+    // An input that is held is alive, even if its node is not.
     void letGo() {
         Input* held = held_.front();
         held_.pop_front();

@@ -1,4 +1,4 @@
-// What the fuzzers share: bytes as the source of their decisions, and the end when something is wrong.
+// Utilities of the fuzzers: bytes as the source of decisions, logs as text, and failing.
 #pragma once
 
 #include "impl/Messages.h"
@@ -12,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-// What the fuzzing engine calls with each text.
+// The fuzzing engine calls this with each input.
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size);
 
 namespace vrn::fuzz {
@@ -35,7 +35,7 @@ inline void require(bool condition, const char* what) {
     return {reinterpret_cast<const char*>(data), size};
 }
 
-// Takes decisions from the front of an input; zeros once it is used up.
+// Takes decisions from the front of an input; they are zero once it is exhausted.
 class Bytes {
 public:
     explicit Bytes(std::string_view bytes) : bytes_(bytes) {}
@@ -50,11 +50,11 @@ public:
         bytes_.remove_prefix(1);
         return first;
     }
-    std::size_t below(std::size_t most) noexcept {
-        return most <= 256 ? byte() % most : (std::size_t(byte()) << 8 | byte()) % most;
+    std::size_t below(std::size_t limit) noexcept {
+        return limit <= 256 ? byte() % limit : (std::size_t(byte()) << 8 | byte()) % limit;
     }
-    std::string_view text(std::size_t most) noexcept {
-        const std::string_view taken = bytes_.substr(0, below(most + 1));
+    std::string_view text(std::size_t maxLength) noexcept {
+        const std::string_view taken = bytes_.substr(0, below(maxLength + 1));
         bytes_.remove_prefix(taken.size());
         return taken;
     }
@@ -63,12 +63,12 @@ private:
     std::string_view bytes_;
 };
 
-// Keeps a text from asking for more than a fuzzer has time for; what is larger is refused in the same ways.
+// Keeps inputs fast: larger arrays and buffers are refused by the same code.
 inline void limit(Scene& scene) { scene.setLimits({.maxArrayElements = 1000, .maxBufferBytes = 1 << 20}); }
 
 [[nodiscard]] std::string jsonOf(const Scene& scene);
 
-// Runs `work` and returns what it logged, noticed or threw, a line each.
+// Runs `work` and returns its log, notices, and result or exception, one line each.
 template <class Work> std::string logOf(Work work) {
     std::string log;
     const auto add = [&](const char* kind, const String& text, TextPosition position) {
@@ -78,7 +78,7 @@ template <class Work> std::string logOf(Work work) {
     };
     const auto write = [&](const LogRecord& record) {
         constexpr const char* severities[] = {"error", "warning", "notice"};
-        // Only a source that shows what it has knows whether the text goes on behind its end.
+        // Only a source with a window knows whether the text continues.
         if (record.text != messages::endedByByte)
             add(severities[static_cast<std::size_t>(record.severity)], record.text, record.position);
     };
@@ -91,7 +91,7 @@ template <class Work> std::string logOf(Work work) {
     return log;
 }
 
-// Ends the run if the scene is not as scenes are.
+// Fails if an invariant of the scene is violated.
 void checkScene(const Scene& scene);
 
 } // namespace vrn::fuzz

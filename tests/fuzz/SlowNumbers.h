@@ -1,4 +1,4 @@
-// The rules of numbers written down once more, without a thought of speed, to measure the parsers by.
+// Simple and slow reference parsers of numbers.
 #pragma once
 
 #include <cstdlib>
@@ -25,7 +25,7 @@ inline std::string small(std::string text) {
     return text;
 }
 
-// Takes the digits of a radix off the front.
+// Removes the leading digits of a radix and returns them.
 inline std::string takeDigits(std::string& text, int radix) {
     std::size_t count = 0;
     const std::string digits = std::string("0123456789abcdef").substr(0, static_cast<std::size_t>(radix));
@@ -36,7 +36,7 @@ inline std::string takeDigits(std::string& text, int radix) {
     return taken;
 }
 
-// What numbers of a list are made of; all else separates, as far as a list may hold it.
+// The characters of the numbers in a list, and those that separate them. Others cannot occur in a list.
 inline bool isNumberCharacter(char c) {
     return std::string("+-.0123456789ABCDEFINUabcdefinu").find(c) != std::string::npos;
 }
@@ -53,7 +53,7 @@ inline std::optional<bool> boolean(const std::string& original) {
     return text == "false" || text == "0" ? std::optional<bool>(false) : std::nullopt;
 }
 
-// A sign, a prefix or none, digits, for decimal ones an exponent that is not negative, and one `u`.
+// An optional sign, an optional prefix, digits, an optional non-negative exponent if decimal, and an optional `u`.
 template <class Integer> std::optional<Integer> integer(const std::string& original) {
     __extension__ using Wide = __int128;
     std::string text = small(trimmed(original));
@@ -66,7 +66,7 @@ template <class Integer> std::optional<Integer> integer(const std::string& origi
     const std::string digits = takeDigits(text, radix);
     if (digits.empty() || (isNegative && !std::is_signed_v<Integer>))
         return {};
-    constexpr Wide large = Wide(1) << 80; // more does not matter
+    constexpr Wide large = Wide(1) << 80; // beyond all types
     Wide value = 0;
     for (const char c : digits)
         value = value > large ? large : value * radix + (c <= '9' ? c - '0' : c - 'a' + 10);
@@ -90,7 +90,7 @@ template <class Integer> std::optional<Integer> integer(const std::string& origi
     return static_cast<Integer>(value);
 }
 
-// A sign, `inf`, `nan` or digits with a point among them and an exponent, and one `f`; rounded by the C library.
+// An optional sign, and `inf`, `nan` or digits with an optional point, exponent and `f`; rounded by the C library.
 template <class Real> std::optional<Real> real(const std::string& original) {
     std::string text = small(trimmed(original));
     const bool isNegative = text.starts_with('-');

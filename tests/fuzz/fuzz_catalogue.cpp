@@ -1,4 +1,4 @@
-// Any bytes as a catalogue: refused with a place, or nodes can be made of its types.
+// Any bytes as a catalogue: refused with a position, or usable for creating nodes of its types.
 #include "scene/CatalogueJson.h"
 #include "tests/fuzz/Fuzz.h"
 

@@ -1,4 +1,4 @@
-// Any sequence of things done to a scene: it stays sound.
+// Any sequence of operations on a scene preserves its invariants.
 #include "tests/fuzz/Editor.h"
 
 using namespace vrn::fuzz;

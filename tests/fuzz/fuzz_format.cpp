@@ -1,5 +1,5 @@
-// Any text that can be formatted gives the same scene and the same log, but for the places in it, and formatted again
-// the same text.
+// Formatting any text that is not refused preserves its scene and, apart from positions, its log; formatting the result
+// again changes nothing.
 #include "impl/Formatter.h"
 #include "tests/fuzz/Fuzz.h"
 #include "tests/support/SameScene.h"
@@ -20,7 +20,7 @@ std::optional<std::string> formatted(const String& text, u32 column) {
     return result;
 }
 
-// A message without the place that it may speak of: `(12,3)`.
+// A message without the digits of its position, as in `(12,3)`.
 std::string withoutPlaces(std::string_view message) {
     std::string text;
     for (const char c : message) {
@@ -56,13 +56,13 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
     const String onceText = std::string_view(*once);
     const std::optional<std::string> twice = formatted(onceText, column);
     if (!twice || *twice != *once)
-        fail("other when formatted again:\n" + *once + "\nnow:\n" + twice.value_or("refused"));
+        fail("different when formatted again:\n" + *once + "\nnow:\n" + twice.value_or("refused"));
     Scene before;
     Scene after;
     const std::string log = read(before, text);
     const std::string logAfter = read(after, onceText);
     if (log != logAfter)
-        fail("another log: " + log + "\nnow: " + logAfter + "\n" + *once);
+        fail("different log: " + log + "\nnow: " + logAfter + "\n" + *once);
     if (const std::string found = vrn::test::firstDifference(before, after); !found.empty())
         fail(found + "\n" + *once);
     return 0;

@@ -1,4 +1,4 @@
-// Each parser of numbers, and each way of reading many, against slow and simple ones.
+// Compares each parser of numbers, and each block reader, with simple and slow ones.
 #include "impl/numbers/NumberFiller.h"
 #include "scene/core/NumberText.h"
 #include "scene/core/PlainNumber.h"
@@ -13,7 +13,7 @@ using namespace vrn::fuzz;
 
 namespace {
 
-// Bit for bit, but for what a NaN carries.
+// Bitwise equality, except that all NaNs are equal.
 template <class Number> bool isSame(Number a, Number b) {
     if constexpr (std::is_floating_point_v<Number>)
         if (std::isnan(a) && std::isnan(b))
@@ -29,9 +29,9 @@ template <class Number> void checkOne(std::string_view text) {
         fail("'" + std::string(text) + "' in " + __PRETTY_FUNCTION__);
 
     Number plain = 55;
-    const char* behind = takePlainNumber(text.data(), text.data() + text.size(), plain);
-    if (behind) {
-        const std::string taken(text.data(), behind);
+    const char* plainEnd = takePlainNumber(text.data(), text.data() + text.size(), plain);
+    if (plainEnd) {
+        const std::string taken(text.data(), plainEnd);
         const std::optional<Number> whole = slow::number<Number>(taken);
         if (!whole || !isSame(plain, *whole))
             fail("'" + taken + "' taken in " + __PRETTY_FUNCTION__);
@@ -51,7 +51,7 @@ std::vector<std::string> elementsOf(std::string_view list) {
     return elements;
 }
 
-// What stands in a list: number characters and separators, as the scanner lets through.
+// Whether a text contains only characters that the lexer accepts in a list.
 bool isListText(std::string_view text) {
     for (const char c : text)
         if (!slow::isNumberCharacter(c) && !slow::isSeparator(c))
@@ -59,22 +59,22 @@ bool isListText(std::string_view text) {
     return true;
 }
 
-// `more` is how many numbers more than the list has the block has room for.
+// The block holds `more` numbers more than the list contains; `more` may be -1.
 template <class Number> void checkList(std::string_view list, std::size_t piece, int more) {
     const std::vector<std::string> elements = elementsOf(list);
-    const std::size_t room = more < 0 && elements.empty() ? 0 : elements.size() + static_cast<std::size_t>(more);
-    const std::size_t count = std::min(room, elements.size());
+    const std::size_t capacity = more < 0 && elements.empty() ? 0 : elements.size() + static_cast<std::size_t>(more);
+    const std::size_t count = std::min(capacity, elements.size());
     for (const InstructionSet set : {InstructionSet::Baseline, InstructionSet::Avx2, InstructionSet::Avx512}) {
         if (set > instructionSet())
             break;
-        std::vector<std::byte> block(room * sizeof(Number));
+        std::vector<std::byte> block(capacity * sizeof(Number));
         const std::unique_ptr<NumberFiller> filler = NumberFiller::make<Number>(block, set);
         for (std::string_view rest = list; !rest.empty(); rest.remove_prefix(std::min(piece, rest.size())))
             filler->take(rest.substr(0, piece));
         filler->finish();
-        require(filler->filledBytes() == count * sizeof(Number), "all elements that have room are there");
-        require(filler->excess().has_value() == (count < elements.size()), "the first that has none is remembered");
-        require(!filler->excess() || *filler->excess() == String(std::string_view(elements[count])), "as it is");
+        require(filler->filledBytes() == count * sizeof(Number), "all elements that fit are stored");
+        require(filler->excess().has_value() == (count < elements.size()), "the first that does not fit is reported");
+        require(!filler->excess() || *filler->excess() == String(std::string_view(elements[count])), "verbatim");
         bool isRead = true;
         for (std::size_t i = 0; i < count; ++i) {
             const std::optional<Number> expected = slow::number<Number>(elements[i]);
@@ -86,11 +86,11 @@ template <class Number> void checkList(std::string_view list, std::size_t piece,
         }
         require(filler->isRead() == isRead, "a list is read if all of its elements are");
         for (std::size_t i = count * sizeof(Number); i < block.size(); ++i)
-            require(block[i] == std::byte(0), "what has no number is zero");
+            require(block[i] == std::byte(0), "the rest of the block is zero");
     }
 }
 
-// Some reals between spaces, all or nothing but for those that cannot be read.
+// parseReals(): stores nothing if there are fewer than `count` reals; skips those that are invalid.
 void checkReals(std::string_view text, std::size_t count) {
     std::vector<std::string> parts(1);
     for (const char c : text) {
@@ -130,7 +130,7 @@ template <class Number> void check(Bytes decisions, std::size_t piece) {
         checkOne<Number>(element);
     const int more = static_cast<int>(piece % 3) - 1;
     checkList<Number>(text, piece, more);
-    // The first characters of a list go one number at a time, the others many.
+    // With 80 blanks before and after the list, it is parsed in blocks instead of number by number.
     checkList<Number>(std::string(80, ' ') + std::string(text) + std::string(80, ' '), 1000, more);
 }
 

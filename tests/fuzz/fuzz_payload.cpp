@@ -1,4 +1,4 @@
-// Compressed payloads: any bytes as one, and bytes that were compressed and come back.
+// Compressed payloads: any bytes as a payload, and round trips of compressed bytes.
 #include "scene/core/Decompress.h"
 #include "tests/fuzz/Fuzz.h"
 
@@ -18,24 +18,24 @@ struct Inflated {
     friend bool operator==(const Inflated&, const Inflated&) = default;
 };
 
-Inflated inflate(std::string_view payload, std::size_t most) {
+Inflated inflate(std::string_view payload, std::size_t maxSize) {
     Inflated result;
-    const DecompressedBytes inflated = decompress(bytesOf(payload), payload.size(), result.error, most);
-    require(inflated.length <= most, "never more than was asked for");
+    const DecompressedBytes inflated = decompress(bytesOf(payload), payload.size(), result.error, maxSize);
+    require(inflated.length <= maxSize, "never more than requested");
     require((inflated.length == 0) == !result.error.isEmpty(), "nothing, or no error");
     if (inflated.length != 0)
         result.bytes.assign(reinterpret_cast<const char*>(inflated.bytes.get()), inflated.length);
     return result;
 }
 
-// The same piece by piece, as the scanner delivers it: digits alone.
-Inflated inflateInPieces(std::string_view digits, std::size_t most, std::size_t piece) {
+// The same in pieces of digits, as the lexer delivers them.
+Inflated inflateInPieces(std::string_view digits, std::size_t maxSize, std::size_t piece) {
     PayloadDecoder decoder;
     for (; !digits.empty(); digits.remove_prefix(std::min(piece, digits.size())))
         require(decoder.takeDigits(digits.substr(0, piece)) == std::min(piece, digits.size()), "all digits are taken");
     Inflated result;
-    result.bytes.resize(most);
-    result.bytes.resize(decoder.inflate({reinterpret_cast<u8*>(result.bytes.data()), most}, result.error));
+    result.bytes.resize(maxSize);
+    result.bytes.resize(decoder.inflate({reinterpret_cast<u8*>(result.bytes.data()), maxSize}, result.error));
     return result;
 }
 
@@ -80,8 +80,8 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
         roundTrip(decisions);
         return 0;
     }
-    const std::size_t most = 1 + decisions.below(5000);
-    (void)inflate(decisions.rest(), most);
-    (void)inflate("." + std::string(decisions.rest()), most);
+    const std::size_t maxSize = 1 + decisions.below(5000);
+    (void)inflate(decisions.rest(), maxSize);
+    (void)inflate("." + std::string(decisions.rest()), maxSize);
     return 0;
 }

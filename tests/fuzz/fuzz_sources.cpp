@@ -1,4 +1,4 @@
-// The same bytes from memory, from a file in blocks of any size, and one by one: scene, log and result agree.
+// The same bytes from memory, from a file in blocks of any size, and byte by byte: scene, log and result are equal.
 #include "impl/VrnParser.h"
 #include "impl/numbers/PlainBlocks.h"
 #include "tests/fuzz/Fuzz.h"
@@ -50,7 +50,7 @@ void requireSame(const Outcome& expected, const Outcome& found, const char* sour
 
 int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
     if (size == 0)
-        return 0; // the empty text begins with its terminator
+        return 0; // the lexer of an empty string sees its terminator
     const std::string_view text = asText(data, size);
     const unsigned seed = data[size / 2] + 256U * static_cast<unsigned>(size);
 

@@ -1,5 +1,5 @@
-// Any scene, read or put together, is written as a text that reads back without a word; as the same scene, unless the
-// writer has told what is lost, and that is written as the same text.
+// Any scene, read or created by calls, is written as a text that reads back silently. If the writer has reported no
+// losses, the scene read back is the same, and it is written as the same text.
 #include "scene/VrnWriter.h"
 #include "tests/fuzz/Editor.h"
 #include "tests/support/SameScene.h"
@@ -20,7 +20,7 @@ template <class Number> Number number(Bytes& bytes) {
     return result;
 }
 
-// Any value of the type of the input.
+// A value of the type of the input.
 AttrData anyValue(const Input& input, Bytes& bytes) {
     AttrData value = input.value();
     switch (input.type()) {
@@ -57,7 +57,7 @@ void fill(Input& root, Bytes& bytes) {
     }
 }
 
-// What only a program can make a scene hold.
+// Adds to a scene what only a program can create.
 void addForeign(Scene& scene, Bytes& bytes) {
     const String name = bytes.text(6);
     if (Node* node = scene.createNode(bytes.text(6), name)) {
@@ -83,8 +83,8 @@ Written write(const Scene& scene, const VrnWriterOptions& options) {
     return written;
 }
 
-// Whether the log says that all was read, and no more than what the scene itself gives rise to: comments with a version
-// that is none, nodes of type `with`.
+// Whether the log reports success and only what the scene itself causes: comments with an invalid version, and nodes of
+// type `with`.
 bool isQuiet(std::string_view log) {
     while (!log.empty()) {
         const std::string_view line = log.substr(0, log.find('\n') + 1);
@@ -96,8 +96,8 @@ bool isQuiet(std::string_view log) {
     return true;
 }
 
-// Whether what is different has been told: it stands at or below a path of a loss, or at the container of one, or whole
-// nodes are missing.
+// Whether a loss explains a difference: it is at or below the path of the loss or in a container of it, or the loss is
+// a whole node.
 bool isTold(std::string_view difference, const std::vector<VrnLoss>& losses) {
     const std::string_view place = difference.substr(0, difference.find(':'));
     return std::ranges::any_of(losses, [&](const VrnLoss& loss) {
@@ -111,7 +111,7 @@ void check(const Scene& scene, const VrnWriterOptions& options, bool isFromText)
     const Written first = write(scene, options);
     Scene again;
     const std::string log = logOf([&] { return parseString(&again, String(std::string_view(first.text))); });
-    if (scene.catalogue()) // which gives some inputs, and other names to some
+    if (scene.catalogue()) // adds and renames inputs
         return;
     if (!isQuiet(log))
         fail(log + first.text);
@@ -138,7 +138,7 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
         Scene scene;
         limit(scene);
         const std::string log = logOf([&] { return parseString(&scene, bytes.rest()); });
-        // A value for an element without a type is reported and then taken; no silent text does that.
+        // A value for an element without a type is reported and then written; no text does that silently.
         const bool isSilent = log.find("expected Null @") == std::string::npos;
         check(scene, options, isSilent);
         return 0;

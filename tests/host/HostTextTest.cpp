@@ -1,4 +1,4 @@
-// The reader makes the same calls to the scene of a host, whatever the source of the characters.
+// The reader makes the same calls to the scene of a host for every source of characters.
 #include "impl/Reader.h"
 #include "scene/Scene.h"
 #include "tests/support/EachSource.h"
@@ -20,7 +20,7 @@ TEST(HostText, makesTheSameCallsFromEverySource) {
     RandomText texts(grammar, 3);
     std::size_t callCount = 0;
     for (int i = 0; i < textCount; ++i) {
-        // The inputs of this host do not outlive their nodes, as those that wait for a link must.
+        // Inputs of this host do not outlive their nodes, which inputs with a pending link must.
         const std::string text = texts.next({.canRemove = false});
         std::vector<std::string> expected;
         withEachSource(text, blockSizes, [&](const std::string& source, auto read) {

@@ -2,7 +2,7 @@
 
 namespace vrn::test {
 
-TEST(AssignInfo, quotesItsValueShort) {
+TEST(AssignInfo, shortensItsValueInMessages) {
     AssignInfo info;
     info.valueToken.text = "12345678901234567890";
     EXPECT_EQ(info.valueString(), "12345678901234567890");
@@ -43,7 +43,7 @@ TEST(AssignInfo, startsEmptyAndCopies) {
     EXPECT_EQ(moved.data.type(), AttrType::Null);
 }
 
-TEST(Assignment, raisesWhatEndsTheParse) {
+TEST(Assignment, throwsErrorsThatEndTheParse) {
     const struct {
         const char* text;
         const char* error;
@@ -57,7 +57,7 @@ TEST(Assignment, raisesWhatEndsTheParse) {
         {"t a; a.x[**] = 1;", "PARSE ERROR (1,17): invalid input array index: **."},
         {"t a; a.x[16777216] = 1;", "PARSE ERROR (1,23): invalid input array index: 16777216."},
         {"t a; a.x[99999999999999999999] = 1;", "PARSE ERROR (1,35): invalid input array index: 99999999999999999999."},
-        // An input on the way that is something else.
+        // An input inside the path that has another type.
         {"t a; a.x = 1; a.x.y = 2;", "TYPE ERROR (1,24): cannot assign Object to Int @ a.x."},
         {"t a; a.x = 1.0; a.x[0] = 2;", "TYPE ERROR (1,27): cannot assign Int[] to Real @ a.x."},
         {"t a; a.x = 1.0; a.x[0] = a;", "TYPE ERROR (1,27): cannot assign <unknown>[] to Real @ a.x."},
@@ -82,7 +82,7 @@ TEST(Assignment, raisesWhatEndsTheParse) {
     }
 }
 
-TEST(Assignment, makesWhatIsMissing) {
+TEST(Assignment, createsMissingInputs) {
     const Reading r =
         readText("t a; a.x = 1; a.o.p.q = true; a.l[1] = 2.5; a.m[0][1] = \"s\"; a.n[*].k = 3u; a.e = []; a.f = {};");
     EXPECT_EQ(r.log, Log{});
@@ -115,7 +115,7 @@ TEST(Assignment, growsArrays) {
     EXPECT_EQ(r.value("a.y[5]").asInt(), 2);
 }
 
-TEST(Assignment, leavesAnArrayAloneThatItRefuses) {
+TEST(Assignment, leavesARefusedArrayUnchanged) {
     Reading r = readText("t a; a.x[0] = 1; a.x[7] = 2.5;");
     EXPECT_EQ(r.input("a.x")->size(), 1U) << "a conflict of types is found before the array grows";
     r.scene->setLimits({.maxArrayElements = 3});
@@ -124,7 +124,7 @@ TEST(Assignment, leavesAnArrayAloneThatItRefuses) {
     EXPECT_EQ(r.input("a.x")->size(), 3U);
 }
 
-// The index is read, the array gets its element type, the array grows: an error leaves what came before it.
+// The index is parsed, the element type is set, the array grows: an error leaves the effects of the earlier steps.
 TEST(Assignment, checksIndexTypeAndGrowthInThisOrder) {
     const struct {
         const char* text;
@@ -151,7 +151,7 @@ TEST(Assignment, checksIndexTypeAndGrowthInThisOrder) {
     }
 }
 
-TEST(Assignment, makesArraysOfLinkedElementsInAnArrayOfArrays) {
+TEST(Assignment, turnsLinkedElementsOfAnArrayOfArraysIntoArrays) {
     Reading r = readText("n n; n.x[0] |= n.a; n.x[1] |= n.b; n.x[3] = [];");
     EXPECT_EQ(r.log, Log{});
     EXPECT_EQ(r.input("n.x")->size(), 4U);
@@ -168,8 +168,8 @@ TEST(Assignment, makesArraysOfLinkedElementsInAnArrayOfArrays) {
     EXPECT_EQ(r.input("a.x[0]")->type(), AttrType::Null);
 }
 
-// Whether a value of another type is written is the scene's decision.
-TEST(Assignment, warnsOfNoEnumerationForAValueThatIsNotWritten) {
+// The scene decides whether to write a value of another type.
+TEST(Assignment, checksNoEnumerationForAValueThatIsNotWritten) {
     Reading r = readText("t a; a.x = 5;");
     r.input("a.x")->setEnumeration({"one", "two"});
     readMore(r, "a.x = \"three\";");
@@ -177,7 +177,7 @@ TEST(Assignment, warnsOfNoEnumerationForAValueThatIsNotWritten) {
     EXPECT_EQ(r.value("a.x").asInt(), 5);
 }
 
-TEST(Assignment, makesNoMoreUnnamedElementsThanAllowed) {
+TEST(Assignment, limitsImplicitElements) {
     Reading r;
     r.scene->setLimits({.maxImplicitElements = 4});
     readMore(r, "t a; a.x[2] = 1; a.y[*] = 1; a.y[2] = 2; a.z[0] = 1; a.x[1] = 1; a.z[3] = 1; a.z[2] = 1;");
@@ -188,7 +188,7 @@ TEST(Assignment, makesNoMoreUnnamedElementsThanAllowed) {
     EXPECT_EQ(r.log, Log{});
 }
 
-TEST(Assignment, writesElementsThatAreThereWhateverTheLimit) {
+TEST(Assignment, writesExistingElementsRegardlessOfTheLimit) {
     Reading r = readText("t a; a.x[4] = 1;");
     r.scene->setLimits({.maxArrayElements = 2});
     readMore(r, "a.x[4] = 2;");
@@ -196,7 +196,7 @@ TEST(Assignment, writesElementsThatAreThereWhateverTheLimit) {
     EXPECT_EQ(r.value("a.x[4]").asInt(), 2);
 }
 
-TEST(Assignment, givesUntypedInputsOnTheWayTheirType) {
+TEST(Assignment, setsTheTypeOfUntypedInputsInAPath) {
     Reading r = readText("t a; a.n |= null; a.m |= null; a.n.x = 1; a.m[1] = 2;");
     EXPECT_EQ(r.log, Log{});
     EXPECT_EQ(r.input("a.n")->type(), AttrType::Object);
@@ -207,14 +207,14 @@ TEST(Assignment, givesUntypedInputsOnTheWayTheirType) {
     EXPECT_EQ(r.input("a.k[1]")->type(), AttrType::Null);
 }
 
-TEST(Assignment, takesAValueIntoANullInputWithAnError) {
+TEST(Assignment, writesAValueToANullInputWithAnError) {
     const Reading r = readText("t a; a.x |= null; a.x = 5;");
     EXPECT_TRUE(r.isOk);
     EXPECT_EQ(r.log, (Log{error(1, 26, "TYPE ERROR (1,26): expected Null @ a.x but found Int.")}));
     EXPECT_EQ(r.value("a.x").asInt(), 5);
 }
 
-TEST(Assignment, logsAndGoesOn) {
+TEST(Assignment, logsWrongTypesAndContinues) {
     const Reading r = readText("t a; a.v = vec2(0 0); a.v = vec3(1 2 3);\na.w = vec3(0 0 0); a.w = vec2(4 5);\n"
                                "a.b = true; a.b = 1.5; a.b = 1;\na.s = \"x\"; a.s = 5;");
     EXPECT_TRUE(r.isOk);
@@ -225,7 +225,7 @@ TEST(Assignment, logsAndGoesOn) {
     EXPECT_EQ(r.value("a.v").components()[1], 2);
     EXPECT_EQ(r.value("a.w").components()[1], 5);
     EXPECT_TRUE(r.value("a.b").asBool());
-    EXPECT_STREQ(r.value("a.s").asString(), "x") << "what does not fit is the scene's to refuse";
+    EXPECT_STREQ(r.value("a.s").asString(), "x") << "the scene refuses values that do not fit";
 }
 
 TEST(Assignment, keepsTheElementTypeOfBuffers) {
@@ -235,7 +235,7 @@ TEST(Assignment, keepsTheElementTypeOfBuffers) {
     EXPECT_EQ(r.value("a.b").elements<double>()[1], 4);
 }
 
-TEST(Assignment, givesBuffersBesideItTheirElementType) {
+TEST(Assignment, setsTheElementTypeOfSiblingBuffers) {
     Reading r = readText("t a; a.b[2] = float[1] {5};");
     for (const char* path : {"a.b[0]", "a.b[1]", "a.b[2]"})
         EXPECT_EQ(r.input(path)->dataType(), DataType::Float) << path;
@@ -247,7 +247,7 @@ TEST(Assignment, givesBuffersBesideItTheirElementType) {
     EXPECT_EQ(r.log[0].text, "TYPE ERROR (1,46): expected Buffer @ a.b[0] but found Double.");
 }
 
-TEST(Assignment, passesByElementsThatTakeNoType) {
+TEST(Assignment, skipsElementsThatCannotBeTyped) {
     Reading r = readText("t a; a.b[0] = a; a.c[0] = a;");
     readMore(r, "a.b[*] = float[1] {5}; a.c[1][0] = 5;");
     EXPECT_EQ(r.log, Log{});
@@ -256,7 +256,7 @@ TEST(Assignment, passesByElementsThatTakeNoType) {
     EXPECT_EQ(r.input("a.c")->untypedElements(), 0U);
 }
 
-TEST(Assignment, passesBuffersOnWithoutACopy) {
+TEST(Assignment, movesBuffersWithoutACopy) {
     ParserOn p("= float[1000] {1};");
     AssignInfo info;
     const ScopedLogSink silent([](const LogRecord&) {});
@@ -285,7 +285,7 @@ TEST(Links, areUndoneByNull) {
     EXPECT_EQ(r.input("a.ref")->nodeValue(), nullptr);
 }
 
-TEST(Links, onlyTheLaterOneToAnInputIsMade) {
+TEST(Links, onlyTheLastOneOfAnInputIsMade) {
     const Reading r = readText("t a; a.in |= a.first; a.in |= nobody.x; a.in |= a.second; a.r = nobody; a.r = a;");
     EXPECT_EQ(r.log, Log{});
     EXPECT_EQ(r.input("a.in")->connection()->label(), "a.second");
@@ -305,14 +305,14 @@ TEST(Links, thatCannotBeMadeAreLogged) {
     EXPECT_EQ(r.input("a.x")->type(), AttrType::Int) << "a reference to a node is no Int";
 }
 
-TEST(Links, takePathsWithADotBeforeThem) {
+TEST(Links, acceptPathsWithALeadingDot) {
     const Reading r = readText("t a; t b; a.x |= .b.out; a.y |= .b[0].out; a.z |= b.out[1];");
-    EXPECT_EQ(r.input("a.x")->connection()->label(), "b.out") << "an empty part is none";
+    EXPECT_EQ(r.input("a.x")->connection()->label(), "b.out") << "an empty part does not count";
     EXPECT_EQ(r.input("a.z")->connection()->label(), "b.out[1]");
     EXPECT_EQ(r.log, (Log{warning(1, 41, "Cannot connect nonexistent node b[0] to a.y.")}));
 }
 
-TEST(Links, toOutputsThatAreNotThereAreLogged) {
+TEST(Links, toMissingOutputsAreLogged) {
     Reading r;
     r.scene->setStrictOutputs(true);
     readMore(r, "t a; a.in |= a.out;");
@@ -334,13 +334,13 @@ TEST(Links, needTheirWholeStatement) {
         EXPECT_EQ(readText(c.text).log, c.log) << c.text;
 }
 
-TEST(Links, toInputsThatAreGoneAreForgotten) {
+TEST(Links, ofRemovedInputsAreDropped) {
     const Reading r = readText("t a; t b; a.in |= b.out; a.ref = b; a.l[1] |= b.out; a.l = []; b.x = a; remove a;");
     EXPECT_EQ(r.log, (Log{warning(1, 70, "Cannot assign nonexistent node a to b.x.")}));
     EXPECT_TRUE(r.node("b").outputs().empty());
 }
 
-TEST(Links, ofATextWithAnErrorLetGoOfTheirInputs) {
+TEST(Links, ofATextWithAnErrorReleaseTheirInputs) {
     Reading r = readText("t a; a.in |= a.out; a.ref = a; remove a; oops");
     EXPECT_FALSE(r.isOk);
     EXPECT_EQ(r.scene->nodeCount(), 0U);

@@ -1,4 +1,4 @@
-// Buffers that are read while their list is scanned, against those whose list was scanned before.
+// Compares buffers that are read while their list is scanned with those that are read from a scanned list.
 #include "impl/BufferReader.h"
 
 #include "impl/lexer/FileLexer.h"

@@ -66,7 +66,7 @@ TEST(Driver, reportsInvalidCharactersThreeTokensAhead) {
     EXPECT_EQ(r.scene->findNode("c"), nullptr) << "its last token lets the bad one in";
 }
 
-TEST(Driver, throwsWhatIsWrongWithTheFirstThreeTokens) {
+TEST(Driver, throwsErrorsAmongTheFirstThreeTokens) {
     for (const char* text : {"?", "a ?", "a b ?"}) {
         const Reading r = readText(text);
         ASSERT_TRUE(r.thrown) << text;
@@ -79,7 +79,7 @@ TEST(Driver, throwsWhatIsWrongWithTheFirstThreeTokens) {
     EXPECT_FALSE(readText("a b c ?").thrown);
 }
 
-TEST(Driver, endsQuietlyAtAnUnterminatedString) {
+TEST(Driver, endsSilentlyAtAnUnterminatedString) {
     const Reading r = readText("t a; \"abc");
     EXPECT_TRUE(r.isOk);
     EXPECT_EQ(r.log, Log{});
@@ -130,12 +130,12 @@ TEST(Driver, refusesStatementsWithoutAScene) {
 TEST(Driver, readsAgainIntoTheSameScene) {
     Reading r = readText("t a; a.x = 1;");
     readMore(r, "a.x = 2; .y = 3;");
-    EXPECT_FALSE(r.isOk) << "the current node is forgotten between texts";
+    EXPECT_FALSE(r.isOk) << "the current node is reset between texts";
     EXPECT_EQ(r.value("a.x").asInt(), 2);
 }
 
-// A sink, or anything else that runs during a parse, may read from the same file. It takes characters away from the
-// parse, and neither sees what the other has read.
+// A log sink, or other code that runs during a parse, may read from the same file. The characters that it reads are
+// removed from the parse, and vice versa.
 TEST(Driver, sharesAFileWithASecondReader) {
     const std::string text = "t a; # version: x\na.x \x01\x02 = 1; # note\n";
     for (const std::size_t size : {1U, 2U, 3U, 20U, 4096U}) {
@@ -179,7 +179,7 @@ TEST(Driver, keepsTheOldTokenInItsSlotWhenTheNextIsInvalid) {
     EXPECT_EQ(p->ahead(2).text, "c");
 }
 
-TEST(Driver, readsOnSeveralThreadsAtOnce) {
+TEST(Driver, readsOnSeveralThreadsInParallel) {
     constexpr int threadCount = 4;
     std::vector<Reading> readings(threadCount);
     std::vector<std::thread> threads;
@@ -219,7 +219,7 @@ TEST(Diagnostics, decorateTheirTexts) {
     EXPECT_EQ(raised([&] { p->tokenError(p->ahead(1)); }), error(1, 5, "c"));
 }
 
-TEST(Diagnostics, takePercentSignsLiterally) {
+TEST(Diagnostics, printPercentSignsLiterally) {
     const Reading r = readText("t a; a.x = \"%s%n%d\" \"%s\";");
     EXPECT_EQ(r.log, (Log{error(1, 24, "BAD TOKEN (1,24): expected ';', found '\"%s\"'.")}));
 }

@@ -53,7 +53,7 @@ TEST(Formatter, keepsOneBlankLine) {
     expectAll({{"\n\n a b;\n\n\n\nc d;\ne f;\r\n\r\ng h;\n\n\n", "a b;\n\nc d;\ne f;\n\ng h;\n"}});
 }
 
-TEST(Formatter, keepsTokensApartThatWouldBeOne) {
+TEST(Formatter, separatesTokensThatWouldMerge) {
     expectAll({
         {"1 .5 a .b", "1 . 5 a.b\n"},
         {"a 1 b - 2 c", "a 1 b - 2 c\n"},
@@ -63,26 +63,26 @@ TEST(Formatter, keepsTokensApartThatWouldBeOne) {
     });
 }
 
-TEST(Formatter, leavesCommentsWhereTheyAre) {
+TEST(Formatter, keepsCommentsInPlace) {
     expectAll({
         {"#a\n # b \na b; # c\n# d", "#a\n# b \na b;  # c\n# d\n"},
         {"a b:# c\n# d\n.x = 1;#e\n", "a b:  # c\n    # d\n    .x = 1;  #e\n"},
         {"a b; #1\na.long = 2; #2\na.x = 3;\na.y = 4; #3\n\na.zzz = 5; #4",
          "a b;         #1\na.long = 2;  #2\na.x = 3;\na.y = 4;  #3\n\na.zzz = 5;  #4\n"},
-        // One that follows a statement directly, and not the next, is about the former.
+        // A comment directly after a statement, with a blank line before the next one, belongs to the former.
         {"a b:\n.x = 1;\n# of x\n\n# of c\nc d;", "a b:\n    .x = 1;\n    # of x\n\n# of c\nc d;\n"},
         {"a b:\n.x = 1;\n# of c\nc d;", "a b:\n    .x = 1;\n# of c\nc d;\n"},
         {"a b:\n.x = 1;\n# of x", "a b:\n    .x = 1;\n    # of x\n"},
         {"a b:\n.x = 1;\n\n# at the end", "a b:\n    .x = 1;\n\n# at the end\n"},
         {"# ends with a return\ra b;", "# ends with a return\na b;\n"},
         {"\n\n# c\n\n.a = 5;", "# c\n\n    .a = 5;\n"},
-        // None may stand inside a statement, but nothing is lost.
+        // A comment inside a statement is an error to the reader, but the formatter keeps it.
         {"a.x = # no\n 1;", "a.x = # no\n1;\n"},
     });
 }
 
-// One long line moves no other's comment.
-TEST(Formatter, putsCommentsOfLongLinesJustBehindThem) {
+// A long line does not move the comments of other lines.
+TEST(Formatter, doesNotAlignCommentsOfLongLines) {
     const std::string text(150, 'x');
     expectAll(
         {{"a.s = \"" + text + "\"; # long\na.b = 1; # short", "a.s = \"" + text + "\";  # long\na.b = 1;  # short\n"}});
@@ -110,7 +110,7 @@ TEST(Formatter, wrapsListsAtWholeElements) {
     expectAll({{"n.x = vec3f[3] {1 2 3 4 5 6 7 8 9};", "n.x = vec3f[3] {1 2 3 4 5 6 7 8 9};\n"}}, 0);
 }
 
-// The column itself may be used, the one after it may not.
+// The last column may be used.
 TEST(Formatter, wrapsBeyondTheColumn) {
     const auto someNumbers = [](std::size_t count) {
         std::string text = "1";
@@ -134,13 +134,13 @@ TEST(Formatter, wrapsBeyondTheColumn) {
         EXPECT_EQ(formatted("n.x = {" + line + "0 3};", column), "n.x = {\n    " + line.substr(0, line.rfind(' ')) +
                                                                      "\n    " + line.substr(line.rfind(' ') + 1) +
                                                                      "0 3\n};\n");
-        // And of a statement with an indentation of its own.
+        // The same for an indented statement.
         const std::string inner = ".x = {" + std::string(column - 12, '1');
         EXPECT_EQ(formatted("t n:\n" + inner + "};", column), "t n:\n    " + inner + "};\n");
         EXPECT_EQ(formatted("t n:\n" + inner + "1};", column),
                   "t n:\n    .x = {\n        1" + inner.substr(6) + "\n    };\n");
     }
-    // Comments line up with the longest line that ends at the column at most.
+    // Comments are aligned with the longest line that does not exceed the column.
     for (const std::size_t length : {100U, 101U}) {
         const std::string line = "a.s = \"" + std::string(length - 9, 'x') + "\";";
         ASSERT_EQ(line.size(), length);
@@ -149,8 +149,8 @@ TEST(Formatter, wrapsBeyondTheColumn) {
     }
 }
 
-// The text of such a list ends with a blank, which a message may show.
-TEST(Formatter, keepsASeparatorBehindTheLastElement) {
+// The text of the token then ends with a blank, which a message may contain.
+TEST(Formatter, keepsASeparatorAfterTheLastElement) {
     expectAll({{"a.x = {1, 2, };", "a.x = {1 2, };\n"}, {"a.x = {1 2 };", "a.x = {1 2};\n"}});
     expectAll({{"a.x = int32[2] {1000000, 2,\n};", "a.x = int32[2] {\n    1000000 2,\n};\n"}}, 20);
 }

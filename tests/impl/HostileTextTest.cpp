@@ -1,4 +1,4 @@
-// Texts that would mean something to printf or to a terminal come out as they are.
+// Input with printf conversions or terminal control sequences is reported verbatim.
 #include "scene/CatalogueJson.h"
 #include "tests/support/Reading.h"
 
@@ -18,7 +18,7 @@ std::string with(const std::string& pattern, const std::string& text) {
 
 } // namespace
 
-TEST(HostileText, comesOutOfMessagesAsItIs) {
+TEST(HostileText, isVerbatimInMessages) {
     const struct {
         const char* text;
         const char* message;
@@ -36,12 +36,12 @@ TEST(HostileText, comesOutOfMessagesAsItIs) {
         }
 }
 
-TEST(HostileText, ofAnEnumerationComesOutAsItIs) {
+TEST(HostileText, isVerbatimInMessagesAboutEnumerations) {
     const auto catalogue = std::make_shared<const Catalogue>(
         readCatalogue(R"({"types": {"t": {"inputs": {"kind": {"type": "String", "enum": ["%s%n"]}}}}})"));
     for (const std::string text : hostile) {
         const Reading r = readText(std::string_view("t a; a.kind = \"" + text + "\";"), catalogue);
-        if (text == "%s%n") { // which it is meant to be
+        if (text == "%s%n") { // a member of the enumeration
             EXPECT_EQ(r.log, Log{});
             continue;
         }
@@ -51,8 +51,8 @@ TEST(HostileText, ofAnEnumerationComesOutAsItIs) {
     }
 }
 
-// No text makes such names, but a host may.
-TEST(HostileText, ofNamesComesOutOfLabelsAsItIs) {
+// A text cannot create such names, but a host can.
+TEST(HostileText, isVerbatimInLabels) {
     for (const std::string name : hostile) {
         Reading r;
         Input* input = r.scene->createNode("t", "a")->createInput(std::string_view(name), AttrType::Null);

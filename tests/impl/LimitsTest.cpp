@@ -1,4 +1,4 @@
-// Limits at their exact value: the last allowed one passes, one more is refused with its message.
+// Limits at their exact value: the largest allowed value passes, the next one is refused with its message.
 #include "impl/lexer/FileLexer.h"
 #include "tests/support/Reading.h"
 #include "tests/support/Sources.h"
@@ -45,7 +45,7 @@ TEST(Limits, ofArrayElements) {
         EXPECT_EQ(overfull.log, onlyError(static_cast<i32>(text.size()), "invalid input array index: *"));
         EXPECT_EQ(overfull.input("n.a")->size(), limit);
         EXPECT_EQ(overfull.input("n.a")->appendElement(), nullptr);
-        // Also of an array inside another, and of one that another text has filled.
+        // Also of a nested array, and of an array that another text has filled.
         EXPECT_EQ(readWithin(limits, "t n; n.a[0][" + last + "].m = 1;").log, Log{});
         EXPECT_EQ(readWithin(limits, "t n; n.a[0][" + beyond + "].m = 1;").log.size(), 1U);
         Reading again = readWithin(limits, "t n; n.a[" + last + "] = 1;");
@@ -64,7 +64,7 @@ TEST(Limits, ofBufferBytes) {
                  {0, "int16", 0},  {1, "int16", 0},   {144, "mat3d", 2}, {143, "mat3d", 1}};
     for (const auto& c : cases) {
         const SceneLimits limits{.maxBufferBytes = c.limit};
-        // Without any number all are missing, which is warned of.
+        // All elements are missing, which is a warning.
         const Reading fits = readWithin(limits, String::format("t n; n.b = %s[%d] {};", c.type, c.count).buf());
         ASSERT_NE(fits.input("n.b"), nullptr) << c.type;
         EXPECT_EQ(fits.value("n.b").count(), static_cast<u64>(c.count)) << c.type;
@@ -85,7 +85,7 @@ TEST(Limits, ofImplicitElements) {
         const std::string most = std::to_string(limit);
         const std::string more = std::to_string(limit + 1);
         const Reading fits = readWithin(limits, "t n; n.a[" + most + "] = 1; n.a[*] = 1; n.b[0] = 1;");
-        EXPECT_EQ(fits.log, Log{}) << "elements that are named do not count";
+        EXPECT_EQ(fits.log, Log{}) << "elements that are assigned do not count";
         EXPECT_EQ(fits.input("n.a")->size(), limit + 2);
         const std::string refused = "t n; n.a[" + more + "] = 1;";
         const Reading tooFar = readWithin(limits, refused);
@@ -103,8 +103,8 @@ TEST(Limits, ofImplicitElements) {
     EXPECT_EQ(readWithin(four, "t n; n.a[2][3] = 1;").log, onlyError(19, "invalid input array index: 3"));
 }
 
-// The limits that the lexer has of its own change no token: sizes around those of its buffers.
-TEST(Limits, ofTheLexersBuffersDoNotShow) {
+// Tokens of sizes around those of the lexer's buffers.
+TEST(Limits, ofTheLexersBuffersChangeNoToken) {
     std::vector<std::size_t> sizes;
     for (const std::size_t size : {16U, 240U, 255U, 1024U, 2048U, 32U * 1024, 64U * 1024, 1U << 20})
         for (const std::size_t near : {size - 2, size - 1, size, size + 1, size + 2})
@@ -115,7 +115,7 @@ TEST(Limits, ofTheLexersBuffersDoNotShow) {
         std::string list;
         while (list.size() + 2 < size)
             list += list.empty() ? "12" : " 3";
-        // Two statements, so that the buffers are used again once they have grown.
+        // Two statements, so that the buffers are reused after they have grown.
         const std::string text = word + " \"" + word + "\" {" + list + "} {" + list + ", } #" + word + "\n;" + "last " +
                                  word + "\n.12" + std::string(size, '3') + "\n[" + std::string(size, '4') + "];";
         const auto expectTokens = [&](Lexer& lexer, const char* source) {

@@ -1,4 +1,4 @@
-// What is taken without a word, for those who ask.
+// Notices about input that is otherwise accepted silently.
 #include "tests/support/Reading.h"
 #include "tests/support/Sources.h"
 
@@ -47,8 +47,7 @@ struct Case {
     Log notices;
 };
 
-// A source that knows where its text ends can say what stands behind a byte that ends it; one byte at a time, it
-// cannot.
+// All sources with a window: they can distinguish a byte that ends the text from its end.
 void expectNoticesOfAllSources(const Case& c) {
     EXPECT_EQ(noticesFromMemory(c.text), c.notices) << c.text;
     for (const std::size_t block : {1U, 2U, 7U, 1000U})
@@ -57,13 +56,13 @@ void expectNoticesOfAllSources(const Case& c) {
 
 } // namespace
 
-TEST(Notices, tellOfWhatIsTakenWithoutAWord) {
+TEST(Notices, reportWhatIsAcceptedSilently) {
     const char* const foreign = "bytes outside ASCII between tokens are taken for blanks: 3 in all";
     const Case cases[] = {
         {"t a; a.x = 1; a.y = a; with a: .z = 2; # \xC3\xA4\nA a2; with a2: a.s = \"\xE2\x80\x83\";", {}},
         {"t a;\n\"abc", {notice(2, 4, "the text ends too early: UNEXPECTED EOF while parsing STRING")}},
         {"t a; {1 2", {notice(1, 9, "the text ends too early: UNEXPECTED EOF while parsing BRACES")}},
-        {"t a; a.x = \"abc", {}}, // an error says so
+        {"t a; a.x = \"abc", {}}, // reported by an error
         {"t a;\nt a;\nu a;\nt b; define c; define c; u c;",
          {notice(3, 4, "node a is declared as a u but stays a t"),
           notice(4, 29, "node c is declared as a u but stays a c")}},
@@ -73,7 +72,7 @@ TEST(Notices, tellOfWhatIsTakenWithoutAWord) {
         {"t a; a.l[1] |= a.o;\na.l[1] |= a.p; a.r = a; a.r = b; a.l[0] |= a.p;",
          {notice(2, 13, "an earlier link of a.l[1] is replaced"), notice(2, 31, "an earlier link of a.r is replaced")}},
         {"t a; a.l |= a.o; a.l |= null; a.r = a; a.r = NULL;", {}}, // undone on purpose
-        {"t a; a.l |= null; a.l |= a.o; a.r = null; a.r = a;", {}}, // nothing is lost
+        {"t a; a.l |= null; a.l |= a.o; a.r = null; a.r = a;", {}}, // replaces nothing
         {"t a;\xE2\x80\x83 a.x = 1;", {notice(1, 5, foreign)}},
         {"t a;\n \xE2\x80\x83\na.x = 1;", {notice(2, 2, foreign)}},
         {"t a;\n\xC2\xA0#c\n a.x = 1;\xFE", {notice(2, 1, foreign)}},
@@ -90,7 +89,7 @@ TEST(Notices, tellOfWhatIsTakenWithoutAWord) {
     }
 }
 
-TEST(Notices, tellWhereAByteEndsTheText) {
+TEST(Notices, reportWhereAByteEndsTheText) {
     const char* const ended = "a byte 0xFF ends the text; nothing behind it is read";
     const Case cases[] = {
         {"t a;\n\xFF t b;", {notice(2, 1, ended)}},
@@ -104,7 +103,7 @@ TEST(Notices, tellWhereAByteEndsTheText) {
         expectNoticesOfAllSources(c);
 }
 
-TEST(Notices, areNoPartOfTheLog) {
+TEST(Notices, areNotPartOfTheLog) {
     const Reading r = readText("t a; u a; with b: \"abc");
     EXPECT_TRUE(r.isOk);
     EXPECT_EQ(r.log, Log{});

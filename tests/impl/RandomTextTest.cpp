@@ -1,4 +1,4 @@
-// Texts built at random from the grammar mean the same from every source of characters.
+// Random texts generated from the grammar are read alike from every source of characters.
 #include "tests/support/RandomText.h"
 
 #include "tests/support/EachSource.h"
@@ -52,7 +52,7 @@ TEST(RandomText, isTheSameForTheSameSeed) {
     EXPECT_NE(texts, others);
 }
 
-// Most texts are read to their end, and together they use every rule, so that they test more than the first error.
+// Most texts are valid, and together they use every rule: they test more than the first error.
 TEST(RandomText, isMostlyValid) {
     RandomText texts(grammar(), 1);
     std::map<std::string, int> types;

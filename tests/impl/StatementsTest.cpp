@@ -42,7 +42,7 @@ TEST(Comment, isKeptAsRead) {
     EXPECT_EQ(r.scene->fileComments(), (StringVector{"# b ", "#a", "# version: 9 ", String("#x\0y", 4)}));
 }
 
-TEST(Comment, isTakenOnlyWhereOneStands) {
+TEST(Comment, isReadOnlyAtACommentToken) {
     ParserOn p("t a;");
     EXPECT_FALSE(p->parseComment());
     EXPECT_EQ(p->current().text, "t");
@@ -51,7 +51,7 @@ TEST(Comment, isTakenOnlyWhereOneStands) {
 TEST(NodeStatements, areRecognisedByThreeTokens) {
     const struct {
         const char* text;
-        const char* recogniser; // the first in the order of the statements that takes it
+        const char* recogniser; // the first one, in the order of the statements, that accepts it
     } cases[] = {
         {"remove a;", "remove"},  {"REMOVE a;", "remove"},  {"define a;", "define"},  {"Define m;", "define"},
         {"camera c;", "declare"}, {"camera c:", "declare"}, {"a REMOVE;", "declare"}, {"with a:", "declare"},
@@ -100,13 +100,13 @@ TEST(NodeStatements, fillTheirRecords) {
     EXPECT_EQ(with.name.text, "e");
 }
 
-TEST(NodeStatements, keepAnExistingNodeWhateverItsType) {
+TEST(NodeStatements, keepAnExistingNodeOfAnyType) {
     const Reading r = readText("camera c; light c; c.x = 1;");
     EXPECT_EQ(r.node("c").type(), "camera");
     EXPECT_EQ(r.log, Log{});
 }
 
-TEST(NodeStatements, makeANodeCurrentByAColonOnly) {
+TEST(NodeStatements, makeANodeCurrentOnlyWithAColon) {
     const Reading r = readText("camera c1: .x = 1; camera c2; .y = 2; camera c2: .z = 3; with c1: .w = 4;");
     EXPECT_NE(r.input("c1.y"), nullptr);
     EXPECT_NE(r.input("c2.z"), nullptr);
@@ -126,7 +126,7 @@ TEST(NodeStatements, defineTwiceAppendsTwice) {
     EXPECT_EQ(p->definedNodes.size(), 2U);
     EXPECT_EQ(p->definedNodes[0], p->definedNodes[1]);
     EXPECT_TRUE(p->parseDeclare());
-    EXPECT_TRUE(p->parseDefine()) << "a node that is there is taken as it is";
+    EXPECT_TRUE(p->parseDefine()) << "an existing node is kept unchanged";
     EXPECT_EQ(p->definedNodes[2]->type(), "t");
 }
 
@@ -140,7 +140,7 @@ TEST(NodeStatements, withFindsNodesThenTheLastDefinitionOfTheType) {
     EXPECT_EQ(p->withNode->name(), "m");
     EXPECT_TRUE(p->parseWith());
     EXPECT_EQ(p->withNode, nullptr);
-    // A defined node whose name is not its type is found by the type, the last one of them all.
+    // Defined nodes with other names are found by their type; the last definition wins.
     Node* first = p.scene.createNode("kind", "k1");
     Node* last = p.scene.createNode("kind", "k2");
     p->definedNodes.add(first);
@@ -160,7 +160,7 @@ TEST(NodeStatements, removeMakesTheParserForget) {
     EXPECT_TRUE(p->parseRemove());
     EXPECT_EQ(p->withNode, nullptr);
     EXPECT_EQ(p->definedNodes[0], nullptr);
-    EXPECT_TRUE(p->parseRemove()) << "a node that is not there is not reported";
+    EXPECT_TRUE(p->parseRemove()) << "a missing node is not reported";
     EXPECT_TRUE(p->parseWith());
     EXPECT_EQ(p->withNode, nullptr);
     const Reading r = readText("t a: remove a; .x = 1;");
@@ -170,7 +170,7 @@ TEST(NodeStatements, removeMakesTheParserForget) {
 TEST(Path, readsNamesMembersAndIndices) {
     const struct {
         const char* text;
-        const char* collapsed; // null: no path
+        const char* collapsed; // null: not a path
         std::size_t tokens;
     } cases[] = {
         {"light1.color =", "light1.color", 3},
@@ -201,7 +201,7 @@ TEST(Path, readsNamesMembersAndIndices) {
     }
 }
 
-TEST(Path, takesItsTailPieceByPiece) {
+TEST(Path, consumesItsPartsOneByOne) {
     ParserOn p("[0] .x .5");
     ds::Vector<Token> tokens;
     EXPECT_FALSE(p->scalarattr(tokens));

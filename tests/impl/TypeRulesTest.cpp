@@ -5,8 +5,8 @@
 
 namespace vrn::test {
 
-// A row a value type, a column an input type, in the order of AttrType: `=` the same, `+` converted,
-// `!` narrowed with a warning, `.` rejected.
+// Rows are value types, columns input types, in the order of AttrType: `=` same, `+` converted, `!` narrowed with a
+// warning, `.` rejected.
 static const char* const matrix[attrTypeCount] = {
     //                 NBIURvvvppqrmmSNBAO
     /* Null   */ "=..................",
@@ -42,7 +42,7 @@ TEST(TypeRules, decideEveryPair) {
         }
 }
 
-// The same matrix by reading texts: what is logged, and what the input holds afterwards.
+// The same matrix from texts: compares the log and the type of the input afterwards.
 TEST(TypeRules, decideWhatAnAssignmentLogs) {
     const char* literals[attrTypeCount] = {nullptr,
                                            "true",
@@ -65,7 +65,7 @@ TEST(TypeRules, decideWhatAnAssignmentLogs) {
                                            "{}"};
     for (i32 v = 1; v < attrTypeCount; ++v) {
         if (!literals[v])
-            continue; // a node is not written but linked
+            continue; // nodes are linked, not written
         for (i32 i = 0; i < attrTypeCount; ++i) {
             const auto valueType = static_cast<AttrType>(v);
             const auto inputType = static_cast<AttrType>(i);
@@ -77,7 +77,7 @@ TEST(TypeRules, decideWhatAnAssignmentLogs) {
             const char* value = attrTypeName(valueType);
             const char* type = attrTypeName(inputType);
             std::vector<String> texts;
-            // An untyped buffer takes a buffer; all else that a buffer is given is refused.
+            // An untyped buffer accepts buffers and refuses all other values.
             if (matrix[v][i] == '.')
                 texts.push_back(
                     String::format("TYPE ERROR %s: expected %s @ n.x but found %s.", at.buf(), type, value));

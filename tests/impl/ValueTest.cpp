@@ -29,7 +29,7 @@ TEST(Value, recordsWhichFormItFound) {
     }
 }
 
-// What a reader has consumed stays consumed, and the next one sees what follows.
+// A recogniser that fails keeps the tokens that it has consumed; the next one continues after them.
 TEST(Value, readsABufferAfterAScalarThatFails) {
     const struct {
         const char* value;
@@ -75,7 +75,7 @@ TEST(Value, readsABufferFromTheTokensAtTheCursor) {
     EXPECT_EQ(info.data.elements<float>()[1], 2.0F);
     EXPECT_EQ(info.valueString(), "FLOAT[]");
     EXPECT_EQ(p->current().type, Type::Semicolon);
-    // A list that no scanner has seen: only the space separates.
+    // A list that the lexer has not normalised: only spaces separate.
     ParserOn other("double[2] {};");
     other->tokens[2].text = "{1 x}";
     VrnParser::AssignInfo broken;
@@ -91,7 +91,7 @@ TEST(Value, needsAnEqualsSign) {
     EXPECT_EQ(p->current().text, "x");
 }
 
-TEST(Value, complainsAboutWhatIsNone) {
+TEST(Value, reportsMissingOrInvalidValues) {
     const struct {
         const char* text;
         Log log;
@@ -100,7 +100,7 @@ TEST(Value, complainsAboutWhatIsNone) {
         {"x.y = 1", {error(1, 12, "BAD TOKEN (1,12): expected ';', found 'EOF'.")}},
         {"x.y = 1 2;", {error(1, 14, "BAD TOKEN (1,14): expected ';', found '2'.")}},
         {"x.y = foo(1);", {error(1, 17, "BAD TOKEN (1,17): expected ';', found '(1)'.")}},
-        {"x.y = vec2;", {}}, // a reference to a node of that name, which is not there
+        {"x.y = vec2;", {}}, // a reference to a missing node of that name
         {"x.y = vec3(1 2);", {error(1, 21, "BAD TOKEN (1,21): expected '(scalar|buffer|reference)', found ';'.")}},
         {"x.y = 1-2;", {error(1, 15, "BAD TOKEN (1,15): expected '(scalar|buffer|reference)', found ';'.")}},
         {"x.y = float {1 2};", {error(1, 22, "BAD TOKEN (1,22): expected ';', found '{1 2}'.")}},
@@ -117,7 +117,7 @@ TEST(Value, complainsAboutWhatIsNone) {
     }
 }
 
-TEST(Value, goesOnBehindAScalarThatCannotBeRead) {
+TEST(Value, continuesAfterAnInvalidScalar) {
     const Reading r = readText("t x; t foo; x.y = vec3(1 2) foo;");
     EXPECT_TRUE(r.isOk);
     EXPECT_EQ(r.input("x.y")->type(), AttrType::Vec3) << "made with the type of the first form";
@@ -169,7 +169,7 @@ TEST(Scalar, readsKeywordForms) {
         {"VEC2(0.5 1)", AttrType::Vec2, {0.5, 1}},
         {"vec3(1 2 3)", AttrType::Vec3, {1, 2, 3}},
         {"vec3(1 2 3 4)", AttrType::Vec3, {1, 2, 3}},
-        {"vec3(1,2,3)", AttrType::Vec3, {1, 2, 3}}, // the lexer makes spaces of the commas
+        {"vec3(1,2,3)", AttrType::Vec3, {1, 2, 3}}, // the lexer replaces commas by spaces
         {"vec4(1 2 3 4)", AttrType::Vec4, {1, 2, 3, 4}},
         {"pos2(1 2)", AttrType::Pos2, {1, 2}},
         {"pos3(1 2 3)", AttrType::Pos3, {1, 2, 3}},
@@ -203,7 +203,7 @@ TEST(Scalar, failsOnWhatItCannotRead) {
         {"null", false, AttrType::Null},
         {"int(5)", false, AttrType::Null},
         {";", false, AttrType::Null},
-        {"vec3(1 2)", true, AttrType::Vec3}, // consumed, and the type is recorded all the same
+        {"vec3(1 2)", true, AttrType::Vec3}, // consumed, and the type is recorded
         {"vec3(1 2 1-2)", true, AttrType::Vec3},
         {"rgba(1 2)", true, AttrType::Rgba},
         {"mat3(1 2 3 4 5 6 7 8)", true, AttrType::Mat3},
@@ -226,7 +226,7 @@ TEST(Scalar, endsAStringAtARawNul) {
     EXPECT_STREQ(r.value("a.x").asString(), "b");
 }
 
-// What the recogniser of buffers makes of a value.
+// The result of the recogniser of buffers.
 struct BufferRead {
     bool isRead = false;
     std::string error;
@@ -296,7 +296,7 @@ TEST(Buffer, readsNumbersOfEveryType) {
         EXPECT_FALSE(bufferOf(none, "[1]", "{1}").isRead) << none;
 }
 
-TEST(Buffer, refusesWhatIsNoneWithoutConsuming) {
+TEST(Buffer, rejectsOtherTokensWithoutConsuming) {
     for (const char* text : {"float {1 2}", "float[2]", "float", "5", "foo[1] {1}"}) {
         ParserOn p(text);
         AssignInfo info;
@@ -320,7 +320,7 @@ TEST(Buffer, reportsWhatIsWrong) {
         const char* keyword;
         const char* head;
         const char* body;
-        const char* error; // raised, at the END of the value
+        const char* error; // thrown; END is the column of the end of the value
         const char* warning;
     } cases[] = {
         {"int32", "[3]", "{1  2 3}", "", ""}, // two spaces
@@ -341,7 +341,7 @@ TEST(Buffer, reportsWhatIsWrong) {
         {"float", "[1 2]", "{1}", "PARSE ERROR (1,END): invalid buffer element count: [1 2].", ""},
         {"float", "[99999999999999999999]", "{1}",
          "PARSE ERROR (1,END): invalid buffer element count: [99999999999999999999].", ""},
-        // 16 GiB and one element more; a size that does not fit 64 bits
+        // One element more than 16 GiB; a size that does not fit in 64 bits
         {"byte", "[17179869185]", "{1}", "PARSE ERROR (1,END): invalid buffer element count: [17179869185].", ""},
         {"mat4d", "[18446744073709551615]", "{1}",
          "PARSE ERROR (1,END): invalid buffer element count: [18446744073709551615].", ""},
@@ -359,7 +359,7 @@ TEST(Buffer, reportsWhatIsWrong) {
             error.replace(place, 3, end);
         EXPECT_EQ(r.error, error) << c.keyword << c.head << c.body;
         EXPECT_EQ(r.isRead, *c.error == '\0') << c.keyword << c.head << c.body;
-        const i32 keyword = static_cast<i32>(1 + std::strlen(c.keyword)); // stands in for the statement
+        const i32 keyword = static_cast<i32>(1 + std::strlen(c.keyword)); // the column of its end
         EXPECT_EQ(r.log, *c.warning ? (Log{warning(1, keyword, c.warning)}) : Log{}) << c.keyword << c.head << c.body;
     }
     EXPECT_EQ(bufferOf("float", "[4]", "{.5 1 2 3}").info.data.elements<float>()[0], 0.5F);

@@ -1,4 +1,4 @@
-// Reads a text from every kind of source that there is.
+// Reads a text from every kind of source.
 #pragma once
 
 #include "impl/Messages.h"
@@ -10,8 +10,8 @@
 
 namespace vrn::test {
 
-// Calls `use(name, read)` for each of them, `read(scene)` being the parse. The first one goes byte by byte, and is what
-// the others are measured by.
+// Calls `use(name, read)` for each source; `read(scene)` parses the text. The first source reads byte by byte and is
+// the reference for the others.
 template <class Use> void withEachSource(const std::string& text, std::span<const std::size_t> blockSizes, Use use) {
     const String string{std::string_view(text)};
     use("byte by byte", [&](Scene& scene) {
@@ -26,7 +26,7 @@ template <class Use> void withEachSource(const std::string& text, std::span<cons
         });
 }
 
-// All sizes that put the end of a block at every place of a token, and some that hold whole texts.
+// Sizes that end a block at every position of a token, and some that hold whole texts.
 inline std::vector<std::size_t> allBlockSizes() {
     std::vector<std::size_t> sizes{100, 255, 1000, 100000};
     for (std::size_t size = 1; size <= 64; ++size)
@@ -34,7 +34,7 @@ inline std::vector<std::size_t> allBlockSizes() {
     return sizes;
 }
 
-// What a parse reports, in order: records of the log, notices among them, then its result or what it throws.
+// Passes what a parse reports to `add`, in order: log records including notices, then the result or the exception.
 template <class AnyScene, class Read, class Add> void reportAll(AnyScene& scene, Read read, Add add) {
     const auto addRecord = [&](const char* kind, const String& words, TextPosition position) {
         add(std::string(kind) + " " + std::to_string(position.line) + "," + std::to_string(position.column) + ": " +
@@ -42,7 +42,7 @@ template <class AnyScene, class Read, class Add> void reportAll(AnyScene& scene,
     };
     const auto write = [&](const LogRecord& record) {
         constexpr const char* severities[] = {"error", "warning", "notice"};
-        // Only a source with a window can tell whether the text goes on.
+        // Only a source with a window knows whether the text continues.
         if (record.text != messages::endedByByte)
             addRecord(severities[static_cast<std::size_t>(record.severity)], record.text, record.position);
     };

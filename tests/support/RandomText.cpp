@@ -21,7 +21,7 @@ constexpr const char* nodes[] = {"a", "b", "c", "a_node_with_a_name_that_is_long
 constexpr const char* types[] = {"t", "u", "d", "camera"};
 constexpr const char* blanks[] = {" ", " ", " ", " ", "  ", "\n", "\n", "\r\n", "\t", "\n\n    ", "\xC2\xA0"};
 
-// The symbols of a line; what stands after three blanks explains it.
+// The symbols of a line, without the explanation, which follows three blanks.
 Grammar::Symbols symbolsOf(std::string_view line) {
     Grammar::Symbols symbols;
     for (std::size_t i = 0; i < line.size();) {
@@ -42,7 +42,7 @@ Grammar::Symbols symbolsOf(std::string_view line) {
 
 bool isName(const std::string& symbol) { return isIn(symbol[0], identifierChar); }
 
-// Where the item at the front ends: a symbol, or a group in brackets.
+// The length of the first item: a symbol, or a group in parentheses.
 std::size_t itemLength(std::span<const std::string> symbols) {
     std::size_t depth = 0;
     for (std::size_t i = 0; i < symbols.size(); ++i) {
@@ -54,7 +54,7 @@ std::size_t itemLength(std::span<const std::string> symbols) {
     return symbols.size();
 }
 
-// Whether two tokens would be read as one, or as others, without a blank between them.
+// Whether two tokens would be read as other tokens without a blank between them.
 bool wouldMerge(std::string_view left, std::string_view right) {
     if (left.empty() || right.empty())
         return false;
@@ -106,7 +106,7 @@ std::vector<std::string> unknownSymbols(const Grammar& grammar) {
 
 std::string RandomText::next(const RandomTextOptions& options) {
     canRemove_ = options.canRemove;
-    // Nodes that most statements are about; without them, some texts begin with an error.
+    // The nodes that most statements refer to; without them, some texts begin with an error.
     std::string text = isOneIn(20) ? "" : "define d; t a: u b; d c;\n";
     for (std::size_t left = 1 + below(options.maxStatements); left > 0; --left) {
         statement_.clear();
@@ -126,12 +126,12 @@ void RandomText::expandRule(const std::string& name) {
     expand(grammar_.rules.at(name), name);
     if (name != "bufferType")
         return;
-    // The parts of a keyword are symbols of their own.
+    // The parts of a keyword are separate symbols.
     for (; statement_.size() > first + 1; statement_.pop_back())
         statement_[statement_.size() - 2] += statement_.back();
 }
 
-// One of the alternatives.
+// Expands one of the alternatives.
 void RandomText::expand(Symbols symbols, const std::string& rule) {
     std::vector<Symbols> alternatives;
     std::size_t start = 0;
@@ -204,7 +204,7 @@ std::string RandomText::token(const std::string& name, const std::string& rule) 
         return braces(rule);
     if (name == "COMMENT")
         return comment();
-    // PARENS: as many numbers as the keyword before it wants.
+    // PARENS: the number of components that the preceding keyword requires.
     const String word = String(std::string_view(statement_.back())).toLower();
     const auto known = attrTypeByName(std::string(1, static_cast<char>(word.buf()[0] - 'a' + 'A')) + (word.buf() + 1));
     const std::size_t count = known ? componentCount(*known) : 3;
@@ -320,13 +320,13 @@ std::string RandomText::blank() {
     return isOneIn(60) ? std::string(below(600), '\n') : isOneIn(10) ? oneOf(blanks) : " ";
 }
 
-// Names the inputs of an assignment's target by what they are, so that most statements about one agree on its type.
+// Names the inputs of a target after their type, so that most statements about an input agree on its type.
 void RandomText::nameInputs() {
     const auto end = std::ranges::find_if(statement_, [](const std::string& t) { return t == "=" || t == "|"; });
     if (end == statement_.end() || isOneIn(30))
         return;
     const auto size = static_cast<std::size_t>(end - statement_.begin());
-    std::string kind = "v"; // of the value, from its first character
+    std::string kind = "v"; // of the value, derived from its first character
     if (*end == "=" && size + 1 < statement_.size()) {
         const char first = statement_[size + 1][0];
         kind = String::isDigit(first) || first == '-' ? "n"
@@ -378,7 +378,7 @@ void RandomText::breakStatement() {
     }
 }
 
-// The tokens, with blanks where they would be one, and elsewhere at random.
+// Appends the tokens, with blanks where they would merge, and elsewhere at random.
 void RandomText::append(std::string& text) {
     const bool isTight = isOneIn(4);
     std::string_view before;

@@ -1,11 +1,11 @@
-// Texts that are built at random from the rules of docs/grammar.md.
+// Generates random texts from the rules of docs/grammar.md.
 //
 //     RandomText texts(grammar, seed);
 //     for (int i = 0; i < 1000; ++i)
 //         read(texts.next({}));
 //
-// The same grammar and seed always yield the same texts. Most of them are valid: their nodes exist, the names of their
-// inputs tell arrays from objects, and buffers have as many numbers as they should. Some of each are not.
+// The same grammar and seed always produce the same texts. Most are valid: their nodes exist, the names of their inputs
+// distinguish arrays from objects, and buffers have the right number of elements. Some violate each of these.
 #pragma once
 
 #include <map>
@@ -16,8 +16,8 @@
 
 namespace vrn::test {
 
-// The rules of statements, paths, values and links by their names, as symbols: quoted words, names of rules, names of
-// tokens in capitals, and `( ) | * ?`. Those of tokens, which are about characters, are names alone.
+// The rules of statements, paths, values and links by name, as symbols: quoted words, names of rules, names of tokens
+// in capitals, and `( ) | * ?`. Of the rules of tokens, which describe characters, only the names.
 struct Grammar {
     using Symbols = std::vector<std::string>;
     std::map<std::string, Symbols> rules;
@@ -27,13 +27,13 @@ struct Grammar {
 // Reads the text of docs/grammar.md.
 [[nodiscard]] Grammar readGrammar(const std::string& document);
 
-// All names in the rules that are neither rules nor tokens that RandomText can make.
+// All names in the rules that are neither rules nor tokens that RandomText can generate.
 [[nodiscard]] std::vector<std::string> unknownSymbols(const Grammar& grammar);
 
 struct RandomTextOptions {
     std::size_t maxStatements = 12;
-    bool canRemove = true;     // nodes
-    unsigned breakPercent = 8; // of statements: a token or a character is lost, doubled, moved or changed
+    bool canRemove = true;     // whether texts may remove nodes
+    unsigned breakPercent = 8; // of statements: a token or a character is removed, doubled, moved or changed
 };
 
 class RandomText {

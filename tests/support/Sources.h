@@ -8,7 +8,7 @@
 
 namespace vrn::test {
 
-// As vrn/vrn.h has them, which the tests of a host's own scene model cannot include.
+// As in vrn/vrn.h, which the tests of a host's scene model cannot include.
 using namespace vor;
 using namespace vor::velmo_sdk;
 using namespace vor::velmo_sdk::impl;

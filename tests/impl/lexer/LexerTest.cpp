@@ -25,7 +25,7 @@ static void expectTokens(Lexer& lexer, const std::vector<Expected>& expected, co
     }
 }
 
-TEST(Lexer, cutsTextsIntoTokens) {
+TEST(Lexer, splitsTextsIntoTokens) {
     const struct {
         const char* text;
         std::vector<Expected> tokens;
@@ -94,7 +94,7 @@ TEST(Lexer, cutsTextsIntoTokens) {
         {"{1, 2,, 3}", {{Type::Braces, "{1 2 3}", 1, 10}}},
         {"((1,2),(3,4))", {{Type::Parens, "(1 2 3 4)", 1, 13}}},
         {"(1 (2 3))", {{Type::Parens, "(1 2 3)", 1, 9}}},
-        {"((1)(2))", {{Type::Parens, "(12)", 1, 8}}}, // inner brackets leave nothing behind
+        {"((1)(2))", {{Type::Parens, "(12)", 1, 8}}}, // inner brackets do not separate
         {"{(1 2) [3 4]}", {{Type::Braces, "{1 2 3 4}", 1, 13}}},
         {"{ \t\n1\n\n2\x80\x7F 3 }", {{Type::Braces, "{1 2 3}", 4, 7}}},
         {"{ .78 9c }", {{Type::Braces, "{.78 9c}", 1, 10}}},
@@ -161,7 +161,7 @@ void expectTheSameTokensFromAllSources(const std::string& text) {
     PlainLexer plain(text);
     const std::string expected = tokensOf(plain);
     StringLexer fromString{String(std::string_view(text))};
-    if (!text.empty()) { // whose terminator is a character of its own
+    if (!text.empty()) { // the terminator of an empty text is a character
         ASSERT_EQ(tokensOf(fromString), expected) << text;
     }
     for (const std::size_t size : {1U, 2U, 3U, 7U, 16U, 64U, 1000U}) {
@@ -172,7 +172,7 @@ void expectTheSameTokensFromAllSources(const std::string& text) {
 
 } // namespace
 
-TEST(Lexer, givesTheSameTokensWithAndWithoutAWindow) {
+TEST(Lexer, returnsTheSameTokensWithAndWithoutAWindow) {
     const std::string pieces[] = {"a",
                                   "true",
                                   "_x9",
@@ -225,7 +225,7 @@ TEST(Lexer, givesTheSameTokensWithAndWithoutAWindow) {
     }
 }
 
-TEST(Lexer, givesTheSameLongLists) {
+TEST(Lexer, returnsTheSameLongListsFromAllSources) {
     std::mt19937 random(8);
     for (int i = 0; i < 300; ++i) {
         std::string text = "x = float[1]{";
@@ -240,7 +240,7 @@ TEST(Lexer, givesTheSameLongLists) {
     }
 }
 
-// How a list comes to its canonical text, one character after the other: slow, and easy to follow.
+// Reference for the canonical text of a list: simple, one character at a time.
 static std::string listStepByStep(const std::string& source) {
     const char open = source[0];
     const char close = open == '(' ? ')' : '}';
@@ -277,7 +277,7 @@ static std::string listStepByStep(const std::string& source) {
     return "end";
 }
 
-TEST(Lexer, makesListsCanonicalAsStepByStep) {
+TEST(Lexer, flattensListsLikeTheReference) {
     const std::string_view characters = "0123456789-.+eE()(){}{}[],,    \n\t\r\x01\x80nu";
     std::mt19937 random(9);
     for (int i = 0; i < 50000; ++i) {
@@ -296,7 +296,7 @@ TEST(Lexer, makesListsCanonicalAsStepByStep) {
     }
 }
 
-TEST(Lexer, knowsPositionsOfEachCharacter) {
+TEST(Lexer, tracksThePositionOfEachCharacter) {
     PlainLexer lexer("a\r\nb");
     EXPECT_EQ(lexer.prev, 0);
     EXPECT_EQ(lexer.cur, 'a');
@@ -337,7 +337,7 @@ TEST(Lexer, wrapsItsPositionAroundBeyondTwoGiB) {
     EXPECT_EQ(lexer.column, 1);
 }
 
-TEST(FileLexer, leavesTheFileBehindWhatItHasLookedAt) {
+TEST(FileLexer, leavesTheFileAfterTheCurrentCharacter) {
     for (const std::size_t size : {1U, 4U, 100U}) {
         const std::string text = "ab cd;ef";
         File file = File::fromSource(std::make_unique<Blocks>(text, size), size);
@@ -348,7 +348,7 @@ TEST(FileLexer, leavesTheFileBehindWhatItHasLookedAt) {
         }
         char c = 0;
         EXPECT_TRUE(file.read(c));
-        EXPECT_EQ(c, 'e') << "the semicolon has been read as the character to come";
+        EXPECT_EQ(c, 'e') << "the semicolon has been read as the current character";
     }
 }
 

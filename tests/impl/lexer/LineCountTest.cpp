@@ -1,4 +1,4 @@
-// Positions after long runs of line feeds, which the lexer counts many at a time.
+// Positions after long runs of line feeds, which the lexer counts in batches.
 #include "impl/lexer/FileLexer.h"
 #include "tests/support/Reading.h"
 #include "tests/support/Sources.h"
@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t runs[] = {1, 2, 239, 240, 241, 254, 255, 256, 257, 479, 480, 481, 511, 512, 513, 100000};
 
-// A text that begins with a run of line feeds somewhere, and the position of its `?`.
+// A text with a run of line feeds, and the position of its `?`.
 struct Case {
     const char* name;
     std::string before;
@@ -72,7 +72,7 @@ void expectFromAllSources(const std::string& text, const std::string& log) {
             << "in blocks of " << size;
 }
 
-// The error about a `?` there: it is reported at the character before it.
+// The error about the `?`, which is reported at the position of the previous character.
 std::string invalidToken(std::size_t line, i32 column) {
     const auto at = static_cast<i32>(line);
     return String::format("%d,%d: INVALID TOKEN (%d,%d): '?'\n", at, column - 1, at, column - 1).buf();
@@ -89,7 +89,7 @@ TEST(LineCount, isExactAfterRunsOfLineFeeds) {
         }
 }
 
-// An error right after a run is reported at the last line feed, which still belongs to its line.
+// An error right after a run is reported at the last line feed, which belongs to the line that it ends.
 TEST(LineCount, countsALineFeedWithTheNextCharacter) {
     for (const std::size_t run : runs) {
         expectFromAllSources(std::string(run, '\n') + "?", invalidToken(run, 2));
@@ -106,8 +106,8 @@ TEST(LineCount, isExactAfterManyComments) {
     }
 }
 
-// Tokens that hold a run, and the ones after them.
-TEST(LineCount, givesTokensTheirPositions) {
+// Tokens that contain a run of line feeds, and the tokens after them.
+TEST(LineCount, isExactInAndAfterTokens) {
     for (const std::size_t run : runs) {
         const std::string feeds(run, '\n');
         const std::string text = feeds + "a" + feeds + "\"" + feeds + "\"" + feeds + "(1" + feeds + "2)" + feeds + "{" +

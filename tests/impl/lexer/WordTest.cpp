@@ -1,4 +1,4 @@
-// Words in sight, keywords, and the texts that tokens keep.
+// Keywords, the ends of words, and the lifetime of the texts of tokens.
 #include "impl/lexer/Word.h"
 
 #include "impl/lexer/FileLexer.h"
@@ -13,7 +13,7 @@
 
 namespace vrn::test {
 
-TEST(Keyword, hasNoCaseAndNoMoreThanEightCharacters) {
+TEST(Keyword, isNotCaseSensitiveAndHasAtMostEightCharacters) {
     const char* words[] = {"a",  "b",    "ab",    "ba",    "abc",    "abd",    "vec2",   "vec3",
                            "v3", "with", "float", "flost", "define", "remove", "uint16", "colorref"};
     for (const std::string_view a : words)
@@ -28,7 +28,7 @@ TEST(Keyword, hasNoCaseAndNoMoreThanEightCharacters) {
     EXPECT_EQ(keywordNumber(atRunTime), keywordNumber("colorref"));
 }
 
-TEST(Word, endsWhereItsCharactersDo) {
+TEST(Word, endsAfterItsLastCharacter) {
     const std::string rest = " 0123456789012345";
     for (int c = 0; c < 256; ++c) {
         const char first = static_cast<char>(c);
@@ -72,8 +72,8 @@ TEST(Lexer, keepsTheTextsOfTokensForFourStatements) {
     EXPECT_EQ(tokens[6000].text, "name2999");
 }
 
-TEST(Lexer, usesTheMemoryOfTextsAgain) {
-    // Were each statement's memory larger than the last one's, it would soon be more than there is.
+TEST(Lexer, reusesTheMemoryOfTexts) {
+    // If the memory grew from statement to statement, it would soon be exhausted.
     std::string text;
     for (int i = 0; i < 1000; ++i)
         text += "# " + std::string(1100, 'x') + "\n";

@@ -354,9 +354,9 @@ TEST(NumberFiller, roundsDecimalsNextToTiesOfFloatsOnce) {
     }
 }
 
-// The AVX-512 reader rounds long numbers in batches of up to 256 and leaves room for those of one block: at most seven
-// of eight digits that are ties. Batches just below, at and above that, with long numbers in both groups of eight of a
-// block.
+// The AVX-512 reader rounds long numbers in batches of up to 256 and reserves space for those of one block: at most
+// seven of eight digits that are ties. Batches just below, at and above that size, with long numbers in both groups of
+// eight of a block.
 TEST(NumberFiller, readsAsManyLongNumbersAsABatchHolds) {
     for (std::size_t ties = 216; ties < 264; ++ties) {
         std::string text = beforeFirstBlock;
@@ -368,7 +368,7 @@ TEST(NumberFiller, readsAsManyLongNumbersAsABatchHolds) {
     }
 }
 
-TEST(NumberFiller, readsNothingOutsideOfTheText) {
+TEST(NumberFiller, readsNothingOutsideTheText) {
     // An allocation of exactly the length of the text, so that the address sanitizer detects reads beyond either end.
     for (std::size_t length = 1; length < 400; ++length) {
         const std::unique_ptr<char[]> text(new char[length]);
