@@ -64,11 +64,11 @@ public:
     // that of the text, so that the log is deterministic. Calls `expect(names)` before each batch with the node names
     // of its links, so that the scene can prefetch them.
     template <class Resolve, class Expect> void resolveAll(Resolve resolve, Expect expect) {
-        constexpr std::size_t batchSize = 32;
-        std::array<const String*, batchSize> names;
+        constexpr std::size_t prefetchBatch = 32;
+        std::array<const String*, prefetchBatch> names;
         for (std::size_t i = 0; i < waiting_.size(); ++i) {
-            if (i % batchSize == 0) {
-                const std::size_t count = std::min(batchSize, waiting_.size() - i);
+            if (i % prefetchBatch == 0) {
+                const std::size_t count = std::min(prefetchBatch, waiting_.size() - i);
                 for (std::size_t k = 0; k < count; ++k)
                     names[k] = &waiting_[i + k].link.node;
                 expect(std::span<const String* const>(names.data(), count));

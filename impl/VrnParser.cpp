@@ -25,7 +25,7 @@ bool VrnParser::parse(IScene* target, Lexer* source) {
     const NameMapScope names(scene);
     primeWithNotices();
     const bool isRead = readStatements();
-    logEndNotices(isRead);
+    reportTruncation(isRead);
     return isRead;
 }
 
@@ -34,7 +34,7 @@ void VrnParser::primeWithNotices() {
     try {
         prime();
     } catch (const ReadError&) {
-        logEndNotices(false);
+        reportTruncation(false);
         throw;
     }
 }
@@ -55,7 +55,7 @@ bool VrnParser::readStatements() {
 }
 
 // Notices about silently accepted input. After an error, an unterminated token needs no notice.
-void VrnParser::logEndNotices(bool isRead) const {
+void VrnParser::reportTruncation(bool isRead) const {
     if (isRead && current().text != messages::endOfInput)
         logNotice(current().position(), messages::endsInsideToken, String(current().text).buf());
     if (lexer->isEndedByByte())

@@ -60,7 +60,7 @@ public:
     void prime();
     void primeWithNotices();
     [[nodiscard]] bool readStatements();
-    void logEndNotices(bool isRead) const;
+    void reportTruncation(bool isRead) const;
     void parseStatements();
     [[nodiscard]] bool parseStatement();
     const Token& consume(); // the consumed token, valid until the next call
