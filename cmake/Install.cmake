@@ -13,6 +13,7 @@ set(installed_headers
   scene/CatalogueJson.h
   scene/DataType.h
   scene/Input.h
+  scene/InputCursor.h
   scene/Interfaces.h
   scene/Link.h
   scene/NameMaps.h

@@ -126,7 +126,7 @@ private:
     };
     // Lets a value be stored with one 16-byte write: a copy soon after it could not be forwarded from two smaller
     // stores.
-    using Words = u64 __attribute__((vector_size(16), aligned(8), may_alias));
+    using Words [[gnu::vector_size(16), gnu::aligned(8), gnu::may_alias]] = u64;
     union Store {
         Words words;
         i64 integer;

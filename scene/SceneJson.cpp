@@ -1,9 +1,8 @@
 #include "scene/SceneJson.h"
 
 #include "scene/BufferNumbers.h"
+#include "scene/InputCursor.h"
 #include "scene/JsonWriter.h"
-
-#include <vector>
 
 namespace vor::velmo_sdk::impl {
 
@@ -29,12 +28,6 @@ public:
     }
 
 private:
-    // An input whose children are being written. A stack of these, because inputs can be nested too deep for recursion.
-    struct Open {
-        const Input* input; // null for the node itself
-        std::span<const Input* const> left;
-    };
-
     void write(const Node& node) {
         json_.object([&] {
             json_.key("name").text(node.name());
@@ -46,19 +39,14 @@ private:
     }
 
     void writeAll(std::span<const Input* const> inputs) {
-        std::vector<Open> open{{nullptr, inputs}};
-        while (true) {
-            Open& top = open.back();
-            if (!top.left.empty()) {
-                const Input* input = top.left.front();
-                top.left = top.left.subspan(1);
-                begin(*input);
-                open.push_back({input, input->children()});
-            } else if (top.input) {
-                end(*top.input);
-                open.pop_back();
+        for (InputCursor cursor(inputs); !cursor.isDone();) {
+            if (cursor.isAtEnd()) {
+                cursor.leave();
+                end(*cursor);
+                cursor.next();
             } else {
-                return;
+                begin(*cursor);
+                cursor.enter();
             }
         }
     }

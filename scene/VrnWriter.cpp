@@ -1,5 +1,6 @@
 #include "scene/VrnWriter.h"
 
+#include "scene/InputCursor.h"
 #include "scene/VrnInputs.h"
 #include "scene/VrnLosses.h"
 #include "scene/VrnValue.h"
@@ -20,16 +21,25 @@ bool isComment(std::string_view text) noexcept {
 // Whether an input and everything below it equals the reader's copy of the definition's input. The copy has no links,
 // nor what links create, because they are resolved at the end of the file.
 bool isCopy(const Input& input, const Input& original) {
-    std::vector<std::pair<const Input*, const Input*>> open{{&input, &original}};
-    while (!open.empty()) {
-        const auto [mine, others] = open.back();
-        open.pop_back();
-        const bool isSame = mine->key() == others->key() && mine->value() == others->value() &&
-                            mine->size() == others->size() && !mine->connection() && mine->type() != AttrType::Node;
-        if (!isSame)
-            return false;
-        for (u64 i = 0; i < mine->size(); ++i)
-            open.emplace_back(mine->children()[i], others->children()[i]);
+    const auto isSame = [](const Input& mine, const Input& others) {
+        return mine.key() == others.key() && mine.value() == others.value() && mine.size() == others.size() &&
+               !mine.connection() && mine.type() != AttrType::Node;
+    };
+    if (!isSame(input, original))
+        return false;
+    InputCursor others(original.children());
+    for (InputCursor mine(input.children()); !mine.isDone();) {
+        if (mine.isAtEnd()) {
+            mine.leave();
+            others.leave();
+            mine.next();
+            others.next();
+        } else {
+            if (!isSame(*mine, *others))
+                return false;
+            mine.enter();
+            others.enter();
+        }
     }
     return true;
 }

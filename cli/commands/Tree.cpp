@@ -4,6 +4,7 @@
 #include "cli/query/ValueText.h"
 #include "cli/terminal/Console.h"
 #include "cli/terminal/Style.h"
+#include "scene/InputCursor.h"
 #include "scene/core/TextEncoding.h"
 
 #include <memory>
@@ -43,45 +44,41 @@ public:
     }
 
 private:
-    // Siblings that are being drawn.
-    struct Branch {
-        std::span<const Input* const> remaining;
-        u64 hidden;               // the number of elements after them that are not drawn
-        std::size_t parentIndent; // the length of the parent's indentation
-    };
-
     void drawInputs(std::span<const Input* const> inputs, bool isLastNode) {
-        std::vector<Branch> open;
-        enter(open, {inputs, 0, 0}, isLastNode);
-        while (!open.empty()) {
-            Branch& top = open.back();
-            if (top.remaining.empty()) {
-                if (top.hidden != 0)
-                    line(true, style_.faint("... " + std::to_string(top.hidden) + " more"));
-                indent_.resize(top.parentIndent);
-                open.pop_back();
+        indent(isLastNode);
+        for (InputCursor cursor(inputs); !cursor.isDone();) {
+            if (isAtEnd(cursor)) {
+                leave(cursor);
                 continue;
             }
-            const Input& input = *top.remaining.front();
-            top.remaining = top.remaining.subspan(1);
-            const bool isLast = top.remaining.empty() && top.hidden == 0;
-            line(isLast, style_.name(inputName(input)) + ": " + describe(input, style_));
-            if (open.size() < options_.depth && input.size() != 0)
-                enter(open, childrenOf(input), isLast);
+            const bool isLast = cursor.isLast();
+            line(isLast, style_.name(inputName(*cursor)) + ": " + describe(*cursor, style_));
+            if (cursor.depth() + 1 < options_.depth && cursor->size() != 0) {
+                indent(isLast);
+                cursor.enter();
+            } else {
+                cursor.next();
+            }
         }
+        outdent();
     }
 
-    [[nodiscard]] Branch childrenOf(const Input& input) const {
-        const auto children = input.children();
-        const bool isArray = input.type() == velmo_sdk::AttrType::Array;
-        const u64 shown = isArray ? std::min<u64>(children.size(), options_.elements) : children.size();
-        return {children.first(shown), children.size() - shown, indent_.size()};
+    // Only the first elements of an array are drawn.
+    [[nodiscard]] bool isAtEnd(const InputCursor& cursor) const {
+        return cursor.isAtEnd() || (cursor->isElement() && cursor->index() == options_.elements);
     }
 
-    void enter(std::vector<Branch>& open, Branch branch, bool isParentLast) {
-        open.push_back(branch);
-        indent_ += isParentLast ? "    " : "│   ";
+    void leave(InputCursor& cursor) {
+        if (!cursor.isAtEnd())
+            line(true, style_.faint("... " + std::to_string(cursor.parent()->size() - options_.elements) + " more"));
+        outdent();
+        cursor.leave();
+        cursor.next();
     }
+
+    void indent(bool isParentLast) { indent_ += isParentLast ? blank : bar; }
+
+    void outdent() { indent_.resize(indent_.size() - (indent_.ends_with(bar) ? bar : blank).size()); }
 
     static std::string inputName(const Input& input) {
         const std::string name = escapedShort(input.name());
@@ -92,6 +89,8 @@ private:
         print(style_.faint(indent_ + (isLast ? "└── " : "├── ")) + text + '\n');
     }
 
+    static constexpr std::string_view blank = "    ";
+    static constexpr std::string_view bar = "│   ";
     const TreeOptions& options_;
     const Style& style_;
     std::string indent_;

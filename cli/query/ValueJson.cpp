@@ -1,14 +1,14 @@
 #include "cli/query/ValueJson.h"
 
 #include "scene/BufferNumbers.h"
+#include "scene/InputCursor.h"
 #include "scene/Node.h"
-
-#include <vector>
 
 namespace vrn::cli {
 
 using namespace vor;
 using namespace vor::velmo_sdk;
+using vor::velmo_sdk::impl::InputCursor;
 
 namespace {
 
@@ -62,50 +62,36 @@ void writeLeaf(JsonLine& json, const Input& input) {
     }
 }
 
-// Writes nested objects and arrays. Keeps a stack of the open ones, because inputs can be nested too deep for
-// recursion.
-class NestedWriter {
-public:
-    explicit NestedWriter(JsonLine& json) : json_(json) {}
+void begin(JsonLine& json, const Input& input) {
+    if (input.type() == AttrType::Object)
+        json.beginObject();
+    else if (input.type() == AttrType::Array)
+        json.beginArray();
+    else
+        writeLeaf(json, input);
+}
 
-    void enter(std::span<const Input* const> children, bool isObject) {
-        isObject ? json_.beginObject() : json_.beginArray();
-        open_.push_back({children, isObject});
-    }
+void end(JsonLine& json, const Input& input) {
+    if (input.type() == AttrType::Object)
+        json.endObject();
+    else if (input.type() == AttrType::Array)
+        json.endArray();
+}
 
-    void write(const Input& input) {
-        const bool isObject = input.type() == AttrType::Object;
-        if (isObject || input.type() == AttrType::Array)
-            enter(input.children(), isObject);
-        else
-            writeLeaf(json_, input);
-    }
-
-    void finish() {
-        while (!open_.empty()) {
-            Open& top = open_.back();
-            if (top.remaining.empty()) {
-                top.isObject ? json_.endObject() : json_.endArray();
-                open_.pop_back();
-                continue;
-            }
-            const Input& input = *top.remaining.front();
-            top.remaining = top.remaining.subspan(1);
-            if (top.isObject)
-                json_.key(input.name());
-            write(input);
+void writeAll(JsonLine& json, std::span<const Input* const> inputs) {
+    for (InputCursor cursor(inputs); !cursor.isDone();) {
+        if (cursor.isAtEnd()) {
+            cursor.leave();
+            end(json, *cursor);
+            cursor.next();
+        } else {
+            if (!cursor->isElement())
+                json.key(cursor->name());
+            begin(json, *cursor);
+            cursor.enter();
         }
     }
-
-private:
-    struct Open {
-        std::span<const Input* const> remaining;
-        bool isObject;
-    };
-
-    JsonLine& json_;
-    std::vector<Open> open_;
-};
+}
 
 } // namespace
 
@@ -125,21 +111,17 @@ void writeJsonElement(JsonLine& json, const AttrData& buffer, u64 index) {
 }
 
 void writeJsonObject(JsonLine& json, std::span<const Input* const> members) {
-    NestedWriter nested(json);
-    nested.enter(members, true);
-    nested.finish();
+    json.object([&] { writeAll(json, members); });
 }
 
 void writeJsonArray(JsonLine& json, std::span<const Input* const> elements) {
-    NestedWriter nested(json);
-    nested.enter(elements, false);
-    nested.finish();
+    json.array([&] { writeAll(json, elements); });
 }
 
 void writeJsonValue(JsonLine& json, const Input& input) {
-    NestedWriter nested(json);
-    nested.write(input);
-    nested.finish();
+    begin(json, input);
+    writeAll(json, input.children());
+    end(json, input);
 }
 
 } // namespace vrn::cli

@@ -84,18 +84,18 @@ void importModel(const std::string& path, Scene& scene, const TexturePaths& path
     checkReadable(path);
     const std::string extension = extensionOf(path);
     const bool isGltf = extension == ".glb" || extension == ".gltf";
-    const std::optional<GltfFile> gltf =
+    const std::optional<GltfFile> gltfFile =
         isGltf ? std::optional<GltfFile>(std::in_place, path) : std::optional<GltfFile>(std::in_place);
-    if (const std::string reason = gltf->rejection(); !reason.empty())
+    if (const std::string reason = gltfFile->rejection(); !reason.empty())
         throw ContentError(path, reason);
     Assimp::Importer importer;
-    importer.SetIOHandler(isGltf ? new ModelFiles(path, gltf->preparedBytes())
+    importer.SetIOHandler(isGltf ? new ModelFiles(path, gltfFile->preparedBytes())
                                  : new ModelFiles()); // owned by the importer
     if (listener)
         importer.SetProgressHandler(new ProgressForwarder(listener)); // owned by the importer
     const aiScene* from = readWith(importer, path);
     ImportContext context{
-        .from = *from, .scene = scene, .losses = losses, .isGltf = isGltf, .gltf = *gltf, .paths = paths};
+        .from = *from, .scene = scene, .losses = losses, .isGltf = isGltf, .gltf = *gltfFile, .paths = paths};
     collectAnimatedNodes(context);
     importMeshes(context);
     importNodes(context);
@@ -104,7 +104,7 @@ void importModel(const std::string& path, Scene& scene, const TexturePaths& path
     importLights(context);
     importAnimations(context);
     reportUnusedMaterials(context);
-    for (const std::string& loss : gltf->losses())
+    for (const std::string& loss : gltfFile->losses())
         losses.add(loss, String(std::filesystem::path(path).filename().string()));
 }
 

@@ -197,10 +197,10 @@ Values<float> readFloats(const Input* input, u32 components, Losses& losses) {
     std::vector<float> floats(doubles.size());
     bool isExact = true;
     for (std::size_t i = 0; i < doubles.size(); ++i) {
-        constexpr double maxFloat = static_cast<double>(std::numeric_limits<float>::max());
+        constexpr double floatLimit = static_cast<double>(std::numeric_limits<float>::max());
         constexpr float infinity = std::numeric_limits<float>::infinity();
-        floats[i] = doubles[i] > maxFloat    ? infinity
-                    : doubles[i] < -maxFloat ? -infinity
+        floats[i] = doubles[i] > floatLimit    ? infinity
+                    : doubles[i] < -floatLimit ? -infinity
                                              : static_cast<float>(doubles[i]);
         isExact &= static_cast<double>(floats[i]) == doubles[i];
     }

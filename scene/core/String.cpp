@@ -33,7 +33,7 @@ template <class InSet> std::string_view strip(std::string_view text, bool leadin
 }
 
 // The value of `count` hexadecimal digits at the start of `text`, or -1.
-int hexDigits(std::string_view text, std::size_t count) noexcept {
+int parseHexDigits(std::string_view text, std::size_t count) noexcept {
     if (text.size() < count)
         return -1;
     int value = 0;
@@ -70,7 +70,7 @@ bool isLowSurrogate(int unit) noexcept { return unit >= 0xDC00 && unit <= 0xDFFF
 // Appends the character of the \u escape at the start of `text`. Returns the length of the escape; 0 if it is
 // malformed, a NUL or a lone surrogate.
 std::size_t unicodeEscape(std::string_view text, std::string& out) {
-    const int unit = hexDigits(text.substr(2), 4);
+    const int unit = parseHexDigits(text.substr(2), 4);
     if (unit <= 0 || isLowSurrogate(unit))
         return 0;
     if (!isHighSurrogate(unit)) {
@@ -78,7 +78,7 @@ std::size_t unicodeEscape(std::string_view text, std::string& out) {
         return 6;
     }
     const std::string_view next = text.substr(6);
-    const int low = next.starts_with("\\u") ? hexDigits(next.substr(2), 4) : -1;
+    const int low = next.starts_with("\\u") ? parseHexDigits(next.substr(2), 4) : -1;
     if (!isLowSurrogate(low))
         return 0;
     appendUtf8(out, 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00));
@@ -86,7 +86,7 @@ std::size_t unicodeEscape(std::string_view text, std::string& out) {
 }
 
 std::size_t byteEscape(std::string_view text, std::string& out) {
-    const int value = hexDigits(text.substr(2), 2);
+    const int value = parseHexDigits(text.substr(2), 2);
     if (value <= 0)
         return 0;
     out += static_cast<char>(value);

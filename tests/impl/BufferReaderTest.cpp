@@ -92,12 +92,17 @@ TEST(BufferReader, readsTheSamePayloads) {
 }
 
 TEST(BufferReader, readsLongListsInPieces) {
+#ifdef VRN_SANITIZE
+    constexpr int count = 20000; // still several pieces
+#else
+    constexpr int count = 200000;
+#endif
     std::string text = "{";
-    for (int i = 0; i < 200000; ++i)
+    for (int i = 0; i < count; ++i)
         text += std::to_string(i * 7919 % 100000) + (i % 10 == 9 ? "\n" : " ");
-    expectTheSameFromAllSources(text + "}", DataType::UInt32, 200000);
-    expectTheSameFromAllSources(text + "}", DataType::UInt32, 199999);
-    expectTheSameFromAllSources(text + "{1}2 3}", DataType::UInt32, 200010);
+    expectTheSameFromAllSources(text + "}", DataType::UInt32, count);
+    expectTheSameFromAllSources(text + "}", DataType::UInt32, count - 1);
+    expectTheSameFromAllSources(text + "{1}2 3}", DataType::UInt32, count + 10);
 }
 
 TEST(BufferReader, leavesNoTextInTheToken) {

@@ -1,3 +1,4 @@
+#include "scene/InputCursor.h"
 #include "scene/Walk.h"
 #include "tests/support/Reading.h"
 
@@ -365,6 +366,31 @@ TEST(Input, connectsToOneOutput) {
     EXPECT_EQ(input->connection(), nullptr);
     EXPECT_EQ(second->connectionCount(), 0U);
     input->disconnect();
+}
+
+TEST(InputCursor, visitsInputsOfAnyDepthInOrder) {
+    const Reading r = readText("t n; n.a = 1; n.b.c.d = 2; n.b.e[1] = 3; n.f = 4;");
+    std::string visited;
+    const auto walk = [&](std::span<const Input* const> inputs) {
+        visited.clear();
+        for (InputCursor cursor(inputs); !cursor.isDone();) {
+            if (cursor.isAtEnd()) {
+                EXPECT_EQ(cursor.depth() == 0, cursor.parent() == nullptr);
+                cursor.leave();
+                visited += ')';
+                cursor.next();
+            } else {
+                visited += std::string(cursor->name().view()) + (cursor.isLast() ? "!" : "") + '(';
+                cursor.enter();
+            }
+        }
+    };
+    walk(r.node("n").inputs());
+    EXPECT_EQ(visited, "a()b(c(d!())e!(0()1!()))f!()");
+    walk(r.node("n").inputs().subspan(1)); // a part of the siblings
+    EXPECT_EQ(visited, "b(c(d!())e!(0()1!()))f!()");
+    walk({});
+    EXPECT_EQ(visited, "");
 }
 
 TEST(Input, isSmall) { EXPECT_LE(sizeof(Input), 80U); }

@@ -20,7 +20,7 @@ struct Case {
     i32 column; // of the `?`
 };
 
-const Case cases[] = {
+const Case placements[] = {
     {"blanks", "", " ?", 2},
     {"blanks before a word in sight", "", "t a; t b; t c; t d; ?", 21},
     {"blanks after a word", "t n;", "  ?", 3},
@@ -81,7 +81,7 @@ std::string invalidToken(std::size_t line, i32 column) {
 } // namespace
 
 TEST(LineCount, isExactAfterRunsOfLineFeeds) {
-    for (const Case& c : cases)
+    for (const Case& c : placements)
         for (const std::size_t run : runs) {
             SCOPED_TRACE(std::string(c.name) + ", " + std::to_string(run));
             const auto feeds = static_cast<std::size_t>(std::ranges::count(c.before, '\n'));
