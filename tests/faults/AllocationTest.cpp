@@ -86,7 +86,7 @@ void expectUsable(Scene& scene) {
 
 std::size_t failures = 0;
 
-// Calls `once(n)`, in which the nth allocation fails, until none fails. The first round also creates statics of the
+// Calls `once(n)`, in which the nth allocation fails, until none fails. The first round also creates static variables of the
 // process; leaks are checked in the second.
 template <class Once> void failEach(Once once) {
     for (int round = 0; round < 2; ++round)

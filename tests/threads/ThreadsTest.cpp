@@ -61,7 +61,7 @@ Result read(const String& text, std::shared_ptr<const Catalogue> catalogue = nul
 
 } // namespace
 
-// Must be the first test of the process, so that eight threads race to initialise its statics.
+// Must be the first test of the process, so that eight threads race to initialise its static variables.
 TEST(Threads, readTheirOwnScenesFromTheFirstUseOn) {
     Result results[threadCount];
     onAllThreads([&](int i) { results[i] = read(std::string_view(textOf(i))); });
