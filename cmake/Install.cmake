@@ -15,15 +15,13 @@ set(installed_headers
   scene/Input.h
   scene/InputCursor.h
   scene/Interfaces.h
-  scene/Link.h
   scene/NameMaps.h
   scene/NamedList.h
   scene/Node.h
-  scene/NodeTable.h
   scene/Output.h
+  scene/Pooled.h
   scene/Scene.h
   scene/SceneJson.h
-  scene/SlabPool.h
   scene/VrnWriter.h
   scene/Walk.h
   scene/core/Export.h

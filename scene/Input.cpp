@@ -1,7 +1,8 @@
 #include "scene/Input.h"
 
+#include "scene/InputExtras.h"
 #include "scene/Node.h"
-#include "scene/Scene.h"
+#include "scene/SceneStorage.h"
 
 #include <algorithm>
 
@@ -10,6 +11,8 @@ namespace vor::velmo_sdk::impl {
 Input::Input(Node& node, Input* parent, String name, u64 index, AttrData value)
     : node_(&node), parent_(parent), name_(std::move(name)), value_(std::move(value)),
       index_(index % NamedList<Input, 3>::maxItems) {}
+
+Input::~Input() = default;
 
 String Input::name() const { return isElement() ? String(u64(index_)) : name_; }
 
@@ -141,7 +144,7 @@ Input* Input::addChild(const String& name, AttrData value) {
     if (Input* existing = input(name))
         return existing;
     auto& members = extras().children;
-    std::unique_ptr<Input, void (*)(Input*)> member(new (node_->scene().pools_.inputs)
+    std::unique_ptr<Input, void (*)(Input*)> member(new (node_->scene().storage_->inputs)
                                                         Input(*node_, this, name, members.size(), std::move(value)),
                                                     [](Input* input) { input->release(); });
     members.push(member.get());
@@ -153,7 +156,7 @@ Input* Input::appendElement() {
         return nullptr;
     auto& elements = extras().children;
     std::unique_ptr<Input, void (*)(Input*)> element(
-        new (node_->scene().pools_.inputs)
+        new (node_->scene().storage_->inputs)
             Input(*node_, this, String(), elements.size(), AttrData::zero(elementType())),
         [](Input* input) { input->release(); });
     elements.pushUnnamed(element.get());
@@ -218,7 +221,7 @@ void Input::release() {
 
 Input::Extras& Input::extras() {
     if (!extras_)
-        extras_.reset(new (node_->scene().pools_.extras) Extras(this));
+        extras_.reset(new (node_->scene().storage_->extras) Extras(this));
     return *extras_;
 }
 

@@ -16,9 +16,7 @@
 
 #include "scene/AttrData.h"
 #include "scene/Interfaces.h"
-#include "scene/Link.h"
-#include "scene/NamedList.h"
-#include "scene/SlabPool.h"
+#include "scene/Pooled.h"
 #include "scene/core/Export.h"
 
 #include <memory>
@@ -105,29 +103,16 @@ public:
     void release() override;
     [[nodiscard]] bool isAttached() const override { return node_ != nullptr; }
 
-    // The size of the objects in the pool for Extras.
-    [[nodiscard]] static constexpr std::size_t extrasSize() noexcept;
-
 private:
     friend class Node;
     friend class Output;
+    friend class Scene;
 
-    // Allocated on demand: most inputs have neither children nor links nor an enumeration.
-    struct Extras : Pooled {
-        explicit Extras(Input* input) noexcept : connection(input), reference(input) {}
-
-        NamedList<Input, 3> children;
-        u32 untypedElements = 0;
-        u32 nullElements = 0;
-        Link connection; // in the list of `output`
-        Output* output = nullptr;
-        Link reference; // in the list of `node`
-        Node* node = nullptr;
-        std::shared_ptr<const StringVector> enumeration;
-    };
+    // What most inputs do not have: children, links, an enumeration (InputExtras.h).
+    struct Extras;
 
     Input(Node& node, Input* parent, String name, u64 index, AttrData value);
-    ~Input() override = default;
+    ~Input() override;
 
     Input* addChild(const String& name, AttrData value);
     void write(AttrData value);
@@ -152,7 +137,5 @@ private:
     bool isLocked_ : 1 = false;
     bool isLinkOnly_ : 1 = false;
 };
-
-constexpr std::size_t Input::extrasSize() noexcept { return sizeof(Extras); }
 
 } // namespace vor::velmo_sdk::impl

@@ -1,6 +1,7 @@
 #include "scene/Node.h"
 
-#include "scene/Scene.h"
+#include "scene/Link.h"
+#include "scene/SceneStorage.h"
 
 namespace vor::velmo_sdk::impl {
 
@@ -32,7 +33,7 @@ Input* Node::createArray(const String& name, AttrType elementType) {
 Input* Node::addInput(const String& name, AttrData value) {
     if (Input* existing = input(name))
         return existing;
-    std::unique_ptr<Input, void (*)(Input*)> input(new (scene_.pools_.inputs)
+    std::unique_ptr<Input, void (*)(Input*)> input(new (scene_.storage_->inputs)
                                                        Input(*this, nullptr, name, inputs_.size(), std::move(value)),
                                                    [](Input* i) { i->release(); });
     inputs_.push(input.get());
@@ -47,7 +48,7 @@ Output* Node::findOutput(const String& name) {
 }
 
 Output* Node::addOutput(const String& name) {
-    std::unique_ptr<Output> output(new (scene_.pools_.outputs) Output(*this, name));
+    std::unique_ptr<Output> output(new (scene_.storage_->outputs) Output(*this, name));
     outputs_.push(output.get());
     return output.release();
 }

@@ -9,11 +9,13 @@
 #pragma once
 
 #include "scene/Input.h"
+#include "scene/NamedList.h"
 #include "scene/Output.h"
 #include "scene/core/Export.h"
 
 namespace vor::velmo_sdk::impl {
 
+class Link;
 class Scene;
 class NodeType;
 

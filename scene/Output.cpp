@@ -1,7 +1,9 @@
 #include "scene/Output.h"
 
 #include "scene/Input.h"
+#include "scene/Link.h"
 #include "scene/Node.h"
+#include "scene/SlabPool.h"
 
 namespace vor::velmo_sdk::impl {
 

@@ -7,12 +7,12 @@
 #pragma once
 
 #include "scene/Interfaces.h"
-#include "scene/Link.h"
-#include "scene/SlabPool.h"
+#include "scene/Pooled.h"
 #include "scene/core/Export.h"
 
 namespace vor::velmo_sdk::impl {
 
+class Link;
 class Node;
 
 class VRN_API Output final : public interfaces::IOutput, public Pooled {

@@ -1,9 +1,13 @@
 #include "scene/Scene.h"
 
+#include "scene/SceneStorage.h"
+
 #include <algorithm>
 #include <array>
 
 namespace vor::velmo_sdk::impl {
+
+Scene::Scene() : storage_(std::make_unique<Storage>()) {}
 
 Scene::~Scene() {
     while (first_)
@@ -14,7 +18,7 @@ Node* Scene::findNode(const String& name) const noexcept {
     Node* last = found_.load(std::memory_order_relaxed);
     if (last && last->key() == name)
         return last;
-    Node* node = byName_.find(name, NodeTable<Node>::hashOf(name));
+    Node* node = storage_->byName.find(name, NodeTable<Node>::hashOf(name));
     if (node)
         found_.store(node, std::memory_order_relaxed);
     return node;
@@ -25,8 +29,10 @@ void Scene::expectNodes(std::span<const String* const> names) const noexcept {
     const std::size_t count = std::min(names.size(), hashes.size());
     for (std::size_t i = 0; i < count; ++i)
         hashes[i] = NodeTable<Node>::hashOf(*names[i]);
-    byName_.touch(std::span(hashes).first(count));
+    storage_->byName.touch(std::span(hashes).first(count));
 }
+
+u64 Scene::nodeCount() const noexcept { return storage_->byName.size(); }
 
 Node* Scene::createNode(const String& type, const String& name, const String&) { return addNode(type, name, false); }
 
@@ -36,27 +42,27 @@ bool Scene::removeNode(const String& name) {
     Node* node = findNode(name);
     if (!node)
         return false;
-    byName_.erase(node);
+    storage_->byName.erase(node);
     deleteNode(node);
     return true;
 }
 
 Node* Scene::addNode(const String& type, const String& name, bool isDefinition) {
     const u64 hash = NodeTable<Node>::hashOf(name);
-    if (byName_.find(name, hash))
+    if (storage_->byName.find(name, hash))
         return nullptr;
     struct DeleteNode {
         void operator()(Node* node) const noexcept { delete node; }
     };
-    std::unique_ptr<Node, DeleteNode> node(new (pools_.nodes) Node(*this, type, name, isDefinition));
+    std::unique_ptr<Node, DeleteNode> node(new (storage_->nodes) Node(*this, type, name, isDefinition));
     const Node* definition = isDefinition || definitions_ == 0 ? nullptr : findNode(type);
     if (definition && definition->isDefinition())
         node->copyInputsFrom(*definition);
     if (const NodeType* catalogued = catalogue_ ? catalogue_->find(type) : nullptr)
         node->addCatalogued(*catalogued);
-    byName_.reserveOne(); // the last call that may throw
+    storage_->byName.reserveOne(); // the last call that may throw
     Node* added = node.release();
-    byName_.insert(added, hash);
+    storage_->byName.insert(added, hash);
     definitions_ += isDefinition ? 1U : 0U;
     found_.store(added, std::memory_order_relaxed);
     added->previous_ = last_;
@@ -65,7 +71,7 @@ Node* Scene::addNode(const String& type, const String& name, bool isDefinition) 
     return added;
 }
 
-// Unlinks and deletes a node, which the caller has removed from `byName_`.
+// Unlinks and deletes a node, which the caller has removed from the index.
 void Scene::deleteNode(Node* node) noexcept {
     definitions_ -= node->isDefinition() ? 1U : 0U;
     if (found_.load(std::memory_order_relaxed) == node)

@@ -15,7 +15,6 @@
 #include "scene/Catalogue.h"
 #include "scene/NameMaps.h"
 #include "scene/Node.h"
-#include "scene/NodeTable.h"
 #include "scene/core/Export.h"
 
 #include <atomic>
@@ -37,7 +36,7 @@ struct SceneLimits {
 
 class VRN_API Scene final : public interfaces::IScene {
 public:
-    Scene() = default;
+    Scene(); // throws std::bad_alloc
     Scene(const Scene&) = delete;
     Scene& operator=(const Scene&) = delete;
     ~Scene() override;
@@ -68,7 +67,7 @@ public:
     // that refer to it. Returns false if no node has that name.
     bool removeNode(const String& name);
 
-    [[nodiscard]] u64 nodeCount() const noexcept { return byName_.size(); }
+    [[nodiscard]] u64 nodeCount() const noexcept;
 
     template <class N> class NodeIterator {
     public:
@@ -115,22 +114,16 @@ private:
     friend class Node;
     friend class Input;
 
-    // Memory of the objects of this scene.
-    struct Pools {
-        SlabPool nodes{sizeof(Node)};
-        SlabPool inputs{sizeof(Input)};
-        SlabPool extras{Input::extrasSize()};
-        SlabPool outputs{sizeof(Output)};
-    };
+    // The memory of the nodes and the index of their names (SceneStorage.h).
+    struct Storage;
 
     Node* addNode(const String& type, const String& name, bool isDefinition);
     void deleteNode(Node* node) noexcept;
 
-    Pools pools_;
+    std::unique_ptr<Storage> storage_; // destroyed after all nodes
     u64 fileVersion_ = VRX_FILE_VERSION_1;
     String fileTime_;
     StringVector comments_;
-    NodeTable<Node> byName_;
     mutable std::atomic<Node*> found_ = nullptr; // the last result: consecutive statements often name the same node
     u64 definitions_ = 0;
     Node* first_ = nullptr;

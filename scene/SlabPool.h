@@ -1,6 +1,8 @@
 // Allocates many objects of one size.
 #pragma once
 
+#include "scene/Pooled.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -138,11 +140,8 @@ inline void SlabPool::addSlab() {
     slabs_->block.slab = slabs_;
 }
 
-// Base class of objects that are created with `new (pool) T(...)` and destroyed with `delete`.
-struct Pooled {
-    static void* operator new(std::size_t, SlabPool& pool) { return pool.allocate(); }
-    static void operator delete(void* place, SlabPool&) noexcept { SlabPool::release(place); }
-    static void operator delete(void* place) noexcept { SlabPool::release(place); } // NOLINT(misc-new-delete-overloads)
-};
+inline void* Pooled::operator new(std::size_t, SlabPool& pool) { return pool.allocate(); }
+inline void Pooled::operator delete(void* place, SlabPool&) noexcept { SlabPool::release(place); }
+inline void Pooled::operator delete(void* place) noexcept { SlabPool::release(place); }
 
 } // namespace vor::velmo_sdk::impl

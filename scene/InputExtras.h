@@ -1,0 +1,24 @@
+// Children, links and enumeration of an input. Allocated on demand, because most inputs have none.
+#pragma once
+
+#include "scene/Input.h"
+#include "scene/Link.h"
+#include "scene/NamedList.h"
+#include "scene/SlabPool.h"
+
+namespace vor::velmo_sdk::impl {
+
+struct Input::Extras : Pooled {
+    explicit Extras(Input* input) noexcept : connection(input), reference(input) {}
+
+    NamedList<Input, 3> children;
+    u32 untypedElements = 0;
+    u32 nullElements = 0;
+    Link connection; // in the list of `output`
+    Output* output = nullptr;
+    Link reference; // in the list of `node`
+    Node* node = nullptr;
+    std::shared_ptr<const StringVector> enumeration;
+};
+
+} // namespace vor::velmo_sdk::impl
