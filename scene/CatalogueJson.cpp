@@ -45,7 +45,7 @@ const std::vector<JsonValue>& membersOf(const JsonValue& value, const char* what
     std::set<std::string_view> keys;
     for (const JsonValue& member : value.items) {
         if (!keys.insert(member.key).second)
-            failAtKey(member, "key " + quoted(member.key) + " stands here twice; expected each key once");
+            failAtKey(member, "key " + quoted(member.key) + " is repeated; expected each key once");
         if (member.key.empty() || member.key.find('\0') != std::string::npos)
             failAtKey(member, "expected a name that is not empty and holds no NUL character");
     }
@@ -182,7 +182,7 @@ void addOutputs(const JsonValue& value, NodeType& type) {
     for (const JsonValue& item : value.items) {
         type.addOutput(textOf(item, "the name of an output"));
         if (!names.insert(item.text).second)
-            failAt(item, "output " + quoted(item.text) + " stands here twice; expected each name once");
+            failAt(item, "output " + quoted(item.text) + " is repeated; expected each name once");
     }
 }
 

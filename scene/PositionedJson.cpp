@@ -102,11 +102,11 @@ const char* expectation(rapidjson::ParseErrorCode code) {
     case rapidjson::kParseErrorDocumentEmpty:
         return "expected a JSON value, found nothing";
     case rapidjson::kParseErrorDocumentRootNotSingular:
-        return "expected nothing behind the first JSON value";
+        return "expected the end of the file after the JSON value";
     case rapidjson::kParseErrorObjectMissName:
         return "expected a key between double quotes";
     case rapidjson::kParseErrorObjectMissColon:
-        return "expected ':' behind the key";
+        return "expected ':' after the key";
     case rapidjson::kParseErrorObjectMissCommaOrCurlyBracket:
         return "expected ',' or '}'";
     case rapidjson::kParseErrorArrayMissCommaOrSquareBracket:

@@ -309,7 +309,7 @@ class Types(Folder):
             self.assertEqual(result.stdout, b"")
             self.assertEqual(
                 result.stderr.decode(),
-                'types.json:2:3: error: key "a" stands here twice; expected each key once\n',
+                'types.json:2:3: error: key "a" is repeated; expected each key once\n',
             )
         result = self.run_here("check", "--types", "nowhere.json", "-")
         self.assertEqual((result.returncode, result.stderr), (2, b"vrn: nowhere.json: No such file or directory\n"))
