@@ -175,4 +175,7 @@ private:
     Store store_{.words = {0, 0}};
 };
 
+// All compilers must agree on it, because programs and the library may be compiled with different ones.
+static_assert(sizeof(AttrData) == 24 && alignof(AttrData) == 8);
+
 } // namespace vor::velmo_sdk

@@ -239,9 +239,12 @@ private:
 
     // Inline: the text, padded with NULs, and in the last byte the unused capacity, which is the terminating NUL of a
     // full handle. Shared: the address of the Header, and sharedTag in the last byte. Copied as one vector register.
-    using Handle = u64 __attribute__((vector_size(16), aligned(8), may_alias));
+    using Handle [[gnu::vector_size(16), gnu::aligned(8), gnu::may_alias]] = u64;
     static_assert(sizeof(Handle) == inlineCapacity + 1);
     Handle handle_;
 };
+
+// All compilers must agree on it, because programs and the library may be compiled with different ones.
+static_assert(sizeof(String) == 16 && alignof(String) == 8);
 
 } // namespace vor
