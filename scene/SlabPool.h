@@ -142,6 +142,7 @@ inline void SlabPool::addSlab() {
 
 inline void* Pooled::operator new(std::size_t, SlabPool& pool) { return pool.allocate(); }
 inline void Pooled::operator delete(void* place, SlabPool&) noexcept { SlabPool::release(place); }
+// NOLINTNEXTLINE(misc-new-delete-overloads): the matching operator new takes a pool
 inline void Pooled::operator delete(void* place) noexcept { SlabPool::release(place); }
 
 } // namespace vor::velmo_sdk::impl

@@ -34,7 +34,7 @@ public:
 private:
     [[noreturn]] void fail(const char* reason) const {
         throw PathError(
-            String::format(messages::malformedPath, static_cast<unsigned long long>(at_ + 1), reason).buf());
+            String::format(messages::malformedPath, static_cast<unsigned long long>(at_) + 1, reason).buf());
     }
 
     [[nodiscard]] bool consume(char c) {

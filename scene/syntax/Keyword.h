@@ -34,10 +34,13 @@ namespace vor::velmo_sdk::impl {
     return number | (smallLetters >> (64 - 8 * n));
 }
 
-// The number of a constant keyword. An empty or too long one does not compile.
+// Not constexpr, so that a call in a constant expression does not compile. Never defined.
+u64 aKeywordHasOneToEightCharacters();
+
+// The number of a keyword of the format. A keyword without a number, empty or too long, does not compile.
 [[nodiscard]] consteval u64 keyword(std::string_view word) {
     const u64 number = keywordNumber(word);
-    return number != 0 ? number : throw "length";
+    return number != 0 ? number : aKeywordHasOneToEightCharacters();
 }
 
 } // namespace vor::velmo_sdk::impl
