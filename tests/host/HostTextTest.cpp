@@ -10,7 +10,7 @@
 namespace vrn::test {
 
 TEST(HostText, makesTheSameCallsFromEverySource) {
-#ifdef VRN_SANITIZE
+#ifdef VRN_SLOW_BUILD
     constexpr int textCount = 200;
 #else
     constexpr int textCount = 2000;

@@ -92,7 +92,7 @@ TEST(BufferReader, readsTheSamePayloads) {
 }
 
 TEST(BufferReader, readsLongListsInPieces) {
-#ifdef VRN_SANITIZE
+#ifdef VRN_SLOW_BUILD
     constexpr int count = 20000; // still several pieces
 #else
     constexpr int count = 200000;

@@ -106,7 +106,7 @@ TEST(Limits, ofImplicitElements) {
 // Tokens of sizes around those of the lexer's buffers.
 TEST(Limits, ofTheLexersBuffersChangeNoToken) {
     std::vector<std::size_t> sizes;
-#ifdef VRN_SANITIZE
+#ifdef VRN_SLOW_BUILD
     constexpr std::size_t largest = 64U * 1024;
 #else
     constexpr std::size_t largest = 1U << 20;

@@ -18,7 +18,7 @@ const Grammar& grammar() {
     return rules;
 }
 
-#ifdef VRN_SANITIZE
+#ifdef VRN_SLOW_BUILD
 constexpr int textCount = 150;
 #else
 constexpr int textCount = 1500;
