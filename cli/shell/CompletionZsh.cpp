@@ -39,7 +39,7 @@ else
 fi
 )";
 
-// Escapes the characters that are special in a specification of _arguments.
+// Escapes the characters that _arguments treats specially.
 std::string escaped(std::string_view text, std::string_view special) {
     std::string result;
     for (const char c : text) {
