@@ -14,11 +14,13 @@ template <class... Numbers> struct NumberVisitor {
     }
     template <class Visit> static void visit(const AttrData& buffer, Visit& use) {
         const DataType component = elementLayout(buffer.dataType()).componentType;
-        const auto useElements = [&]<class Number>(std::span<const Number> numbers) {
-            use(numbers);
-            return true;
-        };
-        (void)((component == numberType<Numbers> && useElements(buffer.elements<Numbers>())) || ...);
+        (void)((component == numberType<Numbers> && visitElements<Numbers>(buffer, use)) || ...);
+    }
+
+private:
+    template <class Number, class Visit> static bool visitElements(const AttrData& buffer, Visit& use) {
+        use(buffer.elements<Number>());
+        return true;
     }
 };
 

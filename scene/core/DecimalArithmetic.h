@@ -3,8 +3,6 @@
 
 #include "scene/core/Types.h"
 
-#include <stdexcept>
-
 namespace vor::detail {
 
 [[nodiscard]] consteval u64 tenToThe(unsigned exponent) {
@@ -16,12 +14,11 @@ namespace vor::detail {
 
 // The r with n * r >> shift == n / divisor for all n < limit. It is 2^shift / divisor rounded up, by less than
 // error / divisor; the quotients stay exact as long as n * error < 2^shift. The caller has to see that n * r fits.
-[[nodiscard]] consteval u64 reciprocal(u64 divisor, unsigned shift, u64 limit) {
-    const u64 power = u64(1) << shift;
-    const u64 rounded = (power + divisor - 1) / divisor;
-    const u64 error = rounded * divisor - power;
-    if (error != 0 && limit - 1 > (power - 1) / error)
-        throw std::domain_error("not exact for all numbers below the limit");
+template <u64 divisor, unsigned shift, u64 limit> [[nodiscard]] consteval u64 reciprocal() {
+    constexpr u64 power = u64(1) << shift;
+    constexpr u64 rounded = (power + divisor - 1) / divisor;
+    constexpr u64 error = rounded * divisor - power;
+    static_assert(error == 0 || limit - 1 <= (power - 1) / error);
     return rounded;
 }
 

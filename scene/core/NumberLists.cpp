@@ -29,11 +29,11 @@ constexpr std::size_t groupSize = 16;
 // The digits of a number below 10^8, one byte each, the first digit lowest. Splits all lanes in halves three times; the
 // masks clear what the products of the higher lanes shift into the lower ones.
 u64 eightDigits(u64 number) noexcept {
-    const u64 upper = (number * reciprocal(10000, 40, tenToThe(8))) >> 40;
+    const u64 upper = (number * reciprocal<10000, 40, tenToThe(8)>()) >> 40;
     const u64 halves = upper | (number - 10000 * upper) << 32;
-    const u64 hundreds = ((halves * reciprocal(100, 20, 10000)) >> 20) & 0x0000007F0000007F;
+    const u64 hundreds = ((halves * reciprocal<100, 20, 10000>()) >> 20) & 0x0000007F0000007F;
     const u64 pairs = hundreds | (halves - 100 * hundreds) << 16;
-    const u64 tens = ((pairs * reciprocal(10, 10, 100)) >> 10) & 0x000F000F000F000F;
+    const u64 tens = ((pairs * reciprocal<10, 10, 100>()) >> 10) & 0x000F000F000F000F;
     return tens | (pairs - 10 * tens) << 8;
 }
 

@@ -52,7 +52,7 @@ struct Halves {
     __m512i lower;
 };
 VRN_AVX512_PART Halves splitShort(__m512i numbers) { // below 2^32
-    const __m512i upper = divide(numbers, reciprocal(tenToThe(8), 57, u64(1) << 32), 57);
+    const __m512i upper = divide(numbers, reciprocal<tenToThe(8), 57, (u64(1) << 32)>(), 57);
     return {upper, _mm512_sub_epi64(numbers, _mm512_mul_epu32(upper, broadcast(tenToThe(8))))};
 }
 VRN_AVX512_PART Halves split(__m512i numbers) {
@@ -70,14 +70,14 @@ VRN_AVX512_PART Halves split(__m512i numbers) {
 
 // The digits of numbers below 10^8, one byte each, the first digit lowest. `mulhi` shifts by 16 bits.
 VRN_AVX512_PART __m512i eightDigits(__m512i numbers) {
-    const __m512i upper = divide(numbers, reciprocal(10000, 40, tenToThe(8)), 40);
+    const __m512i upper = divide(numbers, reciprocal<10000, 40, tenToThe(8)>(), 40);
     const __m512i lower = _mm512_sub_epi64(numbers, _mm512_mul_epu32(upper, broadcast(10000)));
     const __m512i halves = _mm512_or_si512(upper, _mm512_slli_epi64(lower, 32));
     const __m512i hundreds =
-        _mm512_srli_epi16(_mm512_mulhi_epu16(halves, _mm512_set1_epi16(reciprocal(100, 16 + 3, 10000))), 3);
+        _mm512_srli_epi16(_mm512_mulhi_epu16(halves, _mm512_set1_epi16(reciprocal<100, 16 + 3, 10000>())), 3);
     const __m512i rest = _mm512_sub_epi32(halves, _mm512_madd_epi16(hundreds, _mm512_set1_epi32(100)));
     const __m512i pairs = _mm512_or_si512(hundreds, _mm512_slli_epi32(rest, 16));
-    const __m512i tens = _mm512_mulhi_epu16(pairs, _mm512_set1_epi16(static_cast<i16>(reciprocal(10, 16, 100))));
+    const __m512i tens = _mm512_mulhi_epu16(pairs, _mm512_set1_epi16(static_cast<i16>(reciprocal<10, 16, 100>())));
     const __m512i ones = _mm512_sub_epi16(pairs, _mm512_maddubs_epi16(tens, _mm512_set1_epi16(10)));
     return _mm512_or_si512(tens, _mm512_slli_epi16(ones, 8));
 }
@@ -274,7 +274,7 @@ VRN_AVX512_PART FloatDecimals shortestDecimals(__m512i bits) {
     const __m512i above = _mm512_sub_epi64(_mm512_add_epi64(power, power), odd);
     const __m512i below = _mm512_mask_sub_epi64(above, isLowerCloser, above, power);
 
-    const __m512i tens = _mm512_mul_epu32(divide(units, reciprocal(10, 35, u64(1) << 32), 35), broadcast(10));
+    const __m512i tens = _mm512_mul_epu32(divide(units, reciprocal<10, 35, (u64(1) << 32)>(), 35), broadcast(10));
     const __m512i restOfTens = _mm512_sub_epi64(product, _mm512_sllv_epi64(tens, point));
     const __m512i ten = _mm512_sllv_epi64(broadcast(10), point);
     const __mmask8 isTensIn = _mm512_cmple_epu64_mask(restOfTens, below);
