@@ -50,4 +50,11 @@ inline constexpr i32 attrTypeCount = 19;
 // other types.
 [[nodiscard]] VRN_API u32 componentCount(AttrType type) noexcept;
 
+// How a value is held. Code that treats all vectors, points, quaternions, colours and matrices alike switches over this
+// rather than over AttrType.
+enum class ValueKind : u8 { Null, Bool, Int, UInt, Real, Components, String, Node, Buffer, Array, Object };
+
+// Null for a value that is not an enumerator.
+[[nodiscard]] VRN_API ValueKind valueKind(AttrType type) noexcept;
+
 } // namespace vor::velmo_sdk

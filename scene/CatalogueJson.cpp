@@ -101,37 +101,29 @@ AttrData componentsOf(const JsonValue& value, AttrType type) {
 }
 
 AttrData defaultOf(const JsonValue& value, AttrType type) {
-    switch (type) {
-    case AttrType::Bool:
+    switch (valueKind(type)) {
+    case ValueKind::Bool:
         return AttrData::boolean(flagOf(value));
-    case AttrType::Int:
+    case ValueKind::Int:
         expect(value, Kind::Int, "a signed 64-bit integer");
         return AttrData::integer(value.integer);
-    case AttrType::UInt:
+    case ValueKind::UInt:
         if (value.kind == Kind::UInt)
             return AttrData::unsignedInteger(value.unsignedInteger);
         if (value.kind != Kind::Int || value.integer < 0)
             failAt(value, "expected an unsigned 64-bit integer");
         return AttrData::unsignedInteger(static_cast<u64>(value.integer));
-    case AttrType::Real:
+    case ValueKind::Real:
         return AttrData::real(realOf(value));
-    case AttrType::String:
+    case ValueKind::String:
         return AttrData::string(textOf(value, "a string"));
-    case AttrType::Vec2:
-    case AttrType::Vec3:
-    case AttrType::Vec4:
-    case AttrType::Pos2:
-    case AttrType::Pos3:
-    case AttrType::Quat:
-    case AttrType::Rgba:
-    case AttrType::Mat3:
-    case AttrType::Mat4:
+    case ValueKind::Components:
         return componentsOf(value, type);
-    case AttrType::Null:
-    case AttrType::Node:
-    case AttrType::Buffer:
-    case AttrType::Array:
-    case AttrType::Object:
+    case ValueKind::Null:
+    case ValueKind::Node:
+    case ValueKind::Buffer:
+    case ValueKind::Array:
+    case ValueKind::Object:
         break;
     }
     failAtKey(value, std::string("expected no \"default\": a ") + attrTypeName(type) + " has no literal");

@@ -69,40 +69,32 @@ private:
 
     void writeValue(const Input& input) {
         const AttrData& value = input.value();
-        switch (input.type()) {
-        case AttrType::Null:
+        switch (valueKind(input.type())) {
+        case ValueKind::Null:
             return;
-        case AttrType::Bool:
+        case ValueKind::Bool:
             return json_.key("value").boolean(value.asBool());
-        case AttrType::Int:
+        case ValueKind::Int:
             return json_.key("value").number(value.asInt());
-        case AttrType::UInt:
+        case ValueKind::UInt:
             return json_.key("value").number(value.asUInt());
-        case AttrType::Real:
+        case ValueKind::Real:
             return json_.key("value").number(value.asReal());
-        case AttrType::String:
+        case ValueKind::String:
             return json_.key("value").text(value.asString());
-        case AttrType::Node:
+        case ValueKind::Node:
             json_.key("value");
             return input.nodeValue() ? json_.text(input.nodeValue()->name()) : json_.null();
-        case AttrType::Buffer:
+        case ValueKind::Buffer:
             return writeBuffer(value);
-        case AttrType::Array:
+        case ValueKind::Array:
             json_.key("elementType").text(attrTypeName(input.elementType()));
             json_.key("elements").beginArray();
             return;
-        case AttrType::Object:
+        case ValueKind::Object:
             json_.key("members").beginArray();
             return;
-        case AttrType::Vec2:
-        case AttrType::Vec3:
-        case AttrType::Vec4:
-        case AttrType::Pos2:
-        case AttrType::Pos3:
-        case AttrType::Quat:
-        case AttrType::Rgba:
-        case AttrType::Mat3:
-        case AttrType::Mat4:
+        case ValueKind::Components:
             json_.key("value").numbers(value.components());
         }
     }

@@ -163,33 +163,25 @@ void VrnInputs::begin(const Input& input, Before before) {
 }
 
 void VrnInputs::writeValue(const Input& input, Before before) {
-    switch (input.type()) {
-    case AttrType::Null:
+    switch (valueKind(input.type())) {
+    case ValueKind::Null:
         if (!input.connection())
             statement(" |= ", "null");
         return;
-    case AttrType::Node:
+    case ValueKind::Node:
         return writeReference(input);
-    case AttrType::Array:
+    case ValueKind::Array:
         return beginArray(input, before);
-    case AttrType::Object:
+    case ValueKind::Object:
         return beginObject(input, before);
-    case AttrType::Buffer:
+    case ValueKind::Buffer:
         return writeBuffer(input);
-    case AttrType::Bool:
-    case AttrType::Int:
-    case AttrType::UInt:
-    case AttrType::Real:
-    case AttrType::Vec2:
-    case AttrType::Vec3:
-    case AttrType::Vec4:
-    case AttrType::Pos2:
-    case AttrType::Pos3:
-    case AttrType::Quat:
-    case AttrType::Rgba:
-    case AttrType::Mat3:
-    case AttrType::Mat4:
-    case AttrType::String:
+    case ValueKind::Bool:
+    case ValueKind::Int:
+    case ValueKind::UInt:
+    case ValueKind::Real:
+    case ValueKind::Components:
+    case ValueKind::String:
         if (losesNaNBits(input.value()))
             lose(input, losses::nanBits);
         assign(input.value());

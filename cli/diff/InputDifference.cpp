@@ -25,33 +25,25 @@ public:
             changed(Aspect::Type, attrTypeName(before_.type()), attrTypeName(after_.type()));
             return false;
         }
-        switch (before_.type()) {
-        case AttrType::Object:
+        switch (valueKind(before_.type())) {
+        case ValueKind::Object:
             return true;
-        case AttrType::Array:
+        case ValueKind::Array:
             compareArrays();
             return true;
-        case AttrType::Buffer:
+        case ValueKind::Buffer:
             compareBuffers();
             return false;
-        case AttrType::Node:
+        case ValueKind::Node:
             compareReferences();
             return false;
-        case AttrType::Null:
-        case AttrType::Bool:
-        case AttrType::Int:
-        case AttrType::UInt:
-        case AttrType::Real:
-        case AttrType::Vec2:
-        case AttrType::Vec3:
-        case AttrType::Vec4:
-        case AttrType::Pos2:
-        case AttrType::Pos3:
-        case AttrType::Quat:
-        case AttrType::Rgba:
-        case AttrType::Mat3:
-        case AttrType::Mat4:
-        case AttrType::String:
+        case ValueKind::Null:
+        case ValueKind::Bool:
+        case ValueKind::Int:
+        case ValueKind::UInt:
+        case ValueKind::Real:
+        case ValueKind::Components:
+        case ValueKind::String:
             break;
         }
         compareValues();

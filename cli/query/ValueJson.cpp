@@ -31,33 +31,25 @@ template <class Number> void writeElement(JsonLine& json, std::span<const Number
 // An input that is neither an object nor an array.
 void writeLeaf(JsonLine& json, const Input& input) {
     const AttrData& value = input.value();
-    switch (input.type()) {
-    case AttrType::Null:
+    switch (valueKind(input.type())) {
+    case ValueKind::Null:
         return input.connection() ? json.text(input.connection()->label()) : json.null();
-    case AttrType::Bool:
+    case ValueKind::Bool:
         return json.boolean(value.asBool());
-    case AttrType::Int:
+    case ValueKind::Int:
         return json.number(value.asInt());
-    case AttrType::UInt:
+    case ValueKind::UInt:
         return json.number(value.asUInt());
-    case AttrType::String:
+    case ValueKind::String:
         return json.text(value.asString());
-    case AttrType::Node:
+    case ValueKind::Node:
         return input.nodeValue() ? json.text(input.nodeValue()->name()) : json.null();
-    case AttrType::Buffer:
+    case ValueKind::Buffer:
         return writeJsonElements(json, value, 0, value.count());
-    case AttrType::Real:
-    case AttrType::Vec2:
-    case AttrType::Vec3:
-    case AttrType::Vec4:
-    case AttrType::Pos2:
-    case AttrType::Pos3:
-    case AttrType::Quat:
-    case AttrType::Rgba:
-    case AttrType::Mat3:
-    case AttrType::Mat4:
-    case AttrType::Array:
-    case AttrType::Object: // have no components; their children are written elsewhere
+    case ValueKind::Real:
+    case ValueKind::Components:
+    case ValueKind::Array:
+    case ValueKind::Object: // have no components; their children are written elsewhere
         return writeElement(json, value.components());
     }
 }

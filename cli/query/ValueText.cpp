@@ -49,34 +49,26 @@ std::string typeText(const impl::Node& node) { return node.isDefinition() ? "def
 
 std::string valueText(const Input& input) {
     const AttrData& value = input.value();
-    switch (input.type()) {
-    case AttrType::Null:
+    switch (valueKind(input.type())) {
+    case ValueKind::Null:
         return input.connection() ? std::string(input.connection()->label().view()) : "null";
-    case AttrType::Bool:
+    case ValueKind::Bool:
         return value.asBool() ? "true" : "false";
-    case AttrType::Int:
+    case ValueKind::Int:
         return std::to_string(value.asInt());
-    case AttrType::UInt:
+    case ValueKind::UInt:
         return std::to_string(value.asUInt());
-    case AttrType::String:
+    case ValueKind::String:
         return value.asString();
-    case AttrType::Node:
+    case ValueKind::Node:
         return input.nodeValue() ? std::string(input.nodeValue()->name().view()) : "null";
-    case AttrType::Buffer:
-    case AttrType::Array:
+    case ValueKind::Buffer:
+    case ValueKind::Array:
         return typeText(input);
-    case AttrType::Object:
+    case ValueKind::Object:
         return '{' + std::string(counted(input.size(), "member").view()) + '}';
-    case AttrType::Real:
-    case AttrType::Vec2:
-    case AttrType::Vec3:
-    case AttrType::Vec4:
-    case AttrType::Pos2:
-    case AttrType::Pos3:
-    case AttrType::Quat:
-    case AttrType::Rgba:
-    case AttrType::Mat3:
-    case AttrType::Mat4:
+    case ValueKind::Real:
+    case ValueKind::Components:
         break;
     }
     std::string numbers;
@@ -90,27 +82,19 @@ std::string shortValue(const Input& input) {
 
 // The value; empty where the type already describes it.
 static std::string valueBesideType(const Input& input) {
-    switch (input.type()) {
-    case AttrType::Null:
-    case AttrType::Buffer:
-    case AttrType::Array:
-    case AttrType::Object:
+    switch (valueKind(input.type())) {
+    case ValueKind::Null:
+    case ValueKind::Buffer:
+    case ValueKind::Array:
+    case ValueKind::Object:
         return {};
-    case AttrType::Bool:
-    case AttrType::Int:
-    case AttrType::UInt:
-    case AttrType::Real:
-    case AttrType::Vec2:
-    case AttrType::Vec3:
-    case AttrType::Vec4:
-    case AttrType::Pos2:
-    case AttrType::Pos3:
-    case AttrType::Quat:
-    case AttrType::Rgba:
-    case AttrType::Mat3:
-    case AttrType::Mat4:
-    case AttrType::String:
-    case AttrType::Node:
+    case ValueKind::Bool:
+    case ValueKind::Int:
+    case ValueKind::UInt:
+    case ValueKind::Real:
+    case ValueKind::Components:
+    case ValueKind::String:
+    case ValueKind::Node:
         break;
     }
     return shortValue(input);

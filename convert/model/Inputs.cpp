@@ -43,33 +43,25 @@ bool isDefault(const Input& input) {
 bool isEmptyOrDefault(const Input& input) {
     if (input.connection() || input.nodeValue())
         return false;
-    switch (input.type()) {
-    case AttrType::Null:
-    case AttrType::Node:
+    switch (valueKind(input.type())) {
+    case ValueKind::Null:
+    case ValueKind::Node:
         return true;
-    case AttrType::Array:
-    case AttrType::Object:
+    case ValueKind::Array:
+    case ValueKind::Object:
         return input.children().empty();
-    case AttrType::Buffer:
+    case ValueKind::Buffer:
         return input.value().count() == 0;
-    case AttrType::String:
+    case ValueKind::String:
         return *input.value().asString() == '\0';
-    case AttrType::Bool: // nodes are visible by default, also without a catalogue
+    case ValueKind::Bool: // nodes are visible by default, also without a catalogue
         if (input.key() == "visible" && input.value().asBool())
             return true;
         break;
-    case AttrType::Int:
-    case AttrType::UInt:
-    case AttrType::Real:
-    case AttrType::Vec2:
-    case AttrType::Vec3:
-    case AttrType::Vec4:
-    case AttrType::Pos2:
-    case AttrType::Pos3:
-    case AttrType::Quat:
-    case AttrType::Rgba:
-    case AttrType::Mat3:
-    case AttrType::Mat4:
+    case ValueKind::Int:
+    case ValueKind::UInt:
+    case ValueKind::Real:
+    case ValueKind::Components:
         break;
     }
     return isDefault(input);

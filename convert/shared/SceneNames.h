@@ -24,6 +24,7 @@ using vor::velmo_sdk::AttrData;
 using vor::velmo_sdk::AttrType;
 using vor::velmo_sdk::DataType;
 using vor::velmo_sdk::ElementLayout;
+using vor::velmo_sdk::ValueKind;
 
 using vor::velmo_sdk::impl::Catalogue;
 using vor::velmo_sdk::impl::Input;

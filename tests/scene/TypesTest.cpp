@@ -18,6 +18,10 @@ TEST(AttrType, hasNames) {
     EXPECT_EQ(attrTypeByName("real"), std::nullopt);
     EXPECT_EQ(componentCount(AttrType::Mat4), 16U);
     EXPECT_EQ(componentCount(static_cast<AttrType>(99)), 0U);
+    EXPECT_EQ(valueKind(AttrType::Real), ValueKind::Real);
+    EXPECT_EQ(valueKind(AttrType::Mat4), ValueKind::Components);
+    EXPECT_EQ(valueKind(AttrType::Object), ValueKind::Object);
+    EXPECT_EQ(valueKind(static_cast<AttrType>(99)), ValueKind::Null);
 }
 
 TEST(DataType, hasNames) {
