@@ -1,39 +1,12 @@
 #include "impl/VrnParser.h"
 #include "scene/core/NumberText.h"
-#include "scene/syntax/Keyword.h"
+#include "scene/syntax/ScalarKeyword.h"
 
 namespace vor::velmo_sdk::impl {
 
 using Type = Token::Type;
 
 namespace {
-
-// The type named by the keyword of a list of components; Null for other words.
-AttrType scalarType(std::string_view word) noexcept {
-    static_assert(attrTypeCount == 19); // a new type that is written as a list needs a keyword here
-    switch (keywordNumber(word)) {
-    case keyword("vec2"):
-        return AttrType::Vec2;
-    case keyword("vec3"):
-        return AttrType::Vec3;
-    case keyword("vec4"):
-        return AttrType::Vec4;
-    case keyword("pos2"):
-        return AttrType::Pos2;
-    case keyword("pos3"):
-        return AttrType::Pos3;
-    case keyword("quat"):
-        return AttrType::Quat;
-    case keyword("mat3"):
-        return AttrType::Mat3;
-    case keyword("mat4"):
-        return AttrType::Mat4;
-    case keyword("rgba"):
-        return AttrType::Rgba;
-    default:
-        return AttrType::Null;
-    }
-}
 
 bool readReal(const Token& token, AttrData& data) {
     double value = 0;

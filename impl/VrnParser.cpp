@@ -79,6 +79,7 @@ void VrnParser::parseStatements() {
         lexer->startStatement();
         if (!scene)
             parseError(messages::noScene);
+        parsePlainStatements();
         if (!parseStatement())
             parseError(messages::unrecognizedToken, String(current().text).buf());
     }

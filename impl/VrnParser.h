@@ -19,6 +19,7 @@
 #include "impl/PendingLinks.h"
 #include "impl/Reader.h"
 #include "impl/lexer/Lexer.h"
+#include "impl/lexer/PlainStatement.h"
 #include "scene/Input.h"
 #include "scene/Node.h"
 #include "scene/Scene.h"
@@ -91,6 +92,10 @@ public:
     void wrongTypeWarning(const String& found, IInput* input);
     void badEnumValueWarning(const String& value, IInput* input);
 
+    // The fast path for plain statements (PlainStatements.cpp).
+    void parsePlainStatements();
+    [[nodiscard]] bool mayBePlain() const noexcept;
+
     // Statements (Comment.cpp, NodeStatements.cpp, Assignment.cpp).
     [[nodiscard]] bool parseComment();
     [[nodiscard]] bool parseRemove();
@@ -138,9 +143,19 @@ public:
     PendingLinks pendingConnections;
     PendingLinks pendingReferences;
     u64 implicitElements = 0; // array elements created because a later one was assigned
+    bool readsPlainStatements = true; // false: tests read every statement by its tokens
     AssignInfo assignment;    // the current one; a member so that its memory is reused
 
 private:
+    // Steps of a plain statement (PlainStatements.cpp).
+    [[nodiscard]] bool apply(const PlainStatement& statement, TextPlace& applied);
+    [[nodiscard]] bool applyComments(const PlainStatement& statement, TextPlace& applied);
+    [[nodiscard]] bool applyDeclaration(const PlainStatement& statement);
+    [[nodiscard]] bool applyAssignment(const PlainStatement& statement);
+    [[nodiscard]] bool applyValue(const PlainStatement& statement, Node* node, const String& name);
+    [[nodiscard]] bool applyLink(const PlainStatement& statement, Node* node, const String& name);
+    void continueAfter(const TextPlace& applied);
+
     // Steps of an assignment (Assignment.cpp).
     struct Step;
     [[nodiscard]] Node* targetNode(const AssignInfo& info);

@@ -163,6 +163,7 @@ bool Lexer::takeWordInWindow(std::string_view& word) {
     if (next == at || next == end_)
         return false;
     word = {at, next};
+    beginToken(at);
     const auto count = static_cast<std::size_t>(next - at_);
     line = wrappingAdd(line, (prev == '\n' ? 1U : 0U) + feeds);
     column = feeds != 0 ? static_cast<i32>(next - lineStart) : wrappingAdd(prev == '\n' ? 0 : column, count);
@@ -186,6 +187,7 @@ Token Lexer::nextToken(ElementSink* sink) {
         return wordToken(word);
     if (isIn(cur, blankChar))
         skipBlanks();
+    beginToken(at_ != end_ ? at_ : nullptr);
     if (isAtEnd())
         return eof();
     switch (cur) {
@@ -210,6 +212,25 @@ Token Lexer::nextToken(ElementSink* sink) {
     if (c == '-' || String::isHexDigit(c))
         return number();
     return invalidToken();
+}
+
+TextPlace Lexer::beginOf(const Token& token, u32 tokensAgo) const noexcept {
+    const Begin& begin = begins_[(tokens_ - tokensAgo) % begins_.size()];
+    if (!begin.first || begin.first < refusedBefore_ || begin.foreignBytes != foreignBytes_)
+        return {};
+    const u32 lastColumn = static_cast<u32>(token.column);
+    const char* const last = begin.first + token.text.size() - 1;
+    return {begin.first, static_cast<u32>(token.line), TextPlace::lowerHalf(last) - lastColumn};
+}
+
+void Lexer::restart(const TextPlace& place) noexcept {
+    const TextPosition before = place.positionBefore();
+    line = before.line;
+    column = before.column;
+    pos = wrappingAdd(pos, static_cast<u64>(place.at - at_));
+    prev = ' '; // no line feed: the position is that of the next character's line
+    at_ = place.at;
+    cur = static_cast<signed char>(*at_);
 }
 
 /// COMMENT ::= '#' any*   up to the end of the line (LF or CR) or the end of the text

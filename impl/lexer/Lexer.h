@@ -14,12 +14,14 @@
 #pragma once
 
 #include "impl/lexer/ElementSink.h"
+#include "impl/lexer/PlainStatement.h"
 #include "impl/lexer/ScanExtent.h"
 #include "impl/lexer/TextKeeper.h"
 #include "impl/lexer/Token.h"
 #include "scene/core/Vector.h"
 #include "scene/syntax/CharClass.h"
 
+#include <array>
 #include <string>
 
 namespace vor::velmo_sdk::impl {
@@ -46,6 +48,22 @@ public:
             scratch_ = std::string();
     }
 
+    // The place where a token begins that was returned `tokensAgo` calls of nextToken() ago, at most TextKeeper's
+    // `lookahead`; null if it is no longer in the window, or refused. The token must be in a single line.
+    [[nodiscard]] TextPlace beginOf(const Token& token, u32 tokensAgo) const noexcept;
+
+    // Goes back or forward to a place in the window. Between there and here must be no bytes outside ASCII.
+    void restart(const TextPlace& place) noexcept;
+
+    // Makes beginOf() refuse tokens before a place in the window, so that no text is scanned in vain twice.
+    void refuseRestartBefore(const char* place) noexcept { refusedBefore_ = place; }
+
+    // The next character to be consumed.
+    [[nodiscard]] char nextCharacter() const noexcept { return static_cast<char>(cur); }
+
+    // The end of the characters that are available without consuming; null if there are none.
+    [[nodiscard]] const char* windowEnd() const noexcept { return end_; }
+
     // Input that has been accepted silently: whether the text was ended by a byte with the value of the end marker,
     // which only a source with a window can determine; the number of bytes outside ASCII that were skipped between
     // tokens, except a byte-order mark at the start; and the position of the first of them.
@@ -70,6 +88,8 @@ protected:
     void setWindow(std::string_view characters) noexcept {
         at_ = characters.data();
         end_ = at_ + characters.size();
+        begins_ = {};
+        refusedBefore_ = nullptr;
         cur = characters.empty() ? endOfText : static_cast<signed char>(*at_);
     }
 
@@ -138,6 +158,7 @@ private:
         step(count);
     }
     void consumePiece(std::size_t count);
+    void beginToken(const char* first) noexcept { begins_[tokens_++ % begins_.size()] = {first, foreignBytes_}; }
     void step(std::size_t count) {
         at_ += count;
         if (at_ != end_)
@@ -161,6 +182,13 @@ private:
     const char* end_ = nullptr;
     bool isWindowKept_ = false;
     u64 foreignBytes_ = 0;
+    struct Begin {
+        const char* first = nullptr; // null if it is not in the window
+        u64 foreignBytes = 0;        // before the token
+    };
+    std::array<Begin, 4> begins_{}; // of the last tokens
+    u32 tokens_ = 0;
+    const char* refusedBefore_ = nullptr;
     u32 markLength_ = 0; // bytes of a byte-order mark seen so far
     TextPosition firstForeignByte_;
     mutable TextKeeper texts_;                           // owns the text of tokens, including messages

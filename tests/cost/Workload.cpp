@@ -79,6 +79,17 @@ const std::map<std::string, Make> workloads = {
     {"one_list", units("t n; n.x = int32[1000000] {", "1234 ", "};")},
     {"one_string", units("t n; n.x = \"", "some text ", "\";")},
     {"payload_with_spaces", spacedPayload},
+    {"graph", units("", "light light$;\nlight$.color = rgba(0.5123 0.8231 0.25);\nlight$.intensity = 1.537;\n"
+                        "light$.position = vec3(12.5 34.25 61.75);\nlight$.samples = 257;\n"
+                        "light$.label = \"node number $\";\nlight$.target |= light0.out;\n")},
+    {"graph_of_current_nodes", units("", "light light$:\n.color = rgba(0.5123 0.8231 0.25);\n.intensity = 1.537;\n"
+                                         ".position = vec3(12.5 34.25 61.75);\n.samples = 257;\n"
+                                         ".label = \"node number $\";\n.target |= light0.out;\n")},
+    {"graph_with_comments", units("", "# light number $\nlight light$;\nlight$.color = rgba(0.5123 0.8231 0.25);\n"
+                                      "light$.intensity = 1.537;\n# its place\n"
+                                      "light$.position = vec3(12.5 34.25 61.75);\nlight$.samples = 257;\n"
+                                      "light$.label = \"node number $\";\nlight$.target |= light0.out;\n")},
+    {"nested_paths", units("t n;", "n.a[$].b = 0.5123;\nn.a[$].c = 257;\n")},
     {"depth_of_one_path", units("t n; n.x", "[0].m", " = 1;")},
     {"warnings", units("t n; n.b = true;", "n.b = 5;\n")},
 };

@@ -10,9 +10,10 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 CLI_FOLDERS = ("arguments", "commands", "diff", "files", "graph", "query", "report", "shell", "terminal")
 MAY_INCLUDE = {
     "scene/core": {"scene/core"},
-    "scene/syntax": {"scene/syntax", "scene/core"},
+    "scene/syntax": {"scene/syntax", "scene/core", "scene/AttrType.h"},
     "scene": {"scene", "scene/core", "scene/syntax"},
-    "impl/lexer": {"impl/lexer", "scene/core", "scene/syntax", "impl/Messages.h"},
+    "impl/lexer": {"impl/lexer", "scene/core", "scene/syntax", "scene/AttrType.h",
+                   "impl/Messages.h"},
     "impl/numbers": {"impl/numbers", "scene/syntax/CharClass.h", "scene/core"},
     "impl": {"impl", "impl/lexer", "impl/numbers", "scene", "scene/core", "scene/syntax"},
     "convert/shared": {"convert/shared", "scene", "scene/core"},

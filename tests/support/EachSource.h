@@ -19,6 +19,11 @@ template <class Use> void withEachSource(const std::string& text, std::span<cons
         return VrnParser().parse(&scene, &lexer);
     });
     use("from a string", [&](Scene& scene) { return parseString(&scene, string); });
+    use("from a string, by tokens", [&](Scene& scene) {
+        VrnParser parser;
+        parser.readsPlainStatements = false;
+        return parser.parse(&scene, string);
+    });
     use("from memory", [&](Scene& scene) { return parseVrn(&scene, File::fromMemory(string), true); });
     for (const std::size_t size : blockSizes)
         use("in blocks of " + std::to_string(size), [&](Scene& scene) {
@@ -34,8 +39,9 @@ inline std::vector<std::size_t> allBlockSizes() {
     return sizes;
 }
 
-// Passes what a parse reports to `add`, in order: log records including notices, then the result or the exception.
-template <class AnyScene, class Read, class Add> void reportAll(AnyScene& scene, Read read, Add add) {
+// Passes what a parse reports to `add`, in order: log records, notices too if wanted, then the result or the exception.
+template <class AnyScene, class Read, class Add>
+void reportAll(AnyScene& scene, Read read, Add add, Notices notices = Notices::Yes) {
     const auto addRecord = [&](const char* kind, const String& words, TextPosition position) {
         add(std::string(kind) + " " + std::to_string(position.line) + "," + std::to_string(position.column) + ": " +
             words.buf());
@@ -46,7 +52,7 @@ template <class AnyScene, class Read, class Add> void reportAll(AnyScene& scene,
         if (record.text != messages::endedByByte)
             addRecord(severities[static_cast<std::size_t>(record.severity)], record.text, record.position);
     };
-    const ScopedLogSink sink(write, Notices::Yes);
+    const ScopedLogSink sink(write, notices);
     try {
         add(read(scene) ? "read" : "not read");
     } catch (const ReadError& error) {

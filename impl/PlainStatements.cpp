@@ -1,0 +1,178 @@
+// The fast path for plain statements: reads them from their characters, without tokens.
+//
+// One rule keeps it equivalent to the general path: a plain statement is applied once the three tokens after it are
+// known to be valid, either because the next statement is plain, too, or because they are looked at. The general path
+// has scanned these tokens before it applies a statement, and an error in them comes first.
+//
+// Nothing here reports anything. A statement that would log an error, a warning or a notice is left to the general
+// path, which starts again at its first character.
+#include "impl/TypeRules.h"
+#include "impl/VrnParser.h"
+#include "scene/syntax/HeaderComment.h"
+#include "scene/syntax/Keyword.h"
+
+#include <algorithm>
+#include <span>
+#include <utility>
+
+namespace vor::velmo_sdk::impl {
+
+using Kind = PlainStatement::Kind;
+using Type = Token::Type;
+
+// Reads plain statements, beginning with the current token. Afterwards, the current statement is not plain.
+void VrnParser::parsePlainStatements() {
+    const TextPlace begin = mayBePlain() ? lexer->beginOf(current(), static_cast<u32>(lookahead)) : TextPlace();
+    if (!begin.at)
+        return;
+    PlainStatement buffers[2];
+    PlainStatement* statement = &buffers[0];
+    PlainStatement* next = &buffers[1];
+    PlainScanner scanner(begin, lexer->windowEnd());
+    if (!scanner.scan(*statement))
+        return lexer->refuseRestartBefore(scanner.place().at);
+    TextPlace applied = begin; // where the first statement begins that is not applied
+    for (bool isNextPlain = true; isNextPlain; std::swap(statement, next)) {
+        isNextPlain = scanner.scan(*next);
+        if (!isNextPlain)
+            lexer->refuseRestartBefore(scanner.place().at);
+        if (!isNextPlain && !PlainScanner(statement->end, lexer->windowEnd()).areTokensAhead())
+            break;
+        if (!apply(*statement, applied))
+            break;
+    }
+    if (applied.at != begin.at)
+        continueAfter(applied);
+}
+
+// Whether the tokens in sight can begin a plain statement.
+bool VrnParser::mayBePlain() const noexcept {
+    if (!readsPlainStatements)
+        return false;
+    const Type third = ahead(2).type;
+    switch (current().type) {
+    case Type::Comment:
+        return true;
+    case Type::Dot:
+        return third == Type::Equals || third == Type::Pipe;
+    case Type::Id:
+        if (ahead(1).type == Type::Id)
+            return third == Type::Semicolon || third == Type::Colon;
+        // The path may continue after the look-ahead.
+        return third == Type::Id && lexer->nextCharacter() != '.' && lexer->nextCharacter() != '[';
+    default:
+        return false;
+    }
+}
+
+// Scans the look-ahead anew. The next three tokens are known to be valid.
+void VrnParser::continueAfter(const TextPlace& applied) {
+    lexer->restart(applied);
+    cursor = 0;
+    for (Token& token : tokens)
+        token = lexer->nextToken();
+}
+
+// Applies the comments and the statement, and moves `applied` to the end of what is applied. Returns false if the rest
+// is for the general path.
+bool VrnParser::apply(const PlainStatement& statement, TextPlace& applied) {
+    if (!applyComments(statement, applied))
+        return false;
+    const TextPosition end = statement.end.positionBefore();
+    const Token before = std::exchange(prevToken, Token{Type::Semicolon, ";", end.line, end.column});
+    const bool isApplied =
+        statement.kind == Kind::Declaration ? applyDeclaration(statement) : applyAssignment(statement);
+    if (isApplied)
+        applied = statement.end;
+    else
+        prevToken = before;
+    return isApplied;
+}
+
+bool VrnParser::applyComments(const PlainStatement& statement, TextPlace& applied) {
+    PlainScanner scanner(statement.comments, lexer->windowEnd());
+    for (std::string_view comment; scanner.place().at != statement.begin.at; scanner.blanks()) {
+        if (!scanner.comment(comment))
+            return false;
+        const HeaderComment header = readHeaderComment(comment);
+        if (header.kind != HeaderComment::Kind::None)
+            return false;
+        applied = scanner.place();
+        const TextPosition end = applied.positionBefore();
+        prevToken = Token{Type::Comment, comment, end.line, end.column};
+        scene->pushFileComment(comment);
+    }
+    return true;
+}
+
+bool VrnParser::applyDeclaration(const PlainStatement& statement) {
+    const String name = statement.node;
+    Node* node = scene->findNode(name);
+    if (wantsNotices() && (node || keywordNumber(statement.word) == keyword("with")))
+        return false;
+    if (!node)
+        node = scene->createNode(statement.word, name, "");
+    if (statement.isWith)
+        withNode = node;
+    return true;
+}
+
+bool VrnParser::applyAssignment(const PlainStatement& statement) {
+    Node* node = statement.node.empty() ? withNode : scene->findNode(statement.node);
+    if (!node)
+        return false;
+    const String name = updateInputName(node->type(), statement.name);
+    return statement.kind == Kind::Value ? applyValue(statement, node, name) : applyLink(statement, node, name);
+}
+
+static AttrData dataOf(const PlainStatement& statement) {
+    switch (statement.type) {
+    case AttrType::Bool:
+        return AttrData::boolean(statement.integer != 0);
+    case AttrType::Int:
+        return AttrData::integer(statement.integer);
+    case AttrType::Real:
+        return AttrData::real(statement.reals[0]);
+    case AttrType::String:
+        if (statement.hasEscapes)
+            return AttrData::string(String(statement.word).unescape());
+        return AttrData::string(statement.word);
+    default: {
+        AttrData data = AttrData::zero(statement.type);
+        std::copy_n(statement.reals.begin(), componentCount(statement.type), data.components().begin());
+        return data;
+    }
+    }
+}
+
+// Whether a value can be written without a diagnostic and without effects on other inputs.
+static bool takesSilently(const Input* input, AttrType type) {
+    const Fit how = fit(type, input->type());
+    const bool isFit = how == Fit::Same || how == Fit::Converted;
+    return isFit && !input->isLocked() && !input->isLinkOnly() &&
+           (type != AttrType::String || input->enumeration().isEmpty());
+}
+
+bool VrnParser::applyValue(const PlainStatement& statement, Node* node, const String& name) {
+    Input* input = node->hasInput(name, AttrType::Null) ? node->input(name) : nullptr;
+    if (!input)
+        input = node->createInput(name, statement.type);
+    else if (!takesSilently(input, statement.type))
+        return false;
+    AttrData data = dataOf(statement);
+    input->assign(statement.type == input->type() ? std::move(data) : convert(data, input->type()));
+    return true;
+}
+
+bool VrnParser::applyLink(const PlainStatement& statement, Node* node, const String& name) {
+    Input* input = node->hasInput(name, AttrType::Null) ? node->input(name) : nullptr;
+    if (input && wantsNotices())
+        return false; // the link may replace one
+    if (!input)
+        input = node->createInput(name, AttrType::Null);
+    PendingLinks& links = statement.kind == Kind::Connection ? pendingConnections : pendingReferences;
+    store(links, input, {.node = statement.word, .output = statement.output, .position = statement.linkEnd});
+    return true;
+}
+
+} // namespace vor::velmo_sdk::impl

@@ -1,0 +1,107 @@
+// PlainStatement: a statement in one of the most common forms, recognised straight from its characters.
+//
+//     PlainScanner scanner(place, windowEnd);
+//     PlainStatement statement;
+//     if (scanner.scan(statement))
+//         apply(statement);
+//
+// Most statements of a scene declare a node, or assign a number, a truth value, a string, a list of components or a
+// link to `node.input` or `.input`. Making tokens of them takes longer than anything else that is done with them. The
+// scanner recognises such a statement as a whole, and refuses whatever is unusual: characters outside ASCII, keywords
+// as names, numbers that need rounding rules, line feeds in strings, the end of the window. It knows neither the scene
+// nor any message; what it refuses is left to the lexer and the parser, which also read all that it accepts.
+#pragma once
+
+#include "scene/AttrType.h"
+#include "scene/core/Log.h"
+
+#include <array>
+#include <cstdint>
+#include <string_view>
+
+namespace vor::velmo_sdk::impl {
+
+// A place between two characters of a window, with the line of the next one. Positions wrap around like those of the
+// lexer, so the start of a line is a number: the lower half of the address of the character before it, which may lie
+// outside the window.
+struct TextPlace {
+    const char* at = nullptr; // the next character
+    u32 line = 1;
+    u32 lineStart = 0;
+
+    [[nodiscard]] static u32 lowerHalf(const char* character) noexcept {
+        return static_cast<u32>(reinterpret_cast<std::uintptr_t>(character));
+    }
+    // The position of a character on the same line.
+    [[nodiscard]] TextPosition positionOf(const char* character) const noexcept {
+        return {static_cast<i32>(line), static_cast<i32>(lowerHalf(character) - lineStart)};
+    }
+    [[nodiscard]] TextPosition positionBefore() const noexcept { return positionOf(at - 1); }
+};
+
+struct PlainStatement {
+    enum class Kind : u8 { Declaration, Value, Connection, Reference };
+
+    Kind kind = Kind::Declaration;
+    AttrType type = AttrType::Null; // of the value
+    bool isWith = false;            // a declaration that ends with a colon
+    bool hasEscapes = false;        // in the string
+    std::string_view name;          // of the input
+    std::string_view node;          // the declared node, or the target's; empty for the current node
+    std::string_view word;          // the type of a declared node, the node of a link, the characters of a string
+    std::string_view output;        // of a connection
+    TextPosition linkEnd{};         // of the last character of a link's source
+    i64 integer = 0;                // also a truth value
+    std::array<double, 16> reals;   // the components; not initialised
+    TextPlace comments;             // where the comments before the statement begin
+    TextPlace begin;                // of the first character after the comments
+    TextPlace end;                  // after the last character
+};
+
+class PlainScanner {
+public:
+    // Scans from `place`. `windowEnd` is the end of the characters that can be read.
+    PlainScanner(const TextPlace& place, const char* windowEnd) noexcept;
+
+    // Recognises the next statement, after blanks and comments. If it is not plain, returns false and leaves the scanner
+    // somewhere in it.
+    [[nodiscard]] bool scan(PlainStatement& out) noexcept;
+
+    // Recognises a comment at the current place.
+    [[nodiscard]] bool comment(std::string_view& out) noexcept;
+
+    // Moves past spaces and other characters that are not printable, within ASCII.
+    void blanks() noexcept;
+
+    // Whether the next three tokens, after blanks, are valid. Also returns false where that is not obvious.
+    [[nodiscard]] bool areTokensAhead() noexcept;
+
+    [[nodiscard]] const TextPlace& place() const noexcept { return place_; }
+
+private:
+    [[nodiscard]] bool declaration(PlainStatement& out) noexcept;
+    [[nodiscard]] bool assignment(PlainStatement& out) noexcept;
+    [[nodiscard]] bool connection(PlainStatement& out) noexcept;
+    [[nodiscard]] bool value(PlainStatement& out) noexcept;
+    [[nodiscard]] bool number(PlainStatement& out) noexcept;
+    [[nodiscard]] bool string(PlainStatement& out) noexcept;
+    [[nodiscard]] bool keywordOrReference(PlainStatement& out) noexcept;
+    [[nodiscard]] bool components(PlainStatement& out) noexcept;
+    [[nodiscard]] bool identifier(std::string_view& out) noexcept;
+    [[nodiscard]] bool semicolon(PlainStatement& out) noexcept;
+    [[nodiscard]] bool accept(char c) noexcept {
+        const bool isThere = *place_.at == c;
+        place_.at += isThere ? 1 : 0;
+        return isThere;
+    }
+    [[nodiscard]] bool isNearEnd() const noexcept { return place_.at >= limit_; }
+
+    // Each step checks the limit once, and steps read at most this many characters beyond it.
+    static constexpr std::ptrdiff_t margin = 64;
+
+    TextPlace place_;
+    const char* end_;
+    const char* limit_; // no step begins here or later
+};
+
+} // namespace vor::velmo_sdk::impl
