@@ -12,13 +12,42 @@
 #include "scene/syntax/Keyword.h"
 
 #include <algorithm>
-#include <span>
+#include <type_traits>
 #include <utility>
 
 namespace vor::velmo_sdk::impl {
 
 using Kind = PlainStatement::Kind;
 using Type = Token::Type;
+
+// Whether names may be mapped, which needs a catalogue. A host's scene may have name maps without one.
+template <class AnyScene> static bool hasNameMaps(const AnyScene& scene) {
+    if constexpr (requires { scene.catalogue(); })
+        return scene.catalogue() != nullptr;
+    else
+        return true;
+}
+
+// The input of a name, and whether it is new. A missing input is created with the value, in one search if the scene
+// supports that; the value of an existing input is not changed.
+template <class AnyNode> static auto inputOrNew(AnyNode* node, const String& name, AttrData& value) {
+    using AnyInput = std::remove_pointer_t<decltype(node->input(name))>;
+    struct Result {
+        AnyInput* input;
+        bool isNew;
+    };
+    if constexpr (requires { node->inputOrNew(name, value); }) {
+        const auto [input, isNew] = node->inputOrNew(name, value);
+        return Result{input, isNew};
+    } else {
+        if (node->hasInput(name, AttrType::Null))
+            return Result{node->input(name), false};
+        AnyInput* input = node->createInput(name, value.type());
+        if (value.type() != AttrType::Null)
+            input->assign(std::move(value));
+        return Result{input, true};
+    }
+}
 
 // Reads plain statements, beginning with the current token. Afterwards, the current statement is not plain.
 void VrnParser::parsePlainStatements() {
@@ -32,6 +61,8 @@ void VrnParser::parsePlainStatements() {
     if (!scanner.scan(*statement))
         return lexer->refuseRestartBefore(scanner.place().at);
     TextPlace applied = begin; // where the first statement begins that is not applied
+    const Token before = prevToken;
+    lastTarget = {};
     for (bool isNextPlain = true; isNextPlain; std::swap(statement, next)) {
         isNextPlain = scanner.scan(*next);
         if (!isNextPlain)
@@ -41,6 +72,7 @@ void VrnParser::parsePlainStatements() {
         if (!apply(*statement, applied))
             break;
     }
+    prevToken = before;
     if (applied.at != begin.at)
         continueAfter(applied);
 }
@@ -67,6 +99,8 @@ bool VrnParser::mayBePlain() const noexcept {
 
 // Scans the look-ahead anew. The next three tokens are known to be valid.
 void VrnParser::continueAfter(const TextPlace& applied) {
+    const TextPosition last = applied.positionBefore();
+    prevToken = Token{Type::Semicolon, ";", last.line, last.column};
     lexer->restart(applied);
     cursor = 0;
     for (Token& token : tokens)
@@ -76,31 +110,25 @@ void VrnParser::continueAfter(const TextPlace& applied) {
 // Applies the comments and the statement, and moves `applied` to the end of what is applied. Returns false if the rest
 // is for the general path.
 bool VrnParser::apply(const PlainStatement& statement, TextPlace& applied) {
-    if (!applyComments(statement, applied))
+    if (statement.comments.at != statement.begin.at && !applyComments(statement, applied))
         return false;
-    const TextPosition end = statement.end.positionBefore();
-    const Token before = std::exchange(prevToken, Token{Type::Semicolon, ";", end.line, end.column});
+    const TextPosition end = statement.end.positionBefore(); // of an error that a host's scene throws
+    prevToken.line = end.line;
+    prevToken.column = end.column;
     const bool isApplied =
         statement.kind == Kind::Declaration ? applyDeclaration(statement) : applyAssignment(statement);
     if (isApplied)
         applied = statement.end;
-    else
-        prevToken = before;
     return isApplied;
 }
 
 bool VrnParser::applyComments(const PlainStatement& statement, TextPlace& applied) {
     PlainScanner scanner(statement.comments, lexer->windowEnd());
     for (std::string_view comment; scanner.place().at != statement.begin.at; scanner.blanks()) {
-        if (!scanner.comment(comment))
+        if (!scanner.comment(comment) || readHeaderComment(comment).kind != HeaderComment::Kind::None)
             return false;
-        const HeaderComment header = readHeaderComment(comment);
-        if (header.kind != HeaderComment::Kind::None)
-            return false;
-        applied = scanner.place();
-        const TextPosition end = applied.positionBefore();
-        prevToken = Token{Type::Comment, comment, end.line, end.column};
         scene->pushFileComment(comment);
+        applied = scanner.place();
     }
     return true;
 }
@@ -114,15 +142,27 @@ bool VrnParser::applyDeclaration(const PlainStatement& statement) {
         node = scene->createNode(statement.word, name, "");
     if (statement.isWith)
         withNode = node;
+    lastTarget = {statement.node, node};
     return true;
 }
 
 bool VrnParser::applyAssignment(const PlainStatement& statement) {
-    Node* node = statement.node.empty() ? withNode : scene->findNode(statement.node);
+    Node* node = targetNode(statement);
     if (!node)
         return false;
-    const String name = updateInputName(node->type(), statement.name);
+    String name = statement.name;
+    if (hasNameMaps(*scene))
+        name = updateInputName(node->type(), name);
     return statement.kind == Kind::Value ? applyValue(statement, node, name) : applyLink(statement, node, name);
+}
+
+// Consecutive statements often name the same node.
+Node* VrnParser::targetNode(const PlainStatement& statement) {
+    if (statement.node.empty())
+        return withNode;
+    if (statement.node != lastTarget.name)
+        lastTarget = {statement.node, scene->findNode(statement.node)};
+    return lastTarget.node;
 }
 
 static AttrData dataOf(const PlainStatement& statement) {
@@ -154,22 +194,21 @@ static bool takesSilently(const Input* input, AttrType type) {
 }
 
 bool VrnParser::applyValue(const PlainStatement& statement, Node* node, const String& name) {
-    Input* input = node->hasInput(name, AttrType::Null) ? node->input(name) : nullptr;
-    if (!input)
-        input = node->createInput(name, statement.type);
-    else if (!takesSilently(input, statement.type))
-        return false;
     AttrData data = dataOf(statement);
+    const auto [input, isNew] = inputOrNew(node, name, data);
+    if (isNew)
+        return true;
+    if (!takesSilently(input, statement.type))
+        return false;
     input->assign(statement.type == input->type() ? std::move(data) : convert(data, input->type()));
     return true;
 }
 
 bool VrnParser::applyLink(const PlainStatement& statement, Node* node, const String& name) {
-    Input* input = node->hasInput(name, AttrType::Null) ? node->input(name) : nullptr;
-    if (input && wantsNotices())
+    if (wantsNotices() && node->hasInput(name, AttrType::Null))
         return false; // the link may replace one
-    if (!input)
-        input = node->createInput(name, AttrType::Null);
+    AttrData untyped;
+    Input* input = inputOrNew(node, name, untyped).input;
     PendingLinks& links = statement.kind == Kind::Connection ? pendingConnections : pendingReferences;
     store(links, input, {.node = statement.word, .output = statement.output, .position = statement.linkEnd});
     return true;

@@ -152,6 +152,7 @@ private:
     [[nodiscard]] bool applyComments(const PlainStatement& statement, TextPlace& applied);
     [[nodiscard]] bool applyDeclaration(const PlainStatement& statement);
     [[nodiscard]] bool applyAssignment(const PlainStatement& statement);
+    [[nodiscard]] Node* targetNode(const PlainStatement& statement);
     [[nodiscard]] bool applyValue(const PlainStatement& statement, Node* node, const String& name);
     [[nodiscard]] bool applyLink(const PlainStatement& statement, Node* node, const String& name);
     void continueAfter(const TextPlace& applied);
@@ -182,6 +183,12 @@ private:
     [[nodiscard]] ElementsRead takeScannedBuffer(AssignInfo& info);
     [[nodiscard]] ElementsRead readBufferText(DataType type, AssignInfo& info);
     void report(const ElementsRead& elements, const AssignInfo& info);
+
+    // The node that plain statements named last, valid while only plain statements are applied.
+    struct {
+        std::string_view name;
+        Node* node = nullptr;
+    } lastTarget;
 
     // The elements of the buffer whose list was scanned last, until buffer() takes them; the token contains none.
     std::unique_ptr<BufferReader> bufferInScan;

@@ -30,13 +30,21 @@ Input* Node::createArray(const String& name, AttrType elementType) {
     return addInput(name, AttrData::array(elementType));
 }
 
-Input* Node::addInput(const String& name, AttrData value) {
+Node::InputOrNew Node::inputOrNew(const String& name, AttrData& value) {
     if (Input* existing = input(name))
-        return existing;
-    std::unique_ptr<Input, void (*)(Input*)> input(new (scene_.storage_->inputs)
-                                                       Input(*this, nullptr, name, inputs_.size(), std::move(value)),
-                                                   [](Input* i) { i->release(); });
+        return {existing, false};
+    return {newInput(name, value), true};
+}
+
+Input* Node::addInput(const String& name, AttrData value) { return inputOrNew(name, value).input; }
+
+// Creates an input with a name that no other has. Leaves `value` unchanged if it throws.
+Input* Node::newInput(const String& name, AttrData& value) {
+    std::unique_ptr<Input, void (*)(Input*)> input(
+        new (scene_.storage_->inputs) Input(*this, nullptr, name, inputs_.size(), AttrData()),
+        [](Input* i) { i->release(); });
     inputs_.push(input.get());
+    input->value_ = std::move(value);
     return input.release();
 }
 

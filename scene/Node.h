@@ -40,6 +40,13 @@ public:
     Input* createInput(const String& name, AttrType type);
     Input* createArray(const String& name, AttrType elementType);
 
+    // The input of that name. If it is missing, creates it with `value`, which is then moved from.
+    struct InputOrNew {
+        Input* input;
+        bool isNew;
+    };
+    InputOrNew inputOrNew(const String& name, AttrData& value);
+
     // The output of that name. Creates a missing one, unless the catalogue declares the outputs of the node's type or
     // the scene has strict outputs; then returns null.
     [[nodiscard]] Output* findOutput(const String& name) override;
@@ -53,6 +60,7 @@ private:
     ~Node() override;
 
     Input* addInput(const String& name, AttrData value);
+    Input* newInput(const String& name, AttrData& value);
     Output* addOutput(const String& name);
     void copyInputsFrom(const Node& definition);
     void addCatalogued(const NodeType& type);
