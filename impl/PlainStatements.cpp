@@ -177,11 +177,8 @@ static AttrData dataOf(const PlainStatement& statement) {
         if (statement.hasEscapes)
             return AttrData::string(String(statement.word).unescape());
         return AttrData::string(statement.word);
-    default: {
-        AttrData data = AttrData::zero(statement.type);
-        std::copy_n(statement.reals.begin(), componentCount(statement.type), data.components().begin());
-        return data;
-    }
+    default:
+        return AttrData::numbers(statement.type, statement.reals.data());
     }
 }
 

@@ -2,13 +2,16 @@
 
 #include "scene/core/LargeMemory.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
+#include <iterator>
 #include <new>
 
 namespace vor::velmo_sdk {
 
-AttrData::AttrData(const AttrData& other) : kind_(other.kind_), store_{.words = other.store_.words} {
+AttrData::AttrData(const AttrData& other)
+    : kind_(other.kind_), store_{.words = {other.store_.words[0], other.store_.words[1]}} {
     if (!hasBlock() || !store_.block.memory)
         return;
     store_.block.memory = nullptr;
@@ -27,13 +30,28 @@ AttrData AttrData::unsignedInteger(u64 value) noexcept { return {AttrType::UInt,
 
 AttrData AttrData::real(double value) noexcept { return {AttrType::Real, 0, std::bit_cast<u64>(value)}; }
 
+AttrData AttrData::numbers(AttrType type, const double* numbers) {
+    AttrData data = zero(type);
+    if (hasBlock(type))
+        std::ranges::copy_n(numbers, componentCount(type), data.components().begin());
+    else
+        for (u32 i = 0; i < std::size(data.store_.reals); ++i)
+            data.store_.reals[i] = i < componentCount(type) ? numbers[i] : 0;
+    return data;
+}
+
 AttrData AttrData::string(std::string_view text) {
     text = text.substr(0, text.find('\0'));
-    char* copy = static_cast<char*>(std::malloc(text.size() + 1));
-    if (!copy)
-        throw std::bad_alloc();
+    AttrData data(AttrType::String, text.size() < inlineBytes ? inlineText : textInBlock);
+    char* copy = data.store_.text;
+    if (data.hasBlock()) {
+        copy = static_cast<char*>(std::malloc(text.size() + 1));
+        data.store_.block = {copy, text.size()};
+        if (!copy)
+            throw std::bad_alloc();
+    }
     copy[text.copy(copy, text.size())] = '\0';
-    return {AttrType::String, 0, std::bit_cast<u64>(copy), text.size()};
+    return data;
 }
 
 AttrData AttrData::array(AttrType elementType) noexcept { return {AttrType::Array, static_cast<i32>(elementType)}; }
@@ -45,7 +63,9 @@ AttrData AttrData::buffer(DataType type, u64 count) {
 }
 
 const char* AttrData::asString() const noexcept {
-    return type() == AttrType::String && store_.block.memory ? static_cast<const char*>(store_.block.memory) : "";
+    if (type() != AttrType::String)
+        return "";
+    return hasBlock() ? static_cast<const char*>(store_.block.memory) : store_.text;
 }
 
 std::span<const double> AttrData::components() const noexcept {

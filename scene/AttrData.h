@@ -5,8 +5,8 @@
 //     for (math::VecT<3, float>& p : points.elements<math::VecT<3, float>>()) ...
 //     input->assign(std::move(points));                               // moves the memory
 //
-// A value type of 24 bytes. Copies are deep; a move transfers the memory and leaves a Null value. Strings, buffers and
-// values of more than two components are stored in one malloc'ed block that the object owns. Creating or copying a
+// A value type of 40 bytes. Copies are deep; a move transfers the memory and leaves a Null value. Buffers, matrices and
+// strings of more than 31 bytes are stored in one malloc'ed block that the object owns. Creating or copying such a
 // value throws std::bad_alloc if there is no memory. An accessor for another type returns false, 0, "" or an empty
 // span. Several threads may read a value that none changes.
 #pragma once
@@ -74,6 +74,9 @@ public:
     [[nodiscard]] static AttrData unsignedInteger(u64 value) noexcept;
     [[nodiscard]] static AttrData real(double value) noexcept;
 
+    // A value of componentCount(type) numbers; `numbers` has at least as many, and at least four.
+    [[nodiscard]] static AttrData numbers(AttrType type, const double* numbers);
+
     // Copies the text up to its first NUL.
     [[nodiscard]] static AttrData string(std::string_view text);
 
@@ -124,35 +127,42 @@ private:
         void* memory; // malloc'ed; null if the value has no bytes, or all are zero
         u64 count;    // elements of a buffer, bytes of a string, doubles of other values
     };
-    // Lets a value be stored with one 16-byte write: a copy soon after it could not be forwarded from two smaller
-    // stores.
+    // Lets a value be stored with 16-byte writes: a copy soon after it could not be forwarded from smaller stores.
     using Words [[gnu::vector_size(16), gnu::aligned(8), gnu::may_alias]] = u64;
+    static constexpr std::size_t inlineBytes = 32;
     union Store {
-        Words words;
+        Words words[2];
         i64 integer;
-        double reals[2];
+        double reals[inlineBytes / sizeof(double)];
+        char text[inlineBytes]; // NUL-terminated
         Block block;
     };
 
+    // What the subtype of a string says.
+    static constexpr i32 inlineText = 0;
+    static constexpr i32 textInBlock = 1;
+
     AttrData(AttrType type, i32 subtype, u64 first = 0, u64 second = 0) noexcept
-        : kind_(u64(static_cast<u32>(type)) | u64(static_cast<u32>(subtype)) << 32), store_{.words = {first, second}} {}
+        : kind_(kindOf(type, subtype)), store_{.words = {{first, second}, {0, 0}}} {}
+    [[nodiscard]] static u64 kindOf(AttrType type, i32 subtype) noexcept {
+        return u64(static_cast<u32>(type)) | u64(static_cast<u32>(subtype)) << 32;
+    }
     [[nodiscard]] i32 subtype() const noexcept { return static_cast<i32>(kind_ >> 32); }
 
-    // Strings, buffers, and values of more than two components are stored in a block.
+    // Whether values of a type are stored in a block. Strings are if they are long.
     [[nodiscard]] static bool hasBlock(AttrType of) noexcept {
-        using enum AttrType;
-        constexpr auto bit = [](AttrType type) { return u32(1) << static_cast<u32>(type); };
-        constexpr u32 blocks = bit(Vec3) | bit(Vec4) | bit(Pos3) | bit(Quat) | bit(Rgba) | bit(Mat3) | bit(Mat4) |
-                               bit(AttrType::String) | bit(Buffer);
-        static_assert(attrTypeCount == 19, "a new type with more than two components has a block");
-        return static_cast<u32>(of) < 32 && (blocks >> static_cast<u32>(of) & 1) != 0;
+        static_assert(attrTypeCount == 19, "a new type with more than four components has a block");
+        return of == AttrType::Mat3 || of == AttrType::Mat4 || of == AttrType::Buffer;
     }
-    [[nodiscard]] bool hasBlock() const noexcept { return hasBlock(type()); }
+    [[nodiscard]] bool hasBlock() const noexcept {
+        return hasBlock(type()) || kind_ == kindOf(AttrType::String, textInBlock);
+    }
     [[nodiscard]] u64 blockSize() const noexcept;
     void allocate(u64 count);
     void take(AttrData& other) noexcept {
         kind_ = other.kind_;
-        store_.words = other.store_.words;
+        store_.words[0] = other.store_.words[0];
+        store_.words[1] = other.store_.words[1];
         other.kind_ = 0;
     }
     void release() noexcept {
@@ -171,11 +181,12 @@ private:
         return {reinterpret_cast<T*>(bytes.data()), bytes.size() / sizeof(Element)};
     }
 
-    u64 kind_ = 0; // low half: the type; high half: the DataType of a buffer, the element type of an array
-    Store store_{.words = {0, 0}};
+    // Low half: the type. High half: the DataType of a buffer, the element type of an array, where a string is stored.
+    u64 kind_ = 0;
+    Store store_{.words = {{0, 0}, {0, 0}}};
 };
 
 // All compilers must agree on it, because programs and the library may be compiled with different ones.
-static_assert(sizeof(AttrData) == 24 && alignof(AttrData) == 8);
+static_assert(sizeof(AttrData) == 40 && alignof(AttrData) == 8);
 
 } // namespace vor::velmo_sdk

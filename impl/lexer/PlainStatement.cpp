@@ -26,198 +26,223 @@ bool isStatementKeyword(std::string_view word) noexcept {
     return number == keyword("remove") || number == keyword("define");
 }
 
+// A place in the window, and the steps of the scanner: each moves past what it recognises. A copy in local variables,
+// which stay in registers because all steps are inlined.
+struct Cursor : TextPlace {
+    // Steps check the limit before they begin, and read at most this many characters beyond it.
+    static constexpr std::ptrdiff_t margin = 64;
+
+    const char* end;   // of the window
+    const char* limit; // no step begins here or later
+
+    Cursor(const TextPlace& place, const char* windowEnd) noexcept
+        : TextPlace(place), end(windowEnd), limit(windowEnd - place.at > margin ? windowEnd - margin : place.at) {}
+
+    [[nodiscard]] bool isNearEnd() const noexcept { return at >= limit; }
+
+    [[nodiscard]] bool accept(char c) noexcept {
+        const bool isThere = *at == c;
+        at += isThere ? 1 : 0;
+        return isThere;
+    }
+
+    void blanks() noexcept {
+        for (; at < limit && isIn(*at, asciiBlank); ++at)
+            if (*at == '\n') {
+                ++line;
+                lineStart = lowerHalf(at);
+            }
+    }
+
+    [[nodiscard]] bool comment(std::string_view& out) noexcept {
+        const char* const first = at;
+        while (at < limit && *at != '\n' && *at != '\r' && !isIn(*at, foreignChar) && *at != char(endOfText))
+            ++at;
+        out = {first, at};
+        return !isNearEnd() && (*at == '\n' || *at == '\r');
+    }
+
+    // A word of letters, digits and underscores, except the literals, which are no identifiers.
+    [[nodiscard]] bool identifier(std::string_view& out) noexcept {
+        const char* const first = at;
+        if (!isIn(*first, identifierChar) || String::isDigit(*first))
+            return false;
+        at += identifierLength(at);
+        if (at == first + 16)
+            while (at < limit && isIn(*at, identifierChar))
+                ++at;
+        out = {first, at};
+        return !isNearEnd() && !isLiteral(out);
+    }
+
+    [[nodiscard]] bool semicolon() noexcept {
+        blanks();
+        return !isNearEnd() && accept(';');
+    }
+
+    [[nodiscard]] bool declaration(PlainStatement& out) noexcept {
+        out.kind = Kind::Declaration;
+        out.word = out.node;
+        blanks();
+        if (isStatementKeyword(out.word) || isNearEnd() || !identifier(out.node))
+            return false;
+        blanks();
+        out.isWith = accept(':');
+        return out.isWith || accept(';');
+    }
+
+    [[nodiscard]] bool assignment(PlainStatement& out) noexcept {
+        blanks();
+        if (accept('='))
+            return value(out) && semicolon();
+        return accept('|') && accept('=') && connection(out) && semicolon();
+    }
+
+    [[nodiscard]] bool connection(PlainStatement& out) noexcept {
+        out.kind = Kind::Connection;
+        blanks();
+        if (isNearEnd() || !identifier(out.word) || !accept('.') || !identifier(out.output))
+            return false;
+        out.linkEnd = positionBefore();
+        return true;
+    }
+
+    [[nodiscard]] bool value(PlainStatement& out) noexcept {
+        out.kind = Kind::Value;
+        blanks();
+        if (isNearEnd())
+            return false;
+        if (String::isDigit(*at) || *at == '-')
+            return number(out);
+        return *at == '"' ? string(out) : keywordOrReference(out);
+    }
+
+    [[nodiscard]] bool number(PlainStatement& out) noexcept {
+        bool isReal = false;
+        const char* const next = takePlainNumber(at, end, out.integer, out.reals[0], isReal);
+        if (!next || isIn(*next, numberChar))
+            return false;
+        out.type = isReal ? AttrType::Real : AttrType::Int;
+        at = next;
+        return true;
+    }
+
+    [[nodiscard]] bool string(PlainStatement& out) noexcept {
+        out.type = AttrType::String;
+        out.hasEscapes = false;
+        const char* const first = ++at;
+        for (; at < limit && *at != '"'; ++at) {
+            if (!String::isPrintable(*at))
+                return false;
+            if (*at != '\\')
+                continue;
+            out.hasEscapes = true;
+            if (!String::isPrintable(*++at))
+                return false;
+        }
+        out.word = {first, at};
+        return !isNearEnd() && accept('"');
+    }
+
+    // `true`, `false`, a list of components or the name of a node.
+    [[nodiscard]] bool keywordOrReference(PlainStatement& out) noexcept {
+        const char* const first = at;
+        if (identifier(out.word)) {
+            out.type = *at == '(' ? scalarType(out.word) : AttrType::Null;
+            if (out.type != AttrType::Null)
+                return components(out);
+            out.kind = Kind::Reference;
+            out.linkEnd = positionBefore();
+            return true;
+        }
+        const u64 literal = keywordNumber({first, at});
+        out.type = AttrType::Bool;
+        out.integer = literal == keyword("true") ? 1 : 0;
+        return literal == keyword("true") || literal == keyword("false");
+    }
+
+    [[nodiscard]] bool components(PlainStatement& out) noexcept {
+        const u32 count = componentCount(out.type);
+        u32 read = 0;
+        ++at;
+        for (;;) {
+            separators();
+            if (isNearEnd())
+                return false;
+            if (accept(')'))
+                break;
+            if (read == count)
+                return false;
+            const char* const next = takePlainNumber(at, end, out.reals[read++]);
+            if (!next || !(isIn(*next, asciiBlank) || *next == ',' || *next == ')'))
+                return false;
+            at = next;
+        }
+        if (read == 3 && out.type == AttrType::Rgba)
+            out.reals[read++] = 1;
+        return read == count;
+    }
+
+    void separators() noexcept {
+        for (blanks(); at < limit && accept(',');)
+            blanks();
+    }
+
+    [[nodiscard]] bool statement(PlainStatement& out) noexcept {
+        blanks();
+        out.comments = *this;
+        for (std::string_view text; !isNearEnd() && *at == '#'; blanks())
+            if (!comment(text))
+                return false;
+        if (isNearEnd())
+            return false;
+        out.begin = *this;
+        out.node = {};
+        if (*at != '.' && !identifier(out.node))
+            return false;
+        const bool isRead = accept('.') ? identifier(out.name) && assignment(out) : declaration(out);
+        out.end = *this;
+        return isRead;
+    }
+};
+
 } // namespace
 
-PlainScanner::PlainScanner(const TextPlace& place, const char* windowEnd) noexcept
-    : place_(place), end_(windowEnd), limit_(windowEnd - place.at > margin ? windowEnd - margin : place.at) {}
-
-bool PlainScanner::scan(PlainStatement& out) noexcept {
-    blanks();
-    out.comments = place_;
-    for (std::string_view text; !isNearEnd() && *place_.at == '#'; blanks())
-        if (!comment(text))
-            return false;
-    if (isNearEnd())
-        return false;
-    out.begin = place_;
-    if (accept('.')) {
-        out.node = {};
-        return identifier(out.name) && assignment(out);
-    }
-    if (!identifier(out.node))
-        return false;
-    if (accept('.'))
-        return identifier(out.name) && assignment(out);
-    return declaration(out);
+[[gnu::flatten]] bool PlainScanner::scan(PlainStatement& out) noexcept {
+    Cursor cursor(place_, end_);
+    const bool isPlain = cursor.statement(out);
+    place_ = cursor;
+    return isPlain;
 }
 
 bool PlainScanner::comment(std::string_view& out) noexcept {
-    const char* at = place_.at;
-    while (at < limit_ && *at != '\n' && *at != '\r' && static_cast<u8>(*at) < 0x80)
-        ++at;
-    if (at >= limit_ || static_cast<u8>(*at) >= 0x80)
-        return false;
-    out = {place_.at, at};
-    place_.at = at;
-    return true;
-}
-
-bool PlainScanner::declaration(PlainStatement& out) noexcept {
-    out.kind = Kind::Declaration;
-    out.word = out.node;
-    blanks();
-    if (isStatementKeyword(out.word) || isNearEnd() || !identifier(out.node))
-        return false;
-    blanks();
-    out.isWith = accept(':');
-    if (!out.isWith && !accept(';'))
-        return false;
-    out.end = place_;
-    return true;
-}
-
-bool PlainScanner::assignment(PlainStatement& out) noexcept {
-    blanks();
-    if (accept('='))
-        return value(out) && semicolon(out);
-    return accept('|') && accept('=') && connection(out) && semicolon(out);
-}
-
-bool PlainScanner::connection(PlainStatement& out) noexcept {
-    out.kind = Kind::Connection;
-    blanks();
-    if (isNearEnd() || !identifier(out.word) || !accept('.') || !identifier(out.output))
-        return false;
-    out.linkEnd = place_.positionBefore();
-    return true;
-}
-
-bool PlainScanner::value(PlainStatement& out) noexcept {
-    out.kind = Kind::Value;
-    blanks();
-    if (isNearEnd())
-        return false;
-    const char c = *place_.at;
-    if (String::isDigit(c) || c == '-')
-        return number(out);
-    return c == '"' ? string(out) : keywordOrReference(out);
-}
-
-bool PlainScanner::number(PlainStatement& out) noexcept {
-    const char* next = takePlainNumber(place_.at, end_, out.integer);
-    out.type = next && *next == '.' ? AttrType::Real : AttrType::Int;
-    if (out.type == AttrType::Real)
-        next = takePlainNumber(place_.at, end_, out.reals[0]);
-    if (!next || isIn(*next, numberChar))
-        return false;
-    place_.at = next;
-    return true;
-}
-
-bool PlainScanner::string(PlainStatement& out) noexcept {
-    out.type = AttrType::String;
-    out.hasEscapes = false;
-    const char* at = place_.at + 1;
-    for (; at < limit_ && *at != '"'; ++at) {
-        if (!String::isPrintable(*at))
-            return false;
-        if (*at != '\\')
-            continue;
-        out.hasEscapes = true;
-        if (!String::isPrintable(*++at))
-            return false;
-    }
-    if (at >= limit_)
-        return false;
-    out.word = {place_.at + 1, at};
-    place_.at = at + 1;
-    return true;
-}
-
-bool PlainScanner::keywordOrReference(PlainStatement& out) noexcept {
-    const char* const first = place_.at;
-    if (identifier(out.word)) {
-        out.type = *place_.at == '(' ? scalarType(out.word) : AttrType::Null;
-        if (out.type != AttrType::Null)
-            return components(out);
-        out.kind = Kind::Reference;
-        out.linkEnd = place_.positionBefore();
-        return true;
-    }
-    const u64 literal = keywordNumber({first, place_.at});
-    out.type = AttrType::Bool;
-    out.integer = literal == keyword("true") ? 1 : 0;
-    return literal == keyword("true") || literal == keyword("false");
-}
-
-bool PlainScanner::components(PlainStatement& out) noexcept {
-    const u32 count = componentCount(out.type);
-    u32 read = 0;
-    ++place_.at;
-    for (;;) {
-        blanks();
-        while (accept(','))
-            blanks();
-        if (isNearEnd())
-            return false;
-        if (accept(')'))
-            break;
-        if (read == count)
-            return false;
-        const char* const next = takePlainNumber(place_.at, end_, out.reals[read++]);
-        if (!next || (!isIn(*next, asciiBlank) && *next != ',' && *next != ')'))
-            return false;
-        place_.at = next;
-    }
-    if (read == 3 && out.type == AttrType::Rgba)
-        out.reals[read++] = 1;
-    return read == count;
-}
-
-// Moves past a word of letters, digits and underscores. Fails for literals, which are no identifiers.
-bool PlainScanner::identifier(std::string_view& out) noexcept {
-    const char* const first = place_.at;
-    if (!String::isLetter(*first) && *first != '_')
-        return false;
-    const char* at = first + identifierLength(first);
-    if (at == first + 16)
-        while (at < limit_ && isIn(*at, identifierChar))
-            ++at;
-    place_.at = at;
-    out = {first, at};
-    return !isNearEnd() && !isLiteral(out);
-}
-
-bool PlainScanner::semicolon(PlainStatement& out) noexcept {
-    blanks();
-    if (isNearEnd() || !accept(';'))
-        return false;
-    out.end = place_;
-    return true;
+    Cursor cursor(place_, end_);
+    const bool isWhole = cursor.comment(out);
+    place_ = cursor;
+    return isWhole;
 }
 
 void PlainScanner::blanks() noexcept {
-    for (; place_.at < limit_ && isIn(*place_.at, asciiBlank); ++place_.at)
-        if (*place_.at == '\n') {
-            ++place_.line;
-            place_.lineStart = TextPlace::lowerHalf(place_.at);
-        }
+    Cursor cursor(place_, end_);
+    cursor.blanks();
+    place_ = cursor;
 }
 
 bool PlainScanner::areTokensAhead() noexcept {
+    Cursor cursor(place_, end_);
     for (int i = 0; i < 3; ++i) {
-        blanks();
-        if (isNearEnd())
+        cursor.blanks();
+        if (cursor.isNearEnd())
             return false;
         std::string_view text;
-        if (*place_.at == '#' && comment(text))
+        if (*cursor.at == '#' && cursor.comment(text))
             continue;
-        const char* const next = wordEnd(place_.at, limit_);
-        if (next == place_.at)
+        const char* const next = wordEnd(cursor.at, cursor.limit);
+        if (next == cursor.at)
             return false;
-        place_.at = next;
+        cursor.at = next;
     }
-    return !isNearEnd();
+    return !cursor.isNearEnd();
 }
 
 } // namespace vor::velmo_sdk::impl

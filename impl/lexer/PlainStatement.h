@@ -61,7 +61,7 @@ struct PlainStatement {
 class PlainScanner {
 public:
     // Scans from `place`. `windowEnd` is the end of the characters that can be read.
-    PlainScanner(const TextPlace& place, const char* windowEnd) noexcept;
+    PlainScanner(const TextPlace& place, const char* windowEnd) noexcept : place_(place), end_(windowEnd) {}
 
     // Recognises the next statement, after blanks and comments. If it is not plain, returns false and leaves the scanner
     // somewhere in it.
@@ -79,29 +79,8 @@ public:
     [[nodiscard]] const TextPlace& place() const noexcept { return place_; }
 
 private:
-    [[nodiscard]] bool declaration(PlainStatement& out) noexcept;
-    [[nodiscard]] bool assignment(PlainStatement& out) noexcept;
-    [[nodiscard]] bool connection(PlainStatement& out) noexcept;
-    [[nodiscard]] bool value(PlainStatement& out) noexcept;
-    [[nodiscard]] bool number(PlainStatement& out) noexcept;
-    [[nodiscard]] bool string(PlainStatement& out) noexcept;
-    [[nodiscard]] bool keywordOrReference(PlainStatement& out) noexcept;
-    [[nodiscard]] bool components(PlainStatement& out) noexcept;
-    [[nodiscard]] bool identifier(std::string_view& out) noexcept;
-    [[nodiscard]] bool semicolon(PlainStatement& out) noexcept;
-    [[nodiscard]] bool accept(char c) noexcept {
-        const bool isThere = *place_.at == c;
-        place_.at += isThere ? 1 : 0;
-        return isThere;
-    }
-    [[nodiscard]] bool isNearEnd() const noexcept { return place_.at >= limit_; }
-
-    // Each step checks the limit once, and steps read at most this many characters beyond it.
-    static constexpr std::ptrdiff_t margin = 64;
-
     TextPlace place_;
     const char* end_;
-    const char* limit_; // no step begins here or later
 };
 
 } // namespace vor::velmo_sdk::impl

@@ -110,6 +110,14 @@ template <class Real> [[nodiscard]] Real roundDecimal(u64 digits, u32 places) no
 extern template float roundDecimal(u64, u32) noexcept;
 extern template double roundDecimal(u64, u32) noexcept;
 
+// The real with these digits, the last `places` of them after the point.
+template <class Real> [[nodiscard]] inline Real realOf(const DigitRun& digits, u32 places, bool isNegative) noexcept {
+    Real value = 0;
+    if (!divide(digits.value, places, value))
+        value = roundDecimal<Real>(digits.value, places);
+    return isNegative ? -value : value;
+}
+
 } // namespace detail
 
 // Reads a number at `text`; returns the position after it, or null if the general parser is needed. The caller checks
@@ -138,10 +146,26 @@ requires std::is_floating_point_v<Real>
         text = detail::takeDigits(text + 1, end, number);
     if (number.count == 0)
         return nullptr;
-    const u32 places = number.count - whole;
-    if (!detail::divide(number.value, places, out))
-        out = detail::roundDecimal<Real>(number.value, places);
-    out = minus ? -out : out;
+    out = detail::realOf<Real>(number, number.count - whole, minus);
+    return text;
+}
+
+// Reads an integer, or a real if digits are followed by a point; `isReal` tells which of the two is set.
+[[nodiscard]] inline const char* takePlainNumber(const char* text, const char* end, i64& integer, double& real,
+                                                 bool& isReal) noexcept {
+    const bool minus = text != end && *text == '-';
+    detail::DigitRun number;
+    text = detail::takeDigits(text + (minus ? 1 : 0), end, number);
+    const u32 whole = number.count;
+    if (whole == 0)
+        return nullptr;
+    isReal = text != end && *text == '.';
+    if (!isReal) {
+        integer = static_cast<i64>(minus ? 0 - number.value : number.value);
+        return number.value > static_cast<u64>(std::numeric_limits<i64>::max()) + (minus ? 1 : 0) ? nullptr : text;
+    }
+    text = detail::takeDigits(text + 1, end, number);
+    real = detail::realOf<double>(number, number.count - whole, minus);
     return text;
 }
 

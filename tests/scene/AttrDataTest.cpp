@@ -13,7 +13,7 @@ TEST(AttrData, startsAsNull) {
     EXPECT_TRUE(data.components().empty());
     EXPECT_TRUE(data.bytes().empty());
     EXPECT_TRUE(data.elements<float>().empty());
-    EXPECT_LE(sizeof(AttrData), 24U);
+    EXPECT_LE(sizeof(AttrData), 40U);
 }
 
 TEST(AttrData, holdsValuesOfEachType) {

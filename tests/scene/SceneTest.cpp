@@ -393,7 +393,7 @@ TEST(InputCursor, visitsInputsOfAnyDepthInOrder) {
     EXPECT_EQ(visited, "");
 }
 
-TEST(Input, isSmall) { EXPECT_LE(sizeof(Input), 80U); }
+TEST(Input, isSmall) { EXPECT_LE(sizeof(Input), 96U); }
 
 TEST(Scene, mayGoBeforeAnInputThatIsHeld) {
     auto scene = std::make_unique<Scene>();
