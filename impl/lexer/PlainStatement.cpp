@@ -131,14 +131,17 @@ struct Cursor : TextPlace {
         out.type = AttrType::String;
         out.hasEscapes = false;
         const char* const first = ++at;
-        for (; at < limit && *at != '"'; ++at) {
-            if (!String::isPrintable(*at))
-                return false;
-            if (*at != '\\')
+        while (at < limit) {
+            const std::size_t length = plainTextLength(at);
+            at += length;
+            if (length == 16)
                 continue;
+            if (*at != '\\')
+                break;
             out.hasEscapes = true;
-            if (!String::isPrintable(*++at))
+            if (!String::isPrintable(at[1]))
                 return false;
+            at += 2;
         }
         out.word = {first, at};
         return !isNearEnd() && accept('"');

@@ -34,6 +34,24 @@ namespace vor::velmo_sdk::impl {
 #endif
 }
 
+// The number of leading printable characters among sixteen, up to a quote or a backslash.
+[[nodiscard]] inline std::size_t plainTextLength(const char* text) noexcept {
+#ifdef __SSE2__
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text));
+    const __m128i printable = _mm_cmpgt_epi8(bytes, _mm_set1_epi8(' ' - 1)); // signed: not outside ASCII either
+    const __m128i special = _mm_or_si128(
+        _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\x7F')),
+        _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('"')), _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\\'))));
+    return static_cast<std::size_t>(
+        std::countr_one(static_cast<u32>(_mm_movemask_epi8(_mm_andnot_si128(special, printable)))));
+#else
+    std::size_t length = 0;
+    while (length < 16 && String::isPrintable(text[length]) && text[length] != '"' && text[length] != '\\')
+        ++length;
+    return length;
+#endif
+}
+
 // The end of the word that begins at `at`, at most `end`; `at` itself if no word begins there. At least sixteen
 // characters must be readable.
 [[nodiscard]] inline const char* wordEnd(const char* at, const char* end) noexcept {

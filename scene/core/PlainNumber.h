@@ -28,17 +28,17 @@ struct DigitRun {
 inline constexpr u64 eightOnes = 0x0101010101010101;
 inline constexpr u64 eightZeros = eightOnes * '0';
 
-// The leading digits of eight characters.
-inline DigitRun leadingDigits(const char* text) noexcept {
-    u64 word;
-    std::memcpy(&word, text, sizeof word);
-    u64 digits = word ^ eightZeros; // 0 to 9 in the bytes of digits
+// The number of bits of the leading digits of eight characters: 0, 8, ... 64.
+inline u32 bitsOfDigits(u64 characters) noexcept {
+    const u64 digits = characters ^ eightZeros; // 0 to 9 in the bytes of digits
     // The top bit of every byte above 9: adding 0x80 - 10 to the low seven bits sets it from 10 on, without a carry.
     const u64 others = (((digits & (eightOnes * 0x7F)) + eightOnes * (0x80 - 10)) | digits) & (eightOnes * 0x80);
-    const u32 count = static_cast<u32>(std::countr_zero(others)) / 8;
-    if (count == 0)
-        return {};
-    digits <<= (8 - count) * 8;           // pad with leading zeros
+    return static_cast<u32>(std::countr_zero(others)) & ~7U;
+}
+
+// The value of the digits in the lowest `bits`, which are not 0, of eight characters.
+inline u64 valueOfDigits(u64 characters, u32 bits) noexcept {
+    u64 digits = (characters ^ eightZeros) << (64 - bits); // pads with leading zeros
     digits = digits * 10 + (digits >> 8); // bytes 0, 2, 4, 6 hold the pairs of digits a, b, c, d
     // (a + c * 2^32) * (100 + 10^6 * 2^32) has a * 10^6 + c * 100 in its upper half, and likewise for b and d. The
     // lower halves, a * 100 and b, do not carry.
@@ -47,7 +47,32 @@ inline DigitRun leadingDigits(const char* text) noexcept {
     constexpr u64 weightsOfBD = 1 | u64(10000) << 32;
     const u64 low = (digits & everyOtherPair) * weightsOfAC;
     const u64 high = (digits >> 16 & everyOtherPair) * weightsOfBD;
-    return {(low + high) >> 32, count};
+    return (low + high) >> 32;
+}
+
+// The leading digits of eight characters.
+inline DigitRun leadingDigits(const char* text) noexcept {
+    u64 word;
+    std::memcpy(&word, text, sizeof word);
+    const u32 bits = bitsOfDigits(word);
+    return bits == 0 ? DigitRun{} : DigitRun{valueOfDigits(word, bits), bits / 8};
+}
+
+// The digits of a decimal with a point that ends within eight characters, all converted at once: the point is taken out
+// of the word. The count is 0 if there is no such decimal; `places` is the number of digits after the point.
+inline DigitRun leadingDecimal(const char* text, u32& places) noexcept {
+    u64 word;
+    std::memcpy(&word, text, sizeof word);
+    const u32 whole = bitsOfDigits(word);
+    if (whole == 0 || whole == 64 || (word >> whole & 0xFF) != '.')
+        return {};
+    const u64 before = (u64(1) << whole) - 1;
+    const u64 joined = (word & before) | (word >> 8 & ~before); // the highest byte is 0, which is no digit
+    const u32 bits = bitsOfDigits(joined);
+    if (bits == 56)
+        return {}; // may continue
+    places = (bits - whole) / 8;
+    return {valueOfDigits(joined, bits), bits / 8};
 }
 
 inline constexpr u64 powersOfTen[] = {1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000};
@@ -139,34 +164,34 @@ template <class Real>
 requires std::is_floating_point_v<Real>
 [[nodiscard]] inline const char* takePlainNumber(const char* text, const char* end, Real& out) noexcept {
     const bool minus = text != end && *text == '-';
+    text += minus ? 1 : 0;
+    u32 places = 0;
     detail::DigitRun number;
-    text = detail::takeDigits(text + (minus ? 1 : 0), end, number);
-    const u32 whole = number.count;
-    if (text != end && *text == '.')
-        text = detail::takeDigits(text + 1, end, number);
-    if (number.count == 0)
-        return nullptr;
-    out = detail::realOf<Real>(number, number.count - whole, minus);
+    if constexpr (std::endian::native == std::endian::little) {
+        if (end - text >= 8)
+            number = detail::leadingDecimal(text, places);
+    }
+    if (number.count != 0) {
+        text += number.count + 1;
+    } else {
+        text = detail::takeDigits(text, end, number);
+        const u32 whole = number.count;
+        if (text != end && *text == '.')
+            text = detail::takeDigits(text + 1, end, number);
+        if (number.count == 0)
+            return nullptr;
+        places = number.count - whole;
+    }
+    out = detail::realOf<Real>(number, places, minus);
     return text;
 }
 
 // Reads an integer, or a real if digits are followed by a point; `isReal` tells which of the two is set.
 [[nodiscard]] inline const char* takePlainNumber(const char* text, const char* end, i64& integer, double& real,
                                                  bool& isReal) noexcept {
-    const bool minus = text != end && *text == '-';
-    detail::DigitRun number;
-    text = detail::takeDigits(text + (minus ? 1 : 0), end, number);
-    const u32 whole = number.count;
-    if (whole == 0)
-        return nullptr;
-    isReal = text != end && *text == '.';
-    if (!isReal) {
-        integer = static_cast<i64>(minus ? 0 - number.value : number.value);
-        return number.value > static_cast<u64>(std::numeric_limits<i64>::max()) + (minus ? 1 : 0) ? nullptr : text;
-    }
-    text = detail::takeDigits(text + 1, end, number);
-    real = detail::realOf<double>(number, number.count - whole, minus);
-    return text;
+    const char* const next = takePlainNumber(text, end, integer);
+    isReal = next && next != end && *next == '.';
+    return isReal ? takePlainNumber(text, end, real) : next;
 }
 
 } // namespace vor
