@@ -8,6 +8,7 @@
 // path, which starts again at its first character.
 #include "impl/TypeRules.h"
 #include "impl/VrnParser.h"
+#include "impl/lexer/Word.h"
 #include "scene/syntax/HeaderComment.h"
 #include "scene/syntax/Keyword.h"
 
@@ -160,7 +161,7 @@ bool VrnParser::applyAssignment(const PlainStatement& statement) {
 Node* VrnParser::targetNode(const PlainStatement& statement) {
     if (statement.node.empty())
         return withNode;
-    if (statement.node != lastTarget.name)
+    if (!isSameWord(statement.node, lastTarget.name))
         lastTarget = {statement.node, scene->findNode(statement.node)};
     return lastTarget.node;
 }

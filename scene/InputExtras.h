@@ -11,7 +11,7 @@ namespace vor::velmo_sdk::impl {
 struct Input::Extras : Pooled {
     explicit Extras(Input* input) noexcept : connection(input), reference(input) {}
 
-    NamedList<Input, 3> children;
+    NamedList<Input, 1, 3> children;
     u32 untypedElements = 0;
     u32 nullElements = 0;
     Link connection; // in the list of `output`

@@ -15,8 +15,8 @@
 namespace vor::velmo_sdk::impl {
 
 // T has `const String& key() const`, whose address and value must not change while the item is in the list. A list of
-// one item allocates nothing; `firstCapacity` is the capacity of the first allocation.
-template <class T, u32 firstCapacity, u32 limit = u32(1) << 30> class NamedList {
+// up to `inlineCapacity` items allocates nothing; `firstCapacity` is the capacity of the first allocation.
+template <class T, u32 inlineCapacity, u32 firstCapacity, u32 limit = u32(1) << 30> class NamedList {
 public:
     static constexpr u32 maxItems = limit; // one more throws std::bad_alloc
 
@@ -24,11 +24,11 @@ public:
     NamedList(const NamedList&) = delete;
     NamedList& operator=(const NamedList&) = delete;
     ~NamedList() {
-        if (capacity_ > 1)
+        if (!isInline())
             std::free(many_);
     }
 
-    [[nodiscard]] std::span<T* const> items() const noexcept { return {capacity_ > 1 ? many_ : &one_, size_}; }
+    [[nodiscard]] std::span<T* const> items() const noexcept { return {isInline() ? few_ : many_, size_}; }
     [[nodiscard]] std::size_t size() const noexcept { return size_; }
 
     [[nodiscard]] T* find(const String& name) const noexcept {
@@ -59,14 +59,14 @@ public:
     void pushUnnamed(T* item) {
         if (size_ == capacity_)
             grow();
-        (capacity_ > 1 ? many_ : &one_)[size_++] = item;
+        (isInline() ? few_ : many_)[size_++] = item;
     }
 
     // Removes and returns the last item; null if the list is empty. For clearing the list: drops the index, so that
     // find() becomes linear.
     [[nodiscard]] T* takeLast() noexcept {
         index_.reset();
-        return size_ == 0 ? nullptr : (capacity_ > 1 ? many_ : &one_)[--size_];
+        return size_ == 0 ? nullptr : (isInline() ? few_ : many_)[--size_];
     }
 
 private:
@@ -76,16 +76,18 @@ private:
     using Index = std::unordered_map<std::string_view, T*, Hash>;
     static constexpr std::size_t searchedLinearly = 16;
 
+    [[nodiscard]] bool isInline() const noexcept { return capacity_ == inlineCapacity; }
+
     void grow() {
         if (capacity_ >= maxItems)
             throw std::bad_alloc();
         const u32 capacity = std::clamp(2 * capacity_, firstCapacity, maxItems);
-        void* memory = std::realloc(capacity_ > 1 ? many_ : nullptr, capacity * sizeof(T*));
+        void* memory = std::realloc(isInline() ? nullptr : many_, capacity * sizeof(T*));
         if (!memory)
             throw std::bad_alloc();
         T** many = static_cast<T**>(memory);
-        if (capacity_ == 1 && size_ == 1)
-            many[0] = one_;
+        if (isInline())
+            std::ranges::copy(few_, many);
         many_ = many;
         capacity_ = capacity;
     }
@@ -102,11 +104,12 @@ private:
     }
 
     union {
-        T* one_ = nullptr; // while the capacity is 1
+        T* few_[inlineCapacity] = {}; // while the capacity is the inline one
         T** many_;
     };
     u32 size_ = 0;
-    u32 capacity_ = 1;
+    u32 capacity_ = inlineCapacity;
+    static_assert(firstCapacity > inlineCapacity);
     std::unique_ptr<Index> index_; // built when the list outgrows a linear search
 };
 

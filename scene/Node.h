@@ -68,8 +68,8 @@ private:
     Scene& scene_;
     String type_;
     String name_;
-    NamedList<Input, 6> inputs_;
-    NamedList<Output, 3> outputs_;
+    NamedList<Input, 6, 12> inputs_;
+    NamedList<Output, 1, 3> outputs_;
     Link* references_ = nullptr; // of the inputs that refer to this node
     Node* previous_ = nullptr;   // in the scene's order
     Node* next_ = nullptr;

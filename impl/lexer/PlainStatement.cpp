@@ -46,7 +46,14 @@ struct Cursor : TextPlace {
         return isThere;
     }
 
+    // Mostly there is one space, or none.
     void blanks() noexcept {
+        at += *at == ' ' ? 1 : 0;
+        if (isIn(*at, asciiBlank)) [[unlikely]]
+            moreBlanks();
+    }
+
+    void moreBlanks() noexcept {
         for (; at < limit && isIn(*at, asciiBlank); ++at)
             if (*at == '\n') {
                 ++line;
@@ -192,7 +199,9 @@ struct Cursor : TextPlace {
     }
 
     [[nodiscard]] bool statement(PlainStatement& out) noexcept {
-        blanks();
+        if (isNearEnd())
+            return false;
+        moreBlanks();
         out.comments = *this;
         for (std::string_view text; !isNearEnd() && *at == '#'; blanks())
             if (!comment(text))
@@ -227,14 +236,14 @@ bool PlainScanner::comment(std::string_view& out) noexcept {
 
 void PlainScanner::blanks() noexcept {
     Cursor cursor(place_, end_);
-    cursor.blanks();
+    cursor.moreBlanks();
     place_ = cursor;
 }
 
 bool PlainScanner::areTokensAhead() noexcept {
     Cursor cursor(place_, end_);
     for (int i = 0; i < 3; ++i) {
-        cursor.blanks();
+        cursor.moreBlanks();
         if (cursor.isNearEnd())
             return false;
         std::string_view text;

@@ -34,6 +34,19 @@ namespace vor::velmo_sdk::impl {
 #endif
 }
 
+// Whether two words are equal. At least sixteen characters must be readable at each, unless one is empty.
+[[nodiscard]] inline bool isSameWord(std::string_view a, std::string_view b) noexcept {
+#ifdef __SSE2__
+    if (a.size() != b.size() || a.size() > 16 || a.empty())
+        return a == b;
+    const __m128i equal = _mm_cmpeq_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(a.data())),
+                                         _mm_loadu_si128(reinterpret_cast<const __m128i*>(b.data())));
+    return static_cast<std::size_t>(std::countr_one(static_cast<u32>(_mm_movemask_epi8(equal)))) >= a.size();
+#else
+    return a == b;
+#endif
+}
+
 // The number of leading printable characters among sixteen, up to a quote or a backslash.
 [[nodiscard]] inline std::size_t plainTextLength(const char* text) noexcept {
 #ifdef __SSE2__
@@ -74,13 +87,12 @@ namespace vor::velmo_sdk::impl {
 
 // The token type of a punctuation character.
 [[nodiscard]] inline Token::Type punctuationType(char c) noexcept {
-    using Type = Token::Type;
     struct Table {
-        std::array<Type, 128> types{};
+        std::array<Token::Type, 128> types{};
         constexpr Table() {
-            constexpr Type each[] = {Type::Quote,  Type::Star,      Type::Plus,  Type::Comma,
-                                     Type::Dot,    Type::Slash,     Type::Colon, Type::Semicolon,
-                                     Type::Equals, Type::Backslash, Type::Pipe};
+            using enum Token::Type;
+            constexpr Token::Type each[] = {Quote, Star,      Plus,   Comma,     Dot, Slash,
+                                            Colon, Semicolon, Equals, Backslash, Pipe};
             static_assert(std::size(each) == punctuation.size());
             for (std::size_t i = 0; i < punctuation.size(); ++i)
                 types[static_cast<u8>(punctuation[i])] = each[i];

@@ -28,9 +28,13 @@ std::vector<Item> itemsNamed(const char* prefix, std::size_t count) {
 
 } // namespace
 
-TEST(NamedList, findsItsItemsHoweverMany) {
+template <class List> class NamedListOf : public testing::Test {};
+using Lists = testing::Types<NamedList<Item, 1, 3>, NamedList<Item, 6, 12>>;
+TYPED_TEST_SUITE(NamedListOf, Lists);
+
+TYPED_TEST(NamedListOf, findsItsItemsHoweverMany) {
     std::vector<Item> items = itemsNamed("a name of some length ", 100);
-    NamedList<Item, 3> list;
+    TypeParam list;
     EXPECT_EQ(list.find("a"), nullptr);
     EXPECT_TRUE(list.items().empty());
     for (std::size_t i = 0; i < items.size(); ++i) {
@@ -47,7 +51,7 @@ TEST(NamedList, findsItsItemsHoweverMany) {
 TEST(NamedList, isEmptiedFromTheEnd) {
     Item a{"a"};
     Item b{"b"};
-    NamedList<Item, 3> list;
+    NamedList<Item, 1, 3> list;
     list.push(&a);
     list.pushUnnamed(&b);
     EXPECT_EQ(list.takeLast(), &b);
@@ -58,12 +62,12 @@ TEST(NamedList, isEmptiedFromTheEnd) {
 }
 
 // More than 16 items are found through an index, which must not outlive the items that it was built for.
-TEST(NamedList, findsOnlyTheNewItemsOnceItIsRefilled) {
+TYPED_TEST(NamedListOf, findsOnlyTheNewItemsOnceItIsRefilled) {
     for (const std::size_t kept : {0U, 1U, 16U, 17U, 39U}) {
         for (const std::size_t added : {1U, 16U, 17U, 40U}) {
             std::vector<Item> old = itemsNamed("old", 40);
             std::vector<Item> others = itemsNamed("new", added);
-            NamedList<Item, 3> list;
+            TypeParam list;
             for (Item& item : old)
                 list.push(&item);
             for (std::size_t i = old.size(); i-- > kept;)
@@ -81,7 +85,7 @@ TEST(NamedList, findsOnlyTheNewItemsOnceItIsRefilled) {
 TEST(NamedList, holdsAsManyItemsAsItMay) {
     for (const std::size_t named : {0U, 20U}) {
         std::vector<Item> items = itemsNamed("n", 21);
-        NamedList<Item, 3, 20> list;
+        NamedList<Item, 1, 3, 20> list;
         for (std::size_t i = 0; i < 20; ++i)
             i < named ? list.push(&items[i]) : list.pushUnnamed(&items[i]);
         EXPECT_THROW(list.push(&items[20]), std::bad_alloc);
@@ -98,6 +102,6 @@ TEST(NamedList, holdsAsManyItemsAsItMay) {
 }
 
 // An input keeps its index in 30 bits.
-static_assert(NamedList<Item, 3>::maxItems == u32(1) << 30);
+static_assert(NamedList<Item, 1, 3>::maxItems == u32(1) << 30);
 
 } // namespace vrn::test
