@@ -32,11 +32,8 @@ AttrData AttrData::real(double value) noexcept { return {AttrType::Real, 0, std:
 
 AttrData AttrData::numbers(AttrType type, const double* numbers) {
     AttrData data = zero(type);
-    if (hasBlock(type))
-        std::ranges::copy_n(numbers, componentCount(type), data.components().begin());
-    else
-        for (u32 i = 0; i < std::size(data.store_.reals); ++i)
-            data.store_.reals[i] = i < componentCount(type) ? numbers[i] : 0;
+    const u32 count = componentCount(type);
+    std::copy_n(numbers, count, hasBlock(type) ? data.components().data() : data.store_.reals);
     return data;
 }
 

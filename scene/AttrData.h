@@ -74,7 +74,7 @@ public:
     [[nodiscard]] static AttrData unsignedInteger(u64 value) noexcept;
     [[nodiscard]] static AttrData real(double value) noexcept;
 
-    // A value of componentCount(type) numbers; `numbers` has at least as many, and at least four.
+    // A value of componentCount(type) numbers, which are copied.
     [[nodiscard]] static AttrData numbers(AttrType type, const double* numbers);
 
     // Copies the text up to its first NUL.

@@ -8,10 +8,6 @@
 
 namespace vor::velmo_sdk::impl {
 
-Input::Input(Node& node, Input* parent, String name, u64 index, AttrData value)
-    : node_(&node), parent_(parent), name_(std::move(name)), value_(std::move(value)),
-      index_(index % NamedList<Input, 1, 3>::maxItems) {}
-
 Input::~Input() = default;
 
 String Input::name() const { return isElement() ? String(u64(index_)) : name_; }

@@ -111,7 +111,7 @@ private:
     // What most inputs do not have: children, links, an enumeration (InputExtras.h).
     struct Extras;
 
-    Input(Node& node, Input* parent, String name, u64 index, AttrData value);
+    Input(Node& node, Input* parent, String name, u64 index, AttrData&& value) noexcept;
     ~Input() override;
 
     Input* addChild(const String& name, AttrData value);

@@ -21,4 +21,9 @@ struct Input::Extras : Pooled {
     std::shared_ptr<const StringVector> enumeration;
 };
 
+// Inline, because making inputs is what reading a scene is mostly about.
+inline Input::Input(Node& node, Input* parent, String name, u64 index, AttrData&& value) noexcept
+    : node_(&node), parent_(parent), name_(std::move(name)), value_(std::move(value)),
+      index_(index % NamedList<Input, 1, 3>::maxItems) {}
+
 } // namespace vor::velmo_sdk::impl

@@ -38,13 +38,14 @@ Node::InputOrNew Node::inputOrNew(const String& name, AttrData& value) {
 
 Input* Node::addInput(const String& name, AttrData value) { return inputOrNew(name, value).input; }
 
-// Creates an input with a name that no other has. Leaves `value` unchanged if it throws.
+// Creates an input with a name that no other has.
 Input* Node::newInput(const String& name, AttrData& value) {
-    std::unique_ptr<Input, void (*)(Input*)> input(
-        new (scene_.storage_->inputs) Input(*this, nullptr, name, inputs_.size(), AttrData()),
-        [](Input* i) { i->release(); });
+    struct Release {
+        void operator()(Input* input) const noexcept { input->release(); }
+    };
+    std::unique_ptr<Input, Release> input(new (scene_.storage_->inputs)
+                                              Input(*this, nullptr, name, inputs_.size(), std::move(value)));
     inputs_.push(input.get());
-    input->value_ = std::move(value);
     return input.release();
 }
 

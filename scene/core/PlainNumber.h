@@ -165,24 +165,23 @@ requires std::is_floating_point_v<Real>
 [[nodiscard]] inline const char* takePlainNumber(const char* text, const char* end, Real& out) noexcept {
     const bool minus = text != end && *text == '-';
     text += minus ? 1 : 0;
-    u32 places = 0;
+    if constexpr (std::endian::native == std::endian::little && sizeof(Real) == sizeof(double)) {
+        u32 places = 0;
+        const detail::DigitRun number = end - text >= 8 ? detail::leadingDecimal(text, places) : detail::DigitRun{};
+        if (number.count != 0) { // seven digits: one exact division
+            const Real value = static_cast<Real>(static_cast<i64>(number.value)) / detail::exactPowersOfTen[places];
+            out = minus ? -value : value;
+            return text + number.count + 1;
+        }
+    }
     detail::DigitRun number;
-    if constexpr (std::endian::native == std::endian::little) {
-        if (end - text >= 8)
-            number = detail::leadingDecimal(text, places);
-    }
-    if (number.count != 0) {
-        text += number.count + 1;
-    } else {
-        text = detail::takeDigits(text, end, number);
-        const u32 whole = number.count;
-        if (text != end && *text == '.')
-            text = detail::takeDigits(text + 1, end, number);
-        if (number.count == 0)
-            return nullptr;
-        places = number.count - whole;
-    }
-    out = detail::realOf<Real>(number, places, minus);
+    text = detail::takeDigits(text, end, number);
+    const u32 whole = number.count;
+    if (text != end && *text == '.')
+        text = detail::takeDigits(text + 1, end, number);
+    if (number.count == 0)
+        return nullptr;
+    out = detail::realOf<Real>(number, number.count - whole, minus);
     return text;
 }
 
