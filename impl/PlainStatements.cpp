@@ -50,9 +50,9 @@ template <class AnyNode> static auto inputOrNew(AnyNode* node, const String& nam
     }
 }
 
-// Reads plain statements, beginning with the current token. Afterwards, the current statement is not plain.
+// Reads plain statements, beginning with the current token. Afterwards, the current statement is for the general path.
 void VrnParser::parsePlainStatements() {
-    const TextPlace begin = mayBePlain() ? lexer->beginOf(current(), static_cast<u32>(lookahead)) : TextPlace();
+    const TextPlace begin = lexer->beginOf(current(), static_cast<u64>(lookahead));
     if (!begin.at)
         return;
     PlainStatement buffers[2];
@@ -76,26 +76,6 @@ void VrnParser::parsePlainStatements() {
     prevToken = before;
     if (applied.at != begin.at)
         continueAfter(applied);
-}
-
-// Whether the tokens in sight can begin a plain statement.
-bool VrnParser::mayBePlain() const noexcept {
-    if (!readsPlainStatements)
-        return false;
-    const Type third = ahead(2).type;
-    switch (current().type) {
-    case Type::Comment:
-        return true;
-    case Type::Dot:
-        return third == Type::Equals || third == Type::Pipe;
-    case Type::Id:
-        if (ahead(1).type == Type::Id)
-            return third == Type::Semicolon || third == Type::Colon;
-        // The path may continue after the look-ahead.
-        return third == Type::Id && lexer->nextCharacter() != '.' && lexer->nextCharacter() != '[';
-    default:
-        return false;
-    }
 }
 
 // Scans the look-ahead anew. The next three tokens are known to be valid.
@@ -125,8 +105,11 @@ bool VrnParser::apply(const PlainStatement& statement, TextPlace& applied) {
 
 bool VrnParser::applyComments(const PlainStatement& statement, TextPlace& applied) {
     PlainScanner scanner(statement.comments, lexer->windowEnd());
-    for (std::string_view comment; scanner.place().at != statement.begin.at; scanner.blanks()) {
-        if (!scanner.comment(comment) || readHeaderComment(comment).kind != HeaderComment::Kind::None)
+    for (std::string_view text; scanner.place().at != statement.begin.at; scanner.blanks()) {
+        if (!scanner.comment(text))
+            return false;
+        const String comment = text;
+        if (readHeaderComment(comment).kind != HeaderComment::Kind::None)
             return false;
         scene->pushFileComment(comment);
         applied = scanner.place();

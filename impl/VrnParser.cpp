@@ -79,7 +79,8 @@ void VrnParser::parseStatements() {
         lexer->startStatement();
         if (!scene)
             parseError(messages::noScene);
-        parsePlainStatements();
+        if (mayBePlain())
+            parsePlainStatements();
         if (!parseStatement())
             parseError(messages::unrecognizedToken, String(current().text).buf());
     }

@@ -94,7 +94,7 @@ public:
 
     // The fast path for plain statements (PlainStatements.cpp).
     void parsePlainStatements();
-    [[nodiscard]] bool mayBePlain() const noexcept;
+    [[nodiscard]] bool mayBePlain() const noexcept; // whether the tokens in sight can begin a plain statement
 
     // Statements (Comment.cpp, NodeStatements.cpp, Assignment.cpp).
     [[nodiscard]] bool parseComment();
@@ -193,5 +193,25 @@ private:
     // The elements of the buffer whose list was scanned last, until buffer() takes them; the token contains none.
     std::unique_ptr<BufferReader> bufferInScan;
 };
+
+inline bool VrnParser::mayBePlain() const noexcept {
+    using Type = Token::Type;
+    if (!readsPlainStatements)
+        return false;
+    const Type third = ahead(2).type;
+    switch (current().type) {
+    case Type::Comment:
+        return true;
+    case Type::Dot:
+        return third == Type::Equals || third == Type::Pipe;
+    case Type::Id:
+        if (ahead(1).type == Type::Id)
+            return third == Type::Semicolon || third == Type::Colon;
+        // The path may continue after the look-ahead.
+        return third == Type::Id && lexer->nextCharacter() != '.' && lexer->nextCharacter() != '[';
+    default:
+        return false;
+    }
+}
 
 } // namespace vor::velmo_sdk::impl

@@ -113,6 +113,7 @@ void Lexer::skipBlanks() {
 void Lexer::countForeign(std::string_view blanks) {
     if (std::ranges::none_of(blanks, [](char c) { return isIn(c, foreignChar); }))
         return;
+    refuseRestartBefore(at_); // they would be counted twice
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     TextPosition place = nextPosition();
     for (std::size_t i = 0; i < blanks.size(); ++i) {
@@ -214,13 +215,12 @@ Token Lexer::nextToken(ElementSink* sink) {
     return invalidToken();
 }
 
-TextPlace Lexer::beginOf(const Token& token, u32 tokensAgo) const noexcept {
-    const Begin& begin = begins_[(tokens_ - tokensAgo) % begins_.size()];
-    if (!begin.first || begin.first < refusedBefore_ || begin.foreignBytes != foreignBytes_)
+TextPlace Lexer::beginOf(const Token& token, u64 tokensAgo) const noexcept {
+    const char* const first = begins_[(tokens_ - tokensAgo) % begins_.size()];
+    if (!first || first < refusedBefore_)
         return {};
-    const u32 lastColumn = static_cast<u32>(token.column);
-    const char* const last = begin.first + token.text.size() - 1;
-    return {begin.first, static_cast<u32>(token.line), TextPlace::lowerHalf(last) - lastColumn};
+    const char* const last = first + token.text.size() - 1;
+    return {first, static_cast<u32>(token.line), TextPlace::lowerHalf(last) - static_cast<u32>(token.column)};
 }
 
 void Lexer::restart(const TextPlace& place) noexcept {

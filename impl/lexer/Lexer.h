@@ -21,6 +21,7 @@
 #include "scene/core/Vector.h"
 #include "scene/syntax/CharClass.h"
 
+#include <algorithm>
 #include <array>
 #include <string>
 
@@ -50,13 +51,13 @@ public:
 
     // The place where a token begins that was returned `tokensAgo` calls of nextToken() ago, at most TextKeeper's
     // `lookahead`; null if it is no longer in the window, or refused. The token must be in a single line.
-    [[nodiscard]] TextPlace beginOf(const Token& token, u32 tokensAgo) const noexcept;
+    [[nodiscard]] TextPlace beginOf(const Token& token, u64 tokensAgo) const noexcept;
 
     // Goes back or forward to a place in the window. Between there and here must be no bytes outside ASCII.
     void restart(const TextPlace& place) noexcept;
 
     // Makes beginOf() refuse tokens before a place in the window, so that no text is scanned in vain twice.
-    void refuseRestartBefore(const char* place) noexcept { refusedBefore_ = place; }
+    void refuseRestartBefore(const char* place) noexcept { refusedBefore_ = std::max(refusedBefore_, place); }
 
     // The next character to be consumed.
     [[nodiscard]] char nextCharacter() const noexcept { return static_cast<char>(cur); }
@@ -158,7 +159,7 @@ private:
         step(count);
     }
     void consumePiece(std::size_t count);
-    void beginToken(const char* first) noexcept { begins_[tokens_++ % begins_.size()] = {first, foreignBytes_}; }
+    void beginToken(const char* first) noexcept { begins_[tokens_++ % begins_.size()] = first; }
     void step(std::size_t count) {
         at_ += count;
         if (at_ != end_)
@@ -182,12 +183,8 @@ private:
     const char* end_ = nullptr;
     bool isWindowKept_ = false;
     u64 foreignBytes_ = 0;
-    struct Begin {
-        const char* first = nullptr; // null if it is not in the window
-        u64 foreignBytes = 0;        // before the token
-    };
-    std::array<Begin, 4> begins_{}; // of the last tokens
-    u32 tokens_ = 0;
+    std::array<const char*, 4> begins_{}; // of the last tokens; null if not in the window
+    u64 tokens_ = 0;
     const char* refusedBefore_ = nullptr;
     u32 markLength_ = 0; // bytes of a byte-order mark seen so far
     TextPosition firstForeignByte_;

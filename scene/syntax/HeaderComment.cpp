@@ -4,6 +4,8 @@ namespace vor {
 
 HeaderComment readHeaderComment(const String& comment) {
     using Kind = HeaderComment::Kind;
+    if (!comment.contains(":"))
+        return {};
     const String value = comment.fromFirst(':').trim();
     if (comment.contains("version:")) {
         u64 version = 0;
