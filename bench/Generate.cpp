@@ -8,7 +8,8 @@
 // int8.vrn, int16.vrn, int64.vrn   6,000,000 integers of all lengths of the type
 // rgba8.vrn      1,500,000 colours of four bytes
 // payload.vrn    16 MB of data, compressed
-// graph.vrn      200,000 nodes with five values and a connection each
+// graph.vrn      200,000 nodes with five values and a connection each: 53 MB
+// graph_1mb.vrn  3,800 such nodes, which fit in the cache
 // *.json         the same numbers and nodes, for JSON readers
 #include "scene/core/NumberText.h"
 
@@ -149,8 +150,7 @@ void writePayload(const std::string& folder) {
     writeBuffer(folder + "/payload.vrn", "byte", bytes.size(), hex);
 }
 
-void writeGraph(const std::string& folder) {
-    constexpr std::size_t nodes = 200000;
+void writeGraph(const std::string& path, std::size_t nodes) {
     const char* kinds[] = {"light", "material", "camera", "instance"};
     std::mt19937_64 random(2);
     const auto real = [&](double scale) {
@@ -158,8 +158,8 @@ void writeGraph(const std::string& folder) {
         std::snprintf(text, sizeof text, "%.4g", scale * static_cast<double>(random() % 1000000) / 1e6);
         return std::string(text);
     };
-    std::ofstream vrn(folder + "/graph.vrn");
-    std::ofstream json(folder + "/graph.json");
+    std::ofstream vrn(path + ".vrn");
+    std::ofstream json(path + ".json");
     vrn << "# version: 1\n";
     json << "{\"nodes\":[\n";
     for (std::size_t i = 0; i < nodes; ++i) {
@@ -199,5 +199,6 @@ int main(int argc, char** argv) {
     writeIntegers<long long>(folder + "/int64.vrn", "int64", 1);
     writeIntegers<unsigned char>(folder + "/rgba8.vrn", "rgba8", 4);
     writePayload(folder);
-    writeGraph(folder);
+    writeGraph(folder + "/graph", 200000);
+    writeGraph(folder + "/graph_1mb", 3800);
 }

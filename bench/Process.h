@@ -7,9 +7,11 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <malloc.h>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace vrn::bench {
@@ -39,9 +41,12 @@ inline double statusMiB(const std::string& name) {
 // Resets the peak to the current resident memory.
 inline void resetPeak() { std::ofstream("/proc/self/clear_refs") << '5'; }
 
-// Times `work`; `drop` frees its results, untimed.
+// Times `work`; `drop` frees its results, untimed. Large inputs are read into new memory each time. Small ones, which fit
+// in the cache, are read many times into the same memory.
 template <class Work, class Drop> int measure(const char* name, const char* file, Work work, Drop drop) {
-    constexpr int warmRuns = 3;
+    std::error_code none;
+    const bool isSmall = std::filesystem::file_size(file, none) < 4 << 20;
+    const int warmRuns = isSmall ? 101 : 3;
     resetPeak();
     const double before = statusMiB("VmRSS");
     double cold = 0;
@@ -52,7 +57,8 @@ template <class Work, class Drop> int measure(const char* name, const char* file
         work();
         const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         drop();
-        malloc_trim(0);
+        if (!isSmall)
+            malloc_trim(0);
         if (i == 0) {
             cold = seconds;
             peak = statusMiB("VmHWM") - before;
@@ -61,7 +67,7 @@ template <class Work, class Drop> int measure(const char* name, const char* file
         }
     }
     std::ranges::nth_element(warm, warm.begin() + warmRuns / 2);
-    std::printf("%s %s %.6f %.6f %.1f\n", name, file, cold, warm[warmRuns / 2], peak);
+    std::printf("%s %s %.6f %.6f %.1f\n", name, file, cold, warm[static_cast<std::size_t>(warmRuns) / 2], peak);
     return 0;
 }
 

@@ -133,4 +133,8 @@ private:
     bool hasStrictOutputs_ = false;
 };
 
+// Each thread keeps up to 8 MiB of the memory of destroyed scenes for its next one. Frees what this thread keeps, which
+// otherwise happens when the thread ends.
+VRN_API void releaseSpareMemory() noexcept;
+
 } // namespace vor::velmo_sdk::impl

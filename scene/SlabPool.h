@@ -2,10 +2,10 @@
 #pragma once
 
 #include "scene/Pooled.h"
+#include "scene/SpareSlabs.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <new>
 #include <utility>
 
@@ -37,8 +37,8 @@ public:
 
 private:
     // A slab consists of blocks that are aligned to their size: rounding down the address of an object yields its
-    // block, which begins with a pointer to the slab. The first slab has one block, all others have eight.
-    static constexpr std::size_t blockSize = 32 * 1024;
+    // block, which begins with a pointer to the slab.
+    static constexpr std::size_t blockSize = slabBlock;
 
     struct Slab;
     struct Block {
@@ -62,7 +62,7 @@ private:
 
     static void freeIfDone(Slab* slab) noexcept {
         if (!slab->pool && slab->live == 0)
-            std::free(slab);
+            giveSlab(slab, static_cast<std::size_t>(slab->end - reinterpret_cast<char*>(slab)));
     }
     [[nodiscard]] bool hasUnused() const noexcept {
         return slabs_ && static_cast<std::size_t>(slabs_->blockEnd - slabs_->unused) >= objectSize_;
@@ -71,6 +71,7 @@ private:
     void addSlab();
 
     std::size_t objectSize_;
+    std::size_t slabCount_ = 0;
     Slab* slabs_ = nullptr;                 // only the first one has unused memory
     [[maybe_unused]] Slab* open_ = nullptr; // slabs with a free list
 };
@@ -131,10 +132,10 @@ inline void SlabPool::addBlock() {
 }
 
 inline void SlabPool::addSlab() {
-    const std::size_t size = slabs_ ? 8 * blockSize : blockSize;
-    char* memory = static_cast<char*>(std::aligned_alloc(blockSize, size));
-    if (!memory)
-        throw std::bad_alloc();
+    constexpr std::size_t manySlabs = 32; // 8 MiB: large slabs waste at most a fifth
+    const std::size_t size = slabCount_ == 0 ? smallSlab : slabCount_ < manySlabs ? mediumSlab : largeSlab;
+    char* memory = static_cast<char*>(takeSlab(size));
+    ++slabCount_;
     slabs_ = new (memory) Slab{
         {nullptr}, this, slabs_, nullptr, false, 0, nullptr, memory + sizeof(Slab), memory + blockSize, memory + size};
     slabs_->block.slab = slabs_;

@@ -1,9 +1,12 @@
 #include "scene/SlabPool.h"
 
+#include "scene/Scene.h"
+
 #include <cstring>
 #include <gtest/gtest.h>
 #include <memory>
 #include <set>
+#include <thread>
 #include <vector>
 
 namespace vrn::test {
@@ -52,6 +55,60 @@ TEST(SlabPool, maySeeItsObjectsOutliveIt) {
         std::memset(places[i], 1, 24);
         SlabPool::release(places[i]);
     }
+}
+
+// Scenes that are read one after another use the same memory.
+TEST(SpareSlabs, areUsedAgain) {
+    using namespace vor::velmo_sdk::impl;
+    releaseSpareMemory();
+    for (const std::size_t size : {smallSlab, mediumSlab}) {
+        void* first = takeSlab(size);
+        void* second = takeSlab(size);
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(first) % slabBlock, 0U);
+        EXPECT_NE(first, second);
+        std::memset(first, 1, size);
+        giveSlab(first, size);
+        EXPECT_EQ(takeSlab(size), first);
+        giveSlab(first, size);
+        giveSlab(second, size);
+    }
+    void* large = takeSlab(largeSlab);
+    std::memset(large, 1, largeSlab);
+    giveSlab(large, largeSlab);
+    releaseSpareMemory();
+}
+
+TEST(SpareSlabs, areLimited) {
+    using namespace vor::velmo_sdk::impl;
+    releaseSpareMemory();
+    constexpr std::size_t limit = (8 << 20) / mediumSlab;
+    std::vector<void*> slabs;
+    for (std::size_t i = 0; i < limit + 5; ++i)
+        slabs.push_back(takeSlab(mediumSlab));
+    for (void* slab : slabs)
+        giveSlab(slab, mediumSlab);
+    // Those within the limit come back, the last one first.
+    for (std::size_t i = limit; i-- > 0;) {
+        void* const slab = takeSlab(mediumSlab);
+        EXPECT_EQ(slab, slabs[i]);
+        std::free(slab);
+    }
+}
+
+// A scene may be destroyed on another thread, and after the variables of its own.
+TEST(SpareSlabs, mayBeGivenBackByAnyThread) {
+    using namespace vor::velmo_sdk::impl;
+    auto scene = std::make_unique<Scene>();
+    std::thread([&] {
+        for (int i = 0; i < 5000; ++i)
+            (void)scene->createNode("t", "n" + vor::String(static_cast<vor::u64>(i)));
+        thread_local std::unique_ptr<Scene> last; // destroyed after what is constructed later
+        last = std::make_unique<Scene>();
+        (void)last->createNode("t", "n");
+        Scene().createNode("t", "n");
+    }).join();
+    EXPECT_EQ(scene->nodeCount(), 5000U);
+    scene.reset();
 }
 
 } // namespace vrn::test
