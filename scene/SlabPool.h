@@ -132,7 +132,7 @@ inline void SlabPool::addBlock() {
 }
 
 inline void SlabPool::addSlab() {
-    constexpr std::size_t manySlabs = 32; // 8 MiB: large slabs waste at most a fifth
+    constexpr std::size_t manySlabs = 16; // 4 MiB: a large slab then wastes at most a third
     const std::size_t size = slabCount_ == 0 ? smallSlab : slabCount_ < manySlabs ? mediumSlab : largeSlab;
     char* memory = static_cast<char*>(takeSlab(size));
     ++slabCount_;

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 #include <malloc.h>
 
@@ -36,11 +37,20 @@ bool mustFail() noexcept {
     return true;
 }
 
+// The bytes of a block. Among large ones, only slabs of one huge page are aligned to huge pages; glibc keeps unused address space after
+// them, which takes no memory.
+std::size_t sizeOf(void* block) noexcept {
+    constexpr std::size_t hugePage = std::size_t(2) << 20;
+    const std::size_t usable = malloc_usable_size(block);
+    const bool isHugeSlab = reinterpret_cast<std::uintptr_t>(block) % hugePage == 0 && usable >= hugePage;
+    return isHugeSlab ? hugePage : usable;
+}
+
 void* counted(void* block) noexcept {
     if (!block)
         return nullptr;
     ++blocks;
-    bytes += malloc_usable_size(block);
+    bytes += sizeOf(block);
     if (bytes > peak)
         peak = bytes.load();
     return block;
@@ -50,7 +60,7 @@ void uncount(void* block) noexcept {
     if (!block)
         return;
     --blocks;
-    bytes -= malloc_usable_size(block);
+    bytes -= sizeOf(block);
 }
 
 } // namespace

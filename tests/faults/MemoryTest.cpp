@@ -77,6 +77,7 @@ struct Usage {
 // Per byte of input.
 template <class Read> Usage usageOf(std::size_t size, Read read) {
     const ScopedLogSink sink([](const LogRecord&) {});
+    releaseSpareMemory(); // of the scenes before
     Scene scene;
     const std::size_t before = liveBytes();
     resetPeak();
@@ -87,7 +88,7 @@ template <class Read> Usage usageOf(std::size_t size, Read read) {
 }
 
 // Bytes of scene per byte of input in the worst case: an object with one member, `.a`.
-constexpr double densestScene = 98;
+constexpr double densestScene = 112;
 
 } // namespace
 
@@ -119,7 +120,7 @@ TEST(Memory, ofElementsThatNobodyNamesIsLimited) {
     EXPECT_EQ(scene.findNode("n")->input("a")->size(), 1677722U);
     EXPECT_EQ(scene.findNode("n")->input("b")->size(), 2U);
     EXPECT_EQ(scene.findNode("n")->input("c")->size(), 0U);
-    EXPECT_LT(peakBytes() - before, std::size_t(171) << 20);
+    EXPECT_LT(peakBytes() - before, std::size_t(176) << 20);
 }
 
 } // namespace vrn::test
