@@ -332,6 +332,32 @@ class ToGltf(Converting):
         self.assertEqual(inputs_of(nodes["red"]["baseColorXform"])["offset"]["value"], [0.5, 0.25])
         self.assertEqual(nodes["red"]["baseColorMap"]["connection"], "w_od.outColor")
 
+    def test_textures_without_a_transform(self):
+        for inputs, transform in (("", None), ("red.baseColorXform.offset = vec2(-0.5 0);", {"offset": [-0.5, 0], "scale": [1, 1]}),
+                                  ("red.baseColorXform.scale = vec2(1 2);", {"offset": [0, 0], "scale": [1, 2]})):
+            with self.subTest(inputs):
+                gltf = self.to_gltf(TRIANGLE + "m.uvsets[*].coords = vec2f[3] {0 0 1 0 0 1}; instance i; i.geometry = m;"
+                                    "i.material |= red.outColor; material red; red.baseColorMap |= t.outColor;"
+                                    'texture t; t.file = "a.png";' + inputs)
+                texture = gltf["materials"][0]["pbrMetallicRoughness"]["baseColorTexture"]
+                self.assertEqual(texture.get("extensions", {}).get("KHR_texture_transform"), transform)
+                self.assertEqual("extensionsUsed" in gltf, transform is not None)
+
+    def test_opacity_maps(self):
+        unused = "opacity maps other than the alpha of the base colour map: 1 (c.opacityMap)"
+        gltf = self.to_gltf(TRIANGLE + "m.uvsets[*].coords = vec2f[3] {0 0 1 0 0 1};"
+                            'texture t; t.file = "a.png"; texture u; u.file = "b.png";'
+                            "material a; a.baseColorMap |= t.outColor; a.opacityMap |= t.outAlpha;"
+                            "material b; b.baseColorMap |= u.outColor; b.opacityMap |= u.outAlpha;"
+                            "material c; c.opacityMap |= u.outAlpha; c.baseColor = vec3(0.5 0.25 0);"
+                            "instance i; i.geometry = m; i.material |= a.outColor;"
+                            "instance j; j.geometry = m; j.material |= b.outColor;"
+                            "instance k; k.geometry = m; k.material |= c.outColor;", unused)
+        materials = {m["name"]: m for m in gltf["materials"]}
+        self.assertEqual({name: m.get("alphaMode", "OPAQUE") for name, m in materials.items()},
+                         {"a": "BLEND", "b": "BLEND", "c": "OPAQUE"})
+        self.assertEqual(materials["c"]["pbrMetallicRoughness"]["baseColorFactor"], [0.5, 0.25, 0, 1])
+
     def test_embedded_images_are_written(self):
         image = bytes.fromhex(
             "89504e470d0a1a0a0000000d49484452000000010000000108060000001f15c4890000000d49444154789c6364f8cf500f000386"
@@ -848,7 +874,9 @@ class Failures(Converting):
         self.file("circle.gltf", start + '[{"children":[1]},{"children":[0]}]}')
         self.file("shared.gltf", start + '[{"children":[2,2]},{},{}]}')
         self.file("deep.gltf", '{"asset":{"version":"2.0"},"extras":' + "[" * 100000 + "]" * 100000 + "}")
-        for path in ("empty.glb", "text.glb", "cut.glb", "wrong.obj", "wrong.ply", "wrong.stl", "deep.gltf",
+        chain = ",".join(f'{{"children":[{i + 1}]}}' for i in range(1001))
+        self.file("nested.gltf", start + f"[{chain},{{}}]}}")
+        for path in ("nested.gltf", "empty.glb", "text.glb", "cut.glb", "wrong.obj", "wrong.ply", "wrong.stl", "deep.gltf",
                      "circle.gltf", "shared.gltf"):
             with self.subTest(path):
                 self.fails(1, f"vrn: {path}: ", path, "out.vrn")

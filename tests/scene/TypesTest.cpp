@@ -1,5 +1,7 @@
 #include "tests/support/Reading.h"
 
+#include <set>
+
 namespace vrn::test {
 
 TEST(AttrType, hasNames) {
@@ -30,6 +32,12 @@ TEST(DataType, hasNames) {
     EXPECT_EQ(static_cast<i32>(DataType::Rgba8), 38);
     EXPECT_EQ(static_cast<i32>(DataType::ColorRef), 59);
     EXPECT_STREQ(dataTypeName(DataType::ColorRef), "ColorRef");
+    std::set<std::string_view> names;
+    for (i32 i = 0; i < dataTypeCount; ++i) {
+        const std::string_view name = dataTypeName(static_cast<DataType>(i));
+        EXPECT_TRUE(names.insert(name).second) << name;
+        EXPECT_TRUE(!name.empty() && name[0] >= 'A' && name[0] <= 'Z') << "name of " << i;
+    }
     EXPECT_STREQ(dataTypeName(static_cast<DataType>(60)), "<unknown>");
     EXPECT_STREQ(dataTypeName(static_cast<DataType>(-1)), "<unknown>");
     for (i32 i = 0; i < dataTypeCount; ++i)

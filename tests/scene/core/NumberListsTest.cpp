@@ -183,6 +183,9 @@ TEST(NumberLists, floatsReadBackFromTheFewestDigits) {
             numbers.push_back(std::bit_cast<float>((exponent << 23) + static_cast<u32>(beside)));
     for (int i = 0; i < 20000; ++i)
         numbers.push_back(static_cast<float>(i) / 1000);
+    // Integers four apart: the multiple of ten between two of them is a midpoint, which rounds to the even one.
+    for (u32 i = 0; i < 2000; ++i)
+        numbers.push_back(static_cast<float>((u32(1) << 25) + 4 * i));
     expectRealsReadBack<float, u32>(numbers);
 }
 

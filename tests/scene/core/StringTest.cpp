@@ -118,6 +118,7 @@ TEST(String, takesPartsOut) {
     EXPECT_EQ(String("# time: 12:00").fromFirst(':'), " 12:00");
     EXPECT_EQ(String("# time: 12:00").fromFirst(':', true), ": 12:00");
     EXPECT_EQ(String("none").fromFirst(':'), "");
+    EXPECT_EQ(String(":first").fromFirst(':'), "first");
     EXPECT_EQ(String("abcdef").substring(1, 3), "bcd");
     EXPECT_EQ(String("abcdef").substring(4, 99), "ef");
     EXPECT_EQ(String("abcdef").substring(99, 1), "");
