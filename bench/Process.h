@@ -41,8 +41,8 @@ inline double statusMiB(const std::string& name) {
 // Resets the peak to the current resident memory.
 inline void resetPeak() { std::ofstream("/proc/self/clear_refs") << '5'; }
 
-// Times `work`; `drop` frees its results, untimed. Large inputs are read into new memory each time. Small ones, which fit
-// in the cache, are read many times into the same memory.
+// Times `work`; `drop` frees its results, untimed. Large inputs are read into new memory each time. Small ones, which
+// fit in the cache, are read many times into the same memory.
 template <class Work, class Drop> int measure(const char* name, const char* file, Work work, Drop drop) {
     std::error_code none;
     const bool isSmall = std::filesystem::file_size(file, none) < 4 << 20;

@@ -13,7 +13,7 @@ namespace vor::velmo_sdk::impl {
 class BufferReader final : public ElementSink {
 public:
     // The block of `buffer` must be zero-filled and have its final size.
-    explicit BufferReader(AttrData buffer) noexcept : data_(std::move(buffer)) {}
+    explicit BufferReader(AttrData&& buffer) noexcept : data_(std::move(buffer)) {}
 
     void take(std::string_view characters) override;
 

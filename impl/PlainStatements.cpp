@@ -78,7 +78,7 @@ void VrnParser::parsePlainStatements() {
         continueAfter(applied);
 }
 
-// Scans the look-ahead anew. The next three tokens are known to be valid.
+// Scans the look-ahead again. The next three tokens are known to be valid.
 void VrnParser::continueAfter(const TextPlace& applied) {
     const TextPosition last = applied.positionBefore();
     prevToken = Token{Type::Semicolon, ";", last.line, last.column};

@@ -142,9 +142,9 @@ public:
     DefinedNodes definedNodes;
     PendingLinks pendingConnections;
     PendingLinks pendingReferences;
-    u64 implicitElements = 0; // array elements created because a later one was assigned
+    u64 implicitElements = 0;         // array elements created because a later one was assigned
     bool readsPlainStatements = true; // false: tests read every statement by its tokens
-    AssignInfo assignment;    // the current one; a member so that its memory is reused
+    AssignInfo assignment;            // the current one; a member so that its memory is reused
 
 private:
     // Steps of a plain statement (PlainStatements.cpp).

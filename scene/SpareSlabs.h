@@ -1,7 +1,7 @@
 // The memory of slabs, some of which each thread keeps for its next scene.
 //
-// The allocator of the C library returns large blocks to the system at once. A program that reads many small scenes would
-// then spend more time on page faults than on reading.
+// The allocator of the C library returns large blocks to the system immediately. A program that reads many small scenes
+// would then spend more time on page faults than on reading.
 #pragma once
 
 #include "scene/core/Export.h"
@@ -20,8 +20,8 @@ inline constexpr std::size_t largeSlab = 64 * slabBlock;
 // Memory for a slab of one of these sizes, aligned to slabBlock. Throws std::bad_alloc.
 [[nodiscard]] VRN_API void* takeSlab(std::size_t size);
 
-// Gives back what takeSlab() returned, on any thread. Keeps small and medium slabs for reuse by this thread, up to 8 MiB
-// and until releaseSpareMemory() or the end of the thread.
+// Releases what takeSlab() returned, on any thread. Keeps small and medium slabs for reuse by this thread, up to 8
+// MiB and until releaseSpareMemory() or the end of the thread.
 VRN_API void giveSlab(void* slab, std::size_t size) noexcept;
 
 } // namespace vor::velmo_sdk::impl

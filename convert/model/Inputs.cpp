@@ -193,7 +193,7 @@ Values<float> readFloats(const Input* input, u32 components, Losses& losses) {
         constexpr float infinity = std::numeric_limits<float>::infinity();
         floats[i] = doubles[i] > floatLimit    ? infinity
                     : doubles[i] < -floatLimit ? -infinity
-                                             : static_cast<float>(doubles[i]);
+                                               : static_cast<float>(doubles[i]);
         isExact &= static_cast<double>(floats[i]) == doubles[i];
     }
     if (!isExact)

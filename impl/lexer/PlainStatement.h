@@ -7,7 +7,7 @@
 //
 // Most statements of a scene declare a node, or assign a number, a truth value, a string, a list of components or a
 // link to `node.input` or `.input`. Making tokens of them takes longer than anything else that is done with them. The
-// scanner recognises such a statement as a whole, and refuses whatever is unusual: characters outside ASCII, keywords
+// scanner recognises such a statement as a whole, and refuses everything unusual: characters outside ASCII, keywords
 // as names, numbers that need rounding rules, line feeds in strings, the end of the window. It knows neither the scene
 // nor any message; what it refuses is left to the lexer and the parser, which also read all that it accepts.
 #pragma once
@@ -63,8 +63,8 @@ public:
     // Scans from `place`. `windowEnd` is the end of the characters that can be read.
     PlainScanner(const TextPlace& place, const char* windowEnd) noexcept : place_(place), end_(windowEnd) {}
 
-    // Recognises the next statement, after blanks and comments. If it is not plain, returns false and leaves the scanner
-    // somewhere in it.
+    // Recognises the next statement, after blanks and comments. If it is not plain, returns false and leaves the
+    // scanner somewhere in it.
     [[nodiscard]] bool scan(PlainStatement& out) noexcept;
 
     // Recognises a comment at the current place.

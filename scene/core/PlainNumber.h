@@ -39,7 +39,7 @@ inline u32 bitsOfDigits(u64 characters) noexcept {
 // The value of the digits in the lowest `bits`, which are not 0, of eight characters.
 inline u64 valueOfDigits(u64 characters, u32 bits) noexcept {
     u64 digits = (characters ^ eightZeros) << (64 - bits); // pads with leading zeros
-    digits = digits * 10 + (digits >> 8); // bytes 0, 2, 4, 6 hold the pairs of digits a, b, c, d
+    digits = digits * 10 + (digits >> 8);                  // bytes 0, 2, 4, 6 hold the pairs of digits a, b, c, d
     // (a + c * 2^32) * (100 + 10^6 * 2^32) has a * 10^6 + c * 100 in its upper half, and likewise for b and d. The
     // lower halves, a * 100 and b, do not carry.
     constexpr u64 everyOtherPair = 0xFF | u64(0xFF) << 32;
@@ -58,7 +58,7 @@ inline DigitRun leadingDigits(const char* text) noexcept {
     return bits == 0 ? DigitRun{} : DigitRun{valueOfDigits(word, bits), bits / 8};
 }
 
-// The digits of a decimal with a point that ends within eight characters, all converted at once: the point is taken out
+// The digits of a decimal with a point that ends within eight characters, all converted together: the point is taken out
 // of the word. The count is 0 if there is no such decimal; `places` is the number of digits after the point.
 inline DigitRun leadingDecimal(const char* text, u32& places) noexcept {
     u64 word;
@@ -185,7 +185,7 @@ requires std::is_floating_point_v<Real>
     return text;
 }
 
-// Reads an integer, or a real if digits are followed by a point; `isReal` tells which of the two is set.
+// Reads an integer, or a real if digits are followed by a point; `isReal` reports which of the two is set.
 [[nodiscard]] inline const char* takePlainNumber(const char* text, const char* end, i64& integer, double& real,
                                                  bool& isReal) noexcept {
     const char* const next = takePlainNumber(text, end, integer);

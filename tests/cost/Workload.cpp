@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 
 using namespace vor;
@@ -96,21 +97,39 @@ const std::map<std::string, Make> workloads = {
 
 } // namespace
 
-static bool read(const Make& make, int n) {
+namespace {
+
+class TextSource final : public ByteSource {
+public:
+    explicit TextSource(std::string_view text) : text_(text) {}
+    std::size_t read(char* buffer, std::size_t capacity, String&) override {
+        const std::size_t count = text_.copy(buffer, capacity);
+        text_.remove_prefix(count);
+        return count;
+    }
+
+private:
+    std::string_view text_;
+};
+
+bool read(const Make& make, int n, bool isFile) {
     const std::string text = make(n);
     const ScopedLogSink silent([](const LogRecord&) {});
     Scene scene;
-    return parseString(&scene, std::string_view(text));
+    return isFile ? parseVrn(&scene, File::fromSource(std::make_unique<TextSource>(text)), false)
+                  : parseString(&scene, std::string_view(text));
 }
 
-// workload: list the workloads; workload NAME N: read one; workload all N: read all of them.
+} // namespace
+
+// workload: list the workloads; workload NAME N [file]: read one, from memory or as a file; workload all N: read all.
 int main(int argc, char** argv) {
     bool isOk = true;
     for (const auto& [name, make] : workloads) {
-        if (argc != 3)
+        if (argc < 3)
             std::printf("%s\n", name.c_str());
         else if (std::string("all") == argv[1] || name == argv[1])
-            isOk = read(make, std::atoi(argv[2])) && isOk;
+            isOk = read(make, std::atoi(argv[2]), argc == 4) && isOk;
     }
     return isOk ? 0 : 1;
 }

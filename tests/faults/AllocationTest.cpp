@@ -86,8 +86,8 @@ void expectUsable(Scene& scene) {
 
 std::size_t failures = 0;
 
-// Calls `once(n)`, in which the nth allocation fails, until none fails. The first round also creates static variables of the
-// process; leaks are checked in the second.
+// Calls `once(n)`, in which the nth allocation fails, until none fails. The first round also creates static variables
+// of the process; leaks are checked in the second.
 template <class Once> void failEach(Once once) {
     for (int round = 0; round < 2; ++round)
         for (std::size_t n = 1; !testing::Test::HasFatalFailure(); ++n) {

@@ -37,8 +37,8 @@ bool mustFail() noexcept {
     return true;
 }
 
-// The bytes of a block. Among large ones, only slabs of one huge page are aligned to huge pages; glibc keeps unused address space after
-// them, which takes no memory.
+// The bytes of a block. Among large ones, only slabs of one huge page are aligned to huge pages; glibc keeps unused
+// address space after them, which takes no memory.
 std::size_t sizeOf(void* block) noexcept {
     constexpr std::size_t hugePage = std::size_t(2) << 20;
     const std::size_t usable = malloc_usable_size(block);

@@ -29,7 +29,8 @@ std::unique_ptr<Outcome> outcomeOf(const std::string& text, std::size_t blockSiz
             return parser.parse(&scene, String(std::string_view(text)));
         return parser.parse(&scene, File::fromSource(std::make_unique<Blocks>(text, blockSize), blockSize));
     };
-    reportAll(outcome->scene, read, [&](std::string report) { outcome->reports.push_back(std::move(report)); }, notices);
+    reportAll(
+        outcome->scene, read, [&](std::string report) { outcome->reports.push_back(std::move(report)); }, notices);
     return outcome;
 }
 
@@ -112,9 +113,10 @@ TEST(PlainStatements, respectACatalogue) {
         "outputs": ["out"],
         "renamedInputs": {"old": "real"}}}})";
     const auto catalogue = std::make_shared<const Catalogue>(readCatalogue(json));
-    const std::string text = "t n; n.real = 1; n.old = 2; n.int = 1.5; n.int = 3; n.locked = 1; n.link = n; n.link |= n.out;"
-                             "n.colour = 1; n.colour = 0.5; n.choice = \"a\"; n.choice = \"c\"; n.other = 1; n.real = true;"
-                             "n.other |= n.nothing; n.old |= n.out; t m: .old = 5; .choice = \"b\"; .colour = vec3(1 2 3);";
+    const std::string text =
+        "t n; n.real = 1; n.old = 2; n.int = 1.5; n.int = 3; n.locked = 1; n.link = n; n.link |= n.out;"
+        "n.colour = 1; n.colour = 0.5; n.choice = \"a\"; n.choice = \"c\"; n.other = 1; n.real = true;"
+        "n.other |= n.nothing; n.old |= n.out; t m: .old = 5; .choice = \"b\"; .colour = vec3(1 2 3);";
     EXPECT_EQ(differenceOfPaths(padded(text), catalogue), "");
 }
 
@@ -126,10 +128,10 @@ TEST(PlainStatements, doSoInAllTexts) {
 // Texts of mostly plain statements with a few bytes changed, inserted or removed.
 TEST(PlainStatements, doSoInBrokenTexts) {
     const std::string_view statements[] = {
-        "light a;\n",       "light b:\n",          "a.x = 1;\n",     ".x = 2.5;\n",         "a.y = vec3(1 2 3);\n",
-        "a.z |= b.out;\n",  "b.z = a;\n",          "# comment\n",    "a.s = \"text\";\n",   ".c = rgba(1 0 0.5);\n",
-        "b.x = true;\n",    "a.n[0].m = 1;\n",     "remove a;\n",    "with a:\n",           "b.f = float[2] {1 2};\n",
-        "a.y = 7;\n",       "# version: 3\n",      ".x |= a.out;\n", "define light;\n",     "a.s = \"\\\"\";\n",
+        "light a;\n",      "light b:\n",      "a.x = 1;\n",     ".x = 2.5;\n",       "a.y = vec3(1 2 3);\n",
+        "a.z |= b.out;\n", "b.z = a;\n",      "# comment\n",    "a.s = \"text\";\n", ".c = rgba(1 0 0.5);\n",
+        "b.x = true;\n",   "a.n[0].m = 1;\n", "remove a;\n",    "with a:\n",         "b.f = float[2] {1 2};\n",
+        "a.y = 7;\n",      "# version: 3\n",  ".x |= a.out;\n", "define light;\n",   "a.s = \"\\\"\";\n",
     };
     constexpr std::string_view alphabet = "ab.;:=|#\"\\()[]{}1 -,\n\r?\xC3\xFFtrue";
     std::mt19937 random(5);

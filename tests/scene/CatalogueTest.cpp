@@ -267,8 +267,7 @@ TEST(Catalogue, refusesWhatBreaksItsRules) {
          "or "
          "\"linkOnly\""},
         {R"({"types": {"a": {"inputs": {"i": {"type": "Real", "locked": 1}}}}})", 1, 61, "expected true or false"},
-        {R"({"types": {"a": {"outputs": ["o", "o"]}}})", 1, 37,
-         "output \"o\" is repeated; expected each name once"},
+        {R"({"types": {"a": {"outputs": ["o", "o"]}}})", 1, 37, "output \"o\" is repeated; expected each name once"},
         {R"({"types": {"a": {"outputs": "o"}}})", 1, 31, "expected an array of output names"},
         {R"({"types": {"a": {"renamedInputs": {"o": 5}}}})", 1, 41, "expected the current name of an input"},
         {R"({"types": {"a": {"renamedOutputs": 5}}})", 1, 36, "expected an object of current output names by old ones"},

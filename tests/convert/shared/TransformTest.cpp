@@ -29,9 +29,9 @@ static Vector transformed(const Matrix& m, const Vector& p) {
 
 static std::vector<Quaternion> rotations() {
     const double half = std::sqrt(0.5);
-    std::vector<Quaternion> all = {{0, 0, 0, 1}, {1, 0, 0, 0},       {0, 1, 0, 0},       {0, 0, 1, 0},
-                                   {half, half, 0, 0}, {0, half, half, 0}, {half, 0, half, 0}, {0.9, 0.1, 0.3, 0.05},
-                                   {0.1, 0.9, 0.3, 0.05}, {0.3, 0.1, 0.9, 0.05}};
+    std::vector<Quaternion> all = {
+        {0, 0, 0, 1},       {1, 0, 0, 0},       {0, 1, 0, 0},          {0, 0, 1, 0},          {half, half, 0, 0},
+        {0, half, half, 0}, {half, 0, half, 0}, {0.9, 0.1, 0.3, 0.05}, {0.1, 0.9, 0.3, 0.05}, {0.3, 0.1, 0.9, 0.05}};
     std::mt19937 random(1);
     std::normal_distribution<double> normal;
     for (int i = 0; i < 200; ++i)
@@ -61,21 +61,22 @@ TEST(Transform, isDecomposed) {
             const Matrix matrix = toMatrix({.translation = {1, 2, 3}, .rotation = q, .scale = scale});
             const Trs trs = decomposeTransform(matrix);
             ASSERT_LT(maxDifference(toMatrix(trs), matrix), 1e-12);
-            const double size = std::hypot(std::hypot(trs.rotation[0], trs.rotation[1]),
-                                           std::hypot(trs.rotation[2], trs.rotation[3]));
+            const double size =
+                std::hypot(std::hypot(trs.rotation[0], trs.rotation[1]), std::hypot(trs.rotation[2], trs.rotation[3]));
             ASSERT_NEAR(size, 1, 1e-9);
         }
 }
 
 // A flat or empty matrix still yields a rotation.
 TEST(Transform, isDecomposedIfDegenerate) {
-    for (const Vector& row : {Vector{1, 0, 0}, Vector{0, 1, 0}, Vector{0, 0, 1}, Vector{0.6, 0.8, 0}, Vector{0, 0, 0}}) {
+    for (const Vector& row :
+         {Vector{1, 0, 0}, Vector{0, 1, 0}, Vector{0, 0, 1}, Vector{0.6, 0.8, 0}, Vector{0, 0, 0}}) {
         Matrix matrix = identity;
         for (std::size_t i = 0; i < 3; ++i)
             matrix[i] = matrix[4 + i] = matrix[8 + i] = row[i];
         const Trs trs = decomposeTransform(matrix);
-        const double size = std::hypot(std::hypot(trs.rotation[0], trs.rotation[1]),
-                                       std::hypot(trs.rotation[2], trs.rotation[3]));
+        const double size =
+            std::hypot(std::hypot(trs.rotation[0], trs.rotation[1]), std::hypot(trs.rotation[2], trs.rotation[3]));
         EXPECT_NEAR(size, 1, 1e-9) << row[0] << ' ' << row[1] << ' ' << row[2];
     }
 }

@@ -144,11 +144,16 @@ TEST(PlainStatement, isRefusedIfInDoubt) {
         EXPECT_EQ(found(text), "not plain") << text;
 }
 
-// The window ends at every place in a statement: the scanner reads nothing behind it, which the address sanitizer
-// checks, and recognises the statement only if there is room for everything that a step may read.
+// The window ends at every place in a statement: the scanner reads nothing after it, which the address sanitizer
+// checks, and recognises the statement only if a step can read nothing beyond it.
 TEST(PlainStatement, isRefusedAtTheEndOfTheWindow) {
-    const std::string texts[] = {"light a:", "a.x = -12.25;", "a.x = \"some \\\"text\";", "a.x |= b.out;", "# c\na.x = b;",
-                                 "a.x = mat3(1 2 3 4 5 6 7 8 9.00001);", "a_rather_long_name_of_a_node.x = true;"};
+    const std::string texts[] = {"light a:",
+                                 "a.x = -12.25;",
+                                 "a.x = \"some \\\"text\";",
+                                 "a.x |= b.out;",
+                                 "# c\na.x = b;",
+                                 "a.x = mat3(1 2 3 4 5 6 7 8 9.00001);",
+                                 "a_rather_long_name_of_a_node.x = true;"};
     for (const std::string& text : texts) {
         int recognised = 0;
         for (std::size_t size = 0; size <= text.size() + 100; ++size) {
@@ -170,8 +175,8 @@ TEST(PlainStatement, knowsValidTokensAhead) {
         const char* text;
         bool areValid;
     } cases[] = {
-        {"a.b", true},        {"a . 1 ?", true},     {"# comment\n;;", true},   {"; - 1e5", true}, {"\n\na b c", true},
-        {"a.?", false},       {"a. \"x\"", false},   {"a.\xC3\xA4", false},     {"a.(1)", false},  {"", false},
+        {"a.b", true},         {"a . 1 ?", true},      {"# comment\n;;", true}, {"; - 1e5", true}, {"\n\na b c", true},
+        {"a.?", false},        {"a. \"x\"", false},    {"a.\xC3\xA4", false},   {"a.(1)", false},  {"", false},
         {"# a\n# b\nc", true}, {"# \xFF\na b", false}, {"a b \xFF", false},
     };
     for (const auto& [text, areValid] : cases) {
