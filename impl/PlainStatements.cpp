@@ -64,14 +64,19 @@ void VrnParser::parsePlainStatements() {
     TextPlace applied = begin; // where the first statement begins that is not applied
     const Token before = prevToken;
     lastTarget = {};
-    for (bool isNextPlain = true; isNextPlain; std::swap(statement, next)) {
-        isNextPlain = scanner.scan(*next);
-        if (!isNextPlain)
-            lexer->refuseRestartBefore(scanner.place().at);
-        if (!isNextPlain && !PlainScanner(statement->end, lexer->windowEnd()).areTokensAhead())
-            break;
-        if (!apply(*statement, applied))
-            break;
+    try {
+        for (bool isNextPlain = true; isNextPlain; std::swap(statement, next)) {
+            isNextPlain = scanner.scan(*next);
+            if (!isNextPlain)
+                lexer->refuseRestartBefore(scanner.place().at);
+            if (!isNextPlain && !PlainScanner(statement->end, lexer->windowEnd()).areTokensAhead())
+                break;
+            if (!apply(*statement, applied))
+                break;
+        }
+    } catch (...) {
+        continueAfter(applied);
+        throw;
     }
     prevToken = before;
     if (applied.at != begin.at)
@@ -88,18 +93,16 @@ void VrnParser::continueAfter(const TextPlace& applied) {
         token = lexer->nextToken();
 }
 
-// Applies the comments and the statement, and moves `applied` to the end of what is applied. Returns false if the rest
-// is for the general path.
+// Applies the comments and the statement, and moves `applied` to the end of what is applied, or of what throws. Returns
+// false if the rest is for the general path.
 bool VrnParser::apply(const PlainStatement& statement, TextPlace& applied) {
     if (statement.comments.at != statement.begin.at && !applyComments(statement, applied))
         return false;
-    const TextPosition end = statement.end.positionBefore(); // of an error that a host's scene throws
-    prevToken.line = end.line;
-    prevToken.column = end.column;
+    const TextPlace before = std::exchange(applied, statement.end);
     const bool isApplied =
         statement.kind == Kind::Declaration ? applyDeclaration(statement) : applyAssignment(statement);
-    if (isApplied)
-        applied = statement.end;
+    if (!isApplied)
+        applied = before;
     return isApplied;
 }
 
@@ -111,8 +114,8 @@ bool VrnParser::applyComments(const PlainStatement& statement, TextPlace& applie
         const String comment = text;
         if (readHeaderComment(comment).kind != HeaderComment::Kind::None)
             return false;
-        scene->pushFileComment(comment);
         applied = scanner.place();
+        scene->pushFileComment(comment);
     }
     return true;
 }

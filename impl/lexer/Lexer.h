@@ -62,6 +62,9 @@ public:
     // The next character to be consumed.
     [[nodiscard]] char nextCharacter() const noexcept { return static_cast<char>(cur); }
 
+    // Whether the window stays valid as long as the lexer, whoever else reads from the source.
+    [[nodiscard]] bool keepsWindow() const noexcept { return isWindowKept_; }
+
     // The end of the characters that are available without consuming; null if there are none.
     [[nodiscard]] const char* windowEnd() const noexcept { return end_; }
 

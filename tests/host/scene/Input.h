@@ -4,6 +4,7 @@
 #include "scene/AttrData.h"
 #include "scene/Interfaces.h"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -14,10 +15,14 @@ namespace vor::velmo_sdk::impl {
 // Every call that changes or queries the scene, in order.
 inline std::vector<std::string> calls;
 
+inline std::function<void(const std::string&)> onCall; // called with each of them
+
 template <class... Words> void record(const Words&... words) {
     std::string line;
     ((line += std::string_view(words)), ...);
     calls.push_back(line);
+    if (onCall)
+        onCall(line);
 }
 
 class Input final : public interfaces::IInput {
