@@ -408,6 +408,21 @@ TEST(VrnWriter, listsWhatAFileCannotExpress) {
     EXPECT_EQ(readText(String(std::string_view(written.text))).logText(), "result true\n");
 }
 
+// Setting the element type in a file would give it to the elements that links made.
+TEST(VrnWriter, losesTheElementTypeOfLinkedElements) {
+    Scene scene;
+    Node& n = *scene.createNode("t", "n");
+    Input* array = n.createArray("x", AttrType::Null);
+    array->appendElement()->connect(n.findOutput("o"));
+    array->set(AttrData::array(AttrType::Real));
+    ASSERT_EQ(array->elementType(), AttrType::Real);
+    const Written written = write(scene);
+    EXPECT_EQ(written.losses,
+              (std::vector<std::string>{
+                  "n.x: the element type of the array is left out: a reader derives it from the elements"}));
+    EXPECT_EQ(written.text, "t n:\n    .x[0] |= n.o;\n");
+}
+
 // A part of a scene that cannot be written does not affect the rest.
 TEST(VrnWriter, losesNoMoreThanItLists) {
     Scene scene;
