@@ -4,8 +4,6 @@
 // would then spend more time on page faults than on reading.
 #pragma once
 
-#include "scene/core/Export.h"
-
 #include <cstddef>
 
 namespace vor::velmo_sdk::impl {
@@ -18,10 +16,10 @@ inline constexpr std::size_t mediumSlab = 8 * slabBlock;
 inline constexpr std::size_t largeSlab = 64 * slabBlock;
 
 // Memory for a slab of one of these sizes, aligned to slabBlock. Throws std::bad_alloc.
-[[nodiscard]] VRN_API void* takeSlab(std::size_t size);
+[[nodiscard]] void* takeSlab(std::size_t size);
 
 // Releases what takeSlab() returned, on any thread. Keeps small and medium slabs for reuse by this thread, up to 8
 // MiB and until releaseSpareMemory() or the end of the thread.
-VRN_API void giveSlab(void* slab, std::size_t size) noexcept;
+void giveSlab(void* slab, std::size_t size) noexcept;
 
 } // namespace vor::velmo_sdk::impl

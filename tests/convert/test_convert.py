@@ -874,8 +874,11 @@ class Failures(Converting):
         self.file("circle.gltf", start + '[{"children":[1]},{"children":[0]}]}')
         self.file("shared.gltf", start + '[{"children":[2,2]},{},{}]}')
         self.file("deep.gltf", '{"asset":{"version":"2.0"},"extras":' + "[" * 100000 + "]" * 100000 + "}")
-        chain = ",".join(f'{{"children":[{i + 1}]}}' for i in range(1001))
-        self.file("nested.gltf", start + f"[{chain},{{}}]}}")
+        def nested(levels):
+            return start + "[" + "".join(f'{{"children":[{i + 1}]}},' for i in range(levels)) + "{}]}"
+        self.file("nested.gltf", nested(1001))
+        self.file("not_too_deep.gltf", nested(1000))
+        self.convert("not_too_deep.gltf", "out.vrn")
         for path in ("nested.gltf", "empty.glb", "text.glb", "cut.glb", "wrong.obj", "wrong.ply", "wrong.stl", "deep.gltf",
                      "circle.gltf", "shared.gltf"):
             with self.subTest(path):
