@@ -29,24 +29,20 @@ template <class AnyScene> static bool hasNameMaps(const AnyScene& scene) {
         return true;
 }
 
-// The input of a name, and whether it is new. A missing input is created with the value, in one search if the scene
-// supports that; the value of an existing input is not changed.
+// The input of a name. A missing one is created: with the value, which is then moved from and reported as written, or,
+// with a scene that does not support that, with its type alone.
 template <class AnyNode> static auto inputOrNew(AnyNode* node, const String& name, AttrData& value) {
     using AnyInput = std::remove_pointer_t<decltype(node->input(name))>;
     struct Result {
         AnyInput* input;
-        bool isNew;
+        bool isWritten;
     };
-    if constexpr (requires { node->inputOrNew(name, value); }) {
+    if constexpr (hasInputOrNew<AnyNode>) {
         const auto [input, isNew] = node->inputOrNew(name, value);
         return Result{input, isNew};
     } else {
-        if (node->hasInput(name, AttrType::Null))
-            return Result{node->input(name), false};
-        AnyInput* input = node->createInput(name, value.type());
-        if (value.type() != AttrType::Null)
-            input->assign(std::move(value));
-        return Result{input, true};
+        const bool exists = node->hasInput(name, AttrType::Null);
+        return Result{exists ? node->input(name) : node->createInput(name, value.type()), false};
     }
 }
 
@@ -71,8 +67,10 @@ void VrnParser::parsePlainStatements() {
                 lexer->refuseRestartBefore(scanner.place().at);
             if (!isNextPlain && !PlainScanner(statement->end, lexer->windowEnd()).areTokensAhead())
                 break;
-            if (!apply(*statement, applied))
+            if (!apply(*statement, applied)) {
+                lexer->refuseRestartBefore(statement->begin.at);
                 break;
+            }
         }
     } catch (...) {
         continueAfter(applied);
@@ -101,7 +99,9 @@ bool VrnParser::apply(const PlainStatement& statement, TextPlace& applied) {
     const TextPlace before = std::exchange(applied, statement.end);
     const bool isApplied =
         statement.kind == Kind::Declaration ? applyDeclaration(statement) : applyAssignment(statement);
-    if (!isApplied)
+    if (isApplied)
+        ++plainStatements;
+    else
         applied = before;
     return isApplied;
 }
@@ -147,7 +147,7 @@ bool VrnParser::applyAssignment(const PlainStatement& statement) {
 Node* VrnParser::targetNode(const PlainStatement& statement) {
     if (statement.node.empty())
         return withNode;
-    if (!isSameWord(statement.node, lastTarget.name))
+    if (!hasInputOrNew<Node> || !isSameWord(statement.node, lastTarget.name))
         lastTarget = {statement.node, scene->findNode(statement.node)};
     return lastTarget.node;
 }
@@ -179,8 +179,8 @@ static bool takesSilently(const Input* input, AttrType type) {
 
 bool VrnParser::applyValue(const PlainStatement& statement, Node* node, const String& name) {
     AttrData data = dataOf(statement);
-    const auto [input, isNew] = inputOrNew(node, name, data);
-    if (isNew)
+    const auto [input, isWritten] = inputOrNew(node, name, data);
+    if (isWritten)
         return true;
     if (!takesSilently(input, statement.type))
         return false;

@@ -19,16 +19,11 @@ bool VrnParser::parse(IScene* target, const File& file) {
     return parse(target, &source);
 }
 
-// A host's scene may read from the file that is being parsed, which ends the lexer's window. The fast path for plain
-// statements would not notice. A host that offers inputOrNew() promises not to do so.
-template <class AnyNode>
-static constexpr bool mayUseSource =
-    !requires(AnyNode* node, const String& name, AttrData& value) { node->inputOrNew(name, value); };
-
 bool VrnParser::parse(IScene* target, Lexer* source) {
     scene = static_cast<Scene*>(target);
     lexer = source;
-    readsPlainStatements = readsPlainStatements && (lexer->keepsWindow() || !mayUseSource<Node>);
+    // A host's scene may read from the file that is being parsed, which ends the lexer's window.
+    readsPlainStatements = readsPlainStatements && (lexer->keepsWindow() || hasInputOrNew<Node>);
     const NameMapScope names(scene);
     primeWithNotices();
     const bool isRead = readStatements();

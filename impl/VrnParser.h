@@ -44,6 +44,13 @@ struct WithInfo {
     Token name;
 };
 
+// Whether nodes find or create an input with its value in one search. A host's scene that offers this promises not to
+// read from the file that is being parsed, and not to remove nodes in its functions.
+template <class AnyNode>
+inline constexpr bool hasInputOrNew = requires(AnyNode* node, const String& name, AttrData& value) {
+    node->inputOrNew(name, value);
+};
+
 class VrnParser {
 public:
     using IScene = interfaces::IScene;
@@ -144,6 +151,7 @@ public:
     PendingLinks pendingReferences;
     u64 implicitElements = 0;         // array elements created because a later one was assigned
     bool readsPlainStatements = true; // false: tests read every statement by its tokens
+    u64 plainStatements = 0;          // read by the fast path
     AssignInfo assignment;            // the current one; a member so that its memory is reused
 
 private:

@@ -5,6 +5,8 @@
 
 #include <cstdlib>
 #include <new>
+#include <optional>
+#include <pthread.h>
 #include <utility>
 
 namespace vor::velmo_sdk::impl {
@@ -24,7 +26,6 @@ struct Spares {
     Spare* small;
     Spare* medium;
     std::size_t bytes;
-    bool isClosed; // the thread is about to end
 };
 constinit thread_local Spares spares{};
 
@@ -34,15 +35,17 @@ Spare** listOf(std::size_t size) noexcept {
     return size == mediumSlab ? &spares.medium : nullptr;
 }
 
-// Frees the spares of a thread that ends.
-struct Closer {
-    ~Closer() {
-        spares.isClosed = true;
-        releaseSpareMemory();
-    }
-    void arm() noexcept {} // constructs the thread's object
-};
-thread_local Closer closer;
+// Frees the spares of this thread when it ends. Fails without memory or keys. A destructor of a thread_local variable
+// would do the same, but registering one ends the process if there is no memory.
+bool freeAtEndOfThread() noexcept {
+    static const std::optional<pthread_key_t> key = []() -> std::optional<pthread_key_t> {
+        pthread_key_t created{};
+        if (::pthread_key_create(&created, [](void*) { releaseSpareMemory(); }) != 0)
+            return std::nullopt;
+        return created;
+    }();
+    return key && ::pthread_setspecific(*key, &spares) == 0;
+}
 
 } // namespace
 
@@ -60,9 +63,8 @@ void* takeSlab(std::size_t size) {
 
 void giveSlab(void* slab, std::size_t size) noexcept {
     Spare** list = listOf(size);
-    if (!list || spares.isClosed || spares.bytes + size > maxSpareBytes)
+    if (!list || spares.bytes + size > maxSpareBytes || !freeAtEndOfThread())
         return std::free(slab);
-    closer.arm();
     *list = new (slab) Spare{*list};
     spares.bytes += size;
 }

@@ -249,7 +249,7 @@ bool PlainScanner::areTokensAhead() noexcept {
         std::string_view text;
         if (*cursor.at == '#' && cursor.comment(text))
             continue;
-        const char* const next = wordEnd(cursor.at, cursor.limit);
+        const char* const next = wordEnd(cursor.at, cursor.end);
         if (next == cursor.at)
             return false;
         cursor.at = next;

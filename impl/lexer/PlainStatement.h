@@ -7,9 +7,10 @@
 //
 // Most statements of a scene declare a node, or assign a number, a truth value, a string, a list of components or a
 // link to `node.input` or `.input`. Making tokens of them takes longer than anything else that is done with them. The
-// scanner recognises such a statement as a whole, and refuses everything unusual: characters outside ASCII, keywords
-// as names, numbers that need rounding rules, line feeds in strings, the end of the window. It knows neither the scene
-// nor any message; what it refuses is left to the lexer and the parser, which also read all that it accepts.
+// scanner recognises such a statement as a whole, and refuses everything unusual: characters outside ASCII, keywords as
+// names, numbers with exponents, suffixes or more than 19 digits, strings with characters that are not printable, the
+// end of the window. It knows neither the scene nor any message; what it refuses is left to the lexer and the parser,
+// which also read all that it accepts.
 #pragma once
 
 #include "scene/AttrType.h"

@@ -65,8 +65,8 @@ namespace vor::velmo_sdk::impl {
 #endif
 }
 
-// The end of the word that begins at `at`, at most `end`; `at` itself if no word begins there. At least sixteen
-// characters must be readable.
+// The end of the word that begins at `at`, at most `end`; `at` itself if no word begins there. There must be more than
+// sixteen characters before `end`.
 [[nodiscard]] inline const char* wordEnd(const char* at, const char* end) noexcept {
     if (isIn(*at, punctuationChar))
         return at + 1;

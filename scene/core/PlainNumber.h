@@ -168,7 +168,7 @@ requires std::is_floating_point_v<Real>
     if constexpr (std::endian::native == std::endian::little && sizeof(Real) == sizeof(double)) {
         u32 places = 0;
         const detail::DigitRun number = end - text >= 8 ? detail::leadingDecimal(text, places) : detail::DigitRun{};
-        if (number.count != 0) { // seven digits: one exact division
+        if (number.count != 0) { // at most six digits: one division, rounded once
             const Real value = static_cast<Real>(static_cast<i64>(number.value)) / detail::exactPowersOfTen[places];
             out = minus ? -value : value;
             return text + number.count + 1;

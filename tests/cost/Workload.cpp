@@ -74,6 +74,7 @@ const std::map<std::string, Make> workloads = {
     {"references", units("t n; t m;", "n.x$ = m;\n")},
     {"links_of_many_nodes", units("", "t n$; n$.in |= n$.out; n$.ref = n$;\n")},
     {"comments", units("", "# comment $\n")},
+    {"header_comments", units("", "# time: $\n", "t a;\nt b;" + std::string(100, ' '))},
     {"one_list_of_reals", units("t n; n.x = vec3f[1000000] {", "0.1234$ ", "};")},
     {"statements_of_all_kinds", units("t m;", "t n$;\nn$.a = 0.$;\nn$.b = $;\nn$.c = vec3(0.$ 2.5 1e5);\n"
                                               "n$.d = \"text $\";\nn$.e |= m.out;\nn$.f[0].g = rgba(1 0 0.$);\n")},

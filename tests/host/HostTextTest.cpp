@@ -3,19 +3,14 @@
 #include "impl/Reader.h"
 #include "impl/lexer/StringLexer.h"
 #include "scene/Scene.h"
+#include "tests/host/Queries.h"
 #include "tests/support/EachSource.h"
 #include "tests/support/RandomText.h"
 #include "tests/support/Texts.h"
 
-#include <algorithm>
 #include <gtest/gtest.h>
 
 namespace vrn::test {
-
-static bool isQuery(const std::string& call) {
-    const char* const queries[] = {"findNode(", ".hasInput(", ".input(", "updateInputName("};
-    return std::ranges::any_of(queries, [&](const char* query) { return call.find(query) != std::string::npos; });
-}
 
 TEST(HostText, makesTheSameChangesFromEverySource) {
 #ifdef VRN_SLOW_BUILD
@@ -47,7 +42,8 @@ TEST(HostText, makesTheSameChangesFromEverySource) {
     EXPECT_GT(callCount, std::size_t(textCount) * 10) << "most texts do something";
 }
 
-static const char* const plainText = "t a; a.x = 1; a.y = 2; # note\na.z |= a.o; t b: .x = 1.5; .y = \"s\"; a.x = 3; b.z = a;";
+static const char* const plainText =
+    "t a; a.x = 1; a.y = 2; # note\na.z |= a.o; t b: .x = 1.5; .y = \"s\"; a.x = 3; b.z = a;";
 
 // A host's scene throws in one of its functions: the error has the same position as without the fast path, and the
 // same characters are consumed.

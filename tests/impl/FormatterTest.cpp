@@ -102,7 +102,7 @@ TEST(Formatter, wrapsListsAtWholeElements) {
             {"t a:\n.xxxxxx = {1 2 3 4 5 6};", "t a:\n    .xxxxxx = {\n        1 2 3 4 5 6\n    };\n"},
             {"n.x = byte[9] {.0123456789ABCDEF01234};", "n.x = byte[9] {\n    .0123456789ABCDEF01234\n};\n"},
             {"n.x = byte[9] {.0123 456789AB CDEF 01234};", "n.x = byte[9] {\n    .0123 456789AB CDEF\n    01234\n};\n"},
-            {"n.x = float[3] {1 2 3};", "n.x = float[3] {1 2 3};\n"},               // just fits
+            {"n.x = float[3] {1 2 3};", "n.x = float[3] {1 2 3};\n"},                                  // just fits
             {"n.vec3f = {11 12 13 1 1 1 1 1 1};", "n.vec3f = {\n    11 12 13 1 1 1 1 1\n    1\n};\n"}, // no type
             {"n.x = unknown[3] {1 2 3 };", "n.x = unknown[3] {\n    1 2 3\n};\n"},
             {"n.x = vec3f[3] {};", "n.x = vec3f[3] {};\n"},

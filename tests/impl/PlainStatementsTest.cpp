@@ -100,6 +100,26 @@ TEST(PlainStatements, doWhatTheGeneralPathDoes) {
     }
 }
 
+// The comparisons would be in vain if the fast path were never taken.
+TEST(PlainStatements, areReadByTheFastPath) {
+    const String text(std::string_view(padded("t n; n.x = 1; # c\nn.x = 2; n.y[0] = 1; n.z |= n.o; m.x = 1;")));
+    Scene scene;
+    VrnParser parser;
+    const ScopedLogSink silent([](const LogRecord&) {});
+    EXPECT_FALSE(parser.parse(&scene, text));
+    EXPECT_EQ(parser.plainStatements, 4U);
+    const std::string large = [] {
+        std::string statements = "t n;\n";
+        for (int i = 0; i < 1000; ++i)
+            statements += "n.x" + std::to_string(i) + " = 1;\n";
+        return statements;
+    }();
+    Scene fromFile;
+    VrnParser fileParser;
+    EXPECT_TRUE(fileParser.parse(&fromFile, File::fromSource(std::make_unique<Blocks>(large, 1000), 1000)));
+    EXPECT_GT(fileParser.plainStatements, 750U) << "all but those near the end of a block";
+}
+
 TEST(PlainStatements, respectACatalogue) {
     const char* const json = R"({"types": {"t": {
         "inputs": {

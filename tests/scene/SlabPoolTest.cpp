@@ -73,6 +73,7 @@ TEST(SpareSlabs, areUsedAgain) {
         giveSlab(second, size);
     }
     void* large = takeSlab(largeSlab);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(large) % largeSlab, 0U) << "a huge page";
     std::memset(large, 1, largeSlab);
     giveSlab(large, largeSlab);
     releaseSpareMemory();
@@ -106,6 +107,7 @@ TEST(SpareSlabs, mayBeGivenBackByAnyThread) {
         last = std::make_unique<Scene>();
         (void)last->createNode("t", "n");
         Scene().createNode("t", "n");
+        giveSlab(takeSlab(smallSlab), smallSlab); // a leak if the thread kept it
     }).join();
     EXPECT_EQ(scene->nodeCount(), 5000U);
     scene.reset();

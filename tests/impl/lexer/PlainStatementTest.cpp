@@ -164,6 +164,11 @@ TEST(PlainStatement, isRefusedAtTheEndOfTheWindow) {
             recognised += scanner.scan(statement) ? 1 : 0;
             PlainScanner ahead(TextPlace{window.data(), 1, 0}, window.data() + window.size());
             (void)ahead.areTokensAhead();
+            // A long word that begins just before the limit.
+            std::vector<char> word = window;
+            word.insert(word.end(), 67, 'w');
+            PlainScanner beyond(TextPlace{word.data(), 1, 0}, word.data() + word.size());
+            (void)beyond.areTokensAhead();
         }
         EXPECT_GT(recognised, 0) << text;
         EXPECT_LE(recognised, 40) << text;
