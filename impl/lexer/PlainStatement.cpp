@@ -38,6 +38,7 @@ struct Cursor : TextPlace {
     Cursor(const TextPlace& place, const char* windowEnd) noexcept
         : TextPlace(place), end(windowEnd), limit(windowEnd - place.at > margin ? windowEnd - margin : place.at) {}
 
+    [[nodiscard]] const TextPlace& place() const noexcept { return *this; }
     [[nodiscard]] bool isNearEnd() const noexcept { return at >= limit; }
 
     [[nodiscard]] bool accept(char c) noexcept {
@@ -202,18 +203,18 @@ struct Cursor : TextPlace {
         if (isNearEnd())
             return false;
         moreBlanks();
-        out.comments = *this;
+        out.comments = place();
         for (std::string_view text; !isNearEnd() && *at == '#'; blanks())
             if (!comment(text))
                 return false;
         if (isNearEnd())
             return false;
-        out.begin = *this;
+        out.begin = place();
         out.node = {};
         if (*at != '.' && !identifier(out.node))
             return false;
         const bool isRead = accept('.') ? identifier(out.name) && assignment(out) : declaration(out);
-        out.end = *this;
+        out.end = place();
         return isRead;
     }
 };
@@ -223,21 +224,21 @@ struct Cursor : TextPlace {
 [[gnu::flatten]] bool PlainScanner::scan(PlainStatement& out) noexcept {
     Cursor cursor(place_, end_);
     const bool isPlain = cursor.statement(out);
-    place_ = cursor;
+    place_ = cursor.place();
     return isPlain;
 }
 
 bool PlainScanner::comment(std::string_view& out) noexcept {
     Cursor cursor(place_, end_);
     const bool isWhole = cursor.comment(out);
-    place_ = cursor;
+    place_ = cursor.place();
     return isWhole;
 }
 
 void PlainScanner::blanks() noexcept {
     Cursor cursor(place_, end_);
     cursor.moreBlanks();
-    place_ = cursor;
+    place_ = cursor.place();
 }
 
 bool PlainScanner::areTokensAhead() noexcept {
