@@ -6,7 +6,6 @@
 #include "impl/Reader.h"
 #include "scene/Scene.h"
 
-#include <malloc.h>
 #include <memory>
 
 using namespace vor;
@@ -51,12 +50,13 @@ std::size_t memoryOf(std::size_t inputs) {
             text += std::string(".absorb") + static_cast<char>('a' + n) + "x = 0.5;\n";
     }
     const String source = std::string_view(text);
-    const auto held = [] { return mallinfo2().uordblks + mallinfo2().hblkhd; };
+    // Resident memory: the allocator counts address space around slabs of huge pages, which takes no memory.
+    const auto held = [] { return vrn::bench::statusMiB("VmRSS") * (1 << 20); };
     Scene scene;
-    const std::size_t before = held();
+    const double before = held();
     if (!parseString(&scene, source))
         std::exit(1);
-    return (held() - before) / nodes;
+    return static_cast<std::size_t>((held() - before) / nodes);
 }
 
 } // namespace
