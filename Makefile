@@ -36,10 +36,10 @@ test: checks $(LOCALES)/de_DE.UTF-8 $(NODE_MODULES)
 	cmake --build --preset tsan
 	build/tsan/tests/vrn_thread_tests
 
-quick: packages
+quick: checks $(LOCALES)/de_DE.UTF-8
 	@$(CONFIGURE) --preset release >/dev/null
 	@cmake --build --preset release --target vrn_tests
-	build/release/tests/vrn_tests --gtest_brief=1
+	LOCPATH=$(LOCALES) build/release/tests/vrn_tests --gtest_brief=1
 
 # DESTDIR, if set, is prepended to the prefix.
 PREFIX := /usr/local
