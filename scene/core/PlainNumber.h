@@ -58,8 +58,8 @@ inline DigitRun leadingDigits(const char* text) noexcept {
     return bits == 0 ? DigitRun{} : DigitRun{valueOfDigits(word, bits), bits / 8};
 }
 
-// The digits of a decimal with a point that ends within eight characters, all converted together: the point is taken out
-// of the word. The count is 0 if there is no such decimal; `places` is the number of digits after the point.
+// The digits of a decimal with a point that ends within eight characters, all converted together: the point is taken
+// out of the word. The count is 0 if there is no such decimal; `places` is the number of digits after the point.
 inline DigitRun leadingDecimal(const char* text, u32& places) noexcept {
     u64 word;
     std::memcpy(&word, text, sizeof word);
