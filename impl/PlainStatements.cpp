@@ -12,7 +12,6 @@
 #include "scene/syntax/HeaderComment.h"
 #include "scene/syntax/Keyword.h"
 
-#include <algorithm>
 #include <type_traits>
 #include <utility>
 
@@ -100,7 +99,7 @@ bool VrnParser::apply(const PlainStatement& statement, TextPlace& applied) {
     const bool isApplied =
         statement.kind == Kind::Declaration ? applyDeclaration(statement) : applyAssignment(statement);
     if (isApplied)
-        ++plainStatements;
+        ++plainStatementCount;
     else
         applied = before;
     return isApplied;
@@ -153,20 +152,28 @@ Node* VrnParser::targetNode(const PlainStatement& statement) {
 }
 
 static AttrData dataOf(const PlainStatement& statement) {
-    switch (statement.type) {
-    case AttrType::Bool:
+    switch (valueKind(statement.type)) {
+    case ValueKind::Bool:
         return AttrData::boolean(statement.integer != 0);
-    case AttrType::Int:
+    case ValueKind::Int:
         return AttrData::integer(statement.integer);
-    case AttrType::Real:
+    case ValueKind::Real:
         return AttrData::real(statement.reals[0]);
-    case AttrType::String:
+    case ValueKind::Components:
+        return AttrData::numbers(statement.type, statement.reals);
+    case ValueKind::String:
         if (statement.hasEscapes)
             return AttrData::string(String(statement.word).unescape());
         return AttrData::string(statement.word);
-    default:
-        return AttrData::numbers(statement.type, statement.reals.data());
+    case ValueKind::Null: // not plain: the scanner refuses these
+    case ValueKind::UInt:
+    case ValueKind::Node:
+    case ValueKind::Buffer:
+    case ValueKind::Array:
+    case ValueKind::Object:
+        break;
     }
+    return {};
 }
 
 // Whether a value can be written without a diagnostic and without effects on other inputs.

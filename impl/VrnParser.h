@@ -151,7 +151,7 @@ public:
     PendingLinks pendingReferences;
     u64 implicitElements = 0;         // array elements created because a later one was assigned
     bool readsPlainStatements = true; // false: tests read every statement by its tokens
-    u64 plainStatements = 0;          // read by the fast path
+    u64 plainStatementCount = 0;      // those read by the fast path
     AssignInfo assignment;            // the current one; a member so that its memory is reused
 
 private:

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
-#include <iterator>
 #include <new>
 
 namespace vor::velmo_sdk {
@@ -30,10 +29,10 @@ AttrData AttrData::unsignedInteger(u64 value) noexcept { return {AttrType::UInt,
 
 AttrData AttrData::real(double value) noexcept { return {AttrType::Real, 0, std::bit_cast<u64>(value)}; }
 
-AttrData AttrData::numbers(AttrType type, const double* numbers) {
+AttrData AttrData::numbers(AttrType type, std::span<const double> numbers) {
     AttrData data = zero(type);
-    const u32 count = componentCount(type);
-    std::copy_n(numbers, count, hasBlock(type) ? data.components().data() : data.store_.reals);
+    const std::span<double> components = data.components();
+    std::ranges::copy(numbers.first(std::min(numbers.size(), components.size())), components.begin());
     return data;
 }
 

@@ -74,8 +74,8 @@ public:
     [[nodiscard]] static AttrData unsignedInteger(u64 value) noexcept;
     [[nodiscard]] static AttrData real(double value) noexcept;
 
-    // A value of componentCount(type) numbers, which are copied.
-    [[nodiscard]] static AttrData numbers(AttrType type, const double* numbers);
+    // A value of componentCount(type) numbers: copies the first ones; missing ones are zero.
+    [[nodiscard]] static AttrData numbers(AttrType type, std::span<const double> numbers);
 
     // Copies the text up to its first NUL.
     [[nodiscard]] static AttrData string(std::string_view text);

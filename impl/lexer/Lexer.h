@@ -14,9 +14,9 @@
 #pragma once
 
 #include "impl/lexer/ElementSink.h"
-#include "impl/lexer/PlainStatement.h"
 #include "impl/lexer/ScanExtent.h"
 #include "impl/lexer/TextKeeper.h"
+#include "impl/lexer/TextPlace.h"
 #include "impl/lexer/Token.h"
 #include "scene/core/Vector.h"
 #include "scene/syntax/CharClass.h"

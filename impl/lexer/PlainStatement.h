@@ -13,32 +13,13 @@
 // which also read all that it accepts.
 #pragma once
 
+#include "impl/lexer/TextPlace.h"
 #include "scene/AttrType.h"
-#include "scene/core/Log.h"
 
 #include <array>
-#include <cstdint>
 #include <string_view>
 
 namespace vor::velmo_sdk::impl {
-
-// A place between two characters of a window, with the line of the next one. Positions wrap around like those of the
-// lexer, so the start of a line is a number: the lower half of the address of the character before it, which may lie
-// outside the window.
-struct TextPlace {
-    const char* at = nullptr; // the next character
-    u32 line = 1;
-    u32 lineStart = 0;
-
-    [[nodiscard]] static u32 lowerHalf(const char* character) noexcept {
-        return static_cast<u32>(reinterpret_cast<std::uintptr_t>(character));
-    }
-    // The position of a character on the same line.
-    [[nodiscard]] TextPosition positionOf(const char* character) const noexcept {
-        return {static_cast<i32>(line), static_cast<i32>(lowerHalf(character) - lineStart)};
-    }
-    [[nodiscard]] TextPosition positionBefore() const noexcept { return positionOf(at - 1); }
-};
 
 struct PlainStatement {
     enum class Kind : u8 { Declaration, Value, Connection, Reference };

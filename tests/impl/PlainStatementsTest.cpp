@@ -107,7 +107,7 @@ TEST(PlainStatements, areReadByTheFastPath) {
     VrnParser parser;
     const ScopedLogSink silent([](const LogRecord&) {});
     EXPECT_FALSE(parser.parse(&scene, text));
-    EXPECT_EQ(parser.plainStatements, 4U);
+    EXPECT_EQ(parser.plainStatementCount, 4U);
     const std::string large = [] {
         std::string statements = "t n;\n";
         for (int i = 0; i < 1000; ++i)
@@ -117,7 +117,7 @@ TEST(PlainStatements, areReadByTheFastPath) {
     Scene fromFile;
     VrnParser fileParser;
     EXPECT_TRUE(fileParser.parse(&fromFile, File::fromSource(std::make_unique<Blocks>(large, 1000), 1000)));
-    EXPECT_GT(fileParser.plainStatements, 750U) << "all but those near the end of a block";
+    EXPECT_GT(fileParser.plainStatementCount, 750U) << "all but those near the end of a block";
 }
 
 TEST(PlainStatements, respectACatalogue) {

@@ -32,6 +32,41 @@ TEST(AttrData, holdsValuesOfEachType) {
     EXPECT_EQ(buffer.bytes().size(), 24U);
 }
 
+// Strings of up to 31 bytes and four reals are stored inside the value, others in a block.
+TEST(AttrData, copiesAndMovesWhatItHoldsInside) {
+    for (const std::size_t length : {0U, 1U, 15U, 16U, 30U, 31U, 32U, 33U, 100U}) {
+        const std::string text(length, 'x');
+        AttrData first = AttrData::string(text);
+        const AttrData copy = first;
+        EXPECT_STREQ(copy.asString(), text.c_str());
+        EXPECT_EQ(copy, first);
+        EXPECT_FALSE(copy == AttrData::string(text + "y"));
+        const AttrData moved = std::move(first);
+        EXPECT_STREQ(moved.asString(), text.c_str());
+        EXPECT_NE(moved.asString(), copy.asString()) << "a copy is deep";
+    }
+    EXPECT_EQ(AttrData::zero(AttrType::String), AttrData::string(""));
+}
+
+TEST(AttrData, copiesItsNumbers) {
+    std::vector<double> numbers(20);
+    for (std::size_t i = 0; i < numbers.size(); ++i)
+        numbers[i] = static_cast<double>(i) + 0.5;
+    for (i32 i = 0; i < attrTypeCount; ++i) {
+        const auto type = static_cast<AttrType>(i);
+        const AttrData data = AttrData::numbers(type, numbers);
+        const AttrData copy = data;
+        EXPECT_EQ(data.type(), type);
+        ASSERT_EQ(copy.components().size(), componentCount(type)) << attrTypeName(type);
+        for (std::size_t k = 0; k < componentCount(type); ++k)
+            EXPECT_EQ(copy.components()[k], numbers[k]) << attrTypeName(type);
+        EXPECT_EQ(copy, data);
+    }
+    const AttrData few = AttrData::numbers(AttrType::Mat3, std::span(numbers).first(2));
+    EXPECT_EQ(few.components()[1], 1.5);
+    EXPECT_EQ(few.components()[2], 0) << "missing numbers are zero";
+}
+
 TEST(AttrData, hasAZeroForEachType) {
     for (i32 i = 0; i < attrTypeCount; ++i) {
         const auto type = static_cast<AttrType>(i);

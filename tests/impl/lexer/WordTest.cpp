@@ -28,6 +28,34 @@ TEST(Keyword, isNotCaseSensitiveAndHasAtMostEightCharacters) {
     EXPECT_EQ(keywordNumber(atRunTime), keywordNumber("colorref"));
 }
 
+TEST(Word, isComparedWithoutWhatFollowsIt) {
+    for (std::size_t length = 0; length < 20; ++length) {
+        const std::string word(length, 'w');
+        const std::string a = word + std::string(20, '1');
+        std::string b = word + std::string(20, '2');
+        const auto isSame = [&](std::size_t size) {
+            return isSameWord(std::string_view(a).substr(0, size), std::string_view(b).substr(0, size));
+        };
+        EXPECT_TRUE(isSame(length));
+        EXPECT_FALSE(isSame(length + 1));
+        EXPECT_FALSE(isSameWord(word, std::string_view(b).substr(0, length + 1)));
+        if (length == 0)
+            continue;
+        b[length / 2] = 'x';
+        EXPECT_FALSE(isSame(length));
+    }
+}
+
+TEST(Word, ofAStringIsPlainUpToWhatIsNot) {
+    for (int c = 0; c < 256; ++c)
+        for (std::size_t at = 0; at < 16; ++at) {
+            std::string text(16, 'a');
+            text[at] = static_cast<char>(c);
+            const bool isPlain = c >= ' ' && c <= '~' && c != '"' && c != '\\';
+            EXPECT_EQ(plainTextLength(text.data()), isPlain ? 16 : at) << c;
+        }
+}
+
 TEST(Word, endsAfterItsLastCharacter) {
     const std::string rest = " 0123456789012345";
     for (int c = 0; c < 256; ++c) {
