@@ -14,7 +14,8 @@ MUTATOR := build/mutator
 NODE_MODULES := $(CURDIR)/build/node_modules
 CONFIGURE := cmake -DVRN_WARNINGS_AS_ERRORS=ON -DVRN_LOCALES=$(LOCALES) -DVRN_BENCHMARKS=OFF --log-level=WARNING
 
-JOBS := $(shell nproc)
+# Some tests mostly wait.
+TEST_JOBS := $(shell echo $$(($$(nproc) + 1)))
 
 .PHONY: run test quick install bench fuzz lint coverage mutants packages checks format goldens grammar clean
 
@@ -27,10 +28,10 @@ run: packages
 test: checks $(LOCALES)/de_DE.UTF-8 $(NODE_MODULES)
 	$(CONFIGURE) --preset release
 	cmake --build --preset release
-	ctest --preset release -j$(JOBS)
+	ctest --preset release -j$(TEST_JOBS)
 	$(CONFIGURE) --preset asan
 	cmake --build --preset asan
-	ctest --preset asan -j$(JOBS)
+	ctest --preset asan -j$(TEST_JOBS)
 	scripts/fuzz 20
 	$(CONFIGURE) --preset tsan
 	cmake --build --preset tsan

@@ -6,6 +6,7 @@
 #include "tests/host/Queries.h"
 #include "tests/support/EachSource.h"
 #include "tests/support/RandomText.h"
+#include "tests/support/Scaled.h"
 #include "tests/support/Texts.h"
 
 #include <gtest/gtest.h>
@@ -13,11 +14,7 @@
 namespace vrn::test {
 
 TEST(HostText, makesTheSameChangesFromEverySource) {
-#ifdef VRN_SLOW_BUILD
-    constexpr int textCount = 200;
-#else
-    constexpr int textCount = 2000;
-#endif
+    constexpr int textCount = scaled(2000);
     const std::size_t blockSizes[] = {1, 2, 3, 7, 16, 17, 31, 64, 1000};
     const Grammar grammar = readGrammar(contentOf(std::string(VRN_TEST_DATA) + "/../../docs/grammar.md"));
     RandomText texts(grammar, 3);

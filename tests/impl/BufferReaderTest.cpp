@@ -3,6 +3,7 @@
 
 #include "impl/lexer/FileLexer.h"
 #include "tests/support/Reading.h"
+#include "tests/support/Scaled.h"
 #include "tests/support/Sources.h"
 
 #include <algorithm>
@@ -64,7 +65,7 @@ TEST(BufferReader, readsTheSameFromAllSources) {
     const DataType types[] = {DataType::Float, DataType::Int32, DataType::Byte, DataType::Vec3d, DataType::Rgba8};
     const std::string_view characters = "0123456789-.eE{}{}()[],  \n\t\x01\x80";
     std::mt19937 random(13);
-    for (int i = 0; i < 20000; ++i) {
+    for (int i = 0; i < scaled(20000); ++i) {
         std::string text = random() % 20 == 0 ? "{.5" : "{";
         const std::size_t length = random() % (i % 10 == 0 ? 600 : 60);
         const std::size_t kinds = random() % 4 == 0 ? characters.size() : 10 + random() % 4;
@@ -79,7 +80,7 @@ TEST(BufferReader, readsTheSameFromAllSources) {
 TEST(BufferReader, readsTheSamePayloads) {
     const std::string stream = "789CEDC1010D000000C2A0F74F6D0E37A00000000000000000000000E06E0100000100000001";
     std::mt19937 random(14);
-    for (int i = 0; i < 2000; ++i) {
+    for (int i = 0; i < scaled(2000); ++i) {
         std::string text = random() % 2 ? "{." : "{ \n.";
         for (std::size_t at = 0; at < stream.size(); ++at) {
             text += stream[at];
@@ -92,11 +93,7 @@ TEST(BufferReader, readsTheSamePayloads) {
 }
 
 TEST(BufferReader, readsLongListsInPieces) {
-#ifdef VRN_SLOW_BUILD
-    constexpr int count = 20000; // still several pieces
-#else
-    constexpr int count = 200000;
-#endif
+    constexpr int count = scaled(200000); // several pieces
     std::string text = "{";
     for (int i = 0; i < count; ++i)
         text += std::to_string(i * 7919 % 100000) + (i % 10 == 9 ? "\n" : " ");

@@ -1,6 +1,7 @@
 // Limits at their exact value: the largest allowed value passes, the next one is refused with its message.
 #include "impl/lexer/FileLexer.h"
 #include "tests/support/Reading.h"
+#include "tests/support/Scaled.h"
 #include "tests/support/Sources.h"
 
 namespace vrn::test {
@@ -106,11 +107,7 @@ TEST(Limits, ofImplicitElements) {
 // Tokens of sizes around those of the lexer's buffers.
 TEST(Limits, ofTheLexersBuffersChangeNoToken) {
     std::vector<std::size_t> sizes;
-#ifdef VRN_SLOW_BUILD
-    constexpr std::size_t largest = 64U * 1024;
-#else
-    constexpr std::size_t largest = 1U << 20;
-#endif
+    constexpr auto largest = static_cast<std::size_t>(scaled(1 << 20));
     for (const std::size_t size : {std::size_t(16), std::size_t(240), std::size_t(255), std::size_t(1024),
                                    std::size_t(2048), std::size_t(32) * 1024, largest})
         for (const std::size_t near : {size - 2, size - 1, size, size + 1, size + 2})

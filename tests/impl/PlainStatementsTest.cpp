@@ -2,6 +2,7 @@
 #include "tests/support/EachSource.h"
 #include "tests/support/Reading.h"
 #include "tests/support/SameScene.h"
+#include "tests/support/Scaled.h"
 #include "tests/support/Texts.h"
 
 #include <random>
@@ -54,11 +55,7 @@ std::string differenceOfPaths(const std::string& text, const std::shared_ptr<con
     return "";
 }
 
-#ifdef VRN_SLOW_BUILD
-constexpr int mutantCount = 400;
-#else
-constexpr int mutantCount = 6000;
-#endif
+constexpr int mutantCount = scaled(6000);
 
 } // namespace
 

@@ -5,6 +5,7 @@
 #include "tests/support/Invariants.h"
 #include "tests/support/Reading.h"
 #include "tests/support/SameScene.h"
+#include "tests/support/Scaled.h"
 #include "tests/support/Texts.h"
 
 #include <algorithm>
@@ -18,11 +19,7 @@ const Grammar& grammar() {
     return rules;
 }
 
-#ifdef VRN_SLOW_BUILD
-constexpr int textCount = 150;
-#else
-constexpr int textCount = 1500;
-#endif
+constexpr int textCount = scaled(1500);
 
 } // namespace
 

@@ -1,5 +1,6 @@
 #include "impl/lexer/FileLexer.h"
 #include "tests/support/Reading.h"
+#include "tests/support/Scaled.h"
 #include "tests/support/Sources.h"
 
 #include <random>
@@ -216,7 +217,7 @@ TEST(Lexer, returnsTheSameTokensWithAndWithoutAWindow) {
                                   "0.123456 7.5 -8 9 ",
                                   "1234567890123456 "};
     std::mt19937 random(7);
-    for (int i = 0; i < 20000; ++i) {
+    for (int i = 0; i < scaled(20000); ++i) {
         std::string text;
         const std::size_t count = random() % 30;
         for (std::size_t n = 0; n < count; ++n)
@@ -227,7 +228,7 @@ TEST(Lexer, returnsTheSameTokensWithAndWithoutAWindow) {
 
 TEST(Lexer, returnsTheSameLongListsFromAllSources) {
     std::mt19937 random(8);
-    for (int i = 0; i < 300; ++i) {
+    for (int i = 0; i < scaled(300); ++i) {
         std::string text = "x = float[1]{";
         const char* separators[] = {" ", "  ", "\n\t", ",", ", ", "\r\n", " (", ") ", " [", "]", "\x80", " {", "} "};
         const std::size_t kinds = i % 3 == 0 ? std::size(separators) : 6;
@@ -280,7 +281,7 @@ static std::string listStepByStep(const std::string& source) {
 TEST(Lexer, flattensListsLikeTheReference) {
     const std::string_view characters = "0123456789-.+eE()(){}{}[],,    \n\t\r\x01\x80nu";
     std::mt19937 random(9);
-    for (int i = 0; i < 50000; ++i) {
+    for (int i = 0; i < scaled(50000); ++i) {
         std::string text = random() % 2 ? "(" : "{";
         const std::size_t length = random() % (i % 10 == 0 ? 600 : 40);
         for (std::size_t n = 0; n < length; ++n)

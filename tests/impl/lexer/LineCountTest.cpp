@@ -1,6 +1,7 @@
 // Positions after long runs of line feeds, which the lexer counts in batches.
 #include "impl/lexer/FileLexer.h"
 #include "tests/support/Reading.h"
+#include "tests/support/Scaled.h"
 #include "tests/support/Sources.h"
 
 #include <algorithm>
@@ -10,7 +11,7 @@ namespace vrn::test {
 
 namespace {
 
-constexpr std::size_t runs[] = {1, 2, 239, 240, 241, 254, 255, 256, 257, 479, 480, 481, 511, 512, 513, 100000};
+constexpr std::size_t runs[] = {1, 2, 239, 240, 241, 254, 255, 256, 257, 479, 480, 481, 511, 512, 513, scaled(100000)};
 
 // A text with a run of line feeds, and the position of its `?`.
 struct Case {

@@ -2,6 +2,7 @@
 #include "impl/numbers/NumberFiller.h"
 
 #include "tests/support/Reading.h"
+#include "tests/support/Scaled.h"
 
 #include <bit>
 #include <cmath>
@@ -164,7 +165,7 @@ TYPED_TEST_SUITE(NumberFillerOf, Numbers, );
 
 TYPED_TEST(NumberFillerOf, agreesWithTheGeneralParser) {
     Random random(11);
-    for (int i = 0; i < 3000 && !testing::Test::HasFatalFailure(); ++i)
+    for (int i = 0; i < scaled(3000) && !testing::Test::HasFatalFailure(); ++i)
         expectSameAsGeneral<TypeParam>(random);
 }
 

@@ -3,6 +3,7 @@
 #include "scene/core/NumberText.h"
 #include "tests/support/InstructionSets.h"
 #include "tests/support/Reading.h"
+#include "tests/support/Scaled.h"
 
 #include <bit>
 #include <cmath>
@@ -175,13 +176,14 @@ TEST(NumberLists, realsAsPeopleWriteThem) {
 
 TEST(NumberLists, floatsReadBackFromTheFewestDigits) {
     std::vector<float> numbers;
-    for (u64 bits = 0; bits <= 0xFFFFFFFF; bits += 9973)
+    const u64 step = u64(0xFFFFFFFF) / static_cast<u64>(scaled(430000));
+    for (u64 bits = 0; bits <= 0xFFFFFFFF; bits += step)
         if (const auto number = std::bit_cast<float>(static_cast<u32>(bits)); !std::isnan(number))
             numbers.push_back(number);
     for (u32 exponent = 100; exponent < 155; ++exponent) // each power of two and its neighbours
         for (const i32 beside : {-2, -1, 0, 1, 2})
             numbers.push_back(std::bit_cast<float>((exponent << 23) + static_cast<u32>(beside)));
-    for (int i = 0; i < 20000; ++i)
+    for (int i = 0; i < scaled(20000); ++i)
         numbers.push_back(static_cast<float>(i) / 1000);
     // Integers four apart: the multiple of ten between two of them is a midpoint, which rounds to the even one.
     for (u32 i = 0; i < 2000; ++i)
@@ -192,7 +194,7 @@ TEST(NumberLists, floatsReadBackFromTheFewestDigits) {
 TEST(NumberLists, doublesReadBackFromTheFewestDigits) {
     std::vector<double> numbers;
     std::mt19937_64 random(2);
-    for (int i = 0; i < 50000; ++i) {
+    for (int i = 0; i < scaled(50000); ++i) {
         const u64 middling = u64(1000 + random() % 80) << 52 | random() >> 12;
         numbers.push_back(std::bit_cast<double>(middling));
         numbers.push_back(static_cast<double>(random() % 100000000) / std::pow(10, random() % 12));

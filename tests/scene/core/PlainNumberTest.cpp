@@ -1,5 +1,6 @@
 #include "scene/core/PlainNumber.h"
 #include "tests/support/Reading.h"
+#include "tests/support/Scaled.h"
 
 #include <bit>
 #include <random>
@@ -32,7 +33,7 @@ template <class Number> static bool isTaken(const std::string& text) {
 
 TEST(PlainNumber, agreesWithTheGeneralParser) {
     std::mt19937_64 random(3);
-    for (int i = 0; i < 100000; ++i) {
+    for (int i = 0; i < scaled(100000); ++i) {
         std::string text = random() % 2 ? "-" : "";
         text += std::to_string(random() >> (random() % 64));
         if (random() % 2)
@@ -45,7 +46,7 @@ TEST(PlainNumber, agreesWithTheGeneralParser) {
 
 TEST(PlainNumber, roundsTiesOfFloats) {
     std::mt19937_64 random(4);
-    for (int i = 0; i < 100000; ++i) {
+    for (int i = 0; i < scaled(100000); ++i) {
         // At, just below and just above the midpoint of two floats.
         const u32 bits = static_cast<u32>(0x3F800000 + random() % 0x0B000000);
         const double middle =
