@@ -7,7 +7,6 @@ set(not_in_unity_builds
   cli/shell/ManualPage.cpp
   convert/import/GltfFile.cpp
   impl/Formatter.cpp
-  impl/lexer/ListText.cpp
   impl/numbers/PlainBlocks.cpp
   impl/numbers/PlainBlocksAvx2.cpp
   impl/numbers/PlainBlocksAvx512.cpp

@@ -21,20 +21,16 @@ void BufferReader::take(std::string_view characters) {
             return;
         characters.remove_prefix(static_cast<std::size_t>(first - characters.begin()));
         if (isPayload(characters[0])) {
-            payload_ = std::make_unique<PayloadDecoder>();
+            payload_ = std::make_unique<PayloadDecoder>([](char c) { return !isIn(c, numberChar); });
             characters.remove_prefix(1);
         } else {
             startNumbers();
         }
     }
     if (payload_)
-        takePayload(characters);
+        payload_->take(characters);
     else
         numbers_->take(characters);
-}
-
-bool BufferReader::isPayload(char first) const noexcept {
-    return first == '.' && elementLayout(data_.dataType()).isCompressible();
 }
 
 /// numbers ::= '{' ( number ( ' ' number )* )? '}'   the components of all elements in order
@@ -47,17 +43,8 @@ void BufferReader::startNumbers() {
 }
 
 /// payload ::= '{' '.' ( hexdigit hexdigit | ' ' )* '}'   a zlib stream; only for components of one byte
-void BufferReader::takePayload(std::string_view characters) {
-    while (!characters.empty() && payloadError_.isEmpty()) {
-        if (!isIn(characters[0], numberChar)) {
-            characters.remove_prefix(1);
-            continue;
-        }
-        const std::size_t taken = payload_->takeDigits(characters);
-        if (taken == 0)
-            payloadError_ = String::format(payloadMessages::invalidCharacter, characters[0]);
-        characters.remove_prefix(taken);
-    }
+bool BufferReader::isPayload(char first) const noexcept {
+    return first == '.' && elementLayout(data_.dataType()).isCompressible();
 }
 
 ElementsRead BufferReader::elementsRead() const {
@@ -71,7 +58,7 @@ ElementsRead BufferReader::elementsRead() const {
 void BufferReader::finish() {
     if (numbers_)
         numbers_->finish();
-    if (payload_ && payloadError_.isEmpty())
+    if (payload_)
         (void)payload_->inflate(bytesOf(data_), payloadError_);
 }
 

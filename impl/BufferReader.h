@@ -28,7 +28,6 @@ public:
 private:
     [[nodiscard]] bool isPayload(char first) const noexcept;
     void startNumbers();
-    void takePayload(std::string_view characters);
 
     AttrData data_;
     std::unique_ptr<NumberFiller> numbers_;

@@ -23,7 +23,7 @@ bool VrnParser::parse(IScene* target, Lexer* source) {
     scene = static_cast<Scene*>(target);
     lexer = source;
     // A host's scene may read from the file that is being parsed, which ends the lexer's window.
-    readsPlainStatements = readsPlainStatements && (lexer->keepsWindow() || hasInputOrNew<Node>);
+    readsPlainStatements = readsPlainStatements && (!lexer->isShared() || hasInputOrNew<Node>);
     const NameMapScope names(scene);
     primeWithNotices();
     const bool isRead = readStatements();

@@ -8,41 +8,21 @@ namespace vor::velmo_sdk::impl {
 
 class FileLexer final : public Lexer, private File::Borrower {
 public:
-    explicit FileLexer(const File& file) : source(file) { fetch(); }
+    explicit FileLexer(const File& file) : source(file) { start(); }
     ~FileLexer() override { source.endLoan(*this); }
 
-    char consume() override {
-        const bool isAfterEnd = window().empty();
-        const char consumed = consumeFromWindow();
-        if (isAfterEnd)
-            fetch(); // the file decides whether its end is final
-        return consumed;
-    }
+    [[nodiscard]] bool isShared() const noexcept override { return true; }
 
 private:
-    void refill() override { fetch(); }
-
-    // Reads `cur`; the window is `cur` and the bytes after it that the file has buffered.
-    void fetch() {
-        if (!source.read(first_))
-            return setWindow({});
-        const std::string_view after = source.borrow(*this);
-        setWindow(after.empty() ? std::string_view(&first_, 1) : std::string_view(after.data() - 1, after.size() + 1));
+    Window refill(std::string_view rest) override {
+        File::Loan loan = source.borrow(*this, rest);
+        return {loan.bytes, std::move(loan.memory)};
     }
 
-    // Reduces the window to `cur`, which has been read already, in memory that outlives the file's block. Returns the
-    // number of unread characters.
-    std::size_t returnLoan() noexcept override {
-        const std::size_t left = window().size();
-        if (left == 0)
-            return 0;
-        first_ = static_cast<char>(cur);
-        setWindow({&first_, 1});
-        return left - 1;
-    }
+    // `cur` counts as read.
+    std::size_t returnLoan() noexcept override { return releaseWindow(); }
 
     File source;
-    char first_ = 0;
 };
 
 } // namespace vor::velmo_sdk::impl

@@ -27,171 +27,106 @@ u64 countLineFeeds(std::string_view text) noexcept {
 
 } // namespace
 
-void Lexer::advance() noexcept {
+char Lexer::consume() {
     line = wrappingAdd(line, prev == '\n' ? 1 : 0);
     column = prev == '\n' ? 1 : wrappingAdd(column, 1);
     prev = cur;
     pos = wrappingAdd(pos, 1);
+    step(at_ != end_ ? 1 : 0);
+    return static_cast<char>(prev);
 }
 
-// Consumes characters of the window. Equivalent to advance() for each of them, with one update of the position.
-void Lexer::consumeRun(std::size_t count) {
-    const char* run = at_;
-    const std::size_t before = count - 1; // a line feed counts when the next character is consumed
-    const auto* lastFeed = static_cast<const char*>(memrchr(run, '\n', before));
-    if (!lastFeed)
-        return consumeInLine(count);
-    line = wrappingAdd(line, (prev == '\n' ? 1U : 0U) + countLineFeeds({run, lastFeed + 1}));
-    column = wrappingAdd(0, static_cast<u64>(run + before - lastFeed));
+// Consumes characters of the window, of which only the last may be a line feed, and returns them.
+std::string_view Lexer::takeInLine(std::size_t count) {
+    const std::string_view taken(at_, count);
+    line = wrappingAdd(line, prev == '\n' ? 1 : 0);
+    column = wrappingAdd(prev == '\n' ? 0 : column, count);
     pos = wrappingAdd(pos, count);
-    prev = static_cast<signed char>(run[before]);
+    prev = static_cast<signed char>(taken.back());
     step(count);
+    return taken;
 }
 
-// Consumes characters while `belongs` accepts them and returns them; the view is valid until the next call. `belongs`
-// must not accept line feeds.
-template <class Belongs> std::string_view Lexer::takeWhile(Belongs belongs) {
-    const char* runEnd = at_;
-    while (runEnd != end_ && belongs(*runEnd))
-        ++runEnd;
-    if (runEnd == end_)
-        return gatherWhile(belongs); // continues in the next window, or there is no window
-    const std::string_view run(at_, runEnd);
-    if (!run.empty())
-        consumeInLine(run.size());
-    return run;
+// The same for any characters, also none.
+std::string_view Lexer::take(std::size_t count) {
+    const std::string_view taken(at_, count);
+    if (taken.empty())
+        return taken;
+    const std::size_t before = count - 1; // a line feed counts when the next character is consumed
+    const auto* lastFeed = static_cast<const char*>(memrchr(at_, '\n', before));
+    if (!lastFeed)
+        return takeInLine(count);
+    line = wrappingAdd(line, (prev == '\n' ? 1U : 0U) + countLineFeeds({at_, lastFeed + 1}));
+    column = wrappingAdd(0, static_cast<u64>(at_ + before - lastFeed));
+    pos = wrappingAdd(pos, count);
+    prev = static_cast<signed char>(taken.back());
+    step(count);
+    return taken;
 }
 
-template <class Belongs> std::string_view Lexer::gatherWhile(Belongs belongs) {
-    scratch_.clear();
-    while (!isAtEnd() && belongs(static_cast<char>(cur))) {
-        const char* runEnd = at_;
-        while (runEnd != end_ && belongs(*runEnd))
-            ++runEnd;
-        if (runEnd == at_) {
-            scratch_ += consume();
-        } else {
-            scratch_.append(at_, runEnd);
-            consumeInLine(static_cast<std::size_t>(runEnd - at_));
-        }
+// Fetches the characters after the window, which moves if its memory cannot hold them. False at the end of the text.
+bool Lexer::extend() {
+    const std::string_view rest = window();
+    Window more = refill(rest);
+    if (more.characters.data() != at_) {
+        begins_ = {};
+        refusedBefore_ = nullptr;
     }
-    return scratch_;
+    if (more.owner != owner_) {
+        if (hasTokens_ && owner_)
+            texts_.hold(std::move(owner_));
+        owner_ = std::move(more.owner);
+        hasTokens_ = !rest.empty(); // the token that is being scanned
+    }
+    at_ = more.characters.data();
+    end_ = at_ + more.characters.size();
+    return more.characters.size() > rest.size();
 }
 
-// At most `maxLength` characters of the window; just `one`, which is `cur`, if there is no window.
-std::string_view Lexer::upcoming(const char& one, std::size_t maxLength) const {
-    return at_ == end_ ? std::string_view(&one, 1) : window().substr(0, maxLength);
-}
-
-void Lexer::consumePiece(std::size_t count) {
-    if (count == 0)
-        return;
-    if (at_ == end_)
-        consume();
-    else
-        consumeRun(count);
+std::size_t Lexer::releaseWindow() noexcept {
+    const std::size_t others = window().size() - (window().empty() ? 0 : 1);
+    end_ -= others;
+    begins_ = {};
+    refusedBefore_ = nullptr;
+    return others;
 }
 
 void Lexer::skipBlanks() {
-    do {
-        if (at_ == end_) {
-            const char blank = static_cast<char>(cur);
-            countForeign({&blank, 1});
-            consume();
-            continue;
-        }
+    while (isIn(cur, blankChar)) {
+        if (isIn(cur, foreignChar))
+            countForeign();
         // Up to and including the first line feed: within a line, updating the position is cheap.
-        const char* blank = at_;
-        while (*blank != '\n' && blank + 1 != end_ && isIn(blank[1], blankChar))
-            ++blank;
-        countForeign({at_, blank + 1});
-        consumeInLine(static_cast<std::size_t>(blank + 1 - at_));
-    } while (isIn(cur, blankChar));
+        const char* last = at_;
+        while (*last != '\n' && last + 1 != end_ && isIn(last[1], asciiBlank))
+            ++last;
+        takeInLine(static_cast<std::size_t>(last + 1 - at_));
+    }
 }
 
-// Counts the bytes outside ASCII in blanks that are about to be consumed.
-void Lexer::countForeign(std::string_view blanks) {
-    if (std::ranges::none_of(blanks, [](char c) { return isIn(c, foreignChar); }))
-        return;
-    refuseRestartBefore(at_); // they would be counted twice
+// Counts `cur`, a byte outside ASCII among blanks.
+void Lexer::countForeign() {
+    refuseRestartBefore(at_); // it would be counted twice
+    if (foreignBytes_++ == 0)
+        firstForeignByte_ = nextPosition();
+    // A complete byte-order mark at the start does not count.
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-    TextPosition place = nextPosition();
-    for (std::size_t i = 0; i < blanks.size(); ++i) {
-        if (isIn(blanks[i], foreignChar) && foreignBytes_++ == 0)
-            firstForeignByte_ = place;
-        // A complete byte-order mark at the start does not count.
-        const bool goesOn = markLength_ < byteOrderMark.size() && u64(markLength_) + 1 == foreignBytes_ &&
-                            static_cast<u64>(pos) + i == markLength_ && blanks[i] == byteOrderMark[markLength_];
-        if (goesOn && ++markLength_ == byteOrderMark.size())
-            foreignBytes_ = 0;
-        place = blanks[i] == '\n' ? TextPosition{wrappingAdd(place.line, 1), 1}
-                                  : TextPosition{place.line, wrappingAdd(place.column, 1)};
-    }
-}
-
-Token Lexer::idToken(std::string_view word) {
-    switch (keywordNumber(word)) {
-    case keyword("true"):
-        return here(Token::Type::True, "true");
-    case keyword("false"):
-        return here(Token::Type::False, "false");
-    case keyword("null"):
-        return here(Token::Type::Null, "null");
-    default:
-        return token(Token::Type::Id, word);
-    }
-}
-
-Token Lexer::numberToken(std::string_view text) {
-    const bool isReal = std::ranges::any_of(text, [](char c) { return isIn(c, realChar); });
-    return token(isReal ? Token::Type::Real : Token::Type::Int, text);
-}
-
-// Consumes a word (an identifier, a number, a punctuation character) and the blanks before it with one update of the
-// position. Fails if the window may end inside the word. This is the fast path for most tokens.
-bool Lexer::takeWordInWindow(std::string_view& word) {
-    const char* at = at_;
-    const char* lineStart = nullptr; // after the last line feed among the blanks
-    u64 feeds = 0;
-    for (; at != end_ && isIn(*at, asciiBlank); ++at)
-        if (*at == '\n') {
-            lineStart = at + 1;
-            ++feeds;
-        }
-    if (end_ - at <= 16)
-        return false;
-    const char* next = wordEnd(at, end_);
-    if (next == at || next == end_)
-        return false;
-    word = {at, next};
-    beginToken(at);
-    const auto count = static_cast<std::size_t>(next - at_);
-    line = wrappingAdd(line, (prev == '\n' ? 1U : 0U) + feeds);
-    column = feeds != 0 ? static_cast<i32>(next - lineStart) : wrappingAdd(prev == '\n' ? 0 : column, count);
-    pos = wrappingAdd(pos, count);
-    prev = static_cast<signed char>(next[-1]);
-    at_ = next;
-    cur = static_cast<signed char>(*next);
-    return true;
-}
-
-Token Lexer::wordToken(std::string_view word) {
-    const char first = word[0];
-    if (isIn(first, punctuationChar))
-        return token(punctuationType(first), word);
-    return String::isDigit(first) || first == '-' ? numberToken(word) : idToken(word);
+    const bool goesOn = markLength_ < byteOrderMark.size() && u64(markLength_) + 1 == foreignBytes_ &&
+                        static_cast<u32>(pos) == markLength_ && *at_ == byteOrderMark[markLength_];
+    if (goesOn && ++markLength_ == byteOrderMark.size())
+        foreignBytes_ = 0;
 }
 
 Token Lexer::nextToken(ElementSink* sink) {
-    std::string_view word;
-    if (takeWordInWindow(word))
-        return wordToken(word);
     if (isIn(cur, blankChar))
         skipBlanks();
-    beginToken(at_ != end_ ? at_ : nullptr);
-    if (isAtEnd())
-        return eof();
-    switch (cur) {
+    begins_[tokens_++ % begins_.size()] = at_ != end_ ? at_ : nullptr;
+    hasTokens_ = true;
+    const char c = static_cast<char>(cur);
+    if (isIn(c, punctuationChar))
+        return token(punctuationType(c));
+    if (isIn(c, identifierChar) || c == '-')
+        return String::isLetter(c) || c == '_' ? id() : number();
+    switch (c) {
     case '"':
         return string();
     case '#':
@@ -203,16 +138,8 @@ Token Lexer::nextToken(ElementSink* sink) {
     case '[':
         return brackets();
     default:
-        break;
+        return isAtEnd() ? eof() : invalidToken();
     }
-    const char c = static_cast<char>(cur);
-    if (isIn(c, punctuationChar))
-        return token(punctuationType(c));
-    if (String::isLetter(c) || c == '_')
-        return id();
-    if (c == '-' || String::isHexDigit(c))
-        return number();
-    return invalidToken();
 }
 
 TextPlace Lexer::beginOf(const Token& token, u64 tokensAgo) const noexcept {
@@ -235,8 +162,11 @@ void Lexer::restart(const TextPlace& place) noexcept {
 
 /// COMMENT ::= '#' any*   up to the end of the line (LF or CR) or the end of the text
 Token Lexer::comment() {
-    return token(Token::Type::Comment,
-                 takeWhile([](char c) { return c != '\n' && c != '\r' && c != static_cast<char>(endOfText); }));
+    const auto endOfLine = [](const char* at, const char* end) {
+        return std::find_if(at, end,
+                            [](char c) { return c == '\n' || c == '\r' || c == static_cast<char>(endOfText); });
+    };
+    return here(Token::Type::Comment, takeInLine(lengthOf(endOfLine)));
 }
 
 /// ID ::= ( letter | '_' ) ( letter | '_' | digit )*   except the next three
@@ -246,7 +176,17 @@ Token Lexer::comment() {
 Token Lexer::id() {
     if (isAtEnd())
         return unexpectedEof("ID");
-    return idToken(takeWhile([](char c) { return isIn(c, identifierChar); }));
+    const std::string_view word = takeInLine(lengthOf(identifierEnd));
+    switch (keywordNumber(word)) {
+    case keyword("true"):
+        return here(Token::Type::True, "true");
+    case keyword("false"):
+        return here(Token::Type::False, "false");
+    case keyword("null"):
+        return here(Token::Type::Null, "null");
+    default:
+        return here(Token::Type::Id, word);
+    }
 }
 
 /// INT ::= ( '-' | digit ) number-char*   without `.`, and without f, n, a, i in either case
@@ -255,18 +195,16 @@ Token Lexer::id() {
 Token Lexer::number() {
     if (isAtEnd())
         return unexpectedEof("NUMBER");
-    return numberToken(takeWhile([](char c) { return isIn(c, numberChar); }));
+    const std::string_view text = takeInLine(lengthOf(numberEnd));
+    const bool isReal = std::ranges::any_of(text, [](char c) { return isIn(c, realChar); });
+    return here(isReal ? Token::Type::Real : Token::Type::Int, text);
 }
 
 /// punctuation ::= "'" | '*' | '+' | ',' | '.' | '/' | ':' | ';' | '=' | '\' | '|'   each character is a token
-Token Lexer::token(Token::Type type) {
-    const char c = static_cast<char>(cur);
-    consume();
-    return here(type, texts_.keep({&c, 1}));
-}
+Token Lexer::token(Token::Type type) { return here(type, takeInLine(1)); }
 
 Token Lexer::token(Token::Type type, const ds::Vector<char>& text) const {
-    return here(type, texts_.keep({text.data(), text.size()}));
+    return here(type, texts_.keep(std::string_view(text.data(), text.size())));
 }
 
 Token Lexer::eof() const { return here(Token::Type::Eof, messages::endOfInput); }

@@ -12,6 +12,7 @@
 
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -40,25 +41,30 @@ struct DecompressedBytes {
 // 0 and `error` is the reason. Allocates half the payload plus `expectedSize`; throws std::bad_alloc.
 [[nodiscard]] DecompressedBytes decompress(const u8* data, std::size_t size, String& error, std::size_t expectedSize);
 
-// The same for a payload that arrives in pieces, without the dot and the spaces.
+// The same for a payload that arrives in parts, without the dot.
 class PayloadDecoder {
 public:
-    // Consumes the hexadecimal digits at the start of a piece; returns how many.
-    [[nodiscard]] std::size_t takeDigits(std::string_view piece);
+    // Characters for which `isSeparator` is true are skipped.
+    explicit PayloadDecoder(bool (*isSeparator)(char)) noexcept : isSeparator_(isSeparator) {}
 
-    // Inflates the bytes decoded so far into `target`; returns the number of bytes, or 0 with the reason in `error`.
+    // Decodes the digits of the next part. Ignores everything after a character that is neither digit nor separator.
+    void take(std::string_view part);
+
+    // Inflates the decoded bytes into `target`; returns the number of bytes, or 0 with the reason in `error`.
     [[nodiscard]] std::size_t inflate(std::span<u8> target, String& error) const;
 
 private:
     struct Free {
         void operator()(void* memory) const noexcept { std::free(memory); }
     };
-    void append(std::span<const u8> bytes);
+    void reserve(std::size_t more);
 
+    bool (*isSeparator_)(char);
     std::unique_ptr<u8, Free> stream_;
     std::size_t size_ = 0;
     std::size_t capacity_ = 0;
-    int pendingDigit_ = -1; // the value of a digit whose second half has not arrived; -1 if there is none
+    int pendingDigit_ = -1; // the value of the first digit of a byte whose second one has not arrived; else -1
+    std::optional<char> invalid_;
 };
 
 } // namespace vor

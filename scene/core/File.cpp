@@ -1,5 +1,6 @@
 #include "scene/core/File.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -68,7 +69,8 @@ private:
 // Makes bytes available: those that a borrower has left, else those of the next block.
 bool File::State::refill() {
     endLoan();
-    return next != end || fetch();
+    std::string_view before;
+    return next != end || fetch(before);
 }
 
 void File::State::endLoan() noexcept {
@@ -78,19 +80,40 @@ void File::State::endLoan() noexcept {
     borrower = nullptr;
 }
 
-bool File::State::fetch() {
+// Reads more bytes of the source directly after `before`, which moves to a new block if this one has no space for them.
+bool File::State::fetch(std::string_view& before) {
     if (!source)
         return false;
-    if (!block)
-        block = std::make_unique_for_overwrite<char[]>(blockSize);
-    const std::size_t count = source->read(block.get(), blockSize, error);
-    next = block.get();
-    end = next + count;
+    const auto space = [&] { return block.size - static_cast<std::size_t>(end - block.bytes.get()); };
+    const bool isHere = before.empty() || before.data() + before.size() == end;
+    if (!isHere || space() < std::max<std::size_t>(blockSize / 4, 1))
+        before = startBlock(before, std::max(blockSize, before.size()));
+    char* const target = block.bytes.get() + (end - block.bytes.get());
+    const std::size_t count = source->read(target, std::min(blockSize, space()), error);
+    next = target;
+    end = target + count;
     if (count == 0)
         source.reset();
     else if (observer)
         observer(count);
     return count != 0;
+}
+
+// Starts a block that no loan refers to with a copy of `first`, which is returned. More fits after it.
+std::string_view File::State::startBlock(std::string_view first, std::size_t space) {
+    const std::size_t size = first.size() + space;
+    const auto isFree = [&](const Block& b) {
+        return b.bytes.use_count() == 1 && b.size >= size && b.size / 2 <= size;
+    };
+    if (!first.empty() || !isFree(block)) {
+        std::swap(block, spare);
+        if (!isFree(block)) {
+            const std::size_t some = size + size / 8; // for a longer `first`
+            block = {std::make_shared_for_overwrite<char[]>(some), some};
+        }
+    }
+    next = end = std::ranges::copy(first, block.bytes.get()).out;
+    return {block.bytes.get(), first.size()};
 }
 
 File::File() : state_(std::make_shared<State>()) {}
@@ -137,11 +160,24 @@ std::string_view File::readBlock() {
     return {std::exchange(s.next, s.end), s.end};
 }
 
-std::string_view File::borrow(Borrower& borrower) noexcept {
+File::Loan File::borrow(Borrower& borrower, std::string_view before) {
     State& s = *state_;
+    if (s.borrower == &borrower)
+        s.borrower = nullptr; // this loan is used up
     s.endLoan();
+    while (s.next == s.end) // an observer may have read the block
+        if (!s.fetch(before))
+            break;
+    if (!before.empty() && before.data() + before.size() != s.next && s.next != s.end) {
+        const std::string_view after(s.next, s.end);
+        before = s.startBlock(before, after.size());
+        s.end = std::ranges::copy(after, s.block.bytes.get() + before.size()).out;
+    }
     s.borrower = &borrower;
-    return {std::exchange(s.next, s.end), s.end};
+    const char* const begin = before.empty() ? s.next : before.data();
+    Loan loan{{begin, before.size() + static_cast<std::size_t>(s.end - s.next)}, s.block.bytes};
+    s.next = s.end;
+    return loan;
 }
 
 void File::endLoan(Borrower& borrower) noexcept {

@@ -61,18 +61,25 @@ public:
     // They stay valid until the next call of any function of this file.
     [[nodiscard]] std::string_view readBlock();
 
-    // A reader that consumes bytes in place. borrow() lends it the bytes that are in memory; whoever uses the file
-    // before the borrower is done makes it return what it has not consumed, so that two readers of one file never see
-    // the same byte, and neither reads beyond the file's memory.
+    // A reader that consumes bytes in place. borrow() lends it the next bytes; whoever uses the file before the
+    // borrower is done makes it return what it has not consumed, so that two readers of one file never see the same
+    // byte.
     class Borrower {
     public:
-        // Stops using the borrowed bytes and returns how many of them, counted from the end, are not consumed.
+        // Stops consuming the borrowed bytes and returns how many of them, counted from the end, are not consumed.
         [[nodiscard]] virtual std::size_t returnLoan() noexcept = 0;
 
     protected:
         ~Borrower() = default;
     };
-    [[nodiscard]] std::string_view borrow(Borrower& borrower) noexcept;
+    struct Loan {
+        std::string_view bytes;
+        std::shared_ptr<const char[]> memory; // owns the bytes; null if the file itself does
+    };
+    // Lends the bytes in memory, or those of a new block. `before` is the end of the borrower's last loan, or memory of
+    // its own; a copy precedes the new bytes unless they already follow it. Returns just `before` at the end of the
+    // file. Amortised linear in the bytes, however few arrive at a time.
+    [[nodiscard]] Loan borrow(Borrower& borrower, std::string_view before = {});
 
     // Ends the loan of this borrower, if it has one, through its returnLoan().
     void endLoan(Borrower& borrower) noexcept;
@@ -88,16 +95,23 @@ struct File::State {
     std::unique_ptr<ByteSource> source; // null after it has ended or failed
     String error;
     bool isOpen = false;
+    struct Block {
+        std::shared_ptr<char[]> bytes;
+        std::size_t size = 0;
+    };
+
     const char* next = nullptr; // the unread bytes of the current block; none while they are on loan
     const char* end = nullptr;
     Borrower* borrower = nullptr; // has the bytes before `end`
-    std::unique_ptr<char[]> block;
+    Block block;
+    Block spare; // the block before; loans may still refer to it
     std::size_t blockSize = 0;
     String text; // owns the bytes of fromMemory()
     std::function<void(std::size_t)> observer;
 
     [[nodiscard]] bool refill();
-    [[nodiscard]] bool fetch();
+    [[nodiscard]] bool fetch(std::string_view& before);
+    [[nodiscard]] std::string_view startBlock(std::string_view first, std::size_t space);
     void endLoan() noexcept;
 };
 

@@ -59,7 +59,7 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
 
     limitInstructionSet(InstructionSet::Baseline);
     const Outcome plain = outcomeOf([&](Scene& scene) {
-        vrn::test::PlainLexer lexer{std::string(text)};
+        vrn::test::ReferenceLexer lexer{std::string(text)};
         return VrnParser().parse(&scene, &lexer);
     });
     limitInstructionSet(seed % 3 == 0 ? InstructionSet::Avx2 : InstructionSet::Avx512);

@@ -153,7 +153,7 @@ TEST(Limits, ofTheLexersBuffersChangeNoToken) {
         expectTokens(fromString, "a string");
         FileLexer fromMemory{File::fromMemory(std::string_view(text))};
         expectTokens(fromMemory, "memory");
-        PlainLexer plain(text);
+        ReferenceLexer plain(text);
         expectTokens(plain, "byte by byte");
         for (const std::size_t block : {size, size + 1, std::size_t(17), std::size_t(4096)}) {
             FileLexer fromFile{File::fromSource(std::make_unique<Blocks>(text, block), block)};

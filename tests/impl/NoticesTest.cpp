@@ -37,7 +37,7 @@ Log noticesFromFile(const std::string& text, std::size_t block) {
 
 Log noticesByteByByte(const std::string& text) {
     return noticesOf([&](Scene& scene) {
-        PlainLexer lexer(text);
+        ReferenceLexer lexer(text);
         return VrnParser().parse(&scene, &lexer);
     });
 }
@@ -78,6 +78,7 @@ TEST(Notices, reportWhatIsAcceptedSilently) {
         {"t a;\n\xC2\xA0#c\n a.x = 1;\xFE", {notice(2, 1, foreign)}},
         {"t a;\n\xC2\xA0 \xC2 a.x = 1;" + std::string(40, ' '), {notice(2, 1, foreign)}},
         {"\xEF\xBB\xBFt a;\n", {}},
+        {"t \xEF\xBB\xBF a;\n", {notice(1, 3, foreign)}},
         {"\xEF\xBB\xBF\xEF\xBB\xBFt a;\n", {notice(1, 4, foreign)}},
         {"t a; a\xE2\x80\x83.x = ;", {notice(1, 7, foreign)}}, // also of a text with an error
         {"\xE2\x80\x9C a ?", {notice(1, 1, foreign)}},         // even among the first tokens

@@ -15,7 +15,7 @@ namespace vrn::test {
 template <class Use> void withEachSource(const std::string& text, std::span<const std::size_t> blockSizes, Use use) {
     const String string{std::string_view(text)};
     use("byte by byte", [&](Scene& scene) {
-        PlainLexer lexer(text);
+        ReferenceLexer lexer(text);
         return VrnParser().parse(&scene, &lexer);
     });
     use("from a string", [&](Scene& scene) { return parseString(&scene, string); });

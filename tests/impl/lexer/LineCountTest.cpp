@@ -59,7 +59,7 @@ void expectFromAllSources(const std::string& text, const std::string& log) {
     EXPECT_EQ(logOf([&](Scene& scene) { return parseVrn(&scene, File::fromMemory(string), true); }), log)
         << "from memory";
     EXPECT_EQ(logOf([&](Scene& scene) {
-                  PlainLexer lexer(text);
+                  ReferenceLexer lexer(text);
                   return VrnParser().parse(&scene, &lexer);
               }),
               log)
@@ -123,7 +123,7 @@ TEST(LineCount, isExactInAndAfterTokens) {
         };
         StringLexer fromString{String(std::string_view(text))};
         expectPositions(fromString, "string");
-        PlainLexer plain(text);
+        ReferenceLexer plain(text);
         expectPositions(plain, "byte by byte");
         for (const std::size_t size : {1U, 255U, 256U, 1024U, 1000000U}) {
             FileLexer fromFile{File::fromSource(std::make_unique<Blocks>(text, size), size)};

@@ -48,6 +48,9 @@ TEST(Decompress, saysWhatIsWrong) {
     } cases[] = {
         {".7g", 4, "compressed payload: invalid character 'g'"},
         {"78", 4, "compressed payload: invalid character '7'"},
+        {".78,9c", 4, "compressed payload: invalid character ','"},
+        {".78\t9c", 4, "compressed payload: invalid character '\t'"},
+        {".7g8", 4, "compressed payload: invalid character 'g'"},
         {".7.8", 4, "compressed payload: invalid character '.'"},
         {".789", 4, "compressed payload: odd number of hexadecimal digits"},
         {".", 4, "compressed payload: corrupt data"},

@@ -128,43 +128,133 @@ TEST(File, takesBytesFromASourceAndRemembersItsError) {
 
 namespace {
 
-// Consumes `wanted` of the bytes that it borrows, and returns the others when it is asked.
+// Borrows bytes and consumes some of them.
 class Reader final : public File::Borrower {
 public:
-    explicit Reader(std::size_t wanted) : wanted_(wanted) {}
-    std::string take(File& file) {
-        borrowed_ = file.borrow(*this).size();
-        return "borrowed " + std::to_string(borrowed_);
+    explicit Reader(File file) : file_(std::move(file)) {}
+
+    // All bytes on loan, after those that were not consumed.
+    std::string_view borrow() {
+        loans_.push_back(file_.borrow(*this, left_));
+        left_ = loans_.back().bytes;
+        return left_;
     }
-    std::size_t returnLoan() noexcept override { return borrowed_ - std::min(wanted_, borrowed_); }
+    void consume(std::size_t count) { left_.remove_prefix(count); }
+    [[nodiscard]] const File::Loan& loan(std::size_t i) const { return loans_[i]; }
+
+    std::size_t returnLoan() noexcept override { return std::exchange(left_, {}).size(); }
 
 private:
-    std::size_t wanted_;
-    std::size_t borrowed_ = 0;
+    File file_;
+    std::vector<File::Loan> loans_;
+    std::string_view left_;
 };
 
 } // namespace
 
 TEST(File, lendsItsBytesUntilSomebodyElseReads) {
-    int callsBehindTheEnd = 0;
-    File file = File::fromSource(std::make_unique<Pieces>("abcdefgh", false, callsBehindTheEnd), 4);
-    Reader first(1);
-    Reader second(7);
+    int callsAfterTheEnd = 0;
+    File file = File::fromSource(std::make_unique<Pieces>("abcdefghi", false, callsAfterTheEnd), 4);
+    Reader first(file);
+    Reader second(file);
+    EXPECT_EQ(first.borrow(), "abc");
+    first.consume(1);
     char c = 0;
-    EXPECT_EQ(first.take(file), "borrowed 0") << "nothing has been fetched";
     ASSERT_TRUE(file.read(c));
-    EXPECT_EQ(c, 'a');
-    EXPECT_EQ(first.take(file), "borrowed 2");
-    ASSERT_TRUE(file.read(c));
-    EXPECT_EQ(c, 'c') << "b was consumed, c returned";
-    ASSERT_TRUE(file.read(c));
-    EXPECT_EQ(c, 'd');
-    EXPECT_EQ(first.take(file), "borrowed 2");
-    EXPECT_EQ(second.take(file), "borrowed 1") << "e was consumed";
+    EXPECT_EQ(c, 'b') << "what was not consumed";
+    EXPECT_EQ(first.borrow(), "c");
+    first.consume(1);
+    EXPECT_EQ(first.borrow(), "d") << "there was room for one more in the block";
+    EXPECT_EQ(second.borrow(), "d") << "the first reader has not consumed it";
+    second.consume(1);
     file.endLoan(first); // has none any more
-    EXPECT_EQ(file.readBlock(), "gh") << "f was consumed";
+    EXPECT_EQ(second.borrow(), "efg");
+    second.consume(2);
+    EXPECT_EQ(file.readBlock(), "g");
+    EXPECT_EQ(file.readBlock(), "h") << "the rest of the block again";
+    EXPECT_EQ(file.readBlock(), "i");
     EXPECT_EQ(file.readBlock(), "");
     EXPECT_FALSE(file.read(c));
+    EXPECT_EQ(second.borrow(), "");
+    EXPECT_EQ(callsAfterTheEnd, 0);
+}
+
+// What a borrower has not consumed precedes the new bytes, wherever they are, and old loans stay valid.
+TEST(File, lendsMoreBytesInOnePiece) {
+    std::string text;
+    for (int i = 0; i < 1000; ++i)
+        text += std::to_string(i) + ' ';
+    for (const std::size_t blockSize : {1U, 2U, 3U, 7U, 64U, 1000U, 100000U})
+        for (const std::size_t keeping : {0U, 1U, 5U, 100U}) {
+            int callsAfterTheEnd = 0;
+            File file = File::fromSource(std::make_unique<Pieces>(text, false, callsAfterTheEnd), blockSize);
+            Reader reader(file);
+            std::size_t consumed = 0;
+            std::size_t known = 0; // bytes that have been on loan
+            for (std::size_t loans = 0;; ++loans) {
+                const std::string_view window = reader.borrow();
+                ASSERT_EQ(window, text.substr(consumed, window.size())) << blockSize;
+                if (consumed + window.size() == known)
+                    break;
+                known = consumed + window.size();
+                const std::size_t some = window.size() - std::min(keeping, window.size());
+                reader.consume(some);
+                consumed += some;
+                const File::Loan& old = reader.loan(loans / 2);
+                ASSERT_NE(text.find(old.bytes), std::string::npos);
+            }
+            EXPECT_EQ(known, text.size());
+        }
+}
+
+// A reader that needs a long text in one piece causes few copies of it, however few bytes arrive at a time.
+TEST(File, copiesAmortisedLinearlyToLendOnePiece) {
+    const std::string text(30000, 'x');
+    int callsAfterTheEnd = 0;
+    File file = File::fromSource(std::make_unique<Pieces>(text, false, callsAfterTheEnd), 16);
+    Reader reader(file);
+    int moves = 0;
+    for (std::string_view last, window = reader.borrow(); window.size() != last.size(); window = reader.borrow()) {
+        moves += window.data() == last.data() ? 0 : 1;
+        last = window;
+    }
+    EXPECT_EQ(reader.borrow(), text);
+    EXPECT_LT(moves, 20);
+}
+
+TEST(File, lendsOnePieceAfterOthersHaveRead) {
+    for (const bool isFromMemory : {false, true}) {
+        int callsAfterTheEnd = 0;
+        File file =
+            isFromMemory
+                ? File::fromMemory("abcdefghijklmnopqrstuvwxyz")
+                : File::fromSource(std::make_unique<Pieces>("abcdefghijklmnopqrstuvwxyz", false, callsAfterTheEnd), 8);
+        Reader reader(file);
+        ASSERT_FALSE(reader.borrow().empty());
+        char c = 0;
+        ASSERT_TRUE(file.read(c));
+        EXPECT_EQ(c, 'a');
+        const std::string own = "own ";
+        const File::Loan loan = file.borrow(reader, own);
+        EXPECT_EQ(loan.bytes, isFromMemory ? "own bcdefghijklmnopqrstuvwxyz" : "own bc");
+        file.endLoan(reader);
+    }
+}
+
+// The observer takes bytes away that have just been fetched for a loan.
+TEST(File, lendsOnePieceWithAnObserverThatReads) {
+    int callsAfterTheEnd = 0;
+    File file = File::fromSource(std::make_unique<Pieces>("abcdefghijkl", false, callsAfterTheEnd), 2);
+    Reader reader(file);
+    ASSERT_EQ(reader.borrow(), "ab");
+    int fetched = 0;
+    char taken = 0;
+    file.onFetch([&](std::size_t) { EXPECT_TRUE(++fetched != 1 || (file.read(taken) && file.read(taken))); });
+    reader.consume(1);
+    EXPECT_EQ(reader.borrow(), "bef");
+    EXPECT_EQ(taken, 'd');
+    EXPECT_EQ(fetched, 2);
+    file.onFetch({});
 }
 
 TEST(File, returnsBlocks) {
@@ -173,8 +263,8 @@ TEST(File, returnsBlocks) {
     ASSERT_TRUE(file.read(c));
     EXPECT_EQ(file.readBlock(), "ome text");
     EXPECT_EQ(file.readBlock(), "");
-    Reader reader(0);
-    EXPECT_EQ(reader.take(file), "borrowed 0");
+    Reader reader(file);
+    EXPECT_EQ(reader.borrow(), "");
     file.endLoan(reader);
     EXPECT_FALSE(file.read(c));
 }
