@@ -84,7 +84,7 @@ Token Lexer::normalisedList(const ListKind& kind, ds::Vector<char> text, Element
         text = {text.last()};
     };
     while (!isAtEnd()) {
-        if (!isIn(cur, blankChar | numberChar | listPunctuation))
+        if (!isNumberChar() && !isIn(cur, blankChar | listPunctuation))
             return invalidListToken(kind.shortName);
         if (!text.isEmpty() && cur == kind.open) {
             consume();

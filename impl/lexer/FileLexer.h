@@ -4,6 +4,8 @@
 #include "impl/lexer/Lexer.h"
 #include "scene/core/File.h"
 
+#include <utility>
+
 namespace vor::velmo_sdk::impl {
 
 class FileLexer final : public Lexer, private File::Borrower {

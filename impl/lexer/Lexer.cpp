@@ -67,20 +67,22 @@ std::string_view Lexer::take(std::size_t count) {
 // Fetches the characters after the window, which moves if its memory cannot hold them. False at the end of the text.
 bool Lexer::extend() {
     const std::string_view rest = window();
+    if (hasTokens_ && owner_)
+        texts_.hold(owner_); // before the refill: no characters are lost if memory runs out
     Window more = refill(rest);
+    if (more.characters.size() == rest.size())
+        return false;
     if (more.characters.data() != at_) {
         begins_ = {};
         refusedBefore_ = nullptr;
     }
     if (more.owner != owner_) {
-        if (hasTokens_ && owner_)
-            texts_.hold(std::move(owner_));
         owner_ = std::move(more.owner);
         hasTokens_ = !rest.empty(); // the token that is being scanned
     }
     at_ = more.characters.data();
     end_ = at_ + more.characters.size();
-    return more.characters.size() > rest.size();
+    return true;
 }
 
 std::size_t Lexer::releaseWindow() noexcept {

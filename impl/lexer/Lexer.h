@@ -9,8 +9,9 @@
 // scanned on after a refill, which keeps it in one piece. Only line feeds end lines; columns count bytes.
 //
 // The lexer does not log: a lexical error is a token of type Invalid or Eof whose text is the formatted message.
-// Scanning is linear in the text; if startStatement() is called, memory is bounded by the tokens of the last four
-// statements, without the lists that go to an ElementSink. A lexer is confined to one thread.
+// Scanning is linear in the text; if startStatement() is called, memory is bounded by the blocks of the source that
+// contain the tokens of the last four statements, without the lists that go to an ElementSink. A lexer is confined to
+// one thread.
 #pragma once
 
 #include "impl/lexer/ElementSink.h"
@@ -22,6 +23,7 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 
 namespace vor::velmo_sdk::impl {
 
@@ -142,10 +144,12 @@ private:
     std::string_view takeInLine(std::size_t count);
     void step(std::size_t count) {
         at_ += count;
-        if (at_ != end_ || extend())
-            cur = static_cast<signed char>(*at_);
-        else
+        if (at_ == end_) {
             cur = endOfText;
+            if (!extend())
+                return;
+        }
+        cur = static_cast<signed char>(*at_);
     }
     [[nodiscard]] bool extend();
 

@@ -3,6 +3,8 @@
 
 #include "impl/lexer/Lexer.h"
 
+#include <utility>
+
 namespace vor::velmo_sdk::impl {
 
 class StringLexer final : public Lexer {

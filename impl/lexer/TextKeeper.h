@@ -16,7 +16,11 @@ public:
     static constexpr int lookahead = 3; // tokens scanned before they are consumed
 
     // Holds memory until startStatement() has been called `lookahead` + 1 more times.
-    void hold(std::shared_ptr<const char[]> memory) { statements_[current_].push_back(std::move(memory)); }
+    void hold(const std::shared_ptr<const char[]>& memory) {
+        auto& held = statements_[current_];
+        if (held.empty() || held.back() != memory)
+            held.push_back(memory);
+    }
 
     // Returns a copy that is valid as long.
     [[nodiscard]] std::string_view keep(std::string_view text) {

@@ -15,7 +15,7 @@
 
 #if defined(__SSE2__)
 #    include <emmintrin.h>
-#elif defined(__aarch64__)
+#elif defined(__aarch64__) && !defined(__AARCH64EB__)
 #    include <arm_neon.h>
 #endif
 
@@ -49,7 +49,7 @@ public:
         [[nodiscard]] u32 bits() const noexcept {
             return static_cast<u32>(_mm_movemask_epi8(reinterpret_cast<__m128i>(lanes_)));
         }
-#elif defined(__aarch64__)
+#elif defined(__aarch64__) && !defined(__AARCH64EB__)
         // Shifting right by four while narrowing leaves four bits of each lane.
         static constexpr std::size_t bitsOfLane = 4;
         static constexpr u64 allBits = ~u64(0);

@@ -66,11 +66,11 @@ private:
 
 } // namespace
 
-// Makes bytes available: those that a borrower has left, else those of the next block.
+// Makes bytes available: those that a borrower has left, else those that follow.
 bool File::State::refill() {
     endLoan();
-    std::string_view before;
-    return next != end || fetch(before);
+    Piece before;
+    return next != end || advance(before);
 }
 
 void File::State::endLoan() noexcept {
@@ -80,40 +80,82 @@ void File::State::endLoan() noexcept {
     borrower = nullptr;
 }
 
-// Reads more bytes of the source directly after `before`, which moves to a new block if this one has no space for them.
-bool File::State::fetch(std::string_view& before) {
-    if (!source)
-        return false;
-    const auto space = [&] { return block.size - static_cast<std::size_t>(end - block.bytes.get()); };
-    const bool isHere = before.empty() || before.data() + before.size() == end;
-    if (!isHere || space() < std::max<std::size_t>(blockSize / 4, 1))
-        before = startBlock(before, std::max(blockSize, before.size()));
-    char* const target = block.bytes.get() + (end - block.bytes.get());
-    const std::size_t count = source->read(target, std::min(blockSize, space()), error);
-    next = target;
-    end = target + count;
-    if (count == 0)
-        source.reset();
-    else if (observer)
-        observer(count);
-    return count != 0;
+// Makes the bytes after `end` available, in memory or from the source. `before` moves if they are to follow it.
+bool File::State::advance(Piece& before) {
+    if (later.empty())
+        return fetch(before);
+    next = later.back().bytes.data();
+    end = next + later.back().bytes.size();
+    owner = std::move(later.back().owner);
+    later.pop_back();
+    return true;
 }
 
-// Starts a block that no loan refers to with a copy of `first`, which is returned. More fits after it.
-std::string_view File::State::startBlock(std::string_view first, std::size_t space) {
-    const std::size_t size = first.size() + space;
-    const auto isFree = [&](const Block& b) {
-        return b.bytes.use_count() == 1 && b.size >= size && b.size / 2 <= size;
-    };
-    if (!first.empty() || !isFree(block)) {
-        std::swap(block, spare);
-        if (!isFree(block)) {
-            const std::size_t some = size + size / 8; // for a longer `first`
-            block = {std::make_shared_for_overwrite<char[]>(some), some};
-        }
+// Reads more bytes of the source directly after `before`, which moves to a new block if this one has no space for them.
+bool File::State::fetch(Piece& before) {
+    if (!source)
+        return false;
+    const std::string_view kept = before.bytes;
+    const bool isHere = kept.empty() || kept.data() + kept.size() == block.bytes.get() + block.used;
+    if (!isHere || block.size - block.used < std::max<std::size_t>(blockSize / 4, 1))
+        startBlock(before, std::max(blockSize, kept.size()));
+    char* const target = block.bytes.get() + block.used;
+    const std::size_t count = source->read(target, std::min(blockSize, block.size - block.used), error);
+    if (count == 0) {
+        source.reset();
+        block = spare = {};
+        owner = nullptr;
+        next = end = nullptr;
+        return false;
     }
-    next = end = std::ranges::copy(first, block.bytes.get()).out;
-    return {block.bytes.get(), first.size()};
+    block.used += count;
+    owner = block.bytes;
+    next = target;
+    end = target + count;
+    if (observer)
+        observer(count);
+    return true;
+}
+
+// Starts a block that no loan refers to with a copy of `first`, which moves there. There is space for more.
+void File::State::startBlock(Piece& first, std::size_t space) {
+    constexpr std::size_t leastSize = 64; // so that the blocks of tiny reads need little more memory than their bytes
+    const std::string_view copied = first.bytes;
+    const std::size_t size = std::max(leastSize, copied.size() + space);
+    // So that this block can be used again for a `first` that is a little longer.
+    const std::size_t slack = std::min<std::size_t>(size / 8, 4096);
+    const auto isFree = [&](const Block& b) {
+        return b.bytes.use_count() == (b.bytes == owner ? 2 : 1) && b.size >= size && b.size / 2 <= size;
+    };
+    Block started;
+    if (copied.empty() && isFree(block))
+        started = std::exchange(block, {});
+    else if (isFree(spare))
+        started = std::exchange(spare, {});
+    else
+        started = {std::make_shared_for_overwrite<char[]>(size + slack), size + slack};
+    started.used = copied.size();
+    std::ranges::copy(copied, started.bytes.get());
+    if (!copied.empty())
+        first = {{started.bytes.get(), copied.size()}, started.bytes};
+    if (block.bytes)
+        spare = std::move(block);
+    block = std::move(started);
+}
+
+// Copies `before` and some of the bytes that follow to a new block, so that they are in one piece.
+void File::State::join(Piece& before) {
+    constexpr std::size_t enough = 4096;
+    const Piece all{{next, end}, owner};
+    const std::string_view some = all.bytes.substr(0, std::max(enough, before.bytes.size()));
+    later.reserve(later.size() + 1);
+    startBlock(before, some.size());
+    if (some.size() < all.bytes.size())
+        later.push_back({all.bytes.substr(some.size()), all.owner});
+    owner = block.bytes;
+    next = block.bytes.get() + block.used;
+    end = std::ranges::copy(some, block.bytes.get() + block.used).out;
+    block.used += some.size();
 }
 
 File::File() : state_(std::make_shared<State>()) {}
@@ -165,19 +207,18 @@ File::Loan File::borrow(Borrower& borrower, std::string_view before) {
     if (s.borrower == &borrower)
         s.borrower = nullptr; // this loan is used up
     s.endLoan();
-    while (s.next == s.end) // an observer may have read the block
-        if (!s.fetch(before))
-            break;
-    if (!before.empty() && before.data() + before.size() != s.next && s.next != s.end) {
-        const std::string_view after(s.next, s.end);
-        before = s.startBlock(before, after.size());
-        s.end = std::ranges::copy(after, s.block.bytes.get() + before.size()).out;
+    State::Piece front{before, nullptr};
+    while (s.next == s.end) {
+        if (!s.advance(front))
+            return {before, nullptr};
+        s.endLoan(); // an observer may have borrowed the bytes, or read them
     }
+    if (!before.empty() && front.bytes.data() + front.bytes.size() != s.next)
+        s.join(front);
+    const char* const begin = before.empty() ? s.next : front.bytes.data();
     s.borrower = &borrower;
-    const char* const begin = before.empty() ? s.next : before.data();
-    Loan loan{{begin, before.size() + static_cast<std::size_t>(s.end - s.next)}, s.block.bytes};
     s.next = s.end;
-    return loan;
+    return {{begin, s.end}, s.owner};
 }
 
 void File::endLoan(Borrower& borrower) noexcept {

@@ -16,6 +16,7 @@
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace vor {
 
@@ -74,11 +75,11 @@ public:
     };
     struct Loan {
         std::string_view bytes;
-        std::shared_ptr<const char[]> memory; // owns the bytes; null if the file itself does
+        std::shared_ptr<const char[]> memory; // owns the bytes; null if the file itself does, and at its end
     };
     // Lends the bytes in memory, or those of a new block. `before` is the end of the borrower's last loan, or memory of
-    // its own; a copy precedes the new bytes unless they already follow it. Returns just `before` at the end of the
-    // file. Amortised linear in the bytes, however few arrive at a time.
+    // its own; a copy precedes the new bytes unless they already follow it. At the end of the file, returns `before` as
+    // it is, and lends nothing. Amortised linear in the bytes, however few arrive at a time.
     [[nodiscard]] Loan borrow(Borrower& borrower, std::string_view before = {});
 
     // Ends the loan of this borrower, if it has one, through its returnLoan().
@@ -98,20 +99,29 @@ struct File::State {
     struct Block {
         std::shared_ptr<char[]> bytes;
         std::size_t size = 0;
+        std::size_t used = 0;
+    };
+    struct Piece {
+        std::string_view bytes;
+        std::shared_ptr<const char[]> owner; // null if it is `text`
     };
 
-    const char* next = nullptr; // the unread bytes of the current block; none while they are on loan
+    const char* next = nullptr; // the first unread bytes; none while they are on loan
     const char* end = nullptr;
-    Borrower* borrower = nullptr; // has the bytes before `end`
-    Block block;
-    Block spare; // the block before; loans may still refer to it
+    std::shared_ptr<const char[]> owner; // of these bytes; null if it is `text`
+    std::vector<Piece> later;            // the unread bytes after `end` that are not in one piece with it, last first
+    Borrower* borrower = nullptr;        // has the bytes before `end`
+    Block block;                         // the bytes of the source that were read last
+    Block spare;                         // the block before; loans may still refer to it
     std::size_t blockSize = 0;
     String text; // owns the bytes of fromMemory()
     std::function<void(std::size_t)> observer;
 
     [[nodiscard]] bool refill();
-    [[nodiscard]] bool fetch(std::string_view& before);
-    [[nodiscard]] std::string_view startBlock(std::string_view first, std::size_t space);
+    [[nodiscard]] bool advance(Piece& before);
+    [[nodiscard]] bool fetch(Piece& before);
+    void startBlock(Piece& first, std::size_t space);
+    void join(Piece& before);
     void endLoan() noexcept;
 };
 

@@ -2,6 +2,7 @@
 #include "impl/Reader.h"
 #include "tests/faults/Allocations.h"
 #include "tests/support/Reading.h"
+#include "tests/support/Sources.h"
 
 #include <functional>
 
@@ -99,8 +100,13 @@ TEST(Memory, isThatOfTheSceneAndLittleMore) {
         const Usage fromMemory = usageOf(text.len(), [&](Scene& scene) { return parseString(&scene, text); });
         const Usage fromFile =
             usageOf(text.len(), [&](Scene& scene) { return parseVrn(&scene, File::fromMemory(text), true); });
+        const std::string copy(text.view());
+        const Usage fromBlocks = usageOf(text.len(), [&](Scene& scene) {
+            return parseVrn(&scene, File::fromSource(std::make_unique<Blocks>(copy, 4096), 4096), true);
+        });
         EXPECT_LT(fromMemory.beyond, shape.beyond);
         EXPECT_LT(fromFile.beyond, shape.beyond);
+        EXPECT_LT(fromBlocks.beyond, shape.beyond);
         EXPECT_LT(fromMemory.scene, densestScene);
         EXPECT_NEAR(fromFile.scene, fromMemory.scene, 0.01);
     }

@@ -28,7 +28,7 @@ Inflated inflate(std::string_view payload, std::size_t maxSize) {
     return result;
 }
 
-// The same in pieces of digits, as the lexer delivers them.
+// The same in pieces of digits.
 Inflated inflateInPieces(std::string_view digits, std::size_t maxSize, std::size_t piece) {
     PayloadDecoder decoder([](char) { return false; });
     for (; !digits.empty(); digits.remove_prefix(std::min(piece, digits.size())))

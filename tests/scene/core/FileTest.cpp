@@ -139,6 +139,10 @@ public:
         left_ = loans_.back().bytes;
         return left_;
     }
+    std::string_view borrowAfter(std::string_view own) {
+        left_ = own;
+        return borrow();
+    }
     void consume(std::size_t count) { left_.remove_prefix(count); }
     [[nodiscard]] const File::Loan& loan(std::size_t i) const { return loans_[i]; }
 
@@ -164,15 +168,13 @@ TEST(File, lendsItsBytesUntilSomebodyElseReads) {
     EXPECT_EQ(c, 'b') << "what was not consumed";
     EXPECT_EQ(first.borrow(), "c");
     first.consume(1);
-    EXPECT_EQ(first.borrow(), "d") << "there was room for one more in the block";
-    EXPECT_EQ(second.borrow(), "d") << "the first reader has not consumed it";
+    EXPECT_EQ(first.borrow(), "def");
+    EXPECT_EQ(second.borrow(), "def") << "the first reader has not consumed it";
     second.consume(1);
     file.endLoan(first); // has none any more
-    EXPECT_EQ(second.borrow(), "efg");
+    EXPECT_EQ(second.borrow(), "efghi");
     second.consume(2);
-    EXPECT_EQ(file.readBlock(), "g");
-    EXPECT_EQ(file.readBlock(), "h") << "the rest of the block again";
-    EXPECT_EQ(file.readBlock(), "i");
+    EXPECT_EQ(file.readBlock(), "ghi");
     EXPECT_EQ(file.readBlock(), "");
     EXPECT_FALSE(file.read(c));
     EXPECT_EQ(second.borrow(), "");
@@ -255,6 +257,93 @@ TEST(File, lendsOnePieceWithAnObserverThatReads) {
     EXPECT_EQ(taken, 'd');
     EXPECT_EQ(fetched, 2);
     file.onFetch({});
+}
+
+// The same with an observer that makes the file go on to further blocks.
+TEST(File, lendsOnePieceWithAnObserverThatReadsBlocks) {
+    int callsAfterTheEnd = 0;
+    File file = File::fromSource(
+        std::make_unique<Pieces>("abcdefghijklmnopqrstuvwxyz" + std::string(300, '.'), false, callsAfterTheEnd), 2);
+    Reader reader(file);
+    ASSERT_EQ(reader.borrow(), "ab");
+    reader.consume(1);
+    bool isFirst = true;
+    file.onFetch([&](std::size_t) {
+        if (!std::exchange(isFirst, false))
+            return;
+        char taken = 0;
+        for (int i = 0; i < 200; ++i)
+            EXPECT_TRUE(file.read(taken));
+    });
+    EXPECT_EQ(reader.borrow(), "b..");
+    file.onFetch({});
+}
+
+TEST(File, losesNoBytesWhenAnObserverBorrows) {
+    int callsAfterTheEnd = 0;
+    File file = File::fromSource(std::make_unique<Pieces>("abcdef", false, callsAfterTheEnd), 3);
+    Reader reader(file);
+    Reader other(file);
+    bool isFirst = true;
+    file.onFetch([&](std::size_t) {
+        if (std::exchange(isFirst, false)) {
+            EXPECT_EQ(other.borrow(), "abc");
+            other.consume(1);
+        }
+    });
+    EXPECT_EQ(reader.borrow(), "bc");
+    file.onFetch({});
+}
+
+TEST(File, lendsNothingAtItsEnd) {
+    for (File file : {File::fromMemory("xyz"), File()}) {
+        (void)file.readBlock();
+        Reader reader(file);
+        const std::string own = "own ";
+        const File::Loan loan = file.borrow(reader, own);
+        EXPECT_EQ(loan.bytes.data(), own.data());
+        EXPECT_EQ(loan.bytes, own);
+        EXPECT_EQ(file.readBlock(), "");
+    }
+}
+
+// Whenever somebody else reads in between, a borrower's bytes have to be joined again: not with all that follow.
+TEST(File, joinsFewBytes) {
+    std::string text;
+    for (int i = 0; i < 100000; ++i)
+        text += std::to_string(i) + ' ';
+    File file = File::fromMemory(std::string_view(text));
+    Reader reader(file);
+    std::string seen;
+    std::size_t joined = 0;
+    const std::string own = "own ";
+    for (int i = 0; i < 10000; ++i) {
+        const std::string_view window = reader.borrowAfter(own);
+        joined = std::max(joined, window.size());
+        const std::string_view some = window.substr(own.size(), 5);
+        seen += some;
+        reader.consume(own.size() + some.size());
+        char c = 0;
+        ASSERT_TRUE(file.read(c));
+        seen += c;
+    }
+    EXPECT_TRUE(text.starts_with(seen));
+    EXPECT_LT(joined, 5000U);
+}
+
+TEST(File, releasesItsBlocksAtTheEnd) {
+    int callsAfterTheEnd = 0;
+    File file = File::fromSource(std::make_unique<Pieces>(std::string(1000, 'x'), false, callsAfterTheEnd), 16);
+    std::weak_ptr<const char[]> block;
+    {
+        Reader reader(file);
+        for (std::size_t last = 1; last != reader.borrow().size();)
+            last = reader.borrow().size();
+        for (std::size_t i = 0; reader.loan(i).memory; ++i)
+            block = reader.loan(i).memory;
+        EXPECT_FALSE(block.expired());
+    }
+    EXPECT_TRUE(block.expired()) << "the file is still open";
 }
 
 TEST(File, returnsBlocks) {
