@@ -1,6 +1,7 @@
 # make run                  builds the command and reads an example scene
 # make quick                builds and runs the unit and golden tests
-# make test                 builds everything, with and without sanitizers, and runs every test
+# make test                 builds everything, with and without sanitizers, and runs every test; those of the library
+#                           also for AArch64 in an emulator
 # make install              installs library, command and manual below PREFIX (default: /usr/local)
 # make bench                measures the parts of the reader, and compares it with other libraries on generated files
 # make fuzz MINUTES=n       runs every fuzzer for n minutes
@@ -17,7 +18,7 @@ CONFIGURE := cmake -DVRN_WARNINGS_AS_ERRORS=ON -DVRN_LOCALES=$(LOCALES) -DVRN_BE
 # Some tests mostly wait.
 TEST_JOBS := $(shell echo $$(($$(nproc) + 1)))
 
-.PHONY: run test quick install bench fuzz lint coverage mutants packages checks format goldens grammar clean
+.PHONY: run test test-big-endian quick install bench fuzz lint coverage mutants packages checks format goldens grammar clean
 
 run: packages
 	@$(CONFIGURE) --preset release >/dev/null
@@ -36,6 +37,16 @@ test: checks $(LOCALES)/de_DE.UTF-8 $(NODE_MODULES)
 	$(CONFIGURE) --preset tsan
 	cmake --build --preset tsan
 	build/tsan/tests/vrn_thread_tests
+	@scripts/install-packages packages-aarch64.txt
+	$(CONFIGURE) --preset aarch64
+	cmake --build --preset aarch64
+	ctest --preset aarch64 -j$(TEST_JOBS)
+
+test-big-endian: checks
+	@scripts/install-packages packages-s390x.txt
+	$(CONFIGURE) --preset s390x
+	cmake --build --preset s390x
+	ctest --preset s390x -j$(TEST_JOBS)
 
 quick: checks $(LOCALES)/de_DE.UTF-8
 	@$(CONFIGURE) --preset release >/dev/null

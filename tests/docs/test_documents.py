@@ -259,11 +259,11 @@ class Readme(unittest.TestCase):
 class Packages(unittest.TestCase):
     def test_every_package_has_a_reason(self):
         reasons = (ROOT / "docs" / "dependencies.md").read_text()
-        lists = (ROOT / "packages.txt").read_text() + (ROOT / "packages-checks.txt").read_text()
-        packages = [l for l in lists.split("\n") if l and not l.startswith("#")]
+        lists = "".join(path.read_text() for path in ROOT.glob("packages*.txt"))
+        packages = {l for l in lists.split("\n") if l and not l.startswith("#")}
         for package in packages:
             self.assertIn(f"`{package}`", reasons)
-        self.assertEqual(sorted(re.findall(r"`([a-z][a-z0-9+-]+)`(?=[,| ].* \|)", reasons)), sorted(packages))
+        self.assertEqual(sorted(re.findall(r"`([a-z][a-z0-9+:-]+)`(?=[,| ].* \|)", reasons)), sorted(packages))
 
 
 if __name__ == "__main__":
