@@ -1,6 +1,6 @@
-// Measures the reader and the writer: bench_reader string|file|avx2|baseline|write FILE.vrn
+// Measures the reader and the writer: bench_reader string|file|write[-avx2|-baseline] FILE.vrn
 //
-// Reads from memory, from a file, or from memory with a limited instruction set; or writes the scene.
+// Reads from memory or from a file, or writes the scene; with all instructions of the processor, or a limited set.
 #include "impl/Reader.h"
 
 #include "bench/Process.h"
@@ -9,6 +9,7 @@
 #include "scene/core/InstructionSet.h"
 
 #include <memory>
+#include <string_view>
 
 using namespace vor;
 using namespace vor::velmo_sdk::impl;
@@ -16,11 +17,12 @@ using namespace vor::velmo_sdk::impl;
 int main(int argc, char** argv) {
     if (argc != 3)
         return 2;
-    const std::string mode = argv[1];
+    const std::string_view all = argv[1];
+    const std::string_view mode = all.substr(0, all.find('-'));
     const bool isFile = mode == "file";
-    if (mode == "avx2")
+    if (all.ends_with("-avx2"))
         limitInstructionSet(InstructionSet::Avx2);
-    if (mode == "baseline")
+    if (all.ends_with("-baseline"))
         limitInstructionSet(InstructionSet::Baseline);
     String text;
     if (!isFile)

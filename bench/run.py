@@ -10,9 +10,9 @@ import statistics
 import subprocess
 import sys
 
-PROGRAMS = {"string": "bench_reader", "file": "bench_reader", "avx2": "bench_reader", "baseline": "bench_reader",
-            "write": "bench_reader", "numbers": "bench_roof", "payload": "bench_roof", "read": "bench_roof",
-            "plain": "bench_json", "tuned": "bench_json", "graph": "bench_json", "links": "bench_scale"}
+PROGRAMS = {"string": "bench_reader", "file": "bench_reader", "write": "bench_reader", "numbers": "bench_roof",
+            "payload": "bench_roof", "read": "bench_roof", "plain": "bench_json", "tuned": "bench_json",
+            "graph": "bench_json", "links": "bench_scale"}
 
 
 def over(mine, other):
@@ -28,8 +28,8 @@ def beyond(file, string, read):
 # Title, how to compute, runs, must, goal.
 ROWS = [
     ("mesh / roof", *over("string mesh.vrn", "numbers mesh.vrn"), 1.00, 0.70),
-    ("mesh with AVX2 / roof", *over("avx2 mesh.vrn", "numbers mesh.vrn"), 1.00, 0.85),
-    ("mesh without either / roof", *over("baseline mesh.vrn", "numbers mesh.vrn"), None, None),
+    ("mesh with AVX2 / roof", *over("string-avx2 mesh.vrn", "numbers mesh.vrn"), 1.00, 0.85),
+    ("mesh without either / roof", *over("string-baseline mesh.vrn", "numbers mesh.vrn"), None, None),
     ("mesh, wrapped lines / mesh", *over("string mesh_wrap.vrn", "string mesh.vrn"), 1.10, 1.05),
     ("mesh, shortest reals / roof", *over("string mesh_rt.vrn", "numbers mesh_rt.vrn"), 1.00, 0.75),
     ("mesh, hostile lengths / roof", *over("string mesh_mix.vrn", "numbers mesh_mix.vrn"), 0.80, 0.55),
@@ -53,6 +53,12 @@ ROWS = [
     ("writing graph / reading", *over("write graph.vrn", "string graph.vrn"), 1.00, None),
     ("a link of 1,000,000 / of 10,000", *over("links 1000000", "links 10000"), 1.50, 1.20),
 ]
+# The same ratio for each set of instructions: title, mode, file, and what it is compared with.
+SETS = ["", "-avx2", "-baseline"]
+LISTS = {"mesh": "mesh.vrn", "shortest reals": "mesh_rt.vrn", "doubles": "doubles.vrn", "8-bit integers": "int8.vrn",
+         "16-bit integers": "int16.vrn", "64-bit integers": "int64.vrn"}
+SET_ROWS = [*((f"{name} / roof", "string", file, "numbers") for name, file in LISTS.items()),
+            *((f"writing {name} / reading", "write", file, "string") for name, file in LISTS.items())]
 MEMORY = [
     ("memory beyond text and values, mesh", "string mesh.vrn", 34.3, 8, 4),
     ("the same from a file", "file mesh.vrn", 34.3, 68 + 8, 2),
@@ -63,12 +69,16 @@ MEMORY = [
 def command(run, build, data):
     mode, file = run.split()
     argument = file if mode == "links" else f"{data}/{file}"
-    return [f"{build}/{PROGRAMS[mode]}", mode, argument]
+    return [f"{build}/{PROGRAMS[mode.split('-')[0]]}", mode, argument]
 
 
 def measured(program):
     """The output of a benchmark: name, file, cold and warm seconds, MiB."""
     return subprocess.run(program, capture_output=True, text=True, check=True).stdout.split()
+
+
+def with_set(mode, file, instruction_set):
+    return f"{mode}{instruction_set if mode in ('string', 'write') else ''} {file}"
 
 
 def line(title, value, must, goal, unit=""):
@@ -79,7 +89,8 @@ def line(title, value, must, goal, unit=""):
 def main():
     build, data = sys.argv[1:3]
     rounds = int(sys.argv[3]) if len(sys.argv) > 3 else 7
-    runs = sorted({run for row in ROWS for run in row[2]})
+    runs = sorted({run for row in ROWS for run in row[2]} | {
+        with_set(mode, file, s) for _, mine, file, other in SET_ROWS for mode in (mine, other) for s in SETS})
     warm, memory = [], {run: [] for run in runs}
     for i in range(rounds):
         warm.append({})
@@ -94,6 +105,11 @@ def main():
     for title, run, values, must, goal in MEMORY:
         line(title, statistics.median(memory[run]) - values, must, goal, "MiB")
     line("memory of an input with a Real", float(measured([f"{build}/bench_scale", "input"])[2]), 160, 96, "bytes")
+    print(f"\n{'with each set of instructions':40} {'all':>8} {'AVX2':>8} {'neither':>8}")
+    for title, mode, file, other in SET_ROWS:
+        ratios = [statistics.median(seconds[with_set(mode, file, s)] / seconds[with_set(other, file, s)]
+                                    for seconds in warm) for s in SETS]
+        print(f"{title:40}", *(f"{ratio:8.2f}" for ratio in ratios))
 
 
 if __name__ == "__main__":
