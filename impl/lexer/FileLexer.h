@@ -17,8 +17,8 @@ public:
 
 private:
     Window refill(std::string_view rest) override {
-        File::Loan loan = source.borrow(*this, rest);
-        return {loan.bytes, std::move(loan.memory)};
+        File::Piece loan = source.borrow(*this, rest);
+        return {loan.bytes, std::move(loan.owner)};
     }
 
     // `cur` counts as read.

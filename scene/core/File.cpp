@@ -202,12 +202,12 @@ std::string_view File::readBlock() {
     return {std::exchange(s.next, s.end), s.end};
 }
 
-File::Loan File::borrow(Borrower& borrower, std::string_view before) {
+File::Piece File::borrow(Borrower& borrower, std::string_view before) {
     State& s = *state_;
     if (s.borrower == &borrower)
         s.borrower = nullptr; // this loan is used up
     s.endLoan();
-    State::Piece front{before, nullptr};
+    Piece front{before, nullptr};
     while (s.next == s.end) {
         if (!s.advance(front))
             return {before, nullptr};

@@ -73,14 +73,14 @@ public:
     protected:
         ~Borrower() = default;
     };
-    struct Loan {
+    struct Piece {
         std::string_view bytes;
-        std::shared_ptr<const char[]> memory; // owns the bytes; null if the file itself does, and at its end
+        std::shared_ptr<const char[]> owner; // of the bytes; null if the file itself keeps them, and at its end
     };
     // Lends the bytes in memory, or those of a new block. `before` is the end of the borrower's last loan, or memory of
     // its own; a copy precedes the new bytes unless they already follow it. At the end of the file, returns `before` as
     // it is, and lends nothing. Amortised linear in the bytes, however few arrive at a time.
-    [[nodiscard]] Loan borrow(Borrower& borrower, std::string_view before = {});
+    [[nodiscard]] Piece borrow(Borrower& borrower, std::string_view before = {});
 
     // Ends the loan of this borrower, if it has one, through its returnLoan().
     void endLoan(Borrower& borrower) noexcept;
@@ -101,11 +101,6 @@ struct File::State {
         std::size_t size = 0;
         std::size_t used = 0;
     };
-    struct Piece {
-        std::string_view bytes;
-        std::shared_ptr<const char[]> owner; // null if it is `text`
-    };
-
     const char* next = nullptr; // the first unread bytes; none while they are on loan
     const char* end = nullptr;
     std::shared_ptr<const char[]> owner; // of these bytes; null if it is `text`

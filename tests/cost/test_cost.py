@@ -22,8 +22,9 @@ def counts_of_all_workloads(n):
     """The instructions of reading each workload, in one process: starting callgrind takes longer than most of them."""
     with tempfile.TemporaryDirectory() as folder:
         profile = pathlib.Path(folder) / "profile"
-        subprocess.run(["valgrind", "--tool=callgrind", f"--callgrind-out-file={profile}", f"--dump-before={READ}*",
-                        f"--toggle-collect={READ}(*", WORKLOAD, "all", str(n)], capture_output=True, check=True, env=os.environ | NEW_PAGES)
+        command = ["valgrind", "--tool=callgrind", f"--callgrind-out-file={profile}", f"--dump-before={READ}*",
+                   f"--toggle-collect={READ}(*", WORKLOAD, "all", str(n)]
+        subprocess.run(command, capture_output=True, check=True, env=os.environ | NEW_PAGES)
         # A profile for each reading: the first one ends where the first reading begins, the last has no number.
         numbered = sorted(profile.parent.glob("profile.*"), key=lambda path: int(path.suffix[1:]))
         return [int(re.search(r"^totals: (\d+)", path.read_text(), re.MULTILINE).group(1))

@@ -6,6 +6,7 @@
 #include "tests/faults/Allocations.h"
 #include "tests/support/Invariants.h"
 #include "tests/support/Reading.h"
+#include "tests/support/Sources.h"
 #include "tests/support/Texts.h"
 
 #include <algorithm>
@@ -155,41 +156,27 @@ TEST_P(AllocationFaults, leaveASceneReadFromAFile) {
     }
 }
 
-// Reads the text in pieces of 100 characters.
-class Pieces final : public ByteSource {
-public:
-    explicit Pieces(std::string_view text) noexcept : text_(text) {}
-    std::size_t read(char* buffer, std::size_t capacity, String&) override {
-        const std::size_t count = text_.copy(buffer, std::min<std::size_t>(capacity, 100));
-        text_.remove_prefix(count);
-        return count;
-    }
-
-private:
-    std::string_view text_;
-};
-
 // What can be read from the file after the failure is the end of the text.
 TEST_P(AllocationFaults, loseNoBytesOfAFile) {
-    const String text = texts().back().second + " n.s = \"" + String(std::string_view(std::string(2000, 's'))) + "\";";
+    const std::string text = std::string(texts().back().second.view()) + " n.s = \"" + std::string(2000, 's') + "\";";
     failEach([&](std::size_t n) {
         Scene scene;
         std::string left;
-        left.reserve(text.len());
+        left.reserve(text.size());
         bool hasFailed = false;
         {
             Errors errors;
             File file;
             failAllocation(n, GetParam());
             (void)outcomeOf([&] {
-                file = File::fromSource(std::make_unique<Pieces>(text.view()), 128);
+                file = File::fromSource(std::make_unique<Blocks>(text, 100), 128);
                 return parseVrn(&scene, file, false);
             });
             hasFailed = stopFailing();
             for (char c = 0; file.read(c);)
                 left += c;
         }
-        EXPECT_TRUE(text.view().ends_with(left)) << n;
+        EXPECT_TRUE(text.ends_with(left)) << n;
         return hasFailed;
     });
 }

@@ -6,6 +6,7 @@
 
 #include <deque>
 #include <string>
+#include <utility>
 
 namespace vrn::test {
 
@@ -43,31 +44,12 @@ public:
         }
         case '[':
             return scanBrackets();
-        case '\'':
-            return scanOne(Token::Type::Quote);
-        case '*':
-            return scanOne(Token::Type::Star);
-        case '+':
-            return scanOne(Token::Type::Plus);
-        case ',':
-            return scanOne(Token::Type::Comma);
-        case '.':
-            return scanOne(Token::Type::Dot);
-        case '/':
-            return scanOne(Token::Type::Slash);
-        case ':':
-            return scanOne(Token::Type::Colon);
-        case ';':
-            return scanOne(Token::Type::Semicolon);
-        case '=':
-            return scanOne(Token::Type::Equals);
-        case '\\':
-            return scanOne(Token::Type::Backslash);
-        case '|':
-            return scanOne(Token::Type::Pipe);
         default:
             break;
         }
+        for (const auto& [character, type] : punctuation)
+            if (cur == character)
+                return make(type, {next()});
         if (isLetter(cur) || cur == '_')
             return scanWord();
         return isDigit(cur) || cur == '-' ? scanNumber() : invalidToken();
@@ -75,6 +57,12 @@ public:
 
 private:
     Window refill(std::string_view rest) override { return {rest}; } // there is no window
+
+    static constexpr std::pair<char, Token::Type> punctuation[] = {
+        {'\'', Token::Type::Quote},     {'*', Token::Type::Star},      {'+', Token::Type::Plus},
+        {',', Token::Type::Comma},      {'.', Token::Type::Dot},       {'/', Token::Type::Slash},
+        {':', Token::Type::Colon},      {';', Token::Type::Semicolon}, {'=', Token::Type::Equals},
+        {'\\', Token::Type::Backslash}, {'|', Token::Type::Pipe}};
 
     static bool isBlank(signed char c) { return c != endOfText && (c <= ' ' || c == 127); } // negative: outside ASCII
     static bool isLetter(signed char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
@@ -100,8 +88,6 @@ private:
         return {type, texts_.emplace_back(std::move(text)), line, column};
     }
     Token keep(const Token& error) { return {error.type, texts_.emplace_back(error.text), error.line, error.column}; }
-
-    Token scanOne(Token::Type type) { return make(type, {next()}); }
 
     template <class Belongs> Token scan(Token::Type type, Belongs belongs) {
         std::string text;

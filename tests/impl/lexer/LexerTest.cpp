@@ -173,7 +173,7 @@ void expectTheSameTokensFromAllSources(const std::string& text) {
 
 } // namespace
 
-TEST(Lexer, returnsTheSameTokensWithAndWithoutAWindow) {
+TEST(Lexer, returnsTheSameTokensFromAllSources) {
     const std::string pieces[] = {"a",
                                   "true",
                                   "_x9",

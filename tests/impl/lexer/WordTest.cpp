@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <memory>
+#include <set>
 #include <vector>
 
 namespace vrn::test {
@@ -89,39 +90,83 @@ TEST(Lexer, keepsTheTextsOfTokensForFourStatements) {
                     << "block size " << size;
         }
     }
-    // A statement of many tokens, one of which is long.
+    // A statement of many tokens, one of which is longer than a block.
     const std::string statement = text + std::string(5000, 'x') + " " + text;
-    FileLexer lexer{File::fromMemory(String(std::string_view(statement)))};
+    FileLexer lexer{File::fromSource(std::make_unique<Blocks>(statement, 1000), 1000)};
     std::vector<Token> tokens;
     for (int i = 0; i < 6001; ++i)
         tokens.push_back(lexer.nextToken());
-    EXPECT_EQ(tokens[7].text, "name7");
-    EXPECT_EQ(tokens[3000].text.size(), 5000U);
-    EXPECT_EQ(tokens[6000].text, "name2999");
+    for (std::size_t i = 0; i < 6001; ++i)
+        ASSERT_EQ(tokens[i].text,
+                  i == 3000 ? std::string(5000, 'x') : "name" + std::to_string(i < 3000 ? i : i - 3001));
 }
 
-TEST(Lexer, reusesTheMemoryOfTexts) {
-    // If the memory grew from statement to statement, it would soon be exhausted.
+// Words of all lengths, so that some of them, after a move to a new block, end where the block ends.
+TEST(Lexer, keepsTheTextsOfLongWordsForFourStatements) {
+    std::vector<std::string> words;
     std::string text;
-    for (int i = 0; i < 1000; ++i)
-        text += "# " + std::string(1100, 'x') + "\n";
-    FileLexer fromFile{File::fromMemory(String(std::string_view(text)))};
-    for (int i = 0; i < 1000; ++i) {
-        fromFile.startStatement();
-        ASSERT_EQ(fromFile.nextToken().text.size(), 1102U);
+    for (std::size_t length = 1; length < 600; ++length) {
+        words.emplace_back(length, static_cast<char>('a' + length % 26));
+        text += words.back() + ' ';
     }
-    std::string lists;
-    for (int i = 0; i < 1000; ++i) {
-        lists += "{";
-        for (int n = 0; n < 600; ++n)
-            lists += "1  ";
-        lists += "}";
+    for (const std::size_t size : {1U, 2U, 3U, 16U, 64U, 100U}) {
+        FileLexer lexer{File::fromSource(std::make_unique<Blocks>(text, size), size)};
+        std::vector<Token> tokens;
+        for (std::size_t i = 0; i < words.size(); ++i) {
+            lexer.startStatement();
+            tokens.push_back(lexer.nextToken());
+            for (std::size_t k = i < 3 ? 0 : i - 3; k <= i; ++k)
+                ASSERT_EQ(tokens[k].text, words[k]) << "block size " << size;
+        }
     }
-    StringLexer fromString{String(std::string_view(lists))};
+}
+
+// Lists that are not kept as written, each of 600 elements.
+TEST(Lexer, keepsTheTextsOfNormalisedListsForFourStatements) {
+    std::string text;
+    std::vector<std::string> lists;
     for (int i = 0; i < 1000; ++i) {
-        fromString.startStatement();
-        ASSERT_EQ(fromString.nextToken().text.size(), 1201U);
+        const std::string element = std::to_string(i);
+        lists.emplace_back("{");
+        for (int n = 0; n < 600; ++n) {
+            text += (n == 0 ? "{" : "  ") + element;
+            lists.back() += (n == 0 ? "" : " ") + element;
+        }
+        text += " }";
+        lists.back() += "}";
     }
+    StringLexer lexer{String(std::string_view(text))};
+    std::vector<Token> tokens;
+    for (std::size_t i = 0; i < lists.size(); ++i) {
+        lexer.startStatement();
+        tokens.push_back(lexer.nextToken());
+        for (std::size_t k = i < 3 ? 0 : i - 3; k <= i; ++k)
+            ASSERT_EQ(tokens[k].text, lists[k]);
+    }
+}
+
+// A source whose blocks are read to few places: those that no token refers to any more.
+TEST(Lexer, reusesTheBlocksOfAFile) {
+    class Places final : public ByteSource {
+    public:
+        explicit Places(std::set<const char*>& places) : places_(places) {}
+        std::size_t read(char* buffer, std::size_t capacity, String&) override {
+            places_.insert(buffer);
+            for (std::size_t i = 0; i < capacity; ++i)
+                buffer[i] = i % 2 == 0 ? '.' : ';';
+            return capacity;
+        }
+
+    private:
+        std::set<const char*>& places_;
+    };
+    std::set<const char*> places;
+    FileLexer lexer{File::fromSource(std::make_unique<Places>(places), 1000)};
+    for (int i = 0; i < 100000; ++i) {
+        lexer.startStatement();
+        ASSERT_EQ(lexer.nextToken().text, i % 2 == 0 ? "." : ";");
+    }
+    EXPECT_LE(places.size(), 3U);
 }
 
 } // namespace vrn::test

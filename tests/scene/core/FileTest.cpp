@@ -144,13 +144,13 @@ public:
         return borrow();
     }
     void consume(std::size_t count) { left_.remove_prefix(count); }
-    [[nodiscard]] const File::Loan& loan(std::size_t i) const { return loans_[i]; }
+    [[nodiscard]] const File::Piece& loan(std::size_t i) const { return loans_[i]; }
 
     std::size_t returnLoan() noexcept override { return std::exchange(left_, {}).size(); }
 
 private:
     File file_;
-    std::vector<File::Loan> loans_;
+    std::vector<File::Piece> loans_;
     std::string_view left_;
 };
 
@@ -202,7 +202,7 @@ TEST(File, lendsMoreBytesInOnePiece) {
                 const std::size_t some = window.size() - std::min(keeping, window.size());
                 reader.consume(some);
                 consumed += some;
-                const File::Loan& old = reader.loan(loans / 2);
+                const File::Piece& old = reader.loan(loans / 2);
                 ASSERT_NE(text.find(old.bytes), std::string::npos);
             }
             EXPECT_EQ(known, text.size());
@@ -237,7 +237,7 @@ TEST(File, lendsOnePieceAfterOthersHaveRead) {
         ASSERT_TRUE(file.read(c));
         EXPECT_EQ(c, 'a');
         const std::string own = "own ";
-        const File::Loan loan = file.borrow(reader, own);
+        const File::Piece loan = file.borrow(reader, own);
         EXPECT_EQ(loan.bytes, isFromMemory ? "own bcdefghijklmnopqrstuvwxyz" : "own bc");
         file.endLoan(reader);
     }
@@ -300,7 +300,7 @@ TEST(File, lendsNothingAtItsEnd) {
         (void)file.readBlock();
         Reader reader(file);
         const std::string own = "own ";
-        const File::Loan loan = file.borrow(reader, own);
+        const File::Piece loan = file.borrow(reader, own);
         EXPECT_EQ(loan.bytes.data(), own.data());
         EXPECT_EQ(loan.bytes, own);
         EXPECT_EQ(file.readBlock(), "");
@@ -339,8 +339,8 @@ TEST(File, releasesItsBlocksAtTheEnd) {
         Reader reader(file);
         for (std::size_t last = 1; last != reader.borrow().size();)
             last = reader.borrow().size();
-        for (std::size_t i = 0; reader.loan(i).memory; ++i)
-            block = reader.loan(i).memory;
+        for (std::size_t i = 0; reader.loan(i).owner; ++i)
+            block = reader.loan(i).owner;
         EXPECT_FALSE(block.expired());
     }
     EXPECT_TRUE(block.expired()) << "the file is still open";
