@@ -125,8 +125,10 @@ void findInput(benchmark::State& state) {
 }
 
 template <class Number> void registerNumbers(const std::string& name) {
-    const std::pair<const char*, InstructionSet> sets[] = {
-        {"baseline", InstructionSet::Baseline}, {"avx2", InstructionSet::Avx2}, {"avx512", InstructionSet::Avx512}};
+    const std::pair<const char*, InstructionSet> sets[] = {{"baseline", InstructionSet::Baseline},
+                                                           {"vector128", InstructionSet::Vector128},
+                                                           {"avx2", InstructionSet::Avx2},
+                                                           {"avx512", InstructionSet::Avx512}};
     for (const auto& [setName, set] : sets)
         benchmark::RegisterBenchmark(("numbers/" + name + "/" + setName).c_str(), fill<Number>, set);
 }

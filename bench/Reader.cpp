@@ -1,4 +1,4 @@
-// Measures the reader and the writer: bench_reader string|file|write[-avx2|-baseline] FILE.vrn
+// Measures the reader and the writer: bench_reader string|file|write[-avx2|-vector128|-baseline] FILE.vrn
 //
 // Reads from memory or from a file, or writes the scene; with all instructions of the processor, or a limited set.
 #include "impl/Reader.h"
@@ -10,6 +10,7 @@
 
 #include <memory>
 #include <string_view>
+#include <utility>
 
 using namespace vor;
 using namespace vor::velmo_sdk::impl;
@@ -20,10 +21,11 @@ int main(int argc, char** argv) {
     const std::string_view all = argv[1];
     const std::string_view mode = all.substr(0, all.find('-'));
     const bool isFile = mode == "file";
-    if (all.ends_with("-avx2"))
-        limitInstructionSet(InstructionSet::Avx2);
-    if (all.ends_with("-baseline"))
-        limitInstructionSet(InstructionSet::Baseline);
+    for (const auto& [suffix, set] : {std::pair{"-avx2", InstructionSet::Avx2},
+                                      {"-vector128", InstructionSet::Vector128},
+                                      {"-baseline", InstructionSet::Baseline}})
+        if (all.ends_with(suffix))
+            limitInstructionSet(set);
     String text;
     if (!isFile)
         text = std::string_view(vrn::bench::readFile(argv[2]));

@@ -54,7 +54,7 @@ ROWS = [
     ("a link of 1,000,000 / of 10,000", *over("links 1000000", "links 10000"), 1.50, 1.20),
 ]
 # The same ratio for each set of instructions: title, mode, file, and what it is compared with.
-SETS = ["", "-avx2", "-baseline"]
+SETS = ["", "-avx2", "-vector128", "-baseline"]
 LISTS = {"mesh": "mesh.vrn", "shortest reals": "mesh_rt.vrn", "doubles": "doubles.vrn", "8-bit integers": "int8.vrn",
          "16-bit integers": "int16.vrn", "64-bit integers": "int64.vrn"}
 SET_ROWS = [*((f"{name} / roof", "string", file, "numbers") for name, file in LISTS.items()),
@@ -105,7 +105,7 @@ def main():
     for title, run, values, must, goal in MEMORY:
         line(title, statistics.median(memory[run]) - values, must, goal, "MiB")
     line("memory of an input with a Real", float(measured([f"{build}/bench_scale", "input"])[2]), 160, 96, "bytes")
-    print(f"\n{'with each set of instructions':40} {'all':>8} {'AVX2':>8} {'neither':>8}")
+    print(f"\n{'with each set of instructions':40} {'all':>8} {'AVX2':>8} {'128 bits':>8} {'none':>8}")
     for title, mode, file, other in SET_ROWS:
         ratios = [statistics.median(seconds[with_set(mode, file, s)] / seconds[with_set(other, file, s)]
                                     for seconds in warm) for s in SETS]

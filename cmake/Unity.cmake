@@ -8,10 +8,12 @@ set(not_in_unity_builds
   convert/import/GltfFile.cpp
   impl/Formatter.cpp
   impl/numbers/PlainBlocks.cpp
+  impl/numbers/PlainBlocks128.cpp
   impl/numbers/PlainBlocksAvx2.cpp
   impl/numbers/PlainBlocksAvx512.cpp
   scene/DataType.cpp
   scene/core/NumberLists.cpp
+  scene/core/NumberLists128.cpp
   scene/core/NumberListsAvx512.cpp
   tests/faults/MemoryTest.cpp)
 list(TRANSFORM not_in_unity_builds PREPEND ${PROJECT_SOURCE_DIR}/)

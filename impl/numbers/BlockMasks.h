@@ -1,5 +1,5 @@
 // Finds the numbers in a block of 64 characters with bit operations on 64-bit masks, bit i for character i. Shared by
-// the AVX2 and AVX-512 readers; PlainBlocksAvx512.cpp shows a worked example.
+// all block readers; PlainBlocksAvx512.cpp shows a worked example.
 #pragma once
 
 #include "scene/core/Types.h"
@@ -31,15 +31,6 @@ struct BlockNumbers {
     u64 ends;           // one past the last character
     std::size_t length; // characters up to the last end: where the next block begins
 };
-
-// Multipliers that join the digits of a number pairwise: each multiply-add instruction takes two neighbouring lanes,
-// the first one more significant, and yields first * 10^n + second. Lanes are little endian, so the factor of the first
-// lane is the low half of the constant.
-inline constexpr i16 joinDigits = 1 << 8 | 10;         // maddubs: bytes to 16-bit lanes of 2 digits
-inline constexpr i32 joinPairs = 1 << 16 | 100;        // madd: 16-bit lanes to 32-bit lanes of 4 digits
-inline constexpr i32 joinQuadruples = 1 << 16 | 10000; // madd on packed 16-bit lanes: 32-bit lanes of 8 digits
-
-inline constexpr i64 tenToThe8 = 100000000;
 
 // Finds the numbers of a block that does not begin inside a number. Other: a number is not plain, or no number ends
 // within the block. `isReal` allows points.

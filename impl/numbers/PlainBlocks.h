@@ -1,4 +1,4 @@
-// Reads the plain numbers of a list in blocks of 64 characters, with AVX-512 or AVX2.
+// Reads the plain numbers of a list in blocks of 64 characters with vector instructions.
 #pragma once
 
 #include "scene/core/InstructionSet.h"
@@ -28,8 +28,7 @@ struct BlockProgress {
 inline constexpr std::size_t blockMargin = 16;
 using BlockReader = BlockProgress (*)(const char* at, const char* end, std::byte* out, std::size_t capacity);
 
-// The block reader for an element type and an instruction set, which the processor must have. Null for Baseline, where
-// reading number by number is as fast.
+// The block reader for an element type and an instruction set, which the processor must have. Null for Baseline.
 template <class Number> [[nodiscard]] BlockReader blockReader(InstructionSet set) noexcept;
 
 } // namespace vor::velmo_sdk::impl

@@ -7,8 +7,9 @@
 #if defined(__x86_64__)
 
 #    include "impl/numbers/BlockMasks.h"
+#    include "impl/numbers/NumberShuffles.h"
+#    include "scene/core/DecimalArithmetic.h"
 #    include "scene/core/PlainNumber.h"
-#    include "scene/syntax/CharClass.h"
 
 #    include <cstring>
 #    include <immintrin.h>
@@ -21,51 +22,10 @@ namespace vor::velmo_sdk::impl {
 
 namespace {
 
-// Classifies characters of numbers by two nibble lookups: a character is one if the entries for its low and its high
-// nibble share a bit. Each high nibble with such characters has a bit of its own, except that the upper and lower case
-// letters of 4 and 6, and of 5 and 7, share one.
-struct alignas(16) NibbleTables {
-    u8 low[16] = {};
-    u8 high[16] = {};
-    static constexpr u8 bitOfRow(int row) { return row == 2 ? 1 : row == 3 ? 2 : row == 4 || row == 6 ? 4 : 8; }
-    constexpr NibbleTables() {
-        for (int c = 0; c < 128; ++c)
-            if (isIn(static_cast<char>(c), numberChar)) {
-                low[c & 15] |= bitOfRow(c >> 4);
-                high[c >> 4] |= bitOfRow(c >> 4);
-            }
-    }
-    // pshufb yields 0 for an index with the top bit set, so characters from 0x80 on are never in the class.
-    [[nodiscard]] constexpr bool isExact() const {
-        for (int c = 0; c < 128; ++c)
-            if (((low[c & 15] & high[c >> 4]) != 0) != isIn(static_cast<char>(c), numberChar))
-                return false;
-        return true;
-    }
-};
-constexpr NibbleTables nibbles;
-static_assert(nibbles.isExact());
-
-// Shuffles for 16 bytes that end with a number: from[length][places] moves its digits to the right end, drops the point
-// and fills with zeros. `length` counts the characters after the sign; `places` those after the point, or is noPoint.
-constexpr std::size_t noPoint = 16;
-constexpr u8 zeroByte = 1 << 7; // pshufb: an index with the top bit set yields 0
-struct alignas(16) Shuffles {
-    u8 from[17][17][16] = {};
-    constexpr Shuffles() {
-        for (std::size_t length = 0; length <= 16; ++length)
-            for (std::size_t places = 0; places <= noPoint; ++places) {
-                std::size_t left = length; // characters not placed yet
-                for (std::size_t i = 16; i-- > 0;) {
-                    if (left > 0 && places != noPoint && length - left == places)
-                        --left;
-                    from[length][places][i] = left > 0 ? static_cast<u8>(16 - length + left - 1) : zeroByte;
-                    left -= left > 0 ? 1 : 0;
-                }
-            }
-    }
-};
-constexpr Shuffles shuffles;
+using vor::detail::joinDigits;
+using vor::detail::joinPairs;
+using vor::detail::joinQuadruples;
+using vor::detail::tenToThe8;
 
 VRN_AVX2 inline u64 bits(__m256i low, __m256i high) {
     return static_cast<u32>(_mm256_movemask_epi8(low)) | u64(static_cast<u32>(_mm256_movemask_epi8(high))) << 32;
@@ -89,45 +49,16 @@ VRN_AVX2 inline u64 bitsOf(__m256i low, __m256i high, char c) {
     return bits(_mm256_cmpeq_epi8(low, all), _mm256_cmpeq_epi8(high, all));
 }
 
-// The bits at which a run of at least 9, or 17, characters of numbers starts; runs double in length with each step.
-constexpr u64 runsOf9(u64 number) noexcept {
-    u64 runs = number & (number >> 1);
-    runs &= runs >> 2;
-    runs &= runs >> 4;
-    return runs & (number >> 8);
-}
-constexpr u64 runsOf17(u64 number) noexcept {
-    u64 runs = number & (number >> 1);
-    runs &= runs >> 2;
-    runs &= runs >> 4;
-    runs &= runs >> 8;
-    return runs & (number >> 16);
-}
-
 template <bool isReal> VRN_AVX2 inline BlockContent find(const char* at, BlockNumbers& numbers, bool& isShort) {
     const __m256i low = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(at));
     const __m256i high = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(at + 32));
     const BlockMasks is{bits(isNumber(low), isNumber(high)), bits(isDigit(low), isDigit(high)), bitsOf(low, high, '-'),
                         isReal ? bitsOf(low, high, '.') : 0};
-    if (const BlockContent found = findNumbers<isReal>(is, numbers); found != BlockContent::Numbers)
-        return found;
-    const u64 inside = (u64(1) << numbers.length) - 1;
-    isShort = (runsOf9(is.number) & inside) == 0;
-    if (!isShort && (runsOf17(is.number) & inside) != 0)
-        return BlockContent::Other;
-    // Drop the incomplete last number, so that the masks run out together.
-    numbers.starts &= inside;
-    numbers.wholes &= inside | numbers.ends;
-    return BlockContent::Numbers;
+    const BlockContent found = findNumbers<isReal>(is, numbers);
+    return found == BlockContent::Numbers ? dropUnfinished(is.number, numbers, isShort) : found;
 }
 
-// A number removed from the masks: offsets into the block. After the last number all of them are 64.
-struct NumberExtent {
-    std::size_t start; // after the sign
-    std::size_t whole;
-    std::size_t end;
-    u64 isNegative;
-};
+// After the last number, returns empty ones at 64.
 VRN_AVX2 inline NumberExtent popNumber(BlockNumbers& numbers) {
     const auto start = static_cast<std::size_t>(_tzcnt_u64(numbers.starts));
     const auto whole = static_cast<std::size_t>(_tzcnt_u64(numbers.wholes));
@@ -153,7 +84,7 @@ VRN_AVX2 inline i64 eightDigits(const char* at, const NumberExtent& number) {
     u64 word;
     std::memcpy(&word, at + number.end - 8, sizeof word);
     word ^= vor::detail::eightZeros;
-    return static_cast<i64>(word ^ _bzhi_u64(word, static_cast<u32>(64 - 8 * (number.end - number.start))));
+    return static_cast<i64>(word ^ _bzhi_u64(word, static_cast<u32>(64 - 8 * (number.length()))));
 }
 
 VRN_AVX2 inline __m256i shortIntegers(const char* at, const NumberExtent (&numbers)[4]) {
@@ -166,23 +97,20 @@ VRN_AVX2 inline __m128i sixteen(const char* at, const NumberExtent& number) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at + number.end - 16));
 }
 
-template <bool isReal> VRN_AVX2 inline __m128i shuffle(const NumberExtent& number) {
-    const bool hasPoint = isReal && number.whole != number.end;
-    const std::size_t places = hasPoint ? number.end - number.whole - 1 : noPoint;
-    return _mm_load_si128(reinterpret_cast<const __m128i*>(shuffles.from[number.end - number.start][places]));
+VRN_AVX2 inline __m128i shuffle(const NumberExtent& number) {
+    return _mm_load_si128(reinterpret_cast<const __m128i*>(shuffleOf(number)));
 }
 
 // The digits of two numbers, right-aligned in 16 bytes each.
-template <bool isReal>
 VRN_AVX2 inline __m256i sixteenDigits(const char* at, const NumberExtent& a, const NumberExtent& b) {
     const __m256i text = _mm256_inserti128_si256(_mm256_castsi128_si256(sixteen(at, a)), sixteen(at, b), 1);
-    const __m256i from = _mm256_inserti128_si256(_mm256_castsi128_si256(shuffle<isReal>(a)), shuffle<isReal>(b), 1);
+    const __m256i from = _mm256_inserti128_si256(_mm256_castsi128_si256(shuffle(a)), shuffle(b), 1);
     return _mm256_shuffle_epi8(_mm256_xor_si256(text, _mm256_set1_epi8('0')), from);
 }
 
-template <bool isReal> VRN_AVX2 inline __m256i longIntegers(const char* at, const NumberExtent (&numbers)[4]) {
-    const __m256i even = joinFours(sixteenDigits<isReal>(at, numbers[0], numbers[2]));
-    const __m256i odd = joinFours(sixteenDigits<isReal>(at, numbers[1], numbers[3]));
+VRN_AVX2 inline __m256i longIntegers(const char* at, const NumberExtent (&numbers)[4]) {
+    const __m256i even = joinFours(sixteenDigits(at, numbers[0], numbers[2]));
+    const __m256i odd = joinFours(sixteenDigits(at, numbers[1], numbers[3]));
     const __m256i eights = _mm256_madd_epi16(_mm256_packus_epi32(even, odd), _mm256_set1_epi32(joinQuadruples));
     return joinHalves(eights, tenToThe8);
 }
@@ -239,16 +167,13 @@ VRN_AVX2 inline __m256d toDoubles(__m256i integers) {
                          _mm256_castsi256_pd(low));
 }
 
-VRN_AVX2 inline double power(const NumberExtent& number) {
-    return vor::detail::exactPowersOfTen[number.whole == number.end ? 0 : number.end - number.whole - 1];
-}
-
 // Stores four reals; false if one division does not round one of them correctly (Clinger 1990).
 template <class Number>
 requires std::is_floating_point_v<Number> VRN_AVX2 inline bool finish(__m256i digits, const NumberExtent (&numbers)[4],
                                                                       std::byte* out) {
     __m256i inexact = _mm256_cmpgt_epi64(digits, _mm256_set1_epi64x(vor::detail::maxExactInteger));
-    const __m256d divisors = _mm256_setr_pd(power(numbers[0]), power(numbers[1]), power(numbers[2]), power(numbers[3]));
+    const __m256d divisors =
+        _mm256_setr_pd(divisorOf(numbers[0]), divisorOf(numbers[1]), divisorOf(numbers[2]), divisorOf(numbers[3]));
     __m256d values = _mm256_div_pd(toDoubles(digits), divisors);
     if constexpr (sizeof(Number) == sizeof(float)) {
         const __m256i tail =
@@ -270,7 +195,7 @@ template <class Number> VRN_AVX2 inline bool convert(const char* at, BlockNumber
     constexpr bool isReal = std::is_floating_point_v<Number>;
     for (; block.ends != 0; out += 4 * sizeof(Number)) {
         const NumberExtent numbers[] = {popNumber(block), popNumber(block), popNumber(block), popNumber(block)};
-        const __m256i integers = !isReal && isShort ? shortIntegers(at, numbers) : longIntegers<isReal>(at, numbers);
+        const __m256i integers = !isReal && isShort ? shortIntegers(at, numbers) : longIntegers(at, numbers);
         if (!finish<Number>(integers, numbers, out))
             return false;
     }

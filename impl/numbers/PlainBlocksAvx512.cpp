@@ -45,6 +45,7 @@
 
 #    include "impl/numbers/BlockMasks.h"
 #    include "scene/core/Avx512.h"
+#    include "scene/core/DecimalArithmetic.h"
 #    include "scene/core/PlainNumber.h"
 #    include "scene/syntax/CharClass.h"
 
@@ -56,6 +57,11 @@
 namespace vor::velmo_sdk::impl {
 
 namespace {
+
+using vor::detail::joinDigits;
+using vor::detail::joinPairs;
+using vor::detail::joinQuadruples;
+using vor::detail::tenToThe8;
 
 // Indexed by an ASCII character: the top bit, which movepi8_mask collects, is set for characters of numbers.
 struct alignas(64) NumberTable {

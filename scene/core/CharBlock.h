@@ -42,6 +42,19 @@ public:
         }
         [[nodiscard]] bool isAll() const noexcept { return bits() == allBits; }
 
+        // One bit for each of 64 characters, those of the first block lowest.
+        [[nodiscard]] static u64 join(Mask a, Mask b, Mask c, Mask d) noexcept {
+#if defined(__aarch64__) && !defined(__AARCH64EB__)
+            // One bit of each lane; adding neighbours three times joins those of eight lanes.
+            constexpr Lanes bit{1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
+            const Lanes sums =
+                vpaddq_u8(vpaddq_u8(a.lanes_ & bit, b.lanes_ & bit), vpaddq_u8(c.lanes_ & bit, d.lanes_ & bit));
+            return vgetq_lane_u64(reinterpret_cast<uint64x2_t>(vpaddq_u8(sums, sums)), 0);
+#else
+            return a.bits() | u64(b.bits()) << 16 | u64(c.bits()) << 32 | u64(d.bits()) << 48;
+#endif
+        }
+
     private:
 #if defined(__SSE2__)
         static constexpr std::size_t bitsOfLane = 1;

@@ -1,4 +1,5 @@
-// Constants for dividing by powers of ten without a division instruction, computed and checked at compile time.
+// Constants for converting between digits and integers without a division instruction, computed and checked at compile
+// time.
 #pragma once
 
 #include "scene/core/Types.h"
@@ -11,6 +12,15 @@ namespace vor::detail {
         power *= 10;
     return power;
 }
+
+// Multipliers that join the digits of a number pairwise: each multiply-add instruction takes two neighbouring lanes,
+// the first one more significant, and yields first * 10^n + second. Lanes are little endian, so the factor of the first
+// lane is the low half of the constant.
+inline constexpr i16 joinDigits = 1 << 8 | 10;         // maddubs: bytes to 16-bit lanes of 2 digits
+inline constexpr i32 joinPairs = 1 << 16 | 100;        // madd: 16-bit lanes to 32-bit lanes of 4 digits
+inline constexpr i32 joinQuadruples = 1 << 16 | 10000; // madd on packed 16-bit lanes: 32-bit lanes of 8 digits
+
+inline constexpr i64 tenToThe8 = 100000000;
 
 // The r with n * r >> shift == n / divisor for all n < limit. It is 2^shift / divisor rounded up, by less than
 // error / divisor; the quotients stay exact as long as n * error < 2^shift. The caller has to see that n * r fits.

@@ -17,8 +17,14 @@ static InstructionSet findInstructionSet() noexcept {
         return InstructionSet::Avx512;
     if (__builtin_cpu_supports("avx2") && hasBitInstructions)
         return InstructionSet::Avx2;
+    if (__builtin_cpu_supports("sse4.1"))
+        return InstructionSet::Vector128;
     return InstructionSet::Baseline;
 }
+
+#elif defined(__aarch64__) && !defined(__AARCH64EB__)
+
+static InstructionSet findInstructionSet() noexcept { return InstructionSet::Vector128; } // NEON is mandatory
 
 #else
 

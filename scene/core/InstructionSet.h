@@ -1,10 +1,10 @@
-// Run-time dispatch to AVX2 and AVX-512.
+// Run-time dispatch to vector instructions.
 #pragma once
 
 namespace vor {
 
-// Instruction sets with their own code paths, in increasing order.
-enum class InstructionSet { Baseline, Avx2, Avx512 };
+// Instruction sets with their own code paths, in increasing order. Vector128 is SSE4.1 or NEON.
+enum class InstructionSet { Baseline, Vector128, Avx2, Avx512 };
 
 // The best set that the processor supports, detected once, and not above the limit.
 [[nodiscard]] InstructionSet instructionSet() noexcept;

@@ -1,5 +1,6 @@
 #include "scene/core/ListElements.h"
 
+#include "scene/core/CharBlock.h"
 #include "scene/core/InstructionSet.h"
 #include "scene/core/NumberLists.h"
 
@@ -20,22 +21,10 @@ static_assert(elementsSlack == windowSize);
 
 // Policies for the two operations on windows: the mask of the spaces, and the index of the n-th set bit of a mask.
 struct BaselineOps {
-#if defined(__x86_64__)
     static u64 spaceMask(const char* window) noexcept {
-        const auto sixteen = [window](std::size_t at) {
-            const __m128i characters = _mm_loadu_si128(reinterpret_cast<const __m128i*>(window + at));
-            return u64(static_cast<u32>(_mm_movemask_epi8(_mm_cmpeq_epi8(characters, _mm_set1_epi8(' '))))) << at;
-        };
-        return sixteen(0) | sixteen(16) | sixteen(32) | sixteen(48);
+        const auto spaces = [window](std::size_t at) { return CharBlock::load(window + at).is(' '); };
+        return CharBlock::Mask::join(spaces(0), spaces(16), spaces(32), spaces(48));
     }
-#else
-    static u64 spaceMask(const char* window) noexcept {
-        u64 spaces = 0;
-        for (std::size_t i = 0; i < windowSize; ++i)
-            spaces |= u64(window[i] == ' ') << i;
-        return spaces;
-    }
-#endif
     static std::size_t indexOfBit(std::size_t n, u64 bits) noexcept {
         for (; n != 0; --n)
             bits &= bits - 1;

@@ -2,10 +2,11 @@
 
 #include "scene/core/DecimalArithmetic.h"
 #include "scene/core/InstructionSet.h"
-#include "scene/core/NumberListsAvx512.h"
+#include "scene/core/NumberListGroups.h"
 #include "scene/core/NumberText.h"
 #include "scene/core/PlainNumber.h"
 #include "scene/core/ShortestDecimal.h"
+#include "scene/core/Vector128.h"
 
 #include <algorithm>
 #include <array>
@@ -218,11 +219,11 @@ template <std::floating_point Real> char* writeListBaseline(std::span<const Real
     return out;
 }
 
-#if defined(__x86_64__)
-// Falls back to a baseline group wherever the AVX-512 code stops.
-template <class Number> char* writeListAvx512(std::span<const Number> numbers, char* out) noexcept {
+// Writes groups with vector instructions, and a group of its own wherever these stop.
+template <class Number, class WriteGroups>
+char* writeListVectorised(std::span<const Number> numbers, char* out, WriteGroups writeGroups) noexcept {
     for (std::size_t at = 0; at < numbers.size();) {
-        const ListProgress progress = writeGroupsAvx512(numbers.subspan(at), out);
+        const ListProgress progress = writeGroups(numbers.subspan(at), out);
         at += progress.numbers;
         out = progress.end;
         const auto group = numbers.subspan(at, std::min(groupSize, numbers.size() - at));
@@ -231,7 +232,6 @@ template <class Number> char* writeListAvx512(std::span<const Number> numbers, c
     }
     return out;
 }
-#endif
 
 } // namespace
 
@@ -241,7 +241,13 @@ template <class Number> char* writeNumberList(std::span<const Number> numbers, c
     else {
 #if defined(__x86_64__)
         if (instructionSet() == InstructionSet::Avx512)
-            return writeListAvx512(numbers, out);
+            return writeListVectorised(numbers, out, writeGroupsAvx512<Number>);
+#endif
+#if defined(VRN_HAS_VECTOR128)
+        // Doubles do not gain from vectors of this size.
+        if constexpr (!std::is_same_v<Number, double>)
+            if (instructionSet() >= InstructionSet::Vector128)
+                return writeListVectorised(numbers, out, writeGroups128<Number>);
 #endif
         return writeListBaseline(numbers, out);
     }

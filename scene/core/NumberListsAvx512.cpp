@@ -10,7 +10,7 @@
 //            space  8         space  4
 //   moved    -3.14159_        12.5_               `-`, `.` and the space (`_`) replace what was moved there
 //   stored   -3.14159_12.5_
-#include "scene/core/NumberListsAvx512.h"
+#include "scene/core/NumberListGroups.h"
 
 #if defined(__x86_64__)
 

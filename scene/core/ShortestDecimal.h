@@ -100,6 +100,10 @@ template <std::floating_point Real> [[nodiscard]] inline bool isInFastRange(u64 
     return bits - minFastBits<Real> < endOfFastBits<Real> - minFastBits<Real>;
 }
 
+// All ones if true, for selecting without a branch: compilers turn conditional operators into jumps, which processors
+// cannot predict here.
+constexpr u64 maskOf(bool condition) noexcept { return 0 - u64(condition); }
+
 // `bits` must be in the fast range. Branch-free.
 template <std::floating_point Real> [[nodiscard]] inline ShortestDecimal shortestDecimal(u64 bits) noexcept {
     using Form = RealForm<Real>;
@@ -108,8 +112,8 @@ template <std::floating_point Real> [[nodiscard]] inline ShortestDecimal shortes
     const u64 mantissa = fraction | hiddenBit;
     const i32 q = static_cast<i32>(bits >> Form::mantissaBits) - Form::bias;
     // Below a power of two, neighbours are half as far apart.
-    const bool isLowerCloser = fraction == 0;
-    const i32 k = isLowerCloser ? log10OfThreeQuarters(q) : log10OfPower(q);
+    const u64 ifLowerCloser = maskOf(fraction == 0);
+    const i32 k = (q * log10OfTwo - (log10OfFourThirds & static_cast<i32>(ifLowerCloser))) >> logFractionBits;
 
     // The number in units of 10^k, in fixed point: 2^q * 10^-k is 5^-k times a power of two, which becomes the position
     // of the binary point. Two extra bits hold the midpoints between neighbours.
@@ -121,8 +125,8 @@ template <std::floating_point Real> [[nodiscard]] inline ShortestDecimal shortes
     const u64 rest = static_cast<u64>(product) & (one - 1);
     // The distances to the midpoints on both sides. A midpoint itself rounds to the even mantissa.
     const u64 odd = mantissa & 1;
-    const u64 below = (isLowerCloser ? power : 2 * power) - odd;
     const u64 above = 2 * power - odd;
+    const u64 below = above - (power & ifLowerCloser);
 
     // One digit fewer, if exactly one of the two multiples of ten around rounds to the number; the midpoints are less
     // than ten units apart.
@@ -130,11 +134,12 @@ template <std::floating_point Real> [[nodiscard]] inline ShortestDecimal shortes
     const u64 restOfTens = (units - 10 * tens) * one + rest;
     const bool isTensIn = restOfTens <= below;
     const bool isNextTensIn = 10 * one - restOfTens <= above;
+    const u64 shorter = 10 * (tens + isNextTensIn);
     // Otherwise the nearest multiple of one, half to even. It rounds to the number, because the interval is symmetric;
     // for powers of two, where it is not, a test covers every one of them.
     const bool isNextNearer = 2 * rest + (units & 1) > one;
-    const bool isShorter = isTensIn != isNextTensIn;
-    return {isShorter ? 10 * (tens + isNextTensIn) : units + isNextNearer, -k};
+    const u64 nearest = units + isNextNearer;
+    return {nearest ^ ((nearest ^ shorter) & maskOf(isTensIn != isNextTensIn)), -k};
 }
 
 } // namespace vor::detail

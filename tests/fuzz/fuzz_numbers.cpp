@@ -4,6 +4,7 @@
 #include "scene/core/PlainNumber.h"
 #include "tests/fuzz/Fuzz.h"
 #include "tests/fuzz/SlowNumbers.h"
+#include "tests/support/InstructionSets.h"
 
 #include <algorithm>
 #include <cmath>
@@ -64,9 +65,7 @@ template <class Number> void checkList(std::string_view list, std::size_t piece,
     const std::vector<std::string> elements = elementsOf(list);
     const std::size_t capacity = more < 0 && elements.empty() ? 0 : elements.size() + static_cast<std::size_t>(more);
     const std::size_t count = std::min(capacity, elements.size());
-    for (const InstructionSet set : {InstructionSet::Baseline, InstructionSet::Avx2, InstructionSet::Avx512}) {
-        if (set > instructionSet())
-            break;
+    for (const InstructionSet set : vrn::test::supportedSets()) {
         std::vector<std::byte> block(capacity * sizeof(Number));
         const std::unique_ptr<NumberFiller> filler = NumberFiller::make<Number>(block, set);
         for (std::string_view rest = list; !rest.empty(); rest.remove_prefix(std::min(piece, rest.size())))

@@ -2,6 +2,7 @@
 #include "impl/VrnParser.h"
 #include "impl/numbers/PlainBlocks.h"
 #include "tests/fuzz/Fuzz.h"
+#include "tests/support/InstructionSets.h"
 #include "tests/support/Sources.h"
 
 #include <random>
@@ -62,7 +63,7 @@ int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
         vrn::test::ReferenceLexer lexer{std::string(text)};
         return VrnParser().parse(&scene, &lexer);
     });
-    limitInstructionSet(seed % 3 == 0 ? InstructionSet::Avx2 : InstructionSet::Avx512);
+    limitInstructionSet(vrn::test::instructionSets[seed % 4]);
     requireSame(plain, outcomeOf([&](Scene& scene) { return parseString(&scene, text); }), "from memory");
     requireSame(plain, outcomeOf([&](Scene& scene) {
                     const auto block = 1 + seed % 300;
