@@ -1,5 +1,7 @@
 """Tests vrn convert with round trips and the glTF validator, which is in NODE_MODULES."""
+import atexit
 import base64
+import functools
 import json
 import os
 import pathlib
@@ -20,6 +22,15 @@ HERE = pathlib.Path(__file__).resolve().parent
 MODULES = os.environ.get("NODE_MODULES", str(ROOT / "build" / "node_modules"))
 EXAMPLES = sorted((ROOT / "examples").glob("*.vrn"))
 CATALOGUE = ROOT / "catalogues" / "scene.json"
+
+
+@functools.cache
+def validator():
+    """The process of validate.js, one for all tests."""
+    process = subprocess.Popen(["node", HERE / "validate.js", MODULES], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                               text=True)
+    atexit.register(process.communicate)
+    return process
 
 
 class Converting(Folder):
@@ -47,11 +58,12 @@ class Converting(Folder):
         return json.loads(content[20 : 20 + length])
 
     def validate(self, *files):
-        command = ["node", HERE / "validate.js", MODULES, *files]
-        done = subprocess.run(command, cwd=self.folder, capture_output=True, timeout=300)
-        self.assertEqual(done.returncode, 0, done.stderr.decode() + "\n(make build/node_modules fetches the validator)")
-        reports = json.loads(done.stdout)
-        self.assertEqual(len(reports), len(files))
+        process = validator()
+        process.stdin.write(json.dumps([str(self.folder / file) for file in files]) + "\n")
+        process.stdin.flush()
+        answer = process.stdout.readline()
+        self.assertTrue(answer, "no answer from the validator (make build/node_modules fetches it)")
+        reports = dict(zip(files, json.loads(answer), strict=True))
         for file, report in reports.items():
             errors = [m for m in report["issues"]["messages"] if m["severity"] == 0]
             self.assertEqual(report["issues"]["numErrors"], 0, (file, errors))

@@ -1,10 +1,11 @@
-// Validates glTF files and prints the reports as JSON.
-// node validate.js NODE_MODULES FILE...
+// Validates glTF files: node validate.js NODE_MODULES
+//
+// Each line of the standard input is a JSON array of paths, and is answered with a line: a JSON array of their reports.
 const fs = require("fs");
 const path = require("path");
+const readline = require("readline");
 
-const [modules, ...files] = process.argv.slice(2);
-const validator = require(path.join(modules, "gltf-validator"));
+const validator = require(path.join(process.argv[2], "gltf-validator"));
 
 // Replaces all images, which do not exist.
 const image = Buffer.from(
@@ -19,17 +20,20 @@ function resourceLoader(file) {
             : Promise.resolve(image);
 }
 
+function report(file) {
+    return validator.validateBytes(new Uint8Array(fs.readFileSync(file)), {
+        uri: file,
+        maxIssues: 100,
+        externalResourceFunction: resourceLoader(file),
+    });
+}
+
 async function main() {
-    const reports = {};
-    for (const file of files) {
-        const report = await validator.validateBytes(new Uint8Array(fs.readFileSync(file)), {
-            uri: file,
-            maxIssues: 100,
-            externalResourceFunction: resourceLoader(file),
-        });
-        reports[file] = report;
+    for await (const line of readline.createInterface({ input: process.stdin })) {
+        const reports = [];
+        for (const file of JSON.parse(line)) reports.push(await report(file));
+        console.log(JSON.stringify(reports));
     }
-    console.log(JSON.stringify(reports));
 }
 
 main();
