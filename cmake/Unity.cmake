@@ -12,6 +12,8 @@ set(not_in_unity_builds
   impl/numbers/PlainBlocksAvx2.cpp
   impl/numbers/PlainBlocksAvx512.cpp
   scene/DataType.cpp
+  scene/core/FloatDecimals128.cpp
+  scene/core/FloatDecimalsAvx2.cpp
   scene/core/NumberLists.cpp
   scene/core/NumberLists128.cpp
   scene/core/NumberListsAvx512.cpp

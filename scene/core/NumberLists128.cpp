@@ -11,6 +11,8 @@
 #if defined(VRN_HAS_VECTOR128)
 
 #    include "scene/core/DecimalArithmetic.h"
+#    include "scene/core/FloatDecimals.h"
+#    include "scene/core/InstructionSet.h"
 #    include "scene/core/PlainNumber.h"
 #    include "scene/core/ShortestDecimal.h"
 
@@ -30,6 +32,8 @@ constexpr std::size_t lanes = 2;
 constexpr std::size_t groupSize = 16;
 constexpr u32 slotSize = 16;
 
+VRN_VECTOR128_PART U64x2 loadLanes(const u64* from) { return reinterpret_cast<U64x2>(loadBytes(from)); }
+
 // The digits of two numbers below 10^8, one byte each, the first digit lowest.
 VRN_VECTOR128_PART U64x2 eightDigits(U64x2 numbers) {
     const U64x2 upper = multiply32(numbers, reciprocal<10000, 40, tenToThe(8)>()) >> 40;
@@ -45,10 +49,8 @@ VRN_VECTOR128_PART U64x2 eightDigits(U64x2 numbers) {
 
 VRN_VECTOR128_PART void replaceByDigits(u64 (&numbers)[groupSize]) {
     for (std::size_t i = 0; i < groupSize; i += lanes) {
-        U64x2 two;
-        std::memcpy(&two, numbers + i, sizeof two);
-        two = eightDigits(two);
-        std::memcpy(numbers + i, &two, sizeof two);
+        const U64x2 digits = eightDigits(loadLanes(numbers + i));
+        std::memcpy(numbers + i, &digits, sizeof digits);
     }
 }
 
@@ -95,87 +97,33 @@ struct alignas(slotSize) Moves {
 };
 constexpr Moves moves;
 
-// The decimals of two floats without their signs, by the same steps as shortestDecimal(). Powers of two, whose lower
-// neighbour is closer, need no exception among floats: a test covers each of them.
-struct TwoDecimals {
-    U64x2 digits;
-    U64x2 places;
-};
-VRN_VECTOR128_PART TwoDecimals shortestDecimals(U64x2 bits) {
-    using Form = detail::RealForm<float>;
-    constexpr u64 hiddenBit = u64(1) << Form::mantissaBits;
-    const U64x2 mantissa = (bits & (hiddenBit - 1)) | hiddenBit;
-    const U64x2 minusQ = u64(Form::bias) - (bits >> Form::mantissaBits);
-    // places = ceil(-q * log10(2)), in fixed point.
-    constexpr u64 roundUp = (u64(1) << detail::logFractionBits) - 1;
-    const U64x2 places = (multiply32(minusQ, detail::log10OfTwo) + roundUp) >> detail::logFractionBits;
-
-    const U64x2 power{detail::powersOfFive[places[0]], detail::powersOfFive[places[1]]};
-    const U64x2 point = minusQ + 2 - places;
-    const U64x2 product = multiply32(mantissa << 2, power);
-    const U64x2 units = shiftRight(product, point);
-    const U64x2 one = shiftLeft(U64x2{1, 1}, point);
-    const U64x2 rest = product & (one - 1);
-    const U64x2 reach = power + power - (mantissa & 1); // the distance to the midpoints on both sides
-
-    const U64x2 tens = multiply32(multiply32(units, reciprocal<10, 35, (u64(1) << 32)>()) >> 35, 10);
-    const U64x2 restOfTens = product - multiply32(tens, one);
-    const U64x2 areTensOut = isNegative(reach - restOfTens);
-    const U64x2 areNextTensOut = isNegative(reach - (multiply32(one, 10) - restOfTens));
-    const U64x2 isNextNearer = isNegative(one - (rest + rest + (units & 1)));
-    const U64x2 shorter = tens + (~areNextTensOut & 10);
-    const U64x2 nearest = units - isNextNearer;
-    return {nearest ^ ((nearest ^ shorter) & (areTensOut ^ areNextTensOut)), places};
-}
-
-// The bits of two floats without their signs. Zeros are replaced by another number, one with a place.
-struct TwoFloats {
-    U64x2 bits;
-    U64x2 isZero;
-};
-VRN_VECTOR128_PART TwoFloats load(const float* numbers) {
-    using Form = detail::RealForm<float>;
-    constexpr u64 placeholder = (u64(Form::bias - 1) << Form::mantissaBits) + 1;
-    const U64x2 bits = widen(numbers) & ~(u32(1) << 31);
-    const U64x2 isZero = isNegative(bits - 1);
-    return {bits | (isZero & placeholder), isZero};
-}
-
 VRN_VECTOR128_PART bool areInFastRange(const float* numbers) {
-    U64x2 outside{};
-    for (std::size_t i = 0; i < groupSize; i += lanes) {
-        const U64x2 bits = load(numbers + i).bits;
-        outside |= (bits - detail::minFastBits<float>) | (detail::endOfFastBits<float> - 1 - bits);
+    u64 outside = 0;
+    for (std::size_t i = 0; i < groupSize; ++i) {
+        const u64 bits = std::bit_cast<u32>(numbers[i]) & ~(u32(1) << 31);
+        const u64 outsideRange = (bits - detail::minFastBits<float>) | (detail::endOfFastBits<float> - 1 - bits);
+        outside |= outsideRange & (0 - bits); // zeros are written, too
     }
-    return !isAnyNegative(outside);
+    return outside >> 63 == 0;
 }
 
-// The decimals of a group of floats: digits in slots, `places` of them after the point. Each loop has short chains of
-// dependent instructions, so that the processor executes several iterations in parallel.
-struct FloatDecimals {
-    U64x2 slots[groupSize];
-    u64 places[groupSize];
-};
-VRN_VECTOR128_PART FloatDecimals decimalsOf(const float* numbers) {
-    FloatDecimals decimals;
-    U64x2 ninthDigits[groupSize / lanes];
-    U64x2 others[groupSize / lanes];
-    for (std::size_t i = 0; i < groupSize; i += lanes) {
-        const auto [bits, isZero] = load(numbers + i);
-        const auto [digits, places] = shortestDecimals(bits);
-        // Digits are below ten times the mantissa, thus below 10 * 2^24 < 2 * 10^8: a ninth digit can only be 1.
-        const U64x2 hasNine = isNegative(tenToThe(8) - 1 - digits);
-        ninthDigits[i / lanes] = hasNine & u64(1) << 56;
-        others[i / lanes] = (digits - (hasNine & tenToThe(8))) & ~isZero;
-        store(places, decimals.places + i);
-    }
-    for (std::size_t i = 0; i < groupSize; i += lanes) {
-        const U64x2 ninth = ninthDigits[i / lanes];
-        const U64x2 digits = eightDigits(others[i / lanes]);
-        decimals.slots[i] = U64x2{ninth[0], digits[0]};
-        decimals.slots[i + 1] = U64x2{ninth[1], digits[1]};
-    }
-    return decimals;
+// Digits of a float in a slot. They are below ten times the mantissa, thus below 10 * 2^24 < 2 * 10^8: a ninth digit
+// can only be 1.
+VRN_VECTOR128_PART void putInSlots(const u64* digits, U64x2* slots) {
+    const U64x2 two = loadLanes(digits);
+    const U64x2 hasNine = isNegative(tenToThe(8) - 1 - two);
+    const U64x2 ninth = hasNine & u64(1) << 56;
+    const U64x2 others = eightDigits(two - (hasNine & tenToThe(8)));
+    slots[0] = U64x2{ninth[0], others[0]};
+    slots[1] = U64x2{ninth[1], others[1]};
+}
+
+FloatDecimals floatDecimals(const float* numbers) noexcept {
+#    if defined(__x86_64__)
+    if (instructionSet() >= InstructionSet::Avx2)
+        return floatDecimalsAvx2(numbers);
+#    endif
+    return floatDecimals128(numbers);
 }
 
 // All floats of the fast range fit a slot, with a digit before the point.
@@ -201,12 +149,18 @@ VRN_VECTOR128_PART char* writeReal(const U64x2& slot, u32 places, bool isNegativ
     return out + length + 1;
 }
 
+// Each loop, and the computation of the decimals, has short chains of dependent instructions, so that the processor
+// executes several iterations in parallel.
 VRN_VECTOR128_PART char* writeGroup(const float* numbers, char* out) {
+    static_assert(groupSize == FloatDecimals::size);
     if (!areInFastRange(numbers))
         return nullptr;
-    const FloatDecimals decimals = decimalsOf(numbers);
+    const FloatDecimals decimals = floatDecimals(numbers);
+    U64x2 slots[groupSize];
+    for (std::size_t i = 0; i < groupSize; i += lanes)
+        putInSlots(decimals.digits + i, slots + i);
     for (std::size_t i = 0; i < groupSize; ++i)
-        out = writeReal(decimals.slots[i], static_cast<u32>(decimals.places[i]), std::signbit(numbers[i]), out);
+        out = writeReal(slots[i], static_cast<u32>(decimals.places[i]), std::signbit(numbers[i]), out);
     return out;
 }
 

@@ -40,15 +40,6 @@ VRN_VECTOR128_PART U8x16 loadBytes(const void* from) {
     return bytes;
 }
 
-// The bits of two floats, one for each lane.
-VRN_VECTOR128_PART U64x2 widen(const float* from) {
-    u32 bits[2];
-    std::memcpy(bits, from, sizeof bits);
-    return U64x2{bits[0], bits[1]};
-}
-
-VRN_VECTOR128_PART void store(U64x2 numbers, u64* to) { std::memcpy(to, &numbers, sizeof numbers); }
-
 // The bytes of `table` at these indexes; 0 for an index with its top bit set. Others must be below 16.
 VRN_VECTOR128_PART U8x16 lookUp(U8x16 table, U8x16 indexes) {
 #    if defined(__x86_64__)

@@ -44,7 +44,7 @@ std::string digitsOf(std::string_view text) {
 template <class Real, class Bits> void expectRealsReadBack(std::vector<Real> numbers) {
     const double end = sizeof(Real) == sizeof(float) ? 0x1p24 : 0x1p53;
     // A number that needs the general path takes its whole group there.
-    std::ranges::partition(numbers, [end](Real number) {
+    std::partition(numbers.begin(), numbers.end(), [end](Real number) {
         const double magnitude = std::abs(static_cast<double>(number));
         return magnitude == 0 || (magnitude >= 0x1p-17 && magnitude < end);
     });
