@@ -12,7 +12,7 @@ import sys
 
 PROGRAMS = {"string": "bench_reader", "file": "bench_reader", "write": "bench_reader", "numbers": "bench_roof",
             "payload": "bench_roof", "read": "bench_roof", "plain": "bench_json", "tuned": "bench_json",
-            "graph": "bench_json", "links": "bench_scale"}
+            "graph": "bench_json", "links": "bench_scale", **dict.fromkeys(("vrn", "obj", "ply", "stl"), "bench_convert")}
 
 
 def over(mine, other):
@@ -51,6 +51,9 @@ ROWS = [
     ("writing 16-bit integers / reading", *over("write int16.vrn", "string int16.vrn"), None, None),
     ("writing 64-bit integers / reading", *over("write int64.vrn", "string int64.vrn"), 1.00, None),
     ("writing graph / reading", *over("write graph.vrn", "string graph.vrn"), 1.00, None),
+    ("mesh to an OBJ file / to a VRN file", *over("obj mesh.vrn", "vrn mesh.vrn"), 2.00, None),
+    ("mesh to a PLY file / to a VRN file", *over("ply mesh.vrn", "vrn mesh.vrn"), 1.00, None),
+    ("mesh to an STL file / to a VRN file", *over("stl mesh.vrn", "vrn mesh.vrn"), 1.00, None),
     ("a link of 1,000,000 / of 10,000", *over("links 1000000", "links 10000"), 1.50, 1.20),
 ]
 # The same ratio for each set of instructions: title, mode, file, and what it is compared with.
@@ -63,6 +66,9 @@ MEMORY = [
     ("memory beyond text and values, mesh", "string mesh.vrn", 34.3, 8, 4),
     ("the same from a file", "file mesh.vrn", 34.3, 68 + 8, 2),
     ("memory beyond the text, graph", "string graph.vrn", 0, None, None),
+    ("memory to write an OBJ file, mesh", "obj mesh.vrn", 0, 64, None),
+    ("memory to write a PLY file, mesh", "ply mesh.vrn", 0, 64, None),
+    ("memory to write an STL file, mesh", "stl mesh.vrn", 0, 64, None),
 ]
 
 

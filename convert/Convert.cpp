@@ -1,7 +1,9 @@
 #include "convert/Convert.h"
 
-#include "convert/export/AssimpExport.h"
 #include "convert/export/GltfWriter.h"
+#include "convert/export/ObjWriter.h"
+#include "convert/export/PlyWriter.h"
+#include "convert/export/StlWriter.h"
 #include "convert/import/AssimpImport.h"
 #include "scene/SceneJson.h"
 #include "scene/VrnWriter.h"
@@ -17,10 +19,12 @@ using vor::velmo_sdk::impl::VrnLoss;
 
 namespace {
 
-using WriteFunction = void (*)(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths);
+using WriteFunction = void (*)(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths,
+                               const WriteOptions& options);
 
 // Images and other large buffers are compressed: they are smaller, and nobody reads them as text.
-void writeVrnFile(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths&) {
+void writeVrnFile(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths&,
+                  const WriteOptions&) {
     OutputFile file(path);
     const auto lost = writeVrn(scene, {.compressAbove = 4096}, [&](std::string_view text) { file.write(text); });
     for (const VrnLoss& loss : lost)
@@ -28,20 +32,29 @@ void writeVrnFile(const Scene& scene, const std::string& path, Losses& losses, c
     file.commit();
 }
 
-void writeJsonFile(const Scene& scene, const std::string& path, Losses&, const TexturePaths&) {
+void writeJsonFile(const Scene& scene, const std::string& path, Losses&, const TexturePaths&, const WriteOptions&) {
     OutputFile file(path);
     writeSceneJson(scene, {}, [&](std::string_view text) { file.write(text); });
     file.commit();
 }
 
+// The writer of a format that has one form.
+template <auto write>
+void writeOneForm(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths,
+                  const WriteOptions&) {
+    write(scene, path, losses, paths);
+}
+
 struct Format {
     const char* extension;
     WriteFunction write;
+    bool hasTwoForms = false;
 };
 
 constexpr Format formats[] = {
-    {".vrn", writeVrnFile}, {".json", writeJsonFile}, {".gltf", writeGltf}, {".glb", writeGlb},
-    {".obj", writeObj},     {".ply", writePly},       {".stl", writeStl},
+    {".vrn", writeVrnFile},           {".json", writeJsonFile},         {".gltf", writeOneForm<writeGltf>},
+    {".glb", writeOneForm<writeGlb>}, {".obj", writeOneForm<writeObj>}, {".ply", writePly, true},
+    {".stl", writeStl, true},
 };
 
 const Format* formatOf(const std::string& path) {
@@ -57,6 +70,11 @@ bool canRead(const std::string& path) {
 }
 
 bool canWrite(const std::string& path) { return formatOf(path) != nullptr; }
+
+bool hasTwoForms(const std::string& path) {
+    const Format* format = formatOf(path);
+    return format && format->hasTwoForms;
+}
 
 std::string readableExtensions() {
     std::string list;
@@ -80,11 +98,12 @@ void readModel(const std::string& path, Scene& scene, Losses& losses, const Text
     importModel(path, scene, paths, losses, listener);
 }
 
-void writeScene(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths) {
+void writeScene(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths,
+                const WriteOptions& options) {
     const Format* format = formatOf(path);
     if (!format)
         throw FileError(path, "files with this extension cannot be written");
-    format->write(scene, path, losses, paths);
+    format->write(scene, path, losses, paths, options);
 }
 
 } // namespace vrn::convert

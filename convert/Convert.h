@@ -8,6 +8,7 @@
 // The extension of a file determines its format. What cannot be converted is left out and added to the losses.
 #pragma once
 
+#include "convert/export/WriteOptions.h"
 #include "convert/shared/Errors.h"
 #include "convert/shared/Extension.h"
 #include "convert/shared/Losses.h"
@@ -26,12 +27,16 @@ namespace vrn::convert {
 [[nodiscard]] std::string readableExtensions();
 [[nodiscard]] std::string writableExtensions();
 
+// Whether the format of a path is written as binary or, with WriteOptions::isAscii, as text.
+[[nodiscard]] bool hasTwoForms(const std::string& path);
+
 // Reads a file of another format into an empty scene. Throws FileError and ContentError.
 void readModel(const std::string& path, Scene& scene, Losses& losses, const TexturePaths& paths,
                const ReadListener& listener = {});
 
 // Writes a scene; on failure, no file is replaced. VRN and JSON keep texture paths unchanged. Throws FileError,
 // ContentError and vor::OutputFileError.
-void writeScene(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths);
+void writeScene(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths,
+                const WriteOptions& options = {});
 
 } // namespace vrn::convert

@@ -26,6 +26,7 @@ namespace {
 struct ConvertOptions {
     std::string from;
     std::string to;
+    convert::WriteOptions write;
     SceneArguments scenes;
 };
 
@@ -60,7 +61,7 @@ int attempt(auto act) {
 void write(const Scene& scene, Losses& losses, const ConvertOptions& options, const convert::TexturePaths& paths) {
     {
         const Progress progress("Writing", options.scenes.isQuiet);
-        convert::writeScene(scene, options.to, losses, paths);
+        convert::writeScene(scene, options.to, losses, paths, options.write);
     }
     report(losses, options.to);
 }
@@ -124,6 +125,8 @@ int refuse(const std::string& file, const String& reason) {
 int run(const ConvertOptions& options) {
     if (!convert::canWrite(options.to))
         return refuse(options.to, String::format(messages::unwritableExtension, convert::writableExtensions().c_str()));
+    if (options.write.isAscii && !convert::hasTwoForms(options.to))
+        return refuse(options.to, messages::onlyOneForm);
     if (convert::extensionOf(options.from) == ".vrn")
         return convertText(options);
     if (!convert::canRead(options.from))
@@ -151,6 +154,9 @@ Command convertCommand() {
                                .target = &options->to,
                                .completion = Completion::File,
                                .isRequired = true});
+    command.options.push_back({.names = "--ascii",
+                               .help = "Write .ply and .stl as text instead of binary",
+                               .target = &options->write.isAscii});
     addReadingOptions(command.options, options->scenes);
     command.details =
         "The file extensions determine the formats. What the format of OUT cannot express is omitted and\n"

@@ -46,6 +46,7 @@ inline constexpr char dotFailed[] = "the program dot failed; write a .dot file t
 // Conversions.
 inline constexpr char unwritableExtension[] = "no format with this extension can be written; supported: %s";
 inline constexpr char unreadableExtension[] = "no format with this extension can be read; supported: %s";
+inline constexpr char onlyOneForm[] = "only .ply and .stl files have a text form besides the binary one (--ascii)";
 inline constexpr char notConverted[] = "not converted, because of the errors above";
 inline constexpr char lost[] = "vrn: %s: lost: %s: %llu (%s%s)\n";
 inline constexpr char readerCrashed[] = "malformed: its reader crashed";

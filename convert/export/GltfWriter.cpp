@@ -20,6 +20,7 @@ constexpr TargetFormat gltf{.hasPolygons = false,
                             .hasLinesAndPoints = true,
                             .hasMaterials = true,
                             .hasScene = true,
+                            .hasNormals = true,
                             .hasColors = true,
                             .hasTangents = true,
                             .maxUvsets = 8};

@@ -33,16 +33,12 @@ public:
         readSkin();
         if (std::ranges::any_of(corners_, [](const auto& indices) { return !indices.empty(); }))
             weld(geometry_, corners_);
-        if (geometry_.topology == Topology::Polygons && !keepsPolygons())
+        if (geometry_.topology == Topology::Polygons && !target_.hasPolygons)
             triangulate(geometry_, losses_);
         return std::move(geometry_);
     }
 
 private:
-    bool keepsPolygons() const {
-        return target_.hasPolygons && std::ranges::max(geometry_.faceCounts) <= target_.maxPolygonCorners;
-    }
-
     bool reject(const char* reason) {
         losses_.add(std::string("meshes with ") + reason, mesh_);
         return false;
@@ -165,7 +161,7 @@ private:
     }
 
     void readNormals() {
-        if (const Input* normals = mesh_.input("normals"); hasElements(normals))
+        if (const Input* normals = attribute("normals", target_.hasNormals))
             geometry_.normals = perPointOrCorner(readFloats(normals, 3, losses_), 3, *normals, nullptr, normalCorners_);
     }
 

@@ -1,0 +1,104 @@
+#include "convert/export/MaterialLibrary.h"
+
+#include "convert/export/ByteSink.h"
+#include "convert/export/NumberLines.h"
+#include "convert/export/SingleLine.h"
+
+namespace vrn::convert {
+
+namespace {
+
+class LibraryWriter {
+public:
+    LibraryWriter(vor::OutputFile& file, const Model& model, Losses& losses)
+        : out_(file), model_(model), losses_(losses) {}
+
+    void add(const Material& material, const std::string& name) {
+        out_.add("newmtl " + name + '\n');
+        addNumbers("Kd ", std::span(material.baseColor).first(3));
+        addNumbers("d ", std::span(material.baseColor).subspan(3));
+        addNumbers("Ke ", material.emission);
+        addNumbers("Pr ", {&material.roughness, 1});
+        addNumbers("Pm ", {&material.metallic, 1});
+        addMap("map_Kd", "", material.baseColorMap);
+        addMap("map_Ke", "", material.emissionMap);
+        addMap("map_Pr", " -imfchan g", material.metallicRoughnessMap);
+        addMap("map_Pm", " -imfchan b", material.metallicRoughnessMap);
+        addMap("norm", "", material.normalMap);
+        addLosses(material);
+    }
+    void addNone() { out_.add("newmtl " + std::string(noMaterialName) + '\n'); }
+    void finish() { out_.flush(); }
+
+private:
+    void addNumbers(std::string_view keyword, std::span<const double> numbers) {
+        const std::vector<float> rounded = roundAll(numbers);
+        addNumberLines<float>(out_, keyword, rounded, rounded.size());
+    }
+
+    void addMap(const char* keyword, const char* option, const TextureUse& use) {
+        if (use.texture == none || model_.textures[use.texture].file.empty())
+            return;
+        const Texture& texture = model_.textures[use.texture];
+        out_.add(std::string(keyword) + option);
+        if (texture.wrapU == "clamp" && texture.wrapV == "clamp")
+            out_.add(" -clamp on");
+        // With v counted from the lower edge of the image.
+        if (const Vector offset = {use.offset[0], 1 - use.offset[1] - use.scale[1], 0}; offset != Vector{0, 0, 0})
+            addVector(" -o ", offset);
+        if (const Vector scale = {use.scale[0], use.scale[1], 1}; scale != Vector{1, 1, 1})
+            addVector(" -s ", scale);
+        const std::string file = singleLine(texture.file);
+        if (file != texture.file)
+            losses_.add("texture paths that contain control characters", *texture.source);
+        out_.add(' ' + file + '\n');
+    }
+
+    void addVector(std::string_view option, const Vector& vector) {
+        const std::vector<float> rounded = roundAll(vector);
+        char text[3 * vor::listNumberCapacity + vor::listSlack];
+        const char* const end = vor::writeNumberList(std::span<const float>(rounded), text);
+        out_.add(option);
+        out_.add({text, static_cast<std::size_t>(end - text) - 1});
+    }
+
+    static std::vector<float> roundAll(std::span<const double> numbers) {
+        std::vector<float> rounded;
+        for (const double number : numbers)
+            rounded.push_back(static_cast<float>(number));
+        return rounded;
+    }
+
+    void addLosses(const Material& material) {
+        if (material.occlusionMap.texture != none)
+            losses_.add("occlusion maps of materials", *material.source);
+        if (material.isDoubleSided)
+            losses_.add("materials that show both sides", *material.source);
+        if (material.alphaMode == "mask")
+            losses_.add("alpha cutoffs of materials", *material.source);
+    }
+
+    ByteSink out_;
+    const Model& model_;
+    Losses& losses_;
+};
+
+} // namespace
+
+void writeMaterialLibrary(vor::OutputFile& file, const Model& model, const std::vector<std::string>& names,
+                          Losses& losses) {
+    LibraryWriter writer(file, model, losses);
+    for (std::size_t i = 0; i < names.size(); ++i)
+        writer.add(model.materials[i], names[i]);
+    writer.addNone();
+    writer.finish();
+    for (const Texture& texture : model.textures) {
+        if (!texture.encoded.empty())
+            losses.add("embedded images", *texture.source);
+        const bool isMirrored = texture.wrapU == "mirror" || texture.wrapV == "mirror";
+        if (texture.filter != 0 || isMirrored || (texture.wrapU == "clamp") != (texture.wrapV == "clamp"))
+            losses.add("filters and wrap modes of textures other than repeat and clamp", *texture.source);
+    }
+}
+
+} // namespace vrn::convert

@@ -1,0 +1,111 @@
+#include "convert/export/WorldMeshes.h"
+
+#include "convert/model/Inputs.h"
+#include "convert/model/NodeHierarchy.h"
+#include "convert/shared/Errors.h"
+
+#include <cmath>
+#include <cstring>
+
+namespace vrn::convert {
+
+namespace {
+
+// Whether all points between the bounds of a geometry are finite in world space.
+bool fitsInWorld(const Geometry& geometry, const Matrix& world) {
+    if (world == identity)
+        return true;
+    std::array<double, 3> largest{};
+    for (std::size_t i = 0; i < geometry.points.size(); ++i)
+        largest[i % 3] = std::max(largest[i % 3], std::abs(static_cast<double>(geometry.points[i])));
+    const auto bound = [&](std::size_t axis) {
+        double sum = std::abs(world[12 + axis]);
+        for (std::size_t i = 0; i < 3; ++i)
+            sum += std::abs(world[4 * i + axis]) * largest[i];
+        return sum;
+    };
+    return std::ranges::all_of(world, fitsFloat) && fitsFloat(bound(0)) && fitsFloat(bound(1)) && fitsFloat(bound(2));
+}
+
+// The cofactors of the linear part, which transform normals: the transposed inverse times the determinant.
+std::array<double, 9> cofactors(const Matrix& m) {
+    std::array<double, 9> all{};
+    for (std::size_t row = 0; row < 3; ++row)
+        for (std::size_t column = 0; column < 3; ++column) {
+            const std::size_t a = (row + 1) % 3;
+            const std::size_t b = (row + 2) % 3;
+            const std::size_t c = (column + 1) % 3;
+            const std::size_t d = (column + 2) % 3;
+            all[3 * row + column] = m[4 * a + c] * m[4 * b + d] - m[4 * a + d] * m[4 * b + c];
+        }
+    return all;
+}
+
+double determinant(const Matrix& m) {
+    const std::array<double, 9> minors = cofactors(m);
+    return m[0] * minors[0] + m[1] * minors[1] + m[2] * minors[2];
+}
+
+} // namespace
+
+std::vector<WorldMesh> worldMeshes(const Model& model, const std::string& path, Losses& losses) {
+    const std::vector<Matrix> worlds = worldMatrices(model.nodes);
+    std::vector<WorldMesh> meshes;
+    for (std::size_t i = 0; i < model.nodes.size(); ++i) {
+        const ModelNode& node = model.nodes[i];
+        if (node.geometry == none)
+            continue;
+        const Geometry& geometry = model.geometries[node.geometry];
+        if (!fitsInWorld(geometry, worlds[i])) {
+            losses.add("meshes whose transformed points exceed the range of a float", *node.source);
+            continue;
+        }
+        if (worlds[i] != identity)
+            losses.add("transforms of nodes (applied to the points)", *node.source);
+        meshes.push_back({.geometry = &geometry,
+                          .source = node.source,
+                          .material = node.material != none ? node.material : geometry.material,
+                          .world = worlds[i],
+                          .isMirrored = determinant(worlds[i]) < 0});
+    }
+    if (meshes.empty())
+        throw ContentError(path, "the scene has no mesh that can be written");
+    return meshes;
+}
+
+void transformPoints(const WorldMesh& mesh, std::span<const float> vectors, std::span<float> out) {
+    if (mesh.world == identity) {
+        std::memmove(out.data(), vectors.data(), vectors.size_bytes());
+        return;
+    }
+    const Matrix& m = mesh.world;
+    for (std::size_t i = 0; i < vectors.size(); i += 3) {
+        const double x = static_cast<double>(vectors[i]);
+        const double y = static_cast<double>(vectors[i + 1]);
+        const double z = static_cast<double>(vectors[i + 2]);
+        for (std::size_t axis = 0; axis < 3; ++axis)
+            out[i + axis] = static_cast<float>(x * m[axis] + y * m[4 + axis] + z * m[8 + axis] + m[12 + axis]);
+    }
+}
+
+void transformNormals(const WorldMesh& mesh, std::span<const float> vectors, std::span<float> out) {
+    if (mesh.world == identity) {
+        std::memmove(out.data(), vectors.data(), vectors.size_bytes());
+        return;
+    }
+    const std::array<double, 9> m = cofactors(mesh.world);
+    const double sign = mesh.isMirrored ? -1 : 1;
+    for (std::size_t i = 0; i < vectors.size(); i += 3) {
+        const double x = static_cast<double>(vectors[i]);
+        const double y = static_cast<double>(vectors[i + 1]);
+        const double z = static_cast<double>(vectors[i + 2]);
+        Vector normal{};
+        for (std::size_t axis = 0; axis < 3; ++axis)
+            normal[axis] = x * m[axis] + y * m[3 + axis] + z * m[6 + axis];
+        const double size = length(normal);
+        for (std::size_t axis = 0; axis < 3; ++axis)
+            out[i + axis] = static_cast<float>(size > 0 ? sign * normal[axis] / size : normal[axis]);
+    }
+}
+
+} // namespace vrn::convert
