@@ -97,13 +97,17 @@ bool canTouch(const Piece& left, const Piece& right) noexcept {
     }
 }
 
-// How many numbers of a list form an element, depending on the tokens before it.
-std::size_t elementLength(std::span<const Piece> before, Type list) {
-    if (list == Type::Braces && before.size() >= 2 && before[before.size() - 1].type == Type::Brackets) {
+// How many words of a list form an element, depending on the tokens before it.
+std::size_t elementLength(std::span<const Piece> before, const Piece& list) {
+    if (list.type == Type::Braces && before.size() >= 2 && before[before.size() - 1].type == Type::Brackets) {
         const DataType* type = bufferType(before[before.size() - 2].text);
-        return type ? elementLayout(*type).components : 1;
+        if (!type)
+            return 1;
+        const ElementLayout layout = elementLayout(*type);
+        const bool isPayload = layout.isCompressible() && list.text.starts_with("{.");
+        return isPayload ? 1 : layout.components;
     }
-    const u64 word = list == Type::Parens && !before.empty() ? keywordNumber(before.back().text) : 0;
+    const u64 word = list.type == Type::Parens && !before.empty() ? keywordNumber(before.back().text) : 0;
     return word == keyword("mat3") ? 3 : word == keyword("mat4") ? 4 : 1; // rows
 }
 
@@ -145,7 +149,7 @@ private:
             if (!pieces_[i].isList())
                 text_ += pieces_[i].text;
             else if (isWrapped && pieces_[i].text.size() > 2)
-                appendLines(pieces_[i], elementLength(pieces_.first(i), pieces_[i].type));
+                appendLines(pieces_[i], elementLength(pieces_.first(i), pieces_[i]));
             else
                 appendLine(pieces_[i].text);
         }

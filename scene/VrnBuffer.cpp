@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <optional>
 
 namespace vor::velmo_sdk::impl {
 
@@ -93,6 +92,22 @@ private:
     bool isBegun_; // the line has numbers
 };
 
+// The numbers of a list that are formatted together: whole elements.
+std::size_t chunkOf(std::size_t count, std::size_t each) { return std::min(chunkSize / each * each, count); }
+
+// The length of a list without its last space, or any length beyond `column`.
+template <class Number>
+std::size_t lengthOfList(std::span<const Number> numbers, std::size_t each, std::size_t column, char* characters) {
+    const std::size_t least = 2 * numbers.size() - 1; // a digit and a space for each
+    std::size_t length = least > column ? least : 0;
+    while (length <= column && !numbers.empty()) {
+        const auto next = numbers.first(chunkOf(numbers.size(), each));
+        length += static_cast<std::size_t>(writeNumberList(next, characters) - characters);
+        numbers = numbers.subspan(next.size());
+    }
+    return length - (numbers.empty() ? 1 : 0);
+}
+
 // Appends all numbers, `each` per element.
 template <class Number>
 void appendNumbers(std::span<const Number> numbers, std::size_t each, const VrnWriterOptions& options, LinePlace place,
@@ -100,17 +115,22 @@ void appendNumbers(std::span<const Number> numbers, std::size_t each, const VrnW
     const auto block =
         std::make_unique_for_overwrite<char[]>(elementsSlack + chunkSize * listNumberCapacity + listSlack);
     char* const characters = block.get() + elementsSlack;
-    std::optional<Lines> lines;
+    const auto write = [&](std::span<const Number> some) {
+        return std::string_view{characters, writeNumberList(some, characters)};
+    };
+    if (chunkOf(numbers.size(), each) == numbers.size()) {
+        const std::string_view list = write(numbers);
+        Lines lines(text, options, place, list.size() - 1);
+        lines.append(list, each);
+        return lines.finish();
+    }
+    Lines lines(text, options, place, lengthOfList(numbers, each, options.column, characters));
     while (!numbers.empty()) {
-        const auto next = numbers.subspan(0, std::min(chunkSize / each * each, numbers.size()));
-        const std::string_view written{characters, writeNumberList(next, characters)};
-        if (!lines) // a list of more than one chunk does not fit a line
-            lines.emplace(text, options, place,
-                          next.size() == numbers.size() ? written.size() - 1 : std::size_t(options.column));
-        lines->append(written, each);
+        const auto next = numbers.first(chunkOf(numbers.size(), each));
+        lines.append(write(next), each);
         numbers = numbers.subspan(next.size());
     }
-    lines->finish();
+    lines.finish();
 }
 
 void appendPayload(std::span<const std::byte> bytes, const VrnWriterOptions& options, LinePlace place,
@@ -137,6 +157,15 @@ void appendBuffer(const AttrData& buffer, const VrnWriterOptions& options, LineP
                 appendNumbers(numbers, layout.components, options, place, text);
         });
     text.append('}');
+}
+
+void appendComponents(const AttrData& value, const VrnWriterOptions& options, LinePlace place, TextBlock& text) {
+    const String head = String(attrTypeName(value.type())).toLower() + "(";
+    text.append(head.view());
+    place.prefix += head.len();
+    const std::size_t row = value.type() == AttrType::Mat3 ? 3 : value.type() == AttrType::Mat4 ? 4 : 1;
+    appendNumbers(value.components(), row, options, place, text);
+    text.append(')');
 }
 
 } // namespace vor::velmo_sdk::impl

@@ -316,7 +316,13 @@ void VrnInputs::assign(const AttrData& value) {
     } else {
         value_.clear();
         appendLiteral(value, value_);
-        statement(" = ", value_);
+        const bool isLong = options_.column != 0 && path_.size() + value_.size() + 4 > options_.column;
+        if (!isLong || !value_.ends_with(')'))
+            return statement(" = ", value_);
+        text_.append(path_);
+        text_.append(" = ");
+        appendComponents(value, options_, {.prefix = path_.size() + 3, .indent = indent}, text_);
+        text_.append(";\n");
     }
 }
 

@@ -1,6 +1,8 @@
 // Any scene, read or created by calls, is written as a text that reads back silently. If the writer has reported no
-// losses, the scene read back is the same, and it is written as the same text.
+// losses, the scene read back is the same, and it is written as the same text. The formatter leaves the text alone.
 #include "scene/VrnWriter.h"
+
+#include "impl/Formatter.h"
 #include "tests/fuzz/Editor.h"
 #include "tests/support/SameScene.h"
 
@@ -109,6 +111,11 @@ bool isTold(std::string_view difference, const std::vector<VrnLoss>& losses) {
 
 void check(const Scene& scene, const VrnWriterOptions& options, bool isFromText) {
     const Written first = write(scene, options);
+    std::string formatted;
+    formatVrn(String(std::string_view(first.text)), {.column = options.column},
+              [&](std::string_view piece) { formatted += piece; });
+    if (formatted != first.text)
+        fail("formatted differently: " + formatted + "\nafter: " + first.text);
     Scene again;
     const std::string log = logOf([&] { return parseString(&again, String(std::string_view(first.text))); });
     if (scene.catalogue()) // adds and renames inputs

@@ -1,5 +1,6 @@
 #include "scene/VrnWriter.h"
 
+#include "impl/Formatter.h"
 #include "scene/core/Decompress.h"
 #include "tests/support/Reading.h"
 #include "tests/support/SameScene.h"
@@ -24,13 +25,21 @@ Written write(const Scene& scene, const VrnWriterOptions& options = {}) {
     return written;
 }
 
-// Expects the text to read back without diagnostics as the same scene, which is written as the same text.
+std::string formatted(const std::string& text, u32 column) {
+    std::string result;
+    formatVrn(String(std::string_view(text)), {.column = column}, [&](std::string_view piece) { result += piece; });
+    return result;
+}
+
+// Expects the text to read back without diagnostics as the same scene, which is written as the same text. The formatter
+// leaves it alone.
 void expectReadsBack(const Scene& scene, const std::string& text, const VrnWriterOptions& options = {}) {
     const Reading again = readText(String(std::string_view(text)));
     EXPECT_TRUE(again.isOk) << text;
     EXPECT_EQ(again.logText(), "result true\n") << text;
     EXPECT_EQ(firstDifference(scene, *again.scene), "") << text;
     EXPECT_EQ(write(*again.scene, options).text, text);
+    EXPECT_EQ(formatted(text, options.column), text);
 }
 
 // Reads and writes `text` without losses and expects the result to read back; returns the result.
@@ -43,6 +52,23 @@ std::string rewritten(const std::string& text, const VrnWriterOptions& options =
 }
 
 } // namespace
+
+TEST(VrnWriter, wrapsLongValues) {
+    const std::string digits = "0.12345678901234566 ";
+    std::string sixteen;
+    for (int i = 0; i < 16; ++i)
+        sixteen += digits;
+    sixteen.pop_back();
+    const std::string text = rewritten("n n; n.m = mat4(" + sixteen + "); n.q = quat(1 2 3 4);");
+    EXPECT_NE(text.find(".m = mat4(\n        0.12345678901234566 "), std::string::npos) << text;
+    EXPECT_NE(text.find("66\n    );\n    .q = quat(1 2 3 4);"), std::string::npos) << text;
+    rewritten("n n; n.m = mat4(" + sixteen + ");", {.column = 0});
+    rewritten("n n; n.m = mat4(" + sixteen + ");", {.column = 20});
+    rewritten("n n; n.r = 0.25; n.i = 123456789; n.s = \"(a b c)\"; n.b = true;", {.column = 5}); // are no lists
+    // At the column, and one character beyond it.
+    for (const std::size_t length : {74U, 75U, 76U, 77U})
+        rewritten("n n; n." + std::string(length, 'x') + " = vec3(1 2 3);");
+}
 
 TEST(VrnWriter, writesEachKindOfValue) {
     const std::pair<const char*, const char*> cases[] = {
