@@ -2,6 +2,7 @@
 
 #include "cli/terminal/Console.h"
 #include "cli/terminal/Messages.h"
+#include "cli/terminal/SimilarNames.h"
 #include "scene/core/NumberText.h"
 #include "scene/core/TextEncoding.h"
 
@@ -146,6 +147,21 @@ std::string missingOptions(const CLI::App& app, const Command& command) {
     return text;
 }
 
+// The message for a command that does not exist; empty if the arguments name none.
+std::string unknownCommand(const CLI::App& app, const std::vector<Command>& commands) {
+    const std::vector<std::string> unexpected = app.remaining();
+    const auto name =
+        std::ranges::find_if(unexpected, [](const std::string& argument) { return !argument.starts_with('-'); });
+    if (name == unexpected.end())
+        return {};
+    SimilarNames similar(*name);
+    for (const Command& command : commands)
+        similar.consider(command.name);
+    const std::string names = similar.list("'");
+    const std::string question = names.empty() ? "" : ", did you mean " + names + '?';
+    return vor::String::format(messages::unknownCommand, name->c_str(), question.c_str()).buf();
+}
+
 int misused(const CLI::App& app, const std::vector<Command>& commands, const CLI::ParseError& error) {
     for (const Command& command : commands)
         if (app.got_subcommand(command.name)) {
@@ -154,7 +170,9 @@ int misused(const CLI::App& app, const std::vector<Command>& commands, const CLI
                 reason = missingOptions(*app.get_subcommand(command.name), command);
             return misused(reason.empty() ? error.what() : reason, "vrn " + command.name + " --help");
         }
-    return misused(error.what());
+    const bool isExtra = dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr;
+    const std::string reason = isExtra ? unknownCommand(app, commands) : "";
+    return misused(reason.empty() ? error.what() : reason);
 }
 
 void addCommands(CLI::App& app, const std::vector<Command>& commands) {

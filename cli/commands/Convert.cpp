@@ -58,10 +58,14 @@ int attempt(auto act) {
     return exitTrouble;
 }
 
+// Reports the losses also if nothing is left to be written: they are the reason.
 void write(const Scene& scene, Losses& losses, const ConvertOptions& options, const convert::TexturePaths& paths) {
-    {
+    try {
         const Progress progress("Writing", options.scenes.isQuiet);
         convert::writeScene(scene, options.to, losses, paths, options.write);
+    } catch (const convert::ContentError&) {
+        report(losses, options.to);
+        throw;
     }
     report(losses, options.to);
 }

@@ -3,9 +3,9 @@
 #include "cli/graph/DotText.h"
 #include "cli/graph/LinkGraph.h"
 #include "cli/graph/Picture.h"
-#include "cli/query/SuggestNames.h"
 #include "cli/terminal/Console.h"
 #include "cli/terminal/Messages.h"
+#include "cli/terminal/SimilarNames.h"
 #include "scene/core/OutputFile.h"
 
 #include <algorithm>
@@ -72,8 +72,11 @@ int drawScene(const Scene& scene, const GraphOptions& options) {
     if (!options.around.empty()) {
         const Node* centre = scene.findNode(std::string_view(options.around));
         if (!centre) {
+            SimilarNames similar(options.around);
+            for (const Node& node : scene.nodes())
+                similar.consider(node.name().view());
             complain(std::string_view(options.around),
-                     String::format(messages::noSuchNode, suggestNames(scene, options.around).c_str()));
+                     String::format(messages::noSuchNode, similar.question().c_str()));
             return exitTrouble;
         }
         graph = neighbourhood(graph, *centre, options.hops);

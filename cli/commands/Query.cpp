@@ -4,9 +4,11 @@
 #include "cli/query/ScenePath.h"
 #include "cli/terminal/Console.h"
 #include "cli/terminal/Messages.h"
+#include "cli/terminal/SimilarNames.h"
 
 #include <algorithm>
 #include <memory>
+#include <set>
 
 namespace vrn::cli {
 
@@ -21,6 +23,28 @@ struct QueryOptions {
     std::string format = "text";
 };
 
+// The names that the part of a path that leads nowhere may stand for, as a question. `found` is the length of what
+// leads to something.
+std::string similarNames(const Scene& scene, const ScenePath& path, std::size_t found) {
+    const auto missing = std::ranges::find_if(path.parts, [&](const PathPart& part) { return part.end > found; });
+    if (missing == path.parts.end() || missing->isRange() || missing->isPattern)
+        return {};
+    SimilarNames similar(missing->name);
+    if (missing == path.parts.begin()) {
+        for (const Node& node : scene.nodes())
+            similar.consider(node.name().view());
+        return similar.question();
+    }
+    std::set<std::string, std::less<>> names; // many nodes have inputs of the same names
+    const ScenePath before{.text = path.text.substr(0, found), .parts = {path.parts.begin(), missing}};
+    forEachMatch(scene, before, [&](const PathMatch& match) {
+        for (const Input* input : match.input ? match.input->children() : match.node->inputs())
+            if (names.emplace(input->key().view()).second)
+                similar.consider(input->key().view());
+    });
+    return similar.question();
+}
+
 // Prints the matches of one path. Returns false, and reports it, if there are none.
 bool answer(const Scene& scene, const ScenePath& path, bool isJson) {
     const bool isLabelled = path.isPattern();
@@ -29,8 +53,10 @@ bool answer(const Scene& scene, const ScenePath& path, bool isJson) {
     if (matches.count != 0)
         return true;
     const std::string found = path.text.substr(0, matches.found);
-    complain(std::string_view(path.text), found.empty() ? String(messages::pathWithoutNode)
-                                                        : String::format(messages::pathWithoutEnd, found.c_str()));
+    const std::string similar = similarNames(scene, path, matches.found);
+    complain(std::string_view(path.text),
+             found.empty() ? String::format(messages::pathWithoutNode, similar.c_str())
+                           : String::format(messages::pathWithoutEnd, found.c_str(), similar.c_str()));
     return false;
 }
 

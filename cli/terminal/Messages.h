@@ -5,6 +5,7 @@ namespace vrn::cli::messages {
 
 // Arguments.
 inline constexpr char noCommand[] = "no command given";
+inline constexpr char unknownCommand[] = "unknown command '%s'%s";
 inline constexpr char optionRequired[] = "%s is required: %s";
 inline constexpr char valueEmpty[] = "the value is empty";
 inline constexpr char notWholeNumber[] = "%s is not a whole number";
@@ -30,8 +31,8 @@ inline constexpr char expectedName[] = "expected a name";
 inline constexpr char expectedIndex[] = "expected an index, a slice such as 2:5, or *";
 inline constexpr char expectedBracket[] = "expected ]";
 inline constexpr char invalidIndex[] = "invalid index";
-inline constexpr char pathWithoutNode[] = "not found: the scene has no such node";
-inline constexpr char pathWithoutEnd[] = "not found below %s";
+inline constexpr char pathWithoutNode[] = "not found: the scene has no such node%s";
+inline constexpr char pathWithoutEnd[] = "not found below %s%s";
 
 // Pictures of `vrn graph`.
 inline constexpr char noSuchNode[] = "the scene has no such node%s";

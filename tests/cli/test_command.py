@@ -386,7 +386,9 @@ class Usage(unittest.TestCase):
         misuses = {
             "": b"no command given\nSee vrn --help.\n",
             "check": b"FILE is required: name a file, or - for standard input\nSee vrn check --help.\n",
-            "frobnicate": b"frobnicate",
+            "frobnicate": b"vrn: unknown command 'frobnicate'\n",
+            "chek scene.vrn": b"vrn: unknown command 'chek', did you mean 'check'?\nSee vrn --help.\n",
+            "--bogus": b"--bogus",
             "check --format xml -": b"xml",
             "dump --bogus -": b"--bogus",
             "info --types '' -": b"--types",

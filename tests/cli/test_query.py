@@ -70,7 +70,9 @@ class Query(Folder):
 
     def test_a_path_without_a_match_is_reported_with_its_longest_match(self):
         for path, reason in (
-            ("cam9.fov", "not found: the scene has no such node"), ("cam1.fvo", "not found below cam1"),
+            ("cam9.fov", "not found: the scene has no such node; did you mean cam1 or cam2?"), ("cam1.fvo", "not found below cam1; did you mean fov?"),
+            ("*.fvo", "not found below *; did you mean fov?"), ("cma1.fov", "not found: the scene has no such node; did you mean cam1?"),
+            ("*.nothing", "not found below *"),
             ("m.o.p.x", "not found below m.o.p"), ("m.i[3]", "not found below m.i"), ("m.i[-4]", "not found below m.i"),
             ("m.w[3]", "not found below m.w"), ("m.o[0]", "not found below m.o"), ("m.w.x", "not found below m.w"),
             ("m.p[0][0]", "not found below m.p"), ("m.p[:][0]", "not found below m.p"), ("x*.y", "not found: the scene has no such node"),
