@@ -13,6 +13,7 @@
 namespace vrn::cli {
 
 using namespace vor;
+using namespace vor::velmo_sdk::impl;
 
 namespace {
 

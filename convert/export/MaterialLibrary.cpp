@@ -3,6 +3,7 @@
 #include "convert/export/ByteSink.h"
 #include "convert/export/NumberLines.h"
 #include "convert/export/SingleLine.h"
+#include "convert/model/Inputs.h"
 
 namespace vrn::convert {
 
@@ -16,11 +17,14 @@ public:
     void add(const Material& material, const std::string& name) {
         out_.add("newmtl " + name + '\n');
         addNumbers("Kd ", std::span(material.baseColor).first(3));
-        addNumbers("d ", std::span(material.baseColor).subspan(3));
+        const double opacity = material.alphaMode == "opaque" ? 1 : material.baseColor[3];
+        addNumbers("d ", {&opacity, 1});
         addNumbers("Ke ", material.emission);
         addNumbers("Pr ", {&material.roughness, 1});
         addNumbers("Pm ", {&material.metallic, 1});
         addMap("map_Kd", "", material.baseColorMap);
+        if (material.alphaMode == "blend")
+            addMap("map_d", " -imfchan m", material.baseColorMap); // the alpha of the image
         addMap("map_Ke", "", material.emissionMap);
         addMap("map_Pr", " -imfchan g", material.metallicRoughnessMap);
         addMap("map_Pm", " -imfchan b", material.metallicRoughnessMap);
@@ -43,15 +47,24 @@ private:
         out_.add(std::string(keyword) + option);
         if (texture.wrapU == "clamp" && texture.wrapV == "clamp")
             out_.add(" -clamp on");
-        // With v counted from the lower edge of the image.
-        if (const Vector offset = {use.offset[0], 1 - use.offset[1] - use.scale[1], 0}; offset != Vector{0, 0, 0})
-            addVector(" -o ", offset);
-        if (const Vector scale = {use.scale[0], use.scale[1], 1}; scale != Vector{1, 1, 1})
-            addVector(" -s ", scale);
+        addTransform(use);
         const std::string file = singleLine(texture.file);
         if (file != texture.file)
-            losses_.add("texture paths that contain control characters", *texture.source);
-        out_.add(' ' + file + '\n');
+            losses_.add("texture paths that begin or end with spaces, or contain control characters", *texture.source);
+        out_.add((file.starts_with('-') ? " ./" : " ") + file + '\n'); // not an option
+    }
+
+    // With v counted from the lower edge of the image.
+    void addTransform(const TextureUse& use) {
+        const Vector offset = {use.offset[0], 1 - use.offset[1] - use.scale[1], 0};
+        const Vector scale = {use.scale[0], use.scale[1], 1};
+        if (!fitsFloat(offset[1]))
+            return losses_.add("transforms of textures beyond the range of a float",
+                               *model_.textures[use.texture].source);
+        if (offset != Vector{0, 0, 0})
+            addVector(" -o ", offset);
+        if (scale != Vector{1, 1, 1})
+            addVector(" -s ", scale);
     }
 
     void addVector(std::string_view option, const Vector& vector) {
@@ -72,6 +85,8 @@ private:
     void addLosses(const Material& material) {
         if (material.occlusionMap.texture != none)
             losses_.add("occlusion maps of materials", *material.source);
+        if (material.alphaMode == "opaque" && material.baseColor[3] != 1)
+            losses_.add("alpha of opaque materials", *material.source);
         if (material.isDoubleSided)
             losses_.add("materials that show both sides", *material.source);
         if (material.alphaMode == "mask")
@@ -95,8 +110,9 @@ void writeMaterialLibrary(vor::OutputFile& file, const Model& model, const std::
     for (const Texture& texture : model.textures) {
         if (!texture.encoded.empty())
             losses.add("embedded images", *texture.source);
-        const bool isMirrored = texture.wrapU == "mirror" || texture.wrapV == "mirror";
-        if (texture.filter != 0 || isMirrored || (texture.wrapU == "clamp") != (texture.wrapV == "clamp"))
+        const auto isRepeat = [](const std::string& mode) { return mode.empty() || mode == "repeat"; };
+        const bool isClamp = texture.wrapU == "clamp" && texture.wrapV == "clamp";
+        if (texture.filter != 0 || !(isClamp || (isRepeat(texture.wrapU) && isRepeat(texture.wrapV))))
             losses.add("filters and wrap modes of textures other than repeat and clamp", *texture.source);
     }
 }

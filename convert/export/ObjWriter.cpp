@@ -10,16 +10,21 @@
 
 #include <filesystem>
 #include <optional>
+#include <unordered_set>
 
 namespace vrn::convert {
 
 namespace {
 
 constexpr std::size_t verticesPerPart = 4096;
+constexpr const char* changedName =
+    "names that are not unique, begin or end with spaces, or contain control characters";
 
 class ObjWriter {
 public:
-    ObjWriter(vor::OutputFile& file, const Model& model, Losses& losses) : out_(file), model_(model), losses_(losses) {}
+    ObjWriter(vor::OutputFile& file, const Model& model, Losses& losses)
+        : out_(file), model_(model), losses_(losses),
+          hasColors_(std::ranges::any_of(model.geometries, [](const Geometry& g) { return !g.colors.empty(); })) {}
 
     // The names of the materials in the library, one for each.
     const std::vector<std::string>& addLibrary(const std::string& file) {
@@ -33,16 +38,20 @@ public:
     void add(const WorldMesh& mesh) {
         const Geometry& geometry = *mesh.geometry;
         out_.add("o " + uniqueName(*mesh.source, objectNames_) + '\n');
-        if (geometry.source != mesh.source)
-            out_.add("g " + singleLine(displayName(*geometry.source).view()) + '\n');
+        out_.add("g " + groupName(geometry) + '\n'); // a group holds until the next one, too
         useMaterial(mesh.material);
+        const Corners corners = cornersOf(geometry);
         addPoints(mesh);
-        addTextureCoordinates(geometry);
-        addNormals(mesh);
-        addFaces(mesh);
+        if (corners.hasCoordinates)
+            addTextureCoordinates(geometry);
+        if (corners.hasNormals)
+            addNormals(mesh);
+        addFaces(mesh, corners);
         points_ += geometry.vertices();
-        coordinates_ += geometry.uvsets.empty() ? 0 : geometry.vertices();
-        normals_ += geometry.normals.size() / 3;
+        coordinates_ += corners.hasCoordinates ? geometry.vertices() : 0;
+        normals_ += corners.hasNormals ? geometry.vertices() : 0;
+        if (told_.insert(&geometry).second)
+            addLosses(geometry, corners);
     }
 
     void finish() { out_.flush(); }
@@ -52,8 +61,55 @@ private:
         const std::string original(displayName(node).view());
         std::string name = names.make(singleLine(original));
         if (name != original)
-            losses_.add("names that are not unique or contain control characters", node);
+            losses_.add(changedName, node);
         return name;
+    }
+
+    std::string groupName(const Geometry& geometry) {
+        const std::string original(displayName(*geometry.source).view());
+        std::string name = singleLine(original);
+        if (name != original && !told_.contains(&geometry))
+            losses_.add(changedName, *geometry.source);
+        return name;
+    }
+
+    // What the corners of a mesh refer to besides points.
+    struct Corners {
+        static constexpr std::size_t maxLength = 3 * 21; // three integers of 64 bits with what follows each
+        bool hasCoordinates;
+        bool hasNormals;
+    };
+    static Corners cornersOf(const Geometry& geometry) {
+        const bool arePoints = geometry.topology == Topology::Points;
+        const bool areLines = geometry.topology == Topology::Lines;
+        return {.hasCoordinates = !geometry.uvsets.empty() && !arePoints,
+                .hasNormals = !geometry.normals.empty() && !arePoints && !areLines};
+    }
+
+    void addLosses(const Geometry& geometry, const Corners& corners) {
+        const auto add = [&](bool isLost, const char* what) {
+            if (isLost)
+                losses_.add(what, *geometry.source);
+        };
+        add(hasColors_ && geometry.colors.empty(), "missing colours of meshes beside others (written as white)");
+        add(hasAlpha(geometry), "alpha of the colours of meshes");
+        add(!geometry.normals.empty() && !corners.hasNormals, "normals of points and lines");
+        add(!geometry.uvsets.empty() && !corners.hasCoordinates, "texture coordinates of points");
+        add(corners.hasCoordinates && !isFlipExact(geometry), "last digits of texture coordinates (v is flipped)");
+    }
+
+    static bool hasAlpha(const Geometry& geometry) {
+        for (std::size_t i = 3; i < geometry.colors.size(); i += 4)
+            if (geometry.colors[i] != 1)
+                return true;
+        return false;
+    }
+
+    static bool isFlipExact(const Geometry& geometry) {
+        for (std::size_t i = 1; i < geometry.uvsets[0].size(); i += 2)
+            if (const float v = geometry.uvsets[0][i]; 1 - (1 - v) != v)
+                return false;
+        return true;
     }
 
     // A material holds until the next one.
@@ -79,49 +135,38 @@ private:
         inParts(mesh.geometry->points.span(), 3, [&](std::span<const float> part) {
             points.resize(part.size());
             transformPoints(mesh, part, points);
-            if (colors.empty())
+            if (!hasColors_)
                 return addNumberLines<float>(out_, "v ", points, 3);
-            addColored(points, colors.first(part.size() / 3 * 4));
-            colors = colors.subspan(part.size() / 3 * 4);
+            const std::size_t count = std::min(part.size() / 3 * 4, colors.size());
+            addColored(points, colors.first(count));
+            colors = colors.subspan(count);
         });
-        if (!std::ranges::all_of(alphas(*mesh.geometry), [](float alpha) { return alpha == 1; }))
-            losses_.add("alpha of the colours of meshes", *mesh.geometry->source);
     }
 
-    static std::vector<float> alphas(const Geometry& geometry) {
-        std::vector<float> all;
-        for (std::size_t i = 3; i < geometry.colors.size(); i += 4)
-            all.push_back(geometry.colors[i]);
-        return all;
-    }
-
-    // Colours after the coordinates are an extension that most programs read.
+    // Colours after the coordinates are an extension that most programs read. Some count them from the first colour of
+    // the file, so that all points have one or none has.
     void addColored(std::span<const float> points, std::span<const float> colors) {
         std::vector<float> both;
         both.reserve(2 * points.size());
         for (std::size_t i = 0; i < points.size() / 3; ++i) {
             both.insert(both.end(), &points[3 * i], &points[3 * i] + 3);
-            both.insert(both.end(), &colors[4 * i], &colors[4 * i] + 3);
+            if (colors.empty())
+                both.insert(both.end(), 3, 1.F);
+            else
+                both.insert(both.end(), &colors[4 * i], &colors[4 * i] + 3);
         }
         addNumberLines<float>(out_, "v ", both, 6);
     }
 
     // The origin is the lower left corner of the image in OBJ, and the upper left one here.
     void addTextureCoordinates(const Geometry& geometry) {
-        if (geometry.uvsets.empty())
-            return;
         std::vector<float> flipped;
-        bool isExact = true;
         inParts(geometry.uvsets[0].span(), 2, [&](std::span<const float> part) {
             flipped.assign(part.begin(), part.end());
-            for (std::size_t i = 1; i < part.size(); i += 2) {
+            for (std::size_t i = 1; i < part.size(); i += 2)
                 flipped[i] = 1 - part[i];
-                isExact &= 1 - flipped[i] == part[i];
-            }
             addNumberLines<float>(out_, "vt ", flipped, 2);
         });
-        if (!isExact)
-            losses_.add("last digits of texture coordinates (v is flipped)", *geometry.source);
     }
 
     void addNormals(const WorldMesh& mesh) {
@@ -133,13 +178,11 @@ private:
         });
     }
 
-    void addFaces(const WorldMesh& mesh) {
+    void addFaces(const WorldMesh& mesh, const Corners& corners) {
         const Geometry& geometry = *mesh.geometry;
         const bool arePoints = geometry.topology == Topology::Points;
         const bool areLines = geometry.topology == Topology::Lines;
         const char* const prefix = arePoints ? "p " : areLines ? "l " : "f ";
-        const Corners corners{.hasCoordinates = !geometry.uvsets.empty() && !arePoints,
-                              .hasNormals = !geometry.normals.empty() && !arePoints && !areLines};
         if (!corners.hasCoordinates && !corners.hasNormals && geometry.topology != Topology::Polygons)
             return addSimpleFaces(mesh, prefix, arePoints ? 1 : areLines ? 2 : 3);
         forEachFace(geometry, [&](std::span<const u32> face) {
@@ -166,13 +209,6 @@ private:
         });
         flush();
     }
-
-    // What the corners of a mesh refer to besides points.
-    struct Corners {
-        static constexpr std::size_t maxLength = 3 * 21; // three integers of 64 bits with what follows each
-        bool hasCoordinates;
-        bool hasNormals;
-    };
 
     // Writes `point`, `point/coordinates`, `point//normal` or `point/coordinates/normal`, and a space.
     char* writeCorner(char* to, u32 corner, const Corners& corners) const {
@@ -202,7 +238,9 @@ private:
     UniqueNames objectNames_;
     std::vector<std::string> materials_;
     u32 material_ = none;
-    u64 points_ = 0; // written so far
+    bool hasColors_;                           // of any mesh
+    std::unordered_set<const Geometry*> told_; // whose losses are reported
+    u64 points_ = 0;                           // written so far
     u64 coordinates_ = 0;
     u64 normals_ = 0;
 };

@@ -7,6 +7,7 @@
 
 #include <bit>
 #include <cmath>
+#include <unordered_set>
 
 namespace vrn::convert {
 
@@ -31,8 +32,9 @@ bool isFlat(const Geometry& geometry) {
 }
 
 // Some readers take a line break at the start of the data for the end of the header.
-bool beginsWithLineBreak(float littleEndian) {
-    const u32 first = std::bit_cast<u32>(littleEndian) & 0xFF;
+bool beginsWithLineBreak(float number, std::endian order) {
+    const u32 bits = std::bit_cast<u32>(number);
+    const u32 first = order == std::endian::little ? bits & 0xFF : bits >> 24;
     return first == '\n' || first == '\r';
 }
 
@@ -80,10 +82,19 @@ private:
     char* first_ = nullptr;
 };
 
+// Points are the vertices that are listed; other meshes have all.
+std::size_t verticesOf(const Geometry& geometry) {
+    return geometry.topology == Topology::Points ? geometry.indices.size() : geometry.vertices();
+}
+std::size_t vertexAt(const Geometry& geometry, std::size_t i) {
+    return geometry.topology == Topology::Points ? geometry.indices[i] : i;
+}
+
 class PlyWriter {
 public:
     PlyWriter(vor::OutputFile& file, const std::vector<WorldMesh>& meshes, Losses& losses, bool isAscii)
-        : order_(orderFor(meshes)), out_(file, isAscii, order_), meshes_(meshes), losses_(losses), isAscii_(isAscii) {
+        : order_(orderFor(meshes)), isAscii_(isAscii || beginsWithLineBreak(firstNumber(meshes), order_)),
+          out_(file, isAscii_, order_), meshes_(meshes), losses_(losses) {
         for (const WorldMesh& mesh : meshes)
             count(*mesh.geometry);
     }
@@ -102,16 +113,21 @@ public:
 private:
     // Little endian, unless the data would begin with a line break.
     static std::endian orderFor(const std::vector<WorldMesh>& meshes) {
+        return beginsWithLineBreak(firstNumber(meshes), std::endian::little) ? std::endian::big : std::endian::little;
+    }
+
+    static float firstNumber(const std::vector<WorldMesh>& meshes) {
+        const Geometry& geometry = *meshes[0].geometry;
         std::array<float, 3> first{};
-        transformPoints(meshes[0], meshes[0].geometry->points.span().first(3), first);
-        return beginsWithLineBreak(first[0]) ? std::endian::big : std::endian::little;
+        transformPoints(meshes[0], geometry.points.span().subspan(3 * vertexAt(geometry, 0), 3), first);
+        return first[0];
     }
 
     void count(const Geometry& geometry) {
         layout_.hasNormals |= !geometry.normals.empty();
         layout_.hasColors |= !geometry.colors.empty();
         layout_.hasCoordinates |= !geometry.uvsets.empty();
-        counts_.vertices += geometry.vertices();
+        counts_.vertices += verticesOf(geometry);
         forEachFace(geometry, [&](std::span<const u32> face) {
             counts_.faces += isFlat(geometry);
             counts_.edges += geometry.topology == Topology::Lines;
@@ -144,8 +160,9 @@ private:
 
     void writeVertices(const WorldMesh& mesh) {
         const Geometry& geometry = *mesh.geometry;
-        const auto addLoss = [&](bool isMissing, const char* what) {
-            if (isMissing)
+        const bool isFirst = told_.insert(&geometry).second;
+        const auto addLoss = [&](bool isLost, const char* what) {
+            if (isLost && isFirst)
                 losses_.add(what, *geometry.source);
         };
         addLoss(layout_.hasNormals && geometry.normals.empty(),
@@ -156,15 +173,15 @@ private:
                 "missing uvsets of meshes beside others (written as 0)");
         bool areExact = true;
         bool areBytes = true;
-        for (std::size_t first = 0; first < geometry.vertices(); first += verticesPerPart) {
-            const std::size_t count = std::min(verticesPerPart, geometry.vertices() - first);
+        for (std::size_t first = 0; first < verticesOf(geometry); first += verticesPerPart) {
+            const std::size_t count = std::min(verticesPerPart, verticesOf(geometry) - first);
             const Part part = transformedPart(mesh, first, count);
             for (std::size_t i = 0; i < count; ++i) {
                 char* to = writeVectors(out_.begin(maxVertexNumbers), part, i);
                 if (layout_.hasColors)
-                    areBytes &= writeColor(to, geometry, first + i);
+                    areBytes &= writeColor(to, geometry, vertexAt(geometry, first + i));
                 if (layout_.hasCoordinates)
-                    areExact &= writeCoordinates(to, geometry, first + i);
+                    areExact &= writeCoordinates(to, geometry, vertexAt(geometry, first + i));
                 out_.end(to);
             }
         }
@@ -180,14 +197,24 @@ private:
 
     Part transformedPart(const WorldMesh& mesh, std::size_t first, std::size_t count) const {
         const Geometry& geometry = *mesh.geometry;
-        Part part{.points = std::vector<float>(3 * count), .normals = {}};
-        transformPoints(mesh, geometry.points.span().subspan(3 * first, 3 * count), part.points);
+        Part part{.points = gather(geometry.points.span(), geometry, first, count), .normals = {}};
+        transformPoints(mesh, part.points, part.points);
         if (!layout_.hasNormals)
             return part;
         part.normals.resize(3 * count);
-        if (!geometry.normals.empty())
-            transformNormals(mesh, geometry.normals.span().subspan(3 * first, 3 * count), part.normals);
+        if (!geometry.normals.empty()) {
+            part.normals = gather(geometry.normals.span(), geometry, first, count);
+            transformNormals(mesh, part.normals, part.normals);
+        }
         return part;
+    }
+
+    static std::vector<float> gather(std::span<const float> vectors, const Geometry& geometry, std::size_t first,
+                                     std::size_t count) {
+        std::vector<float> gathered(3 * count);
+        for (std::size_t i = 0; i < count; ++i)
+            std::memcpy(&gathered[3 * i], &vectors[3 * vertexAt(geometry, first + i)], 3 * sizeof(float));
+        return gathered;
     }
 
     char* writeVectors(char* to, const Part& part, std::size_t i) const {
@@ -229,7 +256,7 @@ private:
             const Geometry& geometry = *mesh.geometry;
             if (flat ? isFlat(geometry) : geometry.topology == Topology::Lines)
                 forEachFace(geometry, [&](std::span<const u32> face) { writeFace(mesh, face, firstVertex, flat); });
-            firstVertex += static_cast<u32>(geometry.vertices());
+            firstVertex += static_cast<u32>(verticesOf(geometry));
         }
     }
 
@@ -246,12 +273,13 @@ private:
     static constexpr std::size_t maxVertexNumbers = 12;
 
     std::endian order_;
+    bool isAscii_;
     RecordWriter out_;
     const std::vector<WorldMesh>& meshes_;
     Losses& losses_;
-    bool isAscii_;
     VertexLayout layout_;
     Counts counts_;
+    std::unordered_set<const Geometry*> told_; // whose losses are reported
 };
 
 } // namespace

@@ -53,8 +53,12 @@ std::vector<WorldMesh> worldMeshes(const Model& model, const std::string& path, 
     std::vector<WorldMesh> meshes;
     for (std::size_t i = 0; i < model.nodes.size(); ++i) {
         const ModelNode& node = model.nodes[i];
-        if (node.geometry == none)
+        if (node.geometry == none) {
+            losses.add("nodes without a mesh", *node.source);
             continue;
+        }
+        if (node.parent != none)
+            losses.add("parents of nodes", *node.source);
         const Geometry& geometry = model.geometries[node.geometry];
         if (!fitsInWorld(geometry, worlds[i])) {
             losses.add("meshes whose transformed points exceed the range of a float", *node.source);

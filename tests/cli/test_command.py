@@ -387,7 +387,7 @@ class Usage(unittest.TestCase):
             "": b"no command given\nSee vrn --help.\n",
             "check": b"FILE is required: name a file, or - for standard input\nSee vrn check --help.\n",
             "frobnicate": b"vrn: unknown command 'frobnicate'\n",
-            "chek scene.vrn": b"vrn: unknown command 'chek', did you mean 'check'?\nSee vrn --help.\n",
+            "dmup scene.vrn": b"vrn: unknown command 'dmup', did you mean 'dump'?\nSee vrn --help.\n",
             "--bogus": b"--bogus",
             "check --format xml -": b"xml",
             "dump --bogus -": b"--bogus",

@@ -92,7 +92,8 @@ class Places(MeshFiles):
             "transform t; t.translation = vec3(1e9 0 0); instance i; i.geometry = m; i.parent = t;\n"
             "i.translation = vec3(-1e9 0 0);"
         )
-        self.assert_points(self.obj(text).points, [(1, 0, 0), (0, 1, 0), (0, 0, 1)])
+        self.assert_points(self.obj(text, "nodes without a mesh: 1 (t)", "parents of nodes: 1 (i)").points,
+                           [(1, 0, 0), (0, 1, 0), (0, 0, 1)])
 
     def test_mirrored_instances_are_not_inside_out(self):
         text = SQUARE + "instance i; i.geometry = m; i.scale = vec3(-1 1 1);"
@@ -145,6 +146,11 @@ class Elements(MeshFiles):
         self.assertNotIn("face", ply.elements)
         self.assertEqual(self.run_here("convert", "in.vrn", "out.stl").returncode, 1)
 
+    def test_indexed_points(self):
+        text = self.POINTS + "m.indices = int32[3] {2 0 2};"
+        self.assertEqual(self.obj(text).singles, [2, 0, 2])
+        self.assertEqual(self.ply(text).points(), [(0, 1, 0), (0, 0, 0), (0, 1, 0)])
+
     def test_lines(self):
         text = TRIANGLE + self.LINES
         self.assertEqual(self.obj(text).lines, [[3, 4], [4, 5]])
@@ -175,6 +181,11 @@ class Elements(MeshFiles):
             self.assertEqual(ply.points(), [(x, 0, 0), (1, 0, 0), (0, 1, 0)])
             self.run_here("convert", "out.ply", "back.obj")
             self.assertEqual(float32(Obj(self.folder / "back.obj").points[0][0]), x)
+
+    def test_ply_data_that_would_begin_with_a_line_break_in_both_orders_is_text(self):
+        x = struct.unpack("<f", struct.pack("<I", 0x0A00000A))[0]
+        self.convert(TRIANGLE.replace("{0 0 0", f"{{{x!r} 0 0"), "out.ply")
+        self.assertEqual(Ply(self.folder / "out.ply").format, "ascii")
 
     def test_facet_normals_are_those_of_the_facets(self):
         text = (
@@ -216,9 +227,59 @@ class Attributes(MeshFiles):
         obj = self.obj(TRIANGLE + self.COLORS, "alpha of the colours of meshes: 1 (m)")
         self.assertEqual(obj.colors, [(1, 0, 0), (0, 1, 0), (0, 0, 1)])
 
+    def test_obj_colours_of_one_of_several_meshes(self):
+        """A reader that counts colours from the first one would give them to other points."""
+        other = (TRIANGLE + self.COLORS).replace("mesh m", "mesh n").replace("m.", "n.")
+        obj = self.obj(TRIANGLE + other, "missing colours of meshes beside others (written as white): 1 (m)",
+                       "alpha of the colours of meshes: 1 (n)")
+        self.assertEqual(obj.colors, [(1, 1, 1)] * 3 + [(1, 0, 0), (0, 1, 0), (0, 0, 1)])
+
+    def test_losses_of_a_mesh_are_told_once(self):
+        text = TRIANGLE + self.COLORS + "instance i; i.geometry = m; instance j; j.geometry = m;"
+        self.obj(text, "alpha of the colours of meshes: 1 (m)")
+        self.ply(text, "colour precision beyond 8 bits: 1 (m)")
+
+    def test_points_and_lines_have_no_normals_and_coordinates_in_obj(self):
+        text = TRIANGLE + self.COORDINATES + self.NORMALS
+        obj = self.obj(text + 'm.topology = "points";', "normals of points and lines: 1 (m)",
+                       "texture coordinates of points: 1 (m)")
+        self.assertEqual((obj.normals, obj.coordinates, obj.singles), ([], [], [0, 1, 2]))
+        lines = text.replace("{0 1 2}", "{0 1 1 2}").replace("int32[3]", "int32[4]") + 'm.topology = "lines";'
+        obj = self.obj(lines, "normals of points and lines: 1 (m)")
+        self.assertEqual((obj.normals, len(obj.coordinates)), ([], 3))
+
+    def test_many_vertices_keep_their_order(self):
+        """More than one part of points, colours and faces, in lines of more than 64 characters."""
+        count = 9001
+        points = [(float32(i / 7), float32(-i / 3), float32(i * 1.1e-5)) for i in range(count)]
+        colors = [(float32(i / count), 0.25, float32(1 - i / count), 1) for i in range(count)]
+        flat = lambda rows: " ".join(repr(number) for row in rows for number in row)
+        text = (
+            f"mesh m; m.points = vec3f[{count}] {{{flat(points)}}}; m.colors = rgbaf[{count}] {{{flat(colors)}}};\n"
+            f"m.normals = vec3f[{count}] {{{'0 0 1 ' * count}}};\n"
+            f"m.indices = int32[{3 * (count - 2)}] {{{' '.join(f'{i} {i + 1} {i + 2}' for i in range(count - 2))}}};\n"
+            "mesh n; n.points = vec3f[3] {0 0 0 1 0 0 0 1 0}; n.indices = int32[3] {0 1 2};\n"
+            "n.colors = rgbaf[3] {1 1 1 1 1 1 1 1 1 1 1 1}; n.normals = vec3f[3] {0 1 0 0 1 0 0 1 0};"
+        )
+        obj = self.obj(text)
+        self.assertEqual([tuple(map(float32, p)) for p in obj.points[:count]], points)
+        self.assertEqual([tuple(map(float32, c)) for c in obj.colors[:count]], [c[:3] for c in colors])
+        faces = [[corner[0] for corner in corners] for _, corners in obj.faces]
+        self.assertEqual(faces, [[i, i + 1, i + 2] for i in range(count - 2)] + [[count, count + 1, count + 2]])
+        self.assertEqual([corner[2] for corner in obj.faces[-1][1]], [count, count + 1, count + 2])
+        ply = self.ply(text, "colour precision beyond 8 bits: 1 (m)")
+        self.assertEqual(ply.points()[:count], points)
+        self.assertEqual([f["vertex_indices"] for f in ply.elements["face"]], faces)
+
+    def test_mirrored_corners_keep_their_attributes(self):
+        obj = self.obj(TRIANGLE + self.COORDINATES + self.NORMALS + "instance i; i.geometry = m; i.scale = vec3(-1 1 1);",
+                       Places.MOVED)
+        self.assertEqual(obj.faces[0][1], [(0, 0, 0), (2, 2, 2), (1, 1, 1)])
+
     def test_obj_groups_have_the_names_of_meshes(self):
-        obj = self.obj(TRIANGLE + 'm.name = "a mesh"; instance i; i.geometry = m; instance j; j.geometry = m;')
-        self.assertEqual((obj.names, obj.groups), (["i", "j"], ["a mesh", "a mesh"]))
+        text = TRIANGLE.replace("mesh m", "mesh n").replace("m.", "n.")
+        obj = self.obj(TRIANGLE + 'm.name = "a mesh"; instance i; i.geometry = m; instance j; j.geometry = m;' + text)
+        self.assertEqual((obj.names, obj.groups), (["i", "j", "n"], ["a mesh", "a mesh", "n"]))
 
     def test_ply(self):
         ply = self.ply(TRIANGLE + self.COLORS + self.COORDINATES + self.NORMALS, "colour precision beyond 8 bits: 1 (m)")
@@ -255,7 +316,7 @@ class Materials(MeshFiles):
         self.assertEqual(
             self.library()["oak wood"],
             {"Kd": "0.8 0.5 0.25", "d": "0.75", "Ke": "0.1 0.2 0.3", "Pr": "0.25", "Pm": "0.5",
-             "map_Kd": "my wood.png"},
+             "map_Kd": "my wood.png", "map_d": "-imfchan m my wood.png"},
         )
 
     def test_maps(self):
@@ -280,6 +341,43 @@ class Materials(MeshFiles):
             ["filters and wrap modes of textures other than repeat and clamp: 1 (t)",
              "materials that show both sides: 1 (p)", "occlusion maps of materials: 1 (p)"],
         )
+
+    def test_alpha_modes(self):
+        for mode, alpha, expected, lost in (
+            ("opaque", 0.5, "1", ["alpha of opaque materials: 1 (p)"]), ("opaque", 1, "1", []), ("blend", 0.5, "0.5", []),
+            ("mask", 0.5, "0.5", ["alpha cutoffs of materials: 1 (p)"]),
+        ):
+            with self.subTest(mode):
+                text = self.TEXT.replace("0.75)", f"{alpha})") + f'p.alpha.mode = "{mode}";'
+                self.obj(text.replace("p.baseColorMap |= t.outColor;", ""), "nodes of type texture: 1 (t)", *lost)
+                self.assertEqual(self.library()["oak wood"]["d"], expected)
+        self.obj(self.TEXT + 'p.alpha.mode = "blend";')
+        self.assertEqual(self.library()["oak wood"]["map_d"], "-imfchan m my wood.png")
+
+    def test_names_and_paths_survive_readers_that_trim(self):
+        other = TRIANGLE.replace("mesh m", "mesh n").replace("m.", "n.")
+        lost = self.convert(
+            self.TEXT + other + 'n.material |= q.outColor; material q; q.name = "oak wood ";\n'
+            'q.baseColorMap |= u.outColor; texture u; u.file = "-o a.png";', "out.obj"
+        )
+        self.assertEqual(lost, ["names that are not unique, begin or end with spaces, or contain control characters: 1 (q)"])
+        self.assertEqual([m for m, _ in Obj(self.folder / "out.obj").faces], ["oak wood", "oak wood_1"])
+        self.assertEqual(self.library()["oak wood_1"]["map_Kd"], "./-o a.png")
+
+    def test_unknown_wrap_modes_and_offsets_beyond_floats(self):
+        lost = self.convert(
+            self.TEXT + 't.wrapU = "border"; t.wrapV = "border"; p.baseColorXform.offset = vec2(0 3e38);\n'
+            "p.baseColorXform.scale = vec2(1 3e38);", "out.obj"
+        )
+        self.assertEqual(sorted(lost), ["filters and wrap modes of textures other than repeat and clamp: 1 (t)",
+                                        "transforms of textures beyond the range of a float: 2 (first t)"])
+        self.assertNotIn("inf", (self.folder / "out.mtl").read_text())
+
+    def test_a_library_that_cannot_be_written(self):
+        (self.folder / "out.mtl").mkdir()
+        self.file("in.vrn", self.TEXT)
+        self.assertEqual(self.run_here("convert", "in.vrn", "out.obj").returncode, 2)
+        self.assertFalse((self.folder / "out.obj").exists())
 
     def test_a_mesh_without_a_material_after_one_with(self):
         other = TRIANGLE.replace("mesh m", "mesh n").replace("m.", "n.")
