@@ -33,7 +33,7 @@ test: checks $(LOCALES)/de_DE.UTF-8 $(NODE_MODULES)
 	$(CONFIGURE) --preset asan
 	cmake --build --preset asan
 	ctest --preset asan -j$(TEST_JOBS)
-	scripts/fuzz 10
+	scripts/fuzz 20
 	$(CONFIGURE) --preset tsan
 	cmake --build --preset tsan
 	build/tsan/tests/vrn_thread_tests

@@ -12,7 +12,8 @@ import sys
 
 PROGRAMS = {"string": "bench_reader", "file": "bench_reader", "write": "bench_reader", "numbers": "bench_roof",
             "payload": "bench_roof", "read": "bench_roof", "plain": "bench_json", "tuned": "bench_json",
-            "graph": "bench_json", "links": "bench_scale", **dict.fromkeys(("vrn", "obj", "ply", "stl"), "bench_convert")}
+            "graph": "bench_json", "links": "bench_scale",
+            **dict.fromkeys(("vrn", "obj", "ply", "stl"), "bench_convert")}
 
 
 def over(mine, other):
@@ -29,7 +30,7 @@ def beyond(file, string, read):
 ROWS = [
     ("mesh / roof", *over("string mesh.vrn", "numbers mesh.vrn"), 1.00, 0.70),
     ("mesh with AVX2 / roof", *over("string-avx2 mesh.vrn", "numbers mesh.vrn"), 1.00, 0.85),
-    ("mesh without either / roof", *over("string-baseline mesh.vrn", "numbers mesh.vrn"), None, None),
+    ("mesh without vectors / roof", *over("string-baseline mesh.vrn", "numbers mesh.vrn"), None, None),
     ("mesh, wrapped lines / mesh", *over("string mesh_wrap.vrn", "string mesh.vrn"), 1.10, 1.05),
     ("mesh, shortest reals / roof", *over("string mesh_rt.vrn", "numbers mesh_rt.vrn"), 1.00, 0.75),
     ("mesh, hostile lengths / roof", *over("string mesh_mix.vrn", "numbers mesh_mix.vrn"), 0.80, 0.55),

@@ -159,7 +159,7 @@ void appendBuffer(const AttrData& buffer, const VrnWriterOptions& options, LineP
     text.append('}');
 }
 
-void appendComponents(const AttrData& value, const VrnWriterOptions& options, LinePlace place, TextBlock& text) {
+void appendWrappedComponents(const AttrData& value, const VrnWriterOptions& options, LinePlace place, TextBlock& text) {
     const String head = String(attrTypeName(value.type())).toLower() + "(";
     text.append(head.view());
     place.prefix += head.len();

@@ -14,7 +14,7 @@ struct LinePlace {
 // Appends a buffer, whose type must have a keyword.
 void appendBuffer(const AttrData& buffer, const VrnWriterOptions& options, LinePlace place, TextBlock& text);
 
-// Appends a vector, quaternion, colour or matrix.
-void appendComponents(const AttrData& value, const VrnWriterOptions& options, LinePlace place, TextBlock& text);
+// Appends a vector, quaternion, colour or matrix that is too long for the line, the same numbers as appendLiteral().
+void appendWrappedComponents(const AttrData& value, const VrnWriterOptions& options, LinePlace place, TextBlock& text);
 
 } // namespace vor::velmo_sdk::impl

@@ -321,7 +321,7 @@ void VrnInputs::assign(const AttrData& value) {
             return statement(" = ", value_);
         text_.append(path_);
         text_.append(" = ");
-        appendComponents(value, options_, {.prefix = path_.size() + 3, .indent = indent}, text_);
+        appendWrappedComponents(value, options_, {.prefix = path_.size() + 3, .indent = indent}, text_);
         text_.append(";\n");
     }
 }

@@ -10,7 +10,6 @@
 
 #include <filesystem>
 #include <optional>
-#include <unordered_set>
 
 namespace vrn::convert {
 
@@ -38,7 +37,7 @@ public:
     void add(const WorldMesh& mesh) {
         const Geometry& geometry = *mesh.geometry;
         out_.add("o " + uniqueName(*mesh.source, objectNames_) + '\n');
-        out_.add("g " + groupName(geometry) + '\n'); // a group holds until the next one, too
+        out_.add("g " + groupName(mesh) + '\n'); // a group holds until the next one, too
         useMaterial(mesh.material);
         const Corners corners = cornersOf(geometry);
         addPoints(mesh);
@@ -50,7 +49,7 @@ public:
         points_ += geometry.vertices();
         coordinates_ += corners.hasCoordinates ? geometry.vertices() : 0;
         normals_ += corners.hasNormals ? geometry.vertices() : 0;
-        if (told_.insert(&geometry).second)
+        if (mesh.isFirst)
             addLosses(geometry, corners);
     }
 
@@ -65,11 +64,12 @@ private:
         return name;
     }
 
-    std::string groupName(const Geometry& geometry) {
-        const std::string original(displayName(*geometry.source).view());
+    std::string groupName(const WorldMesh& mesh) {
+        const Node& source = *mesh.geometry->source;
+        const std::string original(displayName(source).view());
         std::string name = singleLine(original);
-        if (name != original && !told_.contains(&geometry))
-            losses_.add(changedName, *geometry.source);
+        if (name != original && mesh.isFirst)
+            losses_.add(changedName, source);
         return name;
     }
 
@@ -91,11 +91,11 @@ private:
             if (isLost)
                 losses_.add(what, *geometry.source);
         };
-        add(hasColors_ && geometry.colors.empty(), "missing colours of meshes beside others (written as white)");
+        add(hasColors_ && geometry.colors.empty(), lostWithoutColors);
         add(hasAlpha(geometry), "alpha of the colours of meshes");
         add(!geometry.normals.empty() && !corners.hasNormals, "normals of points and lines");
         add(!geometry.uvsets.empty() && !corners.hasCoordinates, "texture coordinates of points");
-        add(corners.hasCoordinates && !isFlipExact(geometry), "last digits of texture coordinates (v is flipped)");
+        add(corners.hasCoordinates && !isFlipExact(geometry), lostDigits);
     }
 
     static bool hasAlpha(const Geometry& geometry) {
@@ -103,13 +103,6 @@ private:
             if (geometry.colors[i] != 1)
                 return true;
         return false;
-    }
-
-    static bool isFlipExact(const Geometry& geometry) {
-        for (std::size_t i = 1; i < geometry.uvsets[0].size(); i += 2)
-            if (const float v = geometry.uvsets[0][i]; 1 - (1 - v) != v)
-                return false;
-        return true;
     }
 
     // A material holds until the next one.
@@ -158,14 +151,13 @@ private:
         addNumberLines<float>(out_, "v ", both, 6);
     }
 
-    // The origin is the lower left corner of the image in OBJ, and the upper left one here.
     void addTextureCoordinates(const Geometry& geometry) {
-        std::vector<float> flipped;
+        std::vector<float> coordinates;
         inParts(geometry.uvsets[0].span(), 2, [&](std::span<const float> part) {
-            flipped.assign(part.begin(), part.end());
+            coordinates.assign(part.begin(), part.end());
             for (std::size_t i = 1; i < part.size(); i += 2)
-                flipped[i] = 1 - part[i];
-            addNumberLines<float>(out_, "vt ", flipped, 2);
+                coordinates[i] = flipped(part[i]);
+            addNumberLines<float>(out_, "vt ", coordinates, 2);
         });
     }
 
@@ -184,7 +176,7 @@ private:
         const bool areLines = geometry.topology == Topology::Lines;
         const char* const prefix = arePoints ? "p " : areLines ? "l " : "f ";
         if (!corners.hasCoordinates && !corners.hasNormals && geometry.topology != Topology::Polygons)
-            return addSimpleFaces(mesh, prefix, arePoints ? 1 : areLines ? 2 : 3);
+            return addSimpleFaces(mesh, prefix);
         forEachFace(geometry, [&](std::span<const u32> face) {
             char* const first = out_.reserve(2 + face.size() * Corners::maxLength + vor::listSlack);
             char* to = std::copy_n(prefix, 2, first);
@@ -195,7 +187,8 @@ private:
     }
 
     // Faces of corners that have points only, all with the same number of them.
-    void addSimpleFaces(const WorldMesh& mesh, const char* prefix, std::size_t perFace) {
+    void addSimpleFaces(const WorldMesh& mesh, const char* prefix) {
+        const std::size_t perFace = cornersPerFace(mesh.geometry->topology);
         std::vector<u64> indices;
         indices.reserve(verticesPerPart + perFace);
         const auto flush = [&] {
@@ -238,9 +231,8 @@ private:
     UniqueNames objectNames_;
     std::vector<std::string> materials_;
     u32 material_ = none;
-    bool hasColors_;                           // of any mesh
-    std::unordered_set<const Geometry*> told_; // whose losses are reported
-    u64 points_ = 0;                           // written so far
+    bool hasColors_; // of any mesh
+    u64 points_ = 0; // written so far
     u64 coordinates_ = 0;
     u64 normals_ = 0;
 };

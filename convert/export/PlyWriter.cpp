@@ -7,7 +7,6 @@
 
 #include <bit>
 #include <cmath>
-#include <unordered_set>
 
 namespace vrn::convert {
 
@@ -160,18 +159,16 @@ private:
 
     void writeVertices(const WorldMesh& mesh) {
         const Geometry& geometry = *mesh.geometry;
-        const bool isFirst = told_.insert(&geometry).second;
         const auto addLoss = [&](bool isLost, const char* what) {
-            if (isLost && isFirst)
+            if (isLost && mesh.isFirst)
                 losses_.add(what, *geometry.source);
         };
         addLoss(layout_.hasNormals && geometry.normals.empty(),
                 "missing normals of meshes beside others (written as 0)");
-        addLoss(layout_.hasColors && geometry.colors.empty(),
-                "missing colours of meshes beside others (written as white)");
+        addLoss(layout_.hasColors && geometry.colors.empty(), lostWithoutColors);
         addLoss(layout_.hasCoordinates && geometry.uvsets.empty(),
                 "missing uvsets of meshes beside others (written as 0)");
-        bool areExact = true;
+        addLoss(!isFlipExact(geometry), lostDigits);
         bool areBytes = true;
         for (std::size_t first = 0; first < verticesOf(geometry); first += verticesPerPart) {
             const std::size_t count = std::min(verticesPerPart, verticesOf(geometry) - first);
@@ -181,12 +178,11 @@ private:
                 if (layout_.hasColors)
                     areBytes &= writeColor(to, geometry, vertexAt(geometry, first + i));
                 if (layout_.hasCoordinates)
-                    areExact &= writeCoordinates(to, geometry, vertexAt(geometry, first + i));
+                    to = writeCoordinates(to, geometry, vertexAt(geometry, first + i));
                 out_.end(to);
             }
         }
         addLoss(!areBytes, "colour precision beyond 8 bits");
-        addLoss(!areExact, "last digits of texture coordinates (v is flipped)");
     }
 
     // The points and normals of some vertices in world space; no normals if no mesh has any.
@@ -238,15 +234,10 @@ private:
         return isExact;
     }
 
-    // The origin is the lower left corner of the image in PLY, and the upper left one here. Returns whether that is
-    // exact.
-    bool writeCoordinates(char*& to, const Geometry& geometry, std::size_t i) const {
+    char* writeCoordinates(char* to, const Geometry& geometry, std::size_t i) const {
         const bool isEmpty = geometry.uvsets.empty();
-        const float u = isEmpty ? 0 : geometry.uvsets[0][2 * i];
-        const float v = isEmpty ? 1 : geometry.uvsets[0][2 * i + 1];
-        to = out_.real(to, u);
-        to = out_.real(to, 1 - v);
-        return 1 - (1 - v) == v;
+        to = out_.real(to, isEmpty ? 0 : geometry.uvsets[0][2 * i]);
+        return out_.real(to, isEmpty ? 0 : flipped(geometry.uvsets[0][2 * i + 1]));
     }
 
     // The faces or the edges.
@@ -279,7 +270,6 @@ private:
     Losses& losses_;
     VertexLayout layout_;
     Counts counts_;
-    std::unordered_set<const Geometry*> told_; // whose losses are reported
 };
 
 } // namespace

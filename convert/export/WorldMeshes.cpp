@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <unordered_set>
 
 namespace vrn::convert {
 
@@ -51,6 +52,7 @@ double determinant(const Matrix& m) {
 std::vector<WorldMesh> worldMeshes(const Model& model, const std::string& path, Losses& losses) {
     const std::vector<Matrix> worlds = worldMatrices(model.nodes);
     std::vector<WorldMesh> meshes;
+    std::unordered_set<u32> seen; // geometries
     for (std::size_t i = 0; i < model.nodes.size(); ++i) {
         const ModelNode& node = model.nodes[i];
         if (node.geometry == none) {
@@ -70,11 +72,22 @@ std::vector<WorldMesh> worldMeshes(const Model& model, const std::string& path, 
                           .source = node.source,
                           .material = node.material != none ? node.material : geometry.material,
                           .world = worlds[i],
-                          .isMirrored = determinant(worlds[i]) < 0});
+                          .isMirrored = determinant(worlds[i]) < 0,
+                          .isFirst = seen.insert(node.geometry).second});
     }
     if (meshes.empty())
         throw ContentError(path, "the scene has no mesh that can be written");
     return meshes;
+}
+
+bool isFlipExact(const Geometry& geometry) {
+    if (geometry.uvsets.empty())
+        return true;
+    const std::span<const float> coordinates = geometry.uvsets[0].span();
+    for (std::size_t i = 1; i < coordinates.size(); i += 2)
+        if (flipped(flipped(coordinates[i])) != coordinates[i])
+            return false;
+    return true;
 }
 
 void transformPoints(const WorldMesh& mesh, std::span<const float> vectors, std::span<float> out) {

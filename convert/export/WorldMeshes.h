@@ -15,6 +15,7 @@ struct WorldMesh {
     u32 material = none;
     Matrix world = identity;
     bool isMirrored = false; // then the corners of faces are in reverse order, so that their front stays in front
+    bool isFirst = true;     // no mesh before this one has the geometry: its losses are reported here
 };
 
 // The geometries of all nodes in their order, except those with points beyond the range of a float in world space,
@@ -22,10 +23,18 @@ struct WorldMesh {
 [[nodiscard]] std::vector<WorldMesh> worldMeshes(const Model& model, const std::string& path, Losses& losses);
 
 // Vectors in world space, computed with doubles: points, or normals of length 1; without a transform, as they are.
-// `vectors` are x y z one after another, and may be
-// those of `out`.
+// `vectors` are x y z one after another, and may be those of `out`.
 void transformPoints(const WorldMesh& mesh, std::span<const float> vectors, std::span<float> out);
 void transformNormals(const WorldMesh& mesh, std::span<const float> vectors, std::span<float> out);
+
+// A texture coordinate counted from the lower edge of the image instead of the upper one, and whether that is exact for
+// the first uvset of a geometry.
+[[nodiscard]] inline float flipped(float v) noexcept { return 1 - v; }
+[[nodiscard]] bool isFlipExact(const Geometry& geometry);
+
+// Losses that several formats have.
+inline constexpr const char* lostDigits = "last digits of texture coordinates (v is flipped)";
+inline constexpr const char* lostWithoutColors = "missing colours of meshes beside others (written as white)";
 
 // The corners of a face, in reverse order after the first if the mesh is mirrored. The points of a line keep their
 // order.
@@ -38,12 +47,10 @@ template <class Use> void forEachCorner(const WorldMesh& mesh, std::span<const u
 
 // Calls `use` with the vertex indices of each face, line or point.
 template <class Use> void forEachFace(const Geometry& geometry, Use use) {
-    const std::size_t perFace = geometry.topology == Topology::Points  ? 1
-                                : geometry.topology == Topology::Lines ? 2
-                                                                       : 3;
     std::span<const u32> corners = geometry.indices.span();
     for (std::size_t i = 0; !corners.empty(); ++i) {
-        const std::size_t count = geometry.topology == Topology::Polygons ? geometry.faceCounts[i] : perFace;
+        const bool isPolygon = geometry.topology == Topology::Polygons;
+        const std::size_t count = isPolygon ? geometry.faceCounts[i] : cornersPerFace(geometry.topology);
         use(corners.first(count));
         corners = corners.subspan(count);
     }

@@ -98,10 +98,7 @@ private:
         } else {
             return reject("indices that are out of range or not integers");
         }
-        const std::size_t perFace = geometry_.topology == Topology::Triangles ? 3
-                                    : geometry_.topology == Topology::Lines   ? 2
-                                                                              : 1;
-        return geometry_.indices.size() % perFace == 0 || reject("an incomplete last face");
+        return geometry_.indices.size() % cornersPerFace(geometry_.topology) == 0 || reject("an incomplete last face");
     }
 
     bool readFaceCounts() {

@@ -18,6 +18,11 @@ inline constexpr u32 none = ~u32(0); // the null index
 
 enum class Topology { Points, Lines, Triangles, Polygons };
 
+// Of each face; 1 for polygons, whose faces differ.
+[[nodiscard]] constexpr std::size_t cornersPerFace(Topology topology) noexcept {
+    return topology == Topology::Triangles ? 3 : topology == Topology::Lines ? 2 : 1;
+}
+
 // A mesh. All arrays except those of faces are per vertex; optional ones may be empty.
 struct Geometry {
     const Node* source = nullptr;

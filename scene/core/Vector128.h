@@ -56,14 +56,18 @@ VRN_VECTOR128_PART __m128i joinFours(U8x16 digits) {
     const __m128i pairs = _mm_maddubs_epi16(reinterpret_cast<__m128i>(digits), _mm_set1_epi16(detail::joinDigits));
     return _mm_madd_epi16(pairs, _mm_set1_epi32(detail::joinPairs));
 }
+
+// For each 64-bit lane, lower half * factor + upper half.
+VRN_VECTOR128_PART I64x2 joinHalves(__m128i halves, i64 factor) {
+    return reinterpret_cast<I64x2>(
+        _mm_add_epi64(_mm_mul_epu32(halves, _mm_set1_epi64x(factor)), _mm_srli_epi64(halves, 32)));
+}
 #    endif
 
 // The values of two numbers of eight digits, which are the halves of `digits`, the first digit of each lowest.
 VRN_VECTOR128_PART I64x2 valuesOfEight(U8x16 digits) {
 #    if defined(__x86_64__)
-    const __m128i fours = joinFours(digits);
-    return reinterpret_cast<I64x2>(
-        _mm_add_epi64(_mm_mul_epu32(fours, _mm_set1_epi64x(10000)), _mm_srli_epi64(fours, 32)));
+    return joinHalves(joinFours(digits), 10000);
 #    else
     const uint16x8_t pairs =
         vpaddlq_u8(vmulq_u8(digits, U8x16{10, 1, 10, 1, 10, 1, 10, 1, 10, 1, 10, 1, 10, 1, 10, 1}));
@@ -77,8 +81,7 @@ VRN_VECTOR128_PART I64x2 valuesOfSixteen(U8x16 first, U8x16 second) {
 #    if defined(__x86_64__)
     const __m128i eights =
         _mm_madd_epi16(_mm_packus_epi32(joinFours(first), joinFours(second)), _mm_set1_epi32(detail::joinQuadruples));
-    return reinterpret_cast<I64x2>(
-        _mm_add_epi64(_mm_mul_epu32(eights, _mm_set1_epi64x(detail::tenToThe8)), _mm_srli_epi64(eights, 32)));
+    return joinHalves(eights, detail::tenToThe8);
 #    else
     const auto a = reinterpret_cast<uint64x2_t>(valuesOfEight(first));
     const auto b = reinterpret_cast<uint64x2_t>(valuesOfEight(second));
