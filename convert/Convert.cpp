@@ -4,7 +4,7 @@
 #include "convert/export/ObjWriter.h"
 #include "convert/export/PlyWriter.h"
 #include "convert/export/StlWriter.h"
-#include "convert/import/AssimpImport.h"
+#include "convert/import/assimp/AssimpImport.h"
 #include "scene/SceneJson.h"
 #include "scene/VrnWriter.h"
 #include "scene/core/OutputFile.h"

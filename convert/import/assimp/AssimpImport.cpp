@@ -1,38 +1,22 @@
-#include "convert/import/AssimpImport.h"
+#include "convert/import/assimp/AssimpImport.h"
 
-#include "convert/import/AssimpValues.h"
-#include "convert/import/ImportAnimations.h"
-#include "convert/import/ImportCamerasAndLights.h"
-#include "convert/import/ImportMaterials.h"
-#include "convert/import/ImportMeshes.h"
-#include "convert/import/ImportNodes.h"
-#include "convert/import/ImportSkins.h"
-#include "convert/import/ModelFiles.h"
-#include "convert/shared/Extension.h"
-#include "scene/core/File.h"
+#include "convert/import/Readable.h"
+#include "convert/import/assimp/AssimpValues.h"
+#include "convert/import/assimp/ImportAnimations.h"
+#include "convert/import/assimp/ImportCamerasAndLights.h"
+#include "convert/import/assimp/ImportMaterials.h"
+#include "convert/import/assimp/ImportMeshes.h"
+#include "convert/import/assimp/ImportNodes.h"
+#include "convert/import/assimp/ImportSkins.h"
+#include "convert/import/assimp/ModelFiles.h"
 
 #include <assimp/Importer.hpp>
 #include <assimp/ProgressHandler.hpp>
-#include <filesystem>
 #include <new>
-#include <optional>
 
 namespace vrn::convert {
 
 namespace {
-
-// Distinguishes files that cannot be read, a FileError, from invalid ones, a ContentError.
-void checkReadable(const std::string& path) {
-    std::error_code error;
-    const std::filesystem::file_status status = std::filesystem::status(path, error);
-    if (std::filesystem::exists(status) && !is_regular_file(status) && !is_directory(status))
-        throw FileError(path, "only regular files can be converted from formats other than .vrn");
-    vor::File file = vor::File::open(std::string_view(path));
-    char first = 0;
-    (void)file.read(first);
-    if (!file.error().isEmpty())
-        throw FileError(path, file.error().buf());
-}
 
 // Forwards Assimp's progress.
 class ProgressForwarder : public Assimp::ProgressHandler {
@@ -82,20 +66,12 @@ void reportUnusedMaterials(ImportContext& context) {
 void importModel(const std::string& path, Scene& scene, const TexturePaths& paths, Losses& losses,
                  const ReadListener& listener) {
     checkReadable(path);
-    const std::string extension = extensionOf(path);
-    const bool isGltf = extension == ".glb" || extension == ".gltf";
-    const std::optional<GltfFile> gltfFile =
-        isGltf ? std::optional<GltfFile>(std::in_place, path) : std::optional<GltfFile>(std::in_place);
-    if (const std::string reason = gltfFile->rejection(); !reason.empty())
-        throw ContentError(path, reason);
     Assimp::Importer importer;
-    importer.SetIOHandler(isGltf ? new ModelFiles(path, gltfFile->preparedBytes())
-                                 : new ModelFiles()); // owned by the importer
+    importer.SetIOHandler(new ModelFiles()); // owned by the importer
     if (listener)
         importer.SetProgressHandler(new ProgressForwarder(listener)); // owned by the importer
     const aiScene* from = readWith(importer, path);
-    ImportContext context{
-        .from = *from, .scene = scene, .losses = losses, .isGltf = isGltf, .gltf = *gltfFile, .paths = paths};
+    ImportContext context{.from = *from, .scene = scene, .losses = losses, .paths = paths};
     collectAnimatedNodes(context);
     importMeshes(context);
     importNodes(context);
@@ -104,8 +80,6 @@ void importModel(const std::string& path, Scene& scene, const TexturePaths& path
     importLights(context);
     importAnimations(context);
     reportUnusedMaterials(context);
-    for (const std::string& loss : gltfFile->losses())
-        losses.add(loss, String(std::filesystem::path(path).filename().string()));
 }
 
 } // namespace vrn::convert

@@ -1,7 +1,7 @@
-#include "convert/import/ImportNodes.h"
+#include "convert/import/assimp/ImportNodes.h"
 
-#include "convert/import/AssimpValues.h"
 #include "convert/import/NodeInputs.h"
+#include "convert/import/assimp/AssimpValues.h"
 
 #include <string>
 #include <vector>
@@ -35,22 +35,9 @@ void setGeometry(ImportContext& context, Node& node, unsigned mesh) {
         setReference(node, "geometry", *known->second);
 }
 
-// Whether a node has metadata other than that of its light, which is imported.
-bool hasMetadata(const aiNode& node) {
-    if (!node.mMetaData)
-        return false;
-    unsigned known = node.mMetaData->HasKey(lightRangeKey) ? 1 : 0;
-    aiMetadata extensions;
-    if (node.mMetaData->Get("extensions", extensions) && extensions.mNumProperties == 1 &&
-        extensions.HasKey("KHR_lights_punctual"))
-        ++known;
-    return node.mMetaData->mNumProperties > known;
-}
-
 // An instance shows one mesh, so each further mesh of a node becomes a child.
 Node& addNode(ImportContext& context, const aiNode& from, Node* parent) {
-    Node& node = context.create(from.mNumMeshes == 0 ? "transform" : "instance",
-                                context.gltf.originalName(viewOf(from.mName)), "node");
+    Node& node = context.create(from.mNumMeshes == 0 ? "transform" : "instance", viewOf(from.mName), "node");
     if (parent)
         setReference(node, "parent", *parent);
     setTransform(context, node, from);
@@ -62,7 +49,7 @@ Node& addNode(ImportContext& context, const aiNode& from, Node* parent) {
         setReference(child, "parent", node);
         setGeometry(context, child, from.mMeshes[i]);
     }
-    if (hasMetadata(from))
+    if (from.mMetaData && from.mMetaData->mNumProperties != 0)
         context.losses.add("metadata of nodes", node);
     return node;
 }
@@ -81,7 +68,7 @@ void importNodes(ImportContext& context) {
         const auto [from, parent] = pending.back();
         pending.pop_back();
         Node& node = addNode(context, *from, parent);
-        context.nodes.emplace(viewOf(from->mName), ImportContext::ImportedNode{&node, from});
+        context.nodes.emplace(viewOf(from->mName), &node);
         for (unsigned i = from->mNumChildren; i > 0; --i)
             pending.push_back({from->mChildren[i - 1], &node});
     }

@@ -1,7 +1,7 @@
 // Imports meshes.
 #pragma once
 
-#include "convert/import/ImportContext.h"
+#include "convert/import/assimp/ImportContext.h"
 
 namespace vrn::convert {
 

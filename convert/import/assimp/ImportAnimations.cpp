@@ -1,7 +1,7 @@
-#include "convert/import/ImportAnimations.h"
+#include "convert/import/assimp/ImportAnimations.h"
 
-#include "convert/import/AssimpValues.h"
 #include "convert/import/NodeInputs.h"
+#include "convert/import/assimp/AssimpValues.h"
 
 #include <algorithm>
 #include <cmath>
@@ -80,12 +80,8 @@ private:
 } // namespace
 
 void importAnimations(ImportContext& context) {
-    for (unsigned i = 0; i < context.from.mNumAnimations; ++i) {
-        const aiAnimation& animation = *context.from.mAnimations[i];
-        AnimationImport(context, animation).read();
-        if (context.gltf.hasNonLinearKeys(i))
-            context.losses.add("interpolations other than linear", String(animation.mName.C_Str()));
-    }
+    for (const aiAnimation* animation : std::span(context.from.mAnimations, context.from.mNumAnimations))
+        AnimationImport(context, *animation).read();
 }
 
 } // namespace vrn::convert

@@ -1,7 +1,7 @@
 // Imports materials and their textures.
 #pragma once
 
-#include "convert/import/ImportContext.h"
+#include "convert/import/assimp/ImportContext.h"
 
 namespace vrn::convert {
 

@@ -1,4 +1,4 @@
-#include "convert/import/AssimpValues.h"
+#include "convert/import/assimp/AssimpValues.h"
 
 #include "scene/core/NumberText.h"
 

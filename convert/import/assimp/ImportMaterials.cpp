@@ -1,12 +1,10 @@
-#include "convert/import/ImportMaterials.h"
+#include "convert/import/assimp/ImportMaterials.h"
 
-#include "convert/import/AssimpValues.h"
 #include "convert/import/NodeInputs.h"
-#include "convert/shared/Uri.h"
+#include "convert/import/assimp/AssimpValues.h"
 
 #include <algorithm>
 #include <array>
-#include <assimp/GltfMaterial.h>
 #include <assimp/material.h>
 #include <span>
 
@@ -33,17 +31,10 @@ constexpr TextureMap textureMaps[] = {
 };
 
 // Properties that are imported or redundant.
-constexpr std::string_view knownProperties[] = {"?mat.name",
-                                                "$clr.base",
-                                                "$clr.diffuse",
-                                                "$mat.opacity",
-                                                "$clr.emissive",
-                                                "$mat.metallicFactor",
-                                                "$mat.roughnessFactor",
-                                                "$mat.twosided",
-                                                "$mat.gltf.alphaMode",
-                                                "$mat.gltf.alphaCutoff",
-                                                "$mat.shadingm"};
+constexpr std::string_view knownProperties[] = {
+    "?mat.name",     "$clr.base",           "$clr.diffuse",         "$mat.opacity",
+    "$clr.emissive", "$mat.metallicFactor", "$mat.roughnessFactor", "$mat.twosided",
+    "$mat.shadingm"};
 
 class MaterialImport {
 public:
@@ -87,13 +78,8 @@ private:
     }
 
     void setAlpha() {
-        aiString mode;
-        if (from_.Get(AI_MATKEY_GLTF_ALPHAMODE, mode) != AI_SUCCESS)
-            mode = isTranslucent_ ? "blend" : "opaque";
         Input& alpha = *node_->createInput("alpha", AttrType::Object);
-        setMember(alpha, "mode", AttrData::string(String(viewOf(mode)).toLower().view()));
-        if (float cutoff = 0; from_.Get(AI_MATKEY_GLTF_ALPHACUTOFF, cutoff) == AI_SUCCESS)
-            setMember(alpha, "cutoff", AttrData::real(shortestDecimal(cutoff)));
+        setMember(alpha, "mode", AttrData::string(isTranslucent_ ? "blend" : "opaque"));
     }
 
     void connectMap(const TextureMap& map) {
@@ -146,19 +132,15 @@ private:
     Node& textureNode(aiTextureType type, const aiString& file) {
         int wrapU = aiTextureMapMode_Wrap;
         int wrapV = aiTextureMapMode_Wrap;
-        unsigned filter = 0;
         (void)from_.Get(AI_MATKEY_MAPPINGMODE_U(type, 0), wrapU);
         (void)from_.Get(AI_MATKEY_MAPPINGMODE_V(type, 0), wrapV);
-        (void)from_.Get(AI_MATKEY_GLTF_MAPPINGFILTER_MIN(type, 0), filter);
-        const String key = String::format("%d %d %u ", wrapU, wrapV, filter) + String(viewOf(file));
+        const String key = String::format("%d %d ", wrapU, wrapV) + String(viewOf(file));
         Node*& known = context_.textures[std::string(key.view())];
         if (known)
             return *known;
         known = createTexture(viewOf(file));
         setText(*known, "wrapU", wrapMode(static_cast<aiTextureMapMode>(wrapU)));
         setText(*known, "wrapV", wrapMode(static_cast<aiTextureMapMode>(wrapV)));
-        if (filter != 0)
-            set(*known, "filter", AttrData::integer(filter));
         return *known;
     }
 
@@ -166,7 +148,7 @@ private:
         const aiTexture* embedded = context_.from.GetEmbeddedTexture(std::string(file).c_str());
         if (embedded)
             return createEmbeddedTexture(*embedded);
-        const std::string path = context_.isGltf ? pathOf(file) : std::string(file);
+        const std::string path(file);
         const std::size_t folder = path.find_last_of("/\\");
         const std::string name = folder == std::string::npos ? path : path.substr(folder + 1);
         Node& texture = context_.create("texture", name.substr(0, name.rfind('.')), "texture");
@@ -203,8 +185,7 @@ private:
             const bool isKnown = isTexture ? std::ranges::find(textureMaps, property->mSemantic, &TextureMap::type) !=
                                                  std::end(textureMaps)
                                            : std::ranges::find(knownProperties, key) != std::end(knownProperties);
-            const bool isDerived = context_.isGltf && key == "$mat.shininess"; // from the roughness
-            if (isKnown || isDerived || (isTexture && key != "$tex.file"))
+            if (isKnown || (isTexture && key != "$tex.file"))
                 continue;
             context_.losses.add(
                 isTexture ? "textures other than colour, normals, metalness, roughness, occlusion and emission"
@@ -223,8 +204,6 @@ private:
 
 bool isDefaultMaterial(const ImportContext& context, unsigned index) {
     const aiMaterial& from = *context.from.mMaterials[index];
-    if (context.isGltf)
-        return !context.gltf.hasMaterial(index);
     return viewOf(from.GetName()) == AI_DEFAULT_MATERIAL_NAME && from.GetTextureCount(aiTextureType_DIFFUSE) == 0;
 }
 

@@ -1,7 +1,7 @@
-#include "convert/import/ImportCamerasAndLights.h"
+#include "convert/import/assimp/ImportCamerasAndLights.h"
 
-#include "convert/import/AssimpValues.h"
 #include "convert/import/NodeInputs.h"
+#include "convert/import/assimp/AssimpValues.h"
 
 #include <algorithm>
 #include <array>
@@ -65,15 +65,12 @@ void setColor(Node& node, const aiColor3D& color) {
 
 void importCameras(ImportContext& context) {
     for (const aiCamera* camera : std::span(context.from.mCameras, context.from.mNumCameras)) {
-        Node& node = context.create("camera", context.gltf.originalName(viewOf(camera->mName)), "camera");
+        Node& node = context.create("camera", viewOf(camera->mName), "camera");
         setProjection(node, *camera);
-        if (context.gltf.hasFarPlane(viewOf(camera->mName)))
-            set(node, "far", AttrData::real(shortestDecimal(camera->mClipPlaneFar)));
-        // For glTF, Assimp repeats the position of the node here.
-        const aiVector3D position = context.isGltf ? aiVector3D() : camera->mPosition;
-        setPosition(context, node, camera->mName, position);
+        set(node, "far", AttrData::real(shortestDecimal(camera->mClipPlaneFar)));
+        setPosition(context, node, camera->mName, camera->mPosition);
         if (camera->mLookAt != aiVector3D(0, 0, -1) && camera->mLookAt != aiVector3D()) {
-            setNumbers(node, "lookAt", AttrType::Pos3, vectorOf(position + camera->mLookAt));
+            setNumbers(node, "lookAt", AttrType::Pos3, vectorOf(camera->mPosition + camera->mLookAt));
         }
         if (camera->mUp != aiVector3D(0, 1, 0))
             setNumbers(node, "up", AttrType::Vec3, vectorOf(camera->mUp));
@@ -87,7 +84,7 @@ void importLights(ImportContext& context) {
             context.losses.add("lights that are not directional, point or spot", String(viewOf(light->mName)));
             continue;
         }
-        Node& node = context.create("light", context.gltf.originalName(viewOf(light->mName)), "light");
+        Node& node = context.create("light", viewOf(light->mName), "light");
         setText(node, "kind", kind);
         setColor(node, light->mColorDiffuse);
         if (light->mDirection != aiVector3D() && light->mDirection != aiVector3D(0, 0, -1))
@@ -96,10 +93,6 @@ void importLights(ImportContext& context) {
             set(node, "innerAngle", AttrData::real(shortestDecimal(light->mAngleInnerCone) * degreesPerRadian));
             set(node, "outerAngle", AttrData::real(shortestDecimal(light->mAngleOuterCone) * degreesPerRadian));
         }
-        const auto host = context.nodes.find(std::string(viewOf(light->mName)));
-        const aiMetadata* metadata = host != context.nodes.end() ? host->second.from->mMetaData : nullptr;
-        if (float range = 0; metadata && metadata->Get(lightRangeKey, range) && range > 0)
-            set(node, "range", AttrData::real(shortestDecimal(range)));
         setPosition(context, node, light->mName, light->mPosition);
     }
 }

@@ -15,7 +15,4 @@ namespace vrn::convert {
 [[nodiscard]] Matrix matrixOf(const aiMatrix4x4& matrix);
 [[nodiscard]] inline std::string_view viewOf(const aiString& text) { return {text.data, text.length}; }
 
-// The node metadata with the range of a glTF light.
-inline constexpr const char* lightRangeKey = "PBR_LightRange";
-
 } // namespace vrn::convert

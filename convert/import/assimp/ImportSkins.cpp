@@ -1,7 +1,7 @@
-#include "convert/import/ImportSkins.h"
+#include "convert/import/assimp/ImportSkins.h"
 
-#include "convert/import/AssimpValues.h"
 #include "convert/import/NodeInputs.h"
+#include "convert/import/assimp/AssimpValues.h"
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,8 @@
-#include "convert/import/ImportMeshes.h"
+#include "convert/import/assimp/ImportMeshes.h"
 
-#include "convert/import/AssimpValues.h"
-#include "convert/import/ImportMaterials.h"
 #include "convert/import/NodeInputs.h"
+#include "convert/import/assimp/AssimpValues.h"
+#include "convert/import/assimp/ImportMaterials.h"
 
 #include <algorithm>
 #include <cstring>
@@ -36,8 +36,7 @@ FaceSummary summarise(const aiMesh& mesh) {
 
 class MeshImport {
 public:
-    MeshImport(ImportContext& context, unsigned index)
-        : context_(context), index_(index), mesh_(*context.from.mMeshes[index]) {}
+    MeshImport(ImportContext& context, unsigned index) : context_(context), mesh_(*context.from.mMeshes[index]) {}
 
     Node* read() {
         const String name(viewOf(mesh_.mName));
@@ -121,19 +120,16 @@ private:
         }
     }
 
-    // The origin is the lower left corner of the image in Assimp, and the upper left one here. Assimp flips v of glTF
-    // files, whose origin is the upper left corner, too; flipping it back is inexact, so the file's own v is preferred.
+    // The origin is the lower left corner of the image in Assimp, and the upper left one here.
     AttrData textureCoordinates(unsigned set) {
         AttrData buffer = AttrData::buffer(DataType::Vec2f, mesh_.mNumVertices);
         const std::span<float> to = buffer.elements<float>();
-        const std::vector<float> original = context_.gltf.textureV(index_, set, mesh_.mNumVertices);
         bool isExact = true;
         for (std::size_t i = 0; i < mesh_.mNumVertices; ++i) {
             const aiVector3D& from = mesh_.mTextureCoords[set][i];
-            const bool hasOriginal = !original.empty() && 1 - original[i] == from.y;
             to[2 * i] = from.x;
-            to[2 * i + 1] = hasOriginal ? original[i] : 1 - from.y;
-            isExact &= hasOriginal || 1 - to[2 * i + 1] == from.y;
+            to[2 * i + 1] = 1 - from.y;
+            isExact &= 1 - to[2 * i + 1] == from.y;
         }
         if (!isExact)
             context_.losses.add("last digits of texture coordinates (v is flipped)", *node_);
@@ -190,7 +186,6 @@ private:
     }
 
     ImportContext& context_;
-    unsigned index_;
     const aiMesh& mesh_;
     Node* node_ = nullptr;
 };

@@ -1,7 +1,7 @@
 // Imports animations of nodes.
 #pragma once
 
-#include "convert/import/ImportContext.h"
+#include "convert/import/assimp/ImportContext.h"
 
 namespace vrn::convert {
 

@@ -1,0 +1,36 @@
+// The state that the steps of importing an Assimp scene share.
+#pragma once
+
+#include "convert/import/NodeMaker.h"
+#include "convert/shared/Losses.h"
+#include "convert/shared/TexturePaths.h"
+#include "scene/Scene.h"
+
+#include <assimp/scene.h>
+#include <map>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace vrn::convert {
+
+struct ImportContext {
+    const aiScene& from;
+    Scene& scene;
+    Losses& losses;
+    const TexturePaths& paths;
+    NodeMaker maker{scene};
+    std::unordered_map<std::string, Node*> nodes{};  // by their names in Assimp
+    std::unordered_set<std::string> animatedNodes{}; // their names in Assimp
+    std::map<unsigned, Node*> meshes{};              // by mesh index; null for rejected ones
+    std::map<unsigned, Node*> materials{};           // by material index
+    std::map<std::string, Node*> textures{};         // by sampler settings and path
+
+    // The imported node with a name in Assimp, or null.
+    [[nodiscard]] Node* nodeOf(const aiString& name) const;
+
+    Node& create(const char* type, std::string_view name, const char* fallback) {
+        return maker.create(type, name, fallback);
+    }
+};
+
+} // namespace vrn::convert
