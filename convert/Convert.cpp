@@ -5,6 +5,7 @@
 #include "convert/export/PlyWriter.h"
 #include "convert/export/StlWriter.h"
 #include "convert/import/assimp/AssimpImport.h"
+#include "convert/import/gltf/GltfImport.h"
 #include "scene/SceneJson.h"
 #include "scene/VrnWriter.h"
 #include "scene/core/OutputFile.h"
@@ -95,7 +96,9 @@ std::string writableExtensions() {
 
 void readModel(const std::string& path, Scene& scene, Losses& losses, const TexturePaths& paths,
                const ReadListener& listener) {
-    importModel(path, scene, paths, losses, listener);
+    const std::string extension = extensionOf(path);
+    const auto read = extension == ".gltf" || extension == ".glb" ? importGltf : importModel;
+    read(path, scene, paths, losses, listener);
 }
 
 void writeScene(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths,

@@ -15,6 +15,13 @@ void setNumbers(Node& node, const char* name, AttrType type, std::span<const dou
 void setReference(Node& node, const char* name, Node& target);
 void connect(Node& node, const char* name, Node& source, const char* output); // ignored without such an output
 
+// The same for a path, whose parts before the last are objects: `alpha.mode`.
+void setAt(Node& node, std::string_view path, AttrData value);
+void connectAt(Node& node, std::string_view path, Node& source, const char* output);
+
+// Appends an object to the array at a path. Null if the array is as long as the limits of the scene allow.
+[[nodiscard]] Input* appendObject(Node& node, std::string_view path);
+
 // A value of `type` with its components set; `numbers` may be longer.
 [[nodiscard]] AttrData valueOf(AttrType type, std::span<const double> numbers);
 

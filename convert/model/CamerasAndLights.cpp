@@ -13,7 +13,6 @@ namespace vrn::convert {
 namespace {
 
 constexpr auto maxFloat = static_cast<double>(std::numeric_limits<float>::max());
-constexpr double radiansPerDegree = std::numbers::pi / 180;
 
 const InputPatterns cameraInputs = {"name", "projection", "fov",    "aspect", "size",   "near",        "far",
                                     "clip", "position",   "lookAt", "up",     "target", "worldMatrix", "parent"};

@@ -3,12 +3,16 @@
 #pragma once
 
 #include <array>
+#include <numbers>
 
 namespace vrn::convert {
 
 using Vector = std::array<double, 3>;
 using Quaternion = std::array<double, 4>; // x y z w
 using Matrix = std::array<double, 16>;
+
+inline constexpr double degreesPerRadian = 180 / std::numbers::pi;
+inline constexpr double radiansPerDegree = std::numbers::pi / 180;
 
 inline constexpr Matrix identity = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 

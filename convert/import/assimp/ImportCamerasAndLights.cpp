@@ -2,18 +2,16 @@
 
 #include "convert/import/NodeInputs.h"
 #include "convert/import/assimp/AssimpValues.h"
+#include "convert/shared/Transform.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <numbers>
 #include <span>
 
 namespace vrn::convert {
 
 namespace {
-
-constexpr double degreesPerRadian = 180 / std::numbers::pi;
 
 // Cameras and lights are positioned by the node of the same name.
 void setPosition(ImportContext& context, Node& node, const aiString& name, const aiVector3D& position) {

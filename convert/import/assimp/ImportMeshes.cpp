@@ -1,5 +1,6 @@
 #include "convert/import/assimp/ImportMeshes.h"
 
+#include "convert/import/Bounds.h"
 #include "convert/import/NodeInputs.h"
 #include "convert/import/assimp/AssimpValues.h"
 #include "convert/import/assimp/ImportMaterials.h"
@@ -48,7 +49,7 @@ public:
         }
         node_ = &context_.create("mesh", name, "mesh");
         setText(*node_, "topology", topologyOf(faces));
-        setBounds();
+        setBounds(*node_, {&mesh_.mVertices->x, std::size_t(3) * mesh_.mNumVertices});
         set(*node_, "points", floats(DataType::Vec3f, mesh_.mVertices));
         if (mesh_.mNormals)
             set(*node_, "normals", floats(DataType::Vec3f, mesh_.mNormals));
@@ -78,20 +79,6 @@ private:
         AttrData buffer = AttrData::buffer(type, mesh_.mNumVertices);
         std::memcpy(buffer.bytes().data(), from, buffer.bytes().size());
         return buffer;
-    }
-
-    void setBounds() {
-        double min[3];
-        double max[3];
-        for (unsigned axis = 0; axis < 3; ++axis) {
-            const auto [low, high] = std::ranges::minmax(std::span(mesh_.mVertices, mesh_.mNumVertices), {},
-                                                         [&](const aiVector3D& point) { return point[axis]; });
-            min[axis] = static_cast<double>(low[axis]);
-            max[axis] = static_cast<double>(high[axis]);
-        }
-        Input& bounds = *node_->createInput("bounds", AttrType::Object);
-        setMember(bounds, "min", valueOf(AttrType::Pos3, min));
-        setMember(bounds, "max", valueOf(AttrType::Pos3, max));
     }
 
     // The fourth component is the sign of the bitangent.

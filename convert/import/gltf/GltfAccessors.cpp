@@ -1,0 +1,237 @@
+#include "convert/import/gltf/GltfAccessors.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+namespace vrn::convert {
+
+static_assert(std::endian::native == std::endian::little, "glTF is little-endian, and its bytes are copied");
+
+namespace {
+
+// The component types of glTF, which are constants of OpenGL.
+enum class Component { Int8 = 5120, UInt8 = 5121, Int16 = 5122, UInt16 = 5123, UInt32 = 5125, Float = 5126 };
+
+Component componentOf(const GltfValue& value) {
+    const u64 number = value.required().whole();
+    if (number < 5120 || number > 5126 || number == 5124)
+        value.refuse("it is no component type");
+    return static_cast<Component>(number);
+}
+
+// Calls `visit` with a zero of the type.
+auto withType(Component component, auto visit) {
+    switch (component) {
+    case Component::Int8:
+        return visit(i8());
+    case Component::UInt8:
+        return visit(u8());
+    case Component::Int16:
+        return visit(i16());
+    case Component::UInt16:
+        return visit(u16());
+    case Component::UInt32:
+        return visit(u32());
+    case Component::Float:
+        break;
+    }
+    return visit(float());
+}
+
+u64 sizeOf(Component component) {
+    return withType(component, [](auto zero) { return u64(sizeof zero); });
+}
+
+struct Shape {
+    std::string_view name;
+    u32 components;
+};
+constexpr Shape shapes[] = {{"SCALAR", 1}, {"VEC2", 2}, {"VEC3", 3}, {"VEC4", 4},
+                            {"MAT2", 4},   {"MAT3", 9}, {"MAT4", 16}};
+
+u32 componentsIn(const GltfValue& accessor) {
+    const GltfValue type = accessor["type"];
+    const auto* shape = std::ranges::find(shapes, type.required().text(), &Shape::name);
+    if (shape == std::end(shapes))
+        type.refuse("it is no type of accessors");
+    // The columns of matrices of small integers are padded. No attribute that is converted has such a type.
+    if (shape->name.starts_with("MAT") && componentOf(accessor["componentType"]) != Component::Float)
+        type.refuse("matrices of integers cannot be converted");
+    return shape->components;
+}
+
+// The mapping of normalised integers to [0, 1] or [-1, 1].
+template <class T> float normalized(T number) {
+    return std::max(
+        static_cast<float>(static_cast<double>(number) / static_cast<double>(std::numeric_limits<T>::max())), -1.F);
+}
+
+} // namespace
+
+struct GltfAccessors::Layout {
+    u64 count;
+    u32 components;
+    Component component;
+    bool isNormalized;
+
+    [[nodiscard]] u64 elementSize() const { return components * sizeOf(component); }
+    [[nodiscard]] u64 bytes() const { return count * elementSize(); }
+};
+
+GltfValue GltfAccessors::at(const GltfValue& index) const {
+    const GltfValue list = json_.root()["accessors"];
+    return list[index.indexIn(list)];
+}
+
+GltfAccessors::Layout GltfAccessors::layoutOf(const GltfValue& accessor) const {
+    const GltfValue count = accessor["count"];
+    const Layout layout{.count = count.required().whole(),
+                        .components = componentsIn(accessor),
+                        .component = componentOf(accessor["componentType"]),
+                        .isNormalized = accessor["normalized"].boolean(false)};
+    if (layout.count == 0)
+        count.refuse("it is 0");
+    if (layout.count > maxBytes_ / (sizeof(float) * layout.components))
+        count.refuse("the elements exceed the limit of " + std::to_string(maxBytes_) + " bytes");
+    return layout;
+}
+
+u64 GltfAccessors::countOf(const GltfValue& index) const { return layoutOf(at(index)).count; }
+
+u32 GltfAccessors::componentsOf(const GltfValue& index) const { return componentsIn(at(index)); }
+
+AttrData GltfAccessors::floats(const GltfValue& index, DataType type) {
+    const GltfValue accessor = at(index);
+    const Layout layout = layoutOf(accessor);
+    if (layout.components != elementLayout(type).components)
+        accessor["type"].refuse("the accessor is used where " + std::to_string(elementLayout(type).components) +
+                                " components are needed, at " + index.pointer());
+    AttrData buffer = AttrData::buffer(type, layout.count);
+    if (layout.component == Component::Float)
+        gather(accessor, layout, buffer.bytes());
+    else
+        std::ranges::copy(numbers(accessor, layout), buffer.elements<float>().begin());
+    const std::span<const float> all = buffer.elements<float>();
+    const auto bad = std::ranges::find_if_not(all, [](float number) { return std::isfinite(number); });
+    if (bad != all.end())
+        accessor.refuse("element " + std::to_string((bad - all.begin()) / layout.components) + " is not finite");
+    return buffer;
+}
+
+std::vector<u32> GltfAccessors::integers(const GltfValue& index, u32 components) {
+    const GltfValue accessor = at(index);
+    const Layout layout = layoutOf(accessor);
+    if (layout.components != components || layout.isNormalized || layout.component == Component::Float ||
+        layout.component == Component::Int8 || layout.component == Component::Int16)
+        accessor["componentType"].refuse("the accessor is used where " + std::to_string(components) +
+                                         " unsigned integers are needed, at " + index.pointer());
+    std::vector<std::byte> bytes(layout.bytes());
+    gather(accessor, layout, bytes);
+    return withType(layout.component, [&]<class T>(T) {
+        std::vector<u32> integers(layout.count * components);
+        for (std::size_t i = 0; i < integers.size(); ++i) {
+            T number;
+            std::memcpy(&number, &bytes[i * sizeof number], sizeof number);
+            integers[i] = static_cast<u32>(number);
+        }
+        return integers;
+    });
+}
+
+// Integers as floats.
+std::vector<float> GltfAccessors::numbers(const GltfValue& accessor, const Layout& layout) {
+    std::vector<std::byte> bytes(layout.bytes());
+    gather(accessor, layout, bytes);
+    return withType(layout.component, [&]<class T>(T) {
+        std::vector<float> numbers(layout.count * layout.components);
+        for (std::size_t i = 0; i < numbers.size(); ++i) {
+            T number;
+            std::memcpy(&number, &bytes[i * sizeof number], sizeof number);
+            numbers[i] = layout.isNormalized ? normalized(number) : static_cast<float>(number);
+        }
+        return numbers;
+    });
+}
+
+// Copies the elements, without gaps; `to` is zero.
+void GltfAccessors::gather(const GltfValue& accessor, const Layout& layout, std::span<std::byte> to) {
+    if (accessor["bufferView"].exists())
+        copyView(accessor, layout, to);
+    if (accessor["sparse"].exists())
+        replaceSparse(accessor, layout, to);
+}
+
+void GltfAccessors::copyView(const GltfValue& accessor, const Layout& layout, std::span<std::byte> to) {
+    const GltfValue index = accessor["bufferView"];
+    const std::string_view view = buffers_.view(index);
+    const u64 size = layout.elementSize();
+    const u64 stride = buffers_.strideOf(index).value_or(size);
+    const u64 offset = accessor["byteOffset"].whole();
+    if (stride < size)
+        index.refuse("the stride of the view, " + std::to_string(stride) + ", is smaller than an element");
+    if (offset > view.size() || view.size() - offset < size ||
+        (view.size() - offset - size) / stride < layout.count - 1)
+        index.refuse("the accessor exceeds the view of " + std::to_string(view.size()) + " bytes");
+    if (stride == size) {
+        std::memcpy(to.data(), view.data() + offset, to.size());
+        return;
+    }
+    for (u64 i = 0; i < layout.count; ++i)
+        std::memcpy(to.data() + i * size, view.data() + offset + i * stride, size);
+}
+
+void GltfAccessors::replaceSparse(const GltfValue& accessor, const Layout& layout, std::span<std::byte> to) {
+    const GltfValue sparse = accessor["sparse"];
+    const GltfValue indices = sparse["indices"].required();
+    const GltfValue values = sparse["values"].required();
+    const u64 count = sparse["count"].required().whole(0, layout.count + 1);
+    const Component component = componentOf(indices["componentType"]);
+    const auto part = [&](const GltfValue& of, u64 size) {
+        const std::string_view view = buffers_.view(of["bufferView"].required());
+        const u64 offset = of["byteOffset"].whole();
+        if (offset > view.size() || (view.size() - offset) / size < count)
+            of["bufferView"].refuse(std::to_string(count) + " elements exceed the view of " +
+                                    std::to_string(view.size()) + " bytes");
+        return view.substr(offset, count * size);
+    };
+    const std::string_view places = part(indices, sizeOf(component));
+    const std::string_view elements = part(values, layout.elementSize());
+    withType(component, [&]<class T>(T place) {
+        if constexpr (std::is_unsigned_v<T>) {
+            for (u64 i = 0; i < count; ++i) {
+                std::memcpy(&place, places.data() + i * sizeof place, sizeof place);
+                if (place >= layout.count)
+                    indices.refuse("index " + std::to_string(place) + " is out of range");
+                std::memcpy(to.data() + place * layout.elementSize(), elements.data() + i * layout.elementSize(),
+                            layout.elementSize());
+            }
+        } else {
+            indices["componentType"].refuse("it is not an unsigned integer type");
+        }
+    });
+}
+
+std::optional<DataType> floatTypeOf(u32 components) {
+    constexpr std::pair<u32, DataType> types[] = {{1, DataType::Float}, {2, DataType::Vec2f}, {3, DataType::Vec3f},
+                                                  {4, DataType::Vec4f}, {9, DataType::Mat3f}, {16, DataType::Mat4f}};
+    for (const auto& [count, type] : types)
+        if (count == components)
+            return type;
+    return {};
+}
+
+AttrData opaque(const AttrData& colors) {
+    AttrData result = AttrData::buffer(DataType::Rgbaf, colors.count());
+    const std::span<const float> from = colors.elements<float>();
+    const std::span<float> to = result.elements<float>();
+    for (std::size_t i = 0; i < colors.count(); ++i) {
+        std::ranges::copy(from.subspan(3 * i, 3), to.subspan(4 * i).begin());
+        to[4 * i + 3] = 1;
+    }
+    return result;
+}
+
+} // namespace vrn::convert

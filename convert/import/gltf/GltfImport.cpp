@@ -1,0 +1,110 @@
+#include "convert/import/gltf/GltfImport.h"
+
+#include "convert/import/gltf/GltfAnimationImport.h"
+#include "convert/import/gltf/GltfContainer.h"
+#include "convert/import/gltf/GltfContext.h"
+#include "convert/import/gltf/GltfMaterialImport.h"
+#include "convert/import/gltf/GltfMeshImport.h"
+#include "convert/import/gltf/GltfNodeImport.h"
+#include "convert/import/gltf/GltfSceneImport.h"
+#include "convert/import/gltf/GltfSkinImport.h"
+#include "convert/import/gltf/GltfTextureImport.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace vrn::convert {
+
+namespace {
+
+constexpr std::string_view supportedExtensions[] = {
+    "EXT_mesh_gpu_instancing",    "EXT_meshopt_compression",    "EXT_texture_webp",
+    "KHR_draco_mesh_compression", "KHR_lights_punctual",        "KHR_materials_anisotropy",
+    "KHR_materials_clearcoat",    "KHR_materials_dispersion",   "KHR_materials_emissive_strength",
+    "KHR_materials_ior",          "KHR_materials_iridescence",  "KHR_materials_sheen",
+    "KHR_materials_specular",     "KHR_materials_transmission", "KHR_materials_unlit",
+    "KHR_materials_variants",     "KHR_materials_volume",       "KHR_mesh_quantization",
+    "KHR_texture_basisu",         "KHR_texture_transform",
+};
+
+void checkVersion(const GltfValue& root) {
+    const GltfValue asset = root["asset"].required();
+    const GltfValue version = asset["minVersion"].exists() ? asset["minVersion"] : asset["version"];
+    const std::string_view text = version.required().text();
+    if (asset["minVersion"].exists() ? text != "2.0" : !text.starts_with("2."))
+        version.refuse("only glTF 2.0 can be read");
+}
+
+void checkExtensions(const GltfValue& root) {
+    root["extensionsUsed"].ignore();
+    root["extensionsRequired"].forEach([&](const GltfValue& extension, u64) {
+        if (std::ranges::find(supportedExtensions, extension.text()) == std::end(supportedExtensions))
+            extension.refuse("the file cannot be read without the extension " + std::string(extension.text()) +
+                             ", which is not supported");
+    });
+}
+
+// What only describes other data is not lost with it.
+void ignoreDescriptions(const GltfValue& root) {
+    root["accessors"].forEach([](const GltfValue& accessor, u64) {
+        accessor.ignore({"bufferView", "byteOffset", "componentType", "count", "max", "min", "name", "normalized",
+                         "sparse", "type"});
+    });
+    root["bufferViews"].forEach([](const GltfValue& view, u64) {
+        view.ignore({"buffer", "byteLength", "byteOffset", "byteStride", "name", "target"});
+        view.extension("EXT_meshopt_compression").ignore();
+    });
+    root["buffers"].forEach([](const GltfValue& buffer, u64) {
+        buffer.ignore({"byteLength", "name", "uri"});
+        buffer.extension("EXT_meshopt_compression").ignore();
+    });
+}
+
+std::string_view lastStep(std::string_view pointer) { return pointer.substr(pointer.rfind('/') + 1); }
+
+void reportUnread(const GltfJson& json, Losses& losses) {
+    json.forEachUnread([&](std::string_view name, const std::string& pointer) {
+        const std::string parent = pointer.substr(0, pointer.rfind('/'));
+        const std::string grandparent = parent.substr(0, parent.rfind('/'));
+        if (lastStep(parent) == "extensions")
+            losses.add("extension " + std::string(name), String(std::string_view(grandparent)));
+        else if (name == "extras")
+            losses.add("extras of objects without a counterpart", String(std::string_view(parent)));
+        else if (std::ranges::all_of(name, [](unsigned char c) { return std::isdigit(c) != 0; }))
+            losses.add("unused " + std::string(lastStep(parent)), String(std::string_view(pointer)));
+        else
+            losses.add("unknown member " + std::string(name), String(std::string_view(parent)));
+    });
+}
+
+} // namespace
+
+void importGltf(const std::string& path, Scene& scene, const TexturePaths& paths, Losses& losses,
+                const ReadListener& listener) {
+    const std::string bytes = readWholeFile(path);
+    const GltfContainer container = openContainer(path, bytes);
+    const GltfJson json(path, container.json);
+    if (listener)
+        listener(0.5); // the rest of the work is not proportional to the bytes
+    GltfBuffers buffers(json, container.binary);
+    GltfAccessors accessors(json, buffers, scene.limits().maxBufferBytes);
+    GltfContext context{.root = json.root(),
+                        .buffers = buffers,
+                        .accessors = accessors,
+                        .scene = scene,
+                        .losses = losses,
+                        .paths = paths};
+    checkVersion(context.root);
+    checkExtensions(context.root);
+    importTextures(context);
+    importMaterials(context);
+    importMeshes(context);
+    importNodes(context);
+    importSkins(context);
+    importAnimations(context);
+    importScenes(context);
+    ignoreDescriptions(context.root);
+    reportUnread(json, losses);
+}
+
+} // namespace vrn::convert

@@ -1,0 +1,125 @@
+#include "convert/import/gltf/GltfNodeImport.h"
+
+#include "convert/import/gltf/GltfCameraImport.h"
+#include "convert/import/gltf/GltfHierarchy.h"
+#include "convert/shared/Transform.h"
+
+#include <set>
+
+namespace vrn::convert {
+
+namespace {
+
+// The nodes whose translation, rotation or scale some animation changes.
+std::set<u64> animatedNodes(const GltfValue& root) {
+    std::set<u64> nodes;
+    root["animations"].forEach([&](const GltfValue& animation, u64) {
+        animation["channels"].forEach([&](const GltfValue& channel, u64) {
+            const GltfValue node = channel["target"]["node"];
+            if (node.exists() && channel["target"]["path"].text() != "weights")
+                nodes.insert(node.indexIn(root["nodes"]));
+        });
+    });
+    return nodes;
+}
+
+// A matrix is decomposed if that is exact, or if channels of an animation set its parts.
+void setMatrix(GltfContext& context, Node& node, const Matrix& matrix, bool isAnimated) {
+    const Trs trs = decomposeTransform(matrix);
+    const Matrix recomposed = toMatrix(trs);
+    if (recomposed != matrix && !isAnimated)
+        return setNumbers(node, "transform", AttrType::Mat4, matrix);
+    if (maxDifference(recomposed, matrix) > 1e-5)
+        context.losses.add("shear of animated nodes", node);
+    setNumbers(node, "translation", AttrType::Vec3, trs.translation);
+    setNumbers(node, "rotation", AttrType::Quat, trs.rotation);
+    setNumbers(node, "scale", AttrType::Vec3, trs.scale);
+}
+
+void setTransform(GltfContext& context, Node& node, const GltfValue& from, bool isAnimated) {
+    if (from["matrix"].exists())
+        setMatrix(context, node, from["matrix"].numbers<16>(identity), isAnimated);
+    if (from["translation"].exists())
+        setNumbers(node, "translation", AttrType::Vec3, from["translation"].numbers<3>({}));
+    if (from["rotation"].exists())
+        setNumbers(node, "rotation", AttrType::Quat, from["rotation"].numbers<4>({}));
+    if (from["scale"].exists())
+        setNumbers(node, "scale", AttrType::Vec3, from["scale"].numbers<3>({}));
+}
+
+void setMeshes(Node& node, const std::vector<Node*>& meshes) {
+    setReference(node, "geometry", *meshes[0]);
+    if (meshes.size() == 1)
+        return;
+    Input& parts = *node.createArray("parts", AttrType::Node);
+    for (std::size_t i = 1; i < meshes.size(); ++i)
+        if (Input* part = parts.appendElement())
+            part->setNode(meshes[i]);
+}
+
+void setInstancing(GltfContext& context, Node& node, const GltfValue& from) {
+    const GltfValue attributes = from.extension("EXT_mesh_gpu_instancing")["attributes"];
+    u64 count = 0;
+    const auto add = [&](const GltfValue& accessor, const std::string& input, DataType type) {
+        AttrData values = context.accessors.floats(accessor, type);
+        if (count != 0 && values.count() != count)
+            accessor.refuse("it has " + std::to_string(values.count()) + " elements for " + std::to_string(count) +
+                            " instances");
+        count = values.count();
+        setAt(node, input, std::move(values));
+    };
+    constexpr struct {
+        const char* attribute;
+        const char* input;
+        DataType type;
+    } known[] = {{"TRANSLATION", "instances.translation", DataType::Vec3f},
+                 {"ROTATION", "instances.rotation", DataType::Quatf},
+                 {"SCALE", "instances.scale", DataType::Vec3f}};
+    for (const auto& [attribute, input, type] : known)
+        if (const GltfValue accessor = attributes[attribute]; accessor.exists())
+            add(accessor, input, type);
+    attributes.forEachMember([&](std::string_view name, const GltfValue& accessor) {
+        const std::optional<DataType> type = floatTypeOf(context.accessors.componentsOf(accessor));
+        if (!name.starts_with('_'))
+            return;
+        if (!type)
+            return context.losses.add("attributes of 2 x 2 matrices", node);
+        Input& attribute = context.append(node, "instances.attributes");
+        setMember(attribute, "name", AttrData::string(name));
+        setMember(attribute, "values", context.accessors.floats(accessor, *type));
+    });
+}
+
+Node& addNode(GltfContext& context, const GltfValue& from, Node* parent, bool isAnimated) {
+    const GltfValue mesh = from["mesh"];
+    const std::vector<Node*> meshes =
+        mesh.exists() ? context.meshes[mesh.indexIn(context.root["meshes"])] : std::vector<Node*>();
+    Node& node = context.create(meshes.empty() ? "transform" : "instance", from, "node");
+    if (parent)
+        setReference(node, "parent", *parent);
+    setTransform(context, node, from, isAnimated);
+    if (!meshes.empty())
+        setMeshes(node, meshes);
+    context.setWeights(node, from["weights"]);
+    setInstancing(context, node, from);
+    return node;
+}
+
+} // namespace
+
+void importNodes(GltfContext& context) {
+    const GltfHierarchy hierarchy = readHierarchy(context.root);
+    const std::set<u64> animated = animatedNodes(context.root);
+    const GltfValue nodes = context.root["nodes"];
+    context.nodes.resize(nodes.size());
+    for (const u64 index : hierarchy.order) {
+        const u64 parent = hierarchy.parents[index];
+        context.nodes[index] =
+            &addNode(context, nodes[index], parent == GltfHierarchy::none ? nullptr : context.nodes[parent],
+                     animated.contains(index));
+    }
+    for (const u64 index : hierarchy.order)
+        importCameraAndLight(context, nodes[index], *context.nodes[index]);
+}
+
+} // namespace vrn::convert

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "convert/import/gltf/GltfContext.h"
+
+namespace vrn::convert {
+
+// Imports all textures with their images and samplers.
+void importTextures(GltfContext& context);
+
+} // namespace vrn::convert
