@@ -21,6 +21,7 @@ const char* typeOf(u32 components) {
            : components == 2 ? "VEC2"
            : components == 3 ? "VEC3"
            : components == 4 ? "VEC4"
+           : components == 9 ? "MAT3"
                              : "MAT4";
 }
 

@@ -1,5 +1,7 @@
 #include "convert/export/GltfMeshes.h"
 
+#include "convert/export/GltfExtras.h"
+#include "convert/export/GltfInfluences.h"
 #include "convert/model/Inputs.h"
 
 #include <algorithm>
@@ -46,46 +48,12 @@ std::vector<float> normalize(std::span<const float> normals) {
     return units;
 }
 
-// Merges the weights of duplicate joints of a vertex, and sets joints without weight to 0, as glTF requires.
-void mergeJoints(std::span<u16> joints, std::span<float> weights) {
-    for (std::size_t i = 0; i < 4; ++i)
-        for (std::size_t k = i + 1; k < 4; ++k)
-            if (joints[i] == joints[k] && weights[i] != 0 && weights[k] != 0) {
-                weights[i] += weights[k];
-                weights[k] = 0;
-            }
-    for (std::size_t i = 0; i < 4; ++i)
-        if (weights[i] == 0)
-            joints[i] = 0;
-}
-
-// Scales the weights of a vertex to a sum of 1. Returns whether that changed them.
-bool normalizeWeights(std::span<float> weights) {
-    double sum = 0;
-    double count = 0;
-    bool isChanged = false;
-    for (float& weight : weights) {
-        isChanged |= weight < 0;
-        weight = std::max(weight, 0.F);
-        sum += static_cast<double>(weight);
-        count += weight != 0 ? 1 : 0;
-    }
-    if (!isChanged && std::abs(sum - 1) <= 2e-7 * count)
-        return false;
-    if (sum == 0)
-        weights[0] = 1;
-    else
-        for (float& weight : weights)
-            weight = static_cast<float>(static_cast<double>(weight) / sum);
-    return true;
-}
-
 u32 primitiveMode(Topology topology) { return topology == Topology::Points ? 0 : topology == Topology::Lines ? 1 : 4; }
 
 } // namespace
 
-GltfMeshes::GltfMeshes(const Model& model, GltfBuffer& buffer, Losses& losses)
-    : model_(model), buffer_(buffer), losses_(losses) {
+GltfMeshes::GltfMeshes(const Model& model, GltfBuffer& buffer, GltfExtensions& extensions, Losses& losses)
+    : model_(model), buffer_(buffer), extensions_(extensions), losses_(losses) {
     for (const Geometry& geometry : model.geometries)
         accessors_.push_back(addAccessors(geometry));
 }
@@ -93,16 +61,41 @@ GltfMeshes::GltfMeshes(const Model& model, GltfBuffer& buffer, Losses& losses)
 GltfMeshes::Accessors GltfMeshes::addAccessors(const Geometry& geometry) {
     using enum GltfBuffer::Use;
     Accessors accessors;
+    const auto add = [&](const std::string& name, const Values<float>& values, u32 components) {
+        accessors.attributes.emplace_back(name, buffer_.addFloats(values.span(), components, Vertices));
+    };
     accessors.indices = buffer_.addIndices(geometry.indices.span());
     accessors.attributes.emplace_back("POSITION", buffer_.addFloats(geometry.points.span(), 3, Vertices, true));
     addNormals(geometry, accessors);
     for (std::size_t i = 0; i < geometry.uvsets.size(); ++i)
-        accessors.attributes.emplace_back("TEXCOORD_" + std::to_string(i),
-                                          buffer_.addFloats(geometry.uvsets[i].span(), 2, Vertices));
-    addColors(geometry, accessors);
-    if (!geometry.joints.empty())
+        add("TEXCOORD_" + std::to_string(i), geometry.uvsets[i], 2);
+    addColors(geometry, geometry.colors.span(), "COLOR_0", accessors);
+    for (std::size_t i = 0; i < geometry.moreColors.size(); ++i)
+        addColors(geometry, geometry.moreColors[i].span(), "COLOR_" + std::to_string(i + 1), accessors);
+    for (const NamedValues& attribute : geometry.attributes)
+        add(attribute.name, attribute.values, attribute.components);
+    for (const MorphTarget& target : geometry.targets)
+        accessors.targets.push_back(addTarget(target));
+    if (!geometry.influences.empty())
         addSkin(geometry, accessors);
     return accessors;
+}
+
+GltfMeshes::Attributes GltfMeshes::addTarget(const MorphTarget& target) {
+    Attributes attributes;
+    const auto add = [&](const char* name, const Values<float>& values, u32 components) {
+        if (values.empty())
+            return;
+        const bool hasBounds = name == std::string_view("POSITION");
+        attributes.emplace_back(name,
+                                buffer_.addFloats(values.span(), components, GltfBuffer::Use::Vertices, hasBounds));
+    };
+    add("POSITION", target.points, 3);
+    add("NORMAL", target.normals, 3);
+    add("TANGENT", target.tangents, 3);
+    add("TEXCOORD_0", target.coords, 2);
+    add("COLOR_0", target.colors, target.colorComponents);
+    return attributes;
 }
 
 void GltfMeshes::addNormals(const Geometry& geometry, Accessors& accessors) {
@@ -128,9 +121,9 @@ void GltfMeshes::addNormals(const Geometry& geometry, Accessors& accessors) {
         losses_.add("tangents without normals, of a length other than 1 or without a sign", *geometry.source);
 }
 
-void GltfMeshes::addColors(const Geometry& geometry, Accessors& accessors) {
+void GltfMeshes::addColors(const Geometry& geometry, std::span<const float> colors, const std::string& name,
+                           Accessors& accessors) {
     using enum GltfBuffer::Use;
-    const std::span<const float> colors = geometry.colors.span();
     if (colors.empty())
         return;
     u32 accessor = none;
@@ -143,87 +136,143 @@ void GltfMeshes::addColors(const Geometry& geometry, Accessors& accessors) {
             component = std::clamp(component, 0.F, 1.F);
         accessor = buffer_.addOwnFloats(std::move(clamped), 4, Vertices);
     }
-    accessors.attributes.emplace_back("COLOR_0", accessor);
+    accessors.attributes.emplace_back(name, accessor);
 }
 
 void GltfMeshes::addSkin(const Geometry& geometry, Accessors& accessors) {
-    accessors.maxJoint = *std::ranges::max_element(geometry.joints);
+    for (const Influences& influences : geometry.influences)
+        accessors.maxJoint = std::max(accessors.maxJoint, *std::ranges::max_element(influences.joints));
     if (accessors.maxJoint > 0xFFFF)
         return;
-    std::vector<u16> joints(geometry.joints.begin(), geometry.joints.end());
-    std::vector<float> weights(geometry.weights.begin(), geometry.weights.end());
     bool isChanged = false;
-    for (std::size_t i = 0; i < weights.size(); i += 4) {
-        isChanged |= normalizeWeights(std::span(weights).subspan(i, 4));
-        mergeJoints(std::span(joints).subspan(i, 4), std::span(weights).subspan(i, 4));
-    }
+    std::vector<GltfInfluences> valid = validInfluences(geometry.influences, isChanged);
     if (isChanged)
         losses_.add("skin weights that do not sum to 1 (normalized)", *geometry.source);
-    accessors.joints = buffer_.addJoints(std::move(joints));
-    accessors.weights = buffer_.addOwnFloats(std::move(weights), 4, GltfBuffer::Use::Vertices);
+    for (std::size_t i = 0; i < valid.size(); ++i) {
+        const std::string set = std::to_string(i);
+        accessors.skin.emplace_back("JOINTS_" + set, buffer_.addJoints(std::move(valid[i].joints)));
+        accessors.skin.emplace_back("WEIGHTS_" + set,
+                                    buffer_.addOwnFloats(std::move(valid[i].weights), 4, GltfBuffer::Use::Vertices));
+    }
 }
 
-bool GltfMeshes::hasSkin(const ModelNode& node) const {
-    if (node.skin == none || node.geometry == none)
-        return false;
-    const Accessors& accessors = accessors_[node.geometry];
-    return accessors.joints != none && accessors.maxJoint < model_.skins[node.skin].joints.size();
+bool GltfMeshes::hasSkin(const ModelNode& node, u32 geometry) const {
+    const Accessors& accessors = accessors_[geometry];
+    return node.skin != none && !accessors.skin.empty() && accessors.maxJoint < model_.skins[node.skin].joints.size();
 }
 
-u32 GltfMeshes::materialIndex(const ModelNode& node) {
-    const Geometry& geometry = model_.geometries[node.geometry];
-    const u32 material = node.material != none ? node.material : geometry.material;
+bool GltfMeshes::hasSkin(const ModelNode& node) const { return node.geometry != none && hasSkin(node, node.geometry); }
+
+// The material with those of its textures for which the geometry has texture coordinates.
+u32 GltfMeshes::materialIndex(u32 material, const Geometry& geometry) {
     if (material == none)
         return none;
-    const Material& properties = model_.materials[material];
-    bool hasTextures = false;
-    for (const TextureUse* use : {&properties.baseColorMap, &properties.normalMap, &properties.metallicRoughnessMap,
-                                  &properties.occlusionMap, &properties.emissionMap})
-        hasTextures |= use->texture != none;
-    if (hasTextures && geometry.uvsets.empty()) {
-        losses_.add("textures on meshes without uvsets", *geometry.source);
-        hasTextures = false;
-    }
-    const auto [found, isNew] =
-        materialIndices_.emplace(MaterialVariant{material, hasTextures}, static_cast<u32>(materials_.size()));
+    u32 needed = 0; // uvsets
+    for (const TextureUse& use : model_.materials[material].maps)
+        if (use.texture != none)
+            needed = std::max(needed, use.uvset + 1);
+    const auto available = static_cast<u32>(geometry.uvsets.size());
+    if (available < needed)
+        losses_.add("textures on meshes without the uvsets for them", *geometry.source);
+    return variantIndex({material, available < needed ? available : allUvsets});
+}
+
+u32 GltfMeshes::variantIndex(const MaterialVariant& variant) {
+    const auto [found, isNew] = materialIndices_.emplace(variant, static_cast<u32>(materials_.size()));
     if (isNew)
-        materials_.push_back(found->first);
+        materials_.push_back(variant);
     return found->second;
+}
+
+void GltfMeshes::addUnusedMaterials() {
+    for (u32 i = 0; i < model_.materials.size(); ++i) {
+        const auto first = materialIndices_.lower_bound({i, 0});
+        if (first == materialIndices_.end() || first->first.material != i)
+            (void)variantIndex({i, allUvsets});
+    }
+}
+
+GltfMeshes::Primitive GltfMeshes::primitiveOf(const ModelNode& node, u32 index) {
+    const Geometry& geometry = model_.geometries[index];
+    Primitive primitive{.geometry = index,
+                        .material = materialIndex(node.material != none ? node.material : geometry.material, geometry),
+                        .hasSkin = hasSkin(node, index),
+                        .variants = {}};
+    if (node.skin != none && !primitive.hasSkin)
+        losses_.add("skins with fewer joints than the mesh uses", *node.source);
+    for (const VariantMaterial& variant : geometry.variants)
+        primitive.variants[materialIndex(variant.material, geometry)].push_back(variant.variant);
+    return primitive;
 }
 
 u32 GltfMeshes::meshIndex(const ModelNode& node) {
-    const Mesh mesh{node.geometry, materialIndex(node), hasSkin(node)};
-    if (node.skin != none && !mesh.hasSkin)
-        losses_.add("skins with fewer joints than the mesh uses", *node.source);
+    Mesh mesh{primitiveOf(node, node.geometry)};
+    const std::size_t targets = model_.geometries[node.geometry].targets.size();
+    for (const u32 part : node.parts) {
+        if (model_.geometries[part].targets.size() == targets)
+            mesh.push_back(primitiveOf(node, part));
+        else
+            losses_.add("parts whose number of morph targets is not that of the first", *node.source);
+    }
     const auto [found, isNew] = meshIndices_.emplace(mesh, static_cast<u32>(meshes_.size()));
     if (isNew)
-        meshes_.push_back(mesh);
+        meshes_.push_back(std::move(mesh));
     return found->second;
 }
 
-void GltfMeshes::writeJson(JsonText& json) const {
+void GltfMeshes::writePrimitive(JsonText& json, const Primitive& primitive) {
+    const Accessors& accessors = accessors_[primitive.geometry];
+    const Geometry& geometry = model_.geometries[primitive.geometry];
+    const auto writeAttributes = [&](const Attributes& attributes) {
+        for (const auto& [name, accessor] : attributes)
+            json.key(name).integer(accessor);
+    };
+    json.key("attributes").object([&] {
+        writeAttributes(accessors.attributes);
+        if (primitive.hasSkin)
+            writeAttributes(accessors.skin);
+    });
+    json.key("indices").integer(accessors.indices);
+    json.key("mode").integer(primitiveMode(geometry.topology));
+    if (primitive.material != none)
+        json.key("material").integer(primitive.material);
+    if (!accessors.targets.empty())
+        json.key("targets").array([&] {
+            for (const Attributes& target : accessors.targets)
+                json.object([&] { writeAttributes(target); });
+        });
+    writeExtras(json, *geometry.source, "partExtras", losses_);
+    if (primitive.variants.empty())
+        return;
+    extensions_.use("KHR_materials_variants");
+    json.key("extensions").object([&] {
+        json.key("KHR_materials_variants").object([&] {
+            json.key("mappings").array([&] {
+                for (const auto& mapping : primitive.variants)
+                    json.object([&] {
+                        json.key("material").integer(mapping.first);
+                        json.key("variants").integers(mapping.second);
+                    });
+            });
+        });
+    });
+}
+
+void GltfMeshes::writeJson(JsonText& json) {
     if (meshes_.empty())
         return;
-    const auto writePrimitive = [&](const Mesh& mesh) {
-        const Accessors& accessors = accessors_[mesh.geometry];
-        json.key("attributes").object([&] {
-            for (const auto& [name, accessor] : accessors.attributes)
-                json.key(name.c_str()).integer(accessor);
-            if (mesh.hasSkin) {
-                json.key("JOINTS_0").integer(accessors.joints);
-                json.key("WEIGHTS_0").integer(accessors.weights);
-            }
-        });
-        json.key("indices").integer(accessors.indices);
-        json.key("mode").integer(primitiveMode(model_.geometries[mesh.geometry].topology));
-        if (mesh.material != none)
-            json.key("material").integer(mesh.material);
-    };
     json.key("meshes").array([&] {
         for (const Mesh& mesh : meshes_)
             json.object([&] {
-                json.key("name").text(displayName(*model_.geometries[mesh.geometry].source));
-                json.key("primitives").array([&] { json.object([&] { writePrimitive(mesh); }); });
+                const Geometry& first = model_.geometries[mesh[0].geometry];
+                json.key("name").text(displayName(*first.source));
+                json.key("primitives").array([&] {
+                    for (const Primitive& primitive : mesh)
+                        json.object([&] { writePrimitive(json, primitive); });
+                });
+                if (!first.targetWeights.empty())
+                    json.key("weights").numbers(first.targetWeights.span());
+                writeMeshExtras(json, first, losses_);
             });
     });
 }

@@ -1,25 +1,49 @@
 #include "convert/export/GltfSceneWriter.h"
 
+#include "convert/export/GltfExtras.h"
 #include "convert/model/Inputs.h"
 #include "convert/model/NodeHierarchy.h"
-#include "convert/shared/ImageKind.h"
-#include "convert/shared/Uri.h"
 
-#include <map>
+#include <algorithm>
 
 namespace vrn::convert {
 
+namespace {
+
+constexpr const char* lightExtension = "KHR_lights_punctual";
+constexpr const char* variantsExtension = "KHR_materials_variants";
+
+// In one element of an accessor with the values of a channel.
+u32 componentsOf(const std::string& path) { return path == "rotation" ? 4 : path == "weights" ? 1 : 3; }
+
+} // namespace
+
 void GltfSceneWriter::writeNodes() {
-    json_.key("scene").integer(0);
-    json_.key("scenes").array([&] {
-        json_.object([&] {
-            const std::vector<u32> roots = rootNodes(model_.nodes);
-            if (!roots.empty())
-                json_.key("nodes").integers(roots);
-        });
-    });
+    if (model_.scenes.empty()) {
+        json_.key("scene").integer(0);
+        json_.key("scenes").array([&] { json_.object([&] { writeRoots(rootNodes(model_.nodes)); }); });
+    } else {
+        writeScenes();
+    }
     writeArray("nodes", model_.nodes, [&](const ModelNode& node) { writeNode(node); });
     reportDeepNodes();
+}
+
+void GltfSceneWriter::writeRoots(const std::vector<u32>& roots) {
+    if (!roots.empty())
+        json_.key("nodes").integers(roots);
+}
+
+void GltfSceneWriter::writeScenes() {
+    const auto first = std::ranges::find(model_.scenes, true, &SceneNodes::isDefault);
+    if (first != model_.scenes.end())
+        json_.key("scene").integer(static_cast<u64>(first - model_.scenes.begin()));
+    writeArray("scenes", model_.scenes, [&](const SceneNodes& scene) {
+        if (const Input* name = scene.source->input("name"))
+            json_.key("name").text(name->value().asString());
+        writeRoots(scene.roots);
+        writeExtras(json_, *scene.source, "extras", losses_);
+    });
 }
 
 // Traverses level by level: recursion could overflow the stack.
@@ -37,17 +61,8 @@ void GltfSceneWriter::reportDeepNodes() {
                     *model_.nodes[index].source);
 }
 
-// Some readers identify nodes by their names.
-std::string GltfSceneWriter::uniqueName(const ModelNode& node) {
-    const String wanted = displayName(*node.source);
-    std::string name = names_.make(std::string(wanted.view()));
-    if (name != wanted.view())
-        losses_.add("names shared by several nodes (numbered)", *node.source);
-    return name;
-}
-
 void GltfSceneWriter::writeNode(const ModelNode& node) {
-    json_.key("name").text(uniqueName(node));
+    json_.key("name").text(displayName(*node.source));
     if (!node.children.empty())
         json_.key("children").integers(node.children);
     writeTransform(node);
@@ -56,12 +71,37 @@ void GltfSceneWriter::writeNode(const ModelNode& node) {
         if (meshes_.hasSkin(node))
             json_.key("skin").integer(node.skin);
     }
+    if (!node.targetWeights.empty())
+        json_.key("weights").numbers(node.targetWeights.span());
     if (node.camera != none)
         json_.key("camera").integer(node.camera);
-    if (node.light != none)
-        json_.key("extensions").object([&] {
-            json_.key("KHR_lights_punctual").object([&] { json_.key("light").integer(node.light); });
+    if (node.light != none || node.instances.count != 0)
+        json_.key("extensions").object([&] { writeNodeExtensions(node); });
+    writeExtras(json_, *node.source, "extras", losses_);
+}
+
+void GltfSceneWriter::writeNodeExtensions(const ModelNode& node) {
+    if (node.light != none) {
+        extensions_.use(lightExtension);
+        json_.key(lightExtension).object([&] { json_.key("light").integer(node.light); });
+    }
+    if (node.instances.count == 0)
+        return;
+    constexpr const char* instancing = "EXT_mesh_gpu_instancing";
+    extensions_.use(instancing);
+    const auto add = [&](const char* name, const Values<float>& values, u32 components) {
+        if (!values.empty())
+            json_.key(name).integer(buffer_.addFloats(values.span(), components, GltfBuffer::Use::Other));
+    };
+    json_.key(instancing).object([&] {
+        json_.key("attributes").object([&] {
+            add("TRANSLATION", node.instances.translations, 3);
+            add("ROTATION", node.instances.rotations, 4);
+            add("SCALE", node.instances.scales, 3);
+            for (const NamedValues& attribute : node.instances.attributes)
+                add(attribute.name.c_str(), attribute.values, attribute.components);
         });
+    });
 }
 
 void GltfSceneWriter::writeTransform(const ModelNode& node) {
@@ -76,103 +116,6 @@ void GltfSceneWriter::writeTransform(const ModelNode& node) {
         json_.key("rotation").reals(node.trs.rotation);
     if (node.trs.scale != initial.scale)
         json_.key("scale").reals(node.trs.scale);
-}
-
-void GltfSceneWriter::writeMaterials() {
-    writeArray("materials", meshes_.materials(), [&](const GltfMeshes::MaterialVariant& variant) {
-        writeMaterial(model_.materials[variant.material], variant.hasTextures);
-    });
-}
-
-void GltfSceneWriter::writeMaterial(const Material& material, bool hasTextures) {
-    const auto texture = [&](const char* name, const TextureUse& use) {
-        if (hasTextures && use.texture != none)
-            writeTexture(name, use);
-    };
-    json_.key("name").text(displayName(*material.source));
-    json_.key("pbrMetallicRoughness").object([&] {
-        json_.key("baseColorFactor").reals(material.baseColor);
-        json_.key("metallicFactor").real(material.metallic);
-        json_.key("roughnessFactor").real(material.roughness);
-        texture("baseColorTexture", material.baseColorMap);
-        texture("metallicRoughnessTexture", material.metallicRoughnessMap);
-    });
-    texture("normalTexture", material.normalMap);
-    texture("occlusionTexture", material.occlusionMap);
-    texture("emissiveTexture", material.emissionMap);
-    json_.key("emissiveFactor").reals(material.emission);
-    json_.key("alphaMode")
-        .text(material.alphaMode == "mask"    ? "MASK"
-              : material.alphaMode == "blend" ? "BLEND"
-                                              : "OPAQUE");
-    if (material.alphaMode == "mask")
-        json_.key("alphaCutoff").real(material.alphaCutoff);
-    json_.key("doubleSided").boolean(material.isDoubleSided);
-}
-
-void GltfSceneWriter::writeTexture(const char* name, const TextureUse& use) {
-    const TextureUse initial;
-    const bool hasTransform = use.offset != initial.offset || use.scale != initial.scale;
-    hasTextureTransforms_ |= hasTransform;
-    json_.key(name).object([&] {
-        json_.key("index").integer(use.texture);
-        if (hasTransform)
-            json_.key("extensions").object([&] {
-                json_.key("KHR_texture_transform").object([&] {
-                    json_.key("offset").reals(use.offset);
-                    json_.key("scale").reals(use.scale);
-                });
-            });
-    });
-}
-
-GltfSceneWriter::Sampler GltfSceneWriter::samplerOf(const Texture& texture) {
-    const auto wrapMode = [&](const std::string& name) -> u32 {
-        if (name == "clamp")
-            return 33071;
-        if (name == "mirror")
-            return 33648;
-        if (!name.empty() && name != "repeat")
-            losses_.add("unknown texture wrap modes", *texture.source);
-        return 10497;
-    };
-    const i64 filter = texture.filter;
-    const bool isKnown = filter == 9728 || filter == 9729 || (filter >= 9984 && filter <= 9987);
-    if (filter != 0 && !isKnown)
-        losses_.add("unknown texture filters", *texture.source);
-    return {wrapMode(texture.wrapU), wrapMode(texture.wrapV), isKnown ? static_cast<u32>(filter) : 0};
-}
-
-void GltfSceneWriter::writeTextures() {
-    std::map<Sampler, u32> indices;
-    std::vector<Sampler> samplers;
-    std::vector<u32> used;
-    for (const Texture& texture : model_.textures) {
-        const auto [found, isNew] = indices.emplace(samplerOf(texture), static_cast<u32>(samplers.size()));
-        if (isNew)
-            samplers.push_back(found->first);
-        used.push_back(found->second);
-    }
-    writeArray("samplers", samplers, [&](const Sampler& sampler) {
-        json_.key("wrapS").integer(sampler.wrapS);
-        json_.key("wrapT").integer(sampler.wrapT);
-        if (sampler.filter != 0)
-            json_.key("minFilter").integer(sampler.filter);
-    });
-    u32 image = 0;
-    writeArray("textures", used, [&](u32 sampler) {
-        json_.key("sampler").integer(sampler);
-        json_.key("source").integer(image++);
-    });
-    writeArray("images", model_.textures, [&](const Texture& texture) {
-        json_.key("name").text(displayName(*texture.source));
-        if (texture.encoded.empty()) {
-            json_.key("uri").text(uriOf(texture.file));
-            return;
-        }
-        json_.key("bufferView").integer(buffer_.addBytes(std::as_bytes(texture.encoded)));
-        json_.key("mimeType").text(isPng(texture.encoded) ? "image/png" : "image/jpeg");
-    });
 }
 
 void GltfSceneWriter::writeCameras() {
@@ -192,6 +135,7 @@ void GltfSceneWriter::writeCameras() {
             if (camera.far > 0)
                 json_.key("zfar").real(camera.far);
         });
+        writeExtras(json_, *camera.source, "extras", losses_);
     });
 }
 
@@ -204,6 +148,7 @@ void GltfSceneWriter::writeSkins() {
                 .integer(buffer_.addFloats(skin.inverseBind.span(), 16, GltfBuffer::Use::Other));
         if (skin.skeleton != none)
             json_.key("skeleton").integer(skin.skeleton);
+        writeExtras(json_, *skin.source, "extras", losses_);
     });
 }
 
@@ -221,13 +166,13 @@ void GltfSceneWriter::writeAnimations() {
         });
         writeArray("samplers", animation.channels, [&](const Channel& channel) {
             json_.key("input").integer(buffer_.addFloats(channel.times.span(), 1, Other, true));
-            json_.key("output").integer(
-                buffer_.addFloats(channel.values.span(), channel.path == "rotation" ? 4 : 3, Other));
+            json_.key("output").integer(buffer_.addFloats(channel.values.span(), componentsOf(channel.path), Other));
             json_.key("interpolation")
                 .text(channel.interpolation == "step"    ? "STEP"
                       : channel.interpolation == "cubic" ? "CUBICSPLINE"
                                                          : "LINEAR");
         });
+        writeExtras(json_, *animation.source, "extras", losses_);
     });
 }
 
@@ -243,23 +188,25 @@ void GltfSceneWriter::writeLight(const Light& light) {
             json_.key("innerConeAngle").real(light.innerAngle);
             json_.key("outerConeAngle").real(light.outerAngle);
         });
+    writeExtras(json_, *light.source, "extras", losses_);
 }
 
 void GltfSceneWriter::writeExtensions() {
-    if (model_.lights.empty() && !hasTextureTransforms_)
+    if (!model_.variants.empty())
+        extensions_.use(variantsExtension);
+    extensions_.writeJson(json_);
+    if (model_.lights.empty() && model_.variants.empty())
         return;
-    json_.key("extensionsUsed").array([&] {
+    json_.key("extensions").object([&] {
         if (!model_.lights.empty())
-            json_.text("KHR_lights_punctual");
-        if (hasTextureTransforms_)
-            json_.text("KHR_texture_transform");
-    });
-    if (!model_.lights.empty())
-        json_.key("extensions").object([&] {
-            json_.key("KHR_lights_punctual").object([&] {
+            json_.key(lightExtension).object([&] {
                 writeArray("lights", model_.lights, [&](const Light& light) { writeLight(light); });
             });
-        });
+        if (!model_.variants.empty())
+            json_.key(variantsExtension).object([&] {
+                writeArray("variants", model_.variants, [&](const std::string& name) { json_.key("name").text(name); });
+            });
+    });
 }
 
 } // namespace vrn::convert

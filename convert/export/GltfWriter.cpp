@@ -1,5 +1,7 @@
 #include "convert/export/GltfWriter.h"
 
+#include "convert/export/GltfExtras.h"
+#include "convert/export/GltfMaterials.h"
 #include "convert/export/GltfMeshes.h"
 #include "convert/export/GltfSceneWriter.h"
 #include "convert/model/ModelBuilder.h"
@@ -28,21 +30,30 @@ constexpr TargetFormat gltf{.hasPolygons = false,
 constexpr u64 maxGlbBytes = 0xFFFFFFFF; // lengths have 32 bits
 
 void writeJson(JsonText& json, const Model& model, GltfBuffer& buffer, std::string_view bufferUri, Losses& losses) {
-    GltfMeshes meshes(model, buffer, losses);
-    GltfSceneWriter writer(model, meshes, buffer, losses, json);
+    GltfExtensions extensions;
+    GltfMeshes meshes(model, buffer, extensions, losses);
+    GltfSceneWriter writer(model, meshes, buffer, extensions, losses, json);
+    GltfMaterials materials(model, meshes, buffer, extensions, losses, json);
     json.object([&] {
         json.key("asset").object([&] {
             json.key("version").text("2.0");
             json.key("generator").text("vrn");
+            if (!model.asset)
+                return;
+            if (const Input* copyright = model.asset->input("copyright"))
+                json.key("copyright").text(copyright->value().asString());
+            writeExtras(json, *model.asset, "extras", losses);
         });
         writer.writeNodes();
         meshes.writeJson(json);
-        writer.writeMaterials();
-        writer.writeTextures();
+        materials.writeMaterials();
+        materials.writeTextures();
         writer.writeCameras();
         writer.writeSkins();
         writer.writeAnimations();
         writer.writeExtensions();
+        if (model.asset)
+            writeExtras(json, *model.asset, "fileExtras", losses);
         buffer.writeJson(json, bufferUri);
     });
 }

@@ -22,13 +22,13 @@ public:
         addNumbers("Ke ", material.emission);
         addNumbers("Pr ", {&material.roughness, 1});
         addNumbers("Pm ", {&material.metallic, 1});
-        addMap("map_Kd", "", material.baseColorMap);
+        addMap("map_Kd", "", material.map(Map::BaseColor));
         if (material.alphaMode == "blend")
-            addMap("map_d", " -imfchan m", material.baseColorMap); // the alpha of the image
-        addMap("map_Ke", "", material.emissionMap);
-        addMap("map_Pr", " -imfchan g", material.metallicRoughnessMap);
-        addMap("map_Pm", " -imfchan b", material.metallicRoughnessMap);
-        addMap("norm", "", material.normalMap);
+            addMap("map_d", " -imfchan m", material.map(Map::BaseColor)); // the alpha of the image
+        addMap("map_Ke", "", material.map(Map::Emission));
+        addMap("map_Pr", " -imfchan g", material.map(Map::MetallicRoughness));
+        addMap("map_Pm", " -imfchan b", material.map(Map::MetallicRoughness));
+        addMap("norm", "", material.map(Map::Normal));
         addLosses(material);
     }
     void addNone() { out_.add("newmtl " + std::string(noMaterialName) + '\n'); }
@@ -41,15 +41,19 @@ private:
     }
 
     void addMap(const char* keyword, const char* option, const TextureUse& use) {
-        if (use.texture == none || model_.textures[use.texture].file.empty())
+        if (use.texture == none || model_.textures[use.texture].image.file.empty())
             return;
         const Texture& texture = model_.textures[use.texture];
         out_.add(std::string(keyword) + option);
         if (texture.wrapU == "clamp" && texture.wrapV == "clamp")
             out_.add(" -clamp on");
         addTransform(use);
-        const std::string file = singleLine(texture.file);
-        if (file != texture.file)
+        if (use.rotation != 0)
+            losses_.add("rotations of textures", *texture.source);
+        if (use.uvset != 0)
+            losses_.add("textures on uvsets other than the first", *texture.source);
+        const std::string file = singleLine(texture.image.file);
+        if (file != texture.image.file)
             losses_.add("texture paths that begin or end with spaces, or contain control characters", *texture.source);
         out_.add((file.starts_with('-') ? " ./" : " ") + file + '\n'); // not an option
     }
@@ -83,8 +87,10 @@ private:
     }
 
     void addLosses(const Material& material) {
-        if (material.occlusionMap.texture != none)
+        if (material.map(Map::Occlusion).texture != none)
             losses_.add("occlusion maps of materials", *material.source);
+        if (material.map(Map::Normal).factor != 1)
+            losses_.add("scales of normal maps", *material.source);
         if (material.alphaMode == "opaque" && material.baseColor[3] != 1)
             losses_.add("alpha of opaque materials", *material.source);
         if (material.isDoubleSided)
@@ -108,11 +114,12 @@ void writeMaterialLibrary(vor::OutputFile& file, const Model& model, const std::
     writer.addNone();
     writer.finish();
     for (const Texture& texture : model.textures) {
-        if (!texture.encoded.empty())
+        if (!texture.image.encoded.empty())
             losses.add("embedded images", *texture.source);
         const auto isRepeat = [](const std::string& mode) { return mode.empty() || mode == "repeat"; };
         const bool isClamp = texture.wrapU == "clamp" && texture.wrapV == "clamp";
-        if (texture.filter != 0 || !(isClamp || (isRepeat(texture.wrapU) && isRepeat(texture.wrapV))))
+        if (texture.filter != 0 || texture.magFilter != 0 ||
+            !(isClamp || (isRepeat(texture.wrapU) && isRepeat(texture.wrapV))))
             losses.add("filters and wrap modes of textures other than repeat and clamp", *texture.source);
     }
 }

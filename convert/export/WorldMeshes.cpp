@@ -47,34 +47,73 @@ double determinant(const Matrix& m) {
     return m[0] * minors[0] + m[1] * minors[1] + m[2] * minors[2];
 }
 
+// The transform of one of the instances of a node, within that of the node.
+Matrix instanceMatrix(const Instances& instances, std::size_t i) {
+    Trs trs;
+    const auto copy = [&](const Values<float>& from, auto& to) {
+        if (!from.empty())
+            std::ranges::copy(from.span().subspan(i * to.size(), to.size()), to.begin());
+    };
+    copy(instances.translations, trs.translation);
+    copy(instances.rotations, trs.rotation);
+    copy(instances.scales, trs.scale);
+    return toMatrix(trs);
+}
+
+class MeshPlacer {
+public:
+    MeshPlacer(const Model& model, Losses& losses)
+        : model_(model), losses_(losses), worlds_(worldMatrices(model.nodes)) {}
+
+    std::vector<WorldMesh> placeAll() {
+        for (std::size_t i = 0; i < model_.nodes.size(); ++i)
+            placeNode(model_.nodes[i], worlds_[i]);
+        return std::move(meshes_);
+    }
+
+private:
+    void placeNode(const ModelNode& node, const Matrix& world) {
+        if (node.geometry == none)
+            return losses_.add("nodes without a mesh", *node.source);
+        if (node.parent != none)
+            losses_.add("parents of nodes", *node.source);
+        if (node.instances.count == 0)
+            return placeAt(node, world);
+        for (std::size_t i = 0; i < node.instances.count; ++i)
+            placeAt(node, multiply(instanceMatrix(node.instances, i), world));
+    }
+
+    void placeAt(const ModelNode& node, const Matrix& world) {
+        place(node, node.geometry, world);
+        for (const u32 part : node.parts)
+            place(node, part, world);
+    }
+
+    void place(const ModelNode& node, u32 index, const Matrix& world) {
+        const Geometry& geometry = model_.geometries[index];
+        if (!fitsInWorld(geometry, world))
+            return losses_.add("meshes whose transformed points exceed the range of a float", *node.source);
+        if (world != identity)
+            losses_.add("transforms of nodes (applied to the points)", *node.source);
+        meshes_.push_back({.geometry = &geometry,
+                           .source = node.source,
+                           .material = node.material != none ? node.material : geometry.material,
+                           .world = world,
+                           .isMirrored = determinant(world) < 0,
+                           .isFirst = seen_.insert(index).second});
+    }
+
+    const Model& model_;
+    Losses& losses_;
+    std::vector<Matrix> worlds_;
+    std::vector<WorldMesh> meshes_;
+    std::unordered_set<u32> seen_; // geometries
+};
+
 } // namespace
 
 std::vector<WorldMesh> worldMeshes(const Model& model, const std::string& path, Losses& losses) {
-    const std::vector<Matrix> worlds = worldMatrices(model.nodes);
-    std::vector<WorldMesh> meshes;
-    std::unordered_set<u32> seen; // geometries
-    for (std::size_t i = 0; i < model.nodes.size(); ++i) {
-        const ModelNode& node = model.nodes[i];
-        if (node.geometry == none) {
-            losses.add("nodes without a mesh", *node.source);
-            continue;
-        }
-        if (node.parent != none)
-            losses.add("parents of nodes", *node.source);
-        const Geometry& geometry = model.geometries[node.geometry];
-        if (!fitsInWorld(geometry, worlds[i])) {
-            losses.add("meshes whose transformed points exceed the range of a float", *node.source);
-            continue;
-        }
-        if (worlds[i] != identity)
-            losses.add("transforms of nodes (applied to the points)", *node.source);
-        meshes.push_back({.geometry = &geometry,
-                          .source = node.source,
-                          .material = node.material != none ? node.material : geometry.material,
-                          .world = worlds[i],
-                          .isMirrored = determinant(worlds[i]) < 0,
-                          .isFirst = seen.insert(node.geometry).second});
-    }
+    std::vector<WorldMesh> meshes = MeshPlacer(model, losses).placeAll();
     if (meshes.empty())
         throw ContentError(path, "the scene has no mesh that can be written");
     return meshes;

@@ -21,7 +21,7 @@ public:
                 readChannel(*channel);
         addUnreadInputs(*animation_.source,
                         {"name", "channels[].target", "channels[].path", "channels[].interpolation", "channels[].times",
-                         "channels[].values", "duration", "channelCount"},
+                         "channels[].values", "duration", "channelCount", "extras"},
                         context_.losses);
         checkDuration();
         if (animation_.channels.empty())
@@ -46,8 +46,8 @@ private:
         if (channel.target == none)
             return reject("a missing target or one without a transform", input);
         channel.path = textOf(input, "path");
-        if (channel.path != "translation" && channel.path != "rotation" && channel.path != "scale")
-            return reject("a path other than translation, rotation and scale", input);
+        if (componentsOf(channel) == 0)
+            return reject("a path other than translation, rotation, scale, and weights of a mesh with targets", input);
         channel.interpolation = textOf(input, "interpolation");
         if (channel.interpolation.empty())
             channel.interpolation = "linear";
@@ -60,7 +60,8 @@ private:
             return reject("times that are missing, negative or not increasing", input);
         if (!readValues(channel, input))
             return reject("values that do not match the times and the path", input);
-        decompose(context_.model.nodes[channel.target]);
+        if (channel.path != "weights")
+            decompose(context_.model.nodes[channel.target]);
         animation_.channels.push_back(std::move(channel));
     }
 
@@ -79,13 +80,21 @@ private:
                std::ranges::adjacent_find(times, std::greater_equal()) == times.end();
     }
 
+    // The numbers in one value of a channel; 0 if there can be none.
+    [[nodiscard]] u32 componentsOf(const Channel& channel) const {
+        const u32 geometry = context_.model.nodes[channel.target].geometry;
+        if (channel.path == "weights")
+            return geometry == none ? 0 : static_cast<u32>(context_.model.geometries[geometry].targets.size());
+        return channel.path == "rotation" ? 4 : channel.path == "translation" || channel.path == "scale" ? 3 : 0;
+    }
+
     bool readValues(Channel& channel, const Input& input) {
-        const u32 components = channel.path == "rotation" ? 4 : 3;
+        const u32 components = componentsOf(channel);
         const bool isCubic = channel.interpolation == "cubic"; // each value has an in- and an out-tangent
-        channel.values = readFloats(input.input("values"), components, context_.losses);
+        channel.values = readFloats(input.input("values"), channel.path == "weights" ? 1 : components, context_.losses);
         return channel.values.size() == channel.times.size() * components * (isCubic ? 3 : 1) &&
                allFinite(channel.values.span()) &&
-               (components == 3 || isCubic || areUnitQuaternions(channel.values.span()));
+               (channel.path != "rotation" || isCubic || areUnitQuaternions(channel.values.span()));
     }
 
     static bool areUnitQuaternions(std::span<const float> values) {

@@ -14,10 +14,11 @@ namespace {
 
 constexpr auto maxFloat = static_cast<double>(std::numeric_limits<float>::max());
 
-const InputPatterns cameraInputs = {"name", "projection", "fov",    "aspect", "size",   "near",        "far",
-                                    "clip", "position",   "lookAt", "up",     "target", "worldMatrix", "parent"};
-const InputPatterns lightInputs = {"name",  "kind",       "direction",  "position", "color",       "intensity",
-                                   "range", "innerAngle", "outerAngle", "target",   "worldMatrix", "parent"};
+const InputPatterns cameraInputs = {"name",     "projection", "fov", "aspect", "size",        "near",   "far",   "clip",
+                                    "position", "lookAt",     "up",  "target", "worldMatrix", "parent", "extras"};
+const InputPatterns lightInputs = {"name",        "kind",   "direction",  "position",   "color",
+                                   "intensity",   "range",  "innerAngle", "outerAngle", "target",
+                                   "worldMatrix", "parent", "extras"};
 
 Vector minus(const Vector& a, const Vector& b) { return {a[0] - b[0], a[1] - b[1], a[2] - b[2]}; }
 
@@ -99,9 +100,9 @@ Light readLight(const Node& node, Losses& losses) {
         losses.add("light colours outside 0 to 1 (clamped)", node);
     light.intensity = reader.clampedNumber("intensity", 1, 0, maxFloat);
     light.range = reader.clampedNumber("range", 0, 0, maxFloat);
-    const double outerAngle = reader.clampedNumber("outerAngle", 45, 0.1, 90);
+    const double outerAngle = reader.clampedNumber("outerAngle", 45, 1e-6, 90);
     light.outerAngle = outerAngle * radiansPerDegree;
-    light.innerAngle = reader.clampedNumber("innerAngle", 0, 0, outerAngle * 0.999) * radiansPerDegree;
+    light.innerAngle = reader.clampedNumber("innerAngle", 0, 0, outerAngle * (1 - 1e-6)) * radiansPerDegree;
     addUnreadInputs(node, lightInputs, losses);
     return light;
 }

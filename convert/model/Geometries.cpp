@@ -14,6 +14,39 @@ const InputPatterns meshInputs = {"name",        "topology",     "bounds",      
                                   "tangents",    "colors",       "uvsets[].name", "uvsets[].coords", "uvsets[].indices",
                                   "skin.joints", "skin.weights", "material"};
 
+// What only formats with scenes hold.
+const InputPatterns sceneMeshInputs = {"colorsets[].colors", "skin.more[].joints",  "skin.more[].weights",
+                                       "attributes[].name",  "attributes[].values", "targets[].name",
+                                       "targets[].points",   "targets[].normals",   "targets[].tangents",
+                                       "targets[].coords",   "targets[].colors",    "weights",
+                                       "variants[].variant", "variants[].material", "extras",
+                                       "partExtras"};
+
+InputPatterns inputsFor(const TargetFormat& target) {
+    InputPatterns inputs = meshInputs;
+    if (target.hasScene)
+        inputs.insert(sceneMeshInputs.begin(), sceneMeshInputs.end());
+    return inputs;
+}
+
+void readVariants(ExportContext& context, const Node& mesh, Geometry& geometry) {
+    const Input* variants = mesh.input("variants");
+    if (!variants || !context.target.hasScene)
+        return;
+    for (const Input* variant : variants->children()) {
+        const Input* number = variant->input("variant");
+        const u64 index = !number                            ? none
+                          : number->type() == AttrType::UInt ? number->value().asUInt()
+                          : number->value().asInt() >= 0     ? static_cast<u64>(number->value().asInt())
+                                                             : none;
+        const u32 material = readMaterial(context, linkedNode(variant->input("material")));
+        if (index < context.model.variants.size() && material != none)
+            geometry.variants.push_back({static_cast<u32>(index), material});
+        else
+            context.losses.add("variants of meshes without a material or a name", *variant);
+    }
+}
+
 // The index of the geometry of a mesh, which is read on first use.
 u32 geometryIndex(ExportContext& context, const Node& mesh) {
     const auto [found, isNew] = context.geometryIndices.emplace(&mesh, none);
@@ -23,25 +56,60 @@ u32 geometryIndex(ExportContext& context, const Node& mesh) {
     std::optional<Geometry> geometry = readMesh(mesh, context.target, context.losses);
     if (!geometry)
         return none;
-    addUnreadInputs(mesh, meshInputs, context.losses);
+    addUnreadInputs(mesh, inputsFor(context.target), context.losses);
     geometry->material = readMaterial(context, linkedNode(mesh.input("material")));
+    readVariants(context, mesh, *geometry);
     found->second = static_cast<u32>(context.model.geometries.size());
     context.model.geometries.push_back(std::move(*geometry));
     return found->second;
+}
+
+// The geometry that an input of an instance refers to; `none` with a loss if that is not a mesh.
+u32 linkedGeometry(ExportContext& context, const Input& input) {
+    const Node* mesh = linkedNode(&input);
+    if (mesh && isMesh(*mesh))
+        return geometryIndex(context, *mesh);
+    if (mesh)
+        context.losses.add("geometry that is not a mesh", input);
+    return none;
+}
+
+void readParts(ExportContext& context, ModelNode& node) {
+    const Input* parts = node.source->input("parts");
+    if (!parts)
+        return;
+    for (const Input* part : parts->children()) {
+        const u32 geometry = linkedGeometry(context, *part);
+        if (geometry == none)
+            continue;
+        if (node.geometry == none)
+            node.geometry = geometry;
+        else
+            node.parts.push_back(geometry);
+    }
+}
+
+void readTargetWeights(ExportContext& context, ModelNode& node) {
+    const Input* weights = node.source->input("weights");
+    if (!weights || !context.target.hasScene || node.geometry == none)
+        return;
+    node.targetWeights = readFloats(weights, 1, context.losses);
+    if (node.targetWeights.size() == context.model.geometries[node.geometry].targets.size() &&
+        allFinite(node.targetWeights.span()))
+        return;
+    context.losses.add("weights that do not match the morph targets", *weights);
+    node.targetWeights = {};
 }
 
 } // namespace
 
 void readGeometries(ExportContext& context) {
     for (ModelNode& node : context.model.nodes) {
-        const Input* input = node.source->input("geometry");
-        const Node* mesh = linkedNode(input);
-        if (!mesh)
+        if (!linkedNode(node.source->input("geometry")))
             continue;
-        if (isMesh(*mesh))
-            node.geometry = geometryIndex(context, *mesh);
-        else
-            context.losses.add("geometry that is not a mesh", *input);
+        node.geometry = linkedGeometry(context, *node.source->input("geometry"));
+        readParts(context, node);
+        readTargetWeights(context, node);
         node.material = readMaterial(context, linkedNode(node.source->input("material")));
     }
     for (const Node& mesh : context.scene.nodes()) {

@@ -201,6 +201,24 @@ Values<float> readFloats(const Input* input, u32 components, Losses& losses) {
     return Values<float>(std::move(floats));
 }
 
+std::optional<NamedValues> readNamedValues(const Input& object, Losses& losses) {
+    const Input* name = object.input("name");
+    const Input* values = object.input("values");
+    NamedValues attribute;
+    attribute.name = name ? name->value().asString() : "";
+    const bool isNamed = attribute.name.starts_with('_') && attribute.name.size() > 1;
+    attribute.components = values ? elementLayout(values->dataType()).components : 0;
+    const bool fits = (attribute.components >= 1 && attribute.components <= 4) || attribute.components == 9 ||
+                      attribute.components == 16;
+    if (isNamed && fits)
+        attribute.values = readFloats(values, attribute.components, losses);
+    if (!attribute.values.empty() && allFinite(attribute.values.span()))
+        return attribute;
+    losses.add(isNamed ? "attributes that are not finite floats" : "attributes whose name does not start with _",
+               object);
+    return {};
+}
+
 std::optional<Values<u32>> readIndices(const Input* input, u64 limit) {
     if (!input)
         return {};

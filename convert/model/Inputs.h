@@ -8,6 +8,7 @@
 // the wrong type and numbers that are not finite as floats. Numbers out of range are clamped, with a loss.
 #pragma once
 
+#include "convert/model/Model.h"
 #include "convert/model/Values.h"
 #include "convert/shared/Losses.h"
 
@@ -62,6 +63,10 @@ inline constexpr const char* outsideUnitInterval = "numbers outside 0 to 1 (clam
 // A buffer as floats, with `components` per element; empty if there is no such buffer. Doubles are rounded, with a loss
 // if that changes any.
 [[nodiscard]] Values<float> readFloats(const Input* input, u32 components, Losses& losses);
+
+// An attribute that only the application gives a meaning: an object with its `name` and a buffer of floats, `values`.
+// Nothing, with a loss, if one is missing, or if the name does not start with an underscore.
+[[nodiscard]] std::optional<NamedValues> readNamedValues(const Input& object, Losses& losses);
 
 // A buffer of any integer type as indices; nothing if it is not one or if an index is not in [0, limit).
 [[nodiscard]] std::optional<Values<u32>> readIndices(const Input* input, u64 limit);

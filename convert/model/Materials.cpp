@@ -2,6 +2,7 @@
 
 #include "convert/model/Inputs.h"
 #include "convert/shared/ImageKind.h"
+#include "convert/shared/Transform.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,6 +12,27 @@ namespace vrn::convert {
 
 namespace {
 
+// A constant of OpenGL; -1 if it cannot be one.
+i64 readFilter(const InputReader& reader, const char* name) {
+    const double filter = reader.number(name, 0);
+    return filter == std::clamp(std::floor(filter), 0.0, 65535.0) ? static_cast<i64>(filter) : -1;
+}
+
+Image readImage(const InputReader& reader, const std::string& prefix, ExportContext& context) {
+    Image image{.file = reader.text(prefix + "file"), .encoded = {}};
+    const Input* encoded = reader.find(prefix + "encoded");
+    if (!encoded || encoded->value().count() == 0)
+        return image;
+    image.encoded = encoded->value().elements<u8>();
+    if (!mimeTypeOf(image.encoded)) {
+        context.losses.add("encoded images that are not PNG, JPEG, WebP or KTX 2", *encoded);
+        image.encoded = {};
+    }
+    return image;
+}
+
+} // namespace
+
 u32 readTexture(ExportContext& context, const Node& node) {
     const auto [found, isNew] = context.textureIndices.emplace(&node, none);
     if (!isNew)
@@ -18,21 +40,19 @@ u32 readTexture(ExportContext& context, const Node& node) {
     context.visited.insert(&node);
     const InputReader reader(node, context.losses);
     Texture texture{.source = &node};
-    texture.file = reader.text("file");
+    texture.image = readImage(reader, "", context);
     texture.wrapU = reader.text("wrapU");
     texture.wrapV = reader.text("wrapV");
-    const double filter = reader.number("filter", 0);
-    constexpr i64 unknown = -1;
-    texture.filter = filter == std::clamp(std::floor(filter), 0.0, 65535.0) ? static_cast<i64>(filter) : unknown;
-    if (const Input* encoded = node.input("encoded"); encoded && encoded->value().count() != 0) {
-        texture.encoded = encoded->value().elements<u8>();
-        if (!isPng(texture.encoded) && !isJpeg(texture.encoded)) {
-            context.losses.add("encoded images that are neither PNG nor JPEG", *encoded);
-            texture.encoded = {};
-        }
+    texture.filter = readFilter(reader, "filter");
+    texture.magFilter = readFilter(reader, "magFilter");
+    InputPatterns inputs = {"name", "file", "wrapU", "wrapV", "filter", "magFilter", "encoded"};
+    if (context.target.hasScene) {
+        texture.alternative = readImage(reader, "alternative.", context);
+        inputs.insert({"alternative.file", "alternative.encoded", "imageName", "samplerName", "extras", "imageExtras",
+                       "samplerExtras"});
     }
-    addUnreadInputs(node, {"name", "file", "wrapU", "wrapV", "filter", "encoded"}, context.losses);
-    if (texture.file.empty() && texture.encoded.empty()) {
+    addUnreadInputs(node, inputs, context.losses);
+    if (!texture.image.exists()) {
         context.losses.add("textures without an image", node);
         return none;
     }
@@ -41,14 +61,20 @@ u32 readTexture(ExportContext& context, const Node& node) {
     return found->second;
 }
 
-// The texture that the input `name` is connected to. `xform` is the object with its offset and scale.
-TextureUse readMap(ExportContext& context, const InputReader& reader, const char* name, const std::string& xform) {
+namespace {
+
+// The texture that the input `name` is connected to. `xform` is the object that says how it lies on the mesh.
+TextureUse readMap(ExportContext& context, const InputReader& reader, const char* name, const MaterialMap& map) {
+    const std::string xform = map.xform;
     TextureUse use;
     const Input* input = reader.find(name);
     if (const Node* texture = linkedNode(input)) {
         use.texture = readTexture(context, *texture);
         use.offset = reader.numbers<2>(xform + ".offset", {0, 0});
         use.scale = reader.numbers<2>(xform + ".scale", {1, 1});
+        use.rotation = reader.number(xform + ".rotation", 0) * radiansPerDegree;
+        use.uvset = static_cast<u32>(reader.clampedNumber(xform + ".uvset", 0, 0, 65535));
+        use.factor = map.factor ? reader.number(map.factorInput, 1) : 1;
         if (input->connection() && input->connection()->name() != "outColor")
             context.losses.add("connections to texture outputs other than outColor", *input);
     }
@@ -85,7 +111,7 @@ Vector readEmission(const InputReader& reader, Losses& losses) {
 // Without an explicit mode, transparency is deduced from the alpha of the base colour and the opacity map.
 std::string readAlphaMode(ExportContext& context, const InputReader& reader, const Material& material) {
     const Node* opacity = reader.node("opacityMap");
-    const u32 colorMap = material.baseColorMap.texture;
+    const u32 colorMap = material.map(Map::BaseColor).texture;
     const bool isAlphaOfColorMap = opacity && colorMap != none && context.model.textures[colorMap].source == opacity;
     if (opacity && !isAlphaOfColorMap)
         context.losses.add("opacity maps other than the alpha of the base colour map", *reader.find("opacityMap"));
@@ -97,17 +123,59 @@ std::string readAlphaMode(ExportContext& context, const InputReader& reader, con
     return material.baseColor[3] < 1 || isAlphaOfColorMap ? "blend" : "opaque";
 }
 
+// Whether a map is of the core model, which more formats than glTF have.
+bool isCore(const MaterialMap& map) { return &map <= &materialMaps[static_cast<std::size_t>(Map::Emission)]; }
+
 // The inputs that readMaterial() uses. Of an input and its older name, only the one that has precedence.
-InputPatterns readInputs(const InputReader& reader) {
-    InputPatterns patterns = {"name",         "metallic",     "roughness",    "emission.color",
-                              "emission.map", "alpha.mode",   "alpha.cutoff", "doubleSided",
-                              "normalMap",    "occlusionMap", "opacityMap",   "metallicRoughnessMap"};
-    for (const char* map : {"baseColor", "normal", "metallicRoughness", "occlusion", "emission"})
-        for (const char* member : {"Xform.offset", "Xform.scale"})
-            patterns.insert(std::string(map) + member);
+InputPatterns readInputs(const InputReader& reader, const TargetFormat& target) {
+    InputPatterns patterns = {"name",       "metallic",    "roughness",  "emission.color",
+                              "alpha.mode", "doubleSided", "opacityMap", "alpha.cutoff"};
+    for (const MaterialMap& map : materialMaps) {
+        if (!isCore(map) && !target.hasScene)
+            continue;
+        patterns.insert(map.input);
+        if (map.factor)
+            patterns.insert(map.factorInput);
+        for (const char* member : {".offset", ".scale", ".rotation", ".uvset"})
+            patterns.insert(map.xform + std::string(member));
+    }
+    if (target.hasScene) {
+        patterns.insert({"unlit", "extras"});
+        for (const MaterialNumber& number : materialNumbers)
+            patterns.insert(number.input);
+    }
+    patterns.erase("baseColorMap");
     patterns.insert(reader.has("baseColor") ? "baseColor" : "color");
     patterns.insert(reader.node("baseColorMap") ? "baseColorMap" : "colorMap");
     return patterns;
+}
+
+void readMaps(ExportContext& context, const InputReader& reader, Material& material) {
+    for (std::size_t i = 0; i < materialMapCount; ++i)
+        if (isCore(materialMaps[i]) || context.target.hasScene)
+            material.maps[i] = readMap(context, reader, materialMaps[i].input, materialMaps[i]);
+    if (!reader.node("baseColorMap"))
+        material.map(Map::BaseColor) = readMap(context, reader, "colorMap", materialMaps[0]);
+}
+
+void readNumbers(ExportContext& context, const InputReader& reader, Material& material) {
+    for (std::size_t i = 0; i < materialNumberCount; ++i) {
+        const MaterialNumber& number = materialNumbers[i];
+        std::array<double, 3>& values = material.numbers[i];
+        values.fill(number.fallback);
+        if (!context.target.hasScene)
+            continue;
+        if (number.components == 3)
+            values = reader.numbers<3>(number.input, values);
+        else
+            values[0] = reader.number(number.input, number.fallback) * (number.isAngle ? radiansPerDegree : 1);
+        for (std::size_t k = 0; k < number.components; ++k) {
+            const double clamped = std::clamp(values[k], number.min, number.max);
+            if (clamped != values[k])
+                context.losses.add("numbers of materials out of range (clamped)", *reader.find(number.input));
+            values[k] = clamped;
+        }
+    }
 }
 
 } // namespace
@@ -131,16 +199,13 @@ u32 readMaterial(ExportContext& context, const Node* node) {
     material.roughness = reader.unitNumber("roughness", 1);
     material.emission = readEmission(reader, context.losses);
     material.isDoubleSided = reader.boolean("doubleSided", false);
-    material.baseColorMap = reader.node("baseColorMap") ? readMap(context, reader, "baseColorMap", "baseColorXform")
-                                                        : readMap(context, reader, "colorMap", "baseColorXform");
-    material.normalMap = readMap(context, reader, "normalMap", "normalXform");
-    material.metallicRoughnessMap = readMap(context, reader, "metallicRoughnessMap", "metallicRoughnessXform");
-    material.occlusionMap = readMap(context, reader, "occlusionMap", "occlusionXform");
-    material.emissionMap = readMap(context, reader, "emission.map", "emissionXform");
+    readMaps(context, reader, material);
+    readNumbers(context, reader, material);
+    material.isUnlit = context.target.hasScene && reader.boolean("unlit", false);
     material.alphaMode = readAlphaMode(context, reader, material);
     material.alphaCutoff =
         reader.clampedNumber("alpha.cutoff", 0.5, 0, static_cast<double>(std::numeric_limits<float>::max()));
-    addUnreadInputs(*node, readInputs(reader), context.losses);
+    addUnreadInputs(*node, readInputs(reader, context.target), context.losses);
     context.model.materials.push_back(std::move(material));
     return context.materialIndices.at(node);
 }

@@ -31,6 +31,11 @@ public:
         if (const Input* tangents = attribute("tangents", target_.hasTangents))
             geometry_.tangents = perPoint(readFloats(tangents, 4, losses_), 4, *tangents);
         readSkin();
+        if (target_.hasScene) {
+            readMoreColors();
+            readAttributes();
+            readTargets();
+        }
         if (std::ranges::any_of(corners_, [](const auto& indices) { return !indices.empty(); }))
             weld(geometry_, corners_);
         if (geometry_.topology == Topology::Polygons && !target_.hasPolygons)
@@ -198,14 +203,76 @@ private:
             return losses_.add("joints without weights, or weights without joints", *skin);
         if (!target_.hasScene)
             return losses_.add("skins of meshes", *skin);
-        std::optional<Values<u32>> indices = readIndices(joints, none);
-        if (!indices || elementLayout(joints->dataType()).components != 4)
-            return losses_.add("joints that are not four integers per point", *joints);
-        geometry_.joints = perPoint(std::move(*indices), 4, *joints);
-        geometry_.weights = perPoint(readFloats(weights, 4, losses_), 4, *weights);
-        if (geometry_.joints.empty() || geometry_.weights.empty()) {
-            geometry_.joints = {};
-            geometry_.weights = {};
+        addInfluences(*joints, *weights);
+        if (const Input* more = skin->input("more"))
+            for (const Input* some : more->children())
+                if (const Input* next = some->input("joints"), *share = some->input("weights"); next && share)
+                    addInfluences(*next, *share);
+    }
+
+    void addInfluences(const Input& joints, const Input& weights) {
+        std::optional<Values<u32>> indices = readIndices(&joints, none);
+        if (!indices || elementLayout(joints.dataType()).components != 4)
+            return losses_.add("joints that are not four integers per point", joints);
+        Influences influences{.joints = perPoint(std::move(*indices), 4, joints),
+                              .weights = perPoint(readFloats(&weights, 4, losses_), 4, weights)};
+        if (!influences.joints.empty() && !influences.weights.empty())
+            geometry_.influences.push_back(std::move(influences));
+    }
+
+    // Calls `act` for each object of an array.
+    void forEachObject(const char* array, auto act) {
+        if (const Input* list = mesh_.input(array))
+            for (const Input* object : list->children())
+                act(*object);
+    }
+
+    void readMoreColors() {
+        forEachObject("colorsets", [&](const Input& set) {
+            const Input* colors = set.input("colors");
+            if (!hasElements(colors))
+                return;
+            if (Values<float> values = perPoint(readFloats(colors, 4, losses_), 4, *colors); !values.empty())
+                geometry_.moreColors.push_back(std::move(values));
+        });
+    }
+
+    void readAttributes() {
+        forEachObject("attributes", [&](const Input& attribute) {
+            if (std::optional<NamedValues> values = readNamedValues(attribute, losses_)) {
+                values->values = perPoint(std::move(values->values), values->components, attribute);
+                if (!values->values.empty())
+                    geometry_.attributes.push_back(std::move(*values));
+            }
+        });
+    }
+
+    void readTargets() {
+        forEachObject("targets", [&](const Input& object) {
+            MorphTarget target;
+            const auto read = [&](const char* member, u32 components) {
+                const Input* values = object.input(member);
+                return hasElements(values) ? perPoint(readFloats(values, components, losses_), components, *values)
+                                           : Values<float>();
+            };
+            if (const Input* name = object.input("name"))
+                target.name = name->value().asString();
+            target.points = read("points", 3);
+            target.normals = read("normals", 3);
+            target.tangents = read("tangents", 3);
+            target.coords = read("coords", 2);
+            if (const Input* colors = object.input("colors"))
+                target.colorComponents = elementLayout(colors->dataType()).components == 3 ? 3 : 4;
+            target.colors = read("colors", target.colorComponents);
+            geometry_.targets.push_back(std::move(target));
+        });
+        const Input* weights = mesh_.input("weights");
+        if (!hasElements(weights))
+            return;
+        geometry_.targetWeights = readFloats(weights, 1, losses_);
+        if (geometry_.targetWeights.size() != geometry_.targets.size() || !allFinite(geometry_.targetWeights.span())) {
+            losses_.add("weights that do not match the morph targets", *weights);
+            geometry_.targetWeights = {};
         }
     }
 

@@ -11,8 +11,31 @@ namespace vrn::convert {
 
 namespace {
 
-const InputPatterns transformInputs = {"name",  "parent",    "children", "translation", "rotation",
-                                       "scale", "transform", "geometry", "material",    "skin"};
+const InputPatterns transformInputs = {"name",
+                                       "parent",
+                                       "children",
+                                       "translation",
+                                       "rotation",
+                                       "scale",
+                                       "transform",
+                                       "geometry",
+                                       "parts",
+                                       "material",
+                                       "skin",
+                                       "instances.translation",
+                                       "instances.rotation",
+                                       "instances.scale"};
+
+// What only formats with scenes hold.
+const InputPatterns sceneTransformInputs = {"weights", "instances.attributes[].name", "instances.attributes[].values",
+                                            "extras"};
+
+InputPatterns inputsFor(const TargetFormat& target) {
+    InputPatterns inputs = transformInputs;
+    if (target.hasScene)
+        inputs.insert(sceneTransformInputs.begin(), sceneTransformInputs.end());
+    return inputs;
+}
 
 bool hasTransform(const Node& node) {
     const String type = node.type();
@@ -70,6 +93,40 @@ void readTransform(ModelNode& node, Losses& losses) {
         setMatrix(node, product, losses);
     else
         losses.add("transforms whose product exceeds the range of a float", *node.source);
+}
+
+// The transforms with which the mesh of an instance is repeated.
+void readInstances(ModelNode& node, const TargetFormat& target, Losses& losses) {
+    const Input* object = node.source->input("instances");
+    if (!object)
+        return;
+    Instances& instances = node.instances;
+    bool isValid = true;
+    const auto read = [&](const char* member, u32 components) {
+        const Input* input = object->input(member);
+        Values<float> values = readFloats(input, components, losses);
+        const std::size_t count = values.size() / components;
+        if (count == 0)
+            return Values<float>();
+        isValid &= (instances.count == 0 || count == instances.count) && allFinite(values.span());
+        instances.count = count;
+        return values;
+    };
+    instances.translations = read("translation", 3);
+    instances.rotations = read("rotation", 4);
+    instances.scales = read("scale", 3);
+    if (const Input* attributes = target.hasScene ? object->input("attributes") : nullptr)
+        for (const Input* attribute : attributes->children())
+            if (std::optional<NamedValues> values = readNamedValues(*attribute, losses)) {
+                const std::size_t count = values->values.size() / values->components;
+                isValid &= instances.count == 0 || count == instances.count;
+                instances.count = count;
+                instances.attributes.push_back(std::move(*values));
+            }
+    if (isValid)
+        return;
+    losses.add("instances whose transforms are not finite or differ in number", *object);
+    instances = {};
 }
 
 // Links nodes to their parents. A node's own `parent` has precedence over the `children` of other nodes.
@@ -152,7 +209,8 @@ void readHierarchy(ExportContext& context) {
     for (ModelNode& node : context.model.nodes)
         if (hasTransform(*node.source)) {
             readTransform(node, context.losses);
-            addUnreadInputs(*node.source, transformInputs, context.losses);
+            readInstances(node, context.target, context.losses);
+            addUnreadInputs(*node.source, inputsFor(context.target), context.losses);
         }
     aimAtTargets(context);
 }

@@ -56,11 +56,11 @@ public:
         if (!readJoints(skin) || !readInverseBind(skin))
             return none;
         skin.skeleton = context_.nodeIndex(linkedNode(node.input("skeleton")));
-        if (skin.skeleton != none && skin.skeleton != roots_[skin.joints[0]]) {
-            context_.losses.add("skeletons other than the root of the joints", node);
+        if (skin.skeleton != none && !isAboveAll(skin.skeleton, skin.joints)) {
+            context_.losses.add("skeletons that are not above all joints", node);
             skin.skeleton = none;
         }
-        addUnreadInputs(node, {"name", "joints", "inverseBind", "skeleton"}, context_.losses);
+        addUnreadInputs(node, {"name", "joints", "inverseBind", "skeleton", "extras"}, context_.losses);
         found->second = static_cast<u32>(context_.model.skins.size());
         context_.model.skins.push_back(std::move(skin));
         return found->second;
@@ -70,6 +70,16 @@ private:
     bool reject(const char* reason, const Skin& skin) {
         context_.losses.add(std::string("skins with ") + reason, *skin.source);
         return false;
+    }
+
+    // Whether each joint is `skeleton` or below it.
+    [[nodiscard]] bool isAboveAll(u32 skeleton, const std::vector<u32>& joints) const {
+        const std::vector<ModelNode>& nodes = context_.model.nodes;
+        return std::ranges::all_of(joints, [&](u32 joint) {
+            while (joint != none && joint != skeleton)
+                joint = nodes[joint].parent;
+            return joint == skeleton;
+        });
     }
 
     bool readJoints(Skin& skin) {
@@ -96,7 +106,7 @@ private:
             skin.inverseBind = identities(skin.joints.size()); // explicit: some readers require them
             return true;
         }
-        const bool isValid = skin.inverseBind.size() == 16 * skin.joints.size() && allFinite(skin.inverseBind.span()) &&
+        const bool isValid = skin.inverseBind.size() >= 16 * skin.joints.size() && allFinite(skin.inverseBind.span()) &&
                              areAffine(skin.inverseBind.span());
         return isValid || reject("inverseBind matrices that do not match the joints", skin);
     }
@@ -113,7 +123,7 @@ void readSkins(ExportContext& context) {
         const Node* skin = linkedNode(node.source->input("skin"));
         if (!skin)
             continue;
-        const bool hasWeights = node.geometry != none && !context.model.geometries[node.geometry].weights.empty();
+        const bool hasWeights = node.geometry != none && !context.model.geometries[node.geometry].influences.empty();
         if (hasWeights)
             node.skin = reader.skinIndex(*skin);
         else

@@ -9,7 +9,7 @@ struct TargetFormat {
     bool hasPolygons = false;
     bool hasLinesAndPoints = false;
     bool hasMaterials = false;
-    bool hasScene = false; // node hierarchy, cameras, lights, skins, animations
+    bool hasScene = false; // node hierarchy, cameras, lights, skins, animations, and all that glTF has beyond others
     bool hasNormals = false;
     bool hasColors = false;
     bool hasTangents = false;

@@ -59,11 +59,8 @@ void weld(Geometry& geometry, const std::vector<Values<u32>>& attributes) {
     geometry.normals = pick(geometry.normals, 3, indicesOf(attributes.size() - 1));
     for (std::size_t i = 0; i < geometry.uvsets.size(); ++i)
         geometry.uvsets[i] = pick(geometry.uvsets[i], 2, indicesOf(i));
-    geometry.points = pick(geometry.points, 3, points);
-    geometry.tangents = pick(geometry.tangents, 4, points);
-    geometry.colors = pick(geometry.colors, 4, points);
-    geometry.joints = pick(geometry.joints, 4, points);
-    geometry.weights = pick(geometry.weights, 4, points);
+    geometry.forEachVertexArray(
+        [&](auto& values, std::size_t components) { values = pick(values, components, points); });
     geometry.indices = Values<u32>(std::move(vertices));
 }
 
