@@ -24,19 +24,23 @@ function withObjects(module, classes, use) {
 // COLOR or GENERIC, and may have `quantization` in bits. Returns the bytes; attribute n gets the unique id n.
 function encode(indices, attributes, method = "MESH_SEQUENTIAL_ENCODING") {
     const draco = encoders.draco;
-    return withObjects(draco, ["Encoder", "MeshBuilder", "Mesh", "DracoInt8Array"], (encoder, builder, mesh, target) => {
-        builder.AddFacesToMesh(mesh, indices.length / 3, indices);
-        for (const { kind, size, array, quantization } of attributes) {
-            const adder = ADDERS.get(array.constructor);
-            const id = builder[adder](mesh, draco[kind], array.length / size, size, array);
-            if (quantization) encoder.SetAttributeQuantization(draco[kind], quantization);
-            if (id < 0) throw new Error(`Draco does not accept the attribute ${kind}`);
+    return withObjects(
+        draco,
+        ["Encoder", "MeshBuilder", "Mesh", "DracoInt8Array"],
+        (encoder, builder, mesh, target) => {
+            builder.AddFacesToMesh(mesh, indices.length / 3, indices);
+            for (const { kind, size, array, quantization } of attributes) {
+                const adder = ADDERS.get(array.constructor);
+                const id = builder[adder](mesh, draco[kind], array.length / size, size, array);
+                if (quantization) encoder.SetAttributeQuantization(draco[kind], quantization);
+                if (id < 0) throw new Error(`Draco does not accept the attribute ${kind}`);
+            }
+            encoder.SetEncodingMethod(draco[method]);
+            const length = encoder.EncodeMeshToDracoBuffer(mesh, target);
+            if (length <= 0) throw new Error("Draco cannot encode this mesh");
+            return Buffer.from(Array.from({ length }, (_, at) => target.GetValue(at) & 255));
         }
-        encoder.SetEncodingMethod(draco[method]);
-        const length = encoder.EncodeMeshToDracoBuffer(mesh, target);
-        if (length <= 0) throw new Error("Draco cannot encode this mesh");
-        return Buffer.from(Array.from({ length }, (_, at) => target.GetValue(at) & 255));
-    });
+    );
 }
 
 function triangles(draco, decoder, mesh) {

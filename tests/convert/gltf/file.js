@@ -119,6 +119,8 @@ class GltfFile {
 
     decompress(compressed, view) {
         const { count, byteStride, mode, filter = "NONE" } = compressed;
+        check(["ATTRIBUTES", "TRIANGLES", "INDICES"].includes(mode), "unknown compression of a buffer view");
+        check(["NONE", "OCTAHEDRAL", "QUATERNION", "EXPONENTIAL"].includes(filter), "unknown filter of a buffer view");
         check(count * byteStride === view.byteLength, "the sizes of compressed and uncompressed data differ");
         const target = Buffer.alloc(count * byteStride);
         decoders.meshopt.decodeGltfBuffer(target, count, byteStride, this.slice(compressed), mode, filter);
@@ -154,7 +156,10 @@ class GltfFile {
         const { size, read } = TYPES[componentType];
         const { offsets, elementSize } = componentOffsets(shape, size);
         const stride = this.get("bufferViews", bufferView).byteStride ?? elementSize;
-        check(count === 0 || byteOffset + stride * (count - 1) + elementSize <= bytes.length, "an accessor exceeds its view");
+        check(
+            count === 0 || byteOffset + stride * (count - 1) + elementSize <= bytes.length,
+            "an accessor exceeds its view"
+        );
         const view = new DataView(bytes.buffer, bytes.byteOffset, bytes.length);
         const values = [];
         for (let element = 0; element < count; ++element)

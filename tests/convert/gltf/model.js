@@ -43,7 +43,10 @@ function padded(bytes, filler = 0) {
 
 function bounds(values, size) {
     const columns = Array.from({ length: size }, (_, column) => values.filter((_, at) => at % size === column));
-    return { min: columns.map((column) => Math.min(...column)), max: columns.map((column) => Math.max(...column)) };
+    return {
+        min: columns.map((column) => column.reduce((a, b) => Math.min(a, b))),
+        max: columns.map((column) => column.reduce((a, b) => Math.max(a, b))),
+    };
 }
 
 // A GLB from its chunks, as pairs of a type and bytes of a length that is a multiple of four.
@@ -56,7 +59,10 @@ function glb(chunks) {
         parts.push(header, bytes);
     }
     const header = Buffer.from("glTF\x02\0\0\0\0\0\0\0", "latin1");
-    header.writeUInt32LE(parts.reduce((sum, part) => sum + part.length, header.length), 8);
+    header.writeUInt32LE(
+        parts.reduce((sum, part) => sum + part.length, header.length),
+        8
+    );
     return Buffer.concat([header, ...parts]);
 }
 
@@ -66,6 +72,7 @@ class Model {
         this.bytes = Buffer.alloc(0);
         this.container = "glb"; // or "gltf" with a model.bin, or "embedded", with a data URI
         this.more = {}; // other files, by name
+        this.chunks = []; // more chunks of the GLB
     }
 
     // Appends to the list of the JSON with that name and returns the index. Objects get names, so that only the models of
@@ -104,7 +111,9 @@ class Model {
     // An accessor whose elements start at multiples of four bytes, as those of vertex attributes must.
     attribute(type, array, more = {}) {
         const size = COMPONENTS[type];
-        const elements = Array.from({ length: array.length / size }, (_, at) => array.slice(at * size, at * size + size));
+        const elements = Array.from({ length: array.length / size }, (_, at) =>
+            array.slice(at * size, at * size + size)
+        );
         const bytes = Buffer.concat(elements.map((element) => padded(bytesOf(element))));
         const byteStride = bytes.length / elements.length;
         return this.add("accessors", {
@@ -176,14 +185,17 @@ class Model {
             json.scene = 0;
         }
         if (this.bytes.length && !json.buffers?.[0])
-            json.buffers = [{ byteLength: this.bytes.length, ...this.bufferMember() }, ...(json.buffers ?? []).slice(1)];
+            json.buffers = [
+                { byteLength: this.bytes.length, ...this.bufferMember() },
+                ...(json.buffers ?? []).slice(1),
+            ];
         if (this.container !== "glb") {
             const bin = this.container === "gltf" && this.bytes.length ? { "model.bin": this.bytes } : {};
             return { "model.gltf": Buffer.from(JSON.stringify(json)), ...bin, ...this.more };
         }
         const chunks = [["JSON", padded(Buffer.from(JSON.stringify(json)), 0x20)]];
         if (this.bytes.length) chunks.push(["BIN\0", this.bytes]);
-        return { "model.glb": glb(chunks), ...this.more };
+        return { "model.glb": glb([...chunks, ...this.chunks]), ...this.more };
     }
 
     bufferMember() {

@@ -6,7 +6,9 @@ const { Model } = require("./model.js");
 
 const TABLES = ["accessors", "animations", "attributes", "compression", "materials", "morphs", "scenes", "textures"];
 
-const MAKERS = Object.assign({}, ...TABLES.map((table) => require(`./models/${table}.js`)));
+const SMALL = Object.assign({}, ...TABLES.map((table) => require(`./models/${table}.js`)));
+const LARGE = require("./models/large.js");
+const MAKERS = { ...SMALL, ...LARGE };
 
 // { files, expected } of the model with a name. The first file is the glTF file.
 function makeModel(name) {
@@ -15,4 +17,4 @@ function makeModel(name) {
     return { files: model.files(), expected };
 }
 
-module.exports = { modelNames: Object.keys(MAKERS), makeModel };
+module.exports = { modelNames: Object.keys(MAKERS), smallNames: Object.keys(SMALL), makeModel };

@@ -10,10 +10,11 @@ const { compare, open } = require("./compare.js");
 const { contentOf } = require("./content/content.js");
 const { unexpected } = require("./expect.js");
 const { Model } = require("./model.js");
-const { makeModel, modelNames } = require("./models.js");
+const { makeModel, modelNames, smallNames } = require("./models.js");
 const faults = require("./models/faults.js");
 const losses = require("./models/losses.js");
 const { exemptions, unnoticed } = require("./mutations.js");
+const { wrongPairs } = require("./pairs.js");
 const { report } = require("../validate.js");
 
 // Writes files, by their names relative to a folder. Returns the path of the first.
@@ -25,8 +26,28 @@ function write(folder, files) {
     return path.join(folder, Object.keys(files)[0]);
 }
 
+function isReadable(file) {
+    try {
+        contentOf(open(file));
+        return true;
+    } catch {
+        return false;
+    }
+}
+
+// The validator does not report on a file that is not glTF at all.
+function rejection(error) {
+    return { severity: 0, pointer: "", message: String(error) };
+}
+
 const requests = {
-    names: () => ({ models: modelNames, faults: Object.keys(faults), losses: Object.keys(losses), exemptions }),
+    names: () => ({
+        models: modelNames,
+        small: smallNames,
+        faults: Object.keys(faults),
+        losses: Object.keys(losses),
+        exemptions,
+    }),
 
     // Writes a model to a folder and returns its path.
     model: (name, folder) => write(folder, makeModel(name).files),
@@ -45,15 +66,21 @@ const requests = {
     // How the content of a file differs from what is expected of a model.
     unexpected: (name, file) => unexpected(contentOf(open(file)), makeModel(name).expected),
 
+    isFaulty: async (file) => (await requests.validate(file)).length > 0 || !isReadable(file),
+
     // The changes of a file that comparing it does not notice.
     unnoticed: (file) => unnoticed(open(file)),
 
     compare,
 
+    wrongPairs,
+
     // The errors in a file.
     validate: async (file) => {
-        const { issues } = await report(file);
-        return issues.messages.filter(({ severity }) => severity === 0).map(({ pointer, message }) => `${pointer}: ${message}`);
+        const { issues } = await report(file).catch((error) => ({ issues: { messages: [rejection(error)] } }));
+        return issues.messages
+            .filter(({ severity }) => severity === 0)
+            .map(({ pointer, message }) => `${pointer}: ${message}`);
     },
 };
 

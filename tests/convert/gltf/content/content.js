@@ -4,9 +4,24 @@
 // that are absent are the same. Not part of the content: the generator, bounds and names of accessors, buffers, the
 // extensions that are declared, extensions that are not read here, and objects that nothing refers to.
 const { identity } = require("./identity.js");
-const { Materials } = require("./materials.js");
+const { check } = require("../file.js");
+const { MATERIAL_EXTENSIONS, Materials } = require("./materials.js");
 const { Nodes, sharing } = require("./nodes.js");
 const { numbersOf } = require("./numbers.js");
+
+// What a file may require.
+const EXTENSIONS = [
+    ...MATERIAL_EXTENSIONS,
+    "EXT_mesh_gpu_instancing",
+    "EXT_meshopt_compression",
+    "EXT_texture_webp",
+    "KHR_draco_mesh_compression",
+    "KHR_lights_punctual",
+    "KHR_materials_variants",
+    "KHR_mesh_quantization",
+    "KHR_texture_basisu",
+    "KHR_texture_transform",
+];
 
 function rootsOf(json) {
     const children = new Set((json.nodes ?? []).flatMap((node) => node.children ?? []));
@@ -48,6 +63,7 @@ function variantsContent(json) {
 
 function contentOf(file) {
     const { json } = file;
+    for (const name of json.extensionsRequired ?? []) check(EXTENSIONS.includes(name), `${name} is not supported`);
     const nodes = new Nodes(file, new Materials(file));
     const { scenes, outside } = scenesContent(json, rootsOf(json), nodes);
     nodes.addSkins();

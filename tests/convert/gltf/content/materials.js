@@ -112,7 +112,9 @@ function memberContent(file, value, byDefault) {
 
 function membersContent(file, object, defaults) {
     const members = Object.entries(defaults);
-    return Object.fromEntries(members.map(([name, byDefault]) => [name, memberContent(file, object?.[name], byDefault)]));
+    return Object.fromEntries(
+        members.map(([name, byDefault]) => [name, memberContent(file, object?.[name], byDefault)])
+    );
 }
 
 function materialContent(file, material) {
@@ -143,4 +145,6 @@ class Materials {
     }
 }
 
-module.exports = { Materials };
+const MATERIAL_EXTENSIONS = [...Object.keys(EXTENSIONS), "KHR_materials_unlit"];
+
+module.exports = { MATERIAL_EXTENSIONS, Materials };

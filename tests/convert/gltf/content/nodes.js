@@ -55,7 +55,13 @@ function lightContent(file, index) {
     const light = file.json.extensions[LIGHTS].lights[index];
     check(light, `there is no light ${index}`);
     const { type, color = [1, 1, 1], intensity = 1, range = Infinity, spot } = light;
-    const content = { ...identity(light), type, color: new Numbers(color), intensity: near(intensity), range: near(range) };
+    const content = {
+        ...identity(light),
+        type,
+        color: new Numbers(color),
+        intensity: near(intensity),
+        range: near(range),
+    };
     if (type === "spot") {
         content.innerConeAngle = near(spot?.innerConeAngle ?? 0);
         content.outerConeAngle = near(spot?.outerConeAngle ?? Math.PI / 4);

@@ -9,7 +9,9 @@ function custom(type, array, more) {
     return (m) => {
         const _VALUE = m.attribute(type, array, more);
         m.node({ mesh: m.mesh({ attributes: { POSITION: m.corner(), _VALUE } }) });
-        const largest = { Int8Array: 127, Uint8Array: 255, Int16Array: 32767, Uint16Array: 65535 }[array.constructor.name];
+        const largest = { Int8Array: 127, Uint8Array: 255, Int16Array: 32767, Uint16Array: 65535 }[
+            array.constructor.name
+        ];
         return { [`${ATTRIBUTES}/_VALUE`]: [...array].map((v) => (more?.normalized ? Math.max(v / largest, -1) : v)) };
     };
 }
@@ -32,7 +34,10 @@ function sparse(m, Index, count, indices, replacements, base = {}) {
         ...base,
         sparse: {
             count: indices.length,
-            indices: { bufferView: m.view(bytesOf(Index.from(indices))), componentType: { 1: 5121, 2: 5123, 4: 5125 }[Index.BYTES_PER_ELEMENT] },
+            indices: {
+                bufferView: m.view(bytesOf(Index.from(indices))),
+                componentType: { 1: 5121, 2: 5123, 4: 5125 }[Index.BYTES_PER_ELEMENT],
+            },
             values: { bufferView: m.view(bytesOf(Float32Array.from(replacements))) },
         },
     });
@@ -111,10 +116,15 @@ module.exports = {
     "accessor-u16": custom("VEC2", Uint16Array.of(65535, 0, 1, 2, 3, 4)),
     "accessor-f32": custom("VEC4", Float32Array.of(1e-40, -0, 3.4e38, 0.1, 1 / 3, -1e-7, 16777217, 4, 5, 6, 7, 8)),
     "accessor-i8-normalized": custom("VEC3", Int8Array.of(-128, -127, 127, 0, 64, -64, 1, 2, 3), { normalized: true }),
-    "accessor-u8-normalized": custom("VEC4", Uint8Array.of(0, 51, 255, 128, 1, 2, 3, 4, 5, 6, 7, 8), { normalized: true }),
+    "accessor-u8-normalized": custom("VEC4", Uint8Array.of(0, 51, 255, 128, 1, 2, 3, 4, 5, 6, 7, 8), {
+        normalized: true,
+    }),
     "accessor-i16-normalized": custom("VEC2", Int16Array.of(-32768, -32767, 32767, 0, 1, -1), { normalized: true }),
     "accessor-u16-normalized": custom("VEC2", Uint16Array.of(0, 13107, 65535, 1, 2, 3), { normalized: true }),
-    "accessor-mat4": custom("MAT4", Float32Array.from({ length: 48 }, (_, at) => at / 8)),
+    "accessor-mat4": custom(
+        "MAT4",
+        Float32Array.from({ length: 48 }, (_, at) => at / 8)
+    ),
     "accessor-indices-u8": indexed(Uint8Array),
     "accessor-indices-u16": indexed(Uint16Array),
     "accessor-indices-u32": indexed(Uint32Array),
@@ -125,6 +135,28 @@ module.exports = {
         const POSITION = sparse(m, Uint16Array, 3, [1, 2], [2, 0, 0, 0, 2, 0], BOX);
         m.node({ mesh: m.mesh({ attributes: { POSITION } }) });
         return { [`${ATTRIBUTES}/POSITION`]: [0, 0, 0, 2, 0, 0, 0, 2, 0] };
+    },
+    "accessor-sparse-normalized": (m) => {
+        const COLOR_0 = m.attribute("VEC4", Uint8Array.of(255, 0, 0, 255, 0, 255, 0, 255, 0, 0, 255, 255), {
+            normalized: true,
+        });
+        m.json.accessors[COLOR_0].sparse = {
+            count: 1,
+            indices: { bufferView: m.view(Buffer.from([1])), componentType: 5121 },
+            values: { bufferView: m.view(Buffer.from([51, 102, 153, 204])) },
+        };
+        m.node({ mesh: m.mesh({ attributes: { POSITION: m.corner(), COLOR_0 } }) });
+        return { [`${ATTRIBUTES}/COLOR_0`]: [1, 0, 0, 1, 0.2, 0.4, 0.6, 0.8, 0, 0, 1, 1] };
+    },
+    "accessor-sparse-indices": (m) => {
+        const indices = m.accessor("SCALAR", Uint16Array.of(0, 0, 1));
+        m.json.accessors[indices].sparse = {
+            count: 1,
+            indices: { bufferView: m.view(bytesOf(Uint32Array.of(1))), componentType: 5125 },
+            values: { bufferView: m.view(bytesOf(Uint16Array.of(2))) },
+        };
+        m.node({ mesh: m.mesh({ attributes: { POSITION: m.corner() }, indices }) });
+        return { [`${ATTRIBUTES}/POSITION`]: [0, 0, 0, 0, 1, 0, 1, 0, 0] };
     },
     "accessor-without-view": (m) => {
         const _ZERO = m.add("accessors", { componentType: 5126, count: 3, type: "VEC2" });
@@ -137,6 +169,24 @@ module.exports = {
     "container-gltf-and-bin": inContainer("gltf"),
     "container-data-uri": inContainer("embedded"),
     "container-several-buffers": severalBuffers,
+    "container-uri-of-glb": (m) => {
+        m.node({ mesh: m.triangle() });
+        m.json.buffers = [{ byteLength: m.bytes.length, uri: "buffer.bin" }];
+        m.more["buffer.bin"] = m.bytes;
+        m.bytes = Buffer.alloc(0);
+        return { [`${ATTRIBUTES}/POSITION`]: CORNERS };
+    },
+    "container-with-another-chunk": (m) => {
+        m.node({ mesh: m.triangle() });
+        m.chunks = [["TEST", Buffer.from("of the future...")]];
+        return { [`${ATTRIBUTES}/POSITION`]: CORNERS };
+    },
+    "container-padded-buffer": (m) => {
+        const attributes = { POSITION: m.corner() };
+        m.node({ mesh: m.mesh({ attributes, indices: m.accessor("SCALAR", Uint8Array.of(2, 1, 0)) }) });
+        m.json.buffers = [{ byteLength: m.bytes.length - 1 }]; // the chunk has a byte of padding
+        return { [`${ATTRIBUTES}/POSITION`]: [0, 0, 0, 0, 1, 0, 1, 0, 0] };
+    },
     "container-without-buffer": (m) => {
         m.node({ name: "alone" });
         return { "/scenes/0/nodes": [{ name: "alone" }] };

@@ -1,18 +1,51 @@
 // Animations of transforms and of the weights of morph targets.
+const { bytesOf } = require("../model.js");
+
 const CHANNEL = "/animations/0/channels/0";
 
 const VALUES = {
-    translation: { type: "VEC3", keys: [[0, 0, 0], [1, 2, 3], [-1, 0.1, 0.5]] },
-    rotation: { type: "VEC4", keys: [[0, 0, 0, 1], [0, 0, 0.6, 0.8], [1, 0, 0, 0]] },
-    scale: { type: "VEC3", keys: [[1, 1, 1], [2, 2, 2], [0.5, 1, 1.5]] },
-    weights: { type: "SCALAR", keys: [[0, 1], [0.5, 0.25], [1, 0]] },
+    translation: {
+        type: "VEC3",
+        keys: [
+            [0, 0, 0],
+            [1, 2, 3],
+            [-1, 0.1, 0.5],
+        ],
+    },
+    rotation: {
+        type: "VEC4",
+        keys: [
+            [0, 0, 0, 1],
+            [0, 0, 0.6, 0.8],
+            [1, 0, 0, 0],
+        ],
+    },
+    scale: {
+        type: "VEC3",
+        keys: [
+            [1, 1, 1],
+            [2, 2, 2],
+            [0.5, 1, 1.5],
+        ],
+    },
+    weights: {
+        type: "SCALAR",
+        keys: [
+            [0, 1],
+            [0.5, 0.25],
+            [1, 0],
+        ],
+    },
 };
 const TIMES = [0, 0.5, 2.25];
 
 // The node to be animated; its weights are those of two targets.
 function target(m, path) {
     if (path !== "weights") return m.node({ name: "moved" });
-    const targets = [{ POSITION: m.positions(0, 0, 1, 0, 0, 1, 0, 0, 1) }, { POSITION: m.positions(1, 0, 0, 1, 0, 0, 1, 0, 0) }];
+    const targets = [
+        { POSITION: m.positions(0, 0, 1, 0, 0, 1, 0, 0, 1) },
+        { POSITION: m.positions(1, 0, 0, 1, 0, 0, 1, 0, 0) },
+    ];
     return m.node({ name: "morphed", mesh: m.triangle({ targets }) });
 }
 
@@ -57,7 +90,12 @@ for (const interpolation of ["STEP", "LINEAR", "CUBICSPLINE"])
 
 module.exports = {
     ...table,
-    "animation-rotation-i8": normalized("VEC4", "rotation", Int8Array.of(0, 0, 0, 127, 127, 0, 0, 0), [0, 0, 0, 1, 1, 0, 0, 0]),
+    "animation-rotation-i8": normalized(
+        "VEC4",
+        "rotation",
+        Int8Array.of(0, 0, 0, 127, 127, 0, 0, 0),
+        [0, 0, 0, 1, 1, 0, 0, 0]
+    ),
     "animation-rotation-i16": normalized(
         "VEC4",
         "rotation",
@@ -80,7 +118,10 @@ module.exports = {
                 { input, output: m.floats("VEC4", 0, 0.6, 0, 0.8, 0, 0.6, 0, 0.8) },
                 { input, output: m.floats("VEC3", 2, 2, 2, 2, 2, 2) },
             ],
-            channels: ["translation", "rotation", "scale"].map((path, sampler) => ({ sampler, target: { node, path } })),
+            channels: ["translation", "rotation", "scale"].map((path, sampler) => ({
+                sampler,
+                target: { node, path },
+            })),
         });
         return {
             "/animations/0/channels": [
@@ -89,6 +130,38 @@ module.exports = {
                 { target: "/scenes/0/nodes/0/translation", values: [1, 2, 3, 1, 2, 3] },
             ],
         };
+    },
+    "animation-sparse": (m) => {
+        const node = m.node();
+        const output = m.floats("VEC3", 1, 1, 1, 2, 2, 2, 3, 3, 3);
+        m.json.accessors[output].sparse = {
+            count: 1,
+            indices: { bufferView: m.view(Buffer.from([2])), componentType: 5121 },
+            values: { bufferView: m.view(bytesOf(Float32Array.of(4, 5, 6))) },
+        };
+        m.add("animations", {
+            samplers: [{ input: m.times(0, 1, 2), output }],
+            channels: [{ sampler: 0, target: { node, path: "scale" } }],
+        });
+        return { [`${CHANNEL}/values`]: [1, 1, 1, 2, 2, 2, 4, 5, 6] };
+    },
+    "animation-in-one-view": (m) => {
+        const node = m.node();
+        const bufferView = m.view(bytesOf(Float32Array.of(0.5, 1, 1, 2, 3, 4, 5, 6)));
+        const input = m.add("accessors", {
+            bufferView,
+            componentType: 5126,
+            count: 2,
+            type: "SCALAR",
+            min: [0.5],
+            max: [1],
+        });
+        const output = m.add("accessors", { bufferView, byteOffset: 8, componentType: 5126, count: 2, type: "VEC3" });
+        m.add("animations", {
+            samplers: [{ input, output }],
+            channels: [{ sampler: 0, target: { node, path: "translation" } }],
+        });
+        return { [CHANNEL]: { times: [0.5, 1], values: [1, 2, 3, 4, 5, 6] } };
     },
     "animation-with-one-key": (m) => {
         const node = m.node();

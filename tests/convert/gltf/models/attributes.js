@@ -45,11 +45,21 @@ function skinned(m, more) {
 }
 
 function influences(...corners) {
-    const content = corners.map((pairs) => ({ joints: pairs.map(([joint]) => joint), weights: pairs.map(([, weight]) => weight) }));
+    const content = corners.map((pairs) => ({
+        joints: pairs.map(([joint]) => joint),
+        weights: pairs.map(([, weight]) => weight),
+    }));
     return { "/scenes/0/nodes/1/mesh/primitives/0/influences": content };
 }
 
-const HALVES = influences([[0, 1]], [[0, 0.4], [1, 0.6]], [[1, 1]]);
+const HALVES = influences(
+    [[0, 1]],
+    [
+        [0, 0.4],
+        [1, 0.6],
+    ],
+    [[1, 1]]
+);
 
 module.exports = {
     "attribute-normal-tangent": attributes(
@@ -71,10 +81,9 @@ module.exports = {
         (m) => ({ TEXCOORD_0: m.accessor("VEC2", Uint16Array.of(0, 0, 65535, 0, 13107, 65535), { normalized: true }) }),
         { TEXCOORD_0: [0, 0, 1, 0, 0.2, 1] }
     ),
-    "attribute-color-rgb-f32": attributes(
-        (m) => ({ COLOR_0: m.floats("VEC3", 1, 0, 0, 0, 0.25, 0, 0, 0, 0.1) }),
-        { COLOR_0: [1, 0, 0, 1, 0, 0.25, 0, 1, 0, 0, 0.1, 1] }
-    ),
+    "attribute-color-rgb-f32": attributes((m) => ({ COLOR_0: m.floats("VEC3", 1, 0, 0, 0, 0.25, 0, 0, 0, 0.1) }), {
+        COLOR_0: [1, 0, 0, 1, 0, 0.25, 0, 1, 0, 0, 0.1, 1],
+    }),
     "attribute-color-rgba-u16": attributes(
         (m) => ({
             COLOR_0: m.accessor("VEC4", Uint16Array.of(65535, 0, 0, 13107, 0, 65535, 0, 26214, 0, 0, 65535, 0), {
@@ -85,7 +94,9 @@ module.exports = {
     ),
     "attribute-color-two-sets": attributes(
         (m) => ({
-            COLOR_0: m.accessor("VEC4", Uint8Array.of(255, 0, 0, 255, 0, 255, 0, 51, 0, 0, 255, 0), { normalized: true }),
+            COLOR_0: m.accessor("VEC4", Uint8Array.of(255, 0, 0, 255, 0, 255, 0, 51, 0, 0, 255, 0), {
+                normalized: true,
+            }),
             COLOR_1: m.floats("VEC4", 0.1, 0.2, 0.3, 0.4, 0.5, 0.6, 0.7, 0.8, 0.9, 1, 0, 1),
         }),
         {
@@ -120,7 +131,8 @@ module.exports = {
     },
     "attribute-eight-joints": (m) => {
         const joints = [...Array(8).keys()];
-        for (const joint of joints) m.node({ name: `joint${joint}`, ...(joint === 0 && { children: joints.slice(1) }) });
+        for (const joint of joints)
+            m.node({ name: `joint${joint}`, ...(joint === 0 && { children: joints.slice(1) }) });
         m.add("skins", { joints });
         const four = [0.125, 0.125, 0.125, 0.125];
         const mesh = m.mesh({
@@ -192,7 +204,10 @@ module.exports = {
     },
     "mesh-vertices-shared-by-primitives": (m) => {
         const POSITION = m.positions(...points(0, 1, 2, 3));
-        const drawn = (...indices) => ({ attributes: { POSITION }, indices: m.accessor("SCALAR", Uint16Array.from(indices)) });
+        const drawn = (...indices) => ({
+            attributes: { POSITION },
+            indices: m.accessor("SCALAR", Uint16Array.from(indices)),
+        });
         m.node({ mesh: m.mesh(drawn(0, 1, 2), drawn(1, 3, 2)) });
         return { [`${MESH}/primitives/1/attributes/POSITION`]: points(1, 3, 2) };
     },

@@ -53,7 +53,12 @@ const GRID = [0, 1, 3, 1, 4, 3, 1, 2, 4, 2, 5, 4];
 
 // From the corner with the lowest x and, in a tie, the lowest y.
 function gridCorners() {
-    const triangles = [[0, 1, 3], [3, 1, 4], [1, 2, 4], [4, 2, 5]];
+    const triangles = [
+        [0, 1, 3],
+        [3, 1, 4],
+        [1, 2, 4],
+        [4, 2, 5],
+    ];
     return triangles.flat().flatMap((point) => GRID_POINTS.slice(point * 3, point * 3 + 3));
 }
 
@@ -146,8 +151,17 @@ function dracoPrimitive(m, indices, attributes, method) {
 
 function dracoPositions(values, more) {
     const xs = (axis) => values.filter((_, at) => at % 3 === axis);
-    const bounds = { min: [0, 1, 2].map((axis) => Math.min(...xs(axis))), max: [0, 1, 2].map((axis) => Math.max(...xs(axis))) };
-    return { kind: "POSITION", size: 3, array: Float32Array.from(values), accessor: { type: "VEC3", ...bounds }, ...more };
+    const bounds = {
+        min: [0, 1, 2].map((axis) => Math.min(...xs(axis))),
+        max: [0, 1, 2].map((axis) => Math.max(...xs(axis))),
+    };
+    return {
+        kind: "POSITION",
+        size: 3,
+        array: Float32Array.from(values),
+        accessor: { type: "VEC3", ...bounds },
+        ...more,
+    };
 }
 
 function dracoGrid(method, more) {
@@ -160,16 +174,36 @@ function dracoGrid(method, more) {
 function dracoAttributes(m) {
     const attributes = {
         POSITION: dracoPositions(CORNERS),
-        NORMAL: { kind: "NORMAL", size: 3, array: Float32Array.of(0, 0, 1, 0, 1, 0, 1, 0, 0), accessor: { type: "VEC3" } },
-        TEXCOORD_0: { kind: "TEX_COORD", size: 2, array: Float32Array.of(0, 0, 1, 0, 0, 1), accessor: { type: "VEC2" } },
-        TEXCOORD_1: { kind: "TEX_COORD", size: 2, array: Float32Array.of(5, 0, 6, 0, 5, 1), accessor: { type: "VEC2" } },
+        NORMAL: {
+            kind: "NORMAL",
+            size: 3,
+            array: Float32Array.of(0, 0, 1, 0, 1, 0, 1, 0, 0),
+            accessor: { type: "VEC3" },
+        },
+        TEXCOORD_0: {
+            kind: "TEX_COORD",
+            size: 2,
+            array: Float32Array.of(0, 0, 1, 0, 0, 1),
+            accessor: { type: "VEC2" },
+        },
+        TEXCOORD_1: {
+            kind: "TEX_COORD",
+            size: 2,
+            array: Float32Array.of(5, 0, 6, 0, 5, 1),
+            accessor: { type: "VEC2" },
+        },
         COLOR_0: {
             kind: "COLOR",
             size: 4,
             array: Uint8Array.of(255, 0, 0, 255, 0, 255, 0, 51, 0, 0, 255, 102),
             accessor: { type: "VEC4", componentType: 5121, normalized: true },
         },
-        _NUMBER: { kind: "GENERIC", size: 1, array: Uint16Array.of(7, 8, 9000), accessor: { type: "SCALAR", componentType: 5123 } },
+        _NUMBER: {
+            kind: "GENERIC",
+            size: 1,
+            array: Uint16Array.of(7, 8, 9000),
+            accessor: { type: "SCALAR", componentType: 5123 },
+        },
     };
     m.node({ mesh: dracoPrimitive(m, [0, 1, 2], attributes) });
     return {
@@ -214,7 +248,12 @@ function dracoSkin(m) {
 // that it is noticed if the uncompressed ones are read.
 function dracoFallback(m) {
     const POSITION = dracoPositions(CORNERS);
-    const TEXCOORD_0 = { kind: "TEX_COORD", size: 2, array: Float32Array.of(0, 0, 1, 0, 0, 1), accessor: { type: "VEC2" } };
+    const TEXCOORD_0 = {
+        kind: "TEX_COORD",
+        size: 2,
+        array: Float32Array.of(0, 0, 1, 0, 0, 1),
+        accessor: { type: "VEC2" },
+    };
     const bufferView = m.view(draco.encode(Uint32Array.of(0, 1, 2), [POSITION, TEXCOORD_0]));
     const primitive = m.extension(DRACO, { bufferView, attributes: { POSITION: 0, TEXCOORD_0: 1 } });
     const attributes = { POSITION: m.corner(), TEXCOORD_0: m.floats("VEC2", 0, 0, 0.5, 0, 0, 0.5) };
@@ -228,7 +267,9 @@ function quantizedPositions(array, more = {}) {
         m.use("KHR_mesh_quantization", true);
         const POSITION = m.bounded("VEC3", array, more);
         m.node({ mesh: m.mesh({ attributes: { POSITION } }), scale: [0.5, 0.5, 0.5] });
-        const largest = { Int8Array: 127, Uint8Array: 255, Int16Array: 32767, Uint16Array: 65535 }[array.constructor.name];
+        const largest = { Int8Array: 127, Uint8Array: 255, Int16Array: 32767, Uint16Array: 65535 }[
+            array.constructor.name
+        ];
         return { [`${ATTRIBUTES}/POSITION`]: [...array].map((v) => (more.normalized ? Math.max(v / largest, -1) : v)) };
     };
 }
@@ -268,7 +309,9 @@ module.exports = {
     "quantized-i16": quantizedPositions(Int16Array.of(-32768, 0, 0, 32767, 0, 0, 0, 64, 0)),
     "quantized-u16": quantizedPositions(Uint16Array.of(0, 0, 0, 65535, 0, 0, 0, 64, 0)),
     "quantized-i8-normalized": quantizedPositions(Int8Array.of(-127, 0, 0, 127, 0, 0, 0, 64, 0), { normalized: true }),
-    "quantized-u16-normalized": quantizedPositions(Uint16Array.of(0, 0, 0, 65535, 0, 0, 0, 64, 0), { normalized: true }),
+    "quantized-u16-normalized": quantizedPositions(Uint16Array.of(0, 0, 0, 65535, 0, 0, 0, 64, 0), {
+        normalized: true,
+    }),
     "quantized-attributes": quantizedAttributes,
     "quantized-targets": quantizedTargets,
 

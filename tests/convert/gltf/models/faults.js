@@ -1,5 +1,7 @@
 // Files that must be rejected. Each names the JSON pointers one of which a message has to start with; an empty pointer
 // stands for a fault outside the JSON.
+const { encoders } = require("../codecs.js");
+const dracoCodec = require("../draco.js");
 const { bytesOf, glb, Model, padded } = require("../model.js");
 
 // A fault in a GLB with a triangle in node 0, accessor 0 and buffer view 0.
@@ -40,7 +42,12 @@ function sparse(m, indices, count = indices.length) {
     };
 }
 
-// A buffer view whose compressed bytes are nonsense.
+// What view 0 has, compressed.
+function compressed(m) {
+    return Buffer.from(encoders.meshopt.encodeGltfBuffer(m.bytes.subarray(0, 36), 3, 12, "ATTRIBUTES", 0));
+}
+
+// Replaces buffer view 0 by compressed bytes.
 function meshopt(m, bytes, more) {
     const { byteOffset, byteLength } = m.json.bufferViews[m.view(bytes)];
     const extension = { buffer: 0, byteOffset, byteLength, byteStride: 12, count: 3, mode: "ATTRIBUTES", ...more };
@@ -54,6 +61,16 @@ function draco(m, bytes, attributes = { POSITION: 0 }) {
     const primitive = m.json.meshes[0].primitives[0];
     primitive.extensions = { KHR_draco_mesh_compression: { bufferView, attributes } };
     primitive.indices = m.add("accessors", { componentType: 5123, count: 3, type: "SCALAR" });
+}
+
+function dracoTriangle() {
+    const array = Float32Array.of(0, 0, 0, 1, 0, 0, 0, 1, 0);
+    return dracoCodec.encode(Uint32Array.of(0, 1, 2), [{ kind: "POSITION", size: 3, array }]);
+}
+
+function textured(m) {
+    primitive(m).attributes.TEXCOORD_0 = m.floats("VEC2", 0, 0, 1, 0, 0, 1);
+    primitive(m).material = m.material({ normalTexture: { index: 0 } });
 }
 
 function primitive(m) {
@@ -80,7 +97,10 @@ module.exports = {
     "view-out-of-buffer": inTriangle(["/bufferViews/0"], (m) => (m.json.bufferViews[0].byteLength = 4000)),
     "view-offset-out-of-buffer": inTriangle(["/bufferViews/0"], (m) => (m.json.bufferViews[0].byteOffset = 2 ** 52)),
     "view-buffer-missing": inTriangle(["/bufferViews/0"], (m) => (m.json.bufferViews[0].buffer = 3)),
-    "view-stride-too-small": inTriangle(["/accessors/0", "/bufferViews/0"], (m) => (m.json.bufferViews[0].byteStride = 4)),
+    "view-stride-too-small": inTriangle(
+        ["/accessors/0", "/bufferViews/0"],
+        (m) => (m.json.bufferViews[0].byteStride = 4)
+    ),
     "sparse-index-out-of-range": inTriangle(["/accessors/0/sparse"], (m) => sparse(m, [1, 3])),
     "sparse-indices-not-increasing": inTriangle(["/accessors/0/sparse"], (m) => sparse(m, [2, 1])),
     "sparse-indices-out-of-view": inTriangle(["/accessors/0/sparse"], (m) => sparse(m, [0], 3)),
@@ -119,14 +139,17 @@ module.exports = {
         m.json.nodes = [{ children: [1] }, { children: [2] }, { children: [0] }, { mesh: 0 }];
         m.json.scenes = [{ nodes: [3] }];
     }),
-    "node-that-is-its-own-child": inTriangle(["/nodes/0/children/0"], (m) => {
+    "node-that-is-its-own-child": inTriangle(["/nodes/0/children"], (m) => {
         m.json.nodes = [{ children: [0] }, { mesh: 0 }];
         m.json.scenes = [{ nodes: [1] }];
     }),
     "node-with-two-parents": inTriangle(["/nodes/2/children/0", "/nodes/1/children/0"], (m) => {
         m.json.nodes = [{ mesh: 0 }, { children: [0] }, { children: [0] }];
     }),
-    "node-twice-a-child": inTriangle(["/nodes/1/children/1"], (m) => (m.json.nodes = [{ mesh: 0 }, { children: [0, 0] }])),
+    "node-twice-a-child": inTriangle(
+        ["/nodes/1/children/1"],
+        (m) => (m.json.nodes = [{ mesh: 0 }, { children: [0, 0] }])
+    ),
     "node-child-missing": inTriangle(["/nodes/0/children/0"], (m) => (m.json.nodes[0].children = [9])),
     "node-mesh-missing": inTriangle(["/nodes/0/mesh"], (m) => (m.json.nodes[0].mesh = 1)),
     "node-mesh-negative": inTriangle(["/nodes/0/mesh"], (m) => (m.json.nodes[0].mesh = -1)),
@@ -143,7 +166,7 @@ module.exports = {
     "scene-node-missing": inTriangle(["/scenes/0/nodes/1"], (m) => (m.json.scenes = [{ nodes: [0, 1] }])),
     "skin-joint-missing": inTriangle(["/skins/0/joints/1"], (m) => m.add("skins", { joints: [0, 5] })),
     "skin-with-too-few-matrices": inTriangle(["/skins/0/inverseBindMatrices", "/accessors/1"], (m) => {
-        m.node();
+        m.json.nodes[0].children = [m.node()];
         m.add("skins", { joints: [0, 1], inverseBindMatrices: m.floats("MAT4", ...new Array(16).fill(0)) });
     }),
     "animation-sampler-missing": inTriangle(["/animations/0/channels/0/sampler"], (m) => {
@@ -154,16 +177,17 @@ module.exports = {
         const samplers = [{ input: m.times(0), output: m.floats("VEC3", 1, 1, 1) }];
         m.add("animations", { samplers, channels: [{ sampler: 0, target: { node: 4, path: "scale" } }] });
     }),
-    "animation-with-too-few-values": inTriangle(["/animations/0/samplers/0", "/animations/0/channels/0", "/accessors/2"], (m) => {
-        const samplers = [{ input: m.times(0, 1), output: m.floats("VEC3", 1, 1, 1) }];
-        m.add("animations", { samplers, channels: [{ sampler: 0, target: { node: 0, path: "scale" } }] });
-    }),
-    "texture-missing": inTriangle(["/materials/0/normalTexture/index"], (m) => {
-        primitive(m).material = m.material({ normalTexture: { index: 0 } });
-    }),
+    "animation-with-too-few-values": inTriangle(
+        ["/animations/0/samplers/0", "/animations/0/channels/0", "/accessors/2"],
+        (m) => {
+            const samplers = [{ input: m.times(0, 1), output: m.floats("VEC3", 1, 1, 1) }];
+            m.add("animations", { samplers, channels: [{ sampler: 0, target: { node: 0, path: "scale" } }] });
+        }
+    ),
+    "texture-missing": inTriangle(["/materials/0/normalTexture/index"], textured),
     "image-missing": inTriangle(["/textures/0/source"], (m) => {
         m.add("textures", { source: 2 });
-        primitive(m).material = m.material({ normalTexture: { index: 0 } });
+        textured(m);
     }),
     "variant-missing": inTriangle(["/meshes/0/primitives/0/extensions/KHR_materials_variants/mappings/0"], (m) => {
         m.json.extensions = { KHR_materials_variants: { variants: [{ name: "one" }] } };
@@ -205,19 +229,32 @@ module.exports = {
         bytes.writeUInt32LE(3, 4);
         return bytes;
     }),
-    "glb-bin-chunk-first": inBytes(() => glb([["BIN\0", Buffer.alloc(4)], ["JSON", padded(Buffer.from("{}"), 0x20)]])),
+    "glb-bin-chunk-first": inBytes(() =>
+        glb([
+            ["BIN\0", Buffer.alloc(4)],
+            ["JSON", padded(Buffer.from("{}"), 0x20)],
+        ])
+    ),
     "json-malformed": inBytes(() => glb([["JSON", Buffer.from('{"asset":{}]    ')]])),
     "json-not-an-object": inBytes(() => glb([["JSON", Buffer.from("[1]     ".slice(0, 4))]])),
 
     "meshopt-nonsense": inTriangle(MESHOPT, (m) => meshopt(m, Buffer.alloc(20, 0xab))),
     "meshopt-truncated": inTriangle(MESHOPT, (m) => meshopt(m, Buffer.from([0xa0, 0, 0, 0]))),
-    "meshopt-of-an-unknown-mode": inTriangle(MESHOPT, (m) => meshopt(m, Buffer.alloc(20), { mode: "WAVES" })),
-    "meshopt-of-an-unknown-filter": inTriangle(MESHOPT, (m) => meshopt(m, Buffer.alloc(20), { filter: "WAVES" })),
-    "meshopt-stride-0": inTriangle(MESHOPT, (m) => meshopt(m, Buffer.alloc(20), { byteStride: 0 })),
-    "meshopt-count-2-to-53": inTriangle(MESHOPT, (m) => meshopt(m, Buffer.alloc(20, 0xa0), { count: 2 ** 53 })),
-    "meshopt-out-of-buffer": inTriangle(MESHOPT, (m) => meshopt(m, Buffer.alloc(20), { byteLength: 5000 })),
+    "meshopt-of-an-unknown-mode": inTriangle(MESHOPT, (m) => meshopt(m, compressed(m), { mode: "WAVES" })),
+    "meshopt-of-an-unknown-filter": inTriangle(MESHOPT, (m) => meshopt(m, compressed(m), { filter: "WAVES" })),
+    "meshopt-of-another-mode": inTriangle(MESHOPT, (m) =>
+        meshopt(m, compressed(m), { mode: "TRIANGLES", byteStride: 4, count: 9 })
+    ),
+    "meshopt-stride-0": inTriangle(MESHOPT, (m) => meshopt(m, compressed(m), { byteStride: 0 })),
+    "meshopt-stride-10": inTriangle(MESHOPT, (m) => meshopt(m, compressed(m), { byteStride: 10 })),
+    "meshopt-count-2": inTriangle([...MESHOPT, "/accessors/0"], (m) => meshopt(m, compressed(m), { count: 2 })),
+    "meshopt-count-2-to-53": inTriangle(MESHOPT, (m) => meshopt(m, compressed(m), { count: 2 ** 53 })),
+    "meshopt-out-of-buffer": inTriangle(MESHOPT, (m) => meshopt(m, compressed(m), { byteLength: 5000 })),
+    "meshopt-buffer-missing": inTriangle(MESHOPT, (m) => meshopt(m, compressed(m), { buffer: 9 })),
     "draco-nonsense": inTriangle(DRACO, (m) => draco(m, Buffer.alloc(40, 0xab))),
     "draco-header-only": inTriangle(DRACO, (m) => draco(m, Buffer.from("DRACO\x02\x02\x01\0\0\0", "latin1"))),
+    "draco-truncated": inTriangle(DRACO, (m) => draco(m, dracoTriangle().subarray(0, 40))),
+    "draco-attribute-missing": inTriangle(DRACO, (m) => draco(m, dracoTriangle(), { POSITION: 5 })),
     "draco-huge-count": inTriangle(DRACO, (m) =>
         draco(m, Buffer.from("DRACO\x02\x02\x01\0\0\0\xff\xff\xff\xff\x0f\xff\xff\xff\xff\x0f", "latin1"))
     ),

@@ -1,12 +1,12 @@
-// Files with what is not read. Each names what the report of losses must contain.
-const PROPERTY = "EXT_of_the_future";
+// Files with extensions that are not read. Each lists them with the number of objects that carry them, and the first.
+const UNKNOWN = "EXT_of_the_future";
 
 // Two nodes that carry an unknown extension, which is not required.
 function unreadExtension(m) {
-    m.node(m.extension(PROPERTY, { level: 1 }, { name: "a" }));
+    m.node(m.extension(UNKNOWN, { level: 1 }, { name: "a" }));
     m.node({ name: "b" });
-    m.node(m.extension(PROPERTY, { level: 2 }, { name: "c", mesh: m.triangle() }));
-    return [`lost: extension ${PROPERTY}: 2 (first /nodes/0)`];
+    m.node(m.extension(UNKNOWN, { level: 2 }, { name: "c", mesh: m.triangle() }));
+    return [{ extension: UNKNOWN, count: 2, first: "/nodes/0" }];
 }
 
 function unreadExtensionInOtherPlaces(m) {
@@ -14,8 +14,8 @@ function unreadExtensionInOtherPlaces(m) {
     m.node({ mesh: m.triangle({ material }) });
     m.json.asset = m.extension("EXT_asset_of_the_future", { list: [1] }, m.json.asset);
     return [
-        "lost: extension EXT_material_of_the_future: 1 (first /materials/0)",
-        "lost: extension EXT_asset_of_the_future: 1 (first /asset)",
+        { extension: "EXT_material_of_the_future", count: 1, first: "/materials/0" },
+        { extension: "EXT_asset_of_the_future", count: 1, first: "/asset" },
     ];
 }
 
@@ -34,7 +34,7 @@ function animatedPointer(m) {
             { sampler: 1, target: { node, path: "translation" } },
         ],
     });
-    return ["lost: extension KHR_animation_pointer: 1 (first /animations/0/channels/0/target)"];
+    return [{ extension: "KHR_animation_pointer", count: 1, first: "/animations/0/channels/0" }];
 }
 
 module.exports = {

@@ -19,8 +19,7 @@ function shown(m, material) {
         NORMAL: m.floats("VEC3", 0, 0, 1, 0, 0, 1, 0, 0, 1),
         TANGENT: m.floats("VEC4", 1, 0, 0, 1, 1, 0, 0, 1, 1, 0, 0, 1),
     };
-    for (let set = 0; set < 3; ++set)
-        attributes[`TEXCOORD_${set}`] = m.floats("VEC2", set, 0, set + 1, 0, set, 1);
+    for (let set = 0; set < 3; ++set) attributes[`TEXCOORD_${set}`] = m.floats("VEC2", set, 0, set + 1, 0, set, 1);
     m.node({ mesh: m.mesh({ attributes, material: m.material(material) }) });
 }
 
@@ -101,7 +100,9 @@ function transforms(m) {
             normalTexture: { transform: { offset: [0, 0], rotation: -0.5 } },
             occlusionTexture: { transform: { scale: [3, -1] } },
             emissiveTexture: { texCoord: 2, transform: { scale: [5, 5] } },
-            extensions: { KHR_materials_clearcoat: { clearcoatTexture: { texCoord: 1, transform: { offset: [1, 2] } } } },
+            extensions: {
+                KHR_materials_clearcoat: { clearcoatTexture: { texCoord: 1, transform: { offset: [1, 2] } } },
+            },
         },
     };
 }
@@ -122,7 +123,9 @@ function oneTextureTwice(m) {
 }
 
 function variants(m) {
-    m.json.extensions = { KHR_materials_variants: { variants: [{ name: "day" }, { name: "night" }, { name: "rain" }] } };
+    m.json.extensions = {
+        KHR_materials_variants: { variants: [{ name: "day" }, { name: "night" }, { name: "rain" }] },
+    };
     const [base, dark, wet] = ["base", "dark", "wet"].map((name) => m.material({ name }));
     const mappings = [
         { material: dark, variants: [1] },
@@ -146,25 +149,31 @@ function variants(m) {
 }
 
 module.exports = {
-    "material-core": core(
-        {
-            name: "paint",
-            pbrMetallicRoughness: { baseColorFactor: [0.1, 0.2, 0.3, 0.4], metallicFactor: 0.25, roughnessFactor: 0.6 },
-            emissiveFactor: [0.5, 0.25, 1],
-            alphaMode: "BLEND",
-            doubleSided: true,
-        },
-    ),
+    "material-core": core({
+        name: "paint",
+        pbrMetallicRoughness: { baseColorFactor: [0.1, 0.2, 0.3, 0.4], metallicFactor: 0.25, roughnessFactor: 0.6 },
+        emissiveFactor: [0.5, 0.25, 1],
+        alphaMode: "BLEND",
+        doubleSided: true,
+    }),
     "material-all-textures": allTextures,
-    "material-default": core({}, { alphaMode: "OPAQUE", pbrMetallicRoughness: { metallicFactor: 1, baseColorFactor: [1, 1, 1, 1] } }),
+    "material-default": core(
+        {},
+        { alphaMode: "OPAQUE", pbrMetallicRoughness: { metallicFactor: 1, baseColorFactor: [1, 1, 1, 1] } }
+    ),
     "material-defaults-written": core({
         pbrMetallicRoughness: { baseColorFactor: [1, 1, 1, 1], metallicFactor: 1, roughnessFactor: 1 },
         emissiveFactor: [0, 0, 0],
         alphaMode: "OPAQUE",
         doubleSided: false,
     }),
-    "material-zero": core({ pbrMetallicRoughness: { baseColorFactor: [0, 0, 0, 0], metallicFactor: 0, roughnessFactor: 0 } }),
-    "material-opaque-with-alpha": core({ alphaMode: "OPAQUE", pbrMetallicRoughness: { baseColorFactor: [1, 1, 1, 0.5] } }),
+    "material-zero": core({
+        pbrMetallicRoughness: { baseColorFactor: [0, 0, 0, 0], metallicFactor: 0, roughnessFactor: 0 },
+    }),
+    "material-opaque-with-alpha": core({
+        alphaMode: "OPAQUE",
+        pbrMetallicRoughness: { baseColorFactor: [1, 1, 1, 0.5] },
+    }),
     "material-mask": core({ alphaMode: "MASK", alphaCutoff: 0.3 }),
     "material-mask-default": core({ alphaMode: "MASK" }, { alphaMode: "MASK", alphaCutoff: 0.5 }),
     "material-mask-zero": core({ alphaMode: "MASK", alphaCutoff: 0 }),
@@ -180,7 +189,10 @@ module.exports = {
         return { [`${MATERIAL}/isUnlit`]: true };
     },
     "material-emissive-strength": (m) => {
-        shown(m, m.extension("KHR_materials_emissive_strength", { emissiveStrength: 7.5 }, { emissiveFactor: [1, 0.5, 0] }));
+        shown(
+            m,
+            m.extension("KHR_materials_emissive_strength", { emissiveStrength: 7.5 }, { emissiveFactor: [1, 0.5, 0] })
+        );
         return {
             [`${MATERIAL}/emissiveFactor`]: [1, 0.5, 0],
             [`${MATERIAL}/extensions/KHR_materials_emissive_strength/emissiveStrength`]: 7.5,
@@ -195,10 +207,15 @@ module.exports = {
         const clearcoatNormalTexture = { ...texture(m), texCoord: 2, scale: 0.2 };
         shown(m, m.extension("KHR_materials_clearcoat", { clearcoatFactor: 1, clearcoatNormalTexture }));
         return {
-            [`${MATERIAL}/extensions/KHR_materials_clearcoat/clearcoatNormalTexture`]: { normalScale: 0.2, texCoord: 2 },
+            [`${MATERIAL}/extensions/KHR_materials_clearcoat/clearcoatNormalTexture`]: {
+                normalScale: 0.2,
+                texCoord: 2,
+            },
         };
     },
-    "material-transmission": extension("KHR_materials_transmission", { transmissionFactor: 0.8 }, ["transmissionTexture"]),
+    "material-transmission": extension("KHR_materials_transmission", { transmissionFactor: 0.8 }, [
+        "transmissionTexture",
+    ]),
     "material-volume": extension(
         "KHR_materials_volume",
         { thicknessFactor: 1.5, attenuationDistance: 0.6, attenuationColor: [0.9, 0.5, 0.1] },
@@ -206,7 +223,9 @@ module.exports = {
     ),
     "material-volume-infinite": (m) => {
         shown(m, m.extension("KHR_materials_volume", { thicknessFactor: 2, attenuationColor: [0.5, 1, 1] }));
-        return { [`${MATERIAL}/extensions/KHR_materials_volume`]: { thicknessFactor: 2, attenuationDistance: Infinity } };
+        return {
+            [`${MATERIAL}/extensions/KHR_materials_volume`]: { thicknessFactor: 2, attenuationDistance: Infinity },
+        };
     },
     "material-ior": extension("KHR_materials_ior", { ior: 1.33 }),
     "material-ior-zero": extension("KHR_materials_ior", { ior: 0 }),

@@ -45,9 +45,16 @@ module.exports = {
             NORMAL: m.floats("VEC3", 0, 0, 1, 0, 0, 1, 0, 0, 1),
             TANGENT: m.floats("VEC4", 1, 0, 0, 1, 1, 0, 0, 1, 1, 0, 0, 1),
         };
-        const [normals, tangents] = [[0, 1, -1, 0, 0, 0, 1, 0, -1], [-1, 1, 0, 0, 0, 0, -1, 0, 1]];
+        const [normals, tangents] = [
+            [0, 1, -1, 0, 0, 0, 1, 0, -1],
+            [-1, 1, 0, 0, 0, 0, -1, 0, 1],
+        ];
         const targets = [
-            { POSITION: m.positions(...LIFT), NORMAL: m.floats("VEC3", ...normals), TANGENT: m.floats("VEC3", ...tangents) },
+            {
+                POSITION: m.positions(...LIFT),
+                NORMAL: m.floats("VEC3", ...normals),
+                TANGENT: m.floats("VEC3", ...tangents),
+            },
         ];
         m.node({ mesh: m.mesh({ attributes, targets }) });
         return { [`${PRIMITIVE}/targets/0`]: { POSITION: LIFT, NORMAL: normals, TANGENT: tangents } };
@@ -81,13 +88,18 @@ module.exports = {
         });
         morphed(m, [target(1, 0, 0, 2), target(2, 3, 4, 0)]);
         return {
-            [`${PRIMITIVE}/targets`]: [{ POSITION: [0, 0, 0, 0, 0, 2, 0, 0, 0] }, { POSITION: [0, 0, 0, 0, 0, 0, 3, 4, 0] }],
+            [`${PRIMITIVE}/targets`]: [
+                { POSITION: [0, 0, 0, 0, 0, 2, 0, 0, 0] },
+                { POSITION: [0, 0, 0, 0, 0, 0, 3, 4, 0] },
+            ],
         };
     },
     "morph-of-an-indexed-strip": (m) => {
         const attributes = { POSITION: m.positions(0, 0, 0, 1, 1, 0, 2, 0, 0, 3, 1, 0) };
         const targets = [{ POSITION: m.positions(0, 0, 1, 0, 0, 2, 0, 0, 3, 0, 0, 4) }];
-        m.node({ mesh: m.mesh({ attributes, targets, mode: 5, indices: m.accessor("SCALAR", Uint16Array.of(1, 0, 2, 3)) }) });
+        m.node({
+            mesh: m.mesh({ attributes, targets, mode: 5, indices: m.accessor("SCALAR", Uint16Array.of(1, 0, 2, 3)) }),
+        });
         return { [`${PRIMITIVE}/targets/0/POSITION`]: [0, 0, 1, 0, 0, 3, 0, 0, 2, 0, 0, 1, 0, 0, 4, 0, 0, 3] };
     },
     "morph-of-two-primitives": (m) => {
@@ -114,6 +126,9 @@ module.exports = {
         };
         const mesh = m.mesh({ attributes, targets: two(m) });
         m.node({ mesh, skin: 0, weights: [0.5, 0] });
-        return { "/scenes/0/nodes/1/weights": [0.5, 0], "/scenes/0/nodes/1/skin/joints": [{ node: "/scenes/0/nodes/0" }] };
+        return {
+            "/scenes/0/nodes/1/weights": [0.5, 0],
+            "/scenes/0/nodes/1/skin/joints": [{ node: "/scenes/0/nodes/0" }],
+        };
     },
 };

@@ -63,7 +63,7 @@ const EXTRAS = {
     asset: { purpose: "test", nested: { list: [1, "two", null, { three: [] }] } },
     root: [1, 2, { three: 3 }],
     scene: ["a", "b"],
-    node: { text: "\u00fc \" \\ \n", number: -1.5e-7, big: 12345678901, yes: true, no: false, nothing: null, empty: {} },
+    node: { text: '\u00fc " \\ \n', number: -1.5e-7, big: 12345678901, yes: true, no: false, nothing: null, empty: {} },
     mesh: "a string",
     primitive: { index: 1 },
     material: 42,
@@ -166,7 +166,10 @@ module.exports = {
         m.node({ name: "child", mesh: m.triangle() });
         m.json.scenes = [{ nodes: [inside] }];
         m.json.scene = 0;
-        return { "/outside": [{ name: "outside", children: [{ name: "child" }] }], "/scenes/0/nodes": [{ name: "inside" }] };
+        return {
+            "/outside": [{ name: "outside", children: [{ name: "child" }] }],
+            "/scenes/0/nodes": [{ name: "inside" }],
+        };
     },
     "nodes-in-order": (m) => {
         const leaves = ["z", "a", "m"].map((name) => m.node({ name }));
@@ -188,12 +191,23 @@ module.exports = {
         const all = { name: "all", camera: 0, mesh: m.triangle(), children: [child] };
         m.node(m.extension(LIGHTS, { light: 0 }, all));
         return {
-            [NODE]: { name: "all", camera: { yfov: 0.5 }, light: { type: "directional" }, children: [{ name: "child" }] },
+            [NODE]: {
+                name: "all",
+                camera: { yfov: 0.5 },
+                light: { type: "directional" },
+                children: [{ name: "child" }],
+            },
         };
     },
 
-    "transform-translation": transform({ translation: [1, -2, 0.1] }, { translation: [1, -2, 0.1], linear: [1, 0, 0, 0, 1, 0, 0, 0, 1] }),
-    "transform-rotation": transform({ rotation: [0, 0, 0.6, 0.8] }, { linear: [0.28, 0.96, 0, -0.96, 0.28, 0, 0, 0, 1] }),
+    "transform-translation": transform(
+        { translation: [1, -2, 0.1] },
+        { translation: [1, -2, 0.1], linear: [1, 0, 0, 0, 1, 0, 0, 0, 1] }
+    ),
+    "transform-rotation": transform(
+        { rotation: [0, 0, 0.6, 0.8] },
+        { linear: [0.28, 0.96, 0, -0.96, 0.28, 0, 0, 0, 1] }
+    ),
     "transform-scale": transform({ scale: [2, 0.5, -1] }, { linear: [2, 0, 0, 0, 0.5, 0, 0, 0, -1] }),
     "transform-scale-zero": transform({ scale: [0, 1, 1] }, { linear: [0, 0, 0, 0, 1, 0, 0, 0, 1] }),
     "transform-all": transform(
@@ -219,7 +233,12 @@ module.exports = {
         m.node({ name: "twin", children: [2] });
         m.node({ name: "twin" });
         m.json.meshes[0].name = "twin";
-        return { "/scenes/0/nodes": [{ name: "twin", mesh: { name: "twin" } }, { name: "twin", children: [{ name: "twin" }] }] };
+        return {
+            "/scenes/0/nodes": [
+                { name: "twin", mesh: { name: "twin" } },
+                { name: "twin", children: [{ name: "twin" }] },
+            ],
+        };
     },
     "names-empty-and-absent": (m) => {
         m.node({ name: "" });
@@ -227,10 +246,22 @@ module.exports = {
         m.node({ name: undefined, mesh: m.triangle({ material }) });
         m.json.meshes[0].name = undefined;
         m.node({ name: " " });
-        return { "/scenes/0/nodes": [{ name: undefined }, { name: undefined, mesh: { name: undefined } }, { name: " " }] };
+        return {
+            "/scenes/0/nodes": [{ name: undefined }, { name: undefined, mesh: { name: undefined } }, { name: " " }],
+        };
     },
     "names-of-all-characters": (m) => {
-        const names = ["\u00e4\u00f6\u00fc\u00df", "\u65e5\u672c\u8a9e", "\ud83d\ude00", "a b\tc\nd", "\"quoted\" \\ /", "1st", "mesh", "a.b[0]", "#,;{}"];
+        const names = [
+            "\u00e4\u00f6\u00fc\u00df",
+            "\u65e5\u672c\u8a9e",
+            "\ud83d\ude00",
+            "a b\tc\nd",
+            '"quoted" \\ /',
+            "1st",
+            "mesh",
+            "a.b[0]",
+            "#,;{}",
+        ];
         for (const name of names) m.node({ name });
         return { "/scenes/0/nodes": names.map((name) => ({ name })) };
     },
@@ -240,9 +271,16 @@ module.exports = {
         m.add("samplers", { name: "the sampler", magFilter: 9728 });
         m.add("textures", { source: 0, sampler: 0, name: "the texture" });
         const material = m.material({ name: "the material", emissiveTexture: { index: 0 } });
-        const mesh = m.mesh({ attributes: { POSITION: m.corner(), TEXCOORD_0: m.floats("VEC2", 0, 0, 1, 0, 0, 1) }, material });
+        const mesh = m.mesh({
+            attributes: { POSITION: m.corner(), TEXCOORD_0: m.floats("VEC2", 0, 0, 1, 0, 0, 1) },
+            material,
+        });
         m.json.meshes[mesh].name = "the mesh";
-        m.add("cameras", { name: "the camera", type: "orthographic", orthographic: { xmag: 1, ymag: 1, znear: 0, zfar: 1 } });
+        m.add("cameras", {
+            name: "the camera",
+            type: "orthographic",
+            orthographic: { xmag: 1, ymag: 1, znear: 0, zfar: 1 },
+        });
         m.node(m.extension(LIGHTS, { light: 0 }, { name: "the node", mesh, camera: 0 }));
         m.add("animations", {
             name: "the animation",
@@ -306,7 +344,10 @@ module.exports = {
         { type: "spot", range: 3, spot: { innerConeAngle: 0.2, outerConeAngle: 0.9 } },
         { type: "spot", intensity: 1, innerConeAngle: 0.2, outerConeAngle: 0.9 }
     ),
-    "light-spot-default": light({ type: "spot", spot: {} }, { type: "spot", innerConeAngle: 0, outerConeAngle: Math.PI / 4 }),
+    "light-spot-default": light(
+        { type: "spot", spot: {} },
+        { type: "spot", innerConeAngle: 0, outerConeAngle: Math.PI / 4 }
+    ),
     "light-shared": (m) => {
         m.light({ type: "point", intensity: 2 });
         m.light({ type: "point", intensity: 3 });
@@ -347,7 +388,10 @@ module.exports = {
         const { skin } = skinned(m, { inverseBindMatrices: m.floats("MAT4", ...bind(0, -2, 0), ...bind(0, -1, 0)) });
         m.node({ name: "clothes", mesh: influenced(m), skin: 0 });
         m.json.meshes[1].name = "coat";
-        return { "/sharedSkins": [["/scenes/0/nodes/1", "/scenes/0/nodes/2"]], [`${skin}/joints/1/inverseBind`]: bind(0, -1, 0) };
+        return {
+            "/sharedSkins": [["/scenes/0/nodes/1", "/scenes/0/nodes/2"]],
+            [`${skin}/joints/1/inverseBind`]: bind(0, -1, 0),
+        };
     },
     "skin-of-a-shared-mesh": (m) => {
         const { hip, knee } = skinned(m);
@@ -360,7 +404,9 @@ module.exports = {
         const hip = m.node({ name: "hip", children: [knee] });
         m.add("skins", { joints: [knee, hip] });
         m.node({ mesh: influenced(m), skin: 0 });
-        return { "/scenes/0/nodes/1/skin/joints": [{ node: "/scenes/0/nodes/0/children/0" }, { node: "/scenes/0/nodes/0" }] };
+        return {
+            "/scenes/0/nodes/1/skin/joints": [{ node: "/scenes/0/nodes/0/children/0" }, { node: "/scenes/0/nodes/0" }],
+        };
     },
 
     "instances-f32": instanced(

@@ -104,7 +104,10 @@ module.exports = {
         const second = m.add("textures", { source });
         shown(m, { source, sampler });
         m.json.materials[0].emissiveTexture = { index: second };
-        return { [`${TEXTURE}/sampler/wrapS`]: WRAPS.clamp, [`${MATERIAL}/emissiveTexture/texture/sampler/wrapS`]: WRAPS.repeat };
+        return {
+            [`${TEXTURE}/sampler/wrapS`]: WRAPS.clamp,
+            [`${MATERIAL}/emissiveTexture/texture/sampler/wrapS`]: WRAPS.repeat,
+        };
     },
     "image-basisu": alternative("KHR_texture_basisu", ktx2(), "image/ktx2", false),
     "image-basisu-with-fallback": alternative("KHR_texture_basisu", ktx2(), "image/ktx2", true),
