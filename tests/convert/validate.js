@@ -7,17 +7,18 @@ const readline = require("readline");
 
 const validator = require(path.join(process.argv[2], "gltf-validator"));
 
-// Replaces all images, which do not exist.
+// Replaces images that do not exist.
 const image = Buffer.from(
     "iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAYAAAAfFcSJAAAADUlEQVR42mNk+M9QDwADhgGAWjR9awAAAABJRU5ErkJggg==",
     "base64"
 );
 
 function resourceLoader(file) {
-    return (uri) =>
-        uri.endsWith(".bin")
-            ? fs.promises.readFile(path.join(path.dirname(file), decodeURIComponent(uri)))
-            : Promise.resolve(image);
+    return (uri) => {
+        const resource = path.join(path.dirname(file), decodeURIComponent(uri));
+        const isReplaced = !uri.endsWith(".bin") && !fs.existsSync(resource);
+        return isReplaced ? Promise.resolve(image) : fs.promises.readFile(resource);
+    };
 }
 
 function report(file) {
@@ -36,4 +37,6 @@ async function main() {
     }
 }
 
-main();
+if (require.main === module) main();
+
+module.exports = { report };
