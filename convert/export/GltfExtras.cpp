@@ -17,19 +17,24 @@ bool isJson(const std::string& text) {
     return !reader.Parse<flags>(stream, ignore).IsError();
 }
 
-// The extras of a node; empty if it has none that are JSON.
-std::string extrasOf(const Node& node, const char* input, Losses& losses) {
-    const std::string text = InputReader(node, losses).text(input);
+} // namespace
+
+std::string extrasOf(const Node& node, const char* path, Losses& losses) {
+    const InputReader reader(node, losses);
+    const std::string text = reader.text(path);
     if (text.empty() || isJson(text))
         return text;
-    losses.add("extras that are not JSON", *node.input(input));
+    losses.add("extras that are not JSON", *reader.find(path));
     return {};
 }
 
-} // namespace
+void writeName(JsonText& json, const Node& node) {
+    if (!isNameless(node))
+        json.key("name").text(displayName(node));
+}
 
-void writeExtras(JsonText& json, const Node& node, const char* input, Losses& losses) {
-    if (const std::string extras = extrasOf(node, input, losses); !extras.empty())
+void writeExtras(JsonText& json, const Node& node, const char* path, Losses& losses) {
+    if (const std::string extras = extrasOf(node, path, losses); !extras.empty())
         json.key("extras").raw(extras);
 }
 

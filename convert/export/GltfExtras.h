@@ -1,4 +1,4 @@
-// The application's own data in glTF objects, which scenes keep as JSON text.
+// What all glTF objects may have: a name, and data of the application, which scenes keep as JSON text.
 #pragma once
 
 #include "convert/model/Model.h"
@@ -8,8 +8,14 @@ namespace vrn::convert {
 
 using vor::velmo_sdk::impl::JsonText;
 
-// Writes the member `extras` if the node has that input. A loss if its text is not JSON.
-void writeExtras(JsonText& json, const Node& node, const char* input, Losses& losses);
+// Writes the member `name`, unless the node is nameless on purpose.
+void writeName(JsonText& json, const Node& node);
+
+// The JSON in the input of a node at a path; empty if there is none, and with a loss if its text is not JSON.
+[[nodiscard]] std::string extrasOf(const Node& node, const char* path, Losses& losses);
+
+// Writes the member `extras` if the node has such an input.
+void writeExtras(JsonText& json, const Node& node, const char* path, Losses& losses);
 
 // The same for a mesh, with the names of its morph targets, which by convention are the member `targetNames`.
 void writeMeshExtras(JsonText& json, const Geometry& geometry, Losses& losses);

@@ -31,8 +31,6 @@ std::string textOf(const Node& node, const char* name) {
     return input ? input->value().asString() : "";
 }
 
-const Node* ifHasExtras(const Node& node, const char* input) { return node.input(input) ? &node : nullptr; }
-
 template <class Value> u32 addOnce(std::vector<Value>& list, std::map<Value, u32>& indices, const Value& value) {
     const auto [found, isNew] = indices.emplace(value, static_cast<u32>(list.size()));
     if (isNew)
@@ -50,7 +48,7 @@ void GltfMaterials::writeMaterials() {
 }
 
 void GltfMaterials::writeMaterial(const Material& material, u32 uvsets) {
-    json_.key("name").text(displayName(*material.source));
+    writeName(json_, *material.source);
     writeCoreModel(material, uvsets);
     writeExtensions(material, uvsets);
     writeExtras(json_, *material.source, "extras", losses_);
@@ -152,17 +150,30 @@ void GltfMaterials::writeTextures() {
 GltfMaterials::StoredTexture GltfMaterials::store(const Texture& texture) {
     StoredTexture stored;
     const Sampler sampler = samplerOf(texture);
-    if (sampler != Sampler{10497, 10497, 0, 0, "", nullptr} || texture.source->input("wrapU"))
+    if (sampler != Sampler{10497, 10497, 0, 0, "", ""} || texture.source->input("wrapU"))
         stored.sampler = addOnce(samplers_, samplerIndices_, sampler);
-    addImage(texture.image, texture, stored);
-    addImage(texture.alternative, texture, stored);
+    const Node& source = *texture.source;
+    const InputReader reader(source, losses_);
+    const std::string name = isNameless(source) ? "" : std::string(displayName(source).view());
+    addImage(texture.image,
+             {.file = {},
+              .encoded = {},
+              .name = reader.has("imageName") ? reader.text("imageName") : name,
+              .extras = extrasOf(source, "imageExtras", losses_)},
+             texture, stored);
+    addImage(texture.alternative,
+             {.file = {},
+              .encoded = {},
+              .name = reader.text("alternative.name"),
+              .extras = extrasOf(source, "alternative.extras", losses_)},
+             texture, stored);
     return stored;
 }
 
 GltfMaterials::Sampler GltfMaterials::samplerOf(const Texture& texture) {
     return {wrapMode(texture.wrapU, texture),       wrapMode(texture.wrapV, texture),
             filterOf(texture.filter, texture),      filterOf(texture.magFilter, texture),
-            textOf(*texture.source, "samplerName"), ifHasExtras(*texture.source, "samplerExtras")};
+            textOf(*texture.source, "samplerName"), extrasOf(*texture.source, "samplerExtras", losses_)};
 }
 
 u32 GltfMaterials::wrapMode(const std::string& name, const Texture& texture) {
@@ -182,20 +193,18 @@ u32 GltfMaterials::filterOf(i64 filter, const Texture& texture) {
     return isKnown ? static_cast<u32>(filter) : 0;
 }
 
-void GltfMaterials::addImage(const Image& image, const Texture& texture, StoredTexture& to) {
+// `described` has the name and the extras of the image.
+void GltfMaterials::addImage(const Image& image, StoredImage described, const Texture& texture, StoredTexture& to) {
     if (!image.exists())
         return;
-    const Node& source = *texture.source;
-    const std::string name = textOf(source, "imageName");
-    const StoredImage stored{.file = image.encoded.empty() ? image.file : "",
-                             .encoded = {reinterpret_cast<const char*>(image.encoded.data()), image.encoded.size()},
-                             .name = name.empty() ? std::string(displayName(source).view()) : name,
-                             .extras = &image == &texture.image ? ifHasExtras(source, "imageExtras") : nullptr};
-    const u32 index = addOnce(images_, imageIndices_, stored);
+    described.encoded = {reinterpret_cast<const char*>(image.encoded.data()), image.encoded.size()};
+    if (image.encoded.empty())
+        described.file = image.file;
+    const u32 index = addOnce(images_, imageIndices_, described);
     const char* extension = extensionFor(image);
     const bool isTaken = extension ? to.extended.contains(extension) : to.source.has_value();
     if (isTaken)
-        losses_.add("alternative images of the same kind as the first", source);
+        losses_.add("alternative images of the same kind as the first", *texture.source);
     else if (extension)
         to.extended.emplace(extension, index);
     else
@@ -211,13 +220,12 @@ void GltfMaterials::writeSampler(const Sampler& sampler) {
         json_.key("minFilter").integer(sampler.minFilter);
     if (sampler.magFilter != 0)
         json_.key("magFilter").integer(sampler.magFilter);
-    if (sampler.extras)
-        writeExtras(json_, *sampler.extras, "samplerExtras", losses_);
+    if (!sampler.extras.empty())
+        json_.key("extras").raw(sampler.extras);
 }
 
 void GltfMaterials::writeTexture(const Texture& texture, const StoredTexture& stored) {
-    if (const std::string name = textOf(*texture.source, "name"); !name.empty())
-        json_.key("name").text(name);
+    writeName(json_, *texture.source);
     if (stored.sampler)
         json_.key("sampler").integer(*stored.sampler);
     if (stored.source)
@@ -233,7 +241,8 @@ void GltfMaterials::writeTexture(const Texture& texture, const StoredTexture& st
 }
 
 void GltfMaterials::writeImage(const StoredImage& image) {
-    json_.key("name").text(image.name);
+    if (!image.name.empty())
+        json_.key("name").text(image.name);
     if (image.encoded.empty()) {
         json_.key("uri").text(uriOf(image.file));
     } else {
@@ -241,8 +250,8 @@ void GltfMaterials::writeImage(const StoredImage& image) {
         json_.key("bufferView").integer(buffer_.addBytes(std::as_bytes(bytes)));
         json_.key("mimeType").text(mimeTypeOf(bytes));
     }
-    if (image.extras)
-        writeExtras(json_, *image.extras, "imageExtras", losses_);
+    if (!image.extras.empty())
+        json_.key("extras").raw(image.extras);
 }
 
 } // namespace vrn::convert

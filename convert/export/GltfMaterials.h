@@ -26,14 +26,14 @@ private:
         u32 minFilter;
         u32 magFilter;
         std::string name;
-        const Node* extras; // null if it has none
+        std::string extras;
         friend auto operator<=>(const Sampler&, const Sampler&) = default;
     };
     struct StoredImage {
         std::string file;
         std::string_view encoded;
         std::string name;
-        const Node* extras;
+        std::string extras;
         friend auto operator<=>(const StoredImage&, const StoredImage&) = default;
     };
     struct StoredTexture {
@@ -51,7 +51,7 @@ private:
     [[nodiscard]] u32 wrapMode(const std::string& name, const Texture& texture);
     [[nodiscard]] u32 filterOf(i64 filter, const Texture& texture);
     [[nodiscard]] StoredTexture store(const Texture& texture);
-    void addImage(const Image& image, const Texture& texture, StoredTexture& to);
+    void addImage(const Image& image, StoredImage described, const Texture& texture, StoredTexture& to);
     void writeSampler(const Sampler& sampler);
     void writeTexture(const Texture& texture, const StoredTexture& stored);
     void writeImage(const StoredImage& image);

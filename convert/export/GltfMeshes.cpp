@@ -265,7 +265,7 @@ void GltfMeshes::writeJson(JsonText& json) {
         for (const Mesh& mesh : meshes_)
             json.object([&] {
                 const Geometry& first = model_.geometries[mesh[0].geometry];
-                json.key("name").text(displayName(*first.source));
+                writeName(json, *first.source);
                 json.key("primitives").array([&] {
                     for (const Primitive& primitive : mesh)
                         json.object([&] { writePrimitive(json, primitive); });

@@ -62,7 +62,7 @@ void GltfSceneWriter::reportDeepNodes() {
 }
 
 void GltfSceneWriter::writeNode(const ModelNode& node) {
-    json_.key("name").text(displayName(*node.source));
+    writeName(json_, *node.source);
     if (!node.children.empty())
         json_.key("children").integers(node.children);
     writeTransform(node);
@@ -120,7 +120,7 @@ void GltfSceneWriter::writeTransform(const ModelNode& node) {
 
 void GltfSceneWriter::writeCameras() {
     writeArray("cameras", model_.cameras, [&](const Camera& camera) {
-        json_.key("name").text(displayName(*camera.source));
+        writeName(json_, *camera.source);
         json_.key("type").text(camera.isPerspective ? "perspective" : "orthographic");
         json_.key(camera.isPerspective ? "perspective" : "orthographic").object([&] {
             if (camera.isPerspective) {
@@ -141,7 +141,7 @@ void GltfSceneWriter::writeCameras() {
 
 void GltfSceneWriter::writeSkins() {
     writeArray("skins", model_.skins, [&](const Skin& skin) {
-        json_.key("name").text(displayName(*skin.source));
+        writeName(json_, *skin.source);
         json_.key("joints").integers(skin.joints);
         if (!skin.inverseBind.empty())
             json_.key("inverseBindMatrices")
@@ -155,7 +155,7 @@ void GltfSceneWriter::writeSkins() {
 void GltfSceneWriter::writeAnimations() {
     using enum GltfBuffer::Use;
     writeArray("animations", model_.animations, [&](const Animation& animation) {
-        json_.key("name").text(displayName(*animation.source));
+        writeName(json_, *animation.source);
         u32 sampler = 0;
         writeArray("channels", animation.channels, [&](const Channel& channel) {
             json_.key("sampler").integer(sampler++);
@@ -177,7 +177,7 @@ void GltfSceneWriter::writeAnimations() {
 }
 
 void GltfSceneWriter::writeLight(const Light& light) {
-    json_.key("name").text(displayName(*light.source));
+    writeName(json_, *light.source);
     json_.key("type").text(light.kind);
     json_.key("color").reals(light.color);
     json_.key("intensity").real(light.intensity);

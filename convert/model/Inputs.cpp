@@ -91,9 +91,14 @@ bool allFinite(std::span<const float> numbers) {
 bool fitsFloat(double number) { return std::abs(number) <= static_cast<double>(std::numeric_limits<float>::max()); }
 
 const Input* InputReader::find(std::string_view path) const {
-    const std::size_t dot = path.find('.');
+    std::size_t dot = path.find('.');
     const Input* input = node_.input(path.substr(0, dot));
-    return input && dot != std::string_view::npos ? input->input(path.substr(dot + 1)) : input;
+    while (input && dot != std::string_view::npos) {
+        path.remove_prefix(dot + 1);
+        dot = path.find('.');
+        input = input->input(path.substr(0, dot));
+    }
+    return input;
 }
 
 const Input* InputReader::findNonNull(std::string_view path) const {
@@ -173,6 +178,11 @@ const Node* linkedNode(const Input* input) {
 String displayName(const Node& node) {
     const Input* name = node.input("name");
     return name && *name->value().asString() ? String(name->value().asString()) : node.name();
+}
+
+bool isNameless(const Node& node) {
+    const Input* name = node.input("name");
+    return name && name->type() == AttrType::String && *name->value().asString() == '\0';
 }
 
 Values<float> readFloats(const Input* input, u32 components, Losses& losses) {

@@ -4,8 +4,9 @@
 //     double roughness = reader.unitNumber("roughness", 1);     // 0 to 1
 //     Vector scale = reader.numbers<3>("scale", {1, 1, 1});
 //
-// A path is the name of an input or `object.member`. Missing inputs yield the fallback. So do, with a loss, values of
-// the wrong type and numbers that are not finite as floats. Numbers out of range are clamped, with a loss.
+// A path is the name of an input, or the names of objects and a member, separated by points. Missing inputs yield the
+// fallback. So do, with a loss, values of the wrong type and numbers that are not finite as floats. Numbers out of
+// range are clamped, with a loss.
 #pragma once
 
 #include "convert/model/Model.h"
@@ -57,8 +58,11 @@ inline constexpr const char* outsideUnitInterval = "numbers outside 0 to 1 (clam
 // The node that an input is connected to or refers to; null if there is none or no input.
 [[nodiscard]] const Node* linkedNode(const Input* input);
 
-// The name of a node in other formats: its input `name`, or else its identifier.
+// The name of a node in other formats: its input `name`, or if it is empty or missing, its identifier.
 [[nodiscard]] String displayName(const Node& node);
+
+// Whether the name of a node is empty on purpose: formats that can leave out names do.
+[[nodiscard]] bool isNameless(const Node& node);
 
 // A buffer as floats, with `components` per element; empty if there is no such buffer. Doubles are rounded, with a loss
 // if that changes any.

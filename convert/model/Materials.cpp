@@ -48,11 +48,11 @@ u32 readTexture(ExportContext& context, const Node& node) {
     InputPatterns inputs = {"name", "file", "wrapU", "wrapV", "filter", "magFilter", "encoded"};
     if (context.target.hasScene) {
         texture.alternative = readImage(reader, "alternative.", context);
-        inputs.insert({"alternative.file", "alternative.encoded", "imageName", "samplerName", "extras", "imageExtras",
-                       "samplerExtras"});
+        inputs.insert({"alternative.file", "alternative.encoded", "alternative.name", "alternative.extras", "imageName",
+                       "samplerName", "extras", "imageExtras", "samplerExtras"});
     }
     addUnreadInputs(node, inputs, context.losses);
-    if (!texture.image.exists()) {
+    if (!texture.image.exists() && !context.target.hasScene) {
         context.losses.add("textures without an image", node);
         return none;
     }

@@ -109,6 +109,9 @@ AttrData GltfAccessors::floats(const GltfValue& index, DataType type) {
     if (layout.components != elementLayout(type).components)
         accessor["type"].refuse("the accessor is used where " + std::to_string(elementLayout(type).components) +
                                 " components are needed, at " + index.pointer());
+    if (layout.component == Component::UInt32 && !layout.isNormalized)
+        accessor["componentType"].refuse("the accessor is used where floats or small integers are needed, at " +
+                                         index.pointer());
     AttrData buffer = AttrData::buffer(type, layout.count);
     if (layout.component == Component::Float)
         gather(accessor, layout, buffer.bytes());
@@ -201,10 +204,12 @@ void GltfAccessors::replaceSparse(const GltfValue& accessor, const Layout& layou
     const std::string_view elements = part(values, layout.elementSize());
     withType(component, [&]<class T>(T place) {
         if constexpr (std::is_unsigned_v<T>) {
+            u64 next = 0;
             for (u64 i = 0; i < count; ++i) {
                 std::memcpy(&place, places.data() + i * sizeof place, sizeof place);
-                if (place >= layout.count)
-                    indices.refuse("index " + std::to_string(place) + " is out of range");
+                if (place >= layout.count || place < next)
+                    indices.refuse("index " + std::to_string(place) + " is out of range, or not above the one before");
+                next = u64(place) + 1;
                 std::memcpy(to.data() + place * layout.elementSize(), elements.data() + i * layout.elementSize(),
                             layout.elementSize());
             }

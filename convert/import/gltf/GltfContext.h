@@ -27,9 +27,18 @@ struct GltfContext {
     std::vector<Node*> nodes{};
     std::vector<Node*> skins{};
 
-    // A node for an object of the file, with its name and its `extras`.
+    // A node for an object of the file. One without a name gets an empty one, so that it is not named on the way back.
+    Node& named(const char* type, const GltfValue& object, const char* fallback) {
+        const std::string_view name = object["name"].text();
+        Node& node = maker.create(type, name, fallback);
+        if (name.empty())
+            setText(node, "name", "");
+        return node;
+    }
+
+    // The same with the `extras` of the object.
     Node& create(const char* type, const GltfValue& object, const char* fallback) {
-        Node& node = maker.create(type, object["name"].text(), fallback);
+        Node& node = named(type, object, fallback);
         keepExtras(node, "extras", object);
         return node;
     }
@@ -37,7 +46,7 @@ struct GltfContext {
     // The application's own data in an object, as JSON text.
     static void keepExtras(Node& node, const char* input, const GltfValue& object) {
         if (const GltfValue extras = object["extras"]; extras.exists())
-            setText(node, input, extras.json());
+            setAt(node, input, AttrData::string(extras.json()));
     }
 
     // A new object of the array at a path.

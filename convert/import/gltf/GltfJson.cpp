@@ -252,8 +252,7 @@ void GltfJson::forEachUnread(const std::function<void(std::string_view, const st
                                                                                const std::string& pointer) {
         visitChildren(value, [&](std::string_view name, const JsonValue& child) {
             const std::string place = pointer + stepTo(name);
-            const bool isElement = value.IsArray();
-            if (isElement || read_.contains(&child))
+            if (name == "extensions" || read_.contains(&child))
                 walk(child, place);
             else
                 visit(name, place);

@@ -51,7 +51,7 @@ void setMeshes(Node& node, const std::vector<Node*>& meshes) {
     setReference(node, "geometry", *meshes[0]);
     if (meshes.size() == 1)
         return;
-    Input& parts = *node.createArray("parts", AttrType::Node);
+    Input& parts = *node.createArray("parts", AttrType::Null);
     for (std::size_t i = 1; i < meshes.size(); ++i)
         if (Input* part = parts.appendElement())
             part->setNode(meshes[i]);

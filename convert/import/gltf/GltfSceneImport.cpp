@@ -25,7 +25,7 @@ bool isPlain(const GltfValue& root) {
 void importScene(GltfContext& context, const GltfValue& from, bool isDefault) {
     Node& scene = context.create("scene", from, "scene");
     set(scene, "default", AttrData::boolean(isDefault));
-    Input& nodes = *scene.createArray("nodes", AttrType::Node);
+    Input& nodes = *scene.createArray("nodes", AttrType::Null);
     from["nodes"].forEach([&](const GltfValue& node, u64) {
         if (Input* element = nodes.appendElement())
             element->setNode(context.nodes[node.indexIn(context.root["nodes"])]);
@@ -37,7 +37,7 @@ void importVariants(GltfContext& context) {
     if (variants.size() == 0)
         return;
     Node& node = context.maker.create("variants", "", "variants");
-    Input& names = *node.createArray("names", AttrType::String);
+    Input& names = *node.createArray("names", AttrType::Null);
     variants.forEach([&](const GltfValue& variant, u64) {
         if (Input* element = names.appendElement())
             element->assign(AttrData::string(variant["name"].required().text()));

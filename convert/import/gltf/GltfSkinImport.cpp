@@ -7,7 +7,7 @@ namespace {
 Node& importSkin(GltfContext& context, const GltfValue& from) {
     const GltfValue nodes = context.root["nodes"];
     Node& skin = context.create("skin", from, "skin");
-    Input& joints = *skin.createArray("joints", AttrType::Node);
+    Input& joints = *skin.createArray("joints", AttrType::Null);
     from["joints"].required().forEach([&](const GltfValue& joint, u64) {
         Node* node = context.nodes[joint.indexIn(nodes)];
         if (Input* element = joints.appendElement())

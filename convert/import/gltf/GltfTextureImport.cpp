@@ -22,11 +22,16 @@ public:
         node_ = &context_.create("texture", texture_, fallback.c_str());
         if (!images.empty()) {
             addImage(images[0], "");
-            setTextIfAny("imageName", images[0]["name"]);
+            if (const std::string_view name = images[0]["name"].text(); name != texture_["name"].text())
+                setText(*node_, "imageName", name);
             context_.keepExtras(*node_, "imageExtras", images[0]);
         }
-        if (images.size() > 1)
+        if (images.size() > 1) {
             addImage(images[1], "alternative.");
+            if (const GltfValue name = images[1]["name"]; !name.text().empty())
+                setAt(*node_, "alternative.name", AttrData::string(name.text()));
+            context_.keepExtras(*node_, "alternative.extras", images[1]);
+        }
         if (images.size() > 2)
             context_.losses.add("third images of textures", *node_);
         addSampler();
