@@ -28,10 +28,7 @@ std::string extrasOf(const Node& node, const char* path, Losses& losses) {
     return {};
 }
 
-void writeName(JsonText& json, const Node& node) {
-    if (!isNameless(node))
-        json.key("name").text(displayName(node));
-}
+void writeName(JsonText& json, const Node& node) { json.key("name").text(displayName(node)); }
 
 void writeExtras(JsonText& json, const Node& node, const char* path, Losses& losses) {
     if (const std::string extras = extrasOf(node, path, losses); !extras.empty())

@@ -8,7 +8,7 @@ namespace vrn::convert {
 
 using vor::velmo_sdk::impl::JsonText;
 
-// Writes the member `name`, unless the node is nameless on purpose.
+// Writes the member `name`.
 void writeName(JsonText& json, const Node& node);
 
 // The JSON in the input of a node at a path; empty if there is none, and with a loss if its text is not JSON.

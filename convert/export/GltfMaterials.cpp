@@ -150,15 +150,15 @@ void GltfMaterials::writeTextures() {
 GltfMaterials::StoredTexture GltfMaterials::store(const Texture& texture) {
     StoredTexture stored;
     const Sampler sampler = samplerOf(texture);
-    if (sampler != Sampler{10497, 10497, 0, 0, "", ""} || texture.source->input("wrapU"))
+    if (sampler != Sampler{10497, 10497, 0, 0, "", ""})
         stored.sampler = addOnce(samplers_, samplerIndices_, sampler);
     const Node& source = *texture.source;
     const InputReader reader(source, losses_);
-    const std::string name = isNameless(source) ? "" : std::string(displayName(source).view());
+    const std::string imageName = reader.text("imageName");
     addImage(texture.image,
              {.file = {},
               .encoded = {},
-              .name = reader.has("imageName") ? reader.text("imageName") : name,
+              .name = imageName.empty() ? std::string(displayName(source).view()) : imageName,
               .extras = extrasOf(source, "imageExtras", losses_)},
              texture, stored);
     addImage(texture.alternative,

@@ -1,3 +1,4 @@
+// The bounding box of a mesh.
 #pragma once
 
 #include "convert/shared/SceneNames.h"

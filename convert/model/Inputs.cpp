@@ -84,12 +84,6 @@ template <class T> std::optional<Values<u32>> convertIndices(std::span<const T> 
 
 } // namespace
 
-bool allFinite(std::span<const float> numbers) {
-    return std::ranges::all_of(numbers, [](float number) { return std::isfinite(number); });
-}
-
-bool fitsFloat(double number) { return std::abs(number) <= static_cast<double>(std::numeric_limits<float>::max()); }
-
 const Input* InputReader::find(std::string_view path) const {
     std::size_t dot = path.find('.');
     const Input* input = node_.input(path.substr(0, dot));
@@ -178,11 +172,6 @@ const Node* linkedNode(const Input* input) {
 String displayName(const Node& node) {
     const Input* name = node.input("name");
     return name && *name->value().asString() ? String(name->value().asString()) : node.name();
-}
-
-bool isNameless(const Node& node) {
-    const Input* name = node.input("name");
-    return name && name->type() == AttrType::String && *name->value().asString() == '\0';
 }
 
 Values<float> readFloats(const Input* input, u32 components, Losses& losses) {

@@ -11,6 +11,7 @@
 
 #include "convert/model/Model.h"
 #include "convert/model/Values.h"
+#include "convert/shared/Floats.h"
 #include "convert/shared/Losses.h"
 
 #include <array>
@@ -50,19 +51,11 @@ private:
 
 inline constexpr const char* outsideUnitInterval = "numbers outside 0 to 1 (clamped)"; // a loss
 
-[[nodiscard]] bool allFinite(std::span<const float> numbers);
-
-// Whether a number is finite as a float, which is what other formats store.
-[[nodiscard]] bool fitsFloat(double number);
-
 // The node that an input is connected to or refers to; null if there is none or no input.
 [[nodiscard]] const Node* linkedNode(const Input* input);
 
 // The name of a node in other formats: its input `name`, or if it is empty or missing, its identifier.
 [[nodiscard]] String displayName(const Node& node);
-
-// Whether the name of a node is empty on purpose: formats that can leave out names do.
-[[nodiscard]] bool isNameless(const Node& node);
 
 // A buffer as floats, with `components` per element; empty if there is no such buffer. Doubles are rounded, with a loss
 // if that changes any.

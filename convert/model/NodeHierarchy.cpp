@@ -65,21 +65,19 @@ Quaternion readRotation(const Node& node, const InputReader& reader, Losses& los
     return dividedBy(scaled, lengthOf(scaled));
 }
 
-// Decomposes the matrix if that is exact. Also decomposes matrices with a zero scale or perspective, which other
-// formats reject as matrices; perspective is lost.
+// Decomposes the matrix if that is exact. Also decomposes matrices with a zero scale, shear or perspective, which other
+// formats reject as matrices; shear and perspective are lost.
 void setMatrix(ModelNode& node, const Matrix& matrix, Losses& losses) {
     constexpr double maxError = 1e-5;
     const Trs trs = decomposeTransform(matrix);
     const double error = maxDifference(toMatrix(trs), matrix);
     const bool isFlat = trs.scale[0] == 0 || trs.scale[1] == 0 || trs.scale[2] == 0;
-    const bool isAffine = matrix[3] == 0 && matrix[7] == 0 && matrix[11] == 0 && matrix[15] == 1;
-    if (error != 0 && !isFlat && isAffine) {
+    if (error == 0 || isFlat || error > maxError)
+        node.trs = trs;
+    else
         node.matrix = matrix;
-        return;
-    }
-    node.trs = trs;
     if (error > maxError)
-        losses.add("perspective, or shear of flat transforms", *node.source);
+        losses.add("shear or perspective of transforms", *node.source);
 }
 
 void readTransform(ModelNode& node, Losses& losses) {

@@ -51,10 +51,6 @@ void readFileContents(ExportContext& context) {
             readVariantNames(context, node);
         else if (type == "asset")
             readAsset(context, node);
-        else if (type == "texture")
-            (void)readTexture(context, node);
-        else if (type == "material")
-            (void)readMaterial(context, &node);
     }
 }
 
@@ -62,6 +58,12 @@ void readScenes(ExportContext& context) {
     for (const Node& node : context.scene.nodes())
         if (!node.isDefinition() && node.type() == "scene")
             readScene(context, node);
+    for (const Node& node : context.scene.nodes()) {
+        if (!node.isDefinition() && node.type() == "material")
+            (void)readMaterial(context, &node);
+        if (!node.isDefinition() && node.type() == "texture")
+            (void)readTexture(context, node);
+    }
 }
 
 } // namespace vrn::convert

@@ -5,11 +5,10 @@
 
 namespace vrn::convert {
 
-// Reads the names of variants, what is said of the file, and the materials and textures, used or not, in their order.
-// Before everything that refers to them.
+// Reads the names of variants and what is said of the file. Before the meshes, which refer to variants.
 void readFileContents(ExportContext& context);
 
-// Reads the scenes that list some of the nodes; after the hierarchy.
+// Reads the scenes that list some of the nodes, and the materials and textures that nothing uses; after the others.
 void readScenes(ExportContext& context);
 
 } // namespace vrn::convert

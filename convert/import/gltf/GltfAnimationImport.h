@@ -1,3 +1,4 @@
+// Animations with all of their channels.
 #pragma once
 
 #include "convert/import/gltf/GltfContext.h"

@@ -10,13 +10,16 @@ namespace {
 
 constexpr const char* lightExtension = "KHR_lights_punctual";
 
+// The identifier of a nameless camera or light at a node.
+std::string nameFor(const Node& place, const char* suffix) { return std::string(place.name().view()) + suffix; }
+
 void setNumber(Node& node, const char* input, const GltfValue& number, double unit = 1) {
     if (number.exists())
         set(node, input, AttrData::real(number.number(0) * unit));
 }
 
 void importCamera(GltfContext& context, const GltfValue& camera, Node& place) {
-    Node& node = context.create("camera", camera, "camera");
+    Node& node = context.create("camera", camera, nameFor(place, "_camera").c_str());
     const std::string_view type = camera["type"].required().text();
     if (type != "perspective" && type != "orthographic")
         camera["type"].refuse("it is no type of cameras");
@@ -35,7 +38,7 @@ void importCamera(GltfContext& context, const GltfValue& camera, Node& place) {
 }
 
 void importLight(GltfContext& context, const GltfValue& light, Node& place) {
-    Node& node = context.create("light", light, "light");
+    Node& node = context.create("light", light, nameFor(place, "_light").c_str());
     const std::string_view type = light["type"].required().text();
     if (type != "directional" && type != "point" && type != "spot")
         light["type"].refuse("it is no type of lights");

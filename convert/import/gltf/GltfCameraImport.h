@@ -1,3 +1,4 @@
+// Cameras and lights of nodes.
 #pragma once
 
 #include "convert/import/gltf/GltfContext.h"

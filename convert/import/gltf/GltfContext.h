@@ -27,18 +27,9 @@ struct GltfContext {
     std::vector<Node*> nodes{};
     std::vector<Node*> skins{};
 
-    // A node for an object of the file. One without a name gets an empty one, so that it is not named on the way back.
-    Node& named(const char* type, const GltfValue& object, const char* fallback) {
-        const std::string_view name = object["name"].text();
-        Node& node = maker.create(type, name, fallback);
-        if (name.empty())
-            setText(node, "name", "");
-        return node;
-    }
-
-    // The same with the `extras` of the object.
+    // A node for an object of the file, with its name and its `extras`.
     Node& create(const char* type, const GltfValue& object, const char* fallback) {
-        Node& node = named(type, object, fallback);
+        Node& node = maker.create(type, object["name"].text(), fallback);
         keepExtras(node, "extras", object);
         return node;
     }

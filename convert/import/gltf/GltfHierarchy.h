@@ -1,3 +1,4 @@
+// The order in which nodes are imported.
 #pragma once
 
 #include "convert/import/gltf/GltfJson.h"

@@ -1,7 +1,7 @@
 #include "convert/import/gltf/GltfJson.h"
 
-#include "convert/model/Inputs.h"
 #include "convert/shared/Errors.h"
+#include "convert/shared/Floats.h"
 #include "scene/JsonWriter.h"
 
 #include <cmath>

@@ -1,3 +1,4 @@
+// Materials with all of their extensions.
 #pragma once
 
 #include "convert/import/gltf/GltfContext.h"

@@ -39,7 +39,7 @@ public:
             context_.losses.add("meshes without points", String(std::string_view(primitive_.pointer())));
             return nullptr;
         }
-        node_ = &context_.named("mesh", mesh_, "mesh");
+        node_ = &context_.maker.create("mesh", mesh_["name"].text(), "mesh");
         addFaces();
         addVertices();
         addSkinning();

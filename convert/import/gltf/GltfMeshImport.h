@@ -1,3 +1,4 @@
+// Meshes with all of their attributes.
 #pragma once
 
 #include "convert/import/gltf/GltfContext.h"

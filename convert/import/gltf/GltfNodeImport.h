@@ -1,3 +1,4 @@
+// The node hierarchy.
 #pragma once
 
 #include "convert/import/gltf/GltfContext.h"

@@ -1,3 +1,4 @@
+// What a file contains besides nodes.
 #pragma once
 
 #include "convert/import/gltf/GltfContext.h"

@@ -1,3 +1,4 @@
+// Skins and the nodes that they deform.
 #pragma once
 
 #include "convert/import/gltf/GltfContext.h"

@@ -22,7 +22,8 @@ public:
         node_ = &context_.create("texture", texture_, fallback.c_str());
         if (!images.empty()) {
             addImage(images[0], "");
-            if (const std::string_view name = images[0]["name"].text(); name != texture_["name"].text())
+            if (const std::string_view name = images[0]["name"].text();
+                !name.empty() && name != texture_["name"].text())
                 setText(*node_, "imageName", name);
             context_.keepExtras(*node_, "imageExtras", images[0]);
         }

@@ -1,3 +1,4 @@
+// Textures with their images and samplers.
 #pragma once
 
 #include "convert/import/gltf/GltfContext.h"

@@ -6,7 +6,7 @@ const { TYPES, SHAPES, FLOAT, componentOffsets } = require("./file.js");
 const DRACO = "KHR_draco_mesh_compression";
 const MESHOPT = "EXT_meshopt_compression";
 
-// Places that may change unnoticed, by their pointers, and why; some only in files that use an extension.
+// Places that may change unnoticed, by their pointers, and why; some only in files that use an extension or of some kind.
 const EXEMPT = [
     [/^\/asset\/(version|generator)$/, "the writer of a file has its own"],
     [/^\/accessors\/\d+\/(min|max)(\/|$)/, "follows from the values; the validator compares them"],
@@ -15,6 +15,7 @@ const EXEMPT = [
     [/^\/extensions(Used|Required)(\/|$)/, "a writer declares what it writes"],
     [/^\/images\/\d+\/mimeType$/, "the bytes tell"],
     [/\/emissiveTexture\/texCoord$/, "overridden by the transform", "KHR_texture_transform"],
+    [/\/name$/, "what has no name may get one", "", (json) => json.nodes?.some((node) => !node.name)],
     [/^\/scenes?$/, "without scenes, all roots are in the default scene"],
     [/^\/bufferViews\/\d+\/byteStride$/, "elements without gaps need none"],
     [/^\/textures\/\d+\/sampler$/, "a sampler may have no members"],
@@ -159,7 +160,10 @@ function isNoticed(content, mutant) {
 function unnoticed(file) {
     const content = contentOf(file);
     const extensions = file.json.extensionsUsed ?? [];
-    const exemptions = EXEMPT.filter(([, , extension]) => !extension || extensions.includes(extension));
+    const exemptions = EXEMPT.filter(
+        ([, , extension, applies]) =>
+            (!extension || extensions.includes(extension)) && (!applies || applies(file.json))
+    );
     const influences = influencePointers(file.json);
     const found = [];
     const needed = new Set();
