@@ -127,15 +127,21 @@ function* accessorPositions(file, accessor) {
 function* numberMutations(file) {
     for (const [index, accessor] of (file.json.accessors ?? []).entries())
         for (const at of accessorPositions(file, accessor)) {
-            const binary = Buffer.from(file.binary);
-            if (accessor.type === "MAT4") binary.writeFloatLE(binary.readFloatLE(at) + 1, at);
-            else binary[at] ^= 2;
-            yield {
-                pointer: `/accessors/${index} at byte ${at}`,
-                kind: "changed",
-                mutant: () => file.with(file.json, binary),
-            };
+            const pointer = `/accessors/${index} at byte ${at}`;
+            yield { pointer, kind: "changed", mutant: () => file.with(file.json, numberChanged(file, accessor, at)) };
         }
+}
+
+function numberChanged(file, { type }, at) {
+    const binary = Buffer.from(file.binary);
+    if (type === "MAT4") binary.writeFloatLE(binary.readFloatLE(at) + 1, at);
+    else binary[at] ^= 2;
+    return binary;
+}
+
+function* mutations(file) {
+    yield* jsonMutations(file);
+    yield* numberMutations(file);
 }
 
 // The accessors of joints and weights, and their views. Only shares of a sum are compared, so most of their numbers may
@@ -164,7 +170,7 @@ function unnoticed(file) {
     const influences = influencePattern(file.json);
     const found = [];
     const needed = new Set();
-    for (const { pointer, kind, mutant } of [...jsonMutations(file), ...numberMutations(file)]) {
+    for (const { pointer, kind, mutant } of mutations(file)) {
         if (isNoticed(content, mutant)) continue;
         const exemption = exemptions.find(([pattern]) => pattern.test(pointer));
         if (exemption) needed.add(String(exemption[0]));
