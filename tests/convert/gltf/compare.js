@@ -25,7 +25,7 @@ function membersOf(a, b) {
 class Differences {
     constructor() {
         this.found = [];
-        this.compared = new Map(); // pairs of trees that are equal, such as shared meshes
+        this.compared = new Map(); // pairs of trees; what several nodes share is compared once
     }
 
     add(at, a, b) {
@@ -49,12 +49,11 @@ class Differences {
 
     compareTrees(a, b, at) {
         if (this.compared.get(a) === b) return;
-        const before = this.found.length;
+        this.compared.set(a, b);
         for (const member of membersOf(a, b)) {
             if (member === "name" && a.name === undefined) continue; // what has no name may get one
             this.compare(a[member], b[member], `${at}/${member}`);
         }
-        if (this.found.length === before) this.compared.set(a, b);
     }
 }
 

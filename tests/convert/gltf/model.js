@@ -49,21 +49,21 @@ function bounds(values, size) {
     };
 }
 
+// The numbers that normalized integers stand for.
+function fractions(array) {
+    const largest = { Int8Array: 127, Uint8Array: 255, Int16Array: 32767, Uint16Array: 65535 }[array.constructor.name];
+    return [...array].map((value) => Math.max(value / largest, -1));
+}
+
 // A GLB from its chunks, as pairs of a type and bytes of a length that is a multiple of four.
 function glb(chunks) {
-    const parts = [];
-    for (const [type, bytes] of chunks) {
-        const header = Buffer.alloc(8);
-        header.writeUInt32LE(bytes.length, 0);
-        header.write(type, 4, "latin1");
-        parts.push(header, bytes);
-    }
-    const header = Buffer.from("glTF\x02\0\0\0\0\0\0\0", "latin1");
-    header.writeUInt32LE(
-        parts.reduce((sum, part) => sum + part.length, header.length),
-        8
-    );
-    return Buffer.concat([header, ...parts]);
+    const content = chunks.flatMap(([type, bytes]) => [u32(bytes.length), Buffer.from(type), bytes]);
+    const length = content.reduce((sum, part) => sum + part.length, 12);
+    return Buffer.concat([Buffer.from("glTF"), u32(2), u32(length), ...content]);
+}
+
+function u32(value) {
+    return bytesOf(Uint32Array.of(value));
 }
 
 class Model {
@@ -73,6 +73,7 @@ class Model {
         this.container = "glb"; // or "gltf" with a model.bin, or "embedded", with a data URI
         this.more = {}; // other files, by name
         this.chunks = []; // more chunks of the GLB
+        this.hasNoScenes = false;
     }
 
     // Appends to the list of the JSON with that name and returns the index. Objects get names, so that only the models of
@@ -178,24 +179,32 @@ class Model {
 
     // All files by name; the first is the glTF file.
     files() {
-        const json = { ...this.json };
-        if (json.nodes && !("scenes" in json) && !this.hasNoScenes) {
-            const children = new Set(json.nodes.flatMap((node) => node.children ?? []));
-            json.scenes = [{ nodes: [...json.nodes.keys()].filter((node) => !children.has(node)) }];
-            json.scene = 0;
-        }
-        if (this.bytes.length && !json.buffers?.[0])
-            json.buffers = [
-                { byteLength: this.bytes.length, ...this.bufferMember() },
-                ...(json.buffers ?? []).slice(1),
-            ];
-        if (this.container !== "glb") {
-            const bin = this.container === "gltf" && this.bytes.length ? { "model.bin": this.bytes } : {};
-            return { "model.gltf": Buffer.from(JSON.stringify(json)), ...bin, ...this.more };
-        }
-        const chunks = [["JSON", padded(Buffer.from(JSON.stringify(json)), 0x20)]];
-        if (this.bytes.length) chunks.push(["BIN\0", this.bytes]);
-        return { "model.glb": glb([...chunks, ...this.chunks]), ...this.more };
+        const json = { ...this.json, ...this.scenes(), ...this.buffers() };
+        return { ...(this.container === "glb" ? this.glb(json) : this.gltf(json)), ...this.more };
+    }
+
+    scenes() {
+        const { nodes, scenes } = this.json;
+        if (!nodes || scenes || this.hasNoScenes) return {};
+        const children = new Set(nodes.flatMap((node) => node.children ?? []));
+        return { scenes: [{ nodes: [...nodes.keys()].filter((node) => !children.has(node)) }], scene: 0 };
+    }
+
+    buffers() {
+        const [first, ...others] = this.json.buffers ?? [];
+        if (first || !this.bytes.length) return {};
+        return { buffers: [{ byteLength: this.bytes.length, ...this.bufferMember() }, ...others] };
+    }
+
+    glb(json) {
+        const bin = this.bytes.length ? [["BIN\0", this.bytes]] : [];
+        const chunks = [["JSON", padded(Buffer.from(JSON.stringify(json)), 0x20)], ...bin, ...this.chunks];
+        return { "model.glb": glb(chunks) };
+    }
+
+    gltf(json) {
+        const bin = this.container === "gltf" && this.bytes.length ? { "model.bin": this.bytes } : {};
+        return { "model.gltf": Buffer.from(JSON.stringify(json)), ...bin };
     }
 
     bufferMember() {
@@ -205,4 +214,4 @@ class Model {
     }
 }
 
-module.exports = { Model, bytesOf, padded, glb };
+module.exports = { Model, bounds, bytesOf, fractions, glb, padded };

@@ -1,7 +1,7 @@
 // Changes a glTF file in one place at a time, to find out which changes a comparison does not notice.
 const { contentOf } = require("./content/content.js");
 const { differences } = require("./compare.js");
-const { TYPES, SHAPES, FLOAT, componentOffsets } = require("./file.js");
+const { TYPES, SHAPES, componentOffsets } = require("./file.js");
 
 const DRACO = "KHR_draco_mesh_compression";
 const MESHOPT = "EXT_meshopt_compression";
@@ -128,23 +128,30 @@ function* accessorPositions(file, accessor) {
 function* numberMutations(file) {
     for (const [index, accessor] of (file.json.accessors ?? []).entries())
         for (const at of accessorPositions(file, accessor)) {
-            const binary = Buffer.from(file.binary);
-            if (accessor.type === "MAT4") binary.writeFloatLE(binary.readFloatLE(at) + 1, at);
-            else binary[at] ^= 2;
-            yield {
-                pointer: `/accessors/${index} at byte ${at}`,
-                kind: "changed",
-                mutant: () => file.with(file.json, binary),
-            };
+            const pointer = `/accessors/${index} at byte ${at}`;
+            yield { pointer, kind: "changed", mutant: () => file.with(file.json, numberChanged(file, accessor, at)) };
         }
+}
+
+function numberChanged(file, { type }, at) {
+    const binary = Buffer.from(file.binary);
+    if (type === "MAT4") binary.writeFloatLE(binary.readFloatLE(at) + 1, at);
+    else binary[at] ^= 2;
+    return binary;
+}
+
+function* mutations(file) {
+    yield* jsonMutations(file);
+    yield* numberMutations(file);
 }
 
 // The accessors of joints and weights, and their views. Only shares of a sum are compared, so most of their numbers may
 // change alone. pairs.js has tests of these.
-function influencePointers({ meshes = [], accessors }) {
+function influencePattern({ meshes = [], accessors }) {
     const attributes = meshes.flatMap(({ primitives }) => primitives.flatMap((one) => Object.entries(one.attributes)));
     const found = attributes.filter(([name]) => /^(JOINTS|WEIGHTS)_/.test(name)).map(([, index]) => index);
-    return found.flatMap((index) => [`/accessors/${index}`, `/bufferViews/${accessors[index].bufferView}`]);
+    const patterns = found.map((index) => `accessors/${index}|bufferViews/${accessors[index].bufferView}`);
+    return found.length ? new RegExp(`^/(${patterns.join("|")})( |/|$)`) : undefined;
 }
 
 // A file that can no longer be read differs, too.
@@ -164,14 +171,14 @@ function unnoticed(file) {
         ([, , extension, applies]) =>
             (!extension || extensions.includes(extension)) && (!applies || applies(file.json))
     );
-    const influences = influencePointers(file.json);
+    const influences = influencePattern(file.json);
     const found = [];
     const needed = new Set();
-    for (const { pointer, kind, mutant } of [...jsonMutations(file), ...numberMutations(file)]) {
+    for (const { pointer, kind, mutant } of mutations(file)) {
         if (isNoticed(content, mutant)) continue;
         const exemption = exemptions.find(([pattern]) => pattern.test(pointer));
         if (exemption) needed.add(String(exemption[0]));
-        else if (!influences.some((start) => pointer.startsWith(start))) found.push(`${pointer} ${kind}`);
+        else if (!influences?.test(pointer)) found.push(`${pointer} ${kind}`);
     }
     return { found, needed: [...needed] };
 }

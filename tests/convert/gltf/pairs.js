@@ -52,6 +52,41 @@ function colored(...colors) {
     return attributes((m) => ({ COLOR_0: m.floats(colors.length === 9 ? "VEC3" : "VEC4", ...colors) }));
 }
 
+function tinted(Type, one, fifth) {
+    return attributes((m) => ({
+        COLOR_0: m.accessor("VEC4", Type.of(one, 0, fifth, one, one, 0, fifth, one, one, 0, fifth, one), {
+            normalized: Type !== Float32Array,
+        }),
+    }));
+}
+
+// Two nodes that show one of two equal meshes each.
+function shared(...meshes) {
+    return (m) => {
+        m.mesh({ attributes: { POSITION: m.corner() } });
+        m.add("meshes", { ...m.json.meshes[0] });
+        for (const mesh of meshes) m.node({ mesh });
+    };
+}
+
+function skinned(...meshes) {
+    return (m) => {
+        shared(...meshes)(m);
+        m.add("skins", { joints: [0] });
+        for (const node of m.json.nodes) node.skin = 0;
+    };
+}
+
+function animated(members) {
+    return (m) => {
+        const path = "translation";
+        m.add("animations", {
+            samplers: [{ input: m.times(0), output: m.floats("VEC3", 1, 2, 3) }],
+            channels: [{ sampler: 0, target: { node: m.node(members), path } }],
+        });
+    };
+}
+
 function morphed(...targets) {
     return primitive((m) => ({ targets: targets.map((target) => ({ POSITION: m.positions(...target) })) }));
 }
@@ -115,6 +150,9 @@ const PAIRS = {
         ["a joint without weight", influenced([1, 2, 0, 0], [1, 0, 0, 0]), influenced([1, 0, 0, 0], [1, 0, 0, 0])],
         ["a joint twice", influenced([1, 1, 0, 0], [0.5, 0.5, 0, 0]), influenced([1, 0, 0, 0], [1, 0, 0, 0])],
         ["opaque colours", colored(1, 0, 0, 0, 1, 0, 0, 0, 1), colored(1, 0, 0, 1, 0, 1, 0, 1, 0, 0, 1, 1)],
+        ["integers for fractions", tinted(Uint8Array, 255, 51), tinted(Float32Array, 1, 0.2)],
+        ["a copy of a skinned mesh", skinned(0, 0), skinned(0, 1)],
+        ["a turn as a scale", node({ scale: [-1, -1, 1] }), node({ rotation: [0, 0, 1, 0] })],
         ["a target without deltas", primitive(() => ({ targets: [{}] })), morphed([0, 0, 0, 0, 0, 0, 0, 0, 0])],
         ["a rounded inverse bind", bound(1), bound(1 + 2e-7)],
         ["a rounded angle", viewed(1), viewed(1 + 2e-7)],
@@ -129,6 +167,12 @@ const PAIRS = {
         ["a turn", node({ rotation: [0, 0, 0.60001, 0.79999] }), node(TURN)],
         ["a mirror", node({ scale: [-1, 1, 1] }), node({})],
         ["a matrix", node({ matrix: [1, 0, 0, 0, 1e-5, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1] }), node({})],
+        ["a copy of a mesh", shared(0, 0), shared(0, 1)],
+        [
+            "a turn as a scale of an animated node",
+            animated({ scale: [-1, -1, 1] }),
+            animated({ rotation: [0, 0, 1, 0] }),
+        ],
         ["a small translation", node({ translation: [1000, 1e-5, 0] }), node({ translation: [1000, 0, 0] })],
         ["a name", node({ name: " " }), node({ name: "" })],
         ["a fan for a strip", drawn(6, 0, 1, 2, 3), drawn(5, 0, 1, 2, 3)],

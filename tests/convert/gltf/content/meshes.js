@@ -1,6 +1,6 @@
 // The content of meshes: the values of the attributes at each corner of each triangle, line or point.
 const draco = require("../draco.js");
-const { check, FLOAT } = require("../file.js");
+const { check, FLOAT, TYPES } = require("../file.js");
 const { identity } = require("./identity.js");
 const { Numbers, numbersOf } = require("./numbers.js");
 
@@ -67,7 +67,7 @@ function decompress(file, primitive, compressed, attributes) {
         const { normalized, componentType, count } = file.get("accessors", accessors[name]);
         const isExpected = values.length === size * count && size === attributes[name].size;
         check(isExpected, "the compressed data has another number of points or components");
-        const largest = normalized ? { 5120: 127, 5121: 255, 5122: 32767, 5123: 65535 }[componentType] : 1;
+        const largest = normalized ? TYPES[componentType].largest : 1;
         attributes[name] = { ...attributes[name], size, values: values.map((v) => Math.max(v / largest, -largest)) };
     }
     const { count, type } = file.get("accessors", primitive.indices);

@@ -1,5 +1,5 @@
 // Every way to store numbers.
-const { bytesOf } = require("../model.js");
+const { bytesOf, fractions } = require("../model.js");
 const { ATTRIBUTES, PRIMITIVE } = require("./paths.js");
 
 const CORNERS = [0, 0, 0, 1, 0, 0, 0, 1, 0];
@@ -9,10 +9,7 @@ function custom(type, array, more) {
     return (m) => {
         const _VALUE = m.attribute(type, array, more);
         m.node({ mesh: m.mesh({ attributes: { POSITION: m.corner(), _VALUE } }) });
-        const largest = { Int8Array: 127, Uint8Array: 255, Int16Array: 32767, Uint16Array: 65535 }[
-            array.constructor.name
-        ];
-        return { [`${ATTRIBUTES}/_VALUE`]: [...array].map((v) => (more?.normalized ? Math.max(v / largest, -1) : v)) };
+        return { [`${ATTRIBUTES}/_VALUE`]: more?.normalized ? fractions(array) : [...array] };
     };
 }
 
@@ -121,6 +118,17 @@ module.exports = {
     }),
     "accessor-i16-normalized": custom("VEC2", Int16Array.of(-32768, -32767, 32767, 0, 1, -1), { normalized: true }),
     "accessor-u16-normalized": custom("VEC2", Uint16Array.of(0, 13107, 65535, 1, 2, 3), { normalized: true }),
+    "accessor-mat2-u8": (m) => {
+        const bytes = Buffer.from([1, 2, 0, 0, 3, 4, 0, 0, 5, 6, 0, 0, 7, 8, 0, 0, 9, 10, 0, 0, 11, 12, 0, 0]);
+        const bufferView = m.view(bytes, { byteStride: 8 }); // columns start at multiples of four bytes
+        const _VALUE = m.add("accessors", { bufferView, componentType: 5121, count: 3, type: "MAT2" });
+        m.node({ mesh: m.mesh({ attributes: { POSITION: m.corner(), _VALUE } }) });
+        return { [`${ATTRIBUTES}/_VALUE`]: [1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12] };
+    },
+    "accessor-mat3": custom(
+        "MAT3",
+        Float32Array.from({ length: 27 }, (_, at) => at / 8)
+    ),
     "accessor-mat4": custom(
         "MAT4",
         Float32Array.from({ length: 48 }, (_, at) => at / 8)

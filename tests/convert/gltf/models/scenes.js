@@ -218,10 +218,6 @@ module.exports = {
         { matrix: [0, 2, 0, 0, -2, 0, 0, 0, 0, 0, 2, 0, 5, 6, 7, 1] },
         { linear: [0, 2, 0, -2, 0, 0, 0, 0, 2], translation: [5, 6, 7] }
     ),
-    "transform-shear": transform(
-        { matrix: [1, 0, 0, 0, 0.5, 1, 0, 0, 0, 0, 1, 0, 1, 2, 3, 1] },
-        { linear: [1, 0, 0, 0.5, 1, 0, 0, 0, 1], translation: [1, 2, 3] }
-    ),
     "transform-mirror": transform(
         { matrix: [-1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1] },
         { linear: [-1, 0, 0, 0, 1, 0, 0, 0, 1] }
