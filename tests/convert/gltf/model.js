@@ -27,6 +27,7 @@ const NAMED = {
     meshes: "mesh",
     nodes: "node",
     skins: "skin",
+    textures: "texture",
 };
 
 function bytesOf(array) {

@@ -94,6 +94,10 @@ module.exports = {
         shown(m, { source: m.add("images", { uri: "map.png", name: undefined }) });
         return { [`${TEXTURE}/image`]: { name: undefined, content: "map.png" } };
     },
+    "texture-without-name": (m) => {
+        shown(m, { source: imageFile(m, "map.png", png(1, 2, 3)), name: undefined });
+        return { [TEXTURE]: { name: undefined, image: { name: "image 0" } } };
+    },
     "image-missing": (m) => {
         shown(m, { source: m.add("images", { uri: "../elsewhere/./no%20such.png" }) });
         return { [`${TEXTURE}/image/content`]: "../elsewhere/no such.png" };
