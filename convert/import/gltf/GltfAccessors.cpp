@@ -47,20 +47,18 @@ u64 sizeOf(Component component) {
 
 struct Shape {
     std::string_view name;
-    u32 components;
+    u32 rows;
+    u32 columns;
 };
-constexpr Shape shapes[] = {{"SCALAR", 1}, {"VEC2", 2}, {"VEC3", 3}, {"VEC4", 4},
-                            {"MAT2", 4},   {"MAT3", 9}, {"MAT4", 16}};
+constexpr Shape shapes[] = {{"SCALAR", 1, 1}, {"VEC2", 2, 1}, {"VEC3", 3, 1}, {"VEC4", 4, 1},
+                            {"MAT2", 2, 2},   {"MAT3", 3, 3}, {"MAT4", 4, 4}};
 
-u32 componentsIn(const GltfValue& accessor) {
+const Shape& shapeOf(const GltfValue& accessor) {
     const GltfValue type = accessor["type"];
     const auto* shape = std::ranges::find(shapes, type.required().text(), &Shape::name);
     if (shape == std::end(shapes))
         type.refuse("it is no type of accessors");
-    // The columns of matrices of small integers are padded. No attribute that is converted has such a type.
-    if (shape->name.starts_with("MAT") && componentOf(accessor["componentType"]) != Component::Float)
-        type.refuse("matrices of integers cannot be converted");
-    return shape->components;
+    return *shape;
 }
 
 // The mapping of normalised integers to [0, 1] or [-1, 1].
@@ -74,11 +72,22 @@ template <class T> float normalized(T number) {
 struct GltfAccessors::Layout {
     u64 count;
     u32 components;
+    u32 columns;
     Component component;
     bool isNormalized;
 
-    [[nodiscard]] u64 elementSize() const { return components * sizeOf(component); }
+    // The columns of matrices are aligned to four bytes.
+    [[nodiscard]] u64 columnSize() const {
+        const u64 size = components / columns * sizeOf(component);
+        return columns == 1 ? size : (size + 3) / 4 * 4;
+    }
+    [[nodiscard]] u64 elementSize() const { return columns * columnSize(); }
     [[nodiscard]] u64 bytes() const { return count * elementSize(); }
+    [[nodiscard]] u64 offsetOf(u64 number) const {
+        const u64 rows = components / columns;
+        return number / components * elementSize() + number % components / rows * columnSize() +
+               number % rows * sizeOf(component);
+    }
 };
 
 GltfValue GltfAccessors::at(const GltfValue& index) const {
@@ -88,8 +97,10 @@ GltfValue GltfAccessors::at(const GltfValue& index) const {
 
 GltfAccessors::Layout GltfAccessors::layoutOf(const GltfValue& accessor) const {
     const GltfValue count = accessor["count"];
+    const Shape& shape = shapeOf(accessor);
     const Layout layout{.count = count.required().whole(),
-                        .components = componentsIn(accessor),
+                        .components = shape.rows * shape.columns,
+                        .columns = shape.columns,
                         .component = componentOf(accessor["componentType"]),
                         .isNormalized = accessor["normalized"].boolean(false)};
     if (layout.count == 0)
@@ -101,7 +112,10 @@ GltfAccessors::Layout GltfAccessors::layoutOf(const GltfValue& accessor) const {
 
 u64 GltfAccessors::countOf(const GltfValue& index) const { return layoutOf(at(index)).count; }
 
-u32 GltfAccessors::componentsOf(const GltfValue& index) const { return componentsIn(at(index)); }
+u32 GltfAccessors::componentsOf(const GltfValue& index) const {
+    const Shape& shape = shapeOf(at(index));
+    return shape.rows * shape.columns;
+}
 
 AttrData GltfAccessors::floats(const GltfValue& index, DataType type) {
     const GltfValue accessor = at(index);
@@ -137,7 +151,7 @@ std::vector<u32> GltfAccessors::integers(const GltfValue& index, u32 components)
         std::vector<u32> integers(layout.count * components);
         for (std::size_t i = 0; i < integers.size(); ++i) {
             T number;
-            std::memcpy(&number, &bytes[i * sizeof number], sizeof number);
+            std::memcpy(&number, &bytes[layout.offsetOf(i)], sizeof number);
             integers[i] = static_cast<u32>(number);
         }
         return integers;
@@ -152,7 +166,7 @@ std::vector<float> GltfAccessors::numbers(const GltfValue& accessor, const Layou
         std::vector<float> numbers(layout.count * layout.components);
         for (std::size_t i = 0; i < numbers.size(); ++i) {
             T number;
-            std::memcpy(&number, &bytes[i * sizeof number], sizeof number);
+            std::memcpy(&number, &bytes[layout.offsetOf(i)], sizeof number);
             numbers[i] = layout.isNormalized ? normalized(number) : static_cast<float>(number);
         }
         return numbers;
@@ -219,13 +233,21 @@ void GltfAccessors::replaceSparse(const GltfValue& accessor, const Layout& layou
     });
 }
 
-std::optional<DataType> floatTypeOf(u32 components) {
-    constexpr std::pair<u32, DataType> types[] = {{1, DataType::Float}, {2, DataType::Vec2f}, {3, DataType::Vec3f},
-                                                  {4, DataType::Vec4f}, {9, DataType::Mat3f}, {16, DataType::Mat4f}};
-    for (const auto& [count, type] : types)
-        if (count == components)
-            return type;
-    return {};
+DataType floatTypeOf(u32 components) {
+    switch (components) {
+    case 1:
+        return DataType::Float;
+    case 2:
+        return DataType::Vec2f;
+    case 3:
+        return DataType::Vec3f;
+    case 9:
+        return DataType::Mat3f;
+    case 16:
+        return DataType::Mat4f;
+    default:
+        return DataType::Vec4f;
+    }
 }
 
 AttrData opaque(const AttrData& colors) {

@@ -40,8 +40,8 @@ private:
     u64 maxBytes_;
 };
 
-// The type of buffers for attributes without a meaning here; nothing if there is none.
-[[nodiscard]] std::optional<DataType> floatTypeOf(u32 components);
+// The type of buffers for attributes without a meaning here.
+[[nodiscard]] DataType floatTypeOf(u32 components);
 
 // Colours (Rgbf) with the alpha 1.
 [[nodiscard]] AttrData opaque(const AttrData& colors);

@@ -103,12 +103,10 @@ private:
         primitive_["attributes"].forEachMember([&](std::string_view name, const GltfValue& accessor) {
             if (!name.starts_with('_'))
                 return;
-            const std::optional<DataType> type = floatTypeOf(context_.accessors.componentsOf(accessor));
-            if (!type)
-                return context_.losses.add("attributes of 2 x 2 matrices", *node_);
+            const DataType type = floatTypeOf(context_.accessors.componentsOf(accessor));
             Input& attribute = append("attributes");
             setMember(attribute, "name", AttrData::string(name));
-            setMember(attribute, "values", attributes_.floats(std::string(name), *type));
+            setMember(attribute, "values", attributes_.floats(std::string(name), type));
         });
     }
 

@@ -79,14 +79,12 @@ void setInstancing(GltfContext& context, Node& node, const GltfValue& from) {
         if (const GltfValue accessor = attributes[attribute]; accessor.exists())
             add(accessor, input, type);
     attributes.forEachMember([&](std::string_view name, const GltfValue& accessor) {
-        const std::optional<DataType> type = floatTypeOf(context.accessors.componentsOf(accessor));
+        const DataType type = floatTypeOf(context.accessors.componentsOf(accessor));
         if (!name.starts_with('_'))
             return;
-        if (!type)
-            return context.losses.add("attributes of 2 x 2 matrices", node);
         Input& attribute = context.append(node, "instances.attributes");
         setMember(attribute, "name", AttrData::string(name));
-        setMember(attribute, "values", context.accessors.floats(accessor, *type));
+        setMember(attribute, "values", context.accessors.floats(accessor, type));
     });
 }
 
