@@ -156,12 +156,14 @@ void GltfMeshes::addSkin(const Geometry& geometry, Accessors& accessors) {
     }
 }
 
-bool GltfMeshes::hasSkin(const ModelNode& node, u32 geometry) const {
+bool GltfMeshes::hasJoints(const ModelNode& node, u32 geometry) const {
     const Accessors& accessors = accessors_[geometry];
-    return node.skin != none && !accessors.skin.empty() && accessors.maxJoint < model_.skins[node.skin].joints.size();
+    return !accessors.skin.empty() && (node.skin == none || accessors.maxJoint < model_.skins[node.skin].joints.size());
 }
 
-bool GltfMeshes::hasSkin(const ModelNode& node) const { return node.geometry != none && hasSkin(node, node.geometry); }
+bool GltfMeshes::hasSkin(const ModelNode& node) const {
+    return node.skin != none && node.geometry != none && hasJoints(node, node.geometry);
+}
 
 // The material with those of its textures for which the geometry has texture coordinates.
 u32 GltfMeshes::materialIndex(u32 material, const Geometry& geometry) {
@@ -196,9 +198,9 @@ GltfMeshes::Primitive GltfMeshes::primitiveOf(const ModelNode& node, u32 index) 
     const Geometry& geometry = model_.geometries[index];
     Primitive primitive{.geometry = index,
                         .material = materialIndex(node.material != none ? node.material : geometry.material, geometry),
-                        .hasSkin = hasSkin(node, index),
+                        .hasJoints = hasJoints(node, index),
                         .variants = {}};
-    if (node.skin != none && !primitive.hasSkin)
+    if (node.skin != none && !primitive.hasJoints)
         losses_.add("skins with fewer joints than the mesh uses", *node.source);
     for (const VariantMaterial& variant : geometry.variants)
         primitive.variants[materialIndex(variant.material, geometry)].push_back(variant.variant);
@@ -229,7 +231,7 @@ void GltfMeshes::writePrimitive(JsonText& json, const Primitive& primitive) {
     };
     json.key("attributes").object([&] {
         writeAttributes(accessors.attributes);
-        if (primitive.hasSkin)
+        if (primitive.hasJoints)
             writeAttributes(accessors.skin);
     });
     json.key("indices").integer(accessors.indices);

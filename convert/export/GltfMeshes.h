@@ -51,7 +51,7 @@ private:
     struct Primitive {
         u32 geometry;
         u32 material;
-        bool hasSkin;
+        bool hasJoints;
         std::map<u32, std::vector<u32>> variants; // the variants in which it has each material
         friend auto operator<=>(const Primitive&, const Primitive&) = default;
     };
@@ -63,7 +63,7 @@ private:
                    Accessors& accessors);
     void addSkin(const Geometry& geometry, Accessors& accessors);
     Attributes addTarget(const MorphTarget& target);
-    [[nodiscard]] bool hasSkin(const ModelNode& node, u32 geometry) const;
+    [[nodiscard]] bool hasJoints(const ModelNode& node, u32 geometry) const;
     u32 materialIndex(u32 material, const Geometry& geometry);
     u32 variantIndex(const MaterialVariant& variant);
     Primitive primitiveOf(const ModelNode& node, u32 index);

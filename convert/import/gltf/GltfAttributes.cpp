@@ -86,12 +86,11 @@ GltfAttributes::GltfAttributes(GltfContext& context, const GltfValue& primitive)
     if (compression.exists())
         draco_ = std::make_unique<DracoMesh>(context, compression);
     const GltfValue points = attributes_["POSITION"];
-    if (points.exists())
-        vertices_ = context.accessors.countOf(points);
-    if (draco_ && draco_->points() != vertices_)
-        compression.refuse("the compressed mesh has " + std::to_string(draco_->points()) + " points instead of " +
-                           std::to_string(vertices_));
-    attributes_.forEachMember([&](std::string_view, const GltfValue& accessor) {
+    if (points.exists()) // some writers do not know the number of points after the compression
+        vertices_ = draco_ ? draco_->points() : context.accessors.countOf(points);
+    attributes_.forEachMember([&](std::string_view name, const GltfValue& accessor) {
+        if (draco_ && draco_->has(std::string(name)))
+            return;
         if (vertices_ != 0 && context.accessors.countOf(accessor) != vertices_)
             accessor.refuse("the attribute has " + std::to_string(context.accessors.countOf(accessor)) +
                             " elements for " + std::to_string(vertices_) + " points");

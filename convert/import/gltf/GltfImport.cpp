@@ -73,7 +73,7 @@ void reportUnread(const GltfJson& json, Losses& losses) {
         else if (std::ranges::all_of(name, [](unsigned char c) { return std::isdigit(c) != 0; }))
             losses.add("unused " + std::string(lastStep(parent)), String(std::string_view(pointer)));
         else
-            losses.add("unknown member " + std::string(name), String(std::string_view(parent)));
+            losses.add("member " + std::string(name), String(std::string_view(parent)));
     });
 }
 

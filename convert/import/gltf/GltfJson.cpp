@@ -141,10 +141,8 @@ void GltfValue::forEachMember(const std::function<void(std::string_view, const G
         return;
     if (!value_->IsObject())
         refuse("it is not an object");
-    for (const auto& member : value_->GetObject()) {
-        file_->read_.insert(&member.value);
+    for (const auto& member : value_->GetObject())
         visit(viewOf(member.name), {*file_, &member.value, nullptr, nullptr});
-    }
 }
 
 std::string_view GltfValue::text(std::string_view fallback) const {
@@ -252,7 +250,8 @@ void GltfJson::forEachUnread(const std::function<void(std::string_view, const st
                                                                                const std::string& pointer) {
         visitChildren(value, [&](std::string_view name, const JsonValue& child) {
             const std::string place = pointer + stepTo(name);
-            if (name == "extensions" || read_.contains(&child))
+            const bool isEmpty = child.IsArray() && child.Empty();
+            if (isEmpty || name == "extensions" || read_.contains(&child))
                 walk(child, place);
             else
                 visit(name, place);

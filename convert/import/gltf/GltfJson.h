@@ -40,7 +40,8 @@ public:
     [[nodiscard]] GltfValue operator[](u64 index) const;
     [[nodiscard]] GltfValue extension(const char* name) const { return (*this)["extensions"][name]; }
 
-    // The number of elements of an array, and calls with each element and its index, or with each member and its name.
+    // The number of elements of an array, and calls with each element and its index, or with each member and its name;
+    // members do not count as read by that.
     [[nodiscard]] u64 size() const;
     void forEach(const std::function<void(const GltfValue&, u64)>& visit) const;
     void forEachMember(const std::function<void(std::string_view, const GltfValue&)>& visit) const;

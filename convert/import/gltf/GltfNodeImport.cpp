@@ -37,8 +37,11 @@ void setMatrix(GltfContext& context, Node& node, const Matrix& matrix, bool isAn
 }
 
 void setTransform(GltfContext& context, Node& node, const GltfValue& from, bool isAnimated) {
-    if (from["matrix"].exists())
-        setMatrix(context, node, from["matrix"].numbers<16>(identity), isAnimated);
+    const GltfValue matrix = from["matrix"];
+    if (matrix.exists() && (from["translation"].exists() || from["rotation"].exists() || from["scale"].exists()))
+        matrix.refuse("a node has either a matrix, or a translation, rotation and scale");
+    if (matrix.exists())
+        setMatrix(context, node, matrix.numbers<16>(identity), isAnimated);
     if (from["translation"].exists())
         setNumbers(node, "translation", AttrType::Vec3, from["translation"].numbers<3>({}));
     if (from["rotation"].exists())
@@ -79,9 +82,10 @@ void setInstancing(GltfContext& context, Node& node, const GltfValue& from) {
         if (const GltfValue accessor = attributes[attribute]; accessor.exists())
             add(accessor, input, type);
     attributes.forEachMember([&](std::string_view name, const GltfValue& accessor) {
-        const DataType type = floatTypeOf(context.accessors.componentsOf(accessor));
         if (!name.starts_with('_'))
             return;
+        accessor.ignore(); // which is read now
+        const DataType type = floatTypeOf(context.accessors.componentsOf(accessor));
         Input& attribute = context.append(node, "instances.attributes");
         setMember(attribute, "name", AttrData::string(name));
         setMember(attribute, "values", context.accessors.floats(accessor, type));
