@@ -3,7 +3,6 @@
 #include "scene/InputCursor.h"
 
 #include <algorithm>
-#include <cstdarg>
 #include <tuple>
 
 namespace vrn::check {
@@ -60,7 +59,7 @@ std::vector<LogRecord> Findings::take() {
     return std::move(records_);
 }
 
-bool Findings::isSet(const Input& input) const { return positionWithin(input).has_value(); }
+bool Findings::isSet(const Input& input) const { return ownPosition(input) || input.size() != 0; }
 
 TextPosition Findings::positionOf(const Node& node) const {
     return sources_.positionOf(&node).value_or(TextPosition());

@@ -6,6 +6,7 @@
 #include "scene/Node.h"
 #include "scene/core/Log.h"
 
+#include <cstdarg>
 #include <set>
 #include <string>
 #include <string_view>
@@ -26,7 +27,7 @@ public:
     void add(const Input& input, const char* format, ...) __attribute__((format(printf, 3, 4)));
     void add(const Node& node, const char* format, ...) __attribute__((format(printf, 3, 4)));
 
-    // Whether a statement of the text sets the input, or something in it.
+    // Whether a statement of the text sets the input, or it has members or elements. O(1).
     [[nodiscard]] bool isSet(const Input& input) const;
 
     // All findings, by position.
@@ -37,7 +38,7 @@ private:
     [[nodiscard]] vor::TextPosition positionOf(const Node& node) const;
     [[nodiscard]] std::optional<vor::TextPosition> ownPosition(const Input& input) const;
     [[nodiscard]] std::optional<vor::TextPosition> positionWithin(const Input& input) const;
-    void add(vor::TextPosition position, const char* format, va_list arguments);
+    void add(vor::TextPosition position, const char* format, va_list arguments) __attribute__((format(printf, 3, 0)));
 
     const SourceMap& sources_;
     const std::set<std::string>& ignored_;

@@ -105,7 +105,8 @@ public:
     explicit PathChecks(const NodeType& type) : type_(type) {}
 
     // `value` describes the inputs, `own` are the steps to what contains them.
-    void check(const JsonValue& value, const std::vector<InputType>& inputs, std::vector<std::string_view> own) const {
+    void check(const JsonValue& value, const std::vector<InputType>& inputs,
+               const std::vector<std::string_view>& own) const {
         for (std::size_t i = 0; i < inputs.size(); ++i) {
             std::vector<std::string_view> steps = own;
             steps.push_back(inputs[i].name.view());

@@ -1,8 +1,6 @@
 // The paths by which a catalogue names an input of a node type: `points`, `skin.joints`, `uvsets[].coords`.
 #pragma once
 
-#include "scene/core/Export.h"
-
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -13,6 +11,6 @@ namespace vor::velmo_sdk::impl {
 inline constexpr std::string_view elementStep = "[]";
 
 // The names and element steps of a path, in order; nothing if it is malformed. They refer to `path`.
-[[nodiscard]] VRN_API std::optional<std::vector<std::string_view>> stepsOf(std::string_view path);
+[[nodiscard]] std::optional<std::vector<std::string_view>> stepsOf(std::string_view path);
 
 } // namespace vor::velmo_sdk::impl

@@ -23,7 +23,7 @@ static String textOf(const String& path) {
     if (path == builtinTypes)
         return builtinCatalogue;
     File file = File::open(path);
-    const String text = readAll(file);
+    String text = readAll(file);
     if (!file.error().isEmpty()) {
         complain(path, file.error());
         throw UnusableCatalogue();

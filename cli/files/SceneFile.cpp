@@ -44,13 +44,13 @@ void addSceneFilesAndFolders(std::vector<Option>& options, SceneArguments& argum
 }
 
 void addReadingOptions(std::vector<Option>& options, SceneArguments& arguments) {
-    options.push_back(
-        {.names = "--types",
-         .help = "Create nodes by the node types of this catalogue, or of the one that is built in; without the "
-                 "option, of the one that VRN_TYPES names",
-         .target = &arguments.types,
-         .value = "CATALOGUE.json|builtin",
-         .completion = Completion::File});
+    options.push_back({.names = "--types",
+                       .help =
+                           "Create nodes by the node types of this catalogue: a JSON file, or builtin for the one in "
+                           "the command; the default is the variable VRN_TYPES",
+                       .target = &arguments.types,
+                       .value = "CATALOGUE",
+                       .completion = Completion::File});
     options.push_back({.names = "--max-array",
                        .help = "Limit the number of elements of an array",
                        .target = &arguments.limits.maxArrayElements,

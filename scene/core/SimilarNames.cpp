@@ -35,6 +35,8 @@ void SimilarNames::consider(std::string_view name) {
     const std::size_t maxDistance = std::max<std::size_t>(1, wanted_.size() / 3);
     if (std::max(wanted_.size(), name.size()) > maxLength || std::ranges::count(nearest_, name, &Candidate::name) != 0)
         return;
+    if (std::max(wanted_.size(), name.size()) - std::min(wanted_.size(), name.size()) > maxDistance)
+        return;
     // Swapped neighbours are two edits, but a single slip.
     const std::size_t distance = editDistance(wanted_, name);
     const bool isSwapped = distance == 2 && std::ranges::is_permutation(wanted_, name);
