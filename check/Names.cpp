@@ -11,7 +11,7 @@ using namespace vor::velmo_sdk::impl;
 void UnknownTypes::add(const Node& node) {
     const String type = node.type();
     const Node* definition = scene_.findNode(type);
-    if (node.isDefinition() || (definition && definition->isDefinition()))
+    if (definition && definition->isDefinition()) // which has its own name as its type
         return;
     const auto [use, isNew] = uses_.try_emplace(std::string(type.view()), Use{&node, 0});
     ++use->second.nodes;

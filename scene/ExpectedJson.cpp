@@ -7,7 +7,11 @@
 
 namespace vor::velmo_sdk::impl {
 
+namespace {
+
 using Kind = JsonValue::Kind;
+
+} // namespace
 
 std::string inQuotes(std::string_view text) { return "\"" + std::string(escapeForTerminal(text).view()) + "\""; }
 

@@ -37,6 +37,7 @@ constexpr const char* rules = R"json({"types": {
         "ramp": {"type": "Buffer", "min": -1, "max": "inf"},
         "levels": {"type": "Array", "max": 3},
         "mode": {"type": "String", "default": "", "enum": ["flat", "shiny", ""]},
+        "digit": {"type": "String", "enum": ["0", "1", "2", "3", "4", "5", "6", "7", "8", "9"]},
         "image": {"type": "String", "file": true, "embeddedIn": ["bytes"]},
         "images": {"type": "Array", "file": true},
         "bytes": {"type": "Buffer"},
@@ -110,12 +111,14 @@ TEST_F(SceneCheck, findsUnknownInputs) {
         {"s.sets[1].cords = 1;",
          "2,15 unknownInput: s.sets[1].cords is unknown to the type shape; did you mean coords?\n",
          "s.sets[1].tag |= p.out;"},
+        {"s.sets[0].tga = 1;", "2,13 unknownInput: s.sets[0].tga is unknown to the type shape; did you mean tag?\n",
+         "s.sets[0].tag = \"back\"; s.sets[0].at |= p.out;"},
         {"p.thing.x[3].y = 1;", "2,14 unknownInput: p.thing is unknown to the type paint\n", "p.coat.layer.depth = 1;"},
         // Other inputs of an open type are expected, unless one looks like another that is not set.
         {"a.visibel = 1;", "2,9 unknownInput: a.visibel is unknown to the type place; did you mean visible?\n",
          "a.visibel = 1; a.visible = true;"},
         {"a.box.lowr = 1;", "2,10 unknownInput: a.box.lowr is unknown to the type place; did you mean lower?\n",
-         "a.box.loose = 1; a.box.lower = pos3(0 0 0); a.anything.goes = 1;"},
+         "a.box.loose = 1; a.box.lower = pos3(0 0 0); a.anything.goes = 1; a.bax = 1;"},
     };
     expect(cases);
 }
@@ -163,6 +166,10 @@ TEST_F(SceneCheck, findsStringsThatAreNotListed) {
          "p.mode = \"shiny\";"},
         {"p.mode = \"x\"; p.mode = \"y\";", "2,20 notListed: p.mode is \"y\"; expected \"flat\" or \"shiny\"\n",
          "p.mode = \"x\"; p.mode = \"\";"},
+        {"p.digit = \"ten\";",
+         "2,7 notListed: p.digit is \"ten\"; expected \"0\", \"1\", \"2\", \"3\", \"4\", \"5\", \"6\", \"7\" or "
+         "others\n",
+         "p.digit = \"9\";"},
         {"s.sets[0].tag = \"side\";", "2,13 notListed: s.sets[0].tag is \"side\"; expected \"front\" or \"back\"\n",
          "s.sets[0].tag = \"back\";"},
     };
@@ -194,6 +201,8 @@ TEST_F(SceneCheck, findsIndicesOutOfBounds) {
          "s.tris = vec3u[2] {0 1 1 0 0 0};"},
         {"s.tris = int32[1] {-1};", "3,6 badIndex: s.tris holds the index -1, but points has 2 elements\n",
          "s.tris = byte[1] {1};"},
+        {"s.tris = float[1] {-1};", "3,6 badIndex: s.tris holds the index -1, but points has 2 elements\n",
+         "s.tris = float[1] {-0};"},
         {"s.tris = float[2] {1 nan};", "3,6 badIndex: s.tris holds the index nan, but points has 2 elements\n",
          "s.tris = float[2] {1 0};"},
         {"s.tris = uint64[1] {18446744073709551615};",
@@ -266,6 +275,8 @@ TEST_F(SceneCheck, findsMissingFiles) {
          "p.image = \"https://example.org/b.png\";"},
         {"p.image = \"b\"; p.bytes = byte[0] {};", "2,7 missingFile: the file \"b\" of p.image does not exist\n",
          "p.image = \"b\"; p.bytes = byte[1] {1};"},
+        {"p.image = \"b\";", "2,7 missingFile: the file \"b\" of p.image does not exist\n",
+         "p.image = \"b\"; p.bytes |= p.out;"},
         {"p.images[0] = \"maps/a.png\"; p.images[1] = \"b\";",
          "2,39 missingFile: the file \"b\" of p.images[1] does not exist\n",
          "p.images[0] = \"maps/a.png\"; p.images[1] = \"\";"},
@@ -333,12 +344,29 @@ TEST_F(SceneCheck, leavesOutWhatIsIgnored) {
 
 // Objects may get the addresses of those that were removed.
 TEST_F(SceneCheck, takesNoPositionFromRemovedNodes) {
+    constexpr int count = 50;
     std::string text;
-    for (int i = 0; i < 20; ++i)
-        text += "shape r; r.norms = 1; r.sets[0].cords = 1; remove r;\n";
-    EXPECT_EQ(findingsIn(text + "define shape; shape.norms = 1;\n  shape t;"),
-              "21,25 unknownInput: shape.norms is unknown to the type shape\n"
-              "22,9 unknownInput: t.norms is unknown to the type shape\n");
+    for (int i = 0; i < count; ++i)
+        text += "shape r" + std::to_string(i) + "; r" + std::to_string(i) + ".norms = 1;\n";
+    for (int i = 0; i < count; ++i)
+        text += "remove r" + std::to_string(i) + ";\n";
+    text += "define shape; shape.norms = 1;\n";
+    std::string expected = "101,25 unknownInput: shape.norms is unknown to the type shape\n";
+    for (int i = 0; i < count; ++i) {
+        const std::string name = "t" + std::to_string(i);
+        text += "shape " + name + ";\n";
+        expected += std::to_string(102 + i) + ',' + std::to_string(6 + name.size()) + " unknownInput: " + name +
+                    ".norms is unknown to the type shape\n";
+    }
+    EXPECT_EQ(findingsIn(text), expected);
+}
+
+TEST_F(SceneCheck, reportsInTheOrderOfTheText) {
+    EXPECT_EQ(findingsIn("place a; zzz y;\na.up = a; paint p; p.wax = 1;\np.gloss = 2;"),
+              "1,14 unknownType: the type zzz of node y is not in the catalogue\n"
+              "2,4 cycle: the hierarchy of nodes has a cycle: a > a\n"
+              "2,24 unknownInput: p.wax is unknown to the type paint\n"
+              "3,7 outOfRange: p.gloss is 2; expected 0 to 1\n");
 }
 
 TEST_F(SceneCheck, shortensLongNames) {
