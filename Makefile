@@ -116,9 +116,10 @@ $(NODE_MODULES): tests/convert/package.json
 format:
 	clang-format -i $$(git ls-files '*.h' '*.cpp')
 
-# Overwrites the expected scenes and logs of tests/data.
+# Overwrites the expected scenes and logs of tests/data, and the reports of tests/cli/golden.
 goldens:
 	VRN_UPDATE_GOLDENS=1 build/release/tests/vrn_tests --gtest_filter='*Golden*'
+	VRN_UPDATE_GOLDENS=1 VRN=$(CURDIR)/build/release/vrn python3 tests/cli/test_check_types.py Reports
 
 grammar:
 	python3 scripts/grammar.py > docs/grammar.md

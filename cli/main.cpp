@@ -1,7 +1,7 @@
 // The command `vrn`.
 #include "cli/arguments/CommandLine.h"
 #include "cli/commands/Commands.h"
-#include "cli/files/SceneFile.h"
+#include "cli/files/CatalogueFile.h"
 #include "cli/terminal/Console.h"
 #include "cli/terminal/Messages.h"
 

@@ -7,6 +7,7 @@ include(CMakePackageConfigHelpers)
 set(installed_headers
   impl/Formatter.h
   impl/Reader.h
+  impl/SourceMap.h
   scene/AttrData.h
   scene/AttrType.h
   scene/Catalogue.h
@@ -27,6 +28,7 @@ set(installed_headers
   scene/core/Export.h
   scene/core/File.h
   scene/core/Hash.h
+  scene/core/HashMap.h
   scene/core/Log.h
   scene/core/Math.h
   scene/core/NumberText.h

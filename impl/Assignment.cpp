@@ -31,6 +31,8 @@ bool VrnParser::parseAssign() {
     if (!connect(info) && !value(info))
         return false;
     Input* input = targetInput(info);
+    if (sources)
+        sources->set(input, info.path.last().position());
     if (info.isConnection)
         store(pendingConnections, input, linkTo(info.source));
     else if (info.isReference)

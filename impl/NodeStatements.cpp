@@ -39,6 +39,11 @@ bool VrnParser::keywordStatement(u64 word, Type end, Token& name) {
     return true;
 }
 
+void VrnParser::noteDeclared(const Node* node, TextPosition position) {
+    if (sources)
+        sources->set(node, position);
+}
+
 bool VrnParser::parseRemove() {
     RemoveInfo info;
     if (!remove(info))
@@ -59,8 +64,10 @@ bool VrnParser::parseDefine() {
         return false;
     const String name = info.name.text;
     Node* node = scene->findNode(name);
-    if (!node)
+    if (!node) {
         node = scene->defineNode(name);
+        noteDeclared(node, info.name.position());
+    }
     definedNodes.add(node);
     return true;
 }
@@ -73,8 +80,10 @@ bool VrnParser::parseDeclare() {
     const String name = info.name.text;
     Node* node = scene->findNode(name);
     const bool isNew = !node;
-    if (isNew)
+    if (isNew) {
         node = scene->createNode(info.type.text, name, "");
+        noteDeclared(node, info.name.position());
+    }
     if (wantsNotices())
         logTypeNotices(info, node, isNew);
     if (info.isWith)

@@ -119,13 +119,27 @@ bool VrnParser::applyComments(const PlainStatement& statement, TextPlace& applie
     return true;
 }
 
+// The position of the last character of a name in the statement. Blanks before it may contain line ends.
+static TextPosition endOf(std::string_view name, const PlainStatement& statement) noexcept {
+    TextPlace place = statement.begin;
+    for (; place.at != name.data(); ++place.at)
+        if (*place.at == '\n') {
+            ++place.line;
+            place.lineStart = TextPlace::lowerHalf(place.at);
+        }
+    return place.positionOf(name.data() + name.size() - 1);
+}
+
 bool VrnParser::applyDeclaration(const PlainStatement& statement) {
     const String name = statement.node;
     Node* node = scene->findNode(name);
     if (wantsNotices() && (node || keywordNumber(statement.word) == keyword("with")))
         return false;
-    if (!node)
+    if (!node) {
         node = scene->createNode(statement.word, name, "");
+        if (sources)
+            sources->set(node, endOf(statement.node, statement));
+    }
     if (statement.isWith)
         withNode = node;
     lastTarget = {statement.node, node};
@@ -187,6 +201,8 @@ static bool takesSilently(const Input* input, AttrType type) {
 bool VrnParser::applyValue(const PlainStatement& statement, Node* node, const String& name) {
     AttrData data = dataOf(statement);
     const auto [input, isWritten] = inputOrNew(node, name, data);
+    if (sources)
+        sources->set(input, endOf(statement.name, statement));
     if (isWritten)
         return true;
     if (!takesSilently(input, statement.type))
@@ -200,6 +216,8 @@ bool VrnParser::applyLink(const PlainStatement& statement, Node* node, const Str
         return false; // the link may replace one
     AttrData untyped;
     Input* input = inputOrNew(node, name, untyped).input;
+    if (sources)
+        sources->set(input, endOf(statement.name, statement));
     PendingLinks& links = statement.kind == Kind::Connection ? pendingConnections : pendingReferences;
     store(links, input, {.node = statement.word, .output = statement.output, .position = statement.linkEnd});
     return true;

@@ -31,6 +31,8 @@
 
 namespace vor::velmo_sdk::impl {
 
+class SourceMap;
+
 // An error in a text. what() is the formatted message, format() its printf format, as in LogRecord.
 class VRN_API ReadError : public std::runtime_error {
 public:
@@ -52,7 +54,9 @@ private:
 VRN_API bool parseString(interfaces::IScene* scene, String text);
 
 // Reads VRN text from an open file, starting at its current position, and adds it to the scene. Unless `merge` is set,
-// first resets the scene's comments, file version and file time; nodes are always kept.
+// first resets the scene's comments, file version and file time; nodes are always kept. The second form also records
+// where the text sets what (SourceMap.h).
 VRN_API bool parseVrn(interfaces::IScene* scene, File file, bool merge);
+VRN_API bool parseVrn(interfaces::IScene* scene, File file, bool merge, SourceMap& sources);
 
 } // namespace vor::velmo_sdk::impl

@@ -18,6 +18,7 @@
 #include "impl/DefinedNodes.h"
 #include "impl/PendingLinks.h"
 #include "impl/Reader.h"
+#include "impl/SourceMap.h"
 #include "impl/lexer/Lexer.h"
 #include "impl/lexer/PlainStatement.h"
 #include "scene/Input.h"
@@ -114,6 +115,7 @@ public:
     [[nodiscard]] bool define(DefineInfo& info);
     [[nodiscard]] bool declare(DeclareInfo& info);
     [[nodiscard]] bool with(WithInfo& info);
+    void noteDeclared(const Node* node, TextPosition position);
     void logTypeNotices(const DeclareInfo& info, Node* node, bool isNew) const;
     [[nodiscard]] bool keywordStatement(u64 keyword, Token::Type end, Token& name);
 
@@ -143,8 +145,9 @@ public:
     i32 lookahead = TextKeeper::lookahead; // tokens scanned before they are consumed
     i32 cursor = 0;                        // index of the current token in `tokens`, a ring buffer
     ds::Vector<Token> tokens;
-    Token prevToken;        // consumed last
-    Scene* scene = nullptr; // not owned
+    Token prevToken;              // consumed last
+    Scene* scene = nullptr;       // not owned
+    SourceMap* sources = nullptr; // not owned; null unless the caller wants to know the positions
     Node* withNode = nullptr;
     DefinedNodes definedNodes;
     PendingLinks pendingConnections;

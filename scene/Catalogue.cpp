@@ -34,4 +34,11 @@ const NodeType* Catalogue::find(std::string_view name) const noexcept {
     return found == types_.end() ? nullptr : &found->second;
 }
 
+std::vector<std::string_view> Catalogue::typeNames() const {
+    std::vector<std::string_view> names;
+    for (const auto& [name, type] : types_)
+        names.push_back(name);
+    return names;
+}
+
 } // namespace vor::velmo_sdk::impl

@@ -9,6 +9,8 @@
 //     catalogue->add(std::move(camera));
 //     scene.setCatalogue(std::move(catalogue));
 //
+// Some members only say what to expect of a scene: the reader ignores them, checks use them (check/SceneCheck.h).
+//
 // readCatalogue() in CatalogueJson.h reads a catalogue from JSON. A scene shares its catalogue, which must not change
 // from then on; several scenes, on several threads, may share one. Additions may throw std::bad_alloc.
 #pragma once
@@ -24,7 +26,23 @@
 
 namespace vor::velmo_sdk::impl {
 
-// An input that every node of a type has from its creation.
+// What the number of elements of an input is compared with.
+struct VRN_API CountTerm {
+    enum class Of { Elements, Numbers, Sum };
+    Of of = Of::Elements; // of the input at `path`: its elements, its numbers, or the sum of its numbers
+    String path;          // as in InputType::indexes
+    u64 factor = 1;       // of the count
+    String text;          // as written, for messages
+};
+
+// What an input says of the hierarchy of nodes.
+enum class HierarchyRole { None, Parent, Children };
+
+// An input that every node of a type has from its creation, unless it is optional; or a member of such an input.
+//
+// For an Array, the values and links that are described are those of its elements, and so are the members. A path leads
+// from the node to an input: `points`, `skin.joints`. In `uvsets[].coords`, `[]` stands for the element that contains
+// the input which has the path.
 struct VRN_API InputType {
     String name;
     AttrType type = AttrType::Null;
@@ -34,6 +52,18 @@ struct VRN_API InputType {
     StringVector enumeration{};            // of a String
     bool isLocked = false;
     bool isLinkOnly = false;
+
+    // For checks only.
+    bool isOptional = false;          // new nodes do not have it
+    std::vector<InputType> members{}; // of an Object, or of the Objects of an Array
+    StringVector accepts{};           // the node types that links may lead to; empty for all
+    std::optional<double> minimum{};  // of all numbers of a value
+    std::optional<double> maximum{};  // likewise
+    StringVector indexes{};           // paths of what the numbers of a Buffer are indices of
+    std::vector<CountTerm> countOf{}; // the count of a Buffer or Array is one of these; empty for any
+    bool isFile = false;              // a String is the name of a file
+    StringVector embeddedIn{};        // paths of inputs that may hold the contents of the file instead
+    HierarchyRole hierarchy = HierarchyRole::None;
 
     // The value of a new input.
     [[nodiscard]] AttrData initialValue() const;
@@ -49,10 +79,18 @@ public:
     void renameOutput(const String& oldName, const String& name) {
         renamedOutputs_[std::string(oldName.view())] = name;
     }
+    void setOpen(bool open) noexcept { isOpen_ = open; }
+    void setRoot(bool root) noexcept { isRoot_ = root; }
 
     [[nodiscard]] const String& name() const noexcept { return name_; }
     [[nodiscard]] const std::vector<InputType>& inputs() const noexcept { return inputs_; }
     [[nodiscard]] const StringVector& outputs() const noexcept { return outputs_; }
+
+    // For checks only: whether nodes may have inputs that are not declared, and whether they need no other node to
+    // refer to them.
+    [[nodiscard]] bool isOpen() const noexcept { return isOpen_; }
+    [[nodiscard]] bool isRoot() const noexcept { return isRoot_; }
+
     // The input or output that a file means by `name`: `name` itself unless it is an older name. O(log n).
     [[nodiscard]] String currentInputName(const String& name) const { return current(renamedInputs_, name); }
     [[nodiscard]] String currentOutputName(const String& name) const { return current(renamedOutputs_, name); }
@@ -77,6 +115,8 @@ private:
     StringVector outputs_;
     Renames renamedInputs_;
     Renames renamedOutputs_;
+    bool isOpen_ = false;
+    bool isRoot_ = false;
 };
 
 class VRN_API Catalogue {
@@ -88,6 +128,9 @@ public:
     [[nodiscard]] const NodeType* find(std::string_view name) const noexcept;
 
     [[nodiscard]] std::size_t size() const noexcept { return types_.size(); }
+
+    // The names of all types, sorted; valid until one is added.
+    [[nodiscard]] std::vector<std::string_view> typeNames() const;
 
 private:
     std::map<std::string, NodeType, std::less<>> types_;

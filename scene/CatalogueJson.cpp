@@ -1,8 +1,7 @@
 #include "scene/CatalogueJson.h"
 
-#include "scene/PositionedJson.h"
-#include "scene/core/NumberText.h"
-#include "scene/core/TextEncoding.h"
+#include "scene/CatalogueRules.h"
+#include "scene/ExpectedJson.h"
 
 #include <algorithm>
 #include <limits>
@@ -14,53 +13,11 @@ namespace {
 
 using Kind = JsonValue::Kind;
 
-std::string quoted(std::string_view text) { return "\"" + std::string(escapeForTerminal(text).view()) + "\""; }
-
-[[noreturn]] void failAt(const JsonValue& value, const std::string& text) { throw JsonError(text, value.offset); }
-
-[[noreturn]] void failAtKey(const JsonValue& member, const std::string& text) {
-    throw JsonError(text, member.keyOffset);
-}
-
-void expect(const JsonValue& value, Kind kind, const char* what) {
-    if (value.kind != kind)
-        failAt(value, std::string("expected ") + what);
-}
-
-String textOf(const JsonValue& value, const char* what) {
-    expect(value, Kind::String, what);
-    if (value.text.find('\0') != std::string::npos)
-        failAt(value, std::string("expected ") + what + " without NUL characters");
-    return std::string_view(value.text);
-}
-
-bool flagOf(const JsonValue& value) {
-    expect(value, Kind::Bool, "true or false");
-    return value.boolean;
-}
-
-// The members of an object, whose names must be unique, not empty and free of NUL characters.
-const std::vector<JsonValue>& membersOf(const JsonValue& value, const char* what) {
-    expect(value, Kind::Object, what);
-    std::set<std::string_view> keys;
-    for (const JsonValue& member : value.items) {
-        if (!keys.insert(member.key).second)
-            failAtKey(member, "key " + quoted(member.key) + " is repeated; expected each key once");
-        if (member.key.empty() || member.key.find('\0') != std::string::npos)
-            failAtKey(member, "expected a name that is not empty and holds no NUL character");
-    }
-    return value.items;
-}
-
-[[noreturn]] void failUnknownKey(const JsonValue& member, const char* expected) {
-    failAtKey(member, "unknown key " + quoted(member.key) + "; expected " + expected);
-}
-
 AttrType attrTypeOf(const JsonValue& value) {
     const std::optional<AttrType> type = attrTypeByName(textOf(value, "the name of an attribute type").view());
     if (!type)
         failAt(value,
-               "unknown type " + quoted(value.text) + "; expected the name of an attribute type such as \"Real\"");
+               "unknown type " + inQuotes(value.text) + "; expected the name of an attribute type such as \"Real\"");
     return *type;
 }
 
@@ -68,27 +25,8 @@ DataType dataTypeOf(const JsonValue& value) {
     const std::optional<DataType> type = dataTypeByName(textOf(value, "the name of an element type").view());
     if (!type)
         failAt(value,
-               "unknown type " + quoted(value.text) + "; expected the name of an element type such as \"Vec3f\"");
+               "unknown type " + inQuotes(value.text) + "; expected the name of an element type such as \"Vec3f\"");
     return *type;
-}
-
-StringVector textsOf(const JsonValue& value, const char* what) {
-    expect(value, Kind::Array, what);
-    StringVector texts;
-    for (const JsonValue& item : value.items)
-        texts.push(textOf(item, "a string"));
-    return texts;
-}
-
-// A JSON number, or one of the strings "inf", "-inf" and "nan".
-double realOf(const JsonValue& value) {
-    if (value.isNumber())
-        return value.real;
-    double real = 0;
-    const bool isWord = value.text == "inf" || value.text == "-inf" || value.text == "nan";
-    if (value.kind != Kind::String || !isWord || !parseReal(value.text, real))
-        failAt(value, "expected a number, \"inf\", \"-inf\" or \"nan\"");
-    return real;
 }
 
 AttrData componentsOf(const JsonValue& value, AttrType type) {
@@ -132,7 +70,7 @@ AttrData defaultOf(const JsonValue& value, AttrType type) {
 // Checks a member that is only valid for inputs of type `owner`.
 void expectOwner(const JsonValue& member, AttrType type, AttrType owner) {
     if (type != owner)
-        failAtKey(member, quoted(member.key) + " belongs to inputs of type " + attrTypeName(owner));
+        failAtKey(member, inQuotes(member.key) + " belongs to inputs of type " + attrTypeName(owner));
 }
 
 // Read first, because the other members depend on the type but may precede it.
@@ -140,8 +78,14 @@ AttrType inputTypeOf(const JsonValue& value) {
     for (const JsonValue& member : membersOf(value, "an object that describes an input"))
         if (member.key == "type")
             return attrTypeOf(member);
-    failAt(value, "expected a \"type\" for input " + quoted(value.key));
+    failAt(value, "expected a \"type\" for input " + inQuotes(value.key));
 }
+
+constexpr char inputKeys[] =
+    R"("type", "default", "enum", "dataType", "elementType", "locked", "linkOnly", "members", "optional", "accepts", )"
+    R"("min", "max", "indexes", "countOf", "file", "embeddedIn" or "hierarchy")";
+
+std::vector<InputType> inputsOf(const JsonValue& value);
 
 InputType inputOf(const JsonValue& value) {
     InputType input{.name = String(std::string_view(value.key)), .type = inputTypeOf(value)};
@@ -161,11 +105,27 @@ InputType inputOf(const JsonValue& value) {
             input.isLocked = flagOf(member);
         } else if (member.key == "linkOnly") {
             input.isLinkOnly = flagOf(member);
-        } else if (member.key != "type") {
-            failUnknownKey(member, R"("type", "default", "enum", "dataType", "elementType", "locked" or "linkOnly")");
+        } else if (member.key == "members") {
+            input.members = inputsOf(member);
+        } else if (member.key != "type" && !readRule(member, input)) {
+            failUnknownKey(member, inputKeys);
         }
     }
+    expectConsistentRules(value, input);
     return input;
+}
+
+std::vector<InputType> inputsOf(const JsonValue& value) {
+    std::vector<InputType> inputs;
+    for (const JsonValue& input : membersOf(value, "an object of inputs by name"))
+        inputs.push_back(inputOf(input));
+    return inputs;
+}
+
+void addInputs(const JsonValue& value, NodeType& type) {
+    for (InputType& input : inputsOf(value))
+        type.addInput(std::move(input));
+    expectPathsToLead(value, type);
 }
 
 void addOutputs(const JsonValue& value, NodeType& type) {
@@ -174,7 +134,7 @@ void addOutputs(const JsonValue& value, NodeType& type) {
     for (const JsonValue& item : value.items) {
         type.addOutput(textOf(item, "the name of an output"));
         if (!names.insert(item.text).second)
-            failAt(item, "output " + quoted(item.text) + " is repeated; expected each name once");
+            failAt(item, "output " + inQuotes(item.text) + " is repeated; expected each name once");
     }
 }
 
@@ -182,8 +142,7 @@ NodeType nodeTypeOf(const JsonValue& value) {
     NodeType type{String(std::string_view(value.key))};
     for (const JsonValue& member : membersOf(value, "an object that describes a node type")) {
         if (member.key == "inputs") {
-            for (const JsonValue& input : membersOf(member, "an object of inputs by name"))
-                type.addInput(inputOf(input));
+            addInputs(member, type);
         } else if (member.key == "outputs") {
             addOutputs(member, type);
         } else if (member.key == "renamedInputs") {
@@ -192,8 +151,12 @@ NodeType nodeTypeOf(const JsonValue& value) {
         } else if (member.key == "renamedOutputs") {
             for (const JsonValue& name : membersOf(member, "an object of current output names by old ones"))
                 type.renameOutput(std::string_view(name.key), textOf(name, "the current name of an output"));
+        } else if (member.key == "open") {
+            type.setOpen(flagOf(member));
+        } else if (member.key == "root") {
+            type.setRoot(flagOf(member));
         } else {
-            failUnknownKey(member, R"("inputs", "outputs", "renamedInputs" or "renamedOutputs")");
+            failUnknownKey(member, R"("inputs", "outputs", "renamedInputs", "renamedOutputs", "open" or "root")");
         }
     }
     return type;
@@ -202,6 +165,10 @@ NodeType nodeTypeOf(const JsonValue& value) {
 Catalogue catalogueOf(const JsonValue& value) {
     Catalogue catalogue;
     for (const JsonValue& member : membersOf(value, "an object with the key \"types\"")) {
+        if (member.key == "$schema") { // for editors
+            (void)textOf(member, "the address of a schema");
+            continue;
+        }
         if (member.key != "types")
             failUnknownKey(member, "\"types\"");
         for (const JsonValue& type : membersOf(member, "an object of node types by name"))

@@ -11,7 +11,8 @@
 // Only the "type" of an input, the name of an AttrType, is required. Inputs keep the order of the file. "default" is a
 // boolean, a number, a string, or an array with one number per component; "inf", "-inf" and "nan" are numbers, too.
 // Null, Node, Buffer, Array and Object have no default. "dataType" is only valid for Buffer, "elementType" for Array
-// and "enum" for String; "locked" and "linkOnly" are valid for all types.
+// and "enum" for String; "locked" and "linkOnly" are valid for all types. docs/catalogue.md describes the members that
+// are for checks only. They are checked here, too: every path must lead to an input of the type.
 #pragma once
 
 #include "scene/Catalogue.h"

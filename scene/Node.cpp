@@ -71,7 +71,7 @@ void Node::copyInputsFrom(const Node& definition) {
 void Node::addCatalogued(const NodeType& type) {
     isCatalogued_ = true;
     for (const InputType& each : type.inputs()) {
-        if (hasInput(each.name))
+        if (each.isOptional || hasInput(each.name))
             continue;
         Input* input = addInput(each.name, each.initialValue());
         input->setLocked(each.isLocked);

@@ -2,8 +2,8 @@
 
 #include "cli/terminal/Console.h"
 #include "cli/terminal/Messages.h"
-#include "cli/terminal/SimilarNames.h"
 #include "scene/core/NumberText.h"
+#include "scene/core/SimilarNames.h"
 #include "scene/core/TextEncoding.h"
 
 #include <CLI/CLI.hpp>
@@ -69,6 +69,22 @@ CLI::Validator positiveNumber() {
     return {check, ""};
 }
 
+// Unlike CLI::IsMember, suggests what is similar.
+CLI::Validator oneOf(const std::vector<std::string>& choices) {
+    std::string list;
+    for (const std::string& choice : choices)
+        list += (list.empty() ? "" : ", ") + choice;
+    const auto check = [choices, list](const std::string& text) -> std::string {
+        if (std::ranges::find(choices, text) != choices.end())
+            return {};
+        vor::SimilarNames similar(text);
+        for (const std::string& choice : choices)
+            similar.consider(choice);
+        return vor::String::format(messages::notAChoice, text.c_str(), list.c_str(), similar.question().c_str()).buf();
+    };
+    return {check, '{' + list + '}'};
+}
+
 // Registers an option by the type of its variable.
 struct Adder {
     CLI::App& app;
@@ -87,13 +103,13 @@ struct Adder {
         return text(app.add_option(option.names, *target, option.help));
     }
     CLI::Option* operator()(std::vector<std::string>* target) const {
-        return text(app.add_option(option.names, *target, option.help));
+        return text(app.add_option(option.names, *target, option.help))->allow_extra_args(option.isArgument());
     }
 
     CLI::Option* text(CLI::Option* added) const {
         added->transform(unshield);
         if (!option.choices.empty())
-            added->check(CLI::IsMember(option.choices));
+            added->check(oneOf(option.choices));
         else
             added->check(refuseEmpty);
         return added;
@@ -154,7 +170,7 @@ std::string unknownCommand(const CLI::App& app, const std::vector<Command>& comm
         std::ranges::find_if(unexpected, [](const std::string& argument) { return !argument.starts_with('-'); });
     if (name == unexpected.end())
         return {};
-    SimilarNames similar(*name);
+    vor::SimilarNames similar(*name);
     for (const Command& command : commands)
         similar.consider(command.name);
     const std::string names = similar.list("'");

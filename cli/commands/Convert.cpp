@@ -1,6 +1,7 @@
 #include "convert/Convert.h"
 
 #include "cli/commands/Commands.h"
+#include "cli/files/CatalogueFile.h"
 #include "cli/files/Isolated.h"
 #include "cli/files/SceneFile.h"
 #include "cli/terminal/Console.h"
@@ -101,7 +102,7 @@ int convertText(const ConvertOptions& options) {
 
 // Assimp can crash on malformed files, so it runs in a child process.
 int convertModel(const ConvertOptions& options) {
-    const auto catalogue = loadCatalogue(options.scenes);
+    const auto catalogue = loadCatalogue(options.scenes.types);
     const Ending ending = runIsolated([&] {
         Scene scene;
         scene.setCatalogue(catalogue);

@@ -5,8 +5,8 @@
 #include "cli/graph/Picture.h"
 #include "cli/terminal/Console.h"
 #include "cli/terminal/Messages.h"
-#include "cli/terminal/SimilarNames.h"
 #include "scene/core/OutputFile.h"
+#include "scene/core/SimilarNames.h"
 
 #include <algorithm>
 #include <memory>

@@ -4,7 +4,7 @@
 #include "cli/query/ScenePath.h"
 #include "cli/terminal/Console.h"
 #include "cli/terminal/Messages.h"
-#include "cli/terminal/SimilarNames.h"
+#include "scene/core/SimilarNames.h"
 
 #include <algorithm>
 #include <memory>

@@ -1,13 +1,14 @@
 #include "cli/files/SceneFile.h"
 
+#include "cli/files/CatalogueFile.h"
 #include "cli/files/Excerpt.h"
+#include "cli/files/Mark.h"
 #include "cli/files/SceneFolders.h"
 #include "cli/files/TextFile.h"
 #include "cli/terminal/Console.h"
 #include "cli/terminal/Messages.h"
 #include "cli/terminal/Progress.h"
 #include "impl/Reader.h"
-#include "scene/CatalogueJson.h"
 #include "scene/core/TextEncoding.h"
 
 #include <algorithm>
@@ -44,9 +45,11 @@ void addSceneFilesAndFolders(std::vector<Option>& options, SceneArguments& argum
 
 void addReadingOptions(std::vector<Option>& options, SceneArguments& arguments) {
     options.push_back({.names = "--types",
-                       .help = "Create nodes by the node types of this catalogue",
+                       .help =
+                           "Create nodes by the node types of this catalogue: a JSON file, or builtin for the one in "
+                           "the command; the default is the variable VRN_TYPES",
                        .target = &arguments.types,
-                       .value = "CATALOGUE.json",
+                       .value = "CATALOGUE",
                        .completion = Completion::File});
     options.push_back({.names = "--max-array",
                        .help = "Limit the number of elements of an array",
@@ -95,7 +98,7 @@ void SceneFile::read(Scene& scene, Notices notices, Progress* progress) {
 void SceneFile::parse(Scene& scene, const File& file, Notices notices) {
     const ScopedLogSink sink([this](const LogRecord& record) { add(record); }, notices);
     try {
-        isOk_ = parseVrn(&scene, file, false);
+        isOk_ = sources_ ? parseVrn(&scene, file, false, *sources_) : parseVrn(&scene, file, false);
     } catch (const ReadError& error) {
         add({LogSeverity::Error, error.what(), error.position(), error.format()});
     }
@@ -115,6 +118,13 @@ void SceneFile::add(const LogRecord& record) {
     messageBytes_ += text.len();
 }
 
+void SceneFile::drop(const char* kind) {
+    std::erase_if(diagnostics_, [&](const LogRecord& record) {
+        const char* name = messageName(record.format);
+        return name && std::string_view(name) == kind;
+    });
+}
+
 void SceneFile::keep(const File& file) {
     kept_ = readAll(file);
     readError_ = file.error();
@@ -132,6 +142,10 @@ File SceneFile::open() const { return isKept_ ? File::fromMemory(kept_) : File::
 std::size_t SceneFile::count(LogSeverity severity) const noexcept {
     return static_cast<std::size_t>(
         std::ranges::count(diagnostics_, severity, [](const LogRecord& record) { return record.severity; }));
+}
+
+std::string SceneFile::folder() const {
+    return isStandardInput() ? "" : std::filesystem::path(argument_.buf()).parent_path().string();
 }
 
 std::size_t SceneFile::warnings() const noexcept { return count(LogSeverity::Warning) + count(LogSeverity::Notice); }
@@ -167,29 +181,10 @@ std::string SceneFile::diagnosticsText() const {
         const char* severity = record.severity == LogSeverity::Error ? "error" : "warning";
         text += String::format("%s:%d:%d: %s: ", name.buf(), record.position.line, record.position.column, severity);
         text += escapeForTerminal(record.text).view();
-        text += record.severity == LogSeverity::Notice ? " [check]\n" : "\n";
+        text += markOf(record) + '\n';
         text += excerpts[i].withCaret();
     }
     return text;
-}
-
-std::shared_ptr<const Catalogue> loadCatalogue(const SceneArguments& arguments) {
-    if (arguments.types.empty())
-        return nullptr;
-    const String path = std::string_view(arguments.types);
-    File file = File::open(path);
-    const String text = readAll(file);
-    if (!file.error().isEmpty()) {
-        complain(path, file.error());
-        throw UnusableCatalogue();
-    }
-    try {
-        return std::make_shared<const Catalogue>(readCatalogue(text.view()));
-    } catch (const CatalogueError& error) {
-        printError(String::format(messages::catalogueError, escapeForTerminal(path).buf(), error.position().line,
-                                  error.position().column, error.what()));
-        throw UnusableCatalogue();
-    }
 }
 
 static std::vector<NamedScene> scenesOf(const SceneArguments& arguments) {
@@ -216,7 +211,7 @@ public:
         : arguments_(arguments), visit_(visit), notices_(notices) {}
 
     int run() {
-        catalogue_ = loadCatalogue(arguments_);
+        catalogue_ = loadCatalogue(arguments_.types);
         runInOrder(scenes_.size(), arguments_.jobs, [this](std::size_t i, const Turn& turn) {
             SceneFile file{std::string_view(scenes_[i].name)};
             Finish finish;
@@ -241,6 +236,8 @@ private:
         else {
             if (file.isReadOnce()) // two arguments may name the same pipe
                 turn.await();
+            if (arguments_.wantsSources && catalogue_)
+                file.recordSources();
             file.read(scene, notices_, &progress_);
         }
         return visit_(file, scene);
@@ -274,7 +271,7 @@ int visitScenes(const SceneArguments& arguments, const Visit& visit, Notices not
 
 int forEachScene(const SceneArguments& arguments, const std::function<void(const SceneFile&, const Scene&)>& visit,
                  Notices notices) {
-    const auto visitWithoutFinish = [&](const SceneFile& file, const Scene& scene) {
+    const auto visitWithoutFinish = [&](SceneFile& file, const Scene& scene) {
         visit(file, scene);
         return Finish();
     };

@@ -3,6 +3,7 @@
 
 #include "cli/arguments/Command.h"
 #include "cli/files/InOrder.h"
+#include "impl/SourceMap.h"
 #include "scene/Scene.h"
 #include "scene/core/File.h"
 #include "scene/core/Log.h"
@@ -21,11 +22,12 @@ struct Excerpt;
 // The scenes that a command reads, and how it reads them.
 struct SceneArguments {
     std::vector<std::string> files; // `-` is standard input
-    std::string types;              // path of the catalogue; may be empty
+    std::string types;              // of loadCatalogue()
     vor::velmo_sdk::impl::SceneLimits limits;
-    bool hasFolders = false; // folders stand for the scenes in them
-    vor::u64 jobs = 1;       // number of threads that read; 0 for one a processor
-    bool isQuiet = false;    // hides the progress
+    bool hasFolders = false;   // folders stand for the scenes in them
+    vor::u64 jobs = 1;         // number of threads that read; 0 for one a processor
+    bool isQuiet = false;      // hides the progress
+    bool wantsSources = false; // records the positions of statements for SceneFile::sources()
 };
 
 // Add the options that set these: files; files, folders and the number of threads; and everything else.
@@ -46,6 +48,14 @@ public:
     // to `progress` unless it is null.
     void read(Scene& scene, vor::Notices notices, Progress* progress = nullptr);
 
+    // From now on, reading records where the text sets what. Null unless that was called.
+    void recordSources() { sources_ = std::make_unique<vor::velmo_sdk::impl::SourceMap>(); }
+    [[nodiscard]] const vor::velmo_sdk::impl::SourceMap* sources() const noexcept { return sources_.get(); }
+
+    // Adds a diagnostic to those of the reader, or drops all of a kind, as messageName() calls it.
+    void add(const vor::LogRecord& record);
+    void drop(const char* kind);
+
     // Whether the whole file could be read; otherwise readError() is the reason.
     [[nodiscard]] bool isWhole() const noexcept { return readError_.isEmpty(); }
     [[nodiscard]] const vor::String& readError() const noexcept { return readError_; }
@@ -64,6 +74,9 @@ public:
     [[nodiscard]] const vor::String& argument() const noexcept { return argument_; }
     [[nodiscard]] vor::String displayName() const;
 
+    // What relative paths in the scene are relative to; empty for the current folder.
+    [[nodiscard]] std::string folder() const;
+
     // The position of each diagnostic, with columns that count characters from 1; line 0 if unknown. Reads the file
     // again.
     [[nodiscard]] std::vector<vor::TextPosition> characterPositions() const;
@@ -77,7 +90,6 @@ private:
     void keep(const vor::File& file);
     [[nodiscard]] std::vector<Excerpt> excerpts() const;
     void parse(Scene& scene, const vor::File& file, vor::Notices notices);
-    void add(const vor::LogRecord& record);
 
     vor::String argument_;
     vor::String kept_; // the contents, if they can be read only once
@@ -86,24 +98,19 @@ private:
     std::size_t messageBytes_ = 0; // total length of their texts
     vor::String readError_;
     bool isOk_ = false;
+    std::unique_ptr<vor::velmo_sdk::impl::SourceMap> sources_;
 };
 
 // Reads each file into its own scene and calls `visit` with both, even if the file could not be read completely; then
-// reports the read error. Returns the exit status. If the catalogue cannot be read, reports that and throws
-// UnusableCatalogue.
+// reports the read error. Returns the exit status. Throws UnusableCatalogue (CatalogueFile.h).
 [[nodiscard]] int forEachScene(const SceneArguments& arguments,
                                const std::function<void(const SceneFile&, const Scene&)>& visit,
                                vor::Notices notices = vor::Notices::No);
 
 // The same in parallel: `visit` may run for several files at the same time. The function that it returns is called, and
 // the read error reported, in the order of the files and one at a time, after the scene is destroyed.
-using Visit = std::function<Finish(const SceneFile&, const Scene&)>;
+using Visit = std::function<Finish(SceneFile&, const Scene&)>;
 [[nodiscard]] int visitScenes(const SceneArguments& arguments, const Visit& visit,
                               vor::Notices notices = vor::Notices::No);
-
-struct UnusableCatalogue {};
-
-// The catalogue that the arguments name, or null if none; throws like forEachScene().
-[[nodiscard]] std::shared_ptr<const vor::velmo_sdk::impl::Catalogue> loadCatalogue(const SceneArguments& arguments);
 
 } // namespace vrn::cli

@@ -1,6 +1,7 @@
 // Diagnostics as GitHub workflow commands, which annotate the lines of a change:
 //
 //     ::error file=a.vrn,line=3,col=7,title=vrn check::BAD TOKEN ...
+#include "cli/files/Mark.h"
 #include "cli/report/Report.h"
 #include "cli/terminal/Console.h"
 #include "scene/core/TextEncoding.h"
@@ -36,7 +37,7 @@ std::string command(const LogRecord& record, TextPosition position, const std::s
     if (position.line > 0)
         text += String::format(",line=%d,col=%d", position.line, position.column).view();
     text += ",title=vrn check::" + messageText(record.text);
-    return text + (record.severity == LogSeverity::Notice ? " [check]\n" : "\n");
+    return text + messageText(markOf(record)) + '\n';
 }
 
 class GithubReport final : public Report {

@@ -1,4 +1,5 @@
 // Diagnostics as JSON, one line a file.
+#include "check/Findings.h"
 #include "cli/report/Report.h"
 #include "cli/terminal/Console.h"
 #include "scene/JsonWriter.h"
@@ -16,6 +17,10 @@ void write(JsonText& json, const LogRecord& record) {
         json.key("message").text(record.text);
         if (record.severity == LogSeverity::Notice)
             json.key("source").text("check");
+        if (const char* kind = check::kindName(record.format)) {
+            json.key("source").text("types");
+            json.key("rule").text(kind);
+        }
         json.key("line").number(record.position.line);
         json.key("column").number(record.position.column);
     });

@@ -1,5 +1,6 @@
 // Diagnostics as one log in SARIF 2.1.0 (Static Analysis Results Interchange Format), which editors and code hosts
 // display. Results are printed as the files are finished; the members of the run that depend on all files follow them.
+#include "check/Findings.h"
 #include "cli/report/Report.h"
 #include "cli/terminal/Console.h"
 #include "impl/Reader.h"
@@ -74,6 +75,8 @@ const char* levelOf(LogSeverity severity) {
 
 // The name of the kind of message, or its level if it has no name.
 const char* ruleOf(const LogRecord& record) {
+    if (const char* kind = check::kindName(record.format))
+        return kind;
     const char* name = velmo_sdk::impl::messageName(record.format);
     return name ? name : levelOf(record.severity);
 }

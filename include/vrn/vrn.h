@@ -11,6 +11,7 @@
 
 #include "impl/Formatter.h"
 #include "impl/Reader.h"
+#include "impl/SourceMap.h"
 #include "scene/AttrData.h"
 #include "scene/Catalogue.h"
 #include "scene/CatalogueJson.h"

@@ -39,6 +39,11 @@ def command_messages():
     return {name: message.removesuffix("\\n") for name, message in found}
 
 
+def check_messages():
+    """Every kind of finding of the check by a catalogue, and its text."""
+    return dict(re.findall(r'MESSAGE\((\w+), "((?:[^"\\]|\\.)*)"\)', (ROOT / "check/Messages.h").read_text()))
+
+
 class Format(unittest.TestCase):
     def test_examples_are_read_as_shown(self):
         examples = blocks(ROOT / "docs" / "format.md")
@@ -89,12 +94,27 @@ class BufferKeywords(unittest.TestCase):
 class Catalogue(unittest.TestCase):
     def test_example_is_accepted(self):
         examples = [text for language, text in blocks(ROOT / "docs" / "catalogue.md") if language == "json"]
-        self.assertEqual(len(examples), 1)
+        self.assertEqual(len(examples), 2)
         result = subprocess.run([VRN, "dump", "--types", "/dev/stdin", ROOT / "tests/data/accept/004_declarations.vrn"],
                                 input=examples[0].encode(), capture_output=True)
         self.assertEqual(result.returncode, 0, result.stderr)
         names = [i["name"] for i in json.loads(result.stdout)["nodes"][0]["inputs"]]
         self.assertEqual(names, ["fov", "projection", "response", "lenses", "target", "serial"])
+        scene = b"patch p; p.sets[1].corners = byte[1] {0}; p.sets[1].coords = vec2f[1] {0 0}; p.opacity = 2;"
+        with tempfile.TemporaryDirectory() as folder:
+            types = pathlib.Path(folder) / "types.json"
+            types.write_text(examples[1])
+            result = subprocess.run([VRN, "check", "--format", "json", "--types", types, "-"], input=scene,
+                                    capture_output=True)
+        self.assertEqual([d["rule"] for d in json.loads(result.stdout)["diagnostics"]], ["outOfRange"])
+
+    def test_members_are_those_of_the_schema(self):
+        schema = json.loads((ROOT / "catalogues/catalogue.schema.json").read_text())["definitions"]
+        listed = set()
+        for cell in re.findall(r"^\| (`[^|]*) \|", (ROOT / "docs/catalogue.md").read_text(), re.M):
+            listed |= set(re.findall(r"`(\w+)`", cell))
+        of_types = set(schema["nodeType"]["properties"]) - {"inputs", "outputs", "renamedInputs", "renamedOutputs"}
+        self.assertEqual(listed, set(schema["input"]["properties"]) | of_types)
 
 
 @contextlib.contextmanager
@@ -130,10 +150,19 @@ class Messages(unittest.TestCase):
         sections = re.findall(r"^### `([^\n]*)`\n(.*?)(?=^#|\Z)", document, re.M | re.S)
         self.assertGreater(len(messages()), 30)
         self.assertEqual(len(command_messages()), (ROOT / "cli/terminal/Messages.h").read_text().count("constexpr"))
-        expected = [*messages().values(), *command_messages().values()]
+        findings = [text.replace('\\"', '"') for text in check_messages().values()]
+        self.assertGreater(len(findings), 10)
+        expected = [*messages().values(), *command_messages().values(), *findings]
         self.assertEqual(sorted(title for title, _ in sections), sorted(expected))
         for title, text in sections:
             self.assertIn("Remedy: ", text, title)
+
+    def test_kinds_of_findings_are_listed(self):
+        table = re.search(r"^\| kind \|.*?\n\n", (ROOT / "docs/check.md").read_text(), re.M | re.S).group()
+        self.assertEqual(re.findall(r"^\| `(\w+)` ", table, re.M), list(check_messages()))
+        titles = re.findall(r"^### `([^\n]*)`\n`(\w+)`\.", (ROOT / "docs/messages.md").read_text(), re.M)
+        self.assertEqual({name: title for title, name in titles},
+                         {name: text.replace('\\"', '"') for name, text in check_messages().items()})
 
     def test_the_command_has_its_messages_in_one_file(self):
         sources = {path: path.read_text() for path in (ROOT / "cli").glob("*/*.cpp")}

@@ -57,6 +57,7 @@ class Schema(unittest.TestCase):
         logs = {
             "nothing wrong": self.log(ROOT / "examples"),
             "every kind of message": self.log("-j2", ROOT / "tests/data"),
+            "every kind of finding": self.log("--types", "builtin", "--pedantic", ROOT / "tests/cli/golden"),
             "odd names": self.log(".", "nowhere", "empty"),
             "a message with bytes of any kind": self.log("-", stdin=b't a; a.x = 1 "\xff\x00\x01{0}[a](b)";'),
             "no position": self.log("-", stdin=b"oops"),

@@ -233,7 +233,10 @@ TEST(Catalogue, refusesWhatBreaksItsRules) {
         {"{\"types\": {\"a\": {}, \"a\": {}}}", 1, 23, "key \"a\" is repeated; expected each key once"},
         {"{\"types\": {\"a\": 1}}", 1, 17, "expected an object that describes a node type"},
         {"{\"types\": {\"a\": {\"x\": 1}}}", 1, 20,
-         "unknown key \"x\"; expected \"inputs\", \"outputs\", \"renamedInputs\" or \"renamedOutputs\""},
+         "unknown key \"x\"; expected \"inputs\", \"outputs\", \"renamedInputs\", \"renamedOutputs\", \"open\" or "
+         "\"root\""},
+        {R"({"types": {"a": {"open": 1}}})", 1, 26, "expected true or false"},
+        {R"({"$schema": 1})", 1, 13, "expected the address of a schema"},
         {"{\"types\": {\"a\":\n {\"inputs\": {\n\"i\": {}}}}}", 3, 6, "expected a \"type\" for input \"i\""},
         {R"({"types": {"a": {"inputs": {"i": 1}}}})", 1, 34, "expected an object that describes an input"},
         {R"({"types": {"a": {"inputs": {"i": {"type": "Float"}}}}})", 1, 49,
@@ -263,9 +266,9 @@ TEST(Catalogue, refusesWhatBreaksItsRules) {
         {R"({"types": {"a": {"inputs": {"i": {"type": "String", "enum": "a"}}}}})", 1, 63,
          "expected an array of strings"},
         {R"({"types": {"a": {"inputs": {"i": {"type": "Real", "color": 1}}}}})", 1, 57,
-         "unknown key \"color\"; expected \"type\", \"default\", \"enum\", \"dataType\", \"elementType\", \"locked\" "
-         "or "
-         "\"linkOnly\""},
+         "unknown key \"color\"; expected \"type\", \"default\", \"enum\", \"dataType\", \"elementType\", \"locked\", "
+         "\"linkOnly\", \"members\", \"optional\", \"accepts\", \"min\", \"max\", \"indexes\", \"countOf\", \"file\", "
+         "\"embeddedIn\" or \"hierarchy\""},
         {R"({"types": {"a": {"inputs": {"i": {"type": "Real", "locked": 1}}}}})", 1, 61, "expected true or false"},
         {R"({"types": {"a": {"outputs": ["o", "o"]}}})", 1, 37, "output \"o\" is repeated; expected each name once"},
         {R"({"types": {"a": {"outputs": "o"}}})", 1, 31, "expected an array of output names"},
@@ -284,6 +287,90 @@ TEST(Catalogue, refusesWhatBreaksItsRules) {
                 << c.json << " " << e.position().line << "," << e.position().column;
         }
     }
+}
+
+// The rules for checks, in an input of a type that also has `points`, `many[]` and `many[].coords`.
+TEST(Catalogue, refusesRulesThatCannotApply) {
+    const struct {
+        const char* input;
+        const char* text;
+    } cases[] = {
+        {R"("type": "Int", "optional": 1)", "expected true or false"},
+        {R"("type": "Node", "accepts": 1)", "expected a string or an array of strings"},
+        {R"("type": "Node", "accepts": [1])", "expected a string"},
+        {R"("type": "String", "min": 1)", "\"min\" belongs to inputs with numbers, not to a String"},
+        {R"("type": "Real", "max": "x")", "expected a number, \"inf\", \"-inf\" or \"nan\""},
+        {R"("type": "Real", "max": "nan")", "expected a number that is not nan"},
+        {R"("type": "Real", "min": 2, "max": 1)", "expected a \"min\" that does not exceed the \"max\" of input \"i\""},
+        {R"("type": "Real", "indexes": "points")", "\"indexes\" belongs to inputs of type Buffer"},
+        {R"("type": "Real", "countOf": "points")", "\"countOf\" belongs to inputs of type Buffer or Array"},
+        {R"("type": "Int", "file": true)", "\"file\" belongs to inputs of type String or Array"},
+        {R"("type": "String", "embeddedIn": "points")",
+         "\"embeddedIn\" belongs to inputs with \"file\": true, which input \"i\" is not"},
+        {R"("type": "Node", "hierarchy": "child")", "expected \"parent\" or \"children\""},
+        {R"("type": "Buffer", "members": {"a": {"type": "Int"}})",
+         "\"members\" belongs to an Object or an Array of Objects, which input \"i\" is not"},
+        {R"("type": "Object", "members": {"a": {"type": "Float"}})",
+         "unknown type \"Float\"; expected the name of an attribute type such as \"Real\""},
+        {R"("type": "Buffer", "indexes": "points[")",
+         "malformed path \"points[\"; expected a path such as \"uvsets[].coords\""},
+        {R"("type": "Buffer", "indexes": "")", "malformed path \"\"; expected a path such as \"uvsets[].coords\""},
+        {R"("type": "Buffer", "indexes": "point")",
+         "\"point\" leads to no input; type \"a\" declares no \"point\" there"},
+        {R"("type": "Buffer", "countOf": ["points", "many.count"])",
+         "\"many.count\" leads to no input; type \"a\" declares no \"count\" there"},
+        {R"("type": "Buffer", "countOf": "many[].coords")",
+         "\"many[].coords\" enters an array that does not contain the input"},
+        {R"("type": "Buffer", "countOf": "points*0")", "expected a positive integer after the * of \"points*0\""},
+        {R"("type": "Object", "members": {"a": {"type": "Buffer", "indexes": "b"}})",
+         "\"b\" leads to no input; type \"a\" declares no \"b\" there"},
+    };
+    for (const auto& c : cases) {
+        try {
+            (void)readCatalogue(R"({"types": {"a": {"inputs": {"points": {"type": "Buffer"}, "many": {"type": "Array",
+                "elementType": "Object", "members": {"coords": {"type": "Buffer"}}}, "i": {)" +
+                                std::string(c.input) + "}}}}}");
+            ADD_FAILURE() << c.input << " was taken";
+        } catch (const CatalogueError& e) {
+            EXPECT_STREQ(e.what(), c.text) << c.input;
+        }
+    }
+}
+
+TEST(Catalogue, holdsTheRulesForChecks) {
+    const auto types = catalogue(R"json({"$schema": "catalogue.schema.json", "types": {"a": {
+        "open": true, "root": true, "inputs": {
+            "points": {"type": "Buffer", "min": -1, "max": "inf"},
+            "extra": {"type": "Real", "optional": true},
+            "sets": {"type": "Array", "elementType": "Object", "members": {
+                "coords": {"type": "Buffer", "countOf": ["points", "sum(points)*2", "numbers(sets[].indices)"]},
+                "indices": {"type": "Buffer", "indexes": ["sets[].coords", "points"]}}},
+            "up": {"type": "Node", "accepts": "a", "hierarchy": "parent"},
+            "image": {"type": "String", "file": true, "embeddedIn": "points"}}, "outputs": ["out"]}, "b": {}}})json");
+    const NodeType& type = *types->find("a");
+    EXPECT_TRUE(type.isOpen() && type.isRoot());
+    EXPECT_FALSE(types->find("b")->isOpen() || types->find("b")->isRoot());
+    EXPECT_EQ(types->typeNames(), (std::vector<std::string_view>{"a", "b"}));
+    const std::vector<InputType>& inputs = type.inputs();
+    EXPECT_EQ(inputs[0].minimum, -1);
+    EXPECT_EQ(inputs[0].maximum, std::numeric_limits<double>::infinity());
+    const std::vector<CountTerm>& terms = inputs[2].members[0].countOf;
+    ASSERT_EQ(terms.size(), 3U);
+    EXPECT_TRUE(terms[0].of == CountTerm::Of::Elements && terms[0].path == "points" && terms[0].factor == 1);
+    EXPECT_TRUE(terms[1].of == CountTerm::Of::Sum && terms[1].path == "points" && terms[1].factor == 2);
+    EXPECT_TRUE(terms[2].of == CountTerm::Of::Numbers && terms[2].path == "sets[].indices");
+    EXPECT_EQ(terms[1].text, "sum(points)*2");
+    EXPECT_EQ(inputs[2].members[1].indexes, (StringVector{"sets[].coords", "points"}));
+    EXPECT_EQ(inputs[3].hierarchy, HierarchyRole::Parent);
+    EXPECT_EQ(inputs[3].accepts, (StringVector{"a"}));
+    EXPECT_TRUE(inputs[4].isFile);
+    EXPECT_EQ(inputs[4].embeddedIn, (StringVector{"points"}));
+
+    Reading r = readText("a n; a m; m.extra = 1; m.sets[0].coords = 1; m.up |= n.out;", types);
+    EXPECT_EQ(r.log, Log()) << "the rules do not affect reading";
+    EXPECT_EQ(r.input("n.extra"), nullptr) << "new nodes do not have optional inputs";
+    EXPECT_EQ(r.value("m.extra").type(), AttrType::Int) << "which have the type that the text gives them";
+    EXPECT_EQ(r.node("n").inputs().size(), 4U);
 }
 
 TEST(Catalogue, refusesWhatStandsBehindANul) { EXPECT_THROW((void)readCatalogue({"{}\0garbage", 10}), CatalogueError); }

@@ -1,11 +1,11 @@
-#include "cli/terminal/SimilarNames.h"
+#include "scene/core/SimilarNames.h"
 
 #include "scene/core/String.h"
 #include "scene/core/TextEncoding.h"
 
 #include <algorithm>
 
-namespace vrn::cli {
+namespace vor {
 
 namespace {
 
@@ -14,7 +14,6 @@ constexpr std::size_t maxNames = 3;
 
 // The Levenshtein distance, ignoring case.
 std::size_t editDistance(std::string_view a, std::string_view b) {
-    using vor::String;
     std::vector<std::size_t> row(b.size() + 1);
     for (std::size_t j = 0; j < row.size(); ++j)
         row[j] = j;
@@ -36,6 +35,8 @@ void SimilarNames::consider(std::string_view name) {
     const std::size_t maxDistance = std::max<std::size_t>(1, wanted_.size() / 3);
     if (std::max(wanted_.size(), name.size()) > maxLength || std::ranges::count(nearest_, name, &Candidate::name) != 0)
         return;
+    if (std::max(wanted_.size(), name.size()) - std::min(wanted_.size(), name.size()) > maxDistance)
+        return;
     // Swapped neighbours are two edits, but a single slip.
     const std::size_t distance = editDistance(wanted_, name);
     const bool isSwapped = distance == 2 && std::ranges::is_permutation(wanted_, name);
@@ -51,11 +52,11 @@ std::string SimilarNames::list(std::string_view quote) const {
     std::string text;
     for (const Candidate& candidate : nearest_) {
         text.append(text.empty() ? "" : " or ").append(quote);
-        text.append(vor::escapeForTerminal(candidate.name).view()).append(quote);
+        text.append(escapeForTerminal(candidate.name).view()).append(quote);
     }
     return text;
 }
 
 std::string SimilarNames::question() const { return nearest_.empty() ? "" : "; did you mean " + list() + '?'; }
 
-} // namespace vrn::cli
+} // namespace vor

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-namespace vrn::cli {
+namespace vor {
 
 class SimilarNames {
 public:
@@ -35,4 +35,4 @@ private:
     std::vector<Candidate> nearest_; // in the order in which they were considered where distances are equal
 };
 
-} // namespace vrn::cli
+} // namespace vor
