@@ -161,6 +161,33 @@ Input* Input::appendElement() {
     return element.release();
 }
 
+bool Input::removeInput(const String& name) {
+    Input* member = input(name);
+    if (!member)
+        return false;
+    extras_->children.erase(member);
+    removeFrom(children(), member);
+    return true;
+}
+
+bool Input::removeElement(u64 i) {
+    Input* removed = element(i);
+    if (!removed)
+        return false;
+    extras_->untypedElements -= u32(removed->isUntyped(elementType()));
+    extras_->nullElements -= u32(removed->type() == AttrType::Null);
+    extras_->children.erase(removed);
+    removeFrom(children(), removed);
+    return true;
+}
+
+// Detaches an input that is no longer among its siblings.
+void Input::removeFrom(std::span<Input* const> siblings, Input* removed) noexcept {
+    for (Input* behind : siblings.subspan(removed->index_))
+        --behind->index_;
+    detach(removed);
+}
+
 u64 Input::untypedElements() const noexcept { return extras_ ? extras_->untypedElements : 0; }
 
 u64 Input::nullElements() const noexcept { return extras_ ? extras_->nullElements : 0; }

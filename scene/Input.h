@@ -77,6 +77,11 @@ public:
     // SceneLimits::maxArrayElements elements.
     Input* appendElement();
 
+    // Removes a member of an Object, or an element of an Array, with everything below it; the elements behind it move
+    // up. Returns false if there is none of that name or index. Linear in the members or elements.
+    bool removeInput(const String& name);
+    bool removeElement(u64 i);
+
     // The number of elements without a DataType in an array of buffers, or without an element type in an array of
     // arrays, which a later value can set; 0 for all other inputs. O(1).
     [[nodiscard]] u64 untypedElements() const noexcept;
@@ -125,6 +130,7 @@ private:
     [[nodiscard]] bool isUntyped(AttrType asElementOf) const noexcept;
     void countUntyped() noexcept;
     void typeArrayOf(const Input& element);
+    static void removeFrom(std::span<Input* const> siblings, Input* removed) noexcept;
     static void detach(Input* root) noexcept;
 
     Node* node_;

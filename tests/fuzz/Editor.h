@@ -135,8 +135,24 @@ private:
         }
     }
 
+    void removeInput() {
+        Input* chosen = input();
+        if (!chosen)
+            return;
+        if (!chosen->parent())
+            require(chosen->node()->removeInput(chosen->name()), "an input can be removed");
+        else if (chosen->isElement())
+            require(chosen->parent()->removeElement(chosen->index()), "an element can be removed");
+        else
+            require(chosen->parent()->removeInput(chosen->name()), "a member can be removed");
+    }
+
     void step() {
         const u8 what = decisions_.byte();
+        if (what >= 253)
+            return (void)scene_.renameNode(name(), name());
+        if (what >= 249)
+            return removeInput();
         switch (what % 8) {
         case 0:
             return (void)scene_.createNode(name(), name());
