@@ -31,6 +31,7 @@ bool VrnParser::parseAssign() {
     if (!connect(info) && !value(info))
         return false;
     Input* input = targetInput(info);
+    info.input = input;
     if (info.isConnection)
         store(pendingConnections, input, linkTo(info.source));
     else if (info.isReference)

@@ -77,7 +77,7 @@ public:
     // SceneLimits::maxArrayElements elements.
     Input* appendElement();
 
-    // Removes a member of an Object, or an element of an Array, with everything below it; the elements behind it move
+    // Removes a member of an Object, or an element of an Array, with everything below it; the elements after it move
     // up. Returns false if there is none of that name or index. Linear in the members or elements.
     bool removeInput(const String& name);
     bool removeElement(u64 i);

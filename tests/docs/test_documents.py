@@ -39,6 +39,12 @@ def command_messages():
     return {name: message.removesuffix("\\n") for name, message in found}
 
 
+def refusals():
+    """The reasons why edits are refused, by name."""
+    text = (ROOT / "impl/edit/Refusals.h").read_text()
+    return dict(re.findall(r'inline constexpr char (\w+)\[\] =\s*"((?:[^"\\]|\\.)*)";', text))
+
+
 class Format(unittest.TestCase):
     def test_examples_are_read_as_shown(self):
         examples = blocks(ROOT / "docs" / "format.md")
@@ -114,7 +120,7 @@ class Sessions(unittest.TestCase):
 
     def test_commands_print_what_is_shown(self):
         with folder_with_vrn() as (folder, environment):
-            for page in ("tree", "graph", "diff", "query", "fmt", "convert"):
+            for page in ("tree", "graph", "diff", "query", "fmt", "edit", "convert"):
                 sessions = [text for language, text in blocks(ROOT / "docs" / f"{page}.md") if language == "console"]
                 self.assertTrue(sessions, page)
                 for command, shown in re.findall(r"^\$ (.*)\n((?:(?!\$ ).*\n)*)", "".join(sessions), re.M):
@@ -130,10 +136,18 @@ class Messages(unittest.TestCase):
         sections = re.findall(r"^### `([^\n]*)`\n(.*?)(?=^#|\Z)", document, re.M | re.S)
         self.assertGreater(len(messages()), 30)
         self.assertEqual(len(command_messages()), (ROOT / "cli/terminal/Messages.h").read_text().count("constexpr"))
-        expected = [*messages().values(), *command_messages().values()]
+        self.assertEqual(len(refusals()), (ROOT / "impl/edit/Refusals.h").read_text().count("constexpr"))
+        expected = [*messages().values(), *command_messages().values(), *refusals().values()]
         self.assertEqual(sorted(title for title, _ in sections), sorted(expected))
         for title, text in sections:
             self.assertIn("Remedy: ", text, title)
+
+    def test_every_refusal_is_used_and_tested(self):
+        sources = "".join(path.read_text() for path in (ROOT / "impl/edit").glob("*.cpp"))
+        tests = (ROOT / "tests/impl/edit/EditTest.cpp").read_text()
+        for name, reason in refusals().items():
+            self.assertRegex(sources, rf"\brefusals::{name}\b")
+            self.assertIn(max(reason.split("%s"), key=len).strip("': "), tests)
 
     def test_the_command_has_its_messages_in_one_file(self):
         sources = {path: path.read_text() for path in (ROOT / "cli").glob("*/*.cpp")}

@@ -16,6 +16,7 @@ MAY_INCLUDE = {
                    "impl/Messages.h"},
     "impl/numbers": {"impl/numbers", "scene/syntax/CharClass.h", "scene/core"},
     "impl": {"impl", "impl/lexer", "impl/numbers", "scene", "scene/core", "scene/syntax"},
+    "impl/edit": {"impl/edit", "impl", "impl/lexer", "scene", "scene/core", "scene/syntax"},
     "convert/shared": {"convert/shared", "scene", "scene/core"},
     "convert/model": {"convert/model", "convert/shared", "scene", "scene/core"},
     "convert/import": {"convert/import", "convert/shared", "scene", "scene/core", "scene/syntax"},
@@ -29,10 +30,11 @@ MAY_INCLUDE = {
     "cli/diff": {"cli/diff", "cli/query", "cli/terminal", "scene", "scene/core"},
     "cli/graph": {"cli/graph", "cli/query", "cli/terminal", "scene", "scene/core"},
     "cli/shell": {"cli/shell", "cli/arguments", "cli/terminal"},
-    "cli/commands": {*("cli/" + folder for folder in CLI_FOLDERS), "convert/Convert.h", "impl/Formatter.h", "scene",
+    "cli/commands": {*("cli/" + folder for folder in CLI_FOLDERS), "convert/Convert.h", "impl/Edit.h",
+                     "impl/Formatter.h", "scene",
                      "scene/core"},
     "cli": {"cli/arguments", "cli/commands", "cli/files", "cli/terminal"},
-    "include/vrn": {"impl/Formatter.h", "impl/Reader.h", "scene", "scene/core"},
+    "include/vrn": {"impl/Edit.h", "impl/Formatter.h", "impl/Reader.h", "scene", "scene/core"},
 }
 LIBRARY = [folder for folder in MAY_INCLUDE if folder.split("/")[0] in ("scene", "impl")]
 PROGRAM = [folder for folder in MAY_INCLUDE if folder.split("/")[0] in ("convert", "cli")]
