@@ -269,8 +269,10 @@ void VrnParser::write(AttrData data, Input* input) {
         setTypeOfSiblings(parent, data);
     // The enumeration belongs to the input and stays valid while the value is moved into it.
     const StringVector* entries = data.type() == AttrType::String ? &input->enumeration() : nullptr;
-    if (!entries || entries->isEmpty())
-        return input->assign(std::move(data));
+    if (!entries || entries->isEmpty()) {
+        input->assign(std::move(data));
+        return;
+    }
     const String text = data.asString();
     input->assign(std::move(data));
     const bool isWritten = input->type() == AttrType::String;

@@ -32,9 +32,9 @@ String Input::label() const {
 
 Node* Input::nodeValue() const noexcept { return extras_ ? extras_->node : nullptr; }
 
-void Input::assign(AttrData value) {
+bool Input::assign(AttrData value) {
     if (!takes(value.type()))
-        return;
+        return false;
     if (type() == AttrType::Object)
         clearChildren();
     if (type() == AttrType::Node)
@@ -42,16 +42,26 @@ void Input::assign(AttrData value) {
     if (type() == AttrType::Array) {
         clearChildren();
         if (value.elementType() == AttrType::Null)
-            return;
+            return true;
     }
     write(std::move(value));
+    return true;
 }
 
-void Input::set(AttrData value) {
+bool Input::set(AttrData value) {
     if (type() != AttrType::Array || value.type() != AttrType::Array)
-        assign(std::move(value));
-    else if (elementType() == AttrType::Null && mayBeArrayOf(value.elementType()))
-        write(std::move(value));
+        return assign(std::move(value));
+    if (elementType() != AttrType::Null || !mayBeArrayOf(value.elementType()))
+        return value.elementType() == elementType();
+    write(std::move(value));
+    return true;
+}
+
+bool Input::resizeBuffer(u64 count) {
+    if (dataType() == DataType::Null)
+        return false;
+    value_.resize(count);
+    return true;
 }
 
 bool Input::takes(AttrType valueType) const noexcept {

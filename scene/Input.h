@@ -47,15 +47,23 @@ public:
     [[nodiscard]] AttrType elementType() const noexcept { return value_.elementType(); }
     [[nodiscard]] Node* nodeValue() const noexcept;
 
-    // Replaces the value by one of the same type; any other is ignored. An Object loses its members, an Array its
-    // elements (it keeps its element type if the value has none), a Node its target. A Null input adopts the type of
-    // the value; in an array with an element type only that type, and an array without one adopts the type from its
-    // first such element, unless that is a Node.
-    void assign(AttrData value);
+    // Replaces the value by one of the same type; any other is ignored. Returns whether the value was taken. An Object
+    // loses its members, an Array its elements (it keeps its element type if the value has none), a Node its target. A
+    // Null input adopts the type of the value; in an array with an element type only that type, and an array without
+    // one adopts the type from its first such element, unless that is a Node.
+    bool assign(AttrData value);
 
     // Like assign(), but a value of type Array keeps the elements: it only sets the element type of an array that has
     // none. It is ignored if the type of an element differs from it and is neither Null nor Node. O(n) in the elements.
-    void set(AttrData value);
+    bool set(AttrData value);
+
+    // Changes the number of elements of a Buffer in place; new ones are zero. Returns false, without a change, for
+    // other inputs and for a buffer of DataType Null. On std::bad_alloc, nothing changes.
+    bool resizeBuffer(u64 count);
+
+    // The elements of a Buffer, to be changed in place; see AttrData::elements(). Valid until the buffer is resized or
+    // replaced.
+    template <class T> [[nodiscard]] std::span<T> elements() noexcept { return value_.elements<T>(); }
 
     // Makes a Node input refer to `node`, or to nothing if it is null; a Null input becomes a Node input first, and
     // others ignore the call.

@@ -107,9 +107,9 @@ private:
             return;
         switch (what % 11) {
         case 0:
-            return chosen->assign(value());
+            return (void)chosen->assign(value());
         case 1:
-            return chosen->set(value());
+            return (void)chosen->set(value());
         case 2:
             return (void)chosen->createInput(name(), type());
         case 3:
@@ -131,7 +131,7 @@ private:
         case 9:
             return hold(chosen);
         default:
-            return chosen->assign(AttrData(chosen->value())); // its own value
+            return require(chosen->assign(AttrData(chosen->value())), "an input takes its own value");
         }
     }
 

@@ -111,6 +111,35 @@ TEST(Scene, removesInputsMembersAndElements) {
     EXPECT_EQ(n->createInput("a", AttrType::Int)->index(), 2U);
 }
 
+TEST(Scene, saysWhetherAnInputTookAValue) {
+    Scene scene;
+    Node* n = scene.createNode("t", "n");
+    EXPECT_TRUE(n->createInput("x", AttrType::Int)->assign(AttrData::integer(1)));
+    EXPECT_FALSE(n->input("x")->assign(AttrData::real(1)));
+    EXPECT_FALSE(n->input("x")->set(AttrData::string("s")));
+    EXPECT_TRUE(n->createInput("any", AttrType::Null)->assign(AttrData::vec2(1, 2)));
+    Input* array = n->createArray("l", AttrType::Null);
+    EXPECT_TRUE(array->assign(AttrData::array(AttrType::Null)));
+    EXPECT_TRUE(array->set(AttrData::array(AttrType::Int)));
+    EXPECT_TRUE(array->set(AttrData::array(AttrType::Int)));
+    EXPECT_FALSE(array->set(AttrData::array(AttrType::Real)));
+    EXPECT_TRUE(array->appendElement()->assign(AttrData::integer(2)));
+    EXPECT_FALSE(array->appendElement()->assign(AttrData::real(2)));
+}
+
+TEST(Scene, changesBuffersInPlace) {
+    Scene scene;
+    Node* n = scene.createNode("t", "n");
+    Input* buffer = n->createInput("b", AttrType::Buffer);
+    EXPECT_FALSE(buffer->resizeBuffer(1)) << "it has no element type";
+    buffer->assign(AttrData::buffer(DataType::Float, 1));
+    EXPECT_TRUE(buffer->resizeBuffer(2));
+    buffer->elements<float>()[1] = 5;
+    EXPECT_EQ(buffer->value().elements<float>()[1], 5);
+    EXPECT_TRUE(buffer->elements<double>().empty());
+    EXPECT_FALSE(n->createInput("x", AttrType::Int)->resizeBuffer(1));
+}
+
 TEST(Scene, countsElementsWithoutTypeWhenOneIsRemoved) {
     Scene scene;
     Input* array = scene.createNode("t", "n")->createArray("a", AttrType::Buffer);
