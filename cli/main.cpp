@@ -11,8 +11,8 @@
 namespace vrn::cli {
 
 std::vector<Command> allCommands() {
-    return {checkCommand(), fmtCommand(),  infoCommand(),    treeCommand(),       queryCommand(), graphCommand(),
-            diffCommand(),  dumpCommand(), convertCommand(), completionCommand(), manCommand()};
+    return {checkCommand(), fmtCommand(),  editCommand(), infoCommand(),    treeCommand(),       queryCommand(),
+            graphCommand(), diffCommand(), dumpCommand(), convertCommand(), completionCommand(), manCommand()};
 }
 
 } // namespace vrn::cli

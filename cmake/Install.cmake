@@ -5,6 +5,7 @@ include(CMakePackageConfigHelpers)
 
 # Headers keep their folders, below include/vrn: `#include <vrn/vrn.h>`.
 set(installed_headers
+  impl/Edit.h
   impl/Formatter.h
   impl/Reader.h
   impl/SourceMap.h

@@ -24,13 +24,9 @@ using WriteFunction = void (*)(const Scene& scene, const std::string& path, Loss
                                const WriteOptions& options);
 
 // Images and other large buffers are compressed: they are smaller, and nobody reads them as text.
-void writeVrnFile(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths&,
-                  const WriteOptions&) {
-    OutputFile file(path);
-    const auto lost = writeVrn(scene, {.compressAbove = 4096}, [&](std::string_view text) { file.write(text); });
-    for (const VrnLoss& loss : lost)
+void writeVrn(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths&, const WriteOptions&) {
+    for (const VrnLoss& loss : writeVrnFile(scene, std::string_view(path), {.compressAbove = 4096}))
         losses.add(loss.what, loss.path);
-    file.commit();
 }
 
 void writeJsonFile(const Scene& scene, const std::string& path, Losses&, const TexturePaths&, const WriteOptions&) {
@@ -53,8 +49,12 @@ struct Format {
 };
 
 constexpr Format formats[] = {
-    {".vrn", writeVrnFile},           {".json", writeJsonFile},         {".gltf", writeOneForm<writeGltf>},
-    {".glb", writeOneForm<writeGlb>}, {".obj", writeOneForm<writeObj>}, {".ply", writePly, true},
+    {".vrn", writeVrn},
+    {".json", writeJsonFile},
+    {".gltf", writeOneForm<writeGltf>},
+    {".glb", writeOneForm<writeGlb>},
+    {".obj", writeOneForm<writeObj>},
+    {".ply", writePly, true},
     {".stl", writeStl, true},
 };
 

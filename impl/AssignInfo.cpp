@@ -13,6 +13,7 @@ void AssignInfo::clear() {
     isScalar = isBuffer = isConnection = isReference = false;
     if (data.type() != AttrType::Null)
         data = AttrData();
+    input = nullptr;
 }
 
 String AssignInfo::valueString() const {

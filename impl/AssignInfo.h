@@ -3,6 +3,7 @@
 
 #include "impl/lexer/Token.h"
 #include "scene/AttrData.h"
+#include "scene/Interfaces.h"
 
 namespace vor::velmo_sdk::impl {
 
@@ -19,6 +20,7 @@ struct AssignInfo {
     bool isConnection = false;
     bool isReference = false;
     AttrData data; // the value; Null for links
+    interfaces::IInput* input = nullptr; // the target, once it is known
 
     // Resets all members, but keeps the memory of the paths for reuse.
     void clear();

@@ -33,6 +33,7 @@ bool VrnParser::parseAssign() {
     Input* input = targetInput(info);
     if (sources)
         sources->set(input, info.path.last().position());
+    info.input = input;
     if (info.isConnection)
         store(pendingConnections, input, linkTo(info.source));
     else if (info.isReference)
@@ -270,8 +271,10 @@ void VrnParser::write(AttrData data, Input* input) {
         setTypeOfSiblings(parent, data);
     // The enumeration belongs to the input and stays valid while the value is moved into it.
     const StringVector* entries = data.type() == AttrType::String ? &input->enumeration() : nullptr;
-    if (!entries || entries->isEmpty())
-        return input->assign(std::move(data));
+    if (!entries || entries->isEmpty()) {
+        input->assign(std::move(data));
+        return;
+    }
     const String text = data.asString();
     input->assign(std::move(data));
     const bool isWritten = input->type() == AttrType::String;

@@ -3,9 +3,12 @@
 #include "scene/core/LargeMemory.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstring>
+#include <limits>
 #include <new>
+#include <utility>
 
 namespace vor::velmo_sdk {
 
@@ -52,6 +55,30 @@ AttrData AttrData::string(std::string_view text) {
 
 AttrData AttrData::array(AttrType elementType) noexcept { return {AttrType::Array, static_cast<i32>(elementType)}; }
 
+AttrData AttrData::vec2(double x, double y) { return numbers(AttrType::Vec2, std::array{x, y}); }
+
+AttrData AttrData::vec3(double x, double y, double z) { return numbers(AttrType::Vec3, std::array{x, y, z}); }
+
+AttrData AttrData::vec4(double x, double y, double z, double w) {
+    return numbers(AttrType::Vec4, std::array{x, y, z, w});
+}
+
+AttrData AttrData::pos2(double x, double y) { return numbers(AttrType::Pos2, std::array{x, y}); }
+
+AttrData AttrData::pos3(double x, double y, double z) { return numbers(AttrType::Pos3, std::array{x, y, z}); }
+
+AttrData AttrData::quat(double a, double b, double c, double d) {
+    return numbers(AttrType::Quat, std::array{a, b, c, d});
+}
+
+AttrData AttrData::rgba(double red, double green, double blue, double alpha) {
+    return numbers(AttrType::Rgba, std::array{red, green, blue, alpha});
+}
+
+AttrData AttrData::mat3(std::span<const double, 9> rows) { return numbers(AttrType::Mat3, rows); }
+
+AttrData AttrData::mat4(std::span<const double, 16> rows) { return numbers(AttrType::Mat4, rows); }
+
 AttrData AttrData::buffer(DataType type, u64 count) {
     AttrData data(AttrType::Buffer, static_cast<i32>(type));
     data.allocate(count);
@@ -94,6 +121,27 @@ std::span<std::byte> AttrData::bytes() noexcept {
     if (type() != AttrType::Buffer)
         return {};
     return {static_cast<std::byte*>(store_.block.memory), blockSize()};
+}
+
+void AttrData::resize(u64 count) {
+    const u64 unit = elementLayout(dataType()).elementSize();
+    if (unit == 0 || count == store_.block.count)
+        return;
+    if (count > std::numeric_limits<std::ptrdiff_t>::max() / unit)
+        throw std::bad_alloc();
+    const u64 before = blockSize();
+    const u64 size = count * unit;
+    if (size == 0) {
+        std::free(std::exchange(store_.block.memory, nullptr));
+    } else {
+        void* memory = std::realloc(store_.block.memory, size);
+        if (!memory)
+            throw std::bad_alloc();
+        store_.block.memory = memory;
+        if (size > before)
+            std::memset(static_cast<std::byte*>(memory) + before, 0, size - before);
+    }
+    store_.block.count = count;
 }
 
 u64 AttrData::blockSize() const noexcept {

@@ -77,6 +77,17 @@ public:
     // A value of componentCount(type) numbers: copies the first ones; missing ones are zero.
     [[nodiscard]] static AttrData numbers(AttrType type, std::span<const double> numbers);
 
+    // The same by type. A matrix is given row after row.
+    [[nodiscard]] static AttrData vec2(double x, double y);
+    [[nodiscard]] static AttrData vec3(double x, double y, double z);
+    [[nodiscard]] static AttrData vec4(double x, double y, double z, double w);
+    [[nodiscard]] static AttrData pos2(double x, double y);
+    [[nodiscard]] static AttrData pos3(double x, double y, double z);
+    [[nodiscard]] static AttrData quat(double a, double b, double c, double d); // in the order of the format
+    [[nodiscard]] static AttrData rgba(double red, double green, double blue, double alpha = 1);
+    [[nodiscard]] static AttrData mat3(std::span<const double, 9> rows);
+    [[nodiscard]] static AttrData mat4(std::span<const double, 16> rows);
+
     // Copies the text up to its first NUL.
     [[nodiscard]] static AttrData string(std::string_view text);
 
@@ -111,6 +122,10 @@ public:
     [[nodiscard]] u64 count() const noexcept { return type() == AttrType::Buffer ? store_.block.count : 0; }
     [[nodiscard]] std::span<const std::byte> bytes() const noexcept;
     [[nodiscard]] std::span<std::byte> bytes() noexcept;
+
+    // Buffer: changes the number of elements in place; new ones are zero. Invalidates bytes() and elements(). Does
+    // nothing to other values, and to a buffer of DataType Null. On std::bad_alloc, the value is unchanged.
+    void resize(u64 count);
 
     // Buffer: its elements in place. T is a number type, for the flat list of components, or a math type of the
     // element's size, such as VecT<3, float> for Vec3f. Empty if T does not match the DataType.

@@ -32,9 +32,9 @@ String Input::label() const {
 
 Node* Input::nodeValue() const noexcept { return extras_ ? extras_->node : nullptr; }
 
-void Input::assign(AttrData value) {
+bool Input::assign(AttrData value) {
     if (!takes(value.type()))
-        return;
+        return false;
     if (type() == AttrType::Object)
         clearChildren();
     if (type() == AttrType::Node)
@@ -42,16 +42,26 @@ void Input::assign(AttrData value) {
     if (type() == AttrType::Array) {
         clearChildren();
         if (value.elementType() == AttrType::Null)
-            return;
+            return true;
     }
     write(std::move(value));
+    return true;
 }
 
-void Input::set(AttrData value) {
+bool Input::set(AttrData value) {
     if (type() != AttrType::Array || value.type() != AttrType::Array)
-        assign(std::move(value));
-    else if (elementType() == AttrType::Null && mayBeArrayOf(value.elementType()))
-        write(std::move(value));
+        return assign(std::move(value));
+    if (elementType() != AttrType::Null || !mayBeArrayOf(value.elementType()))
+        return value.elementType() == elementType();
+    write(std::move(value));
+    return true;
+}
+
+bool Input::resizeBuffer(u64 count) {
+    if (dataType() == DataType::Null)
+        return false;
+    value_.resize(count);
+    return true;
 }
 
 bool Input::takes(AttrType valueType) const noexcept {
@@ -159,6 +169,33 @@ Input* Input::appendElement() {
     extras_->untypedElements += u32(element->isUntyped(elementType()));
     extras_->nullElements += u32(element->type() == AttrType::Null);
     return element.release();
+}
+
+bool Input::removeInput(const String& name) {
+    Input* member = input(name);
+    if (!member)
+        return false;
+    extras_->children.erase(member);
+    removeFrom(children(), member);
+    return true;
+}
+
+bool Input::removeElement(u64 i) {
+    Input* removed = element(i);
+    if (!removed)
+        return false;
+    extras_->untypedElements -= u32(removed->isUntyped(elementType()));
+    extras_->nullElements -= u32(removed->type() == AttrType::Null);
+    extras_->children.erase(removed);
+    removeFrom(children(), removed);
+    return true;
+}
+
+// Detaches an input that is no longer among its siblings.
+void Input::removeFrom(std::span<Input* const> siblings, Input* removed) noexcept {
+    for (Input* behind : siblings.subspan(removed->index_))
+        --behind->index_;
+    detach(removed);
 }
 
 u64 Input::untypedElements() const noexcept { return extras_ ? extras_->untypedElements : 0; }

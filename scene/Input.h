@@ -47,15 +47,23 @@ public:
     [[nodiscard]] AttrType elementType() const noexcept { return value_.elementType(); }
     [[nodiscard]] Node* nodeValue() const noexcept;
 
-    // Replaces the value by one of the same type; any other is ignored. An Object loses its members, an Array its
-    // elements (it keeps its element type if the value has none), a Node its target. A Null input adopts the type of
-    // the value; in an array with an element type only that type, and an array without one adopts the type from its
-    // first such element, unless that is a Node.
-    void assign(AttrData value);
+    // Replaces the value by one of the same type; any other is ignored. Returns whether the value was taken. An Object
+    // loses its members, an Array its elements (it keeps its element type if the value has none), a Node its target. A
+    // Null input adopts the type of the value; in an array with an element type only that type, and an array without
+    // one adopts the type from its first such element, unless that is a Node.
+    bool assign(AttrData value);
 
     // Like assign(), but a value of type Array keeps the elements: it only sets the element type of an array that has
     // none. It is ignored if the type of an element differs from it and is neither Null nor Node. O(n) in the elements.
-    void set(AttrData value);
+    bool set(AttrData value);
+
+    // Changes the number of elements of a Buffer in place; new ones are zero. Returns false, without a change, for
+    // other inputs and for a buffer of DataType Null. On std::bad_alloc, nothing changes.
+    bool resizeBuffer(u64 count);
+
+    // The elements of a Buffer, to be changed in place; see AttrData::elements(). Valid until the buffer is resized or
+    // replaced.
+    template <class T> [[nodiscard]] std::span<T> elements() noexcept { return value_.elements<T>(); }
 
     // Makes a Node input refer to `node`, or to nothing if it is null; a Null input becomes a Node input first, and
     // others ignore the call.
@@ -76,6 +84,11 @@ public:
     // Appends an element of its element type to an Array. Returns null if this is not an Array or has
     // SceneLimits::maxArrayElements elements.
     Input* appendElement();
+
+    // Removes a member of an Object, or an element of an Array, with everything below it; the elements after it move
+    // up. Returns false if there is none of that name or index. Linear in the members or elements.
+    bool removeInput(const String& name);
+    bool removeElement(u64 i);
 
     // The number of elements without a DataType in an array of buffers, or without an element type in an array of
     // arrays, which a later value can set; 0 for all other inputs. O(1).
@@ -125,6 +138,7 @@ private:
     [[nodiscard]] bool isUntyped(AttrType asElementOf) const noexcept;
     void countUntyped() noexcept;
     void typeArrayOf(const Input& element);
+    static void removeFrom(std::span<Input* const> siblings, Input* removed) noexcept;
     static void detach(Input* root) noexcept;
 
     Node* node_;

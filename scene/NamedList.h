@@ -62,6 +62,16 @@ public:
         (isInline() ? few_ : many_)[size_++] = item;
     }
 
+    // Removes an item of the list; the others keep their order. Linear.
+    void erase(const T* item) noexcept {
+        T** const all = isInline() ? few_ : many_;
+        if (index_)
+            index_->erase(item->key());
+        T** const place = std::find(all, all + size_, item);
+        std::copy(place + 1, all + size_, place);
+        --size_;
+    }
+
     // Removes and returns the last item; null if the list is empty. For clearing the list: drops the index, so that
     // find() becomes linear.
     [[nodiscard]] T* takeLast() noexcept {

@@ -36,6 +36,15 @@ Node::InputOrNew Node::inputOrNew(const String& name, AttrData& value) {
     return {newInput(name, value), true};
 }
 
+bool Node::removeInput(const String& name) {
+    Input* removed = input(name);
+    if (!removed)
+        return false;
+    inputs_.erase(removed);
+    Input::removeFrom(inputs_.items(), removed);
+    return true;
+}
+
 Input* Node::addInput(const String& name, AttrData value) { return inputOrNew(name, value).input; }
 
 // Creates an input with a name that no other has.

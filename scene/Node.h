@@ -47,6 +47,9 @@ public:
     };
     InputOrNew inputOrNew(const String& name, AttrData& value);
 
+    // Removes an input with everything below it. Returns false if no input has that name. Linear in the inputs.
+    bool removeInput(const String& name);
+
     // The output of that name. Creates a missing one, unless the catalogue declares the outputs of the node's type or
     // the scene has strict outputs; then returns null.
     [[nodiscard]] Output* findOutput(const String& name) override;

@@ -47,6 +47,21 @@ bool Scene::removeNode(const String& name) {
     return true;
 }
 
+bool Scene::renameNode(const String& name, const String& newName) {
+    Node* node = findNode(name);
+    if (!node || findNode(newName))
+        return node && name == newName;
+    const String type = node->type();
+    storage_->byName.erase(node);
+    node->name_ = newName;
+    storage_->byName.insert(node, NodeTable<Node>::hashOf(newName)); // into the slot that erase() freed
+    if (node->isDefinition())
+        for (Node& each : nodes())
+            if (each.type_ == type)
+                each.type_ = newName;
+    return true;
+}
+
 Node* Scene::addNode(const String& type, const String& name, bool isDefinition) {
     const u64 hash = NodeTable<Node>::hashOf(name);
     if (storage_->byName.find(name, hash))

@@ -67,6 +67,11 @@ public:
     // that refer to it. Returns false if no node has that name.
     bool removeNode(const String& name);
 
+    // Renames a node, to which all links stay. The name of a definition is a type: the nodes of that type change
+    // theirs. Returns false, without a change, if no node has that name or another one has the new name. O(1), for a
+    // definition linear in the nodes.
+    bool renameNode(const String& name, const String& newName);
+
     [[nodiscard]] u64 nodeCount() const noexcept;
 
     template <class N> class NodeIterator {

@@ -4,6 +4,7 @@
 #include "scene/VrnInputs.h"
 #include "scene/VrnLosses.h"
 #include "scene/VrnValue.h"
+#include "scene/core/OutputFile.h"
 #include "scene/syntax/HeaderComment.h"
 
 #include <algorithm>
@@ -231,6 +232,13 @@ private:
 
 std::vector<VrnLoss> writeVrn(const Scene& scene, const VrnWriterOptions& options, const TextSink& sink) {
     return SceneText(scene, options, sink).write();
+}
+
+std::vector<VrnLoss> writeVrnFile(const Scene& scene, const String& path, const VrnWriterOptions& options) {
+    OutputFile file(path.buf());
+    std::vector<VrnLoss> losses = writeVrn(scene, options, [&](std::string_view piece) { file.write(piece); });
+    file.commit();
+    return losses;
 }
 
 } // namespace vor::velmo_sdk::impl

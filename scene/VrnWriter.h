@@ -52,4 +52,10 @@ struct VrnLoss {
 [[nodiscard]] VRN_API std::vector<VrnLoss> writeVrn(const Scene& scene, const VrnWriterOptions& options,
                                                     const TextSink& sink);
 
+// Writes the text to a file, which appears complete or not at all: on an error, an existing file is unchanged. Follows
+// links and keeps the mode of a file that it replaces. Throws std::system_error, whose code is that of the system, if
+// the file cannot be written.
+[[nodiscard]] VRN_API std::vector<VrnLoss> writeVrnFile(const Scene& scene, const String& path,
+                                                        const VrnWriterOptions& options = {});
+
 } // namespace vor::velmo_sdk::impl

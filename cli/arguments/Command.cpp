@@ -12,6 +12,7 @@ namespace {
 struct DefaultText {
     std::string operator()(const bool*) const { return {}; }
     std::string operator()(const std::vector<std::string>*) const { return {}; }
+    std::string operator()(const Steps*) const { return {}; }
     std::string operator()(const std::string* text) const { return *text; }
     std::string operator()(const vor::u64* number) const { return std::string(vor::String(*number).view()); }
     std::string operator()(const double* number) const {

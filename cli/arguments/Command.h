@@ -14,9 +14,16 @@ namespace vrn::cli {
 // What shells complete a value with.
 enum class Completion { Nothing, File, Scene, Folder, Command };
 
+// The values of several options that share a list, in the order of the command line.
+struct Step {
+    std::string option; // its names
+    std::string value;
+};
+using Steps = std::vector<Step>;
+
 // One option or positional argument, and the variable that holds its default and receives its value.
 struct Option {
-    using Target = std::variant<bool*, std::string*, vor::u64*, double*, std::vector<std::string>*>;
+    using Target = std::variant<bool*, std::string*, vor::u64*, double*, std::vector<std::string>*, Steps*>;
 
     std::string names; // `--format`, `-i,--in-place`; a positional argument has no dashes
     std::string help;  // one line
@@ -34,7 +41,9 @@ struct Option {
 
     [[nodiscard]] bool isArgument() const { return names[0] != '-'; }
     [[nodiscard]] bool isFlag() const { return std::holds_alternative<bool*>(target); }
-    [[nodiscard]] bool isList() const { return std::holds_alternative<std::vector<std::string>*>(target); }
+    [[nodiscard]] bool isList() const {
+        return std::holds_alternative<std::vector<std::string>*>(target) || std::holds_alternative<Steps*>(target);
+    }
 };
 
 struct Command {

@@ -105,6 +105,12 @@ struct Adder {
     CLI::Option* operator()(std::vector<std::string>* target) const {
         return text(app.add_option(option.names, *target, option.help))->allow_extra_args(option.isArgument());
     }
+    CLI::Option* operator()(Steps* target) const {
+        const auto append = [target, names = option.names](const std::string& value) {
+            target->push_back({names, value});
+        };
+        return text(app.add_option_function<std::string>(option.names, append, option.help)->trigger_on_parse());
+    }
 
     CLI::Option* text(CLI::Option* added) const {
         added->transform(unshield);

@@ -7,6 +7,7 @@ namespace vrn::cli {
 
 [[nodiscard]] Command checkCommand();
 [[nodiscard]] Command fmtCommand();
+[[nodiscard]] Command editCommand();
 [[nodiscard]] Command infoCommand();
 [[nodiscard]] Command treeCommand();
 [[nodiscard]] Command queryCommand();

@@ -1,7 +1,10 @@
 #include "cli/commands/Commands.h"
 #include "cli/files/SceneFile.h"
 #include "cli/terminal/Console.h"
+#include "convert/Measure.h"
+#include "scene/JsonWriter.h"
 #include "scene/Walk.h"
+#include "scene/core/NumberText.h"
 #include "scene/core/TextEncoding.h"
 
 #include <map>
@@ -14,6 +17,14 @@ using namespace vor::velmo_sdk;
 using namespace vor::velmo_sdk::impl;
 
 namespace {
+
+using convert::Bounds;
+using convert::MeshMeasure;
+
+struct InfoOptions {
+    SceneArguments scenes;
+    std::string format = "text";
+};
 
 struct Summary {
     std::map<std::string, u64> nodesByType;
@@ -53,6 +64,39 @@ std::string line(const char* label, const String& text) {
     return std::string(String::format("  %-12s %s\n", label, text.buf()).view());
 }
 
+// "(0 0 0) to (1 2 3)".
+String text(const Bounds& bounds) {
+    std::string text;
+    for (const auto& corner : {bounds.min, bounds.max}) {
+        text += text.empty() ? "(" : " to (";
+        for (const float number : corner) {
+            char digits[realTextCapacity];
+            text += text.ends_with('(') ? "" : " ";
+            text += writeReal(number, digits);
+        }
+        text += ')';
+    }
+    return std::string_view(text);
+}
+
+// The meshes of a scene together; nothing without meshes.
+std::string meshLines(const convert::SceneMeasure& measure) {
+    MeshMeasure sum{};
+    for (const MeshMeasure& mesh : measure.meshes) {
+        sum.points += mesh.points;
+        sum.faces += mesh.faces;
+        sum.triangles += mesh.triangles;
+    }
+    std::string text;
+    if (!measure.meshes.empty())
+        text +=
+            line("meshes", String::format("%zu (%s, %s, %s)", measure.meshes.size(), counted(sum.points, "point").buf(),
+                                          counted(sum.faces, "face").buf(), counted(sum.triangles, "triangle").buf()));
+    if (measure.bounds)
+        text += line("bounds", cli::text(*measure.bounds));
+    return text;
+}
+
 std::string describe(const SceneFile& file, const Scene& scene) {
     const Summary summary = summarise(scene);
     std::string text(escapeForTerminal(file.displayName()).view());
@@ -69,16 +113,85 @@ std::string describe(const SceneFile& file, const Scene& scene) {
                                            counted(summary.bufferElements, "element").buf(),
                                            counted(summary.bufferBytes, "byte").buf()));
     text += line("links", counted(summary.connections, "connection") + ", " + counted(summary.references, "reference"));
+    text += meshLines(convert::measure(scene));
     text += line("diagnostics", counted(file.count(LogSeverity::Error), "error") + ", " +
                                     counted(file.count(LogSeverity::Warning), "warning"));
     return text;
 }
 
-int info(const SceneArguments& scenes) {
-    const int status = visitScenes(scenes, [](const SceneFile& file, const Scene& scene) -> Finish {
+void write(JsonText& json, const std::optional<Bounds>& bounds) {
+    if (!bounds)
+        return json.null();
+    json.object([&] {
+        json.key("min").numbers(std::span<const float>(bounds->min));
+        json.key("max").numbers(std::span<const float>(bounds->max));
+    });
+}
+
+void write(JsonText& json, const MeshMeasure& mesh) {
+    json.object([&] {
+        json.key("name").text(mesh.source->name());
+        json.key("valid").boolean(mesh.topology != nullptr);
+        if (!mesh.topology)
+            return;
+        json.key("topology").text(mesh.topology);
+        json.key("points").integer(mesh.points);
+        json.key("faces").integer(mesh.faces);
+        json.key("triangles").integer(mesh.triangles);
+        json.key("bounds");
+        write(json, mesh.bounds);
+    });
+}
+
+void write(JsonText& json, const Summary& summary) {
+    json.key("definitions").integer(summary.definitions);
+    json.key("nodes").integer(summary.nodes);
+    json.key("types").object([&] {
+        for (const auto& [type, count] : summary.nodesByType)
+            json.key(type).integer(count);
+    });
+    json.key("inputs").integer(summary.inputs);
+    json.key("buffers").object([&] {
+        json.key("count").integer(summary.buffers);
+        json.key("elements").integer(summary.bufferElements);
+        json.key("bytes").integer(summary.bufferBytes);
+    });
+    json.key("links").object([&] {
+        json.key("connections").integer(summary.connections);
+        json.key("references").integer(summary.references);
+    });
+}
+
+std::string jsonLine(const SceneFile& file, const Scene& scene) {
+    const convert::SceneMeasure measure = convert::measure(scene);
+    JsonText json;
+    json.object([&] {
+        json.key("file").text(file.argument());
+        json.key("version").integer(scene.fileVersion());
+        json.key("time").text(scene.fileTime());
+        json.key("comments").integer(scene.fileComments().size());
+        write(json, summarise(scene));
+        json.key("meshes").array([&] {
+            for (const MeshMeasure& mesh : measure.meshes)
+                write(json, mesh);
+        });
+        json.key("bounds");
+        write(json, measure.bounds);
+        json.key("diagnostics").object([&] {
+            json.key("errors").integer(file.count(LogSeverity::Error));
+            json.key("warnings").integer(file.count(LogSeverity::Warning));
+        });
+    });
+    return std::string(json.view()) + '\n';
+}
+
+int info(const InfoOptions& options) {
+    const bool isJson = options.format == "json";
+    const int status = visitScenes(options.scenes, [isJson](const SceneFile& file, const Scene& scene) -> Finish {
         if (!file.isWhole())
             return {};
-        return [diagnostics = file.diagnosticsText(), description = describe(file, scene)] {
+        return [diagnostics = file.diagnosticsText(),
+                description = isJson ? jsonLine(file, scene) : describe(file, scene)] {
             printError(diagnostics);
             print(description);
         };
@@ -89,13 +202,19 @@ int info(const SceneArguments& scenes) {
 } // namespace
 
 Command infoCommand() {
-    const auto scenes = std::make_shared<SceneArguments>();
+    const auto options = std::make_shared<InfoOptions>();
     Command command{.name = "info",
                     .what = "Summarise scenes",
-                    .example = "vrn info examples/first_scene.vrn\nvrn info --jobs 4 examples",
-                    .run = [scenes] { return info(*scenes); }};
-    addSceneFilesAndFolders(command.options, *scenes);
-    addReadingOptions(command.options, *scenes);
+                    .example = "vrn info examples/first_scene.vrn\nvrn info --format json --jobs 4 examples",
+                    .details = "Meshes and their places are those of the types that vrn convert knows.",
+                    .run = [options] { return info(*options); }};
+    addSceneFilesAndFolders(command.options, options->scenes);
+    addReadingOptions(command.options, options->scenes);
+    command.options.push_back({.names = "--format",
+                               .help = "Set the format: text, or json (one line a file, with each mesh)",
+                               .target = &options->format,
+                               .value = "FORMAT",
+                               .choices = {"text", "json"}});
     return command;
 }
 

@@ -43,7 +43,7 @@ void addSceneFilesAndFolders(std::vector<Option>& options, SceneArguments& argum
          .max = 256});
 }
 
-void addReadingOptions(std::vector<Option>& options, SceneArguments& arguments) {
+void addCatalogueAndLimits(std::vector<Option>& options, SceneArguments& arguments) {
     options.push_back({.names = "--types",
                        .help =
                            "Create nodes by the node types of this catalogue: a JSON file, or builtin for the one in "
@@ -67,6 +67,10 @@ void addReadingOptions(std::vector<Option>& options, SceneArguments& arguments) 
                        .target = &arguments.limits.maxBufferBytes,
                        .value = "BYTES",
                        .max = u64(1) << 60});
+}
+
+void addReadingOptions(std::vector<Option>& options, SceneArguments& arguments) {
+    addCatalogueAndLimits(options, arguments);
     options.push_back(
         {.names = "--quiet", .help = "Do not show progress on the terminal", .target = &arguments.isQuiet});
 }

@@ -30,9 +30,11 @@ struct SceneArguments {
     bool wantsSources = false; // records the positions of statements for SceneFile::sources()
 };
 
-// Add the options that set these: files; files, folders and the number of threads; and everything else.
+// Add the options that set these: files; files, folders and the number of threads; the catalogue and the limits; and
+// these and everything else.
 void addSceneFiles(std::vector<Option>& options, SceneArguments& arguments);
 void addSceneFilesAndFolders(std::vector<Option>& options, SceneArguments& arguments);
+void addCatalogueAndLimits(std::vector<Option>& options, SceneArguments& arguments);
 void addReadingOptions(std::vector<Option>& options, SceneArguments& arguments);
 
 class SceneFile {

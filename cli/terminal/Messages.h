@@ -15,6 +15,10 @@ inline constexpr char notDistance[] = "expected a distance, found nan";
 inline constexpr char checkInPlace[] = "--check and --in-place exclude each other";
 inline constexpr char notAChoice[] = "%s is not one of %s%s";
 inline constexpr char rulesWithoutCatalogue[] = "--ignore and --pedantic require a catalogue: --types, or VRN_TYPES";
+inline constexpr char outputInPlace[] = "--output and --in-place exclude each other";
+inline constexpr char oneOutput[] = "--output takes one file; use --in-place for several";
+inline constexpr char noEdits[] = "no edit given; use --set, --link, --add, --rename or --remove";
+inline constexpr char malformedEdit[] = "'%s' is not of the form %s";
 inline constexpr char hopsAlone[] = "--hops requires --around NODE";
 inline constexpr char unknownPage[] = "no such command; vrn --help lists all commands";
 inline constexpr char bothStandardInput[] =
@@ -25,6 +29,8 @@ inline constexpr char outOfMemory[] = "out of memory";
 inline constexpr char noSceneInFolder[] = "no *.vrn file in this folder or below it";
 inline constexpr char catalogueError[] = "%s:%d:%d: error: %s\n";
 inline constexpr char notFormatted[] = "%s:%d:%d: error: %s; not formatted\n";
+inline constexpr char notEdited[] = "%s: error: %s; not edited (%s)\n";
+inline constexpr char editedPlace[] = "%s: note: also here\n";
 
 // Paths of `vrn query`.
 inline constexpr char malformedPath[] = "at byte %llu: %s";

@@ -7,7 +7,7 @@
 
 namespace vor::velmo_sdk::impl {
 
-class StringLexer final : public Lexer {
+class StringLexer : public Lexer {
 public:
     explicit StringLexer(const String& text) : source(text) { start(); }
 

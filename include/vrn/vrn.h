@@ -9,6 +9,7 @@
 // The top of each included header documents its purpose, ownership, threading and complexity.
 #pragma once
 
+#include "impl/Edit.h"
 #include "impl/Formatter.h"
 #include "impl/Reader.h"
 #include "impl/SourceMap.h"

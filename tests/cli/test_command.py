@@ -316,6 +316,46 @@ class Types(Folder):
 
 
 class Info(Folder):
+    # A square of one polygon that two nodes show, one of them below a parent, and meshes that no node shows.
+    MESHES = (
+        b"mesh m; m.points = vec3f[4] {0 0 0  1 0 0  1 1 0  0 1 0}; m.faceCounts = int32[1] {4};"
+        b"m.faceIndices = int32[4] {0 1 2 3};\n"
+        b"instance i; i.geometry = m; i.translation = vec3(10 0 0); i.scale = vec3(2 3 1);\n"
+        b"group g; g.rotation = quat(0 0 0.70710678118654752 0.70710678118654752);\n"
+        b"instance j; j.geometry = m; j.parent = g; j.translation = vec3(0 0 5);\n"
+        b"mesh t; t.points = vec3f[3] {0 0 0  0.1 0 0  0 -7 0}; t.triangles = vec3u[1] {0 1 2};\n"
+        b"mesh l; l.points = vec3f[2] {0 0 0  0 0 -1}; l.indices = int32[2] {0 1}; l.topology = \"lines\";\n"
+        b"mesh bad; bad.points = vec3f[1] {0 0 0}; bad.triangles = vec3u[1] {0 1 2};\n"
+    )
+
+    def test_measures_meshes(self):
+        text = run("info", "-", stdin=self.MESHES).stdout.decode()
+        self.assertIn("\n  meshes       4 (9 points, 2 faces, 3 triangles)\n  bounds       (-1 -7 -1) to (12 3 5)\n", text)
+
+    def test_writes_json(self):
+        self.file("a.vrn", self.MESHES)
+        self.file("b\x1b.vrn", b"# version: 3\n# time: noon\ndefine d; d t; d.x = 1; t.b = byte[2] {1 2}; t.r = t; t.i |= t.o; t.b = 1;")
+        result = self.run_here("info", "--format", "json", "a.vrn", "b\x1b.vrn")
+        self.assertEqual(result.returncode, 1)
+        self.assertNotIn(b"\x1b", result.stdout)
+        a, b = map(json.loads, result.stdout.decode().splitlines())
+        self.assertEqual(a["bounds"], {"min": [-1, -7, -1], "max": [12, 3, 5]})
+        square = {"min": [0, 0, 0], "max": [1, 1, 0]}
+        expected = [
+            {"name": "m", "valid": True, "topology": "polygons", "points": 4, "faces": 1, "triangles": 2, "bounds": square},
+            {"name": "t", "valid": True, "topology": "triangles", "points": 3, "faces": 1, "triangles": 1,
+             "bounds": {"min": [0, -7, 0], "max": [0.1, 0, 0]}},
+            {"name": "l", "valid": True, "topology": "lines", "points": 2, "faces": 0, "triangles": 0,
+             "bounds": {"min": [0, 0, -1], "max": [0, 0, 0]}},
+            {"name": "bad", "valid": False},
+        ]
+        self.assertEqual(a["meshes"], expected)
+        self.assertEqual(b, {
+            "file": "b\x1b.vrn", "version": 3, "time": "noon", "comments": 2, "definitions": 1, "nodes": 1,
+            "types": {"d": 1}, "inputs": 4, "buffers": {"count": 1, "elements": 2, "bytes": 2},
+            "links": {"connections": 1, "references": 1}, "meshes": [], "bounds": None,
+            "diagnostics": {"errors": 1, "warnings": 0}})
+
     def test_summarises(self):
         result = run("info", "-", stdin=b"# version: 3\n# time: noon \x1b\ndefine d; d t; d.x = 1; t.b = byte[2] {1 2}; t.r = t; t.i |= t.o;")
         self.assertEqual(

@@ -44,6 +44,12 @@ def check_messages():
     return dict(re.findall(r'MESSAGE\((\w+), "((?:[^"\\]|\\.)*)"\)', (ROOT / "check/Messages.h").read_text()))
 
 
+def refusals():
+    """The reasons why edits are refused, by name."""
+    text = (ROOT / "impl/edit/Refusals.h").read_text()
+    return dict(re.findall(r'inline constexpr char (\w+)\[\] =\s*"((?:[^"\\]|\\.)*)";', text))
+
+
 class Format(unittest.TestCase):
     def test_examples_are_read_as_shown(self):
         examples = blocks(ROOT / "docs" / "format.md")
@@ -134,7 +140,7 @@ class Sessions(unittest.TestCase):
 
     def test_commands_print_what_is_shown(self):
         with folder_with_vrn() as (folder, environment):
-            for page in ("tree", "graph", "diff", "query", "fmt", "convert"):
+            for page in ("tree", "graph", "diff", "query", "fmt", "edit", "convert"):
                 sessions = [text for language, text in blocks(ROOT / "docs" / f"{page}.md") if language == "console"]
                 self.assertTrue(sessions, page)
                 for command, shown in re.findall(r"^\$ (.*)\n((?:(?!\$ ).*\n)*)", "".join(sessions), re.M):
@@ -152,7 +158,8 @@ class Messages(unittest.TestCase):
         self.assertEqual(len(command_messages()), (ROOT / "cli/terminal/Messages.h").read_text().count("constexpr"))
         findings = [text.replace('\\"', '"') for text in check_messages().values()]
         self.assertGreater(len(findings), 10)
-        expected = [*messages().values(), *command_messages().values(), *findings]
+        self.assertEqual(len(refusals()), (ROOT / "impl/edit/Refusals.h").read_text().count("constexpr"))
+        expected = [*messages().values(), *command_messages().values(), *findings, *refusals().values()]
         self.assertEqual(sorted(title for title, _ in sections), sorted(expected))
         for title, text in sections:
             self.assertIn("Remedy: ", text, title)
@@ -163,6 +170,13 @@ class Messages(unittest.TestCase):
         titles = re.findall(r"^### `([^\n]*)`\n`(\w+)`\.", (ROOT / "docs/messages.md").read_text(), re.M)
         self.assertEqual({name: title for title, name in titles},
                          {name: text.replace('\\"', '"') for name, text in check_messages().items()})
+
+    def test_every_refusal_is_used_and_tested(self):
+        sources = "".join(path.read_text() for path in (ROOT / "impl/edit").glob("*.cpp"))
+        tests = (ROOT / "tests/impl/edit/EditTest.cpp").read_text()
+        for name, reason in refusals().items():
+            self.assertRegex(sources, rf"\brefusals::{name}\b")
+            self.assertIn(max(reason.split("%s"), key=len).strip("': "), tests)
 
     def test_the_command_has_its_messages_in_one_file(self):
         sources = {path: path.read_text() for path in (ROOT / "cli").glob("*/*.cpp")}

@@ -107,9 +107,9 @@ private:
             return;
         switch (what % 11) {
         case 0:
-            return chosen->assign(value());
+            return (void)chosen->assign(value());
         case 1:
-            return chosen->set(value());
+            return (void)chosen->set(value());
         case 2:
             return (void)chosen->createInput(name(), type());
         case 3:
@@ -131,12 +131,28 @@ private:
         case 9:
             return hold(chosen);
         default:
-            return chosen->assign(AttrData(chosen->value())); // its own value
+            return require(chosen->assign(AttrData(chosen->value())), "an input takes its own value");
         }
+    }
+
+    void removeInput() {
+        Input* chosen = input();
+        if (!chosen)
+            return;
+        if (!chosen->parent())
+            require(chosen->node()->removeInput(chosen->name()), "an input can be removed");
+        else if (chosen->isElement())
+            require(chosen->parent()->removeElement(chosen->index()), "an element can be removed");
+        else
+            require(chosen->parent()->removeInput(chosen->name()), "a member can be removed");
     }
 
     void step() {
         const u8 what = decisions_.byte();
+        if (what >= 253)
+            return (void)scene_.renameNode(name(), name());
+        if (what >= 249)
+            return removeInput();
         switch (what % 8) {
         case 0:
             return (void)scene_.createNode(name(), name());

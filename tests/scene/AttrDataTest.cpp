@@ -32,6 +32,50 @@ TEST(AttrData, holdsValuesOfEachType) {
     EXPECT_EQ(buffer.bytes().size(), 24U);
 }
 
+TEST(AttrData, isMadeByType) {
+    const double numbers[16] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
+    const std::pair<AttrType, AttrData> made[] = {
+        {AttrType::Vec2, AttrData::vec2(1, 2)},       {AttrType::Vec3, AttrData::vec3(1, 2, 3)},
+        {AttrType::Vec4, AttrData::vec4(1, 2, 3, 4)}, {AttrType::Pos2, AttrData::pos2(1, 2)},
+        {AttrType::Pos3, AttrData::pos3(1, 2, 3)},    {AttrType::Quat, AttrData::quat(1, 2, 3, 4)},
+        {AttrType::Rgba, AttrData::rgba(1, 2, 3, 4)}, {AttrType::Mat3, AttrData::mat3(std::span(numbers).first<9>())},
+        {AttrType::Mat4, AttrData::mat4(numbers)},
+    };
+    for (const auto& [type, data] : made)
+        EXPECT_EQ(data, AttrData::numbers(type, numbers)) << attrTypeName(type);
+    EXPECT_EQ(AttrData::rgba(1, 2, 3).components()[3], 1) << "opaque";
+}
+
+TEST(AttrData, resizesBuffersInPlace) {
+    AttrData data = AttrData::buffer(DataType::Vec2f, 2);
+    std::ranges::fill(data.elements<float>(), 7.0F);
+    const auto expect = [&](std::vector<float> expected) {
+        const auto numbers = data.elements<float>();
+        EXPECT_EQ(std::vector<float>(numbers.begin(), numbers.end()), expected);
+        EXPECT_EQ(data.count(), expected.size() / 2);
+    };
+    data.resize(3);
+    expect({7, 7, 7, 7, 0, 0});
+    data.resize(1);
+    expect({7, 7});
+    data.resize(2);
+    expect({7, 7, 0, 0});
+    data.resize(0);
+    expect({});
+    EXPECT_EQ(data, AttrData::buffer(DataType::Vec2f));
+    data.resize(1);
+    expect({0, 0});
+    EXPECT_THROW(data.resize(u64(1) << 62), std::bad_alloc);
+    EXPECT_THROW(data.resize(~u64(0)), std::bad_alloc);
+    expect({0, 0});
+    const AttrData untouched[] = {AttrData::buffer(DataType::Null), AttrData::string("text"), AttrData::integer(5), {}};
+    for (const AttrData& each : untouched) {
+        AttrData resized = each;
+        resized.resize(9);
+        EXPECT_EQ(resized, each);
+    }
+}
+
 // Strings of up to 31 bytes and four reals are stored inside the value, others in a block.
 TEST(AttrData, copiesAndMovesWhatItHoldsInside) {
     for (const std::size_t length : {0U, 1U, 15U, 16U, 30U, 31U, 32U, 33U, 100U}) {

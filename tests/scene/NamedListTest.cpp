@@ -82,6 +82,26 @@ TYPED_TEST(NamedListOf, findsOnlyTheNewItemsOnceItIsRefilled) {
     }
 }
 
+TEST(NamedList, erasesItemsAnywhere) {
+    for (const std::size_t count : {1U, 2U, 5U, 40U})
+        for (const std::size_t erased : {std::size_t(0), count / 2, count - 1}) {
+            std::vector<Item> items = itemsNamed("n", count);
+            NamedList<Item, 2, 4> list;
+            for (Item& item : items)
+                list.push(&item);
+            list.erase(&items[erased]);
+            ASSERT_EQ(list.size(), count - 1);
+            EXPECT_EQ(list.find(items[erased].name), nullptr);
+            for (std::size_t i = 0; i < count; ++i)
+                if (i != erased) {
+                    EXPECT_EQ(list.find(items[i].name), &items[i]);
+                    EXPECT_EQ(list.items()[i < erased ? i : i - 1], &items[i]);
+                }
+            list.push(&items[erased]);
+            EXPECT_EQ(list.find(items[erased].name), &items[erased]);
+        }
+}
+
 TEST(NamedList, holdsAsManyItemsAsItMay) {
     for (const std::size_t named : {0U, 20U}) {
         std::vector<Item> items = itemsNamed("n", 21);

@@ -41,6 +41,123 @@ TEST(Scene, keepsNodesInOrderOfCreation) {
     EXPECT_EQ(scene.findNode("c"), nullptr);
 }
 
+TEST(Scene, renamesNodesWithTheirLinks) {
+    Scene scene;
+    parseString(&scene, "t a; a.x = 1; t b; b.ref = a; b.in |= a.out; t c;");
+    Node* a = scene.findNode("a");
+    EXPECT_TRUE(scene.renameNode("a", "z"));
+    EXPECT_EQ(scene.findNode("a"), nullptr);
+    EXPECT_EQ(scene.findNode("z"), a);
+    EXPECT_EQ(names(scene), "z b c ");
+    EXPECT_EQ(a->input("x")->label(), "z.x");
+    EXPECT_EQ(scene.findNode("b")->input("ref")->nodeValue(), a);
+    EXPECT_EQ(scene.findNode("b")->input("in")->connection()->label(), "z.out");
+    EXPECT_EQ(a->type(), "t");
+
+    EXPECT_FALSE(scene.renameNode("a", "new")) << "there is no such node";
+    EXPECT_FALSE(scene.renameNode("b", "c")) << "the name is taken";
+    EXPECT_TRUE(scene.renameNode("b", "b"));
+    EXPECT_EQ(names(scene), "z b c ");
+    EXPECT_EQ(scene.nodeCount(), 3U);
+    EXPECT_TRUE(scene.createNode("t", "a")) << "the old name is free";
+    EXPECT_TRUE(scene.removeNode("z"));
+}
+
+TEST(Scene, renamesTheTypeThatADefinitionIs) {
+    Scene scene;
+    parseString(&scene, "define d; d.x = 1; d a; t d2; t b;");
+    EXPECT_TRUE(scene.renameNode("d", "e"));
+    EXPECT_EQ(scene.findNode("e")->type(), "e");
+    EXPECT_EQ(scene.findNode("a")->type(), "e");
+    EXPECT_EQ(scene.findNode("b")->type(), "t");
+    EXPECT_TRUE(scene.createNode("e", "c")->hasInput("x"));
+    EXPECT_FALSE(scene.createNode("d", "f")->hasInput("x"));
+    EXPECT_TRUE(scene.renameNode("b", "t"));
+    EXPECT_EQ(scene.findNode("d2")->type(), "t") << "only definitions are types";
+}
+
+static std::string inputNames(std::span<const Input* const> inputs) {
+    std::string text;
+    for (const Input* input : inputs)
+        text += std::string(input->label().view()) + "=" + std::to_string(input->value().asInt()) + " ";
+    return text;
+}
+
+TEST(Scene, removesInputsMembersAndElements) {
+    Scene scene;
+    parseString(&scene, "t n; n.a = 1; n.b.x = 2; n.b.y = 3; n.c[*] = 4; n.c[*] = 5; n.c[*] = 6; n.d = 7; n.r = n;");
+    Node* n = scene.findNode("n");
+    EXPECT_FALSE(n->removeInput("none"));
+    EXPECT_FALSE(n->input("a")->removeInput("x"));
+    EXPECT_FALSE(n->input("b")->removeElement(0));
+    EXPECT_FALSE(n->input("c")->removeElement(3));
+
+    EXPECT_TRUE(n->input("b")->removeInput("x"));
+    EXPECT_EQ(inputNames(n->input("b")->children()), "n.b.y=3 ");
+    EXPECT_EQ(n->input("b")->input("y")->index(), 0U);
+    EXPECT_TRUE(n->input("c")->removeElement(1));
+    EXPECT_EQ(inputNames(n->input("c")->children()), "n.c[0]=4 n.c[1]=6 ");
+    EXPECT_TRUE(n->removeInput("a"));
+    EXPECT_EQ(inputNames(n->inputs()), "n.b=0 n.c=0 n.d=7 n.r=0 ");
+    EXPECT_EQ(n->input("d")->index(), 2U);
+
+    Input* held = n->input("b");
+    held->retain();
+    EXPECT_TRUE(n->removeInput("b"));
+    EXPECT_FALSE(held->isAttached());
+    EXPECT_EQ(held->size(), 0U);
+    held->release();
+    EXPECT_TRUE(n->removeInput("r")) << "an input that refers to its node";
+    EXPECT_EQ(n->createInput("a", AttrType::Int)->index(), 2U);
+}
+
+TEST(Scene, saysWhetherAnInputTookAValue) {
+    Scene scene;
+    Node* n = scene.createNode("t", "n");
+    EXPECT_TRUE(n->createInput("x", AttrType::Int)->assign(AttrData::integer(1)));
+    EXPECT_FALSE(n->input("x")->assign(AttrData::real(1)));
+    EXPECT_FALSE(n->input("x")->set(AttrData::string("s")));
+    EXPECT_TRUE(n->createInput("any", AttrType::Null)->assign(AttrData::vec2(1, 2)));
+    Input* array = n->createArray("l", AttrType::Null);
+    EXPECT_TRUE(array->assign(AttrData::array(AttrType::Null)));
+    EXPECT_TRUE(array->set(AttrData::array(AttrType::Int)));
+    EXPECT_TRUE(array->set(AttrData::array(AttrType::Int)));
+    EXPECT_FALSE(array->set(AttrData::array(AttrType::Real)));
+    EXPECT_TRUE(array->appendElement()->assign(AttrData::integer(2)));
+    EXPECT_FALSE(array->appendElement()->assign(AttrData::real(2)));
+}
+
+TEST(Scene, changesBuffersInPlace) {
+    Scene scene;
+    Node* n = scene.createNode("t", "n");
+    Input* buffer = n->createInput("b", AttrType::Buffer);
+    EXPECT_FALSE(buffer->resizeBuffer(1)) << "it has no element type";
+    buffer->assign(AttrData::buffer(DataType::Float, 1));
+    EXPECT_TRUE(buffer->resizeBuffer(2));
+    buffer->elements<float>()[1] = 5;
+    EXPECT_EQ(buffer->value().elements<float>()[1], 5);
+    EXPECT_TRUE(buffer->elements<double>().empty());
+    EXPECT_FALSE(n->createInput("x", AttrType::Int)->resizeBuffer(1));
+}
+
+TEST(Scene, countsElementsWithoutTypeWhenOneIsRemoved) {
+    Scene scene;
+    Input* array = scene.createNode("t", "n")->createArray("a", AttrType::Buffer);
+    for (int i = 0; i < 3; ++i)
+        (void)array->appendElement();
+    array->element(1)->assign(AttrData::buffer(DataType::Float));
+    EXPECT_EQ(array->untypedElements(), 2U);
+    EXPECT_TRUE(array->removeElement(1));
+    EXPECT_EQ(array->untypedElements(), 2U);
+    EXPECT_TRUE(array->removeElement(0));
+    EXPECT_EQ(array->untypedElements(), 1U);
+    Input* untyped = scene.findNode("n")->createArray("b", AttrType::Null);
+    (void)untyped->appendElement();
+    EXPECT_EQ(untyped->nullElements(), 1U);
+    EXPECT_TRUE(untyped->removeElement(0));
+    EXPECT_EQ(untyped->nullElements(), 0U);
+}
+
 TEST(Scene, findsNodesAmongManyThatComeAndGo) {
     Scene scene;
     std::set<u64> there;
