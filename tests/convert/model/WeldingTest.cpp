@@ -18,8 +18,10 @@ TEST(Welding, splitsPointsByTheirAttributes) {
     geometry.normals = Values<float>(std::vector<float>{0, 0, 1, 0, 1, 0, 1, 0, 0});
     geometry.tangents = Values<float>(std::vector<float>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12});
     geometry.colors = Values<float>(std::vector<float>{.1F, .2F, .3F, .4F, .5F, .6F, .7F, .8F, .9F, 1, 0, 1});
-    geometry.joints = Values<u32>(std::vector<u32>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12});
-    geometry.weights = Values<float>(std::vector<float>{.5F, .5F, 0, 0, .25F, .25F, .5F, 0, 1, 0, 0, 0});
+    geometry.influences.push_back(
+        {.joints = Values<u32>(std::vector<u32>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}),
+         .weights = Values<float>(std::vector<float>{.5F, .5F, 0, 0, .25F, .25F, .5F, 0, 1, 0, 0, 0})});
+    geometry.targets.emplace_back().coords = Values<float>(std::vector<float>{0, 1, 2, 3, 4, 5});
     geometry.uvsets.emplace_back(std::vector<float>{0, 0, 1, 0, 0, 1, 1, 1});
     geometry.indices = Values<u32>(std::vector<u32>{0, 1, 2, 1, 0, 2});
     std::vector<Values<u32>> attributes;
@@ -33,9 +35,11 @@ TEST(Welding, splitsPointsByTheirAttributes) {
     EXPECT_EQ(listed(geometry.tangents), (std::vector<float>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 5, 6, 7, 8}));
     EXPECT_EQ(listed(geometry.colors),
               (std::vector<float>{.1F, .2F, .3F, .4F, .5F, .6F, .7F, .8F, .9F, 1, 0, 1, .5F, .6F, .7F, .8F}));
-    EXPECT_EQ(listed(geometry.joints), (std::vector<u32>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 5, 6, 7, 8}));
-    EXPECT_EQ(listed(geometry.weights),
+    EXPECT_EQ(listed(geometry.influences[0].joints),
+              (std::vector<u32>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 5, 6, 7, 8}));
+    EXPECT_EQ(listed(geometry.influences[0].weights),
               (std::vector<float>{.5F, .5F, 0, 0, .25F, .25F, .5F, 0, 1, 0, 0, 0, .25F, .25F, .5F, 0}));
+    EXPECT_EQ(listed(geometry.targets[0].coords), (std::vector<float>{0, 1, 2, 3, 4, 5, 2, 3}));
 }
 
 } // namespace vrn::test
