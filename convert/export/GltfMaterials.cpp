@@ -105,7 +105,7 @@ void GltfMaterials::writeExtensions(const Material& material, u32 uvsets) {
     });
 }
 
-// The maps of a material that stand in an object of glTF.
+// The maps of a material that one object of glTF contains.
 void GltfMaterials::writeMaps(const Material& material, std::string_view group, u32 uvsets) {
     for (std::size_t i = 0; i < materialMapCount; ++i) {
         const TextureUse& use = material.maps[i];

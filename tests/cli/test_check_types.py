@@ -151,7 +151,7 @@ class Catalogues(Folder):
         self.file("b.vrn", "camera c; mesh m; m.points = vec3f[3] {0 0 0 1 0 0 0 1 0}; c.fov = 45.0;")
         return {"check": ["a.vrn", "b.vrn", "--werror", "--pedantic"], "info": ["a.vrn"], "tree": ["a.vrn"],
                 "query": ["a.vrn", "c.fov"], "graph": ["a.vrn"], "diff": ["a.vrn", "b.vrn"],
-                "dump": ["a.vrn"], "convert": ["a.vrn", "a.glb"]}
+                "dump": ["a.vrn"], "convert": ["a.vrn", "a.glb"], "edit": ["a.vrn", "--set", "c.fov=50"]}
 
     def test_every_command_takes_them(self):
         commands = self.commands()

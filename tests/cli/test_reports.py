@@ -118,6 +118,7 @@ class Sarif(Folder):
 class Page(unittest.TestCase):
     def test_sessions_are_what_the_command_prints(self):
         sessions = re.findall(r"^```console\n\$ vrn ([^\n]*)\n(.*?)^```$", (ROOT / "docs/check.md").read_text(), re.M | re.S)
+        sessions = [(arguments, shown) for arguments, shown in sessions if " | " not in arguments] # not of a shell
         self.assertEqual(len(sessions), 3)
         for arguments, shown in sessions:
             self.assertEqual(run(*arguments.split(), cwd=ROOT).stdout.decode(), shown)

@@ -42,7 +42,7 @@ public:
     [[nodiscard]] bool has(const std::string& name) const { return ids_[name.c_str()].exists(); }
     [[nodiscard]] u64 points() const { return mesh_->num_points(); }
 
-    // The numbers of an attribute, one after another. The accessor tells how to read integers.
+    // The numbers of an attribute, one after another. The accessor says how to read integers.
     template <class T>
     [[nodiscard]] std::vector<T> numbers(const std::string& name, u32 components, const GltfValue& accessor) const {
         const GltfValue id = ids_[name.c_str()];

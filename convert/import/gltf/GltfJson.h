@@ -5,8 +5,8 @@
 //     const u64 count = accessor["count"].required().whole();
 //
 // A member that does not exist is an absent value: it yields fallbacks, and so do its own members. A value of another
-// type than the one asked for is refused: a ContentError names its place as a JSON pointer (RFC 6901). Which members
-// were asked for is remembered, so that in the end unread() tells what nobody has read.
+// type than the requested one is refused: a ContentError names its place as a JSON pointer (RFC 6901). The requested
+// members are remembered, so that forEachUnread() lists in the end what nobody has read.
 #pragma once
 
 #include "scene/RapidJson.h"
