@@ -1,8 +1,10 @@
 #include "convert/Convert.h"
 
 #include "cli/commands/Commands.h"
+#include "cli/commands/ConvertReport.h"
 #include "cli/files/Isolated.h"
 #include "cli/files/SceneFile.h"
+#include "cli/files/ScratchFolder.h"
 #include "cli/terminal/Console.h"
 #include "cli/terminal/Messages.h"
 #include "cli/terminal/Progress.h"
@@ -14,6 +16,7 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace vrn::cli {
@@ -23,120 +26,394 @@ using convert::Losses;
 
 namespace {
 
+constexpr u64 bytesPerMiB = 1U << 20;
+
 struct ConvertOptions {
-    std::string from;
+    std::vector<std::string> files; // the inputs and, unless `out` names it, the output
+    std::string out;
+    std::string from; // formats, without a dot; empty for those of the extensions
     std::string to;
+    std::string up; // axes and units; empty for those that the files have
+    std::string units;
+    double scale = 1;
+    std::string toUp;
+    std::string toUnits;
+    bool isTriangulated = false;
+    bool isStrict = false;
+    std::string losses = "text";
+    u64 maxMemory = 0; // in MiB; 0 for one that depends on the files
+    u64 timeout = 0;   // in seconds; 0 for none
     convert::WriteOptions write;
     SceneArguments scenes;
 };
 
-// Losses are always reported: nothing may go missing silently.
-void report(const Losses& losses, const std::string& file) {
-    std::string text;
-    for (const convert::Loss& loss : losses.all())
-        text += String::format(messages::lost, escapeForTerminal(file).buf(), escapeForTerminal(loss.what).buf(),
-                               static_cast<unsigned long long>(loss.count), loss.count == 1 ? "" : "first ",
-                               escapeForTerminal(loss.first).buf())
-                    .view();
-    printError(text);
+struct Unit {
+    const char* name;
+    double metres;
+};
+constexpr Unit units[] = {{"mm", 0.001}, {"cm", 0.01}, {"m", 1}, {"km", 1000}, {"in", 0.0254}, {"ft", 0.3048}};
+
+double metresOf(const std::string& name) {
+    return std::ranges::find_if(units, [&](const Unit& unit) { return unit.name == name; })->metres;
 }
 
-// Runs `act` and reports its errors. Returns exitErrors for bad content, exitTrouble for a file that cannot be
-// accessed.
-int attempt(auto act) {
-    try {
-        act();
-        return exitOk;
-    } catch (const convert::ContentError& error) {
-        complain(std::string_view(error.path()), error.what());
-        return exitErrors;
-    } catch (const convert::FileError& error) {
-        complain(std::string_view(error.path()), error.what());
-    } catch (const OutputFileError& error) {
-        complain(std::string_view(error.path()), strerrordesc_np(error.code().value()));
+// Thrown after the reason has been reported.
+struct Refusal {
+    int status;
+};
+
+[[noreturn]] void refuse(const std::string& file, const String& reason, int status = exitTrouble) {
+    complain(std::string_view(file), reason);
+    throw Refusal{status};
+}
+
+bool isStandardStream(const std::string& file) { return file == "-"; }
+
+// The format of a file as an extension with its dot.
+std::string formatOf(const std::string& file, const std::string& format) {
+    return format.empty() ? convert::extensionOf(file) : '.' + format;
+}
+
+class Conversion {
+public:
+    // Throws Refusal if the arguments make no sense.
+    explicit Conversion(const ConvertOptions& options)
+        : options_(options), inputs_(options.files), output_(options.out) {
+        if (output_.empty()) {
+            if (inputs_.size() < 2)
+                refuse("OUT", messages::outputMissing);
+            if (inputs_.size() > 2)
+                refuse(inputs_.back(), messages::outputNotNamed);
+            output_ = inputs_.back();
+            inputs_.pop_back();
+        }
+        checkOutput();
+        for (const std::string& input : inputs_)
+            checkInput(input);
+        if (std::ranges::count_if(inputs_, isStandardStream) > 1)
+            refuse("-", messages::inputTwice);
+        if (options.isTriangulated && !hasModels())
+            refuse(inputs_[0], messages::trianglesOnlyOfModels);
     }
-    return exitTrouble;
-}
 
-// Reports the losses also if nothing is left to be written: they are the reason.
-void write(const Scene& scene, Losses& losses, const ConvertOptions& options, const convert::TexturePaths& paths) {
-    try {
-        const Progress progress("Writing", options.scenes.isQuiet);
-        convert::writeScene(scene, options.to, losses, paths, options.write);
-    } catch (const convert::ContentError&) {
-        report(losses, options.to);
-        throw;
+    // Assimp can crash on malformed files, so it runs in a child process.
+    int run() {
+        const auto catalogue = loadCatalogue(options_.scenes);
+        const auto work = [&] { return attempt([&] { convert(catalogue); }); };
+        if (!hasModels())
+            return work();
+        const Ending ending = runIsolated(work, memoryLimit());
+        const std::string& name = inputs_[0];
+        if (ending.signal == SIGALRM)
+            refuse(name, String::format(messages::readerTooSlow, static_cast<unsigned long long>(options_.timeout)));
+        if (ending.signal == SIGKILL)
+            refuse(name, messages::readerKilled);
+        if (ending.signal != 0)
+            refuse(name, messages::readerCrashed, ending.status);
+        return ending.status;
     }
-    report(losses, options.to);
-}
 
-// Assimp reports its progress for some formats only.
-void read(const ConvertOptions& options, Scene& scene, Losses& losses) {
-    Progress progress({options.from}, options.scenes.isQuiet);
-    progress.startTimer();
-    std::error_code error;
-    const auto size = static_cast<double>(std::filesystem::file_size(options.from, error));
-    u64 reported = 0;
-    convert::readModel(options.from, scene, losses, {options.from, options.to}, [&](double part) {
-        const u64 bytes = error ? 0 : std::max(reported, static_cast<u64>(part * size));
-        progress.advance(bytes - std::exchange(reported, bytes));
-    });
-}
+private:
+    void checkOutput() {
+        const std::string format = formatOf(output_, options_.to);
+        if (!convert::canWrite(format))
+            refuse(output_, String::format(messages::unwritableExtension, convert::writableExtensions().c_str()));
+        if (options_.write.isAscii && !convert::hasTwoForms(format))
+            refuse(output_, messages::onlyOneForm);
+        if (isStandardStream(output_) && (format == ".gltf" || format == ".obj"))
+            refuse(output_, messages::outputNeedsFolder);
+        const bool isPlaced = !options_.toUp.empty() || !options_.toUnits.empty();
+        if (isPlaced && (format == ".gltf" || format == ".glb" || format == ".vrn" || format == ".json"))
+            refuse(output_, messages::outputIsPlaced);
+    }
 
-int convertText(const ConvertOptions& options) {
-    SceneArguments scenes = options.scenes;
-    scenes.files = {options.from};
-    int written = exitOk;
-    const int read = forEachScene(scenes, [&](const SceneFile& file, const Scene& scene) {
-        if (!file.isWhole())
-            return;
-        printError(file.diagnosticsText());
-        if (file.hasErrors())
-            return complain(file.displayName(), messages::notConverted);
-        Losses losses;
-        written = attempt([&] { write(scene, losses, options, {options.from, options.to}); });
-    });
-    return std::max(read, written);
-}
+    void checkInput(const std::string& input) const {
+        const std::string format = formatOf(input, options_.from);
+        if (format != ".vrn" && !convert::canRead(format))
+            refuse(input,
+                   String::format(messages::unreadableExtension, (".vrn " + convert::readableExtensions()).c_str()));
+    }
 
-// Assimp can crash on malformed files, so it runs in a child process.
-int convertModel(const ConvertOptions& options) {
-    const auto catalogue = loadCatalogue(options.scenes);
-    const Ending ending = runIsolated([&] {
-        Scene scene;
-        scene.setCatalogue(catalogue);
-        scene.setLimits(options.scenes.limits);
-        return attempt([&] {
-            Losses losses;
-            read(options, scene, losses);
-            write(scene, losses, options, {});
-        });
-    });
-    if (ending.signal == SIGKILL) {
-        complain(std::string_view(options.from), messages::readerKilled);
+    [[nodiscard]] bool isModel(const std::string& input) const { return formatOf(input, options_.from) != ".vrn"; }
+    [[nodiscard]] bool hasModels() const {
+        return std::ranges::any_of(inputs_, [&](const std::string& input) { return isModel(input); });
+    }
+
+    [[nodiscard]] u64 memoryLimit() const {
+        if (options_.maxMemory != 0)
+            return std::min(options_.maxMemory, std::numeric_limits<u64>::max() / 2 / bytesPerMiB) * bytesPerMiB;
+        constexpr u64 least = 2048 * bytesPerMiB;
+        constexpr u64 perByte = 16;
+        u64 limit = least;
+        for (const std::string& input : inputs_) {
+            std::error_code error;
+            const u64 size = std::filesystem::file_size(input, error);
+            limit += error ? least : perByte * size;
+        }
+        return limit;
+    }
+
+    // Runs `act` and reports its errors. Returns exitErrors for bad content, exitTrouble for a file that cannot be
+    // accessed.
+    int attempt(auto act) {
+        try {
+            act();
+            return exitOk;
+        } catch (const Refusal& refusal) {
+            return refusal.status;
+        } catch (const convert::ContentError& error) {
+            complain(std::string_view(displayName(error.path())), error.what());
+            return exitErrors;
+        } catch (const convert::FileError& error) {
+            complain(std::string_view(displayName(error.path())), error.what());
+        } catch (const OutputFileError& error) {
+            complain(std::string_view(displayName(error.path())), strerrordesc_np(error.code().value()));
+        } catch (const std::bad_alloc&) {
+            const auto limit = static_cast<unsigned long long>(memoryLimit() / bytesPerMiB);
+            complain(std::string_view(inputs_[0]),
+                     hasModels() ? String::format(messages::memoryLimit, limit) : String(messages::outOfMemory));
+        }
         return exitTrouble;
     }
-    if (ending.signal != 0)
-        complain(std::string_view(options.from), messages::readerCrashed);
-    return ending.status;
-}
 
-int refuse(const std::string& file, const String& reason) {
-    complain(std::string_view(file), reason);
-    return exitTrouble;
-}
+    // The name that the user gave a file.
+    [[nodiscard]] std::string displayName(const std::string& path) const {
+        if (scratch_ && path.starts_with(scratch_->file("")))
+            return path == scratch_->file(outputName()) ? "<stdout>" : "<stdin>";
+        return path;
+    }
+
+    void convert(const std::shared_ptr<const vor::velmo_sdk::impl::Catalogue>& catalogue) {
+        Scene scene;
+        prepare(scene, catalogue);
+        const bool isAlone = inputs_.size() == 1;
+        readInto(scene, inputs_[0], isAlone);
+        for (std::size_t i = 1; i < inputs_.size(); ++i) {
+            Scene more;
+            prepare(more, catalogue);
+            readInto(more, inputs_[i], isAlone);
+            convert::mergeScene(scene, more, losses_);
+        }
+        convert::place(scene, outputPlacement(), losses_);
+        write(scene, isAlone && !isModel(inputs_[0]) ? pathsFrom(inputs_[0]) : convert::TexturePaths());
+    }
+
+    void prepare(Scene& scene, const std::shared_ptr<const vor::velmo_sdk::impl::Catalogue>& catalogue) const {
+        scene.setCatalogue(catalogue);
+        scene.setLimits(options_.scenes.limits);
+    }
+
+    [[nodiscard]] convert::TexturePaths pathsFrom(const std::string& input) const { return {input, output_}; }
+
+    // The textures of a VRN file that is converted alone are rebased as the format of the output requires.
+    void readInto(Scene& scene, const std::string& input, bool isAlone) {
+        if (isModel(input))
+            return readModel(scene, input);
+        readText(scene, input);
+        if (!isAlone)
+            convert::rebaseTextures(scene, pathsFrom(input));
+        convert::place(scene, convert::withOptions({}, inputPlacement()), losses_);
+    }
+
+    void readText(Scene& scene, const std::string& input) const {
+        SceneFile file{std::string_view(input)};
+        {
+            Progress progress({input}, options_.scenes.isQuiet);
+            file.read(scene, Notices::No, &progress);
+        }
+        if (!file.isWhole())
+            refuse(std::string(file.displayName().view()), file.readError());
+        printError(file.diagnosticsText());
+        if (file.hasErrors())
+            refuse(std::string(file.displayName().view()), messages::notConverted, exitErrors);
+    }
+
+    // Assimp reports its progress for some formats only.
+    void readModel(Scene& scene, const std::string& input) {
+        const std::string path = isStandardStream(input) ? savedInput() : input;
+        Progress progress({input}, options_.scenes.isQuiet);
+        progress.startTimer();
+        std::error_code error;
+        const auto size = static_cast<double>(std::filesystem::file_size(path, error));
+        u64 reported = 0;
+        const convert::ReadOptions reading{.format = formatOf(input, options_.from),
+                                           .placement = inputPlacement(),
+                                           .isTriangulated = options_.isTriangulated};
+        const TimeLimit limit(options_.timeout);
+        convert::readModel(path, scene, losses_, pathsFrom(input), reading, [&](double part) {
+            const u64 bytes = error ? 0 : std::max(reported, static_cast<u64>(part * size));
+            progress.advance(bytes - std::exchange(reported, bytes));
+        });
+    }
+
+    // Standard input as a file: readers of models read files.
+    std::string savedInput() {
+        const std::string path = scratch().file("input" + formatOf("-", options_.from));
+        OutputFile file(path);
+        File input = File::standardInput();
+        for (std::string_view block = input.readBlock(); !block.empty(); block = input.readBlock())
+            file.write(block);
+        if (!input.error().isEmpty())
+            refuse("<stdin>", input.error());
+        file.commit();
+        return path;
+    }
+
+    // Reports the losses also if nothing is left to be written: they are the reason.
+    void write(const Scene& scene, const convert::TexturePaths& paths) {
+        try {
+            const Progress progress("Writing", options_.scenes.isQuiet);
+            if (options_.isStrict) // finds the losses
+                convert::writeScene(scene, scratch().file(outputName()), losses_, paths, writing());
+            if (isStandardStream(output_))
+                writeToStandardOutput(scene, paths);
+            else if (!options_.isStrict || losses_.all().empty())
+                convert::writeScene(scene, output_, losses_, paths, writing());
+        } catch (const convert::ContentError&) {
+            report();
+            throw;
+        }
+        report();
+        if (options_.isStrict && !losses_.all().empty())
+            refuse(output_, messages::strictlyRefused, exitErrors);
+    }
+
+    void writeToStandardOutput(const Scene& scene, const convert::TexturePaths& paths) {
+        const std::string path = scratch().file(outputName());
+        if (!options_.isStrict)
+            convert::writeScene(scene, path, losses_, paths, writing());
+        else if (!losses_.all().empty())
+            return;
+        File file = File::open(std::string_view(path));
+        for (std::string_view block = file.readBlock(); !block.empty(); block = file.readBlock())
+            print(block);
+        if (!finishOutput())
+            throw Refusal{exitTrouble};
+    }
+
+    [[nodiscard]] std::string outputName() const { return "output" + formatOf(output_, options_.to); }
+
+    [[nodiscard]] convert::WriteOptions writing() const {
+        convert::WriteOptions writing = options_.write;
+        writing.format = formatOf(output_, options_.to);
+        return writing;
+    }
+
+    [[nodiscard]] convert::PlacementOptions inputPlacement() const {
+        convert::PlacementOptions placement{.factor = options_.scale};
+        if (!options_.up.empty())
+            placement.up = options_.up[0];
+        if (!options_.units.empty())
+            placement.metres = metresOf(options_.units);
+        return placement;
+    }
+
+    [[nodiscard]] convert::Placement outputPlacement() const {
+        convert::Placement placement;
+        if (!options_.toUp.empty())
+            placement.axes = convert::axesFromUp(options_.toUp[0]);
+        if (!options_.toUnits.empty())
+            placement.metres = 1 / metresOf(options_.toUnits);
+        return placement;
+    }
+
+    void report() const {
+        const auto text = options_.losses == "json" ? lossesJson : lossesText;
+        printError(text(losses_, isStandardStream(inputs_[0]) ? "<stdin>" : inputs_[0],
+                        isStandardStream(output_) ? "<stdout>" : output_));
+    }
+
+    const ScratchFolder& scratch() {
+        if (!scratch_)
+            scratch_.emplace();
+        return *scratch_;
+    }
+
+    const ConvertOptions& options_;
+    std::vector<std::string> inputs_;
+    std::string output_;
+    Losses losses_{};
+    std::optional<ScratchFolder> scratch_{};
+};
 
 int run(const ConvertOptions& options) {
-    if (!convert::canWrite(options.to))
-        return refuse(options.to, String::format(messages::unwritableExtension, convert::writableExtensions().c_str()));
-    if (options.write.isAscii && !convert::hasTwoForms(options.to))
-        return refuse(options.to, messages::onlyOneForm);
-    if (convert::extensionOf(options.from) == ".vrn")
-        return convertText(options);
-    if (!convert::canRead(options.from))
-        return refuse(options.from,
-                      String::format(messages::unreadableExtension, (".vrn " + convert::readableExtensions()).c_str()));
-    return convertModel(options);
+    try {
+        return Conversion(options).run();
+    } catch (const Refusal& refusal) {
+        return refusal.status;
+    }
+}
+
+std::vector<std::string> unitNames() {
+    std::vector<std::string> names;
+    for (const Unit& unit : units)
+        names.emplace_back(unit.name);
+    return names;
+}
+
+void addPlacementOptions(std::vector<Option>& list, ConvertOptions& options) {
+    const std::vector<std::string> axes = {"X", "Y", "Z"};
+    list.push_back({.names = "--up",
+                    .help = "The axis of IN that points up, whatever IN says",
+                    .target = &options.up,
+                    .value = "AXIS",
+                    .choices = axes});
+    list.push_back({.names = "--units",
+                    .help = "The unit of length of IN, whatever IN says",
+                    .target = &options.units,
+                    .value = "UNIT",
+                    .choices = unitNames()});
+    list.push_back(
+        {.names = "--scale", .help = "Scale the scene in addition", .target = &options.scale, .value = "FACTOR"});
+    list.push_back({.names = "--to-up",
+                    .help = "The axis of OUT that points up (.obj, .ply, .stl)",
+                    .target = &options.toUp,
+                    .value = "AXIS",
+                    .choices = axes});
+    list.push_back({.names = "--to-units",
+                    .help = "The unit of length of OUT (.obj, .ply, .stl)",
+                    .target = &options.toUnits,
+                    .value = "UNIT",
+                    .choices = unitNames()});
+}
+
+void addFormatOptions(std::vector<Option>& list, ConvertOptions& options) {
+    list.push_back({.names = "-o,--output",
+                    .help = "The file to write; all other files are read, into one scene",
+                    .target = &options.out,
+                    .value = "OUT",
+                    .completion = Completion::File});
+    list.push_back({.names = "--from",
+                    .help = "The format of IN instead of its extension, such as obj",
+                    .target = &options.from,
+                    .value = "FORMAT"});
+    list.push_back({.names = "--to",
+                    .help = "The format of OUT instead of its extension, such as glb",
+                    .target = &options.to,
+                    .value = "FORMAT"});
+    list.push_back({.names = "--ascii",
+                    .help = "Write .ply and .stl as text instead of binary",
+                    .target = &options.write.isAscii});
+    list.push_back({.names = "--triangulate",
+                    .help = "Turn the polygons of models into triangles",
+                    .target = &options.isTriangulated});
+}
+
+void addLimitOptions(std::vector<Option>& list, ConvertOptions& options) {
+    list.push_back({.names = "--strict", .help = "Write nothing if anything is lost", .target = &options.isStrict});
+    list.push_back({.names = "--losses",
+                    .help = "How losses are reported",
+                    .target = &options.losses,
+                    .value = "FORMAT",
+                    .choices = {"text", "json"}});
+    list.push_back({.names = "--max-memory",
+                    .help = "The memory for reading models, in MiB; 0: 2048 and 16 times the file",
+                    .target = &options.maxMemory,
+                    .value = "MIB"});
+    list.push_back({.names = "--timeout",
+                    .help = "The time for reading a model, in seconds; 0: any",
+                    .target = &options.timeout,
+                    .value = "SECONDS"});
 }
 
 } // namespace
@@ -145,26 +422,25 @@ Command convertCommand() {
     const auto options = std::make_shared<ConvertOptions>();
     Command command{.name = "convert",
                     .what = "Convert a scene from or to another format",
-                    .example = "vrn convert examples/character.vrn character.glb\nvrn convert chair.obj chair.json",
+                    .example = "vrn convert examples/character.vrn character.glb\nvrn convert chair.obj chair.json\n"
+                               "vrn convert a.obj b.fbx -o both.vrn",
                     .run = [options] { return run(*options); }};
-    command.options.push_back(
-        {.names = "IN",
-         .help = "The file to read: .vrn, .gltf, .glb, .obj, .ply, .stl, .fbx, .dae and many more",
-         .target = &options->from,
-         .completion = Completion::File,
-         .isRequired = true});
-    command.options.push_back({.names = "OUT",
-                               .help = "The file to write: " + convert::writableExtensions(),
-                               .target = &options->to,
+    command.options.push_back({.names = "FILE",
+                               .help = "IN and OUT; or, with -o, any number of files to read. - is standard input or "
+                                       "output, with --from and --to",
+                               .target = &options->files,
                                .completion = Completion::File,
                                .isRequired = true});
-    command.options.push_back({.names = "--ascii",
-                               .help = "Write .ply and .stl as text instead of binary",
-                               .target = &options->write.isAscii});
+    addFormatOptions(command.options, *options);
+    addPlacementOptions(command.options, *options);
+    addLimitOptions(command.options, *options);
     addReadingOptions(command.options, options->scenes);
-    command.details =
-        "The file extensions determine the formats. What the format of OUT cannot express is omitted and\n"
-        "reported, one line a kind. A scene with errors is not converted.";
+    command.details = "The file extensions determine the formats. Read: .vrn, .gltf, .glb, .obj, .ply, .stl, .fbx,\n"
+                      ".dae and many more. Written: " +
+                      convert::writableExtensions() +
+                      ".\n"
+                      "What the format of OUT cannot express is omitted and reported, one line a kind. A scene\n"
+                      "with errors is not converted.";
     return command;
 }
 

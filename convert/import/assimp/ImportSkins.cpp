@@ -53,8 +53,8 @@ void addWeights(ImportContext& context, const aiMesh& mesh, Node& node) {
     setMember(skin, "weights", std::move(weights));
 }
 
-// The skin of a mesh; null if one of its joints is not a node.
-Node* createSkin(ImportContext& context, const aiMesh& mesh, const Node& node) {
+// The skin of a mesh with a transform of its own; null if one of its joints is not a node.
+Node* createSkin(ImportContext& context, const aiMesh& mesh, const Matrix& own, const Node& node) {
     AttrData matrices = AttrData::buffer(DataType::Mat4f, mesh.mNumBones);
     std::vector<Node*> joints;
     for (std::size_t i = 0; i < mesh.mNumBones; ++i) {
@@ -65,7 +65,7 @@ Node* createSkin(ImportContext& context, const aiMesh& mesh, const Node& node) {
             return nullptr;
         }
         joints.push_back(joint);
-        const Matrix matrix = matrixOf(bone.mOffsetMatrix);
+        const Matrix matrix = multiply(own, matrixOf(bone.mOffsetMatrix));
         for (std::size_t k = 0; k < 16; ++k)
             matrices.elements<float>()[16 * i + k] = static_cast<float>(matrix[k]);
     }
@@ -86,7 +86,7 @@ void importSkins(ImportContext& context) {
         const aiMesh& mesh = *context.from.mMeshes[index];
         if (!node || mesh.mNumBones == 0)
             continue;
-        if (Node* skin = createSkin(context, mesh, *node)) {
+        if (Node* skin = createSkin(context, mesh, context.meshMatrix(index), *node)) {
             addWeights(context, mesh, *node);
             skins.emplace(node, skin);
         }

@@ -1,0 +1,11 @@
+// Reads whole files.
+#pragma once
+
+#include <string>
+
+namespace vrn::convert {
+
+// The bytes of a file. Throws FileError.
+[[nodiscard]] std::string readContent(const std::string& path);
+
+} // namespace vrn::convert
