@@ -1,5 +1,6 @@
 #include "convert/import/FileContent.h"
 
+#include "convert/import/Utf16.h"
 #include "convert/shared/Errors.h"
 #include "scene/core/File.h"
 
@@ -13,6 +14,12 @@ std::string readContent(const std::string& path) {
     if (!file.error().isEmpty())
         throw FileError(path, file.error().buf());
     return content;
+}
+
+std::string readText(const std::string& path) {
+    std::string content = readContent(path);
+    std::optional<std::string> text = utf8FromUtf16(content);
+    return text ? std::move(*text) : content;
 }
 
 } // namespace vrn::convert

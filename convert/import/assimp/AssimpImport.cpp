@@ -1,5 +1,6 @@
 #include "convert/import/assimp/AssimpImport.h"
 
+#include "convert/import/FileContent.h"
 #include "convert/import/Readable.h"
 #include "convert/import/assimp/AssimpLog.h"
 #include "convert/import/assimp/AssimpValues.h"
@@ -11,6 +12,9 @@
 #include "convert/import/assimp/ImportNodes.h"
 #include "convert/import/assimp/ImportSkins.h"
 #include "convert/import/assimp/ModelFiles.h"
+#include "convert/import/assimp/MtlTransforms.h"
+#include "convert/import/assimp/ObjCheck.h"
+#include "convert/import/assimp/PlyCheck.h"
 #include "convert/shared/Extension.h"
 
 #include <assimp/Importer.hpp>
@@ -20,6 +24,7 @@
 #include <cmath>
 #include <new>
 #include <optional>
+#include <span>
 
 namespace vrn::convert {
 
@@ -42,11 +47,32 @@ private:
     const ReadListener& listener_;
 };
 
+constexpr char nothingRead[] = "nothing in it can be read";
+
+bool isEmpty(const aiScene& scene) {
+    return scene.mNumMeshes == 0 && scene.mNumCameras == 0 && scene.mNumLights == 0 &&
+           scene.mRootNode->mNumChildren == 0;
+}
+
+// Some readers forget kinds of faces, and the validation would refuse what is in order otherwise.
+void correctPrimitiveTypes(const aiScene& scene) {
+    for (aiMesh* mesh : std::span(scene.mMeshes, scene.mNumMeshes))
+        for (const aiFace& face : std::span(mesh->mFaces, mesh->mNumFaces))
+            if (face.mNumIndices != 0)
+                mesh->mPrimitiveTypes |= static_cast<unsigned>(AI_PRIMITIVE_TYPE_FOR_N_INDICES(face.mNumIndices));
+}
+
 // Imports without post-processing except a validation: vertices are not joined, faces not split, normals not generated.
 const aiScene* readWith(Assimp::Importer& importer, const std::string& path) {
     importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false); // our own reader multiplies them out
     importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);   // made up for files without meshes
-    const aiScene* scene = importer.ReadFile(path, aiProcess_ValidateDataStructure);
+    const aiScene* scene = importer.ReadFile(path, 0U);
+    if (scene && scene->mRootNode && isEmpty(*scene))
+        throw ContentError(path, nothingRead);
+    if (scene) {
+        correctPrimitiveTypes(*scene);
+        scene = importer.ApplyPostProcessing(aiProcess_ValidateDataStructure);
+    }
     if (!scene && std::string_view(importer.GetErrorString()).find("bad_alloc") != std::string_view::npos)
         throw std::bad_alloc();
     if (!scene)
@@ -69,12 +95,10 @@ Placement placementOf(const aiScene& scene) {
     return placement;
 }
 
-void refuseEmpty(const ImportContext& context, const std::string& path) {
-    const aiScene& from = context.from;
+void refuseWithoutMeshes(const ImportContext& context, const std::string& path) {
     const bool hasMesh = std::ranges::any_of(context.meshes, [](const auto& mesh) { return mesh.second != nullptr; });
-    const bool hasNodes = from.mRootNode->mNumChildren != 0 || from.mNumCameras != 0 || from.mNumLights != 0;
-    if (!hasMesh && (from.mNumMeshes != 0 || !hasNodes))
-        throw ContentError(path, "nothing in it can be read");
+    if (context.from.mNumMeshes != 0 && !hasMesh)
+        throw ContentError(path, nothingRead);
 }
 
 void collectAnimatedNodes(ImportContext& context) {
@@ -101,13 +125,22 @@ void importModel(const std::string& path, Scene& scene, const TexturePaths& path
     importer.SetIOHandler(files); // owned by the importer
     if (listener)
         importer.SetProgressHandler(new ProgressForwarder(listener)); // owned by the importer
+    MtlTransforms mtl(losses);
+    files->onLibrary([&](const std::string& library) { return mtl.take(library); });
     std::optional<FbxImport> fbx;
     if (format == ".fbx") {
         fbx.emplace(path, losses);
         files->replace(path, fbx->contentForAssimp());
+    } else if (format == ".obj") {
+        checkObj(readText(path), path, losses);
+    } else if (format == ".ply") {
+        const std::string content = readText(path);
+        checkPly(content, path, losses);
+        if (beginsDataWithLineEnd(content))
+            files->replace(path, withLineEndBeforeData(content));
     }
     const aiScene* from = readWith(importer, path);
-    ImportContext context{.from = *from, .scene = scene, .losses = losses, .paths = paths};
+    ImportContext context{.from = *from, .scene = scene, .losses = losses, .paths = paths, .mtl = mtl};
     if (fbx) {
         fbx->setTransforms(context);
         context.placement = fbx->placement();
@@ -119,7 +152,7 @@ void importModel(const std::string& path, Scene& scene, const TexturePaths& path
     context.placement = withOptions(context.placement, options.placement);
     collectAnimatedNodes(context);
     importMeshes(context);
-    refuseEmpty(context, path);
+    refuseWithoutMeshes(context, path);
     importNodes(context);
     importSkins(context);
     importCameras(context);

@@ -3,6 +3,7 @@
 
 #include "convert/import/NodeMaker.h"
 #include "convert/import/Placement.h"
+#include "convert/import/assimp/MtlTransforms.h"
 #include "convert/shared/Losses.h"
 #include "convert/shared/TexturePaths.h"
 #include "scene/Scene.h"
@@ -19,6 +20,7 @@ struct ImportContext {
     Scene& scene;
     Losses& losses;
     const TexturePaths& paths;
+    const MtlTransforms& mtl;
     Matrix rootMatrix = identity; // the transform of the root without the placement
     Placement placement{};
     NodeMaker maker{scene};

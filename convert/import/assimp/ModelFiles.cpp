@@ -1,7 +1,7 @@
 #include "convert/import/assimp/ModelFiles.h"
 
 #include "convert/import/FileContent.h"
-#include "convert/import/Utf16.h"
+#include "convert/shared/Extension.h"
 
 #include <assimp/MemoryIOWrapper.h>
 #include <cstdint>
@@ -31,14 +31,21 @@ bool ModelFiles::Exists(const char* path) const {
 Assimp::IOStream* ModelFiles::Open(const char* path, const char* mode) {
     if (!Exists(path))
         return nullptr;
-    if (!contents_.contains(path) && beginsWithUtf16(path))
-        if (std::optional<std::string> text = utf8FromUtf16(readContent(path)))
-            replace(path, std::move(*text));
+    if (!contents_.contains(path))
+        prepare(path);
     const auto found = contents_.find(path);
     if (found == contents_.end())
         return DefaultIOSystem::Open(path, mode);
     return new Assimp::MemoryIOStream(reinterpret_cast<const std::uint8_t*>(found->second.data()),
                                       found->second.size());
+}
+
+void ModelFiles::prepare(const char* path) {
+    const bool isLibrary = takeLibrary_ && extensionOf(path) == ".mtl";
+    if (!isLibrary && !beginsWithUtf16(path))
+        return;
+    std::string content = readText(path);
+    replace(path, isLibrary ? takeLibrary_(std::move(content)) : std::move(content));
 }
 
 } // namespace vrn::convert

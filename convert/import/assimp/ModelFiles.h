@@ -2,6 +2,7 @@
 #pragma once
 
 #include <assimp/DefaultIOSystem.h>
+#include <functional>
 #include <string>
 #include <unordered_map>
 
@@ -12,10 +13,16 @@ public:
     // Has Assimp read `content` instead of what the file contains. The file need not exist.
     void replace(const std::string& path, std::string content) { contents_[path] = std::move(content); }
 
+    // Has Assimp read what `take` makes of the content of material libraries.
+    void onLibrary(std::function<std::string(std::string)> take) { takeLibrary_ = std::move(take); }
+
     bool Exists(const char* path) const override;
     Assimp::IOStream* Open(const char* path, const char* mode) override;
 
 private:
+    void prepare(const char* path);
+
+    std::function<std::string(std::string)> takeLibrary_{};
     // Streams view these; files that are opened again keep their place.
     std::unordered_map<std::string, std::string> contents_;
 };

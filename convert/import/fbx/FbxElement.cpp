@@ -1,7 +1,6 @@
 #include "convert/import/fbx/FbxElement.h"
 
 #include "convert/import/FileContent.h"
-#include "convert/import/Utf16.h"
 #include "convert/import/fbx/FbxBinary.h"
 #include "convert/import/fbx/FbxText.h"
 #include "convert/shared/Errors.h"
@@ -12,8 +11,6 @@
 #include <cstring>
 #include <libdeflate.h>
 #include <memory>
-#include <optional>
-#include <utility>
 
 namespace vrn::convert {
 
@@ -87,12 +84,6 @@ std::vector<double> textNumbers(std::string_view list) {
     return numbers;
 }
 
-std::string contentOf(const std::string& path) {
-    std::string content = readContent(path);
-    std::optional<std::string> text = utf8FromUtf16(content);
-    return text ? std::move(*text) : content;
-}
-
 } // namespace
 
 double FbxValue::number() const {
@@ -150,7 +141,7 @@ std::vector<double> FbxElement::numbers() const {
     return numbers;
 }
 
-FbxFile::FbxFile(const std::string& path) : content_(contentOf(path)) {
+FbxFile::FbxFile(const std::string& path) : content_(readText(path)) {
     root_.children = isFbxBinary(content_) ? parseFbxBinary(content_, path) : parseFbxText(content_, path);
 }
 
