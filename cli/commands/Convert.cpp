@@ -103,7 +103,7 @@ public:
         if (!hasModels())
             return work();
         const Ending ending = runIsolated(work, memoryLimit());
-        const std::string& name = inputs_[0];
+        const std::string name = inputName();
         if (ending.signal == SIGALRM)
             refuse(name, String::format(messages::readerTooSlow, static_cast<unsigned long long>(options_.timeout)));
         if (ending.signal == SIGKILL)
@@ -170,7 +170,7 @@ private:
             complain(std::string_view(displayName(error.path())), strerrordesc_np(error.code().value()));
         } catch (const std::bad_alloc&) {
             const auto limit = static_cast<unsigned long long>(memoryLimit() / bytesPerMiB);
-            complain(std::string_view(inputs_[0]),
+            complain(std::string_view(inputName()),
                      hasModels() ? String::format(messages::memoryLimit, limit) : String(messages::outOfMemory));
         }
         return exitTrouble;
@@ -230,6 +230,7 @@ private:
 
     // Assimp reports its progress for some formats only.
     void readModel(Scene& scene, const std::string& input) {
+        const TimeLimit limit(options_.timeout);
         const std::string path = isStandardStream(input) ? savedInput() : input;
         Progress progress({input}, options_.scenes.isQuiet);
         progress.startTimer();
@@ -239,7 +240,6 @@ private:
         const convert::ReadOptions reading{.format = formatOf(input, options_.from),
                                            .placement = inputPlacement(),
                                            .isTriangulated = options_.isTriangulated};
-        const TimeLimit limit(options_.timeout);
         convert::readModel(path, scene, losses_, pathsFrom(input), reading, [&](double part) {
             const u64 bytes = error ? 0 : std::max(reported, static_cast<u64>(part * size));
             progress.advance(bytes - std::exchange(reported, bytes));
@@ -319,9 +319,10 @@ private:
 
     void report() const {
         const auto text = options_.losses == "json" ? lossesJson : lossesText;
-        printError(text(losses_, isStandardStream(inputs_[0]) ? "<stdin>" : inputs_[0],
-                        isStandardStream(output_) ? "<stdout>" : output_));
+        printError(text(losses_, inputName(), isStandardStream(output_) ? "<stdout>" : output_));
     }
+
+    [[nodiscard]] std::string inputName() const { return isStandardStream(inputs_[0]) ? "<stdin>" : inputs_[0]; }
 
     const ScratchFolder& scratch() {
         if (!scratch_)

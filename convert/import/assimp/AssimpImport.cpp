@@ -4,6 +4,7 @@
 #include "convert/import/Readable.h"
 #include "convert/import/assimp/AssimpLog.h"
 #include "convert/import/assimp/AssimpValues.h"
+#include "convert/import/assimp/ColladaRepair.h"
 #include "convert/import/assimp/FbxImport.h"
 #include "convert/import/assimp/ImportAnimations.h"
 #include "convert/import/assimp/ImportCamerasAndLights.h"
@@ -25,6 +26,8 @@
 #include <new>
 #include <optional>
 #include <span>
+#include <utility>
+#include <vector>
 
 namespace vrn::convert {
 
@@ -62,17 +65,49 @@ void correctPrimitiveTypes(const aiScene& scene) {
                 mesh->mPrimitiveTypes |= static_cast<unsigned>(AI_PRIMITIVE_TYPE_FOR_N_INDICES(face.mNumIndices));
 }
 
+// The validation refuses point clouds without faces, too, so they have one meanwhile.
+class FacesOfPointClouds {
+public:
+    explicit FacesOfPointClouds(const aiScene& scene) {
+        for (aiMesh* mesh : std::span(scene.mMeshes, scene.mNumMeshes))
+            if (mesh->mNumFaces == 0 && mesh->mNumVertices != 0) {
+                mesh->mFaces = new aiFace[1]; // owned by the mesh
+                mesh->mFaces[0].mIndices = new unsigned[1]{0};
+                mesh->mFaces[0].mNumIndices = 1;
+                mesh->mNumFaces = 1;
+                mesh->mPrimitiveTypes |= aiPrimitiveType_POINT;
+                clouds_.push_back(mesh);
+            }
+    }
+    void remove() {
+        for (aiMesh* mesh : clouds_) {
+            delete[] std::exchange(mesh->mFaces, nullptr);
+            mesh->mNumFaces = 0;
+        }
+    }
+
+private:
+    std::vector<aiMesh*> clouds_{};
+};
+
+const aiScene* validated(Assimp::Importer& importer, const aiScene& scene) {
+    correctPrimitiveTypes(scene);
+    FacesOfPointClouds faces(scene);
+    const aiScene* valid = importer.ApplyPostProcessing(aiProcess_ValidateDataStructure);
+    if (valid) // otherwise the scene is gone
+        faces.remove();
+    return valid;
+}
+
 // Imports without post-processing except a validation: vertices are not joined, faces not split, normals not generated.
-const aiScene* readWith(Assimp::Importer& importer, const std::string& path) {
+const aiScene* readWith(Assimp::Importer& importer, const std::string& path, const std::string& alias) {
     importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false); // our own reader multiplies them out
     importer.SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);   // made up for files without meshes
-    const aiScene* scene = importer.ReadFile(path, 0U);
+    const aiScene* scene = importer.ReadFile(alias, 0U);
     if (scene && scene->mRootNode && isEmpty(*scene))
         throw ContentError(path, nothingRead);
-    if (scene) {
-        correctPrimitiveTypes(*scene);
-        scene = importer.ApplyPostProcessing(aiProcess_ValidateDataStructure);
-    }
+    if (scene)
+        scene = validated(importer, *scene);
     if (!scene && std::string_view(importer.GetErrorString()).find("bad_alloc") != std::string_view::npos)
         throw std::bad_alloc();
     if (!scene)
@@ -113,6 +148,28 @@ void reportUnusedMaterials(ImportContext& context) {
             context.losses.add("unused materials", String(context.from.mMaterials[i]->GetName().C_Str()));
 }
 
+// Assimp recognises formats by extensions.
+std::string aliasOf(const std::string& path, const std::string& format, ModelFiles& files) {
+    if (extensionOf(path) == format)
+        return path;
+    files.replace(path + format, files.contentOf(path));
+    return path + format;
+}
+
+// Checks and changes what Assimp would misread.
+void prepare(const std::string& path, const std::string& format, ModelFiles& files, Losses& losses) {
+    if (format == ".obj") {
+        checkObj(readText(path), path, losses);
+    } else if (format == ".dae") {
+        files.replace(path, withNamedCameras(readText(path)));
+    } else if (format == ".ply") {
+        const std::string content = readText(path);
+        checkPly(content, path, losses);
+        if (beginsDataWithLineEnd(content))
+            files.replace(path, withLineEndBeforeData(content));
+    }
+}
+
 } // namespace
 
 void importModel(const std::string& path, Scene& scene, const TexturePaths& paths, Losses& losses,
@@ -128,19 +185,13 @@ void importModel(const std::string& path, Scene& scene, const TexturePaths& path
     MtlTransforms mtl(losses);
     files->onLibrary([&](const std::string& library) { return mtl.take(library); });
     std::optional<FbxImport> fbx;
-    if (format == ".fbx") {
-        fbx.emplace(path, losses);
-        files->replace(path, fbx->contentForAssimp());
-    } else if (format == ".obj") {
-        checkObj(readText(path), path, losses);
-    } else if (format == ".ply") {
-        const std::string content = readText(path);
-        checkPly(content, path, losses);
-        if (beginsDataWithLineEnd(content))
-            files->replace(path, withLineEndBeforeData(content));
-    }
-    const aiScene* from = readWith(importer, path);
+    if (format == ".fbx")
+        files->replace(path, fbx.emplace(path, losses).contentForAssimp());
+    else
+        prepare(path, format, *files, losses);
+    const aiScene* from = readWith(importer, path, aliasOf(path, format, *files));
     ImportContext context{.from = *from, .scene = scene, .losses = losses, .paths = paths, .mtl = mtl};
+    context.isTriangulated = options.isTriangulated;
     if (fbx) {
         fbx->setTransforms(context);
         context.placement = fbx->placement();

@@ -12,6 +12,7 @@
 #include <map>
 #include <unordered_map>
 #include <unordered_set>
+#include <vector>
 
 namespace vrn::convert {
 
@@ -23,12 +24,14 @@ struct ImportContext {
     const MtlTransforms& mtl;
     Matrix rootMatrix = identity; // the transform of the root without the placement
     Placement placement{};
+    bool isTriangulated = false; // polygons become triangles
     NodeMaker maker{scene};
-    std::unordered_map<std::string, Node*> nodes{};  // by their names in Assimp
-    std::unordered_set<std::string> animatedNodes{}; // their names in Assimp
-    std::map<unsigned, Node*> meshes{};              // by mesh index; null for rejected ones
-    std::map<unsigned, Node*> materials{};           // by material index
-    std::map<std::string, Node*> textures{};         // by sampler settings and path
+    std::unordered_map<std::string, Node*> nodes{};      // by their names in Assimp
+    std::unordered_set<std::string> animatedNodes{};     // their names in Assimp
+    std::map<unsigned, Node*> meshes{};                  // by mesh index; null for rejected ones
+    std::map<unsigned, Node*> materials{};               // by material index
+    std::map<std::string, Node*> textures{};             // by sampler settings and path
+    std::map<unsigned, std::vector<u32>> keptVertices{}; // by mesh index; those that no other one equals
     std::unordered_map<const aiNode*, Node*> made{};
 
     // The transforms of nodes, and of only their meshes, that do not come from Assimp.

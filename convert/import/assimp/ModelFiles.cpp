@@ -40,6 +40,11 @@ Assimp::IOStream* ModelFiles::Open(const char* path, const char* mode) {
                                       found->second.size());
 }
 
+std::string ModelFiles::contentOf(const std::string& path) const {
+    const auto replaced = contents_.find(path);
+    return replaced == contents_.end() ? readText(path) : replaced->second;
+}
+
 void ModelFiles::prepare(const char* path) {
     const bool isLibrary = takeLibrary_ && extensionOf(path) == ".mtl";
     if (!isLibrary && !beginsWithUtf16(path))

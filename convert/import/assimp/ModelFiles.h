@@ -13,6 +13,9 @@ public:
     // Has Assimp read `content` instead of what the file contains. The file need not exist.
     void replace(const std::string& path, std::string content) { contents_[path] = std::move(content); }
 
+    // What Assimp reads of a file. Throws FileError.
+    [[nodiscard]] std::string contentOf(const std::string& path) const;
+
     // Has Assimp read what `take` makes of the content of material libraries.
     void onLibrary(std::function<std::string(std::string)> take) { takeLibrary_ = std::move(take); }
 

@@ -88,7 +88,8 @@ void checkPly(std::string_view content, const std::string& path, Losses& losses)
 bool beginsDataWithLineEnd(std::string_view content) {
     const std::size_t start = dataStart(content);
     const bool isBinary = content.substr(0, start).find("format binary") != std::string_view::npos;
-    return isBinary && start < content.size() && (content[start] == '\n' || content[start] == '\r');
+    const bool endsWithReturn = start >= 2 && content[start - 2] == '\r'; // then Assimp expects the line feed
+    return isBinary && !endsWithReturn && start < content.size() && (content[start] == '\n' || content[start] == '\r');
 }
 
 std::string withLineEndBeforeData(std::string_view content) {
