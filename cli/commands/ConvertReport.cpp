@@ -18,10 +18,12 @@ String lossText(const convert::Loss& loss, const std::string& file) {
 }
 
 String warningText(const convert::Loss& loss, const std::string& file) {
-    const auto others = static_cast<unsigned long long>(loss.count - 1);
-    const String more = others == 0 ? String() : String::format(messages::moreWarnings, others);
-    return String::format(messages::readerWarning, escapeForTerminal(file).buf(), escapeForTerminal(loss.first).buf(),
-                          more.buf());
+    const String name = escapeForTerminal(file);
+    const String text = escapeForTerminal(loss.first);
+    if (loss.count == 1)
+        return String::format(messages::readerWarning, name.buf(), text.buf());
+    return String::format(messages::readerWarnings, name.buf(), text.buf(),
+                          static_cast<unsigned long long>(loss.count - 1));
 }
 
 } // namespace

@@ -57,13 +57,13 @@ inline constexpr char inputTwice[] = "standard input can be read only once";
 inline constexpr char trianglesOnlyOfModels[] = "--triangulate is for models, not for .vrn files";
 inline constexpr char strictlyRefused[] = "not written, because of the lines above (--strict)";
 inline constexpr char memoryLimit[] =
-    "its reader needs more memory than its limit of %llu MiB; set another with --max-memory";
+    "out of memory: its reader may have %llu MiB; set another limit with --max-memory";
 inline constexpr char readerTooSlow[] = "its reader needs more time than %llu s (--timeout)";
 inline constexpr char onlyOneForm[] = "only .ply and .stl files have a text form besides the binary one (--ascii)";
 inline constexpr char notConverted[] = "not converted, because of the errors above";
 inline constexpr char lost[] = "vrn: %s: lost: %s: %llu (%s%s)\n";
-inline constexpr char readerWarning[] = "vrn: %s: warning: %s%s\n";
-inline constexpr char moreWarnings[] = " (and %llu more like it)";
+inline constexpr char readerWarning[] = "vrn: %s: warning: %s\n";
+inline constexpr char readerWarnings[] = "vrn: %s: warning: %s (and %llu more like it)\n";
 inline constexpr char readerCrashed[] = "malformed: its reader crashed";
 inline constexpr char readerKilled[] = "its reader was killed, perhaps for lack of memory";
 inline constexpr char noProcess[] = "cannot start a process for the conversion";

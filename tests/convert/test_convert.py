@@ -840,7 +840,7 @@ class Failures(Converting):
         self.fails(2, "vrn: out.xyz: no format with this extension can be written; supported: " + known, "in.vrn", "out.xyz")
         self.fails(2, "vrn: out: no format with this extension can be written", "in.vrn", "out")
         self.fails(2, "vrn: in.xyz: no format with this extension can be read; supported: .vrn .3d", "in.xyz", "out.glb")
-        self.fails(2, "OUT is required", "in.vrn")
+        self.fails(2, "vrn: OUT: name the file to write after the file to read", "in.vrn")
         self.file("IN.VRN", "t a;")
         self.convert("IN.VRN", "OUT.JSON")
 

@@ -257,8 +257,8 @@ class Limits(Models):
                                "0 0 0\n")
         start = time.monotonic()
         (line,) = self.convert("large.ply", "out.json", status=2)
-        self.assertEqual(line, "vrn: large.ply: its reader needs more memory than its limit of 2048 MiB; set another "
-                               "with --max-memory")
+        self.assertEqual(line, "vrn: large.ply: out of memory: its reader may have 2048 MiB; set another limit with "
+                               "--max-memory")
         self.assertLess(time.monotonic() - start, 5)
         self.file("in.obj", OBJ * 20_000)
         self.convert("in.obj", "out.json", "--max-memory", "1", status=2)

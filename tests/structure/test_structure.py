@@ -23,7 +23,7 @@ MAY_INCLUDE = {
                               "scene/core"},
     "convert/import/fbx": {"convert/import/fbx", "convert/import", "convert/shared", "scene", "scene/core"},
     "convert/export": {"convert/export", "convert/model", "convert/shared", "scene", "scene/core"},
-    "convert": {"convert", "convert/import", "convert/export", "convert/shared", "scene", "scene/core"},
+    "convert": {"convert", "convert/import", "convert/import/assimp", "convert/export", "convert/shared", "scene", "scene/core"},
     "cli/terminal": {"cli/terminal", "scene/core"},
     "cli/arguments": {"cli/arguments", "cli/terminal", "scene/core"},
     "cli/files": {"cli/files", "cli/arguments", "cli/terminal", "impl/Reader.h", "scene", "scene/core"},

@@ -145,7 +145,7 @@ void collectAnimatedNodes(ImportContext& context) {
 void reportUnusedMaterials(ImportContext& context) {
     for (unsigned i = 0; i < context.from.mNumMaterials; ++i)
         if (!context.materials.contains(i) && !isDefaultMaterial(context, i))
-            context.losses.add("unused materials", String(context.from.mMaterials[i]->GetName().C_Str()));
+            context.losses.add("unused materials", labelOf(context.from.mMaterials[i]->GetName(), "material", i));
 }
 
 // Assimp recognises formats by extensions.

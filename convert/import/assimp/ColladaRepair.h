@@ -1,4 +1,4 @@
-// Mends COLLADA files that Assimp misreads.
+// Repairs COLLADA files that Assimp misreads.
 #pragma once
 
 #include <string>

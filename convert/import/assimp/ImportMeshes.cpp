@@ -48,7 +48,7 @@ public:
         const FaceSummary faces = summarise(mesh_);
         if (!mesh_.mVertices || mesh_.mNumVertices == 0 || !faces.hasValidIndices) {
             context_.losses.add(faces.hasValidIndices ? "meshes without points" : "meshes with indices out of range",
-                                name);
+                                labelOf(mesh_.mName, "mesh", index_));
             return nullptr;
         }
         weld();
@@ -66,7 +66,7 @@ public:
         addFaces(faces);
         if (Node* material = importMaterial(context_, mesh_.mMaterialIndex))
             connect(*node_, "material", *material, "outColor");
-        reportUnsupported(name);
+        reportUnsupported(labelOf(mesh_.mName, "mesh", index_));
         return node_;
     }
 

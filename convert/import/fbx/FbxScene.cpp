@@ -72,7 +72,7 @@ FbxTransform readTransform(const FbxElement& object, const Properties& propertie
                    .geometricTranslation = properties.vector("GeometricTranslation", zero),
                    .geometricRotation = properties.vector("GeometricRotation", zero),
                    .geometricScaling = properties.vector("GeometricScaling", one)};
-    // Otherwise a model has neither a rotation order nor pre and post rotations, whatever their values are.
+    // Otherwise the rotation order and the pre and post rotations have no effect.
     const bool hasRotationSpace =
         properties.integer("RotationActive", 1) != 0 && properties.integer("RotationSpaceForLimitOnly", 0) == 0;
     if (!hasRotationSpace)
