@@ -21,6 +21,7 @@ from geometry import inputs_of, meshes
 HERE = pathlib.Path(__file__).resolve().parent
 MODULES = os.environ.get("NODE_MODULES", str(ROOT / "build" / "node_modules"))
 EXAMPLES = sorted((ROOT / "examples").glob("*.vrn"))
+SCENES = [path for path in EXAMPLES if path.name != "all_types.vrn"]  # which shows nothing
 CATALOGUE = ROOT / "catalogues" / "scene.json"
 
 
@@ -72,21 +73,21 @@ class Converting(Folder):
 
 class Examples(Converting):
     def test_gltf_output_is_valid(self):
-        self.assertGreaterEqual(len(EXAMPLES), 13)
+        self.assertGreaterEqual(len(SCENES), 12)
         files = []
-        for path in EXAMPLES:
+        for path in SCENES:
             for extension in (".glb", ".gltf"):
                 self.convert(path, path.stem + extension)
                 files.append(path.stem + extension)
         reports = self.validate(*files)
-        for path in EXAMPLES:
+        for path in SCENES:
             triangles = reports[path.stem + ".glb"]["info"]["totalTriangleCount"]
             self.assertEqual(triangles > 0, b"\nmesh " in path.read_bytes(), path.name)
             self.assertEqual(triangles, reports[path.stem + ".gltf"]["info"]["totalTriangleCount"])
 
     def test_geometry_round_trips_bit_for_bit(self):
         compared = 0
-        for path in EXAMPLES:
+        for path in SCENES:
             for extension in (".glb", ".gltf"):
                 with self.subTest(path.name + extension):
                     self.convert(path, "converted" + extension)
@@ -110,7 +111,7 @@ class Examples(Converting):
             self.assertEqual(mesh.points, original.points)
 
     def test_second_round_trip_changes_nothing(self):
-        for path in EXAMPLES:
+        for path in SCENES:
             with self.subTest(path.name):
                 self.convert(path, "1.glb")
                 self.convert("1.glb", "1.vrn")
@@ -126,7 +127,7 @@ class Examples(Converting):
     def test_catalogue_matches_and_changes_nothing(self):
         checked = run("check", "--types", CATALOGUE, *EXAMPLES)
         self.assertEqual(checked.stdout.decode(), f"{len(EXAMPLES)} files checked: 0 errors, 0 warnings\n")
-        for path in EXAMPLES:
+        for path in SCENES:
             with self.subTest(path.name):
                 self.convert(path, "without.glb")
                 self.convert(path, "with.glb", "--types", CATALOGUE)
@@ -134,12 +135,12 @@ class Examples(Converting):
                 self.assertEqual(without.read_bytes(), having.read_bytes())
 
     def test_written_vrn_has_no_diagnostics(self):
-        for path in EXAMPLES:
+        for path in SCENES:
             self.convert(path, path.stem + ".glb")
             self.convert(path.stem + ".glb", path.stem + ".vrn")
         texts = sorted(self.folder.glob("*.vrn"))
         checked = run("check", "--types", CATALOGUE, *texts)
-        self.assertEqual(checked.stdout.decode(), f"{len(EXAMPLES)} files checked: 0 errors, 0 warnings\n")
+        self.assertEqual(checked.stdout.decode(), f"{len(SCENES)} files checked: 0 errors, 0 warnings\n")
 
     def test_mesh_formats(self):
         for path in EXAMPLES:
@@ -259,7 +260,7 @@ class ToGltf(Converting):
             (points + 'm.topology = "volumes";', "an unknown topology"),
         ):
             with self.subTest(text):
-                self.file("in.vrn", text)
+                self.file("in.vrn", "group g;" + text)
                 self.assertIn(f"meshes with {reason}: 1 (m)", self.convert("in.vrn", "out.glb"))
                 self.assertNotIn("meshes", self.gltf("out.glb"))
                 self.validate("out.glb")
@@ -921,6 +922,11 @@ class Failures(Converting):
             return pathlib.Path("/proc", process, "stat").read_text().split()[2] != "Z"
         except OSError:
             return False
+
+    def test_scenes_without_anything_to_write(self):
+        self.file("in.vrn", "t a; mesh m;")
+        for extension in ("glb", "gltf", "obj", "ply", "stl"):
+            self.fails(1, f"vrn: out.{extension}: the scene has no ", "in.vrn", "out." + extension)
 
     def test_scenes_with_errors_are_not_converted(self):
         self.file("bad.vrn", TRIANGLE + "m.b = true; m.b = 1.5;")

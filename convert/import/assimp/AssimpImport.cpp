@@ -53,7 +53,7 @@ private:
 constexpr char nothingRead[] = "nothing in it can be read";
 
 bool isEmpty(const aiScene& scene) {
-    return scene.mNumMeshes == 0 && scene.mNumCameras == 0 && scene.mNumLights == 0 &&
+    return scene.mNumMeshes == 0 && scene.mNumCameras == 0 && scene.mNumLights == 0 && scene.mNumAnimations == 0 &&
            scene.mRootNode->mNumChildren == 0;
 }
 
