@@ -89,7 +89,8 @@ class Fbx:
 
     METRES = (prop("UnitScaleFactor", "double", 100.0),)
 
-    def __init__(self, settings=METRES, model_template=()):
+    def __init__(self, settings=METRES, model_template=(), version=7500):
+        self.version = version
         self.settings = settings
         self.template = list(model_template)
         self.objects, self.connections = [], []
@@ -151,7 +152,7 @@ class Fbx:
     def elements(self):
         template = element("PropertyTemplate", "FbxNode", children=[element("Properties70", children=self.template)])
         return [
-            element("FBXHeaderExtension", children=[element("FBXHeaderVersion", 1003), element("FBXVersion", 7500)]),
+            element("FBXHeaderExtension", children=[element("FBXHeaderVersion", 1003), element("FBXVersion", self.version)]),
             element("GlobalSettings", children=[element("Version", 1000),
                                                 element("Properties70", children=list(self.settings))]),
             element("Definitions", children=[element("Version", 100),

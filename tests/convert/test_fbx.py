@@ -284,6 +284,23 @@ class Animations(FbxFiles):
 
 
 class Damage(FbxFiles):
+    def test_old_versions(self):
+        for is_binary in (True, False):
+            Fbx(version=6100).write(self.folder / "old.fbx", is_binary)
+            result = self.run_here("convert", "old.fbx", "out.json")
+            message = b"FBX files are read from version 7.1 on, and this is version 6; save it as a newer one"
+            self.assertEqual((result.returncode, result.stderr), (1, b"vrn: old.fbx: " + message + b"\n"))
+
+    def test_lists_over_several_lines(self):
+        fbx = Fbx()
+        fbx.model("n", fbx.mesh([A, B, C]), [vector("Lcl Translation", (1, 2, 3))])
+        fbx.write(self.folder / "in.fbx", is_binary=False)
+        text = (self.folder / "in.fbx").read_text()
+        self.file("in.fbx", text.replace('"", "", 1.0, 2.0, 3.0', '"", "",\n; the first\n 1.0\n, 2.0\n ,3.0'))
+        self.run_here("convert", "in.fbx", "out.json")
+        found = World(json.loads((self.folder / "out.json").read_text())).points()
+        self.assert_close(found["n"], [(2, 2, 3), (1, 4, 3), (1, 2, 6)])
+
     def test_every_cut_ends_with_a_reason(self):
         fbx = Fbx()
         fbx.model("n", fbx.mesh([A, B, C], is_compressed=True))

@@ -143,6 +143,12 @@ std::vector<double> FbxElement::numbers() const {
 
 FbxFile::FbxFile(const std::string& path) : content_(readText(path)) {
     root_.children = isFbxBinary(content_) ? parseFbxBinary(content_, path) : parseFbxText(content_, path);
+    constexpr i64 oldest = 7100;
+    const FbxElement* header = root_.child("FBXHeaderExtension");
+    const FbxElement* version = header ? header->child("FBXVersion") : nullptr;
+    if (version && version->value(0).integer() < oldest)
+        throw ContentError(path, "FBX files are read from version 7.1 on, and this is version " +
+                                     std::to_string(version->value(0).integer() / 1000) + "; save it as a newer one");
 }
 
 } // namespace vrn::convert

@@ -39,23 +39,14 @@ private:
         return elements;
     }
 
-    // Values are separated by commas, after which a line may end.
+    // Values are separated by commas, around which lines may end.
     void parseValues(FbxElement& element, int depth) {
-        for (bool isAfterComma = false;; isAfterComma = takeComma()) {
-            skipSpace(isAfterComma);
-            if (peek() == '"') {
-                ++position_;
-                element.values.push_back({'S', takeUntil("\"")});
-                if (peek() != '"')
-                    fail();
-                ++position_;
-            } else if (const std::string_view word = takeUntil(", \t\r\n{}\""); !word.empty()) {
-                element.values.push_back({FbxValue::plain, word});
-            }
-            skipSpace(false);
-            if (peek() != ',')
-                break;
+        skipSpace(false);
+        for (parseValue(element); findComma(); parseValue(element)) {
+            ++position_;
+            skipSpace(true);
         }
+        skipSpace(false);
         if (peek() != '{')
             return;
         ++position_;
@@ -65,9 +56,27 @@ private:
         ++position_;
     }
 
-    bool takeComma() {
-        ++position_;
-        return true;
+    // A text in quotes or a word; an element may have no values.
+    void parseValue(FbxElement& element) {
+        if (peek() == '"') {
+            ++position_;
+            element.values.push_back({'S', takeUntil("\"")});
+            if (peek() != '"')
+                fail();
+            ++position_;
+        } else if (const std::string_view word = takeUntil(", \t\r\n{}\""); !word.empty()) {
+            element.values.push_back({FbxValue::plain, word});
+        }
+    }
+
+    // Goes to the next comma if there is only space before it.
+    bool findComma() {
+        const std::size_t start = position_;
+        skipSpace(true);
+        if (peek() == ',')
+            return true;
+        position_ = start;
+        return false;
     }
 
     // Also skips comments, which extend to the end of a line.
