@@ -58,23 +58,20 @@ constexpr Format formats[] = {
     {".stl", writeStl, true},
 };
 
-const Format* formatOf(const std::string& path) {
-    const auto* format = std::ranges::find(formats, extensionOf(path), &Format::extension);
+const Format* findFormat(const std::string& extension) {
+    const auto* format = std::ranges::find(formats, extension, &Format::extension);
     return format != std::end(formats) ? format : nullptr;
 }
 
 } // namespace
 
-bool canRead(const std::string& path) {
-    const std::string extension = extensionOf(path);
-    return !extension.empty() && Assimp::Importer().IsExtensionSupported(extension);
-}
+bool canRead(const std::string& format) { return !format.empty() && Assimp::Importer().IsExtensionSupported(format); }
 
-bool canWrite(const std::string& path) { return formatOf(path) != nullptr; }
+bool canWrite(const std::string& format) { return findFormat(format) != nullptr; }
 
-bool hasTwoForms(const std::string& path) {
-    const Format* format = formatOf(path);
-    return format && format->hasTwoForms;
+bool hasTwoForms(const std::string& format) {
+    const Format* found = findFormat(format);
+    return found && found->hasTwoForms;
 }
 
 std::string readableExtensions() {
@@ -95,15 +92,17 @@ std::string writableExtensions() {
 }
 
 void readModel(const std::string& path, Scene& scene, Losses& losses, const TexturePaths& paths,
-               const ReadListener& listener) {
-    const std::string extension = extensionOf(path);
-    const auto read = extension == ".gltf" || extension == ".glb" ? importGltf : importModel;
-    read(path, scene, paths, losses, listener);
+               const ReadOptions& options, const ReadListener& listener) {
+    const std::string format = options.format.empty() ? extensionOf(path) : options.format;
+    if (format != ".gltf" && format != ".glb")
+        return importModel(path, scene, paths, losses, options, listener);
+    importGltf(path, scene, paths, losses, listener);
+    place(scene, withOptions({}, options.placement), losses);
 }
 
 void writeScene(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths,
                 const WriteOptions& options) {
-    const Format* format = formatOf(path);
+    const Format* format = findFormat(options.format.empty() ? extensionOf(path) : options.format);
     if (!format)
         throw FileError(path, "files with this extension cannot be written");
     format->write(scene, path, losses, paths, options);

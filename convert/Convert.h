@@ -9,6 +9,9 @@
 #pragma once
 
 #include "convert/export/WriteOptions.h"
+#include "convert/import/Placement.h"
+#include "convert/import/ReadOptions.h"
+#include "convert/import/SceneMerge.h"
 #include "convert/shared/Errors.h"
 #include "convert/shared/Extension.h"
 #include "convert/shared/Losses.h"
@@ -20,19 +23,19 @@
 
 namespace vrn::convert {
 
-// Whether a path has a supported extension, and the supported extensions separated by spaces. VRN files are written
-// here but read by the reader, so `.vrn` is only writable.
-[[nodiscard]] bool canRead(const std::string& path);
-[[nodiscard]] bool canWrite(const std::string& path);
+// Whether a format, an extension with its dot in lower case, is supported; and those that are, separated by spaces. VRN
+// files are written here but read by the reader, so `.vrn` is only writable.
+[[nodiscard]] bool canRead(const std::string& format);
+[[nodiscard]] bool canWrite(const std::string& format);
 [[nodiscard]] std::string readableExtensions();
 [[nodiscard]] std::string writableExtensions();
 
-// Whether the format of a path is written as binary or, with WriteOptions::isAscii, as text.
-[[nodiscard]] bool hasTwoForms(const std::string& path);
+// Whether a format is written as binary or, with WriteOptions::isAscii, as text.
+[[nodiscard]] bool hasTwoForms(const std::string& format);
 
-// Reads a file of another format into an empty scene. Throws FileError and ContentError.
+// Reads a file of another format into an empty scene, Y up and in metres. Throws FileError and ContentError.
 void readModel(const std::string& path, Scene& scene, Losses& losses, const TexturePaths& paths,
-               const ReadListener& listener = {});
+               const ReadOptions& options = {}, const ReadListener& listener = {});
 
 // Writes a scene; on failure, no file is replaced. VRN and JSON keep texture paths unchanged. Throws FileError,
 // ContentError and vor::OutputFileError.

@@ -3,9 +3,12 @@
 #include "cli/terminal/Console.h"
 #include "cli/terminal/Messages.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
+#include <limits>
 #include <new>
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -22,6 +25,23 @@ static void exitWithParent(pid_t parent) {
         std::_Exit(exitTrouble);
 }
 
+// The size of the address space in bytes; 0 if it is unknown. It is not small: the sanitizers reserve terabytes.
+static vor::u64 addressSpace() {
+    std::ifstream status("/proc/self/statm");
+    vor::u64 pages = 0;
+    status >> pages;
+    return pages * static_cast<vor::u64>(sysconf(_SC_PAGESIZE));
+}
+
+// A stricter limit of this process stays.
+static void limitMemory(vor::u64 bytes) {
+    rlimit limit{};
+    if (addressSpace() == 0 || getrlimit(RLIMIT_AS, &limit) != 0)
+        return;
+    limit.rlim_cur = std::min<rlim_t>(limit.rlim_cur, addressSpace() + bytes);
+    (void)setrlimit(RLIMIT_AS, &limit);
+}
+
 [[noreturn]] static void runAndExit(const std::function<int()>& work) {
     constexpr rlimit noCore{0, 0};
     (void)setrlimit(RLIMIT_CORE, &noCore);
@@ -36,11 +56,12 @@ static void exitWithParent(pid_t parent) {
     std::_Exit(status);
 }
 
-Ending runIsolated(const std::function<int()>& work) {
+Ending runIsolated(const std::function<int()>& work, vor::u64 memory) {
     const pid_t parent = getpid();
     const pid_t child = fork();
     if (child == 0) {
         exitWithParent(parent);
+        limitMemory(memory);
         runAndExit(work);
     }
     if (child < 0)
@@ -52,5 +73,11 @@ Ending runIsolated(const std::function<int()>& work) {
         clearAbandonedStatus();
     return WIFEXITED(status) ? Ending{WEXITSTATUS(status), 0} : Ending{exitErrors, WTERMSIG(status)};
 }
+
+TimeLimit::TimeLimit(vor::u64 seconds) {
+    (void)alarm(static_cast<unsigned>(std::min<vor::u64>(seconds, std::numeric_limits<unsigned>::max())));
+}
+
+TimeLimit::~TimeLimit() { (void)alarm(0); }
 
 } // namespace vrn::cli

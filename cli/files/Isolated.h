@@ -1,5 +1,7 @@
-// Runs work in a child process, for code that can crash.
+// Runs work in a child process, for code that can crash, or take any amount of memory or time.
 #pragma once
+
+#include "scene/core/Types.h"
 
 #include <functional>
 
@@ -11,8 +13,18 @@ struct Ending {
     int signal; // that ended it, or 0
 };
 
-// Exits the child with the return value of `work`, or with exitTrouble after reporting an exception. Changes to memory
-// are not visible to this process. The child does not outlive this process.
-[[nodiscard]] Ending runIsolated(const std::function<int()>& work);
+// Exits the child with the return value of `work`, or with exitTrouble after reporting an exception. The child can have
+// `memory` bytes more than this process; an allocation beyond them throws std::bad_alloc. Changes to memory are not
+// visible to this process. The child does not outlive this process.
+[[nodiscard]] Ending runIsolated(const std::function<int()>& work, vor::u64 memory);
+
+// Ends the process with SIGALRM after that many seconds, unless the limit is destroyed before. 0 is no limit.
+class TimeLimit {
+public:
+    explicit TimeLimit(vor::u64 seconds);
+    ~TimeLimit();
+    TimeLimit(const TimeLimit&) = delete;
+    TimeLimit& operator=(const TimeLimit&) = delete;
+};
 
 } // namespace vrn::cli

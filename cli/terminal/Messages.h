@@ -55,9 +55,23 @@ inline constexpr char dotFailed[] = "the program dot failed; write a .dot file t
 // Conversions.
 inline constexpr char unwritableExtension[] = "no format with this extension can be written; supported: %s";
 inline constexpr char unreadableExtension[] = "no format with this extension can be read; supported: %s";
+inline constexpr char outputMissing[] = "name the file to write after the file to read";
+inline constexpr char outputNotNamed[] = "several files are read only if -o OUT names the file to write";
+inline constexpr char outputNeedsFolder[] =
+    "this format consists of several files, which standard output cannot hold; use --to glb or --to ply";
+inline constexpr char outputIsPlaced[] =
+    "this format is always Y up and in metres; --to-up and --to-units are for .obj, .ply and .stl";
+inline constexpr char inputTwice[] = "standard input can be read only once";
+inline constexpr char trianglesOnlyOfModels[] = "--triangulate is for models, not for .vrn files";
+inline constexpr char strictlyRefused[] = "not written, because of the lines above (--strict)";
+inline constexpr char memoryLimit[] =
+    "out of memory: its reader may have %llu MiB; set another limit with --max-memory";
+inline constexpr char readerTooSlow[] = "its reader needs more time than %llu s (--timeout)";
 inline constexpr char onlyOneForm[] = "only .ply and .stl files have a text form besides the binary one (--ascii)";
 inline constexpr char notConverted[] = "not converted, because of the errors above";
 inline constexpr char lost[] = "vrn: %s: lost: %s: %llu (%s%s)\n";
+inline constexpr char readerWarning[] = "vrn: %s: warning: %s\n";
+inline constexpr char readerWarnings[] = "vrn: %s: warning: %s (and %llu more like it)\n";
 inline constexpr char readerCrashed[] = "malformed: its reader crashed";
 inline constexpr char readerKilled[] = "its reader was killed, perhaps for lack of memory";
 inline constexpr char noProcess[] = "cannot start a process for the conversion";

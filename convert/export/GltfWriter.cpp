@@ -29,6 +29,13 @@ constexpr TargetFormat gltf{.hasPolygons = false,
 
 constexpr u64 maxGlbBytes = 0xFFFFFFFF; // lengths have 32 bits
 
+Model buildGltfModel(const Scene& scene, const std::string& path, const TexturePaths& paths, Losses& losses) {
+    Model model = buildModel(scene, gltf, paths, losses);
+    if (model.nodes.empty())
+        throw ContentError(path, "the scene has no node that can be written");
+    return model;
+}
+
 void writeJson(JsonText& json, const Model& model, GltfBuffer& buffer, std::string_view bufferUri, Losses& losses) {
     GltfExtensions extensions;
     GltfMeshes meshes(model, buffer, extensions, losses);
@@ -61,7 +68,7 @@ void writeJson(JsonText& json, const Model& model, GltfBuffer& buffer, std::stri
 } // namespace
 
 void writeGlb(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths) {
-    const Model model = buildModel(scene, gltf, paths, losses);
+    const Model model = buildGltfModel(scene, path, paths, losses);
     GltfBuffer buffer;
     JsonText json;
     writeJson(json, model, buffer, "", losses);
@@ -81,7 +88,7 @@ void writeGlb(const Scene& scene, const std::string& path, Losses& losses, const
 }
 
 void writeGltf(const Scene& scene, const std::string& path, Losses& losses, const TexturePaths& paths) {
-    const Model model = buildModel(scene, gltf, paths, losses);
+    const Model model = buildGltfModel(scene, path, paths, losses);
     GltfBuffer buffer;
     JsonText json;
     std::filesystem::path binary(path);

@@ -12,7 +12,8 @@ namespace vrn::convert {
 struct Loss {
     std::string what{};
     u64 count = 0;
-    String first{}; // the path of the first node or input
+    String first{};         // the path of the first node or input
+    bool isWarning = false; // nothing is known to be lost
 };
 
 class Losses {
@@ -26,6 +27,10 @@ public:
     void add(std::string_view what, const String& path) {
         add(what, [&] { return path; });
     }
+
+    // A defect of a file that its reader noticed; the text of the first one is `first`. Texts that differ only in
+    // numbers and in parentheses are one kind.
+    void warn(std::string_view text);
 
     // In the order of their first occurrence.
     [[nodiscard]] const std::vector<Loss>& all() const noexcept { return losses_; }

@@ -21,6 +21,7 @@ from geometry import inputs_of, meshes
 HERE = pathlib.Path(__file__).resolve().parent
 MODULES = os.environ.get("NODE_MODULES", str(ROOT / "build" / "node_modules"))
 EXAMPLES = sorted((ROOT / "examples").glob("*.vrn"))
+SCENES = [path for path in EXAMPLES if path.name != "all_types.vrn"]  # which shows nothing
 CATALOGUE = ROOT / "catalogues" / "scene.json"
 
 
@@ -72,21 +73,21 @@ class Converting(Folder):
 
 class Examples(Converting):
     def test_gltf_output_is_valid(self):
-        self.assertGreaterEqual(len(EXAMPLES), 13)
+        self.assertGreaterEqual(len(SCENES), 12)
         files = []
-        for path in EXAMPLES:
+        for path in SCENES:
             for extension in (".glb", ".gltf"):
                 self.convert(path, path.stem + extension)
                 files.append(path.stem + extension)
         reports = self.validate(*files)
-        for path in EXAMPLES:
+        for path in SCENES:
             triangles = reports[path.stem + ".glb"]["info"]["totalTriangleCount"]
             self.assertEqual(triangles > 0, b"\nmesh " in path.read_bytes(), path.name)
             self.assertEqual(triangles, reports[path.stem + ".gltf"]["info"]["totalTriangleCount"])
 
     def test_geometry_round_trips_bit_for_bit(self):
         compared = 0
-        for path in EXAMPLES:
+        for path in SCENES:
             for extension in (".glb", ".gltf"):
                 with self.subTest(path.name + extension):
                     self.convert(path, "converted" + extension)
@@ -110,7 +111,7 @@ class Examples(Converting):
             self.assertEqual(mesh.points, original.points)
 
     def test_second_round_trip_changes_nothing(self):
-        for path in EXAMPLES:
+        for path in SCENES:
             with self.subTest(path.name):
                 self.convert(path, "1.glb")
                 self.convert("1.glb", "1.vrn")
@@ -128,7 +129,7 @@ class Examples(Converting):
         ignored = ("--ignore", "missingFile", "--ignore", "unknownType", "--ignore", "badCount")
         checked = run("check", "--types", CATALOGUE, *ignored, *EXAMPLES)
         self.assertEqual(checked.stdout.decode(), f"{len(EXAMPLES)} files checked: 0 errors, 0 warnings\n")
-        for path in EXAMPLES:
+        for path in SCENES:
             with self.subTest(path.name):
                 self.convert(path, "without.glb")
                 self.convert(path, "with.glb", "--types", CATALOGUE)
@@ -136,12 +137,12 @@ class Examples(Converting):
                 self.assertEqual(without.read_bytes(), having.read_bytes())
 
     def test_written_vrn_has_no_diagnostics(self):
-        for path in EXAMPLES:
+        for path in SCENES:
             self.convert(path, path.stem + ".glb")
             self.convert(path.stem + ".glb", path.stem + ".vrn")
         texts = sorted(self.folder.glob("*.vrn"))
         checked = run("check", "--types", CATALOGUE, "--ignore", "missingFile", *texts)
-        self.assertEqual(checked.stdout.decode(), f"{len(EXAMPLES)} files checked: 0 errors, 0 warnings\n")
+        self.assertEqual(checked.stdout.decode(), f"{len(SCENES)} files checked: 0 errors, 0 warnings\n")
 
     def test_mesh_formats(self):
         for path in EXAMPLES:
@@ -263,7 +264,7 @@ class ToGltf(Converting):
             (points + 'm.topology = "volumes";', "an unknown topology"),
         ):
             with self.subTest(text):
-                self.file("in.vrn", text)
+                self.file("in.vrn", "group g;" + text)
                 self.assertIn(f"meshes with {reason}: 1 (m)", self.convert("in.vrn", "out.glb"))
                 self.assertNotIn("meshes", self.gltf("out.glb"))
                 self.validate("out.glb")
@@ -838,7 +839,7 @@ class Failures(Converting):
         self.fails(2, "vrn: out.xyz: no format with this extension can be written; supported: " + known, "in.vrn", "out.xyz")
         self.fails(2, "vrn: out: no format with this extension can be written", "in.vrn", "out")
         self.fails(2, "vrn: in.xyz: no format with this extension can be read; supported: .vrn .3d", "in.xyz", "out.glb")
-        self.fails(2, "OUT is required", "in.vrn")
+        self.fails(2, "vrn: OUT: name the file to write after the file to read", "in.vrn")
         self.file("IN.VRN", "t a;")
         self.convert("IN.VRN", "OUT.JSON")
 
@@ -919,6 +920,11 @@ class Failures(Converting):
             return pathlib.Path("/proc", process, "stat").read_text().split()[2] != "Z"
         except OSError:
             return False
+
+    def test_scenes_without_anything_to_write(self):
+        self.file("in.vrn", "t a; mesh m;")
+        for extension in ("glb", "gltf", "obj", "ply", "stl"):
+            self.fails(1, f"vrn: out.{extension}: the scene has no ", "in.vrn", "out." + extension)
 
     def test_scenes_with_errors_are_not_converted(self):
         self.file("bad.vrn", TRIANGLE + "m.b = true; m.b = 1.5;")

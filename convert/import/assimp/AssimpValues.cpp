@@ -11,6 +11,10 @@ double shortestDecimal(float number) {
     return decimal;
 }
 
+vor::String labelOf(const aiString& name, const char* kind, unsigned index) {
+    return name.length == 0 ? vor::String::format("%s %u", kind, index) : vor::String(viewOf(name));
+}
+
 Vector vectorOf(const aiVector3D& vector) {
     return {shortestDecimal(vector.x), shortestDecimal(vector.y), shortestDecimal(vector.z)};
 }

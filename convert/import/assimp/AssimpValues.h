@@ -2,6 +2,7 @@
 #pragma once
 
 #include "convert/shared/Transform.h"
+#include "scene/core/String.h"
 
 #include <assimp/types.h>
 #include <string_view>
@@ -13,6 +14,9 @@ namespace vrn::convert {
 
 [[nodiscard]] Vector vectorOf(const aiVector3D& vector);
 [[nodiscard]] Matrix matrixOf(const aiMatrix4x4& matrix);
+// The name of an object of a file for messages: `material 3` if it has none.
+[[nodiscard]] vor::String labelOf(const aiString& name, const char* kind, unsigned index);
+
 [[nodiscard]] inline std::string_view viewOf(const aiString& text) { return {text.data, text.length}; }
 
 } // namespace vrn::convert

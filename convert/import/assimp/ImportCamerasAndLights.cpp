@@ -76,10 +76,11 @@ void importCameras(ImportContext& context) {
 }
 
 void importLights(ImportContext& context) {
-    for (const aiLight* light : std::span(context.from.mLights, context.from.mNumLights)) {
+    for (unsigned i = 0; i < context.from.mNumLights; ++i) {
+        const aiLight* light = context.from.mLights[i];
         const char* kind = kindOf(*light);
         if (!kind) {
-            context.losses.add("lights that are not directional, point or spot", String(viewOf(light->mName)));
+            context.losses.add("lights that are not directional, point or spot", labelOf(light->mName, "light", i));
             continue;
         }
         Node& node = context.create("light", viewOf(light->mName), "light");

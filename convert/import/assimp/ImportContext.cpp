@@ -9,4 +9,9 @@ Node* ImportContext::nodeOf(const aiString& name) const {
     return found == nodes.end() ? nullptr : found->second;
 }
 
+Matrix ImportContext::meshMatrix(unsigned mesh) const {
+    const auto found = meshMatrices.find(mesh);
+    return found == meshMatrices.end() ? identity : found->second;
+}
+
 } // namespace vrn::convert

@@ -103,13 +103,18 @@ private:
     // Assimp's offset is relative to the lower left corner of the image, ours to the upper left one.
     void setXform(const TextureMap& map) {
         aiUVTransform xform;
+        if (const MtlTransform* known = context_.mtl.find(viewOf(from_.GetName()), map.type))
+            return setXform(map, known->offset, known->scale);
         if (from_.Get(AI_MATKEY_UVTRANSFORM(map.type, 0), xform) != AI_SUCCESS)
             return;
         if (xform.mRotation != 0)
             context_.losses.add("texture rotations", *node_);
-        const double scale[] = {static_cast<double>(xform.mScaling.x), static_cast<double>(xform.mScaling.y)};
-        const double offset[] = {static_cast<double>(xform.mTranslation.x),
-                                 1 - scale[1] - static_cast<double>(xform.mTranslation.y)};
+        setXform(map, {static_cast<double>(xform.mTranslation.x), static_cast<double>(xform.mTranslation.y)},
+                 {static_cast<double>(xform.mScaling.x), static_cast<double>(xform.mScaling.y)});
+    }
+
+    void setXform(const TextureMap& map, const std::array<double, 2>& from, const std::array<double, 2>& scale) {
+        const std::array<double, 2> offset = {from[0], 1 - scale[1] - from[1]};
         Input& object = *node_->createInput(map.xform, AttrType::Object);
         setMember(object, "offset", valueOf(AttrType::Vec2, offset));
         setMember(object, "scale", valueOf(AttrType::Vec2, scale));

@@ -2,11 +2,15 @@
 
 #include "convert/import/Bounds.h"
 #include "convert/import/NodeInputs.h"
+#include "convert/import/VertexWelding.h"
 #include "convert/import/assimp/AssimpValues.h"
 #include "convert/import/assimp/ImportMaterials.h"
+#include "convert/import/assimp/ImportSkins.h"
+#include "convert/shared/Triangulation.h"
 
 #include <algorithm>
 #include <cstring>
+#include <numeric>
 
 namespace vrn::convert {
 
@@ -37,16 +41,18 @@ FaceSummary summarise(const aiMesh& mesh) {
 
 class MeshImport {
 public:
-    MeshImport(ImportContext& context, unsigned index) : context_(context), mesh_(*context.from.mMeshes[index]) {}
+    MeshImport(ImportContext& context, unsigned index)
+        : context_(context), index_(index), mesh_(*context.from.mMeshes[index]), welding_(mesh_.mNumVertices) {}
 
     Node* read() {
         const String name(viewOf(mesh_.mName));
         const FaceSummary faces = summarise(mesh_);
         if (!mesh_.mVertices || mesh_.mNumVertices == 0 || !faces.hasValidIndices) {
             context_.losses.add(faces.hasValidIndices ? "meshes without points" : "meshes with indices out of range",
-                                name);
+                                labelOf(mesh_.mName, "mesh", index_));
             return nullptr;
         }
+        weld();
         node_ = &context_.create("mesh", name, "mesh");
         setText(*node_, "topology", topologyOf(faces));
         setBounds(*node_, {&mesh_.mVertices->x, std::size_t(3) * mesh_.mNumVertices});
@@ -61,33 +67,65 @@ public:
         addFaces(faces);
         if (Node* material = importMaterial(context_, mesh_.mMaterialIndex))
             connect(*node_, "material", *material, "outColor");
-        reportUnsupported(name);
+        reportUnsupported(labelOf(mesh_.mName, "mesh", index_));
         return node_;
     }
 
 private:
     // Faces with the most corners win: points and lines are dropped from a mesh with polygons.
-    static const char* topologyOf(const FaceSummary& faces) {
+    const char* topologyOf(const FaceSummary& faces) const {
         if (faces.maxCorners <= 1)
             return "points";
         if (faces.maxCorners == 2)
             return "lines";
-        return faces.minCorners == 3 && faces.maxCorners == 3 ? "triangles" : "polygons";
+        const bool hasTriangles = faces.minCorners == 3 && faces.maxCorners == 3;
+        return hasTriangles || context_.isTriangulated ? "triangles" : "polygons";
     }
 
+    // Formats without indices repeat vertices. Without faces, each vertex is a point of its own.
+    void weld() {
+        const std::size_t count = mesh_.mNumVertices;
+        const std::vector<Influences> influences = influencesOf(context_, mesh_, nullptr);
+        std::vector<u32> numbers;
+        welding_.add(std::span<const aiVector3D>(mesh_.mVertices, count));
+        for (const aiVector3D* vectors : {mesh_.mNormals, mesh_.mTangents, mesh_.mBitangents})
+            if (vectors)
+                welding_.add(std::span<const aiVector3D>(vectors, count));
+        if (mesh_.mColors[0])
+            welding_.add(std::span<const aiColor4D>(mesh_.mColors[0], count));
+        for (unsigned set = 0; set < AI_MAX_NUMBER_OF_TEXTURECOORDS && mesh_.mTextureCoords[set]; ++set)
+            welding_.add(std::span<const aiVector3D>(mesh_.mTextureCoords[set], count));
+        if (!influences.empty())
+            welding_.add(std::span<const Influences>(influences));
+        if (mesh_.mNumFaces == 0) {
+            numbers.resize(count);
+            std::iota(numbers.begin(), numbers.end(), 0U);
+            welding_.add(std::span<const u32>(numbers));
+        }
+        welding_.weld();
+        context_.keptVertices[index_] = welding_.kept();
+    }
+
+    [[nodiscard]] const std::vector<u32>& kept() const { return welding_.kept(); }
+
     template <class T> AttrData floats(DataType type, const T* from) const {
-        AttrData buffer = AttrData::buffer(type, mesh_.mNumVertices);
-        std::memcpy(buffer.bytes().data(), from, buffer.bytes().size());
+        AttrData buffer = AttrData::buffer(type, kept().size());
+        std::byte* to = buffer.bytes().data();
+        for (const u32 vertex : kept()) {
+            std::memcpy(to, &from[vertex], sizeof(T));
+            to += sizeof(T);
+        }
         return buffer;
     }
 
     // The fourth component is the sign of the bitangent.
     AttrData tangents() const {
-        AttrData buffer = AttrData::buffer(DataType::Vec4f, mesh_.mNumVertices);
+        AttrData buffer = AttrData::buffer(DataType::Vec4f, kept().size());
         const std::span<float> to = buffer.elements<float>();
-        for (std::size_t i = 0; i < mesh_.mNumVertices; ++i) {
-            const aiVector3D& tangent = mesh_.mTangents[i];
-            const bool isFlipped = (mesh_.mNormals[i] ^ tangent) * mesh_.mBitangents[i] < 0;
+        for (std::size_t i = 0; i < kept().size(); ++i) {
+            const u32 vertex = kept()[i];
+            const aiVector3D& tangent = mesh_.mTangents[vertex];
+            const bool isFlipped = (mesh_.mNormals[vertex] ^ tangent) * mesh_.mBitangents[vertex] < 0;
             std::memcpy(&to[4 * i], &tangent, sizeof tangent);
             to[4 * i + 3] = isFlipped ? -1.F : 1.F;
         }
@@ -109,11 +147,11 @@ private:
 
     // The origin is the lower left corner of the image in Assimp, and the upper left one here.
     AttrData textureCoordinates(unsigned set) {
-        AttrData buffer = AttrData::buffer(DataType::Vec2f, mesh_.mNumVertices);
+        AttrData buffer = AttrData::buffer(DataType::Vec2f, kept().size());
         const std::span<float> to = buffer.elements<float>();
         bool isExact = true;
-        for (std::size_t i = 0; i < mesh_.mNumVertices; ++i) {
-            const aiVector3D& from = mesh_.mTextureCoords[set][i];
+        for (std::size_t i = 0; i < kept().size(); ++i) {
+            const aiVector3D& from = mesh_.mTextureCoords[set][kept()[i]];
             to[2 * i] = from.x;
             to[2 * i + 1] = 1 - from.y;
             isExact &= 1 - to[2 * i + 1] == from.y;
@@ -126,31 +164,52 @@ private:
     void addFaces(const FaceSummary& faces) {
         const bool isMixed = faces.maxCorners > 2 && !(faces.minCorners == 3 && faces.maxCorners == 3);
         const unsigned minCorners = faces.maxCorners > 2 ? 3 : faces.maxCorners; // smaller faces are dropped
-        AttrData indices = AttrData::buffer(isMixed ? DataType::Int32 : DataType::UInt32, countCorners(minCorners));
+        std::vector<u32> corners;
         std::vector<unsigned> counts;
-        auto next = reinterpret_cast<u32*>(indices.bytes().data());
+        corners.reserve(3 * std::size_t(mesh_.mNumFaces));
         bool isDropped = false;
         for (const aiFace& face : std::span(mesh_.mFaces, mesh_.mNumFaces)) {
             if (face.mNumIndices < minCorners) {
                 isDropped = true;
                 continue;
             }
-            next = std::copy_n(face.mIndices, face.mNumIndices, next);
+            for (const unsigned vertex : std::span(face.mIndices, face.mNumIndices))
+                corners.push_back(welding_.newIndex()[vertex]);
             if (isMixed)
                 counts.push_back(face.mNumIndices);
         }
         if (isDropped)
             context_.losses.add("lines and points in meshes with larger faces", *node_);
-        if (isMixed)
-            set(*node_, "faceCounts", countsBuffer(counts));
-        set(*node_, isMixed ? "faceIndices" : "indices", std::move(indices));
+        if (isMixed && context_.isTriangulated)
+            setIndices("indices", DataType::UInt32, triangulated(corners, counts));
+        else if (isMixed)
+            setPolygons(corners, counts);
+        else
+            setIndices("indices", DataType::UInt32, corners);
     }
 
-    u64 countCorners(unsigned minCorners) const {
-        u64 corners = 0;
-        for (const aiFace& face : std::span(mesh_.mFaces, mesh_.mNumFaces))
-            corners += face.mNumIndices < minCorners ? 0 : face.mNumIndices;
-        return corners;
+    void setPolygons(std::span<const u32> corners, const std::vector<unsigned>& counts) {
+        set(*node_, "faceCounts", countsBuffer(counts));
+        setIndices("faceIndices", DataType::Int32, corners);
+    }
+
+    void setIndices(const char* name, DataType type, std::span<const u32> corners) {
+        AttrData indices = AttrData::buffer(type, corners.size());
+        std::memcpy(indices.bytes().data(), corners.data(), corners.size_bytes());
+        set(*node_, name, std::move(indices));
+    }
+
+    std::vector<u32> triangulated(std::span<const u32> corners, const std::vector<unsigned>& counts) {
+        const std::span<const float> points = node_->input("points")->value().elements<float>();
+        std::vector<u32> triangles;
+        bool isExact = true;
+        for (const unsigned count : counts) {
+            isExact &= addTriangles(corners.first(count), points, triangles);
+            corners = corners.subspan(count);
+        }
+        if (!isExact)
+            context_.losses.add(lostConcavities, *node_);
+        return triangles;
     }
 
     static AttrData countsBuffer(const std::vector<unsigned>& counts) {
@@ -173,7 +232,9 @@ private:
     }
 
     ImportContext& context_;
+    unsigned index_;
     const aiMesh& mesh_;
+    VertexWelding welding_;
     Node* node_ = nullptr;
 };
 

@@ -10,16 +10,7 @@ namespace vrn::convert {
 
 namespace {
 
-// Decomposes the matrix if that is exact, or if the node is animated: channels set translation, rotation and scale.
-void setTransform(ImportContext& context, Node& node, const aiNode& from) {
-    const Matrix matrix = matrixOf(from.mTransformation);
-    const Trs trs = decomposeTransform(matrix);
-    const Matrix recomposed = toMatrix(trs);
-    const bool isAnimated = context.animatedNodes.contains(std::string(viewOf(from.mName)));
-    if (recomposed != matrix && !isAnimated)
-        return setNumbers(node, "transform", AttrType::Mat4, matrix);
-    if (maxDifference(recomposed, matrix) > 1e-5)
-        context.losses.add("shear of animated nodes", node);
+void setTrs(Node& node, const Trs& trs, bool isAnimated) {
     const Trs initial;
     if (isAnimated || trs.translation != initial.translation)
         setNumbers(node, "translation", AttrType::Vec3, trs.translation);
@@ -29,24 +20,58 @@ void setTransform(ImportContext& context, Node& node, const aiNode& from) {
         setNumbers(node, "scale", AttrType::Vec3, trs.scale);
 }
 
+// Decomposes the matrix if that is exact, or if the node is animated: channels set translation, rotation and scale.
+void setMatrix(ImportContext& context, Node& node, const Matrix& matrix, bool isAnimated) {
+    const Trs trs = decomposeTransform(matrix);
+    const Matrix recomposed = toMatrix(trs);
+    if (recomposed != matrix && !isAnimated)
+        return setNumbers(node, "transform", AttrType::Mat4, matrix);
+    if (maxDifference(recomposed, matrix) > 1e-5)
+        context.losses.add("shear of animated nodes", node);
+    setTrs(node, trs, isAnimated);
+}
+
+// The axes and the unit of the file apply after the root. If that is animated, they stay a matrix of their own.
+void setRootTransform(ImportContext& context, Node& node, bool isAnimated) {
+    const Matrix placement = context.placement.matrix();
+    setMatrix(context, node, isAnimated ? context.rootMatrix : multiply(context.rootMatrix, placement), isAnimated);
+    if (isAnimated && placement != identity)
+        setNumbers(node, "transform", AttrType::Mat4, placement);
+}
+
+void setTransform(ImportContext& context, Node& node, const aiNode& from) {
+    const bool isAnimated = context.animatedNodes.contains(std::string(viewOf(from.mName)));
+    const auto known = context.localTransforms.find(&from);
+    if (known != context.localTransforms.end())
+        setTrs(node, known->second, isAnimated);
+    else if (&from == context.from.mRootNode)
+        setRootTransform(context, node, isAnimated);
+    else
+        setMatrix(context, node, matrixOf(from.mTransformation), isAnimated);
+}
+
 void setGeometry(ImportContext& context, Node& node, unsigned mesh) {
     const auto known = context.meshes.find(mesh);
     if (known != context.meshes.end() && known->second)
         setReference(node, "geometry", *known->second);
 }
 
-// An instance shows one mesh, so each further mesh of a node becomes a child.
+// An instance shows one mesh, so each further mesh of a node becomes a child, as do meshes with their own transform.
 Node& addNode(ImportContext& context, const aiNode& from, Node* parent) {
-    Node& node = context.create(from.mNumMeshes == 0 ? "transform" : "instance", viewOf(from.mName), "node");
+    const auto meshTransform = context.meshTransforms.find(&from);
+    const bool hasOwnMesh = from.mNumMeshes != 0 && meshTransform == context.meshTransforms.end();
+    Node& node = context.create(hasOwnMesh ? "instance" : "transform", viewOf(from.mName), "node");
     if (parent)
         setReference(node, "parent", *parent);
     setTransform(context, node, from);
-    if (from.mNumMeshes != 0)
+    if (hasOwnMesh)
         setGeometry(context, node, from.mMeshes[0]);
-    const std::string more = std::string(node.name().view()) + "_more";
-    for (unsigned i = 1; i < from.mNumMeshes; ++i) {
+    const std::string more = std::string(node.name().view()) + (hasOwnMesh ? "_more" : "_mesh");
+    for (unsigned i = hasOwnMesh ? 1 : 0; i < from.mNumMeshes; ++i) {
         Node& child = context.create("instance", "", more.c_str());
         setReference(child, "parent", node);
+        if (meshTransform != context.meshTransforms.end())
+            setTrs(child, meshTransform->second, false);
         setGeometry(context, child, from.mMeshes[i]);
     }
     if (from.mMetaData && from.mMetaData->mNumProperties != 0)
@@ -69,6 +94,7 @@ void importNodes(ImportContext& context) {
         pending.pop_back();
         Node& node = addNode(context, *from, parent);
         context.nodes.emplace(viewOf(from->mName), &node);
+        context.made.emplace(from, &node);
         for (unsigned i = from->mNumChildren; i > 0; --i)
             pending.push_back({from->mChildren[i - 1], &node});
     }

@@ -1,6 +1,7 @@
 #include "convert/import/gltf/GltfBuffers.h"
 
-#include "convert/import/gltf/GltfContainer.h"
+#include "convert/import/FileContent.h"
+#include "convert/import/Readable.h"
 #include "convert/shared/Errors.h"
 #include "convert/shared/Uri.h"
 
@@ -128,7 +129,9 @@ std::string GltfBuffers::load(const GltfValue& buffer) const {
     if (std::optional<std::string> bytes = bytesOfDataUri(uri))
         return std::move(*bytes);
     try {
-        return readWholeFile(fileOf(uri));
+        const std::string file = fileOf(uri);
+        checkReadable(file);
+        return readContent(file);
     } catch (const FileError& error) {
         uri.refuse(error.path() + " cannot be read: " + error.what());
     }

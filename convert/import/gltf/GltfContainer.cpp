@@ -1,11 +1,7 @@
 #include "convert/import/gltf/GltfContainer.h"
 
-#include "convert/import/Readable.h"
 #include "convert/shared/Errors.h"
 #include "convert/shared/LittleEndian.h"
-#include "scene/core/File.h"
-
-#include <filesystem>
 
 namespace vrn::convert {
 
@@ -19,19 +15,6 @@ std::string_view withoutByteOrderMark(std::string_view text) {
 }
 
 } // namespace
-
-std::string readWholeFile(const std::string& path) {
-    checkReadable(path);
-    vor::File file = vor::File::open(std::string_view(path));
-    std::string bytes;
-    std::error_code error;
-    bytes.reserve(std::filesystem::file_size(path, error));
-    for (std::string_view block = file.readBlock(); !block.empty(); block = file.readBlock())
-        bytes += block;
-    if (!file.error().isEmpty())
-        throw FileError(path, file.error().buf());
-    return bytes;
-}
 
 GltfContainer openContainer(const std::string& path, std::string_view bytes) {
     if (!bytes.starts_with("glTF"))

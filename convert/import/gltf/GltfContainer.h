@@ -6,9 +6,6 @@
 
 namespace vrn::convert {
 
-// The whole content of a regular file. Throws FileError.
-[[nodiscard]] std::string readWholeFile(const std::string& path);
-
 // Views into the bytes of a file; `binary` is empty if there is no such chunk.
 struct GltfContainer {
     std::string_view json;

@@ -1,5 +1,7 @@
 #include "convert/import/gltf/GltfImport.h"
 
+#include "convert/import/FileContent.h"
+#include "convert/import/Readable.h"
 #include "convert/import/gltf/GltfAnimationImport.h"
 #include "convert/import/gltf/GltfContainer.h"
 #include "convert/import/gltf/GltfContext.h"
@@ -81,7 +83,8 @@ void reportUnread(const GltfJson& json, Losses& losses) {
 
 void importGltf(const std::string& path, Scene& scene, const TexturePaths& paths, Losses& losses,
                 const ReadListener& listener) {
-    const std::string bytes = readWholeFile(path);
+    checkReadable(path);
+    const std::string bytes = readContent(path);
     const GltfContainer container = openContainer(path, bytes);
     const GltfJson json(path, container.json);
     if (listener)

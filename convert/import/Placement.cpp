@@ -1,0 +1,143 @@
+#include "convert/import/Placement.h"
+
+#include "convert/import/NodeInputs.h"
+#include "convert/import/NodeMaker.h"
+#include "scene/Scene.h"
+
+#include <algorithm>
+#include <cmath>
+#include <unordered_set>
+
+namespace vrn::convert {
+
+namespace {
+
+const Node* nodeBehind(const Input* input) {
+    if (!input)
+        return nullptr;
+    return input->connection() ? input->connection()->node() : input->nodeValue();
+}
+
+bool hasPlace(const Node& node) {
+    static constexpr std::string_view types[] = {"transform", "group", "instance", "camera", "light"};
+    const auto isType = [&](std::string_view type) { return node.type() == type; };
+    return !node.isDefinition() && (std::ranges::any_of(types, isType) || node.input("geometry"));
+}
+
+// The nodes that others have as children, or show.
+struct Uses {
+    std::unordered_set<const Node*> children{};
+    std::unordered_set<const Node*> geometries{};
+};
+
+Uses usesIn(Scene& scene) {
+    Uses uses;
+    for (const Node& node : scene.nodes()) {
+        if (const Node* geometry = nodeBehind(node.input("geometry")))
+            uses.geometries.insert(geometry);
+        if (const Input* children = node.input("children"); children && hasPlace(node))
+            for (const Input* child : children->children())
+                if (const Node* used = nodeBehind(child))
+                    uses.children.insert(used);
+    }
+    return uses;
+}
+
+bool isRoot(const Node& node, const Uses& uses) {
+    return hasPlace(node) && !nodeBehind(node.input("parent")) && !nodeBehind(node.input("worldMatrix")) &&
+           !uses.children.contains(&node);
+}
+
+bool isUnshownMesh(const Node& node, const Uses& uses) {
+    return !node.isDefinition() && node.type() == "mesh" && !uses.geometries.contains(&node);
+}
+
+void scaleInput(Node& node, const char* name, double factor, Losses& losses) {
+    Input* input = node.input(name);
+    if (!input)
+        return;
+    AttrData value = input->value();
+    if (value.type() == AttrType::Int) {
+        const double scaled = static_cast<double>(value.asInt()) * factor;
+        if (scaled != std::floor(scaled) || std::abs(scaled) > 1e15)
+            return losses.add("distances in whole numbers (not scaled)", *input);
+        value = AttrData::integer(static_cast<i64>(scaled));
+    } else {
+        for (double& component : value.components())
+            component *= factor;
+    }
+    input->assign(std::move(value));
+}
+
+} // namespace
+
+Matrix Placement::matrix() const {
+    Matrix scaled = axes;
+    for (std::size_t i = 0; i < 12; ++i)
+        scaled[i] *= metres;
+    return scaled;
+}
+
+Placement withOptions(Placement placement, const PlacementOptions& options) {
+    if (options.up)
+        placement.axes = axesWithUp(*options.up);
+    placement.metres = options.metres.value_or(placement.metres) * options.factor;
+    return placement;
+}
+
+Matrix axesWithUp(char axis) {
+    if (axis == 'X')
+        return {0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    if (axis == 'Z')
+        return {1, 0, 0, 0, 0, 0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1};
+    return identity;
+}
+
+Matrix axesFromUp(char axis) {
+    const Matrix there = axesWithUp(axis);
+    Matrix back{};
+    for (std::size_t row = 0; row < 4; ++row)
+        for (std::size_t column = 0; column < 4; ++column)
+            back[4 * row + column] = there[4 * column + row];
+    return back;
+}
+
+void place(Scene& scene, const Placement& placement, Losses& losses) {
+    const Matrix matrix = placement.matrix();
+    if (matrix == identity)
+        return;
+    const Uses uses = usesIn(scene);
+    std::vector<Node*> roots;
+    std::vector<Node*> unshown;
+    for (Node& node : scene.nodes()) {
+        if (isRoot(node, uses))
+            roots.push_back(&node);
+        else if (isUnshownMesh(node, uses))
+            unshown.push_back(&node);
+    }
+    NodeMaker maker(scene);
+    Node& top = maker.create("transform", "", "root");
+    setNumbers(top, "transform", AttrType::Mat4, matrix);
+    for (Node* mesh : unshown) {
+        Node& instance = maker.create("instance", "", (std::string(mesh->name().view()) + "_instance").c_str());
+        setReference(instance, "geometry", *mesh);
+        roots.push_back(&instance);
+    }
+    for (Node* root : roots)
+        setReference(*root, "parent", top);
+    scaleDistances(scene, placement.metres, losses);
+}
+
+void scaleDistances(Scene& scene, double factor, Losses& losses) {
+    if (factor == 1)
+        return;
+    for (Node& node : scene.nodes()) {
+        if (node.type() == "camera")
+            for (const char* name : {"near", "far", "clip", "size"})
+                scaleInput(node, name, factor, losses);
+        else if (node.type() == "light")
+            scaleInput(node, "range", factor, losses);
+    }
+}
+
+} // namespace vrn::convert

@@ -1,0 +1,32 @@
+// What comes from our own reader of FBX files: transforms, animations, axes and units. Assimp reads the rest.
+#pragma once
+
+#include "convert/import/assimp/ImportContext.h"
+#include "convert/import/fbx/FbxScene.h"
+
+namespace vrn::convert {
+
+class FbxImport {
+public:
+    // Throws FileError and ContentError.
+    FbxImport(const std::string& path, Losses& losses) : file_(path), scene_(file_, losses), path_(path) {}
+
+    [[nodiscard]] const Placement& placement() const noexcept { return scene_.placement(); }
+
+    // What Assimp is to read: the file without animations. Assimp ends the program for some that are valid.
+    [[nodiscard]] std::string contentForAssimp() const;
+
+    // Call before importNodes(). Throws ContentError if the nodes are not those of the file.
+    void setTransforms(ImportContext& context);
+
+    // Call after importNodes().
+    void importAnimations(ImportContext& context) const;
+
+private:
+    FbxFile file_;
+    FbxScene scene_;
+    const std::string& path_;
+    std::unordered_map<i64, const aiNode*> nodes_{}; // by the number of their model
+};
+
+} // namespace vrn::convert

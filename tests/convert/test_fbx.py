@@ -1,0 +1,319 @@
+"""Tests the import of FBX files, in binary form and as text, with numbers worked out by hand.
+
+All models show a triangle with the corners A, B and C. Turns by 90 degrees about X, Y and Z take (x, y, z) to
+(x, -z, y), (z, y, -x) and (-y, x, z). The transform of a model, applied from right to left with an inverted post
+rotation, is T Roff Rp Rpre R Rpost' Rp' Soff Sp S Sp'.
+"""
+import json
+import math
+import pathlib
+import sys
+import unittest
+
+sys.path += [str(pathlib.Path(__file__).resolve().parents[1] / "cli")]
+
+from command import Folder
+from fbx_files import Fbx, prop, vector
+from geometry import inputs_of
+from world import World, channels
+
+A, B, C = (1, 0, 0), (0, 2, 0), (0, 0, 3)
+CONSTANT, LINEAR, CUBIC = 2, 4, 8
+ACTIVE = prop("RotationActive", "bool", 1)
+
+
+def order(number):
+    return prop("RotationOrder", "enum", number)
+
+
+class FbxFiles(Folder):
+    def read(self, fbx, *options, is_binary=True):
+        fbx.write(self.folder / "in.fbx", is_binary)
+        result = self.run_here("convert", *options, "in.fbx", "out.json")
+        self.assertEqual(result.returncode, 0, result.stderr.decode())
+        self.lost = [line for line in result.stderr.decode().splitlines() if "metadata of nodes" not in line]
+        return json.loads((self.folder / "out.json").read_text())
+
+    def assert_close(self, found, expected, places=5):
+        self.assertEqual(len(found), len(expected), (found, expected))
+        for point, other in zip(found, expected):
+            for number, wanted in zip(point, other):
+                self.assertAlmostEqual(number, wanted, places, (found, expected))
+
+    def assert_points(self, fbx, expected, *options):
+        """`expected`: the corners of the meshes by the names of their instances."""
+        for is_binary in (True, False):
+            with self.subTest(is_binary=is_binary):
+                found = World(self.read(fbx, *options, is_binary=is_binary)).points()
+                self.assertEqual(found.keys(), expected.keys())
+                for name, points in expected.items():
+                    self.assert_close(found[name], points)
+                self.assertEqual(self.lost, [])
+
+
+class Transforms(FbxFiles):
+    def one(self, *properties, settings=Fbx.METRES, template=()):
+        fbx = Fbx(settings, template)
+        fbx.model("n", fbx.mesh([A, B, C]), properties)
+        return fbx
+
+    def test_translation_rotation_scale(self):
+        # A: scaled (2, 0, 0), turned (0, 2, 0), moved (10, 2, 0); and so on.
+        fbx = self.one(vector("Lcl Translation", (10, 0, 0)), vector("Lcl Rotation", (0, 0, 90)),
+                       vector("Lcl Scaling", (2, 1, 1)))
+        self.assert_points(fbx, {"n": [(10, 2, 0), (8, 0, 0), (10, 0, 3)]})
+
+    def test_compressed_arrays(self):
+        fbx = Fbx()
+        fbx.model("n", fbx.mesh([A, B, C], is_compressed=True))
+        self.assert_points(fbx, {"n": [A, B, C]})
+
+    def test_geometry_transform(self):
+        # The geometry is scaled, turned and moved before the model; the child only moves with the model.
+        # A: (2, 0, 0), (0, 2, 0), (10, 2, 0), with the model (10, 2, 5). B: (0, 4, 0), (-4, 0, 0), (6, 0, 0).
+        fbx = Fbx()
+        mesh = fbx.mesh([A, B, C])
+        parent = fbx.model("n", mesh, [
+            vector("Lcl Translation", (0, 0, 5)), vector("GeometricTranslation", (10, 0, 0)),
+            vector("GeometricRotation", (0, 0, 90)), vector("GeometricScaling", (2, 2, 2)),
+        ])
+        fbx.model("child", mesh, [vector("Lcl Translation", (1, 0, 0))], parent)
+        self.assert_points(fbx, {"n_mesh": [(10, 2, 5), (6, 0, 5), (10, 0, 11)],
+                                 "child": [(2, 0, 5), (1, 2, 5), (1, 0, 8)]})
+
+    def test_geometry_rotations_ignore_the_rotation_order(self):
+        # X before Y. A: (1, 0, 0), (0, 0, -1). B: (0, 0, 2), (2, 0, 0). C: (0, -3, 0), (0, -3, 0).
+        fbx = self.one(ACTIVE, order(5), vector("GeometricRotation", (90, 90, 0)))
+        self.assert_points(fbx, {"n_mesh": [(0, 0, -1), (2, 0, 0), (0, -3, 0)]})
+
+    def test_instances_with_geometry_transforms(self):
+        fbx = Fbx()
+        mesh = fbx.mesh([A, B, C])
+        fbx.model("x", mesh, [vector("GeometricTranslation", (10, 0, 0))])
+        fbx.model("y", mesh, [vector("GeometricTranslation", (0, 20, 0))])
+        fbx.model("z", mesh)
+        self.assert_points(fbx, {"x_mesh": [(11, 0, 0), (10, 2, 0), (10, 0, 3)],
+                                 "y_mesh": [(1, 20, 0), (0, 22, 0), (0, 20, 3)], "z": [A, B, C]})
+
+    def test_rotation_order(self):
+        # 90 degrees about each axis, in the order of the name; for XYZ, A: (1, 0, 0), (0, 0, -1), (0, 0, -1).
+        fbx = Fbx()
+        mesh = fbx.mesh([A, B, C])
+        expected = {
+            "XYZ": [(0, 0, -1), (0, 2, 0), (3, 0, 0)],
+            "XZY": [(0, 1, 0), (2, 0, 0), (0, 0, -3)],
+            "YZX": [(0, 1, 0), (-2, 0, 0), (0, 0, 3)],
+            "YXZ": [(-1, 0, 0), (0, 0, 2), (0, 3, 0)],
+            "ZXY": [(1, 0, 0), (0, 0, 2), (0, -3, 0)],
+            "ZYX": [(0, 0, 1), (0, -2, 0), (3, 0, 0)],
+        }
+        for number, name in enumerate(expected):
+            fbx.model(name, mesh, [ACTIVE, order(number), vector("Lcl Rotation", (90, 90, 90))])
+        self.assert_points(fbx, expected)
+
+    def test_post_rotation(self):
+        # The inverse post rotation, (x, z, -y), comes before the turn about Z. B: (0, 0, -2). C: (0, 3, 0), (-3, 0, 0).
+        fbx = self.one(ACTIVE, vector("PostRotation", (90, 0, 0)), vector("Lcl Rotation", (0, 0, 90)))
+        self.assert_points(fbx, {"n": [(0, 1, 0), (0, 0, -2), (-3, 0, 0)]})
+
+    def test_pre_and_post_rotation(self):
+        # As before, and then a turn about Y.
+        fbx = self.one(ACTIVE, vector("PreRotation", (0, 90, 0)), vector("PostRotation", (90, 0, 0)),
+                       vector("Lcl Rotation", (0, 0, 90)))
+        self.assert_points(fbx, {"n": [(0, 1, 0), (-2, 0, 0), (0, 0, 3)]})
+
+    def test_rotation_space(self):
+        # Without an active rotation space, the order is XYZ and only the rotation itself counts.
+        space = [order(5), vector("PreRotation", (0, 90, 0)), vector("PostRotation", (90, 0, 0)),
+                 vector("Lcl Rotation", (90, 90, 90))]
+        plain = [(0, 0, -1), (0, 2, 0), (3, 0, 0)]
+        inactive = prop("RotationActive", "bool", 0)
+        limits = prop("RotationSpaceForLimitOnly", "bool", 1)
+        self.assert_points(self.one(inactive, *space), {"n": plain})
+        self.assert_points(self.one(ACTIVE, limits, *space), {"n": plain})
+        self.assert_points(self.one(*space, template=[inactive]), {"n": plain})
+        # ZYX of A: (0, 0, 1); of the inverse post rotation of B, (0, 0, -2): (0, 0, -2), (-2, 0, 0), (-2, 0, 0); of C,
+        # (0, 3, 0): (-3, 0, 0), (0, 0, 3), (0, -3, 0). Then the turn about Y.
+        turned = [(1, 0, 0), (0, 0, 2), (0, -3, 0)]
+        self.assert_points(self.one(*space), {"n": turned})
+        self.assert_points(self.one(ACTIVE, *space, template=[inactive]), {"n": turned})
+
+    def test_pivots_and_offsets(self):
+        # B is the scaling pivot: (0, 2, 0); offset by (0, 0, -3), relative to the rotation pivot (-1, 2, -3), turned
+        # (-2, -1, -3), back (-1, -1, -3), offset (-1, -1, -2), moved (9, -1, -2).
+        fbx = self.one(vector("RotationPivot", (1, 0, 0)), vector("RotationOffset", (0, 0, 1)),
+                       vector("ScalingPivot", (0, 2, 0)), vector("ScalingOffset", (0, 0, -3)),
+                       vector("Lcl Scaling", (2, 2, 2)), vector("Lcl Rotation", (0, 0, 90)),
+                       vector("Lcl Translation", (10, 0, 0)))
+        self.assert_points(fbx, {"n": [(13, 1, -2), (9, -1, -2), (13, -1, 4)]})
+
+    def test_units(self):
+        inches = self.one(settings=[prop("UnitScaleFactor", "double", 2.54)])
+        self.assert_points(inches, {"n": [(0.0254, 0, 0), (0, 0.0508, 0), (0, 0, 0.0762)]})
+        unstated = self.one(settings=[])  # centimetres
+        self.assert_points(unstated, {"n": [(0.01, 0, 0), (0, 0.02, 0), (0, 0, 0.03)]})
+        self.assert_points(unstated, {"n": [(0.001, 0, 0), (0, 0.002, 0), (0, 0, 0.003)]}, "--units", "mm")
+        self.assert_points(unstated, {"n": [(0.1, 0, 0), (0, 0.2, 0), (0, 0, 0.3)]}, "--scale", "10")
+
+    def axes(self, up, up_sign, front, front_sign, right, right_sign):
+        numbers = {"UpAxis": up, "UpAxisSign": up_sign, "FrontAxis": front, "FrontAxisSign": front_sign,
+                   "CoordAxis": right, "CoordAxisSign": right_sign}
+        return [*Fbx.METRES, *(prop(name, "int", number) for name, number in numbers.items())]
+
+    def test_axes(self):
+        z_up = self.one(settings=self.axes(2, 1, 1, -1, 0, 1))
+        self.assert_points(z_up, {"n": [(1, 0, 0), (0, 0, -2), (0, 3, 0)]})
+        self.assert_points(z_up, {"n": [A, B, C]}, "--up", "Y")
+        x_up = self.one(settings=self.axes(0, 1, 2, 1, 1, -1))
+        self.assert_points(x_up, {"n": [(0, 1, 0), (-2, 0, 0), (0, 0, 3)]})
+        left_handed = self.one(settings=self.axes(1, 1, 2, -1, 0, 1))
+        self.assert_points(left_handed, {"n": [(1, 0, 0), (0, 2, 0), (0, 0, -3)]})
+
+    def test_values_without_meaning(self):
+        self.read(self.one(settings=[*self.axes(1, 1, 1, 1, 0, 1), prop("UnitScaleFactor", "double", 100.0)]))
+        self.assertEqual(self.lost, [
+            "vrn: out.json: lost: axes that are not X, Y and Z (read as Y up): 1 (UpAxis)"
+        ])
+        self.read(self.one(ACTIVE, order(6)))
+        self.assertEqual(self.lost, [
+            "vrn: out.json: lost: spherical rotations (read as rotations about X, Y and Z): 1 (n)"
+        ])
+
+    def test_inherited_scale(self):
+        for inheritance, scale, lost in ((1, (2, 1, 1), 0), (0, (2, 2, 2), 0), (0, (2, 1, 1), 1), (2, (2, 2, 2), 1)):
+            fbx = Fbx()
+            parent = fbx.model("parent", None, [vector("Lcl Scaling", scale)])
+            fbx.model("n", fbx.mesh([A, B, C]), [prop("InheritType", "enum", inheritance)], parent)
+            self.read(fbx)
+            self.assertEqual(len(self.lost), lost, (inheritance, scale))
+
+
+class Animations(FbxFiles):
+    def animated(self, curves, properties=(), name="Lcl Rotation", rest=(0, 0, 0), stack=(), layers=1):
+        fbx = Fbx()
+        model = fbx.model("n", fbx.mesh([A, B, C]), properties)
+        take = fbx.stack("take", stack)
+        for _ in range(layers):
+            fbx.animate(fbx.layer(take), model, name, rest, curves)
+        return fbx
+
+    def pose(self, found, time):
+        """The values of the channels of the node at a time, which must be one of their keys."""
+        values = {}
+        for (_, path), (_, times, rows) in found.items():
+            nearest = min(range(len(times)), key=lambda i: abs(times[i] - time))
+            self.assertAlmostEqual(times[nearest], time, 5)
+            values[path] = rows[nearest]
+        return {"n": values}
+
+    def test_turn_about_a_pivot(self):
+        # At 45 degrees B, (-1, 2, 0) from the pivot, is at (-3, 1, 0) / sqrt(2) from it.
+        fbx = self.animated({"Z": [(0, 0, LINEAR, 0, 0), (1, 90, LINEAR, 0, 0)]}, [vector("RotationPivot", (1, 0, 0))])
+        for is_binary in (True, False):
+            scene = self.read(fbx, is_binary=is_binary)
+            found = channels(scene)
+            self.assertEqual(self.lost, [])
+            self.assertEqual(set(found), {("n", "translation"), ("n", "rotation")})
+            half = math.sqrt(0.5)
+            for time, point in ((0, B), (0.5, (1 - 3 * half, half, 0)), (1, (-1, -1, 0))):
+                if time == 0.5:
+                    found.pop(("n", "rotation"), None)  # it has no key there
+                    pose = {"n": {**self.pose(found, time)["n"], "rotation": [0, 0, math.sin(math.pi / 8),
+                                                                             math.cos(math.pi / 8)]}}
+                else:
+                    pose = self.pose(channels(scene), time)
+                self.assert_close([World(scene, pose).points()["n"][1]], [point])
+
+    def test_linear_curves_keep_their_keys(self):
+        curves = {"Y": [(0, 0, LINEAR, 0, 0), (0.25, 5, LINEAR, 0, 0), (2, 6, LINEAR, 0, 0)]}
+        found = channels(self.read(self.animated(curves, name="Lcl Translation", rest=(7, 0, 0))))
+        self.assertEqual(found, {("n", "translation"): ("linear", [0, 0.25, 2], [[7, 0, 0], [7, 5, 0], [7, 6, 0]])})
+
+    def test_steps(self):
+        curves = {"X": [(0, 1, CONSTANT, 0, 0), (1, 2, CONSTANT, 0, 0), (2, 4, CONSTANT, 0, 0)]}
+        found = channels(self.read(self.animated(curves, name="Lcl Scaling", rest=(1, 1, 1))))
+        self.assertEqual(found, {("n", "scale"): ("step", [0, 1, 2], [[1, 1, 1], [2, 1, 1], [4, 1, 1]])})
+
+    def test_cubic_curves(self):
+        # From 0 to 10 with slopes of 0: 10 (3 t^2 - 2 t^3), at a fifth 1.04. With slopes of 30 and 0, t (1 - t)^2 30
+        # is added: 3.84.
+        for slope, value in ((0, 1.04), (30, 1.04 + 3.84)):
+            curves = {"X": [(0, 0, CUBIC, slope, 0), (1, 10, CUBIC, 0, 0)]}
+            found = channels(self.read(self.animated(curves, name="Lcl Translation")))
+            interpolation, times, rows = found["n", "translation"]
+            self.assertEqual((interpolation, len(times)), ("linear", 31))
+            self.assertAlmostEqual(self.pose(found, 0.2)["n"]["translation"][0], value, 4)
+
+    def test_a_whole_turn(self):
+        curves = {"Z": [(0, 0, LINEAR, 0, 0), (1, 360, LINEAR, 0, 0)]}
+        scene = self.read(self.animated(curves))
+        quarter = self.pose(channels(scene), 1 / 3)  # 120 degrees
+        self.assert_close([World(scene, quarter).points()["n"][0]], [(-0.5, math.sqrt(0.75), 0)])
+
+    def test_rotation_space(self):
+        # At the second key as in the test of pre and post rotations.
+        curves = {"Z": [(0, 0, LINEAR, 0, 0), (1, 90, LINEAR, 0, 0)]}
+        space = [ACTIVE, vector("PreRotation", (0, 90, 0)), vector("PostRotation", (90, 0, 0))]
+        scene = self.read(self.animated(curves, space))
+        found = channels(scene)
+        self.assertEqual(found["n", "rotation"][1], [0, 1])
+        points = World(scene, self.pose(found, 1)).points()["n"]
+        self.assert_close(points, [(0, 1, 0), (-2, 0, 0), (0, 0, 3)])
+
+    def test_times_begin_where_the_stack_begins(self):
+        ticks = 46186158000
+        span = [prop("LocalStart", "KTime", ticks), prop("LocalStop", "KTime", 3 * ticks)]
+        curves = {"X": [(0, 0, LINEAR, 0, 0), (4, 8, LINEAR, 0, 0)]}
+        scene = self.read(self.animated(curves, name="Lcl Translation", stack=span))
+        self.assertEqual(channels(scene), {("n", "translation"): ("linear", [0, 2], [[2, 0, 0], [6, 0, 0]])})
+        (take,) = [node for node in scene["nodes"] if node["type"] == "animation"]
+        self.assertEqual((take["name"], inputs_of(take)["duration"]["value"]), ("take", 2))
+
+    def test_what_is_lost(self):
+        keys = [(0, 0, LINEAR, 0, 0), (1, 1, LINEAR, 0, 0)]
+        self.read(self.animated({"X": keys}, name="Visibility"))
+        lost = "vrn: out.json: lost: animations of other properties than translation, rotation and scale: 1 (take)"
+        self.assertEqual(self.lost, [lost])
+        weighted = [(0, 0, CUBIC | 0x1000000, 1, 0), (1, 1, CUBIC, 0, 0)]
+        self.read(self.animated({"X": weighted}))
+        self.assertEqual(self.lost, ["vrn: out.json: lost: weights of tangents of animation curves: 1 (take)"])
+        self.read(self.animated({"X": [(1, 0, LINEAR, 0, 0), (0, 1, LINEAR, 0, 0)]}))
+        self.assertIn("vrn: out.json: lost: animation curves without valid keys: 1 (take)", self.lost)
+        self.read(self.animated({"X": keys}, layers=2))
+        self.assertEqual(self.lost, ["vrn: out.json: lost: further layers of animations: 1 (take)"])
+
+
+class Damage(FbxFiles):
+    def test_old_versions(self):
+        for is_binary in (True, False):
+            Fbx(version=6100).write(self.folder / "old.fbx", is_binary)
+            result = self.run_here("convert", "old.fbx", "out.json")
+            message = b"FBX files are read from version 7.1 on, and this is version 6; save it as a newer one"
+            self.assertEqual((result.returncode, result.stderr), (1, b"vrn: old.fbx: " + message + b"\n"))
+
+    def test_lists_over_several_lines(self):
+        fbx = Fbx()
+        fbx.model("n", fbx.mesh([A, B, C]), [vector("Lcl Translation", (1, 2, 3))])
+        fbx.write(self.folder / "in.fbx", is_binary=False)
+        text = (self.folder / "in.fbx").read_text()
+        self.file("in.fbx", text.replace('"", "", 1.0, 2.0, 3.0', '"", "",\n; the first\n 1.0\n, 2.0\n ,3.0'))
+        self.run_here("convert", "in.fbx", "out.json")
+        found = World(json.loads((self.folder / "out.json").read_text())).points()
+        self.assert_close(found["n"], [(2, 2, 3), (1, 4, 3), (1, 2, 6)])
+
+    def test_every_cut_ends_with_a_reason(self):
+        fbx = Fbx()
+        fbx.model("n", fbx.mesh([A, B, C], is_compressed=True))
+        for is_binary in (True, False):
+            path = self.folder / "whole.fbx"
+            fbx.write(path, is_binary)
+            content = path.read_bytes()
+            for length in range(0, len(content) - 200, 61):
+                self.file("cut.fbx", content[:length])
+                result = self.run_here("convert", "cut.fbx", "out.json")
+                self.assertIn(result.returncode, (0, 1), (length, result.stderr))
+                self.assertEqual(result.returncode == 1, b"vrn: cut.fbx: " in result.stderr, (length, result.stderr))
+
+
+if __name__ == "__main__":
+    unittest.main()
