@@ -12,7 +12,7 @@ namespace {
 
 void addWeights(ImportContext& context, unsigned index, Node& node) {
     const aiMesh& mesh = *context.from.mMeshes[index];
-    const std::vector<Influences> influences = influencesOf(context, mesh, &node);
+    const std::vector<BoneInfluences> influences = influencesOf(context, mesh, &node);
     const std::vector<u32>& kept = context.keptVertices.at(index);
     AttrData joints = AttrData::buffer(DataType::Vec4u, kept.size());
     AttrData weights = AttrData::buffer(DataType::Vec4f, kept.size());
@@ -52,7 +52,7 @@ Node* createSkin(ImportContext& context, const aiMesh& mesh, const Matrix& own, 
 
 } // namespace
 
-bool Influences::add(u32 joint, float weight) {
+bool BoneInfluences::add(u32 joint, float weight) {
     const auto least = std::ranges::min_element(weights_);
     const bool isFull = *least != 0;
     if (weight > *least) {
@@ -63,8 +63,8 @@ bool Influences::add(u32 joint, float weight) {
     return !isFull;
 }
 
-std::vector<Influences> influencesOf(ImportContext& context, const aiMesh& mesh, const Node* node) {
-    std::vector<Influences> influences(mesh.mNumBones == 0 ? 0 : mesh.mNumVertices);
+std::vector<BoneInfluences> influencesOf(ImportContext& context, const aiMesh& mesh, const Node* node) {
+    std::vector<BoneInfluences> influences(mesh.mNumBones == 0 ? 0 : mesh.mNumVertices);
     bool isComplete = true;
     for (u32 joint = 0; joint < mesh.mNumBones; ++joint)
         for (const aiVertexWeight& weight : std::span(mesh.mBones[joint]->mWeights, mesh.mBones[joint]->mNumWeights))

@@ -9,7 +9,7 @@
 namespace vrn::convert {
 
 // The four joints of a vertex with the largest weights.
-class Influences {
+class BoneInfluences {
 public:
     // False if a joint was dropped.
     bool add(u32 joint, float weight);
@@ -23,7 +23,7 @@ private:
 };
 
 // One per vertex of the mesh; none if it has no bones. Reports dropped joints as losses of `node`, unless it is null.
-[[nodiscard]] std::vector<Influences> influencesOf(ImportContext& context, const aiMesh& mesh, const Node* node);
+[[nodiscard]] std::vector<BoneInfluences> influencesOf(ImportContext& context, const aiMesh& mesh, const Node* node);
 
 // Creates the skins of all meshes with bones and refers to them from the nodes that show these meshes. Call after
 // importNodes(), which creates the joints.
