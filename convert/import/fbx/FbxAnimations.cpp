@@ -140,9 +140,9 @@ private:
             if (component == 3 || !curve)
                 continue;
             FbxCurve& target = curves.components[static_cast<std::size_t>(component)];
-            target = FbxCurve(*curve, target.at(0));
-            if (target.hasWeights())
-                losses_.add("weights of tangents of animation curves", name_);
+            target = FbxCurve(*curve, target.at(0), from_.ticksPerSecond());
+            if (target.hasOtherTangents())
+                losses_.add("biases, tension and continuity of tangents of animation curves", name_);
             if (!target.isAnimated())
                 losses_.add("animation curves without valid keys", name_);
         }
@@ -153,7 +153,7 @@ private:
     Span findSpan() const {
         const auto time = [&](std::string_view name) {
             const FbxElement* property = propertyOf(stack_, name);
-            return property ? fbxSeconds(property->value(4).number()) : 0.0;
+            return property ? property->value(4).number() / from_.ticksPerSecond() : 0.0;
         };
         Span span{time("LocalStart"), time("LocalStop")};
         if (span.stop > span.start)
