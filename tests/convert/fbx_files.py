@@ -139,7 +139,7 @@ class Fbx:
         self.connect(layer, stack)
         return layer
 
-    def animate(self, layer, model, name, rest, curves):
+    def animate(self, layer, model, name, rest, curves, more=()):
         """`curves`: for some of X, Y, Z the keys as (seconds, value, flags, slope, slope before the next key); a sixth
         number is the weight of both."""
         values = [prop("d|" + axis, "Number", float(number)) for axis, number in zip("XYZ", rest)]
@@ -156,6 +156,7 @@ class Fbx:
                 element("KeyAttrFlags", Array("i", [key[2] for key in keys])),
                 element("KeyAttrDataFloat", Array("f", [n for key in keys for n in tangent(*key[3:])])),
                 element("KeyAttrRefCount", Array("i", [1] * len(keys))),
+                *more,
             ])
             self.connect(curve, node, "d|" + axis)
 

@@ -13,7 +13,7 @@ import unittest
 sys.path += [str(pathlib.Path(__file__).resolve().parents[1] / "cli")]
 
 from command import Folder
-from fbx_files import Fbx, prop, vector
+from fbx_files import Fbx, element, prop, vector
 from geometry import inputs_of
 from world import World, channels
 
@@ -189,12 +189,12 @@ class Transforms(FbxFiles):
 
 
 class Animations(FbxFiles):
-    def animated(self, curves, properties=(), name="Lcl Rotation", rest=(0, 0, 0), stack=(), layers=1):
+    def animated(self, curves, properties=(), name="Lcl Rotation", rest=(0, 0, 0), stack=(), layers=1, more=()):
         fbx = Fbx()
         model = fbx.model("n", fbx.mesh([A, B, C]), properties)
         take = fbx.stack("take", stack)
         for _ in range(layers):
-            fbx.animate(fbx.layer(take), model, name, rest, curves)
+            fbx.animate(fbx.layer(take), model, name, rest, curves, more)
         return fbx
 
     def pose(self, found, time):
@@ -301,6 +301,12 @@ class Animations(FbxFiles):
                                      "curves: 1 (take)"])
         self.read(self.animated({"X": [(1, 0, LINEAR, 0, 0), (0, 1, LINEAR, 0, 0)]}))
         self.assertIn("vrn: out.json: lost: animation curves without valid keys: 1 (take)", self.lost)
+        for kind, lost in (("C", 0), ("R", 1)):
+            more = [element("Post-Extrapolation", children=[element("Type", kind)])]
+            for is_binary in (True, False):
+                self.read(self.animated({"X": keys}, more=more), is_binary=is_binary)
+                self.assertEqual(len(self.lost), lost)
+        self.assertEqual(self.lost, ["vrn: out.json: lost: motions beyond the keys of animation curves: 1 (take)"])
         self.read(self.animated({"X": keys}, layers=2))
         self.assertEqual(self.lost, ["vrn: out.json: lost: further layers of animations: 1 (take)"])
 

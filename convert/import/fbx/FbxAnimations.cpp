@@ -145,8 +145,20 @@ private:
                 losses_.add("biases, tension and continuity of tangents of animation curves", name_);
             if (!target.isAnimated())
                 losses_.add("animation curves without valid keys", name_);
+            if (isExtrapolated(*curve))
+                losses_.add("motions beyond the keys of animation curves", name_);
         }
         return curves;
+    }
+
+    // Whether a curve repeats or continues before its first key or after its last one.
+    static bool isExtrapolated(const FbxElement& curve) {
+        constexpr std::string_view hold = "C";
+        for (const char* name : {"Pre-Extrapolation", "Post-Extrapolation"})
+            if (const FbxElement* side = curve.child(name))
+                if (const FbxElement* type = side->child("Type"); type && type->value(0).bytes != hold)
+                    return true;
+        return false;
     }
 
     // Times are relative to the start that the stack gives, or to the first key.

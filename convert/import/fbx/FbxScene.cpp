@@ -233,8 +233,8 @@ std::string nameOf(const FbxElement& object) {
     const std::string_view name = object.value(1).text();
     if (const std::size_t end = name.find(std::string_view("\0\1", 2)); end != std::string_view::npos)
         return std::string(name.substr(0, end));
-    const std::string prefix = std::string(object.name) + "::";
-    return std::string(name.starts_with(prefix) ? name.substr(prefix.size()) : name);
+    const std::size_t start = name.find("::");
+    return std::string(start == std::string_view::npos ? name : name.substr(start + 2));
 }
 
 const FbxElement* propertyOf(const FbxElement& object, std::string_view name) { return propertyIn(&object, name); }
