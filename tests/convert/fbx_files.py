@@ -130,6 +130,18 @@ class Fbx:
             self.connect(mesh, number)
         return number
 
+    def skin(self, mesh, joint, points, transform):
+        """One joint that moves some points of a mesh; `transform` takes the model of the mesh to it."""
+        skin = self.object("Deformer", "skin\0\1Deformer", "Skin", [element("Version", 101)])
+        cluster = self.object("Deformer", "cluster\0\1SubDeformer", "Cluster", [
+            element("Version", 100), element("Indexes", Array("i", points)),
+            element("Weights", Array("d", [1.0] * len(points))), element("Transform", Array("d", transform)),
+            element("TransformLink", Array("d", transform)),
+        ])
+        self.connect(skin, mesh)
+        self.connect(cluster, skin)
+        self.connect(joint, cluster)
+
     def stack(self, name, properties=()):
         return self.object("AnimationStack", name + "\0\1AnimStack", "",
                            [element("Properties70", children=list(properties))])

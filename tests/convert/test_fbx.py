@@ -188,6 +188,22 @@ class Transforms(FbxFiles):
             self.assertEqual(len(self.lost), lost, (inheritance, scale))
 
 
+class Skins(FbxFiles):
+    def test_geometry_transforms_come_before_the_joints(self):
+        fbx = Fbx()
+        mesh = fbx.mesh([A, B, C])
+        fbx.model("n", mesh, [vector("GeometricTranslation", (10, 0, 0))])
+        joint = fbx.model("joint", None, [vector("Lcl Translation", (0, -5, 0))])
+        to_joint = [1.0, 0.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 5.0, 0.0, 1.0]
+        fbx.skin(mesh, joint, [0, 1, 2], to_joint)
+        for is_binary in (True, False):
+            nodes = {node["type"]: inputs_of(node) for node in self.read(fbx, is_binary=is_binary)["nodes"]}
+            bound = nodes["skin"]["inverseBind"]["data"]
+            self.assertEqual(bound, [1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 10, 5, 0, 1])
+            self.assertEqual([e["value"] for e in nodes["skin"]["joints"]["elements"]], ["joint"])
+            self.assertEqual(inputs_of(nodes["mesh"]["skin"])["weights"]["data"], [1, 0, 0, 0] * 3)
+
+
 class Animations(FbxFiles):
     def animated(self, curves, properties=(), name="Lcl Rotation", rest=(0, 0, 0), stack=(), layers=1, more=()):
         fbx = Fbx()
