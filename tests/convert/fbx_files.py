@@ -62,7 +62,10 @@ def text_value(value):
 def text_element(item, indent=""):
     name, values, children = item
     if values and isinstance(values[0], Array):
-        numbers = ",".join(map(repr, values[0].numbers))
+        numbers = values[0].numbers
+        if name == "KeyAttrDataFloat":  # the bits of the floats
+            numbers = [struct.unpack("<i", struct.pack("<f", number))[0] for number in numbers]
+        numbers = ",".join(map(repr, numbers))
         return f"{indent}{name}: *{len(values[0].numbers)} {{\n{indent}\ta: {numbers}\n{indent}}}\n"
     line = f"{indent}{name}: " + ", ".join(map(text_value, values))
     if children is None:
@@ -76,6 +79,12 @@ def prop(name, kind, *values):
 
 def vector(name, numbers):
     return prop(name, "Vector3D", *map(float, numbers))
+
+
+def tangent(slope, next_slope, weight=0):
+    """The numbers of a tangent. The third one has the bits of two weights."""
+    units = round(weight * 10000)
+    return (float(slope), float(next_slope), struct.unpack("<f", struct.pack("<HH", units, units))[0], 0.0)
 
 
 class Fbx:
@@ -121,6 +130,18 @@ class Fbx:
             self.connect(mesh, number)
         return number
 
+    def skin(self, mesh, joint, points, transform):
+        """One joint that moves some points of a mesh; `transform` takes the model of the mesh to it."""
+        skin = self.object("Deformer", "skin\0\1Deformer", "Skin", [element("Version", 101)])
+        cluster = self.object("Deformer", "cluster\0\1SubDeformer", "Cluster", [
+            element("Version", 100), element("Indexes", Array("i", points)),
+            element("Weights", Array("d", [1.0] * len(points))), element("Transform", Array("d", transform)),
+            element("TransformLink", Array("d", transform)),
+        ])
+        self.connect(skin, mesh)
+        self.connect(cluster, skin)
+        self.connect(joint, cluster)
+
     def stack(self, name, properties=()):
         return self.object("AnimationStack", name + "\0\1AnimStack", "",
                            [element("Properties70", children=list(properties))])
@@ -130,8 +151,9 @@ class Fbx:
         self.connect(layer, stack)
         return layer
 
-    def animate(self, layer, model, name, rest, curves):
-        """`curves`: for some of X, Y, Z the keys as (seconds, value, flags, slope, slope before the next key)."""
+    def animate(self, layer, model, name, rest, curves, more=()):
+        """`curves`: for some of X, Y, Z the keys as (seconds, value, flags, slope, slope before the next key); a sixth
+        number is the weight of both."""
         values = [prop("d|" + axis, "Number", float(number)) for axis, number in zip("XYZ", rest)]
         node = self.object("AnimationCurveNode", "curves\0\1AnimCurveNode", "", [
             element("Properties70", children=values)
@@ -144,8 +166,9 @@ class Fbx:
                 element("KeyTime", Array("l", [round(key[0] * TICKS) for key in keys])),
                 element("KeyValueFloat", Array("f", [float(key[1]) for key in keys])),
                 element("KeyAttrFlags", Array("i", [key[2] for key in keys])),
-                element("KeyAttrDataFloat", Array("f", [float(n) for key in keys for n in (key[3], key[4], 0, 0)])),
+                element("KeyAttrDataFloat", Array("f", [n for key in keys for n in tangent(*key[3:])])),
                 element("KeyAttrRefCount", Array("i", [1] * len(keys))),
+                *more,
             ])
             self.connect(curve, node, "d|" + axis)
 

@@ -13,12 +13,12 @@ import unittest
 sys.path += [str(pathlib.Path(__file__).resolve().parents[1] / "cli")]
 
 from command import Folder
-from fbx_files import Fbx, prop, vector
+from fbx_files import Fbx, element, prop, vector
 from geometry import inputs_of
 from world import World, channels
 
 A, B, C = (1, 0, 0), (0, 2, 0), (0, 0, 3)
-CONSTANT, LINEAR, CUBIC = 2, 4, 8
+CONSTANT, LINEAR, AUTOMATIC, CUBIC = 2, 4, 8, 8 + 0x400  # cubic: with slopes of the user
 ACTIVE = prop("RotationActive", "bool", 1)
 
 
@@ -188,13 +188,29 @@ class Transforms(FbxFiles):
             self.assertEqual(len(self.lost), lost, (inheritance, scale))
 
 
+class Skins(FbxFiles):
+    def test_geometry_transforms_come_before_the_joints(self):
+        fbx = Fbx()
+        mesh = fbx.mesh([A, B, C])
+        fbx.model("n", mesh, [vector("GeometricTranslation", (10, 0, 0))])
+        joint = fbx.model("joint", None, [vector("Lcl Translation", (0, -5, 0))])
+        to_joint = [1.0, 0.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 5.0, 0.0, 1.0]
+        fbx.skin(mesh, joint, [0, 1, 2], to_joint)
+        for is_binary in (True, False):
+            nodes = {node["type"]: inputs_of(node) for node in self.read(fbx, is_binary=is_binary)["nodes"]}
+            bound = nodes["skin"]["inverseBind"]["data"]
+            self.assertEqual(bound, [1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 10, 5, 0, 1])
+            self.assertEqual([e["value"] for e in nodes["skin"]["joints"]["elements"]], ["joint"])
+            self.assertEqual(inputs_of(nodes["mesh"]["skin"])["weights"]["data"], [1, 0, 0, 0] * 3)
+
+
 class Animations(FbxFiles):
-    def animated(self, curves, properties=(), name="Lcl Rotation", rest=(0, 0, 0), stack=(), layers=1):
+    def animated(self, curves, properties=(), name="Lcl Rotation", rest=(0, 0, 0), stack=(), layers=1, more=()):
         fbx = Fbx()
         model = fbx.model("n", fbx.mesh([A, B, C]), properties)
         take = fbx.stack("take", stack)
         for _ in range(layers):
-            fbx.animate(fbx.layer(take), model, name, rest, curves)
+            fbx.animate(fbx.layer(take), model, name, rest, curves, more)
         return fbx
 
     def pose(self, found, time):
@@ -239,10 +255,31 @@ class Animations(FbxFiles):
         # is added: 3.84.
         for slope, value in ((0, 1.04), (30, 1.04 + 3.84)):
             curves = {"X": [(0, 0, CUBIC, slope, 0), (1, 10, CUBIC, 0, 0)]}
+            for is_binary in (True, False):
+                found = channels(self.read(self.animated(curves, name="Lcl Translation"), is_binary=is_binary))
+                interpolation, times, rows = found["n", "translation"]
+                self.assertEqual((interpolation, len(times)), ("linear", 31))
+                self.assertAlmostEqual(self.pose(found, 0.2)["n"]["translation"][0], value, 4)
+
+    def test_automatic_tangents(self):
+        # Keys at 0, 1 and 3. In the middle, the slope is the mean of (6 - 0) / 3 = 2 and of the slopes beside, 3 and
+        # 1.5, with 2/3 and 1/3: 2.5, that is 2.25. At 0, it is that to the next key, 3. At 0.5 the Hermite polynomial
+        # is 3 / 2 + (3 - 2.25) / 8.
+        for flags, value in ((AUTOMATIC, 1.59375), (AUTOMATIC + 0x2000, 1.5 + (3 - 2) / 8), (AUTOMATIC + 0x4000, None)):
+            curves = {"X": [(0, 0, flags, 0, 0), (1, 3, flags, 0, 0), (3, 6, flags, 0, 0)]}
             found = channels(self.read(self.animated(curves, name="Lcl Translation")))
-            interpolation, times, rows = found["n", "translation"]
-            self.assertEqual((interpolation, len(times)), ("linear", 31))
-            self.assertAlmostEqual(self.pose(found, 0.2)["n"]["translation"][0], value, 4)
+            if value is None:
+                value = 1.5 + (0 - 2.25) / 8  # flat at the ends
+            self.assertAlmostEqual(self.pose(found, 0.5)["n"]["translation"][0], value, 5, flags)
+
+    def test_weights_of_tangents(self):
+        # Flat tangents of a quarter of the length: at the parameter 0.2 the time is 0.75 u v^2 + 2.25 u^2 v + u^3, with
+        # v = 0.8: 0.096 + 0.072 + 0.008 = 0.176, and the value 10 (3 u^2 - 2 u^3) = 1.04. The key after 88 / 0.176 / 30
+        # seconds makes that the time of the 88th sample.
+        flags = CUBIC + 0x3000000
+        curves = {"X": [(0, 0, flags, 0, 0, 0.25), (88 / 0.176 / 30, 10, flags, 0, 0, 0.25)]}
+        found = channels(self.read(self.animated(curves, name="Lcl Translation")))
+        self.assertAlmostEqual(self.pose(found, 88 / 30)["n"]["translation"][0], 1.04, 4)
 
     def test_a_whole_turn(self):
         curves = {"Z": [(0, 0, LINEAR, 0, 0), (1, 360, LINEAR, 0, 0)]}
@@ -274,11 +311,18 @@ class Animations(FbxFiles):
         self.read(self.animated({"X": keys}, name="Visibility"))
         lost = "vrn: out.json: lost: animations of other properties than translation, rotation and scale: 1 (take)"
         self.assertEqual(self.lost, [lost])
-        weighted = [(0, 0, CUBIC | 0x1000000, 1, 0), (1, 1, CUBIC, 0, 0)]
-        self.read(self.animated({"X": weighted}))
-        self.assertEqual(self.lost, ["vrn: out.json: lost: weights of tangents of animation curves: 1 (take)"])
+        biased = [(0, 0, AUTOMATIC, 100, 0), (1, 1, AUTOMATIC, 0, 0)]
+        self.read(self.animated({"X": biased}))
+        self.assertEqual(self.lost, ["vrn: out.json: lost: biases, tension and continuity of tangents of animation "
+                                     "curves: 1 (take)"])
         self.read(self.animated({"X": [(1, 0, LINEAR, 0, 0), (0, 1, LINEAR, 0, 0)]}))
         self.assertIn("vrn: out.json: lost: animation curves without valid keys: 1 (take)", self.lost)
+        for kind, lost in (("C", 0), ("R", 1)):
+            more = [element("Post-Extrapolation", children=[element("Type", kind)])]
+            for is_binary in (True, False):
+                self.read(self.animated({"X": keys}, more=more), is_binary=is_binary)
+                self.assertEqual(len(self.lost), lost)
+        self.assertEqual(self.lost, ["vrn: out.json: lost: motions beyond the keys of animation curves: 1 (take)"])
         self.read(self.animated({"X": keys}, layers=2))
         self.assertEqual(self.lost, ["vrn: out.json: lost: further layers of animations: 1 (take)"])
 

@@ -53,6 +53,7 @@ class Obj_(Models):
             ("f 1 2 0", "line 4 refers to vertex 0"),
             ("f -1 -2 -4", "line 4 refers to vertex -4"),
             ("f 1/1 2/1 3/2\nvt 0 0", "line 4 refers to texture coordinate 2"),
+            ("f 1/-1 2/-1 3/-1\nvt 0 0", "line 4 refers to texture coordinate -1"),
             ("f 1//1 2//1 3//2\nvn 0 0 1", "line 4 refers to normal 2"),
             ("l 1 5", "line 4 refers to vertex 5"),
         ):

@@ -140,20 +140,32 @@ private:
             if (component == 3 || !curve)
                 continue;
             FbxCurve& target = curves.components[static_cast<std::size_t>(component)];
-            target = FbxCurve(*curve, target.at(0));
-            if (target.hasWeights())
-                losses_.add("weights of tangents of animation curves", name_);
+            target = FbxCurve(*curve, target.at(0), from_.ticksPerSecond());
+            if (target.hasOtherTangents())
+                losses_.add("biases, tension and continuity of tangents of animation curves", name_);
             if (!target.isAnimated())
                 losses_.add("animation curves without valid keys", name_);
+            if (isExtrapolated(*curve))
+                losses_.add("motions beyond the keys of animation curves", name_);
         }
         return curves;
+    }
+
+    // Whether a curve repeats or continues before its first key or after its last one.
+    static bool isExtrapolated(const FbxElement& curve) {
+        constexpr std::string_view hold = "C";
+        for (const char* name : {"Pre-Extrapolation", "Post-Extrapolation"})
+            if (const FbxElement* side = curve.child(name))
+                if (const FbxElement* type = side->child("Type"); type && type->value(0).bytes != hold)
+                    return true;
+        return false;
     }
 
     // Times are relative to the start that the stack gives, or to the first key.
     Span findSpan() const {
         const auto time = [&](std::string_view name) {
             const FbxElement* property = propertyOf(stack_, name);
-            return property ? fbxSeconds(property->value(4).number()) : 0.0;
+            return property ? property->value(4).number() / from_.ticksPerSecond() : 0.0;
         };
         Span span{time("LocalStart"), time("LocalStop")};
         if (span.stop > span.start)

@@ -1,25 +1,46 @@
 #include "convert/import/fbx/FbxCurve.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 
 namespace vrn::convert {
 
 namespace {
 
+// The flags of keys.
+constexpr u32 stepped = 0x2;
+constexpr u32 cubic = 0x8;
+constexpr u32 nextValue = 0x100; // of a step
+constexpr u32 tensionTangent = 0x200;
+constexpr u32 userTangent = 0x400;
+constexpr u32 clamped = 0x1000;
+constexpr u32 timeIndependent = 0x2000;
+constexpr u32 clampedProgressively = 0x4000;
+constexpr u32 weightedAfter = 0x1000000;
+constexpr u32 weightedBeforeNext = 0x2000000;
+
 std::vector<double> numbersOf(const FbxElement& element, std::string_view name) {
     const FbxElement* child = element.child(name);
     return child ? child->numbers() : std::vector<double>();
 }
 
-} // namespace
-
-double fbxSeconds(double ticks) {
-    constexpr double ticksPerSecond = 46186158000;
-    return ticks / ticksPerSecond;
+// Four numbers a tangent. Text files have the bits of the floats as integers since this version of curves.
+std::vector<float> tangentData(const FbxElement& element) {
+    constexpr i64 firstWithBits = 4008;
+    const FbxElement* data = element.child("KeyAttrDataFloat");
+    const FbxElement* version = element.child("KeyVer");
+    const bool hasBits = data && data->child("a") && version && version->value(0).integer() >= firstWithBits;
+    std::vector<float> numbers;
+    for (const double number : numbersOf(element, "KeyAttrDataFloat"))
+        numbers.push_back(hasBits ? std::bit_cast<float>(static_cast<u32>(static_cast<i64>(number)))
+                                  : static_cast<float>(number));
+    return numbers;
 }
 
-FbxCurve::FbxCurve(const FbxElement& element, double fallback) : fallback_(fallback) {
+} // namespace
+
+FbxCurve::FbxCurve(const FbxElement& element, double fallback, double ticksPerSecond) : fallback_(fallback) {
     const std::vector<double> ticks = numbersOf(element, "KeyTime");
     const std::vector<double> values = numbersOf(element, "KeyValueFloat");
     const bool isValid = ticks.size() == values.size() && std::ranges::is_sorted(ticks, std::less_equal<>()) &&
@@ -27,38 +48,85 @@ FbxCurve::FbxCurve(const FbxElement& element, double fallback) : fallback_(fallb
     if (!isValid)
         return;
     for (std::size_t i = 0; i < ticks.size(); ++i) {
-        times_.push_back(fbxSeconds(ticks[i]));
+        times_.push_back(ticks[i] / ticksPerSecond);
         keys_.push_back({.value = values[i]});
     }
     readTangents(element);
 }
 
 FbxCurve::Interpolation FbxCurve::interpolationOf(u32 flags) {
-    constexpr u32 constant = 0x2;
-    constexpr u32 cubic = 0x8;
-    constexpr u32 nextValue = 0x100; // of a constant
-    if ((flags & constant) != 0)
+    if ((flags & stepped) != 0)
         return (flags & nextValue) != 0 ? Interpolation::StepToNext : Interpolation::Step;
     return (flags & cubic) != 0 ? Interpolation::Cubic : Interpolation::Linear;
 }
 
 // Each entry of the flags, and four numbers, apply to a number of successive keys.
 void FbxCurve::readTangents(const FbxElement& element) {
-    constexpr u32 weights = 0x3000000;
     const std::vector<double> flags = numbersOf(element, "KeyAttrFlags");
-    const std::vector<double> data = numbersOf(element, "KeyAttrDataFloat");
     const std::vector<double> counts = numbersOf(element, "KeyAttrRefCount");
+    const std::vector<float> data = tangentData(element);
     std::size_t next = 0;
-    for (std::size_t i = 0; i < flags.size() && i < counts.size(); ++i)
-        for (double left = counts[i]; left > 0 && next < keys_.size(); --left, ++next) {
-            const auto bits = static_cast<u32>(static_cast<i64>(flags[i]));
-            keys_[next].interpolation = interpolationOf(bits);
-            if (keys_[next].interpolation != Interpolation::Cubic || data.size() < 4 * i + 4)
-                continue;
-            keys_[next].slope = data[4 * i];
-            keys_[next].nextSlope = data[4 * i + 1];
-            hasWeights_ |= (bits & weights) != 0;
-        }
+    for (std::size_t i = 0; i < flags.size() && i < counts.size() && data.size() >= 4 * i + 4; ++i)
+        for (double left = counts[i]; left > 0 && next < keys_.size(); --left, ++next)
+            readTangent(next, static_cast<u32>(static_cast<i64>(flags[i])), std::span(data).subspan(4 * i, 4));
+    for (std::size_t i = 0; i < keys_.size(); ++i)
+        if (keys_[i].isAutomatic)
+            keys_[i].slopeBefore = keys_[i].slopeAfter = automaticSlope(i);
+}
+
+// The numbers are the slopes after the key and before the next one, or else biases; and two weights of 16 bits.
+void FbxCurve::readTangent(std::size_t index, u32 flags, std::span<const float> data) {
+    Key& key = keys_[index];
+    key.interpolation = interpolationOf(flags);
+    key.flags = flags;
+    if (key.interpolation != Interpolation::Cubic)
+        return;
+    constexpr double weightUnit = 0.0001;
+    const u32 weights = std::bit_cast<u32>(data[2]);
+    if ((flags & weightedAfter) != 0)
+        key.weightAfter = (weights & 0xFFFF) * weightUnit;
+    if ((flags & weightedBeforeNext) != 0)
+        key.weightBeforeNext = (weights >> 16) * weightUnit;
+    key.isAutomatic = (flags & userTangent) == 0;
+    if (!key.isAutomatic) {
+        key.slopeAfter = static_cast<double>(data[0]);
+        if (index + 1 < keys_.size())
+            keys_[index + 1].slopeBefore = static_cast<double>(data[1]);
+    } else {
+        hasOtherTangents_ |= (flags & tensionTangent) != 0 || data[0] != 0 || data[1] != 0;
+    }
+}
+
+double FbxCurve::slopeBetween(std::size_t from, std::size_t to) const {
+    return (keys_[to].value - keys_[from].value) / (times_[to] - times_[from]);
+}
+
+double FbxCurve::automaticSlope(std::size_t i) const {
+    const u32 flags = keys_[i].flags;
+    const bool isFirst = i == 0;
+    const bool isLast = i + 1 == keys_.size();
+    constexpr double nearby = 0.001;
+    const auto isNear = [&](std::size_t other) { return std::abs(keys_[other].value - keys_[i].value) <= nearby; };
+    if ((flags & clamped) != 0 && ((!isFirst && isNear(i - 1)) || (!isLast && isNear(i + 1))))
+        return 0;
+    if (isFirst || isLast) {
+        const bool isFlat = (flags & clampedProgressively) != 0 || keys_.size() == 1;
+        return isFlat ? 0 : isFirst ? slopeBetween(i, i + 1) : slopeBetween(i - 1, i);
+    }
+    const double before = slopeBetween(i - 1, i);
+    const double after = slopeBetween(i, i + 1);
+    double slope = slopeBetween(i - 1, i + 1);
+    if ((flags & timeIndependent) == 0) {
+        const double part = (times_[i] - times_[i - 1]) / (times_[i + 1] - times_[i - 1]);
+        slope = (slope + before * (1 - part) + after * part) / 2;
+    }
+    if ((flags & clampedProgressively) == 0)
+        return slope;
+    // Not so steep that a tangent would reach beyond the value of the key beside.
+    const double sign = slope < 0 ? -1 : 1;
+    const double steepest =
+        std::min(sign * before / keys_[i - 1].weightBeforeNext, sign * after / keys_[i].weightAfter);
+    return sign * std::clamp(sign * slope, 0.0, std::max(steepest, 0.0));
 }
 
 double FbxCurve::at(double seconds) const {
@@ -71,8 +139,7 @@ double FbxCurve::at(double seconds) const {
     if (after == keys_.size())
         return from.value;
     const Key& to = keys_[after];
-    const double duration = times_[after] - times_[after - 1];
-    const double t = (seconds - times_[after - 1]) / duration;
+    const double t = (seconds - times_[after - 1]) / (times_[after] - times_[after - 1]);
     switch (from.interpolation) {
     case Interpolation::Step:
         return from.value;
@@ -83,15 +150,32 @@ double FbxCurve::at(double seconds) const {
     case Interpolation::Cubic:
         break;
     }
-    // The cubic Hermite polynomial.
-    const double u = 1 - t;
-    return u * u * (1 + 2 * t) * from.value + t * t * (1 + 2 * u) * to.value +
-           t * u * duration * (u * from.slope - t * from.nextSlope);
+    return cubicAt(seconds, after - 1);
+}
+
+// A Bezier curve in time and value. Its parameter is found by bisection.
+double FbxCurve::cubicAt(double seconds, std::size_t index) const {
+    const Key& from = keys_[index];
+    const Key& to = keys_[index + 1];
+    const double duration = times_[index + 1] - times_[index];
+    const double time = (seconds - times_[index]) / duration;
+    const auto bezier = [](double a, double b, double c, double d, double u) {
+        const double v = 1 - u;
+        return v * v * v * a + 3 * u * v * v * b + 3 * u * u * v * c + u * u * u * d;
+    };
+    double low = 0;
+    double high = 1;
+    for (int i = 0; i < 50; ++i) {
+        const double middle = (low + high) / 2;
+        (bezier(0, from.weightAfter, 1 - from.weightBeforeNext, 1, middle) < time ? low : high) = middle;
+    }
+    return bezier(from.value, from.value + from.slopeAfter * from.weightAfter * duration,
+                  to.value - to.slopeBefore * from.weightBeforeNext * duration, to.value, high);
 }
 
 bool FbxCurve::isVarying() const {
     const auto isSame = [&](const Key& key) {
-        const bool isFlat = key.interpolation != Interpolation::Cubic || (key.slope == 0 && key.nextSlope == 0);
+        const bool isFlat = key.interpolation != Interpolation::Cubic || (key.slopeBefore == 0 && key.slopeAfter == 0);
         return key.value == keys_[0].value && isFlat;
     };
     return !std::ranges::all_of(keys_, isSame);
@@ -104,10 +188,12 @@ bool FbxCurve::isStepped() const {
 bool FbxCurve::isLinear() const {
     for (std::size_t i = 0; i + 1 < keys_.size(); ++i) {
         const Key& from = keys_[i];
-        const double slope = (keys_[i + 1].value - from.value) / (times_[i + 1] - times_[i]);
-        const bool isStraight = from.interpolation == Interpolation::Linear ||
-                                (from.interpolation == Interpolation::Cubic && std::abs(from.slope - slope) < 1e-6 &&
-                                 std::abs(from.nextSlope - slope) < 1e-6);
+        const double slope = slopeBetween(i, i + 1);
+        const auto isAlong = [&](double other) { return std::abs(other - slope) < 1e-6; };
+        const bool isStraight =
+            from.interpolation == Interpolation::Linear ||
+            (from.interpolation == Interpolation::Cubic && isAlong(from.slopeAfter) &&
+             isAlong(keys_[i + 1].slopeBefore) && (slope == 0 || from.weightAfter == from.weightBeforeNext));
         if (!isStraight && (from.interpolation == Interpolation::Cubic || slope != 0))
             return false;
     }

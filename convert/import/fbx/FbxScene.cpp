@@ -114,6 +114,20 @@ Placement readPlacement(const FbxElement& root, Losses& losses) {
     return placement;
 }
 
+// New files may have another unit, unless their definition of it has the number of the usual one.
+double readTicksPerSecond(const FbxElement& root) {
+    constexpr double usual = 46186158000;
+    constexpr double other = 141120000;
+    constexpr i64 numberOfUsual = 127;
+    constexpr i64 firstHeaderWithDefinition = 1004;
+    const FbxElement* header = root.child("FBXHeaderExtension");
+    const FbxElement* version = header ? header->child("FBXHeaderVersion") : nullptr;
+    const FbxElement* flags = header ? header->child("OtherFlags") : nullptr;
+    const FbxElement* definition = flags ? flags->child("TCDefinition") : nullptr;
+    const bool isDefined = definition && version && version->value(0).integer() >= firstHeaderWithDefinition;
+    return isDefined && definition->value(0).integer() != numberOfUsual ? other : usual;
+}
+
 const std::vector<FbxConnection>& connectionsIn(const std::unordered_map<i64, std::vector<FbxConnection>>& all,
                                                 i64 id) {
     static const std::vector<FbxConnection> none;
@@ -123,7 +137,8 @@ const std::vector<FbxConnection>& connectionsIn(const std::unordered_map<i64, st
 
 } // namespace
 
-FbxScene::FbxScene(const FbxFile& file, Losses& losses) : placement_(readPlacement(file.root(), losses)) {
+FbxScene::FbxScene(const FbxFile& file, Losses& losses)
+    : placement_(readPlacement(file.root(), losses)), ticksPerSecond_(readTicksPerSecond(file.root())) {
     readObjects(file.root(), losses);
     readConnections(file.root());
     reportInheritance(losses);
@@ -218,8 +233,8 @@ std::string nameOf(const FbxElement& object) {
     const std::string_view name = object.value(1).text();
     if (const std::size_t end = name.find(std::string_view("\0\1", 2)); end != std::string_view::npos)
         return std::string(name.substr(0, end));
-    const std::string prefix = std::string(object.name) + "::";
-    return std::string(name.starts_with(prefix) ? name.substr(prefix.size()) : name);
+    const std::size_t start = name.find("::");
+    return std::string(start == std::string_view::npos ? name : name.substr(start + 2));
 }
 
 const FbxElement* propertyOf(const FbxElement& object, std::string_view name) { return propertyIn(&object, name); }

@@ -44,8 +44,9 @@ public:
     [[nodiscard]] const std::vector<FbxConnection>& connectionsTo(i64 id) const;
     [[nodiscard]] const std::vector<FbxConnection>& connectionsFrom(i64 id) const;
 
-    // The axes and units of the file.
+    // The axes and units of the file, and the unit of its times.
     [[nodiscard]] const Placement& placement() const noexcept { return placement_; }
+    [[nodiscard]] double ticksPerSecond() const noexcept { return ticksPerSecond_; }
 
 private:
     void readObjects(const FbxElement& root, Losses& losses);
@@ -58,6 +59,7 @@ private:
     std::unordered_map<i64, std::vector<FbxConnection>> to_;
     std::unordered_map<i64, std::vector<FbxConnection>> from_;
     Placement placement_;
+    double ticksPerSecond_;
 };
 
 // The name of an object without its class.
