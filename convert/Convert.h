@@ -9,6 +9,7 @@
 #pragma once
 
 #include "convert/export/WriteOptions.h"
+#include "convert/images/ImageFiles.h"
 #include "convert/import/Placement.h"
 #include "convert/import/ReadOptions.h"
 #include "convert/import/SceneMerge.h"

@@ -66,6 +66,8 @@ public:
             checkInput(input);
         if (std::ranges::count_if(inputs_, isStandardStream) > 1)
             refuse("-", messages::inputTwice);
+        if (options.images.isEmbedded && (!options.images.copyTo.empty() || !options.images.extractTo.empty()))
+            refuse(output_, messages::imagesTwice);
         if (options.isTriangulated && !hasModels())
             refuse(inputs_[0], messages::trianglesOnlyOfModels);
     }
@@ -160,7 +162,7 @@ private:
     void convert(const std::shared_ptr<const vor::velmo_sdk::impl::Catalogue>& catalogue) {
         Scene scene;
         prepare(scene, catalogue);
-        const bool isAlone = inputs_.size() == 1;
+        const bool isAlone = inputs_.size() == 1 && !options_.images.isWanted();
         readInto(scene, inputs_[0], isAlone);
         for (std::size_t i = 1; i < inputs_.size(); ++i) {
             Scene more;
@@ -169,7 +171,10 @@ private:
             convert::mergeScene(scene, more, losses_);
         }
         convert::place(scene, outputPlacement(), losses_);
+        convert::ImageFiles images(options_.images, output_, losses_);
+        images.apply(scene);
         write(scene, isAlone && !isModel(inputs_[0]) ? pathsFrom(inputs_[0]) : convert::TexturePaths());
+        images.write();
     }
 
     void prepare(Scene& scene, const std::shared_ptr<const vor::velmo_sdk::impl::Catalogue>& catalogue) const {

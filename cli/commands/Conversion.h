@@ -24,6 +24,7 @@ struct ConvertOptions {
     std::string losses = "text";
     vor::u64 maxMemory = 0; // in MiB; 0 for one that depends on the files
     vor::u64 timeout = 0;   // in seconds; 0 for none
+    convert::ImageOptions images;
     convert::WriteOptions write;
     SceneArguments scenes;
 };

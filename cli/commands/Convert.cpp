@@ -62,6 +62,21 @@ void addFormatOptions(std::vector<Option>& list, ConvertOptions& options) {
                     .target = &options.isTriangulated});
 }
 
+void addImageOptions(std::vector<Option>& list, ConvertOptions& options) {
+    list.push_back(
+        {.names = "--embed", .help = "Put the image files of textures into OUT", .target = &options.images.isEmbedded});
+    list.push_back({.names = "--copy-textures",
+                    .help = "Copy the image files of textures to DIR, where OUT then refers to them",
+                    .target = &options.images.copyTo,
+                    .value = "DIR",
+                    .completion = Completion::File});
+    list.push_back({.names = "--extract-textures",
+                    .help = "Write embedded images to files in DIR",
+                    .target = &options.images.extractTo,
+                    .value = "DIR",
+                    .completion = Completion::File});
+}
+
 void addLimitOptions(std::vector<Option>& list, ConvertOptions& options) {
     list.push_back({.names = "--strict", .help = "Write nothing if anything is lost", .target = &options.isStrict});
     list.push_back({.names = "--losses",
@@ -96,6 +111,7 @@ Command convertCommand() {
                                .isRequired = true});
     addFormatOptions(command.options, *options);
     addPlacementOptions(command.options, *options);
+    addImageOptions(command.options, *options);
     addLimitOptions(command.options, *options);
     addReadingOptions(command.options, options->scenes);
     command.details = "The file extensions determine the formats. Read: .vrn, .gltf, .glb, .obj, .ply, .stl, .fbx,\n"

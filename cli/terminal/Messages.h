@@ -59,6 +59,7 @@ inline constexpr char outputMissing[] = "name the file to write after the file t
 inline constexpr char outputNotNamed[] = "several files are read only if -o OUT names the file to write";
 inline constexpr char outputNeedsFolder[] =
     "this format consists of several files, which standard output cannot hold; use --to glb or --to ply";
+inline constexpr char imagesTwice[] = "--embed excludes --copy-textures and --extract-textures";
 inline constexpr char outputIsPlaced[] =
     "this format is always Y up and in metres; --to-up and --to-units are for .obj, .ply and .stl";
 inline constexpr char inputTwice[] = "standard input can be read only once";

@@ -31,7 +31,7 @@ constexpr u64 maxGlbBytes = 0xFFFFFFFF; // lengths have 32 bits
 
 Model buildGltfModel(const Scene& scene, const std::string& path, const TexturePaths& paths, Losses& losses) {
     Model model = buildModel(scene, gltf, paths, losses);
-    if (model.nodes.empty())
+    if (model.nodes.empty() && model.scenes.empty())
         throw ContentError(path, "the scene has no node that can be written");
     return model;
 }

@@ -22,7 +22,7 @@ const InputPatterns sceneMeshInputs = {"colorsets[].colors", "skin.more[].joints
                                        "variants[].variant", "variants[].material", "extras",
                                        "partExtras"};
 
-InputPatterns inputsFor(const TargetFormat& target) {
+InputPatterns meshInputsFor(const TargetFormat& target) {
     InputPatterns inputs = meshInputs;
     if (target.hasScene)
         inputs.insert(sceneMeshInputs.begin(), sceneMeshInputs.end());
@@ -56,7 +56,7 @@ u32 geometryIndex(ExportContext& context, const Node& mesh) {
     std::optional<Geometry> geometry = readMesh(mesh, context.target, context.losses);
     if (!geometry)
         return none;
-    addUnreadInputs(mesh, inputsFor(context.target), context.losses);
+    addUnreadInputs(mesh, meshInputsFor(context.target), context.losses);
     geometry->material = readMaterial(context, linkedNode(mesh.input("material")));
     readVariants(context, mesh, *geometry);
     found->second = static_cast<u32>(context.model.geometries.size());

@@ -30,7 +30,7 @@ const InputPatterns transformInputs = {"name",
 const InputPatterns sceneTransformInputs = {"weights", "instances.attributes[].name", "instances.attributes[].values",
                                             "extras"};
 
-InputPatterns inputsFor(const TargetFormat& target) {
+InputPatterns transformInputsFor(const TargetFormat& target) {
     InputPatterns inputs = transformInputs;
     if (target.hasScene)
         inputs.insert(sceneTransformInputs.begin(), sceneTransformInputs.end());
@@ -210,7 +210,7 @@ void readHierarchy(ExportContext& context) {
         if (hasTransform(*node.source)) {
             readTransform(node, context.losses);
             readInstances(node, context.target, context.losses);
-            addUnreadInputs(*node.source, inputsFor(context.target), context.losses);
+            addUnreadInputs(*node.source, transformInputsFor(context.target), context.losses);
         }
     aimAtTargets(context);
 }
