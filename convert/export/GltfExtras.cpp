@@ -21,7 +21,7 @@ bool isJson(const std::string& text) {
 
 std::string extrasOf(const Node& node, const char* path, Losses& losses) {
     const InputReader reader(node, losses);
-    const std::string text = reader.text(path);
+    std::string text = reader.text(path);
     if (text.empty() || isJson(text))
         return text;
     losses.add("extras that are not JSON", *reader.find(path));

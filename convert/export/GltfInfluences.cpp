@@ -45,6 +45,7 @@ bool normalizeWeights(std::span<float> weights) {
 
 std::vector<GltfInfluences> validInfluences(const std::vector<Influences>& influences, bool& isChanged) {
     std::vector<GltfInfluences> valid;
+    valid.reserve(influences.size());
     for (const Influences& some : influences)
         valid.push_back({{some.joints.begin(), some.joints.end()}, {some.weights.begin(), some.weights.end()}});
     std::vector<u16> joints(4 * valid.size());

@@ -52,7 +52,8 @@ void connect(Node& node, const char* name, Node& source, const char* output) {
 }
 
 void setAt(Node& node, std::string_view path, AttrData value) {
-    inputAt(node, path, value.type()).assign(std::move(value));
+    Input& input = inputAt(node, path, value.type());
+    input.assign(std::move(value));
 }
 
 void connectAt(Node& node, std::string_view path, Node& source, const char* output) {

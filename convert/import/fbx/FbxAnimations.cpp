@@ -229,8 +229,8 @@ private:
         constexpr double samplesPerSecond = 30;
         constexpr double mostSamples = 1e6;
         const auto [first, last] = std::ranges::minmax(times);
-        const double count = std::min((last - first) * samplesPerSecond, mostSamples);
-        for (double i = 1; i < count; ++i)
+        const auto count = static_cast<int>(std::ceil(std::min((last - first) * samplesPerSecond, mostSamples)));
+        for (int i = 1; i < count; ++i)
             times.push_back(first + i / samplesPerSecond);
     }
 

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <variant>
 
 namespace vrn::convert {
 
@@ -22,23 +23,13 @@ Component componentOf(const GltfValue& value) {
     return static_cast<Component>(number);
 }
 
+// A zero of each type, in the order of their constants, one of which is not used.
+using Zero = std::variant<i8, u8, i16, u16, u32, float>;
+constexpr Zero zeros[] = {i8(), u8(), i16(), u16(), u32(), u32(), float()};
+
 // Calls `visit` with a zero of the type.
 auto withType(Component component, auto visit) {
-    switch (component) {
-    case Component::Int8:
-        return visit(i8());
-    case Component::UInt8:
-        return visit(u8());
-    case Component::Int16:
-        return visit(i16());
-    case Component::UInt16:
-        return visit(u16());
-    case Component::UInt32:
-        return visit(u32());
-    case Component::Float:
-        break;
-    }
-    return visit(float());
+    return std::visit(visit, zeros[static_cast<int>(component) - static_cast<int>(Component::Int8)]);
 }
 
 u64 sizeOf(Component component) {
@@ -147,13 +138,13 @@ std::vector<u32> GltfAccessors::integers(const GltfValue& index, u32 components)
                                          " unsigned integers are needed, at " + index.pointer());
     std::vector<std::byte> bytes(layout.bytes());
     gather(accessor, layout, bytes);
-    return withType(layout.component, [&]<class T>(T) {
+    return withType(layout.component, [&]<class T>(T number) {
         std::vector<u32> integers(layout.count * components);
-        for (std::size_t i = 0; i < integers.size(); ++i) {
-            T number;
-            std::memcpy(&number, &bytes[layout.offsetOf(i)], sizeof number);
-            integers[i] = static_cast<u32>(number);
-        }
+        if constexpr (std::is_unsigned_v<T>)
+            for (std::size_t i = 0; i < integers.size(); ++i) {
+                std::memcpy(&number, &bytes[layout.offsetOf(i)], sizeof number);
+                integers[i] = number;
+            }
         return integers;
     });
 }
