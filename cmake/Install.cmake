@@ -38,6 +38,23 @@ set(installed_headers
   scene/core/TextSink.h
   scene/core/Types.h
   scene/core/Vector.h)
+if(TARGET vrn_convert)
+  list(APPEND installed_headers
+    convert/Convert.h
+    convert/export/WriteOptions.h
+    convert/images/ImageFiles.h
+    convert/import/Placement.h
+    convert/import/ReadOptions.h
+    convert/import/SceneMerge.h
+    convert/shared/Errors.h
+    convert/shared/Extension.h
+    convert/shared/Losses.h
+    convert/shared/ReadListener.h
+    convert/shared/SceneNames.h
+    convert/shared/TexturePaths.h
+    convert/shared/Transform.h
+    convert/shared/UniqueNames.h)
+endif()
 foreach(header ${installed_headers})
   cmake_path(GET header PARENT_PATH folder)
   install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vrn/${folder})
@@ -52,6 +69,13 @@ install(TARGETS vrn EXPORT vrn-static ARCHIVE INCLUDES DESTINATION ${header_fold
 install(TARGETS vrn_shared EXPORT vrn-shared LIBRARY INCLUDES DESTINATION ${header_folders})
 install(EXPORT vrn-static NAMESPACE vrn:: DESTINATION ${package_folder})
 install(EXPORT vrn-shared NAMESPACE vrn:: DESTINATION ${package_folder})
+
+# vrn::convert, a component: it uses parts of the library that the shared one does not export.
+if(TARGET vrn_convert)
+  set_target_properties(vrn_convert PROPERTIES EXPORT_NAME convert)
+  install(TARGETS vrn_convert EXPORT vrn-convert ARCHIVE INCLUDES DESTINATION ${header_folders})
+  install(EXPORT vrn-convert NAMESPACE vrn:: DESTINATION ${package_folder})
+endif()
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/vrn-config-version.cmake COMPATIBILITY SameMinorVersion)
 install(FILES cmake/vrn-config.cmake ${PROJECT_BINARY_DIR}/vrn-config-version.cmake DESTINATION ${package_folder})
 
@@ -70,7 +94,7 @@ if(EXISTS ${PROJECT_SOURCE_DIR}/catalogues)
 endif()
 
 # The command generates its manual pages and completions.
-add_custom_target(vrn_installed DEPENDS vrn vrn_shared)
+add_custom_target(vrn_installed DEPENDS vrn vrn_shared $<TARGET_NAME_IF_EXISTS:vrn_convert>)
 if(TARGET vrn_command)
   set(shell_files ${PROJECT_BINARY_DIR}/shell)
   add_custom_command(OUTPUT ${shell_files}/made

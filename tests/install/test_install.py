@@ -20,8 +20,8 @@ def output(*command, **more):
     return result.stdout.decode()
 
 
-def blocks(language):
-    return re.findall(rf"^```{language}\n(.*?)^```$", (ROOT / "docs" / "library.md").read_text(), re.M | re.S)
+def blocks(language, document="library.md"):
+    return re.findall(rf"^```{language}\n(.*?)^```$", (ROOT / "docs" / document).read_text(), re.M | re.S)
 
 
 def setUpModule():
@@ -43,6 +43,11 @@ def headers():
     return sorted((PREFIX / "include" / "vrn").rglob("*.h"))
 
 
+def reader_headers():
+    """Those of the library without the converter, which is static."""
+    return [header for header in headers() if "vrn/convert" not in str(header)]
+
+
 def needed_libraries(program):
     return re.findall(r"Shared library: \[(.*?)\]", output("readelf", "-d", program))
 
@@ -55,16 +60,17 @@ class Tree(unittest.TestCase):
         self.assertGreaterEqual(len(commands), 5)
         expected = {
             "bin/vrn", "include/vrn/vrn.h", *(f"{folder}/{name}" for name in
-                                              ("libvrn.a", "libvrn.so", SONAME, f"libvrn.so.{VERSION}", "pkgconfig/vrn.pc")),
+                                              ("libvrn.a", "libvrn_convert.a", "libvrn.so", SONAME, f"libvrn.so.{VERSION}", "pkgconfig/vrn.pc")),
             "share/doc/vrn/LICENSE", "share/man/man1/vrn.1",
             *(f"share/man/man1/vrn-{command}.1" for command in commands),
             "share/bash-completion/completions/vrn", "share/zsh/site-functions/_vrn",
             "share/fish/vendor_completions.d/vrn.fish",
             *(f"{folder}/cmake/vrn/vrn-{part}.cmake" for part in
-              ("config", "config-version", "static", "static-release", "shared", "shared-release")),
+              ("config", "config-version", "static", "static-release", "shared", "shared-release", "convert",
+               "convert-release")),
             *(f"share/vrn/{p.relative_to(ROOT)}" for p in (ROOT / "catalogues").glob("*.json")),
         }
-        self.assertEqual({path for path in found if not re.match(r"include/vrn/(scene|impl)/", path)}, expected)
+        self.assertEqual({path for path in found if not re.match(r"include/vrn/(scene|impl|convert)/", path)}, expected)
 
     def test_command_runs(self):
         self.assertEqual(output(PREFIX / "bin/vrn", "check", SCENE), "1 file checked: 0 errors, 0 warnings\n")
@@ -98,7 +104,7 @@ class Headers(unittest.TestCase):
         """Free functions, in their declarations; member functions are covered by the mark of their class."""
         declaration = r"^(?: *friend |\[\[nodiscard\]\] )?\w[\w:<>*& ]*[ *&]([\w=]+)\([^{};]*\)[^{};=]*;$"
         found = 0
-        for header in headers():
+        for header in reader_headers():
             text = header.read_text()
             for name in re.findall(declaration, text, re.M):
                 found += 1
@@ -152,6 +158,17 @@ class Builds(unittest.TestCase):
                 self.viewer_prints_what_is_shown(build / "viewer")
                 needed = [name for name in needed_libraries(build / "viewer") if re.match("lib(vrn|deflate)", name)]
                 self.assertEqual(needed, libraries)
+
+    def test_conversions(self):
+        (TEMPORARY / "converts").mkdir()
+        (TEMPORARY / "converts" / "CMakeLists.txt").write_text(blocks("cmake", "convert.md")[0])
+        (TEMPORARY / "converts" / "converter.cpp").write_text(blocks("cpp", "convert.md")[0])
+        build = TEMPORARY / "converts" / "build"
+        output("cmake", "-S", TEMPORARY / "converts", "-B", build, f"-DCMAKE_PREFIX_PATH={PREFIX}")
+        output("cmake", "--build", build)
+        (TEMPORARY / "a.obj").write_text("v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n")
+        output(build / "converter", TEMPORARY / "a.obj", TEMPORARY / "a.stl")
+        self.assertEqual((TEMPORARY / "a.stl").stat().st_size, 84 + 50)
 
     def test_with_other_versions_of_cmakes_package(self):
         asking = 'cmake_minimum_required(VERSION 3.16)\nproject(asks LANGUAGES NONE)\n' \
