@@ -221,7 +221,7 @@ private:
 
     // Standard input as a file: readers of models read files.
     std::string savedInput() {
-        const std::string path = scratch().file("input" + formatOf("-", options_.from));
+        std::string path = scratch().file("input" + formatOf("-", options_.from));
         OutputFile file(path);
         File input = File::standardInput();
         for (std::string_view block = input.readBlock(); !block.empty(); block = input.readBlock())

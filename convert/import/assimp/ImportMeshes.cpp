@@ -208,7 +208,8 @@ private:
 
     void setIndices(const char* name, DataType type, std::span<const u32> corners) {
         AttrData indices = AttrData::buffer(type, corners.size());
-        std::memcpy(indices.bytes().data(), corners.data(), corners.size_bytes());
+        if (!corners.empty()) // null pointers must not be copied
+            std::memcpy(indices.bytes().data(), corners.data(), corners.size_bytes());
         set(*node_, name, std::move(indices));
     }
 
