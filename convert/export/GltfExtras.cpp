@@ -39,8 +39,11 @@ void writeMeshExtras(JsonText& json, const Geometry& geometry, Losses& losses) {
     std::string extras = extrasOf(*geometry.source, "extras", losses);
     const bool hasNames =
         std::ranges::any_of(geometry.targets, [](const MorphTarget& target) { return !target.name.empty(); });
-    if (!hasNames)
-        return extras.empty() ? void() : json.key("extras").raw(extras);
+    if (!hasNames) {
+        if (!extras.empty())
+            json.key("extras").raw(extras);
+        return;
+    }
     const std::size_t end = extras.find_last_not_of(" \t\r\n");
     const bool isObject = extras.empty() || extras[extras.find_first_not_of(" \t\r\n")] == '{';
     if (!isObject)

@@ -1,6 +1,5 @@
 #include "convert/import/assimp/ImportMeshes.h"
 
-#include "convert/import/Bounds.h"
 #include "convert/import/NodeInputs.h"
 #include "convert/import/VertexWelding.h"
 #include "convert/import/assimp/AssimpValues.h"
@@ -55,7 +54,7 @@ public:
         weld();
         node_ = &context_.create("mesh", name, "mesh");
         setText(*node_, "topology", topologyOf(faces));
-        setBounds(*node_, {&mesh_.mVertices->x, std::size_t(3) * mesh_.mNumVertices});
+        setBounds();
         set(*node_, "points", floats(DataType::Vec3f, mesh_.mVertices));
         if (mesh_.mNormals)
             set(*node_, "normals", floats(DataType::Vec3f, mesh_.mNormals));
@@ -85,7 +84,7 @@ private:
     // Formats without indices repeat vertices. Without faces, each vertex is a point of its own.
     void weld() {
         const std::size_t count = mesh_.mNumVertices;
-        const std::vector<BoneInfluences> influences = influencesOf(context_, mesh_, nullptr);
+        const std::vector<Influences> influences = influencesOf(context_, mesh_, nullptr);
         std::vector<u32> numbers;
         welding_.add(std::span<const aiVector3D>(mesh_.mVertices, count));
         for (const aiVector3D* vectors : {mesh_.mNormals, mesh_.mTangents, mesh_.mBitangents})
@@ -96,7 +95,7 @@ private:
         for (unsigned set = 0; set < AI_MAX_NUMBER_OF_TEXTURECOORDS && mesh_.mTextureCoords[set]; ++set)
             welding_.add(std::span<const aiVector3D>(mesh_.mTextureCoords[set], count));
         if (!influences.empty())
-            welding_.add(std::span<const BoneInfluences>(influences));
+            welding_.add(std::span<const Influences>(influences));
         if (mesh_.mNumFaces == 0) {
             numbers.resize(count);
             std::iota(numbers.begin(), numbers.end(), 0U);
@@ -116,6 +115,20 @@ private:
             to += sizeof(T);
         }
         return buffer;
+    }
+
+    void setBounds() {
+        double min[3];
+        double max[3];
+        for (unsigned axis = 0; axis < 3; ++axis) {
+            const auto [low, high] = std::ranges::minmax(std::span(mesh_.mVertices, mesh_.mNumVertices), {},
+                                                         [&](const aiVector3D& point) { return point[axis]; });
+            min[axis] = static_cast<double>(low[axis]);
+            max[axis] = static_cast<double>(high[axis]);
+        }
+        Input& bounds = *node_->createInput("bounds", AttrType::Object);
+        setMember(bounds, "min", valueOf(AttrType::Pos3, min));
+        setMember(bounds, "max", valueOf(AttrType::Pos3, max));
     }
 
     // The fourth component is the sign of the bitangent.
@@ -195,7 +208,7 @@ private:
 
     void setIndices(const char* name, DataType type, std::span<const u32> corners) {
         AttrData indices = AttrData::buffer(type, corners.size());
-        if (!corners.empty())
+        if (!corners.empty()) // null pointers must not be copied
             std::memcpy(indices.bytes().data(), corners.data(), corners.size_bytes());
         set(*node_, name, std::move(indices));
     }

@@ -50,7 +50,9 @@ void ModelFiles::prepare(const char* path) {
     if (!isLibrary && !beginsWithUtf16(path))
         return;
     std::string content = readText(path);
-    replace(path, isLibrary ? takeLibrary_(std::move(content)) : std::move(content));
+    if (isLibrary)
+        content = takeLibrary_(std::move(content));
+    replace(path, std::move(content));
 }
 
 } // namespace vrn::convert

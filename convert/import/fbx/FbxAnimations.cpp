@@ -229,9 +229,9 @@ private:
         constexpr double samplesPerSecond = 30;
         constexpr double mostSamples = 1e6;
         const auto [first, last] = std::ranges::minmax(times);
-        const auto count = static_cast<int>(std::ceil(std::min((last - first) * samplesPerSecond, mostSamples)));
-        for (int i = 1; i < count; ++i)
-            times.push_back(first + i / samplesPerSecond);
+        const auto count = static_cast<u64>(std::ceil(std::min((last - first) * samplesPerSecond, mostSamples)));
+        for (u64 i = 1; i < count; ++i)
+            times.push_back(first + static_cast<double>(i) / samplesPerSecond);
     }
 
     template <class Sample>
