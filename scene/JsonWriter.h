@@ -152,7 +152,8 @@ public:
     void beginArray() { writer_.StartArray(); }
     void endArray() { writer_.EndArray(); }
 
-    // A value that is already JSON.
+    // A value that is already JSON, which is copied.
+    // cppcheck-suppress invalidLifetime; nothing keeps the pointer
     void raw(std::string_view json) { writer_.RawValue(json.data(), json.size(), rapidjson::kObjectType); }
 
 private:

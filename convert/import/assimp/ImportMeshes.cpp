@@ -84,7 +84,7 @@ private:
     // Formats without indices repeat vertices. Without faces, each vertex is a point of its own.
     void weld() {
         const std::size_t count = mesh_.mNumVertices;
-        const std::vector<Influences> influences = influencesOf(context_, mesh_, nullptr);
+        const std::vector<BoneInfluences> influences = influencesOf(context_, mesh_, nullptr);
         std::vector<u32> numbers;
         welding_.add(std::span<const aiVector3D>(mesh_.mVertices, count));
         for (const aiVector3D* vectors : {mesh_.mNormals, mesh_.mTangents, mesh_.mBitangents})
@@ -95,7 +95,7 @@ private:
         for (unsigned set = 0; set < AI_MAX_NUMBER_OF_TEXTURECOORDS && mesh_.mTextureCoords[set]; ++set)
             welding_.add(std::span<const aiVector3D>(mesh_.mTextureCoords[set], count));
         if (!influences.empty())
-            welding_.add(std::span<const Influences>(influences));
+            welding_.add(std::span<const BoneInfluences>(influences));
         if (mesh_.mNumFaces == 0) {
             numbers.resize(count);
             std::iota(numbers.begin(), numbers.end(), 0U);

@@ -49,10 +49,10 @@ void ModelFiles::prepare(const char* path) {
     const bool isLibrary = takeLibrary_ && extensionOf(path) == ".mtl";
     if (!isLibrary && !beginsWithUtf16(path))
         return;
-    std::string content = readText(path);
     if (isLibrary)
-        content = takeLibrary_(std::move(content));
-    replace(path, std::move(content));
+        replace(path, takeLibrary_(readText(path)));
+    else
+        replace(path, readText(path));
 }
 
 } // namespace vrn::convert
