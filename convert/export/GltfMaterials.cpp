@@ -68,7 +68,7 @@ void GltfMaterials::writeCoreModel(const Material& material, u32 uvsets) {
         .text(material.alphaMode == "mask"    ? "MASK"
               : material.alphaMode == "blend" ? "BLEND"
                                               : "OPAQUE");
-    if (material.alphaMode == "mask")
+    if (material.alphaMode == "mask" || material.alphaCutoff != 0.5)
         json_.key("alphaCutoff").real(material.alphaCutoff);
     json_.key("doubleSided").boolean(material.isDoubleSided);
 }

@@ -143,7 +143,7 @@ void GltfMeshes::addSkin(const Geometry& geometry, Accessors& accessors) {
     for (const Influences& influences : geometry.influences)
         accessors.maxJoint = std::max(accessors.maxJoint, *std::ranges::max_element(influences.joints));
     if (accessors.maxJoint > 0xFFFF)
-        return;
+        return losses_.add("joints of meshes with numbers above 65535", *geometry.source);
     bool isChanged = false;
     std::vector<GltfInfluences> valid = validInfluences(geometry.influences, isChanged);
     if (isChanged)
@@ -207,13 +207,23 @@ GltfMeshes::Primitive GltfMeshes::primitiveOf(const ModelNode& node, u32 index) 
     return primitive;
 }
 
+// In glTF, a mesh has one name, one set of weights and extras of its own, here those of its first part.
+void GltfMeshes::reportOwn(const Node& first, const Geometry& part) {
+    const Input* extras = part.source->input("extras");
+    if (displayName(first) != displayName(*part.source))
+        losses_.add("names of parts", *part.source);
+    if (!part.targetWeights.empty() || (extras && *extras->value().asString() != '\0'))
+        losses_.add("extras and weights of parts", *part.source);
+}
+
 u32 GltfMeshes::meshIndex(const ModelNode& node) {
     Mesh mesh{primitiveOf(node, node.geometry)};
     const std::size_t targets = model_.geometries[node.geometry].targets.size();
     for (const u32 part : node.parts) {
-        if (model_.geometries[part].targets.size() == targets)
+        if (model_.geometries[part].targets.size() == targets) {
             mesh.push_back(primitiveOf(node, part));
-        else
+            reportOwn(*model_.geometries[node.geometry].source, model_.geometries[part]);
+        } else
             losses_.add("parts whose number of morph targets is not that of the first", *node.source);
     }
     const auto [found, isNew] = meshIndices_.emplace(mesh, static_cast<u32>(meshes_.size()));

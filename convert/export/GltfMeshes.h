@@ -67,6 +67,7 @@ private:
     u32 materialIndex(u32 material, const Geometry& geometry);
     u32 variantIndex(const MaterialVariant& variant);
     Primitive primitiveOf(const ModelNode& node, u32 index);
+    void reportOwn(const Node& first, const Geometry& part);
     void writePrimitive(JsonText& json, const Primitive& primitive);
 
     const Model& model_;

@@ -181,7 +181,9 @@ void GltfSceneWriter::writeLight(const Light& light) {
     json_.key("type").text(light.kind);
     json_.key("color").reals(light.color);
     json_.key("intensity").real(light.intensity);
-    if (light.range > 0 && light.kind != "directional")
+    if (light.range > 0 && light.kind == "directional")
+        losses_.add("ranges of directional lights", *light.source);
+    else if (light.range > 0)
         json_.key("range").real(light.range);
     if (light.kind == "spot")
         json_.key("spot").object([&] {

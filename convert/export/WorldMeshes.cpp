@@ -6,19 +6,25 @@
 
 #include <cmath>
 #include <cstring>
+#include <unordered_map>
 #include <unordered_set>
 
 namespace vrn::convert {
 
 namespace {
 
-// Whether all points between the bounds of a geometry are finite in world space.
-bool fitsInWorld(const Geometry& geometry, const Matrix& world) {
-    if (world == identity)
-        return true;
-    std::array<double, 3> largest{};
+// The largest absolute value of each coordinate.
+Vector largestOf(const Geometry& geometry) {
+    Vector largest{};
     for (std::size_t i = 0; i < geometry.points.size(); ++i)
         largest[i % 3] = std::max(largest[i % 3], std::abs(static_cast<double>(geometry.points[i])));
+    return largest;
+}
+
+// Whether all points with coordinates up to the largest are finite in world space.
+bool fitsInWorld(const Vector& largest, const Matrix& world) {
+    if (world == identity)
+        return true;
     const auto bound = [&](std::size_t axis) {
         double sum = std::abs(world[12 + axis]);
         for (std::size_t i = 0; i < 3; ++i)
@@ -91,7 +97,10 @@ private:
 
     void place(const ModelNode& node, u32 index, const Matrix& world) {
         const Geometry& geometry = model_.geometries[index];
-        if (!fitsInWorld(geometry, world))
+        const auto [largest, isNew] = largest_.try_emplace(index);
+        if (isNew)
+            largest->second = largestOf(geometry);
+        if (!fitsInWorld(largest->second, world))
             return losses_.add("meshes whose transformed points exceed the range of a float", *node.source);
         if (world != identity)
             losses_.add("transforms of nodes (applied to the points)", *node.source);
@@ -107,7 +116,8 @@ private:
     Losses& losses_;
     std::vector<Matrix> worlds_;
     std::vector<WorldMesh> meshes_;
-    std::unordered_set<u32> seen_; // geometries
+    std::unordered_set<u32> seen_;            // geometries
+    std::unordered_map<u32, Vector> largest_; // coordinates of each geometry
 };
 
 } // namespace

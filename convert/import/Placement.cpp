@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <unordered_map>
 #include <unordered_set>
 
 namespace vrn::convert {
@@ -35,6 +36,10 @@ Uses usesIn(Scene& scene) {
     for (const Node& node : scene.nodes()) {
         if (const Node* geometry = nodeBehind(node.input("geometry")))
             uses.geometries.insert(geometry);
+        if (const Input* parts = node.input("parts"))
+            for (const Input* part : parts->children())
+                if (const Node* mesh = nodeBehind(part))
+                    uses.geometries.insert(mesh);
         if (const Input* children = node.input("children"); children && hasPlace(node))
             for (const Input* child : children->children())
                 if (const Node* used = nodeBehind(child))
@@ -50,6 +55,19 @@ bool isRoot(const Node& node, const Uses& uses) {
 
 bool isUnshownMesh(const Node& node, const Uses& uses) {
     return !node.isDefinition() && node.type() == "mesh" && !uses.geometries.contains(&node);
+}
+
+bool isSceneList(const Node& node) { return !node.isDefinition() && node.type() == "scene" && node.input("nodes"); }
+
+// Lists the new parents of nodes in place of these nodes.
+void listTops(Scene& scene, const std::unordered_map<const Node*, Node*>& tops) {
+    for (Node& node : scene.nodes()) {
+        if (!isSceneList(node))
+            continue;
+        for (Input* listed : node.input("nodes")->children())
+            if (const auto found = tops.find(nodeBehind(listed)); found != tops.end())
+                listed->setNode(found->second);
+    }
 }
 
 void scaleInput(Node& node, const char* name, double factor, Losses& losses) {
@@ -106,6 +124,7 @@ void place(Scene& scene, const Placement& placement, Losses& losses) {
     const Matrix matrix = placement.matrix();
     if (matrix == identity)
         return;
+    const bool hasScenes = std::ranges::any_of(scene.nodes(), [](const Node& node) { return isSceneList(node); });
     const Uses uses = usesIn(scene);
     std::vector<Node*> roots;
     std::vector<Node*> unshown;
@@ -116,15 +135,26 @@ void place(Scene& scene, const Placement& placement, Losses& losses) {
             unshown.push_back(&node);
     }
     NodeMaker maker(scene);
-    Node& top = maker.create("transform", "", "root");
-    setNumbers(top, "transform", AttrType::Mat4, matrix);
+    const auto makeTop = [&]() -> Node& {
+        Node& top = maker.create("transform", "", "root");
+        setNumbers(top, "transform", AttrType::Mat4, matrix);
+        return top;
+    };
     for (Node* mesh : unshown) {
         Node& instance = maker.create("instance", "", (std::string(mesh->name().view()) + "_instance").c_str());
         setReference(instance, "geometry", *mesh);
         roots.push_back(&instance);
     }
-    for (Node* root : roots)
-        setReference(*root, "parent", top);
+    if (hasScenes) { // each root its own, because not all are in the same scenes
+        std::unordered_map<const Node*, Node*> tops;
+        for (Node* root : roots)
+            setReference(*root, "parent", *(tops[root] = &makeTop()));
+        listTops(scene, tops);
+    } else {
+        Node& top = makeTop();
+        for (Node* root : roots)
+            setReference(*root, "parent", top);
+    }
     scaleDistances(scene, placement.metres, losses);
 }
 

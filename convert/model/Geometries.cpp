@@ -105,9 +105,11 @@ void readTargetWeights(ExportContext& context, ModelNode& node) {
 
 void readGeometries(ExportContext& context) {
     for (ModelNode& node : context.model.nodes) {
-        if (!linkedNode(node.source->input("geometry")))
+        const Input* input = node.source->input("geometry");
+        if (!linkedNode(input) && !node.source->input("parts"))
             continue;
-        node.geometry = linkedGeometry(context, *node.source->input("geometry"));
+        if (input)
+            node.geometry = linkedGeometry(context, *input);
         readParts(context, node);
         readTargetWeights(context, node);
         node.material = readMaterial(context, linkedNode(node.source->input("material")));

@@ -68,7 +68,10 @@ Quaternion readRotation(const Node& node, const InputReader& reader, Losses& los
 // Decomposes the matrix if that is exact. Also decomposes matrices with a zero scale, shear or perspective, which other
 // formats reject as matrices; shear and perspective are lost.
 void setMatrix(ModelNode& node, const Matrix& matrix, Losses& losses) {
-    constexpr double maxError = 1e-5;
+    double largest = 0; // of the linear part
+    for (const unsigned i : {0U, 1U, 2U, 4U, 5U, 6U, 8U, 9U, 10U})
+        largest = std::max(largest, std::abs(matrix[i]));
+    const double maxError = 1e-5 * std::max(largest, 1e-30);
     const Trs trs = decomposeTransform(matrix);
     const double error = maxDifference(toMatrix(trs), matrix);
     const bool isFlat = trs.scale[0] == 0 || trs.scale[1] == 0 || trs.scale[2] == 0;

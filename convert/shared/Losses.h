@@ -3,6 +3,7 @@
 
 #include "convert/shared/SceneNames.h"
 
+#include <concepts>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -28,6 +29,13 @@ public:
         add(what, [&] { return path; });
     }
 
+    // Computes the path only for the first occurrence.
+    template <std::invocable Path> void add(std::string_view what, Path path) {
+        Loss& loss = ofKind(what);
+        if (loss.count++ == 0)
+            loss.first = path();
+    }
+
     // A defect of a file that its reader noticed; the text of the first one is `first`. Texts that differ only in
     // numbers and in parentheses are one kind.
     void warn(std::string_view text);
@@ -40,11 +48,6 @@ private:
     static constexpr std::size_t maxKinds = 200;
     static constexpr const char* otherKinds = "other kinds";
 
-    template <class Path> void add(std::string_view what, Path path) {
-        Loss& loss = ofKind(what);
-        if (loss.count++ == 0)
-            loss.first = path();
-    }
     Loss& ofKind(std::string_view what);
 
     std::vector<Loss> losses_;

@@ -37,6 +37,8 @@ public:
         if (!decoded.ok())
             compression.refuse("its bytes are not a valid compressed mesh: " + decoded.status().error_msg_string());
         mesh_ = std::move(decoded).value();
+        if (mesh_->num_points() == 0)
+            compression.refuse("the compressed mesh has no points");
     }
 
     [[nodiscard]] bool has(const std::string& name) const { return ids_[name.c_str()].exists(); }
@@ -91,7 +93,7 @@ GltfAttributes::GltfAttributes(GltfContext& context, const GltfValue& primitive)
     attributes_.forEachMember([&](std::string_view name, const GltfValue& accessor) {
         if (draco_ && draco_->has(std::string(name)))
             return;
-        if (vertices_ != 0 && context.accessors.countOf(accessor) != vertices_)
+        if (points.exists() && context.accessors.countOf(accessor) != vertices_)
             accessor.refuse("the attribute has " + std::to_string(context.accessors.countOf(accessor)) +
                             " elements for " + std::to_string(vertices_) + " points");
     });

@@ -1,6 +1,7 @@
 #include "convert/import/gltf/GltfHierarchy.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 namespace vrn::convert {
 
@@ -17,8 +18,11 @@ public:
         isAdded_.assign(nodes_.size(), false);
         readParents();
         scenes_.forEach([&](const GltfValue& scene, u64) {
+            std::unordered_set<u64> listed;
             scene["nodes"].forEach([&](const GltfValue& root, u64) {
                 const u64 index = root.indexIn(nodes_);
+                if (!listed.insert(index).second)
+                    root.refuse("the scene lists the node twice");
                 if (hierarchy_.parents[index] != GltfHierarchy::none)
                     root.refuse("the node is a child of another node");
                 add(index);

@@ -59,6 +59,8 @@ public:
     }
 
     [[nodiscard]] bool isObject() const noexcept { return value_ && value_->IsObject(); }
+    [[nodiscard]] bool isArray() const noexcept { return value_ && value_->IsArray(); }
+    [[nodiscard]] bool isText() const noexcept { return value_ && value_->IsString(); }
 
     // Compact JSON of the whole value, all of which counts as read. Of an object, without the member `omitted`.
     [[nodiscard]] std::string json(std::string_view omitted = "") const;

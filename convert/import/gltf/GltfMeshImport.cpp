@@ -16,31 +16,55 @@ constexpr const char* targetNamesMember = "targetNames";
 
 std::vector<std::string> targetNames(const GltfValue& mesh) {
     std::vector<std::string> names;
-    if (const GltfValue extras = mesh["extras"]; extras.isObject())
-        extras[targetNamesMember].forEach([&](const GltfValue& name, u64) { names.emplace_back(name.text()); });
+    const GltfValue extras = mesh["extras"];
+    const GltfValue list = extras.isObject() ? extras[targetNamesMember] : extras;
+    if (!list.isArray() || !extras.isObject() || mesh["primitives"].size() == 0 ||
+        list.size() != mesh["primitives"][u64(0)]["targets"].size())
+        return names;
+    for (u64 i = 0; i < list.size(); ++i) {
+        if (!list[i].isText() || list[i].text().empty())
+            return {};
+        names.emplace_back(list[i].text());
+    }
     return names;
 }
 
-void keepMeshExtras(Node& node, const GltfValue& mesh) {
+// Without the names of the targets, which then are those of the targets here.
+void keepMeshExtras(Node& node, const GltfValue& mesh, bool hasTargetNames) {
     const GltfValue extras = mesh["extras"];
-    const std::string text = extras.exists() ? extras.json(targetNamesMember) : "{}";
-    if (text != "{}")
+    if (!extras.exists())
+        return;
+    const std::string text = extras.json(hasTargetNames ? targetNamesMember : "");
+    if (text != "{}" || !hasTargetNames)
         setText(node, "extras", text);
 }
 
 class PrimitiveImport {
 public:
-    PrimitiveImport(GltfContext& context, const GltfValue& mesh, const GltfValue& primitive)
-        : context_(context), mesh_(mesh), primitive_(primitive), attributes_(context, primitive) {}
+    PrimitiveImport(GltfContext& context, const GltfValue& mesh, const GltfValue& primitive,
+                    const std::vector<std::string>& targetNames)
+        : context_(context), mesh_(mesh), primitive_(primitive), targetNames_(targetNames),
+          attributes_(context, primitive) {}
 
-    // Null if there are no points.
+    // Null if there are no points or no whole faces.
     Node* read() {
         if (!attributes_.has("POSITION")) {
-            context_.losses.add("meshes without points", String(std::string_view(primitive_.pointer())));
+            context_.losses.add("meshes without points",
+                                [&] { return String(std::string_view(primitive_.pointer())); });
+            return nullptr;
+        }
+        bool isComplete = true;
+        const PrimitiveList faces =
+            listOf(primitive_["mode"], attributes_.indices(), attributes_.vertices(), isComplete);
+        if (faces.indices.empty()) {
+            context_.losses.add("meshes without whole faces",
+                                [&] { return String(std::string_view(primitive_.pointer())); });
             return nullptr;
         }
         node_ = &context_.maker.create("mesh", mesh_["name"].text(), "mesh");
-        addFaces();
+        if (!isComplete)
+            context_.losses.add("corners after the last whole face", *node_);
+        addFaces(faces);
         addVertices();
         addSkinning();
         addCustomAttributes();
@@ -53,12 +77,7 @@ public:
     }
 
 private:
-    void addFaces() {
-        bool isComplete = true;
-        const PrimitiveList list =
-            listOf(primitive_["mode"], attributes_.indices(), attributes_.vertices(), isComplete);
-        if (!isComplete)
-            context_.losses.add("corners after the last whole face", *node_);
+    void addFaces(const PrimitiveList& list) {
         setText(*node_, "topology", list.topology);
         if (list.isSequence)
             return;
@@ -111,11 +130,10 @@ private:
     }
 
     void addTargets() {
-        const std::vector<std::string> names = targetNames(mesh_);
         primitive_["targets"].forEach([&](const GltfValue& target, u64 i) {
             Input& to = append("targets");
-            if (i < names.size())
-                setMember(to, "name", AttrData::string(names[i]));
+            if (i < targetNames_.size())
+                setMember(to, "name", AttrData::string(targetNames_[i]));
             const auto add = [&](const char* attribute, const char* member, DataType type) {
                 if (target[attribute].exists())
                     setMember(to, member, deltas(target[attribute], type));
@@ -153,10 +171,11 @@ private:
         });
     }
 
-    // Calls `act` for the attributes with that prefix and the numbers from `first` on, without a gap. Others remain
-    // unread and are reported as such.
+    // Calls `act` for the attributes with that prefix and the numbers from `first` on, without a gap, up to 64. Others
+    // remain unread and are reported as such.
     void forEachSet(const char* prefix, u64 first, auto act) {
-        for (u64 i = first; attributes_.has(prefix + std::to_string(i)); ++i)
+        constexpr u64 most = 64; // the work on joints is quadratic in the number of sets
+        for (u64 i = first; i < most && attributes_.has(prefix + std::to_string(i)); ++i)
             act(prefix + std::to_string(i), i);
     }
 
@@ -165,6 +184,7 @@ private:
     GltfContext& context_;
     const GltfValue& mesh_;
     const GltfValue& primitive_;
+    const std::vector<std::string>& targetNames_;
     GltfAttributes attributes_;
     Node* node_ = nullptr;
 };
@@ -182,12 +202,13 @@ void importMeshes(GltfContext& context) {
     for (const u64 index : used) {
         const GltfValue mesh = meshes[index];
         std::vector<Node*>& parts = context.meshes[index];
+        const std::vector<std::string> names = targetNames(mesh);
         mesh["primitives"].required().forEach([&](const GltfValue& primitive, u64) {
-            if (Node* part = PrimitiveImport(context, mesh, primitive).read())
+            if (Node* part = PrimitiveImport(context, mesh, primitive, names).read())
                 parts.push_back(part);
         });
         if (!parts.empty()) {
-            keepMeshExtras(*parts[0], mesh);
+            keepMeshExtras(*parts[0], mesh, !names.empty());
             context.setWeights(*parts[0], mesh["weights"]);
         }
     }

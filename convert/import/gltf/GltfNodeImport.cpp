@@ -63,13 +63,13 @@ void setMeshes(Node& node, const std::vector<Node*>& meshes) {
 void setInstancing(GltfContext& context, Node& node, const GltfValue& from) {
     const GltfValue attributes = from.extension("EXT_mesh_gpu_instancing")["attributes"];
     u64 count = 0;
-    const auto add = [&](const GltfValue& accessor, const std::string& input, DataType type) {
+    const auto read = [&](const GltfValue& accessor, DataType type) {
         AttrData values = context.accessors.floats(accessor, type);
         if (count != 0 && values.count() != count)
             accessor.refuse("it has " + std::to_string(values.count()) + " elements for " + std::to_string(count) +
                             " instances");
         count = values.count();
-        setAt(node, input, std::move(values));
+        return values;
     };
     constexpr struct {
         const char* attribute;
@@ -80,7 +80,7 @@ void setInstancing(GltfContext& context, Node& node, const GltfValue& from) {
                  {"SCALE", "instances.scale", DataType::Vec3f}};
     for (const auto& [attribute, input, type] : known)
         if (const GltfValue accessor = attributes[attribute]; accessor.exists())
-            add(accessor, input, type);
+            setAt(node, input, read(accessor, type));
     attributes.forEachMember([&](std::string_view name, const GltfValue& accessor) {
         if (!name.starts_with('_'))
             return;
@@ -88,7 +88,7 @@ void setInstancing(GltfContext& context, Node& node, const GltfValue& from) {
         const DataType type = floatTypeOf(context.accessors.componentsOf(accessor));
         Input& attribute = context.append(node, "instances.attributes");
         setMember(attribute, "name", AttrData::string(name));
-        setMember(attribute, "values", context.accessors.floats(accessor, type));
+        setMember(attribute, "values", read(accessor, type));
     });
 }
 
