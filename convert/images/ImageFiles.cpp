@@ -100,6 +100,7 @@ void ImageFiles::applyTo(Node& texture, const std::string& prefix) {
 void ImageFiles::embed(Node& texture, const std::string& prefix, const std::string& bytes) {
     AttrData encoded = AttrData::buffer(DataType::Byte, bytes.size());
     std::ranges::copy(bytes, encoded.elements<u8>().begin());
+    remove(texture, prefix, "encoded"); // it may have another type
     setAt(texture, prefix + "encoded", std::move(encoded));
     remove(texture, prefix, "file");
 }

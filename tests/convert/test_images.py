@@ -60,6 +60,13 @@ class Images(Folder):
             self.assertEqual(bytes(texture["encoded"]["data"]), image)
             self.assertNotIn("file", texture)
 
+    def test_embedding_replaces_values_that_are_no_images(self):
+        self.scene(t="a/w.png")
+        with (self.folder / "in/s.vrn").open("a") as file:
+            file.write("\nt.encoded = 5;\n")
+        self.assertEqual(self.convert("--embed", "in/s.vrn", "out/s.vrn"), [])
+        self.assertEqual(bytes(self.textures("out/s.vrn")["t"]["encoded"]["data"]), RED)
+
     def test_copies_are_found_after_a_move(self):
         self.scene(t="a/w.png", u="b/w.png", v="a/w.png")
         self.assertEqual(self.convert("--copy-textures", "out/maps", "in/s.vrn", "out/s.gltf"), [])
