@@ -1,7 +1,8 @@
 # make run                  builds the command and reads an example scene
 # make quick                builds and runs the unit and golden tests
 # make test                 builds everything, with and without sanitizers, and runs every test; those of the library
-#                           also for AArch64 in an emulator
+#                           also for AArch64 in an emulator, and those of the Python package
+# make python               builds the wheel of the Python package, installs it in build/python/venv and tests it
 # make install              installs library, command and manual below PREFIX (default: /usr/local)
 # make bench                measures the parts of the reader, and compares it with other libraries on generated files
 # make fuzz MINUTES=n       runs every fuzzer for n minutes
@@ -18,7 +19,7 @@ CONFIGURE := cmake -DVRN_WARNINGS_AS_ERRORS=ON -DVRN_LOCALES=$(LOCALES) -DVRN_BE
 # Some tests mostly wait.
 TEST_JOBS := $(shell echo $$(($$(nproc) + 1)))
 
-.PHONY: run test test-big-endian quick install bench fuzz lint coverage mutants packages checks format goldens grammar clean
+.PHONY: run test python test-big-endian quick install bench fuzz lint coverage mutants packages checks format goldens grammar clean
 
 run: packages
 	@$(CONFIGURE) --preset release >/dev/null
@@ -30,6 +31,7 @@ test: checks $(LOCALES)/de_DE.UTF-8 $(NODE_MODULES)
 	$(CONFIGURE) --preset release
 	cmake --build --preset release
 	ctest --preset release -j$(TEST_JOBS)
+	@$(MAKE) --no-print-directory python
 	$(CONFIGURE) --preset asan
 	cmake --build --preset asan
 	ctest --preset asan -j$(TEST_JOBS)
@@ -47,6 +49,22 @@ test-big-endian: checks
 	$(CONFIGURE) --preset s390x
 	cmake --build --preset s390x
 	ctest --preset s390x -j$(TEST_JOBS)
+
+# The tests compare the package with the command.
+PYTHON := build/python/venv/bin/python
+python: checks $(PYTHON)
+	@$(CONFIGURE) --preset release >/dev/null
+	@cmake --build --preset release --target vrn_command
+	@rm -rf build/python/wheel
+	$(PYTHON) -m pip wheel --quiet --no-deps --wheel-dir build/python/wheel .
+	$(PYTHON) -m pip install --quiet --force-reinstall --no-deps build/python/wheel/vrn-*.whl
+	VRN=$(CURDIR)/build/release/vrn $(PYTHON) -m pytest --quiet --ignore python/tests/farm python/tests
+	cd python/tests/farm && VRN=$(CURDIR)/build/release/vrn $(CURDIR)/$(PYTHON) -m pytest --quiet
+
+$(PYTHON): python/requirements.txt python/requirements-farm.txt
+	python3 -m venv build/python/venv
+	$@ -m pip install --quiet --requirement python/requirements.txt --requirement python/requirements-farm.txt
+	@touch $@
 
 quick: checks $(LOCALES)/de_DE.UTF-8
 	@$(CONFIGURE) --preset release >/dev/null

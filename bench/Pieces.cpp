@@ -86,9 +86,9 @@ template <class Number> void fill(benchmark::State& state, InstructionSet set) {
     }
     std::vector<std::byte> block(count * sizeof(Number));
     for (auto _ : state) {
-        const auto filler = NumberFiller::make<Number>(block, set);
-        filler->take(text);
-        filler->finish();
+        auto filler = NumberFiller::make<Number>(block, set);
+        filler.take(text);
+        filler.finish();
         benchmark::ClobberMemory();
     }
     state.SetItemsProcessed(static_cast<std::int64_t>(count) * state.iterations());

@@ -61,7 +61,7 @@ static Alternatives alternativesOf(const Declared& declared) {
     Alternatives all;
     for (const CountTerm& term : declared.type.countOf) {
         const Input* other = follow(declared.input, term.path);
-        all.isAnyUnknown = all.isAnyUnknown || (other && linkedNode(*other));
+        all.isAnyUnknown = all.isAnyUnknown || (other && other->linkedNode());
         all.known.push_back({&term, other ? countBy(term, *other) * term.factor : 0});
     }
     const auto isEmpty = [](const Alternative& each) { return each.count == 0; };

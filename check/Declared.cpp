@@ -1,7 +1,6 @@
 #include "check/Declared.h"
 
 #include "scene/InputPath.h"
-#include "scene/Output.h"
 
 #include <algorithm>
 #include <vector>
@@ -10,11 +9,6 @@ namespace vrn::check {
 
 using namespace vor::velmo_sdk;
 using namespace vor::velmo_sdk::impl;
-
-const Node* linkedNode(const Input& input) {
-    const Output* output = input.connection();
-    return output ? output->node() : input.nodeValue();
-}
 
 // The input and what contains it, outermost first.
 static std::vector<const Input*> chainTo(const Input& input) {
@@ -44,7 +38,7 @@ const Input* follow(const Input& from, std::string_view path) {
 }
 
 bool hasContents(const Input& input) {
-    if (linkedNode(input))
+    if (input.linkedNode())
         return true;
     switch (valueKind(input.type())) {
     case ValueKind::Buffer:

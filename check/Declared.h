@@ -19,9 +19,6 @@ struct Declared {
     std::span<const InputType> siblings; // what the catalogue declares next to it, itself included
 };
 
-// The node that the input refers to or is connected to, or null.
-[[nodiscard]] const Node* linkedNode(const Input& input);
-
 // The input at the end of a path of the catalogue, or null. `[]` leads to the element that contains `from`. Linear in
 // the path.
 [[nodiscard]] const Input* follow(const Input& from, std::string_view path);

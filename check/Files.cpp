@@ -35,7 +35,7 @@ static bool isEmbedded(const Declared& declared) {
 
 void checkFile(const Declared& declared, const std::string& folder, Findings& findings) {
     const Input& input = declared.input;
-    if (!declared.type.isFile || input.type() != AttrType::String || linkedNode(input))
+    if (!declared.type.isFile || input.type() != AttrType::String || input.linkedNode())
         return;
     const std::string name = input.value().asString();
     if (name.empty() || isUri(name) || isEmbedded(declared))

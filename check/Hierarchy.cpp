@@ -18,7 +18,7 @@ std::size_t Hierarchy::placeOf(const Node& node) {
 
 void Hierarchy::add(const Declared& declared) {
     const HierarchyRole role = declared.type.hierarchy;
-    const Node* other = role == HierarchyRole::None ? nullptr : linkedNode(declared.input);
+    const Node* other = role == HierarchyRole::None ? nullptr : declared.input.linkedNode();
     if (!other)
         return;
     const std::size_t own = placeOf(*declared.input.node());

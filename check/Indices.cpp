@@ -4,6 +4,7 @@
 #include "scene/BufferNumbers.h"
 
 #include <algorithm>
+#include <cmath>
 #include <optional>
 #include <utility>
 
@@ -20,7 +21,7 @@ template <class Number> static bool isIndex(Number number, u64 count) {
     else if constexpr (std::is_integral_v<Number>)
         return std::cmp_greater_equal(number, 0) && std::cmp_less(number, count);
     else
-        return number >= 0 && static_cast<double>(number) < static_cast<double>(count);
+        return number >= 0 && static_cast<double>(number) < static_cast<double>(count) && number == std::floor(number);
 }
 
 static std::optional<std::string> firstBadIndex(const AttrData& indices, u64 count) {
@@ -37,7 +38,7 @@ void checkIndices(const Declared& declared, Findings& findings) {
     const Input& input = declared.input;
     for (const String& path : declared.type.indexes) {
         const Input* target = follow(input, path);
-        if (target && linkedNode(*target))
+        if (target && target->linkedNode())
             continue;
         const bool isBuffer = target && target->type() == AttrType::Buffer;
         const u64 count = isBuffer ? target->value().count() : target ? target->size() : 0;

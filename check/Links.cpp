@@ -11,7 +11,7 @@ using namespace vor::velmo_sdk::impl;
 
 void checkLink(const Declared& declared, const Catalogue& catalogue, Findings& findings) {
     const auto& [input, type, siblings] = declared;
-    const Node* node = type.accepts.isEmpty() ? nullptr : linkedNode(input);
+    const Node* node = type.accepts.isEmpty() ? nullptr : input.linkedNode();
     if (!node || !catalogue.find(node->type()))
         return;
     if (std::ranges::find(type.accepts, node->type()) == type.accepts.end())

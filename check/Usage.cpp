@@ -18,7 +18,7 @@ static std::unordered_set<const Node*> usedNodes(const Scene& scene) {
         if (const Node* definition = scene.findNode(node.type()); definition != &node)
             used.insert(definition);
         forEachInput(node, [&](const Input& input) {
-            if (const Node* linked = linkedNode(input); linked != &node)
+            if (const Node* linked = input.linkedNode(); linked != &node)
                 used.insert(linked);
         });
     }

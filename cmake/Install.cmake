@@ -14,6 +14,7 @@ set(installed_headers
   scene/Catalogue.h
   scene/CatalogueJson.h
   scene/DataType.h
+  scene/Handle.h
   scene/Input.h
   scene/InputCursor.h
   scene/Interfaces.h
@@ -42,10 +43,10 @@ if(TARGET vrn_convert)
   list(APPEND installed_headers
     convert/Convert.h
     convert/export/WriteOptions.h
-    convert/images/ImageFiles.h
-    convert/import/Placement.h
+    convert/scenes/ImageFiles.h
+    convert/scenes/Placement.h
     convert/import/ReadOptions.h
-    convert/import/SceneMerge.h
+    convert/scenes/SceneMerge.h
     convert/shared/Errors.h
     convert/shared/Extension.h
     convert/shared/Losses.h
@@ -77,7 +78,9 @@ if(TARGET vrn_convert)
   install(EXPORT vrn-convert NAMESPACE vrn:: DESTINATION ${package_folder})
 endif()
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/vrn-config-version.cmake COMPATIBILITY SameMinorVersion)
-install(FILES cmake/vrn-config.cmake ${PROJECT_BINARY_DIR}/vrn-config-version.cmake DESTINATION ${package_folder})
+configure_file(cmake/vrn-config.cmake.in ${PROJECT_BINARY_DIR}/vrn-config.cmake @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/vrn-config.cmake ${PROJECT_BINARY_DIR}/vrn-config-version.cmake
+  DESTINATION ${package_folder})
 
 # vrn.pc uses paths relative to its own folder, so that an installed tree can be moved.
 set(pkgconfig_folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -5,7 +5,6 @@ set(not_in_unity_builds
   cli/shell/CompletionFish.cpp
   cli/shell/CompletionZsh.cpp
   cli/shell/ManualPage.cpp
-  convert/import/GltfFile.cpp
   impl/Formatter.cpp
   impl/numbers/PlainBlocks.cpp
   impl/numbers/PlainBlocks128.cpp

@@ -11,7 +11,7 @@
 #include "scene/core/OutputFile.h"
 
 #include <algorithm>
-#include <assimp/Importer.hpp>
+#include <set>
 
 namespace vrn::convert {
 
@@ -63,9 +63,17 @@ const Format* findFormat(const std::string& extension) {
     return format != std::end(formats) ? format : nullptr;
 }
 
+bool isGltf(const std::string& format) { return format == ".gltf" || format == ".glb"; }
+
+std::set<std::string> readableFormats() {
+    std::set<std::string> readable = assimpExtensions();
+    readable.insert({".gltf", ".glb"});
+    return readable;
+}
+
 } // namespace
 
-bool canRead(const std::string& format) { return !format.empty() && Assimp::Importer().IsExtensionSupported(format); }
+bool canRead(const std::string& format) { return readableFormats().contains(format); }
 
 bool canWrite(const std::string& format) { return findFormat(format) != nullptr; }
 
@@ -75,12 +83,9 @@ bool hasTwoForms(const std::string& format) {
 }
 
 std::string readableExtensions() {
-    std::string list;
-    Assimp::Importer().GetExtensionList(list); // `*.3ds;*.obj;...`
     std::string extensions;
-    for (const char c : list)
-        if (c != '*')
-            extensions += c == ';' ? std::string(" ") : std::string(1, c);
+    for (const std::string& format : readableFormats())
+        extensions += (extensions.empty() ? "" : " ") + format;
     return extensions;
 }
 
@@ -94,7 +99,7 @@ std::string writableExtensions() {
 void readModel(const std::string& path, Scene& scene, Losses& losses, const TexturePaths& paths,
                const ReadOptions& options, const ReadListener& listener) {
     const std::string format = options.format.empty() ? extensionOf(path) : options.format;
-    if (format != ".gltf" && format != ".glb")
+    if (!isGltf(format))
         return importModel(path, scene, paths, losses, options, listener);
     importGltf(path, scene, paths, losses, listener);
     place(scene, withOptions({}, options.placement), losses);

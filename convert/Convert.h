@@ -9,10 +9,10 @@
 #pragma once
 
 #include "convert/export/WriteOptions.h"
-#include "convert/images/ImageFiles.h"
-#include "convert/import/Placement.h"
 #include "convert/import/ReadOptions.h"
-#include "convert/import/SceneMerge.h"
+#include "convert/scenes/ImageFiles.h"
+#include "convert/scenes/Placement.h"
+#include "convert/scenes/SceneMerge.h"
 #include "convert/shared/Errors.h"
 #include "convert/shared/Extension.h"
 #include "convert/shared/Losses.h"

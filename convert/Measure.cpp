@@ -1,7 +1,7 @@
 #include "convert/Measure.h"
 
 #include "convert/model/ModelBuilder.h"
-#include "convert/model/NodeHierarchy.h"
+#include "convert/model/ShownMeshes.h"
 
 #include <algorithm>
 #include <limits>
@@ -92,11 +92,10 @@ SceneMeasure measure(const Scene& scene) {
     constexpr TargetFormat all{.hasPolygons = true, .hasLinesAndPoints = true};
     Losses ignored;
     const Model model = buildModel(scene, all, {}, ignored);
-    const std::vector<Matrix> worlds = worldMatrices(model.nodes);
     Extent extent;
-    for (std::size_t i = 0; i < model.nodes.size(); ++i)
-        if (const u32 geometry = model.nodes[i].geometry; geometry != none)
-            extent.add(model.geometries[geometry].points.span(), worlds[i]);
+    forEachShownMesh(model, [&](const ModelNode&, u32 geometry, const Matrix& world) {
+        extent.add(model.geometries[geometry].points.span(), world);
+    });
     return {meshesOf(scene, model), extent.bounds()};
 }
 

@@ -32,9 +32,10 @@ bool VrnParser::buffer(AssignInfo& info) {
 
 // Takes the elements that were read while their list was scanned.
 ElementsRead VrnParser::takeScannedBuffer(AssignInfo& info) {
-    const std::unique_ptr<BufferReader> reader = std::move(bufferInScan);
-    info.data = reader->takeData();
-    return reader->elementsRead();
+    info.data = std::move(bufferInScan->data);
+    ElementsRead elements = std::move(bufferInScan->elements);
+    bufferInScan.reset();
+    return elements;
 }
 
 // Reads the elements of a list that was scanned as a token, because the tokens before it did not look like the
@@ -61,14 +62,12 @@ Token VrnParser::bufferList() {
     std::optional<AttrData> buffer = type ? zeroBuffer(*type, ahead(2).text) : std::nullopt;
     if (!buffer)
         return lexer->nextToken();
-    auto reader = std::make_unique<BufferReader>(*std::move(buffer));
-    const Token next = lexer->nextToken(reader.get());
-    if (next.type == Type::Braces) {
-        reader->finish();
-        bufferInScan = std::move(reader);
-    }
+    BufferReader reader(*std::move(buffer));
+    const Token next = lexer->nextToken(&reader);
+    if (next.type == Type::Braces)
+        bufferInScan = reader.finish();
     return next;
-} // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): it does not see that the reader is moved
+}
 
 // A zero-filled buffer with the number of elements in the brackets; nullopt if that is not a number, or exceeds the
 // scene's limit or the available memory.

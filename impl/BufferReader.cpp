@@ -4,16 +4,17 @@
 #include "scene/syntax/CharClass.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace vor::velmo_sdk::impl {
 
-static std::span<u8> bytesOf(AttrData& data) noexcept {
+static std::span<u8> bytesOf(AttrData& data) {
     const std::span<std::byte> block = data.bytes();
     return {reinterpret_cast<u8*>(block.data()), block.size()};
 }
 
 void BufferReader::take(std::string_view characters) {
-    if (data_.bytes().empty())
+    if (std::as_const(data_).bytes().empty())
         return;
     if (!numbers_ && !payload_) {
         const auto first = std::ranges::find_if(characters, [](char c) { return isIn(c, numberChar); });
@@ -21,7 +22,7 @@ void BufferReader::take(std::string_view characters) {
             return;
         characters.remove_prefix(static_cast<std::size_t>(first - characters.begin()));
         if (isPayload(characters[0])) {
-            payload_ = std::make_unique<PayloadDecoder>([](char c) { return !isIn(c, numberChar); });
+            payload_.emplace([](char c) { return !isIn(c, numberChar); });
             characters.remove_prefix(1);
         } else {
             startNumbers();
@@ -47,19 +48,17 @@ bool BufferReader::isPayload(char first) const noexcept {
     return first == '.' && elementLayout(data_.dataType()).isCompressible();
 }
 
-ElementsRead BufferReader::elementsRead() const {
-    if (payload_)
-        return {.isPayload = true, .payloadError = payloadError_};
-    if (!numbers_)
-        return {};
-    return {.filledBytes = numbers_->filledBytes(), .areReadable = numbers_->isRead(), .excess = numbers_->excess()};
-}
-
-void BufferReader::finish() {
-    if (numbers_)
+BufferReader::Result BufferReader::finish() {
+    ElementsRead elements;
+    if (payload_) {
+        elements.isPayload = true;
+        (void)payload_->inflate(bytesOf(data_), elements.payloadError);
+    } else if (numbers_) {
         numbers_->finish();
-    if (payload_)
-        (void)payload_->inflate(bytesOf(data_), payloadError_);
+        elements = {
+            .filledBytes = numbers_->filledBytes(), .areReadable = numbers_->isRead(), .excess = numbers_->excess()};
+    }
+    return {std::move(data_), std::move(elements)};
 }
 
 } // namespace vor::velmo_sdk::impl

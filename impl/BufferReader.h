@@ -7,6 +7,8 @@
 #include "scene/AttrData.h"
 #include "scene/core/Decompress.h"
 
+#include <optional>
+
 namespace vor::velmo_sdk::impl {
 
 // If the elements are bytes, a list that begins with a `.` is a compressed payload.
@@ -17,22 +19,20 @@ public:
 
     void take(std::string_view characters) override;
 
-    // Call after the last piece.
-    void finish();
-
-    // The outcome: valid after finish(), also once the data has been taken.
-    [[nodiscard]] ElementsRead elementsRead() const;
-
-    [[nodiscard]] AttrData takeData() noexcept { return std::move(data_); }
+    struct Result {
+        AttrData data;
+        ElementsRead elements;
+    };
+    // The value and how it was read. Call once, after the last piece.
+    [[nodiscard]] Result finish();
 
 private:
     [[nodiscard]] bool isPayload(char first) const noexcept;
     void startNumbers();
 
     AttrData data_;
-    std::unique_ptr<NumberFiller> numbers_;
-    std::unique_ptr<PayloadDecoder> payload_;
-    String payloadError_;
+    std::optional<NumberFiller> numbers_;
+    std::optional<PayloadDecoder> payload_;
 };
 
 } // namespace vor::velmo_sdk::impl

@@ -5,12 +5,13 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace vor::velmo_sdk::impl {
 
 namespace {
 
-std::span<u8> blockOf(AttrData& buffer) noexcept {
+std::span<u8> blockOf(AttrData& buffer) {
     const std::span<std::byte> block = buffer.bytes();
     return {reinterpret_cast<u8*>(block.data()), block.size()};
 }
@@ -47,7 +48,7 @@ ElementsRead readNumbers(std::string_view numbers, AttrData& buffer) {
 
 ElementsRead readElements(std::string_view braces, AttrData& buffer) {
     const std::string_view elements = braces.size() > 2 ? braces.substr(1, braces.size() - 2) : std::string_view();
-    if (buffer.bytes().empty())
+    if (std::as_const(buffer).bytes().empty())
         return {};
     const bool isPayload = elements.starts_with('.') && elementLayout(buffer.dataType()).isCompressible();
     return isPayload ? readPayload(elements, buffer) : readNumbers(elements, buffer);

@@ -12,6 +12,8 @@ namespace vor::velmo_sdk::impl {
     MESSAGE(unexpectedEof, Error, "UNEXPECTED EOF while parsing %s")                                                   \
     MESSAGE(invalidToken, Error, "INVALID TOKEN (%d,%d): '%c'")                                                        \
     MESSAGE(invalidListToken, Error, "INVALID %s LIST TOKEN (%d,%d): '%c'")                                            \
+    /* Requests of the caller. */                                                                                      \
+    MESSAGE(stopped, Error, "STOPPED (%d,%d): the reading was stopped on request")                                     \
     /* Prefixes with the kind and position of another message. */                                                      \
     MESSAGE(decoratedError, Error, "%s (%d,%d): %s.")                                                                  \
     MESSAGE(typeError, Error, "TYPE ERROR (%d,%d): %s.")                                                               \

@@ -16,6 +16,9 @@
 // ReadError instead. Values that do not fit their input, and links to missing nodes or outputs, are only logged. Every
 // diagnostic goes to the log (scene/core/Log.h) with its position in the text.
 //
+// A read that is stopped (File::requestStop) ends the parse as a syntax error does, but its error is always logged, and
+// has the name `stopped`.
+//
 // The caller owns the scene. A parse runs on the caller's thread; parses into different scenes may run in parallel.
 // Time is linear in the text. Memory: the scene, a record for each link, twice the text of the longest token that is
 // not the list of a buffer, and half that of the longest compressed payload. std::bad_alloc passes through and leaves

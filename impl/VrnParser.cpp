@@ -15,8 +15,14 @@ bool VrnParser::parse(IScene* target, const String& text) {
 }
 
 bool VrnParser::parse(IScene* target, const File& file) {
-    FileLexer source(file);
-    return parse(target, &source);
+    try {
+        FileLexer source(file);
+        return parse(target, &source);
+    } catch (const FileLexer::Stopped& stopped) {
+        const TextPosition at = stopped.position;
+        logError(at, messages::stopped, at.line, at.column);
+        return false;
+    }
 }
 
 bool VrnParser::parse(IScene* target, Lexer* source) {

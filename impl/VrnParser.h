@@ -202,7 +202,7 @@ private:
     } lastTarget;
 
     // The elements of the buffer whose list was scanned last, until buffer() takes them; the token contains none.
-    std::unique_ptr<BufferReader> bufferInScan;
+    std::optional<BufferReader::Result> bufferInScan;
 };
 
 inline bool VrnParser::mayBePlain() const noexcept {

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <bit>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -12,11 +14,27 @@
 
 namespace vor::velmo_sdk {
 
-AttrData::AttrData(const AttrData& other)
-    : kind_(other.kind_), store_{.words = {other.store_.words[0], other.store_.words[1]}} {
-    if (!hasBlock() || !store_.block.memory)
+// What keeps a block that several values may share, or that is adopted.
+struct AttrData::Owners {
+    explicit Owners(bool adopts, std::shared_ptr<const void> keeps = nullptr) noexcept
+        : isAdopted(adopts), keeper(std::move(keeps)) {}
+
+    std::atomic<u64> count = 1; // of values
+    bool isAdopted;             // otherwise the last value frees the memory
+    std::shared_ptr<const void> keeper;
+};
+
+AttrData::AttrData(const AttrData& other) : kind_(other.kind_) {
+    if (!hasBlock()) {
+        store_.words[0] = other.store_.words[0];
+        store_.words[1] = other.store_.words[1];
         return;
-    store_.block.memory = nullptr;
+    }
+    store_.block = {nullptr, other.store_.block.count, other.joinOwners()};
+    if (store_.block.owners || !other.store_.block.memory) {
+        store_.block.memory = other.store_.block.memory;
+        return;
+    }
     allocate(other.store_.block.count);
     // blockSize() is not 0. NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker)
     std::memcpy(store_.block.memory, other.store_.block.memory, blockSize());
@@ -45,7 +63,7 @@ AttrData AttrData::string(std::string_view text) {
     char* copy = data.store_.text;
     if (data.hasBlock()) {
         copy = static_cast<char*>(std::malloc(text.size() + 1));
-        data.store_.block = {copy, text.size()};
+        data.store_.block = {copy, text.size(), nullptr};
         if (!copy)
             throw std::bad_alloc();
     }
@@ -85,6 +103,31 @@ AttrData AttrData::buffer(DataType type, u64 count) {
     return data;
 }
 
+AttrData AttrData::adopt(DataType type, u64 count, const void* memory, std::shared_ptr<const void> keeper) {
+    const ElementLayout layout = elementLayout(type);
+    AttrData data(AttrType::Buffer, static_cast<i32>(type));
+    if (count == 0 || layout.elementSize() == 0) {
+        data.allocate(count);
+    } else if (reinterpret_cast<std::uintptr_t>(memory) % layout.componentSize != 0) {
+        data.allocate(count);
+        std::memcpy(data.store_.block.memory, memory, data.blockSize());
+    } else {
+        data.store_.block = {const_cast<void*>(memory), count, new Owners(true, std::move(keeper))};
+    }
+    return data;
+}
+
+AttrData AttrData::share() const {
+    std::atomic_ref<Owners*> owners(store_.block.owners);
+    if (type() == AttrType::Buffer && store_.block.memory && !owners.load(std::memory_order_acquire)) {
+        auto made = std::make_unique<Owners>(false);
+        Owners* none = nullptr;
+        if (owners.compare_exchange_strong(none, made.get(), std::memory_order_acq_rel))
+            (void)made.release();
+    }
+    return *this;
+}
+
 const char* AttrData::asString() const noexcept {
     if (type() != AttrType::String)
         return "";
@@ -115,11 +158,17 @@ DataType AttrData::dataType() const noexcept {
     return type() == AttrType::Buffer ? static_cast<DataType>(subtype()) : DataType::Null;
 }
 
-std::span<const std::byte> AttrData::bytes() const noexcept { return const_cast<AttrData*>(this)->bytes(); }
-
-std::span<std::byte> AttrData::bytes() noexcept {
+std::span<const std::byte> AttrData::bytes() const noexcept {
     if (type() != AttrType::Buffer)
         return {};
+    return {static_cast<const std::byte*>(store_.block.memory), blockSize()};
+}
+
+std::span<std::byte> AttrData::bytes() {
+    if (type() != AttrType::Buffer)
+        return {};
+    if (!isOnlyOwner())
+        replaceByCopy(store_.block.count);
     return {static_cast<std::byte*>(store_.block.memory), blockSize()};
 }
 
@@ -129,6 +178,8 @@ void AttrData::resize(u64 count) {
         return;
     if (count > std::numeric_limits<std::ptrdiff_t>::max() / unit)
         throw std::bad_alloc();
+    if (!isOnlyOwner())
+        return replaceByCopy(count);
     const u64 before = blockSize();
     const u64 size = count * unit;
     if (size == 0) {
@@ -159,6 +210,43 @@ void AttrData::allocate(u64 count) {
         throw std::bad_alloc();
     if (size >= 2 * largePage)
         preferLargePages(store_.block.memory, size);
+}
+
+// The owners of the block, if there are several, for a copy that becomes one of them.
+AttrData::Owners* AttrData::joinOwners() const noexcept {
+    Owners* owners = std::atomic_ref(store_.block.owners).load(std::memory_order_acquire);
+    if (owners)
+        owners->count.fetch_add(1, std::memory_order_relaxed);
+    return owners;
+}
+
+void AttrData::leaveOwners() noexcept {
+    Owners* owners = store_.block.owners;
+    if (owners->count.fetch_sub(1, std::memory_order_acq_rel) != 1)
+        return;
+    if (!owners->isAdopted)
+        std::free(store_.block.memory);
+    delete owners;
+}
+
+// Whether the block may be written. If all values that shared it with this one are gone, it is no longer shared.
+bool AttrData::isOnlyOwner() noexcept {
+    Owners* owners = store_.block.owners;
+    if (!owners)
+        return true;
+    if (owners->isAdopted || owners->count.load(std::memory_order_acquire) != 1)
+        return false;
+    delete std::exchange(store_.block.owners, nullptr);
+    return true;
+}
+
+// Leaves the block to its other owners. The new one has the first `count` elements and zeros for missing ones.
+void AttrData::replaceByCopy(u64 count) {
+    AttrData copy = buffer(dataType(), count);
+    const u64 size = std::min(blockSize(), copy.blockSize());
+    if (size != 0)
+        std::memcpy(copy.store_.block.memory, store_.block.memory, size);
+    *this = std::move(copy);
 }
 
 bool operator==(const AttrData& a, const AttrData& b) noexcept {

@@ -9,6 +9,15 @@
 // strings of more than 31 bytes are stored in one malloc'ed block that the object owns. Creating or copying such a
 // value throws std::bad_alloc if there is no memory. An accessor for another type returns false, 0, "" or an empty
 // span. Several threads may read a value that none changes.
+//
+// Several values can share the block of a buffer, which the last of them frees:
+//
+//     const AttrData view = input->value().share();                   // keeps the bytes, whatever becomes of the input
+//     input->assign(AttrData::adopt(DataType::Vec3f, count, memory, keeper));    // the bytes of another library
+//
+// No value changes the bytes that another one has: a function that makes a buffer writable first gives it a block of
+// its own, unless no other value has the block any more. Copies of a value that shares its block share it, too. The
+// values that share a block may be copied and destroyed on different threads.
 #pragma once
 
 #include "scene/AttrType.h"
@@ -17,6 +26,7 @@
 #include "scene/core/Math.h"
 
 #include <cstdlib>
+#include <memory>
 #include <span>
 #include <string_view>
 #include <type_traits>
@@ -97,6 +107,16 @@ public:
     // `count` zero-filled elements of at most 2^63 bytes in total.
     [[nodiscard]] static AttrData buffer(DataType type, u64 count = 0);
 
+    // A buffer of `count` elements that are at `memory`. They must not change while `keeper` is alive, which the last
+    // value that shares them destroys, on its thread. Elements are never written there. Copies them instead if the
+    // address is not a multiple of the size of their components, and then needs the keeper no longer.
+    [[nodiscard]] static AttrData adopt(DataType type, u64 count, const void* memory,
+                                        std::shared_ptr<const void> keeper);
+
+    // Buffer: a value that shares the block with this one. O(1). Other values are copied. Keep it const: making it
+    // writable copies the block. Several threads may call this for one value that none changes.
+    [[nodiscard]] AttrData share() const;
+
     [[nodiscard]] AttrType type() const noexcept { return static_cast<AttrType>(static_cast<u32>(kind_)); }
 
     [[nodiscard]] bool asBool() const noexcept { return type() == AttrType::Bool && store_.integer != 0; }
@@ -117,30 +137,37 @@ public:
     // Array: the type of its elements, Null until it is known.
     [[nodiscard]] AttrType elementType() const noexcept;
 
-    // Buffer: the type of its elements (Null until it is known), their number, and their bytes.
+    // Buffer: the type of its elements (Null until it is known), their number, and their bytes. The second overload of
+    // bytes() first gives a value that shares its block one of its own, which invalidates earlier spans and may throw
+    // std::bad_alloc. Do not write to its span any more after share().
     [[nodiscard]] DataType dataType() const noexcept;
     [[nodiscard]] u64 count() const noexcept { return type() == AttrType::Buffer ? store_.block.count : 0; }
     [[nodiscard]] std::span<const std::byte> bytes() const noexcept;
-    [[nodiscard]] std::span<std::byte> bytes() noexcept;
+    [[nodiscard]] std::span<std::byte> bytes();
 
     // Buffer: changes the number of elements in place; new ones are zero. Invalidates bytes() and elements(). Does
     // nothing to other values, and to a buffer of DataType Null. On std::bad_alloc, the value is unchanged.
     void resize(u64 count);
 
     // Buffer: its elements in place. T is a number type, for the flat list of components, or a math type of the
-    // element's size, such as VecT<3, float> for Vec3f. Empty if T does not match the DataType.
+    // element's size, such as VecT<3, float> for Vec3f. Empty if T does not match the DataType. The second overload is
+    // like that of bytes().
     template <class T> [[nodiscard]] std::span<const T> elements() const noexcept {
         return elementsIn<const T>(bytes());
     }
-    template <class T> [[nodiscard]] std::span<T> elements() noexcept { return elementsIn<T>(bytes()); }
+    template <class T> [[nodiscard]] std::span<T> elements() { return elementsIn<T>(bytes()); }
 
     // Equal types and equal bits: a NaN equals itself, -0 differs from 0.
     friend VRN_API bool operator==(const AttrData& a, const AttrData& b) noexcept;
 
 private:
+    // The values that share a block (AttrData.cpp).
+    struct Owners;
     struct Block {
-        void* memory; // malloc'ed; null if the value has no bytes, or all are zero
+        void* memory; // malloc'ed or adopted; null if the value has no bytes, or all are zero
         u64 count;    // elements of a buffer, bytes of a string, doubles of other values
+        // Null if the value is the only owner of malloc'ed memory. share() sets it in values that other threads read.
+        mutable Owners* owners;
     };
     // Lets a value be stored with 16-byte writes: a copy soon after it could not be forwarded from smaller stores.
     using Words [[gnu::vector_size(16), gnu::aligned(8), gnu::may_alias]] = u64;
@@ -174,6 +201,10 @@ private:
     }
     [[nodiscard]] u64 blockSize() const noexcept;
     void allocate(u64 count);
+    [[nodiscard]] Owners* joinOwners() const noexcept;
+    void leaveOwners() noexcept;
+    [[nodiscard]] bool isOnlyOwner() noexcept;
+    void replaceByCopy(u64 count);
     void take(AttrData& other) noexcept {
         kind_ = other.kind_;
         store_.words[0] = other.store_.words[0];
@@ -181,7 +212,11 @@ private:
         other.kind_ = 0;
     }
     void release() noexcept {
-        if (hasBlock())
+        if (!hasBlock())
+            return;
+        if (store_.block.owners)
+            leaveOwners();
+        else
             std::free(store_.block.memory);
     }
 

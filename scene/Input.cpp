@@ -108,18 +108,19 @@ void Input::typeArrayOf(const Input& element) {
 }
 
 void Input::setNode(interfaces::INode* node) {
-    if (!node_)
+    Node* target = static_cast<Node*>(node);
+    if (!node_ || (target && !target->isAttached()))
         return;
     if (type() == AttrType::Null)
         write(AttrData::zero(AttrType::Node));
     if (type() != AttrType::Node)
         return;
-    if (!node && !extras_)
+    if (!target && !extras_)
         return;
     Extras& links = extras();
-    links.node = static_cast<Node*>(node);
-    if (node)
-        links.reference.enter(links.node->references_);
+    links.node = target;
+    if (target)
+        links.reference.enter(target->references_);
     else
         links.reference.leave();
 }
@@ -150,7 +151,7 @@ Input* Input::addChild(const String& name, AttrData value) {
     if (Input* existing = input(name))
         return existing;
     auto& members = extras().children;
-    std::unique_ptr<Input, void (*)(Input*)> member(new (node_->scene().storage_->inputs)
+    std::unique_ptr<Input, void (*)(Input*)> member(new (node_->scene()->storage_->inputs)
                                                         Input(*node_, this, name, members.size(), std::move(value)),
                                                     [](Input* input) { input->release(); });
     members.push(member.get());
@@ -158,11 +159,11 @@ Input* Input::addChild(const String& name, AttrData value) {
 }
 
 Input* Input::appendElement() {
-    if (type() != AttrType::Array || !node_ || size() >= node_->scene().limits().maxArrayElements)
+    if (type() != AttrType::Array || !node_ || size() >= node_->scene()->limits().maxArrayElements)
         return nullptr;
     auto& elements = extras().children;
     std::unique_ptr<Input, void (*)(Input*)> element(
-        new (node_->scene().storage_->inputs)
+        new (node_->scene()->storage_->inputs)
             Input(*node_, this, String(), elements.size(), AttrData::zero(elementType())),
         [](Input* input) { input->release(); });
     elements.pushUnnamed(element.get());
@@ -219,14 +220,20 @@ void Input::countUntyped() noexcept {
 
 Output* Input::connection() const noexcept { return extras_ ? extras_->output : nullptr; }
 
+Node* Input::linkedNode() const noexcept {
+    const Output* output = connection();
+    return output ? output->node() : nodeValue();
+}
+
 void Input::connect(interfaces::IOutput* output) {
     if (!output)
         return disconnect();
-    if (!node_)
+    Output* source = static_cast<Output*>(output);
+    if (!node_ || !source->isAttached())
         return;
     Extras& links = extras();
-    links.output = static_cast<Output*>(output);
-    links.connection.enter(links.output->connections_);
+    links.output = source;
+    links.connection.enter(source->connections_);
 }
 
 void Input::disconnect() {
@@ -254,7 +261,7 @@ void Input::release() {
 
 Input::Extras& Input::extras() {
     if (!extras_)
-        extras_.reset(new (node_->scene().storage_->extras) Extras(this));
+        extras_.reset(new (node_->scene()->storage_->extras) Extras(this));
     return *extras_;
 }
 

@@ -61,9 +61,10 @@ public:
     // other inputs and for a buffer of DataType Null. On std::bad_alloc, nothing changes.
     bool resizeBuffer(u64 count);
 
-    // The elements of a Buffer, to be changed in place; see AttrData::elements(). Valid until the buffer is resized or
-    // replaced.
-    template <class T> [[nodiscard]] std::span<T> elements() noexcept { return value_.elements<T>(); }
+    // The elements of a Buffer, to be changed in place; see AttrData::elements(). Valid until the buffer is resized,
+    // replaced or shared.
+    template <class T> [[nodiscard]] std::span<T> elements() { return value_.elements<T>(); }
+    [[nodiscard]] std::span<std::byte> bytes() { return value_.bytes(); } // of any type of elements
 
     // Makes a Node input refer to `node`, or to nothing if it is null; a Null input becomes a Node input first, and
     // others ignore the call.
@@ -99,6 +100,9 @@ public:
 
     // The output that this input is connected to, or null. connect(null) is disconnect().
     [[nodiscard]] Output* connection() const noexcept;
+
+    // The node of that output or else nodeValue(); null if there is neither.
+    [[nodiscard]] Node* linkedNode() const noexcept;
     void connect(interfaces::IOutput* output) override;
     void disconnect() override;
 

@@ -6,15 +6,28 @@
 namespace vor::velmo_sdk::impl {
 
 Node::Node(Scene& scene, String type, String name, bool isDefinition)
-    : scene_(scene), type_(std::move(type)), name_(std::move(name)), isDefinition_(isDefinition) {}
+    : scene_(&scene), type_(std::move(type)), name_(std::move(name)), isDefinition_(isDefinition) {}
 
 Node::~Node() {
-    while (references_)
-        references_->input()->setNode(nullptr);
     while (Output* output = outputs_.takeLast())
         delete output;
+}
+
+void Node::release() noexcept {
+    if (--holders_ == 0)
+        delete this;
+}
+
+// Takes the node out of its scene, which gives up its reference.
+void Node::detach() noexcept {
+    while (references_)
+        references_->input()->setNode(nullptr);
+    for (Output* output : outputs_.items())
+        output->disconnect();
     while (Input* input = inputs_.takeLast())
         Input::detach(input);
+    scene_ = nullptr;
+    release();
 }
 
 bool Node::hasInput(const String& name, AttrType type) const noexcept {
@@ -33,7 +46,8 @@ Input* Node::createArray(const String& name, AttrType elementType) {
 Node::InputOrNew Node::inputOrNew(const String& name, AttrData& value) {
     if (Input* existing = input(name))
         return {existing, false};
-    return {newInput(name, value), true};
+    Input* added = newInput(name, value);
+    return {added, added != nullptr};
 }
 
 bool Node::removeInput(const String& name) {
@@ -47,12 +61,14 @@ bool Node::removeInput(const String& name) {
 
 Input* Node::addInput(const String& name, AttrData value) { return inputOrNew(name, value).input; }
 
-// Creates an input with a name that no other has.
+// Creates an input with a name that no other has, unless the node has been removed.
 Input* Node::newInput(const String& name, AttrData& value) {
+    if (!scene_)
+        return nullptr;
     struct Release {
         void operator()(Input* input) const noexcept { input->release(); }
     };
-    std::unique_ptr<Input, Release> input(new (scene_.storage_->inputs)
+    std::unique_ptr<Input, Release> input(new (scene_->storage_->inputs)
                                               Input(*this, nullptr, name, inputs_.size(), std::move(value)));
     inputs_.push(input.get());
     return input.release();
@@ -60,13 +76,13 @@ Input* Node::newInput(const String& name, AttrData& value) {
 
 Output* Node::findOutput(const String& name) {
     Output* output = outputs_.find(name);
-    if (output || isCatalogued_ || scene_.hasStrictOutputs())
+    if (output || isCatalogued_ || !scene_ || scene_->hasStrictOutputs())
         return output;
     return addOutput(name);
 }
 
 Output* Node::addOutput(const String& name) {
-    std::unique_ptr<Output> output(new (scene_.storage_->outputs) Output(*this, name));
+    std::unique_ptr<Output> output(new (scene_->storage_->outputs) Output(*this, name));
     outputs_.push(output.get());
     return output.release();
 }

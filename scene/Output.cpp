@@ -7,7 +7,13 @@
 
 namespace vor::velmo_sdk::impl {
 
-Output::~Output() {
+Node* Output::node() const noexcept { return node_.isAttached() ? &node_ : nullptr; }
+
+// An output lives as long as its node and needs no reference count of its own.
+void Output::retain() noexcept { node_.retain(); }
+void Output::release() noexcept { node_.release(); }
+
+void Output::disconnect() noexcept {
     while (connections_)
         connections_->input()->disconnect();
 }

@@ -2,8 +2,9 @@
 //
 //     input->connect(scene.findNode("noise")->findOutput("result"));
 //
-// The node owns its outputs and creates them in Node::findOutput(). Destroying one disconnects its inputs. For threads
-// and errors see Scene.h.
+// The node owns its outputs and creates them in Node::findOutput(). They are removed with the node, which disconnects
+// their inputs. An output that is retained (Handle.h) keeps its node alive after that, but accepts no connections. For
+// threads and errors see Scene.h.
 #pragma once
 
 #include "scene/Interfaces.h"
@@ -20,11 +21,11 @@ public:
     Output(Node& node, String name) : node_(node), name_(std::move(name)) {}
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
-    ~Output() override;
+    ~Output() override = default;
 
     [[nodiscard]] String name() const override { return name_; }
     [[nodiscard]] const String& key() const noexcept { return name_; }
-    [[nodiscard]] Node* node() const noexcept { return &node_; }
+    [[nodiscard]] Node* node() const noexcept; // null after its removal
 
     // `node.output`.
     [[nodiscard]] String label() const;
@@ -32,8 +33,19 @@ public:
     // The number of connected inputs; linear in it.
     [[nodiscard]] std::size_t connectionCount() const noexcept;
 
+    // Keeps the output alive after its removal. Each retain() needs one release().
+    void retain() noexcept;
+    void release() noexcept;
+
+    // Whether the output is still part of its scene.
+    [[nodiscard]] bool isAttached() const noexcept { return node() != nullptr; }
+
 private:
     friend class Input;
+    friend class Node;
+
+    void disconnect() noexcept;
+
     Node& node_;
     String name_;
     Link* connections_ = nullptr;

@@ -7,7 +7,7 @@ namespace vor::velmo_sdk::impl {
 
 class SlabPool;
 
-// Objects are created with `new (pool) T(...)` and destroyed with `delete`, by the scene alone.
+// Objects are created with `new (pool) T(...)` by the scene, and destroyed with `delete` when nothing retains them.
 struct Pooled {
     static void* operator new(std::size_t size, SlabPool& pool);
     static void operator delete(void* place, SlabPool& pool) noexcept;

@@ -11,7 +11,7 @@ Scene::Scene() : storage_(std::make_unique<Storage>()) {}
 
 Scene::~Scene() {
     while (first_)
-        deleteNode(first_);
+        unlinkNode(first_);
 }
 
 Node* Scene::findNode(const String& name) const noexcept {
@@ -43,7 +43,7 @@ bool Scene::removeNode(const String& name) {
     if (!node)
         return false;
     storage_->byName.erase(node);
-    deleteNode(node);
+    unlinkNode(node);
     return true;
 }
 
@@ -66,10 +66,10 @@ Node* Scene::addNode(const String& type, const String& name, bool isDefinition) 
     const u64 hash = NodeTable<Node>::hashOf(name);
     if (storage_->byName.find(name, hash))
         return nullptr;
-    struct DeleteNode {
-        void operator()(Node* node) const noexcept { delete node; }
+    struct DetachNode {
+        void operator()(Node* node) const noexcept { node->detach(); }
     };
-    std::unique_ptr<Node, DeleteNode> node(new (storage_->nodes) Node(*this, type, name, isDefinition));
+    std::unique_ptr<Node, DetachNode> node(new (storage_->nodes) Node(*this, type, name, isDefinition));
     const Node* definition = isDefinition || definitions_ == 0 ? nullptr : findNode(type);
     if (definition && definition->isDefinition())
         node->copyInputsFrom(*definition);
@@ -86,14 +86,16 @@ Node* Scene::addNode(const String& type, const String& name, bool isDefinition) 
     return added;
 }
 
-// Unlinks and deletes a node, which the caller has removed from the index.
-void Scene::deleteNode(Node* node) noexcept {
+// Removes a node, which the caller has removed from the index.
+void Scene::unlinkNode(Node* node) noexcept {
     definitions_ -= node->isDefinition() ? 1U : 0U;
     if (found_.load(std::memory_order_relaxed) == node)
         found_.store(nullptr, std::memory_order_relaxed);
     (node->previous_ ? node->previous_->next_ : first_) = node->next_;
     (node->next_ ? node->next_->previous_ : last_) = node->previous_;
-    delete node;
+    node->previous_ = nullptr;
+    node->next_ = nullptr;
+    node->detach();
 }
 
 } // namespace vor::velmo_sdk::impl

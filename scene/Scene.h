@@ -6,10 +6,10 @@
 //     double fov = camera->input("fov")->value().asReal();
 //
 // A scene owns its nodes and through them all inputs and outputs; a pointer to one is valid until that object is
-// removed. Names of nodes, including definitions, are unique, and nodes keep their order of creation. Looking up a node
-// is O(1); creating or removing one is linear in its inputs and links. Several threads may read a scene while none
-// changes it; a change needs exclusive access. A function that creates an object throws std::bad_alloc if there is no
-// memory, and then leaves the scene unchanged.
+// removed, a Handle to one for as long as it likes. Names of nodes, including definitions, are unique, and nodes keep
+// their order of creation. Looking up a node is O(1); creating or removing one is linear in its inputs and links.
+// Several threads may read a scene while none changes it; a change needs exclusive access. A function that creates an
+// object throws std::bad_alloc if there is no memory, and then leaves the scene unchanged.
 #pragma once
 
 #include "scene/Catalogue.h"
@@ -64,7 +64,7 @@ public:
     Node* defineNode(const String& name);
 
     // Removes a node with its inputs and outputs, disconnects the inputs that are connected to it, and clears those
-    // that refer to it. Returns false if no node has that name.
+    // that refer to it. Destroys what is not retained. Returns false if no node has that name.
     bool removeNode(const String& name);
 
     // Renames a node, to which all links stay. The name of a definition is a type: the nodes of that type change
@@ -123,7 +123,7 @@ private:
     struct Storage;
 
     Node* addNode(const String& type, const String& name, bool isDefinition);
-    void deleteNode(Node* node) noexcept;
+    void unlinkNode(Node* node) noexcept;
 
     std::unique_ptr<Storage> storage_; // destroyed after all nodes
     u64 fileVersion_ = VRX_FILE_VERSION_1;

@@ -39,7 +39,7 @@ bool isUnsetChoice(const Input& input) {
 
 // The type of a node in the scene's catalogue, or null.
 const NodeType* nodeTypeOf(const Node& node) {
-    const Catalogue* catalogue = node.scene().catalogue();
+    const Catalogue* catalogue = node.scene()->catalogue();
     return catalogue ? catalogue->find(node.type().view()) : nullptr;
 }
 

@@ -1,10 +1,10 @@
 #include "check/SceneCheck.h"
 #include "cli/commands/Commands.h"
 #include "cli/files/CatalogueFile.h"
-#include "cli/files/SceneFile.h"
-#include "cli/report/Report.h"
+#include "cli/files/SceneArguments.h"
 #include "cli/terminal/Console.h"
 #include "cli/terminal/Messages.h"
+#include "inspect/report/Report.h"
 
 #include <algorithm>
 #include <memory>
@@ -25,39 +25,6 @@ struct CheckOptions {
     bool isPedantic = false;
 };
 
-struct Format {
-    const char* name;
-    std::unique_ptr<Report> (*make)();
-};
-constexpr Format formats[] = {
-    {"text", makeTextReport}, {"json", makeJsonReport}, {"sarif", makeSarifReport}, {"github", makeGithubReport}};
-
-Totals totalsOf(const SceneFile& file) {
-    if (!file.isWhole())
-        return {.unreadable = 1};
-    return {.files = 1, .errors = file.count(LogSeverity::Error), .warnings = file.warnings()};
-}
-
-void add(const Totals& ofFile, Totals& totals) {
-    totals.files += ofFile.files;
-    totals.errors += ofFile.errors;
-    totals.warnings += ofFile.warnings;
-    totals.unreadable += ofFile.unreadable;
-}
-
-// Adds what the catalogue finds wrong with the scene. The rest of a file that could be read only in part is unknown, so
-// that most findings would be false.
-void checkByCatalogue(SceneFile& file, const Scene& scene, const CheckOptions& options) {
-    if (!scene.catalogue() || !file.sources() || !file.isOk())
-        return;
-    file.drop("enumWarning"); // the check finds these strings, too
-    const check::Options rules{.ignored = {options.ignored.begin(), options.ignored.end()},
-                               .isPedantic = options.isPedantic,
-                               .folder = file.folder()};
-    for (const LogRecord& finding : check::checkScene(scene, *scene.catalogue(), *file.sources(), rules))
-        file.add(finding);
-}
-
 bool hasRulesWithoutCatalogue(const CheckOptions& options) {
     return (options.isPedantic || !options.ignored.empty()) && !loadCatalogue(options.scenes.types);
 }
@@ -67,14 +34,18 @@ int checkFiles(const CheckOptions& options) {
         printError(std::string("vrn: ") + messages::rulesWithoutCatalogue + '\n');
         return exitTrouble;
     }
-    const std::unique_ptr<Report> report = std::ranges::find(formats, options.format, &Format::name)->make();
-    Totals totals;
+    const check::Options rules{.ignored = {options.ignored.begin(), options.ignored.end()},
+                               .isPedantic = options.isPedantic};
+    const std::unique_ptr<inspect::Report> report = inspect::reportNamed(options.format)(print);
+    inspect::Totals totals;
     const auto visit = [&](SceneFile& file, const Scene& scene) {
-        checkByCatalogue(file, scene, options);
-        return [&totals, found = totalsOf(file), report = report->about(file)] {
-            if (report)
-                report();
-            add(found, totals);
+        file.check(scene, rules);
+        return [&totals, found = totalsOf(file.diagnosis()),
+                finish =
+                    report->needsLines() ? report->about(file.diagnosisWithLines()) : report->about(file.diagnosis())] {
+            if (finish)
+                finish();
+            totals += found;
         };
     };
     int status = visitScenes(options.scenes, visit, options.areNoticesHidden ? Notices::No : Notices::Yes);
@@ -82,12 +53,6 @@ int checkFiles(const CheckOptions& options) {
         status = std::max<int>(status, exitErrors);
     report->end(totals);
     return finishOutput() ? status : exitTrouble;
-}
-
-std::vector<std::string> formatNames() {
-    std::vector<std::string> names;
-    std::ranges::transform(formats, std::back_inserter(names), &Format::name);
-    return names;
 }
 
 } // namespace
@@ -110,7 +75,7 @@ Command checkCommand() {
                                    "log), or github (workflow annotations)",
                                .target = &options->format,
                                .value = "FORMAT",
-                               .choices = formatNames()});
+                               .choices = inspect::reportNames()});
     command.options.push_back({.names = "--no-lint",
                                .help = "Omit the warnings about input that is valid but probably unintended",
                                .target = &options->areNoticesHidden});

@@ -198,13 +198,13 @@ private:
         SceneFile file{std::string_view(input)};
         {
             Progress progress({input}, options_.scenes.isQuiet);
-            file.read(scene, Notices::No, &progress);
+            readScene(file, scene, Notices::No, progress);
         }
-        if (!file.isWhole())
-            refuse(std::string(file.displayName().view()), file.readError());
-        printError(file.diagnosticsText());
-        if (file.hasErrors())
-            refuse(std::string(file.displayName().view()), messages::notConverted, exitErrors);
+        if (!file.diagnosis().isWhole())
+            refuse(std::string(file.diagnosis().displayName().view()), file.diagnosis().readError);
+        printError(diagnosticsText(file));
+        if (file.diagnosis().hasErrors())
+            refuse(std::string(file.diagnosis().displayName().view()), messages::notConverted, exitErrors);
     }
 
     // Assimp reports its progress for some formats only.

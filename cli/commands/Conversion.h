@@ -1,7 +1,7 @@
 // One conversion: what the arguments of `vrn convert` ask for.
 #pragma once
 
-#include "cli/files/SceneFile.h"
+#include "cli/files/SceneArguments.h"
 #include "convert/Convert.h"
 
 #include <string>

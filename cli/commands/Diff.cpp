@@ -1,10 +1,10 @@
 #include "cli/commands/Commands.h"
-#include "cli/diff/DifferenceText.h"
-#include "cli/diff/SceneDifference.h"
-#include "cli/files/SceneFile.h"
+#include "cli/files/SceneArguments.h"
+#include "cli/terminal/Colour.h"
 #include "cli/terminal/Console.h"
 #include "cli/terminal/Messages.h"
-#include "cli/terminal/Style.h"
+#include "inspect/diff/DifferenceText.h"
+#include "inspect/diff/SceneDifference.h"
 
 #include <cmath>
 #include <memory>
@@ -30,24 +30,21 @@ int withScene(const DiffOptions& options, const std::string& name, const std::fu
     scenes.files = {name};
     int status = exitTrouble;
     const int readStatus = forEachScene(scenes, [&](const SceneFile& file, const Scene& scene) {
-        if (!file.isWhole())
+        if (!file.diagnosis().isWhole())
             return;
-        printError(file.diagnosticsText());
-        if (!file.hasErrors())
+        printError(diagnosticsText(file));
+        if (!file.diagnosis().hasErrors())
             status = visit(scene);
     });
     return readStatus == exitOk ? status : exitTrouble;
 }
 
 int printDifferences(const DiffOptions& options, const Scene& before, const Scene& after) {
-    const Style style(options.color);
+    const inspect::Style style(wantsColour(options.color));
     bool areDifferent = false;
-    compareScenes(before, after, options.tolerance, [&](const Difference& difference) {
+    inspect::compareScenes(before, after, options.tolerance, [&](const inspect::Difference& difference) {
         areDifferent = true;
-        if (options.format == "json")
-            printJson(difference);
-        else
-            print(differenceLine(difference, style));
+        print(options.format == "json" ? differenceJson(difference) : differenceLine(difference, style));
     });
     return areDifferent ? exitErrors : exitOk;
 }

@@ -1,5 +1,5 @@
 #include "cli/commands/Commands.h"
-#include "cli/files/SceneFile.h"
+#include "cli/files/SceneArguments.h"
 #include "cli/terminal/Console.h"
 #include "scene/SceneJson.h"
 
@@ -19,9 +19,9 @@ struct DumpOptions {
 
 int dump(const DumpOptions& options) {
     const int status = forEachScene(options.scenes, [&](const SceneFile& file, const Scene& scene) {
-        if (!file.isWhole())
+        if (!file.diagnosis().isWhole())
             return;
-        printError(file.diagnosticsText());
+        printError(diagnosticsText(file));
         writeSceneJson(scene, {.isCompact = options.isCompact, .hasBufferData = !options.isDataOmitted}, print);
     });
     return finishOutput() ? status : exitTrouble;

@@ -2,7 +2,7 @@
 
 #include "cli/commands/Commands.h"
 #include "cli/files/CatalogueFile.h"
-#include "cli/files/SceneFile.h"
+#include "cli/files/SceneArguments.h"
 #include "cli/files/TextFile.h"
 #include "cli/terminal/Console.h"
 #include "cli/terminal/Messages.h"

@@ -1,10 +1,11 @@
 #include "cli/commands/Commands.h"
-#include "cli/files/SceneFile.h"
+#include "cli/files/SceneArguments.h"
 #include "cli/graph/DotText.h"
 #include "cli/graph/LinkGraph.h"
 #include "cli/graph/Picture.h"
 #include "cli/terminal/Console.h"
 #include "cli/terminal/Messages.h"
+#include "inspect/text/Counted.h"
 #include "scene/core/OutputFile.h"
 #include "scene/core/SimilarNames.h"
 
@@ -16,6 +17,7 @@ namespace vrn::cli {
 
 using namespace vor;
 using namespace vor::velmo_sdk::impl;
+using inspect::counted;
 
 namespace {
 
@@ -108,9 +110,9 @@ int graph(const GraphOptions& options) {
     scenes.files = {options.file};
     int status = exitOk;
     const int readStatus = forEachScene(scenes, [&](const SceneFile& file, const Scene& scene) {
-        if (!file.isWhole())
+        if (!file.diagnosis().isWhole())
             return;
-        printError(file.diagnosticsText());
+        printError(diagnosticsText(file));
         status = drawScene(scene, options);
     });
     return finishOutput() ? std::max(status, readStatus) : exitTrouble;

@@ -1,13 +1,13 @@
 #include "cli/commands/Commands.h"
-#include "cli/files/SceneFile.h"
+#include "cli/files/SceneArguments.h"
 #include "cli/terminal/Console.h"
 #include "convert/Measure.h"
+#include "inspect/summary/SceneSummary.h"
+#include "inspect/text/Counted.h"
 #include "scene/JsonWriter.h"
-#include "scene/Walk.h"
 #include "scene/core/NumberText.h"
 #include "scene/core/TextEncoding.h"
 
-#include <map>
 #include <memory>
 
 namespace vrn::cli {
@@ -15,6 +15,7 @@ namespace vrn::cli {
 using namespace vor;
 using namespace vor::velmo_sdk;
 using namespace vor::velmo_sdk::impl;
+using inspect::counted;
 
 namespace {
 
@@ -25,40 +26,6 @@ struct InfoOptions {
     SceneArguments scenes;
     std::string format = "text";
 };
-
-struct Summary {
-    std::map<std::string, u64> nodesByType;
-    u64 nodes = 0;
-    u64 definitions = 0;
-    u64 inputs = 0;
-    u64 buffers = 0;
-    u64 bufferElements = 0;
-    u64 bufferBytes = 0;
-    u64 connections = 0;
-    u64 references = 0;
-};
-
-void add(const Input& input, Summary& summary) {
-    ++summary.inputs;
-    if (input.type() == AttrType::Buffer) {
-        ++summary.buffers;
-        summary.bufferElements += input.value().count();
-        summary.bufferBytes += input.value().bytes().size();
-    }
-    summary.connections += input.connection() ? 1U : 0U;
-    summary.references += input.nodeValue() ? 1U : 0U;
-}
-
-Summary summarise(const Scene& scene) {
-    Summary summary;
-    for (const Node& node : scene.nodes()) {
-        ++(node.isDefinition() ? summary.definitions : summary.nodes);
-        if (!node.isDefinition())
-            ++summary.nodesByType[std::string(node.type().view())];
-        forEachInput(node, [&](const Input& input) { add(input, summary); });
-    }
-    return summary;
-}
 
 std::string line(const char* label, const String& text) {
     return std::string(String::format("  %-12s %s\n", label, text.buf()).view());
@@ -98,8 +65,8 @@ std::string meshLines(const convert::SceneMeasure& measure) {
 }
 
 std::string describe(const SceneFile& file, const Scene& scene) {
-    const Summary summary = summarise(scene);
-    std::string text(escapeForTerminal(file.displayName()).view());
+    const inspect::SceneSummary summary = inspect::summarise(scene);
+    std::string text(escapeForTerminal(file.diagnosis().displayName()).view());
     text += '\n';
     text += line("version", String(scene.fileVersion()));
     text += line("time", scene.fileTime().isEmpty() ? String("-") : escapeForTerminal(scene.fileTime()));
@@ -114,8 +81,8 @@ std::string describe(const SceneFile& file, const Scene& scene) {
                                            counted(summary.bufferBytes, "byte").buf()));
     text += line("links", counted(summary.connections, "connection") + ", " + counted(summary.references, "reference"));
     text += meshLines(convert::measure(scene));
-    text += line("diagnostics", counted(file.count(LogSeverity::Error), "error") + ", " +
-                                    counted(file.count(LogSeverity::Warning), "warning"));
+    text += line("diagnostics", counted(file.diagnosis().count(LogSeverity::Error), "error") + ", " +
+                                    counted(file.diagnosis().count(LogSeverity::Warning), "warning"));
     return text;
 }
 
@@ -143,7 +110,7 @@ void write(JsonText& json, const MeshMeasure& mesh) {
     });
 }
 
-void write(JsonText& json, const Summary& summary) {
+void write(JsonText& json, const inspect::SceneSummary& summary) {
     json.key("definitions").integer(summary.definitions);
     json.key("nodes").integer(summary.nodes);
     json.key("types").object([&] {
@@ -166,11 +133,11 @@ std::string jsonLine(const SceneFile& file, const Scene& scene) {
     const convert::SceneMeasure measure = convert::measure(scene);
     JsonText json;
     json.object([&] {
-        json.key("file").text(file.argument());
+        json.key("file").text(file.diagnosis().name);
         json.key("version").integer(scene.fileVersion());
         json.key("time").text(scene.fileTime());
         json.key("comments").integer(scene.fileComments().size());
-        write(json, summarise(scene));
+        write(json, inspect::summarise(scene));
         json.key("meshes").array([&] {
             for (const MeshMeasure& mesh : measure.meshes)
                 write(json, mesh);
@@ -178,8 +145,8 @@ std::string jsonLine(const SceneFile& file, const Scene& scene) {
         json.key("bounds");
         write(json, measure.bounds);
         json.key("diagnostics").object([&] {
-            json.key("errors").integer(file.count(LogSeverity::Error));
-            json.key("warnings").integer(file.count(LogSeverity::Warning));
+            json.key("errors").integer(file.diagnosis().count(LogSeverity::Error));
+            json.key("warnings").integer(file.diagnosis().count(LogSeverity::Warning));
         });
     });
     return std::string(json.view()) + '\n';
@@ -188,9 +155,9 @@ std::string jsonLine(const SceneFile& file, const Scene& scene) {
 int info(const InfoOptions& options) {
     const bool isJson = options.format == "json";
     const int status = visitScenes(options.scenes, [isJson](const SceneFile& file, const Scene& scene) -> Finish {
-        if (!file.isWhole())
+        if (!file.diagnosis().isWhole())
             return {};
-        return [diagnostics = file.diagnosticsText(),
+        return [diagnostics = diagnosticsText(file),
                 description = isJson ? jsonLine(file, scene) : describe(file, scene)] {
             printError(diagnostics);
             print(description);

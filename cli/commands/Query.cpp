@@ -1,19 +1,21 @@
 #include "cli/commands/Commands.h"
-#include "cli/files/SceneFile.h"
-#include "cli/query/Answer.h"
-#include "cli/query/ScenePath.h"
+#include "cli/files/SceneArguments.h"
+#include "cli/terminal/Colour.h"
 #include "cli/terminal/Console.h"
-#include "cli/terminal/Messages.h"
-#include "scene/core/SimilarNames.h"
+#include "inspect/path/Answer.h"
+#include "inspect/path/NotFound.h"
+#include "inspect/path/ScenePath.h"
 
 #include <algorithm>
 #include <memory>
-#include <set>
 
 namespace vrn::cli {
 
 using namespace vor;
-using namespace vor::velmo_sdk::impl;
+using inspect::PathError;
+using inspect::PathMatch;
+using inspect::PathMatches;
+using inspect::ScenePath;
 
 namespace {
 
@@ -24,40 +26,15 @@ struct QueryOptions {
     std::string format = "text";
 };
 
-// The names that the part of a path that leads nowhere may stand for, as a question. `found` is the length of what
-// leads to something.
-std::string similarNames(const Scene& scene, const ScenePath& path, std::size_t found) {
-    const auto missing = std::ranges::find_if(path.parts, [&](const PathPart& part) { return part.end > found; });
-    if (missing == path.parts.end() || missing->isRange() || missing->isPattern)
-        return {};
-    SimilarNames similar(missing->name);
-    if (missing == path.parts.begin()) {
-        for (const Node& node : scene.nodes())
-            similar.consider(node.name().view());
-        return similar.question();
-    }
-    std::set<std::string, std::less<>> names; // many nodes have inputs of the same names
-    const ScenePath before{.text = path.text.substr(0, found), .parts = {path.parts.begin(), missing}};
-    forEachMatch(scene, before, [&](const PathMatch& match) {
-        for (const Input* input : match.input ? match.input->children() : match.node->inputs())
-            if (names.emplace(input->key().view()).second)
-                similar.consider(input->key().view());
-    });
-    return similar.question();
-}
-
 // Prints the matches of one path. Returns false, and reports it, if there are none.
 bool answer(const Scene& scene, const ScenePath& path, bool isJson) {
-    const bool isLabelled = path.isPattern();
-    const PathMatches matches = forEachMatch(
-        scene, path, [&](const PathMatch& match) { isJson ? printAnswerJson(match) : printAnswer(match, isLabelled); });
+    const inspect::AnswerLayout layout{.isLabelled = path.isPattern(), .isEscaped = isOutputTerminal()};
+    const PathMatches matches = forEachMatch(scene, path, [&](const PathMatch& match) {
+        isJson ? writeAnswerJson(match, print) : writeAnswer(match, layout, print);
+    });
     if (matches.count != 0)
         return true;
-    const std::string found = path.text.substr(0, matches.found);
-    const std::string similar = similarNames(scene, path, matches.found);
-    complain(std::string_view(path.text),
-             found.empty() ? String::format(messages::pathWithoutNode, similar.c_str())
-                           : String::format(messages::pathWithoutEnd, found.c_str(), similar.c_str()));
+    complain(std::string_view(path.text), std::string_view(notFoundText(scene, path, matches)));
     return false;
 }
 
@@ -65,7 +42,7 @@ int query(const QueryOptions& options) {
     std::vector<ScenePath> paths;
     for (const std::string& text : options.paths) {
         try {
-            paths.push_back(parsePath(text));
+            paths.push_back(inspect::parsePath(text));
         } catch (const PathError& error) {
             complain(std::string_view(text), error.what());
             return exitTrouble;
@@ -75,9 +52,9 @@ int query(const QueryOptions& options) {
     scenes.files = {options.file};
     bool areFound = true;
     const int status = forEachScene(scenes, [&](const SceneFile& file, const Scene& scene) {
-        if (!file.isWhole())
+        if (!file.diagnosis().isWhole())
             return;
-        printError(file.diagnosticsText());
+        printError(diagnosticsText(file));
         for (const ScenePath& path : paths)
             areFound = answer(scene, path, options.format == "json") && areFound;
     });

@@ -1,9 +1,8 @@
 #include "cli/files/CatalogueFile.h"
 
-#include "cli/files/BuiltinCatalogue.h"
-#include "cli/files/TextFile.h"
 #include "cli/terminal/Console.h"
 #include "cli/terminal/Messages.h"
+#include "inspect/read/NamedCatalogue.h"
 #include "scene/CatalogueJson.h"
 #include "scene/core/TextEncoding.h"
 
@@ -19,30 +18,19 @@ static String typesOf(const std::string& option) {
     return variable ? String(variable) : String(std::string_view(option));
 }
 
-static String textOf(const String& path) {
-    if (path == builtinTypes)
-        return builtinCatalogue;
-    File file = File::open(path);
-    String text = readAll(file);
-    if (!file.error().isEmpty()) {
-        complain(path, file.error());
-        throw UnusableCatalogue();
-    }
-    return text;
-}
-
 std::shared_ptr<const Catalogue> loadCatalogue(const std::string& types) {
     const String path = typesOf(types);
     if (path.isEmpty())
         return nullptr;
-    const String text = textOf(path);
     try {
-        return std::make_shared<const Catalogue>(readCatalogue(text));
+        return inspect::readNamedCatalogue(path);
+    } catch (const inspect::UnreadableFile& error) {
+        complain(path, error.what());
     } catch (const CatalogueError& error) {
         printError(String::format(messages::catalogueError, escapeForTerminal(path).buf(), error.position().line,
                                   error.position().column, error.what()));
-        throw UnusableCatalogue();
     }
+    throw UnusableCatalogue();
 }
 
 } // namespace vrn::cli

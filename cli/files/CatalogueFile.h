@@ -8,8 +8,7 @@
 
 namespace vrn::cli {
 
-// The value of --types that stands for the catalogue in the command, and the variable for when the option is absent.
-inline constexpr char builtinTypes[] = "builtin";
+// The variable for when --types is absent.
 inline constexpr char typesVariable[] = "VRN_TYPES";
 
 struct UnusableCatalogue {};

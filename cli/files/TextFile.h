@@ -24,7 +24,4 @@ private:
     vor::String error_;
 };
 
-// The contents of a file, as far as they can be read.
-[[nodiscard]] vor::String readAll(vor::File file);
-
 } // namespace vrn::cli

@@ -1,6 +1,6 @@
 #include "cli/graph/DotText.h"
 
-#include "cli/query/ValueText.h"
+#include "inspect/value/ValueText.h"
 #include "scene/core/TextEncoding.h"
 
 #include <algorithm>
@@ -20,7 +20,7 @@ constexpr std::size_t maxNameLength = 40;
 // Text for an HTML-like label, in which a backslash also starts an escape sequence of DOT.
 std::string escapedHtml(std::string_view text) {
     std::string escaped;
-    for (const char c : escapedShort(text, maxNameLength)) {
+    for (const char c : inspect::escapedShort(text, maxNameLength)) {
         if (c == '&' || c == '<' || c == '>' || c == '"')
             escaped += "&#" + std::to_string(int(c)) + ';';
         else

@@ -71,8 +71,4 @@ bool finishOutput() {
     return false;
 }
 
-String counted(unsigned long long count, const char* noun) {
-    return String::format("%llu %s%s", count, noun, count == 1 ? "" : "s");
-}
-
 } // namespace vrn::cli

@@ -36,7 +36,4 @@ void clearAbandonedStatus();
 // Flushes standard output. Returns false, and reports why, if anything could not be written.
 [[nodiscard]] bool finishOutput();
 
-// "1 error", "2 errors".
-[[nodiscard]] vor::String counted(unsigned long long count, const char* noun);
-
 } // namespace vrn::cli

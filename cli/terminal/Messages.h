@@ -32,16 +32,6 @@ inline constexpr char notFormatted[] = "%s:%d:%d: error: %s; not formatted\n";
 inline constexpr char notEdited[] = "%s: error: %s; not edited (%s)\n";
 inline constexpr char editedPlace[] = "%s: note: also here\n";
 
-// Paths of `vrn query`.
-inline constexpr char malformedPath[] = "at byte %llu: %s";
-inline constexpr char expectedStep[] = "expected . or [";
-inline constexpr char expectedName[] = "expected a name";
-inline constexpr char expectedIndex[] = "expected an index, a slice such as 2:5, or *";
-inline constexpr char expectedBracket[] = "expected ]";
-inline constexpr char invalidIndex[] = "invalid index";
-inline constexpr char pathWithoutNode[] = "not found: the scene has no such node%s";
-inline constexpr char pathWithoutEnd[] = "not found below %s%s";
-
 // Pictures of `vrn graph`.
 inline constexpr char noSuchNode[] = "the scene has no such node%s";
 inline constexpr char unknownPicture[] = "unknown picture format; use a name that ends in .dot, .svg, .png or .pdf";

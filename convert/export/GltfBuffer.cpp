@@ -49,6 +49,13 @@ u32 GltfBuffer::addFloats(std::span<const float> numbers, u32 components, Use us
     return add(std::move(accessor));
 }
 
+u32 GltfBuffer::addAttribute(const NamedValues& attribute, Use use) {
+    const u32 index = addFloats(attribute.values.span(), attribute.components, use);
+    if (attribute.areMatrices)
+        accessors_[index].type = "MAT2";
+    return index;
+}
+
 u32 GltfBuffer::addIndices(std::span<const u32> indices) {
     return add({addBytes(std::as_bytes(indices), Use::Indices), unsignedInt, indices.size(), "SCALAR", {}, {}});
 }

@@ -3,7 +3,7 @@
 // Refers to the data that is added instead of copying it, so the data must stay valid until writeBytes().
 #pragma once
 
-#include "convert/model/Values.h"
+#include "convert/model/Model.h"
 #include "scene/JsonWriter.h"
 #include "scene/core/OutputFile.h"
 
@@ -24,6 +24,7 @@ public:
     vor::u32 addOwnFloats(std::vector<float> numbers, vor::u32 components, Use use) {
         return addFloats(floats_.emplace_back(std::move(numbers)), components, use);
     }
+    vor::u32 addAttribute(const NamedValues& attribute, Use use);
     vor::u32 addIndices(std::span<const vor::u32> indices);
     vor::u32 addJoints(std::vector<vor::u16> joints);
 

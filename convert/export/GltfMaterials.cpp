@@ -1,6 +1,6 @@
 #include "convert/export/GltfMaterials.h"
 
-#include "convert/export/GltfExtras.h"
+#include "convert/export/GltfObjects.h"
 #include "convert/model/Inputs.h"
 #include "convert/shared/Extension.h"
 #include "convert/shared/ImageKind.h"
@@ -20,10 +20,10 @@ bool isFallback(const MaterialNumber& number, const std::array<double, 3>& value
 // The texture extension for an image; null for the formats that need none.
 const char* extensionFor(const Image& image) {
     const char* mime = mimeTypeOf(image.encoded);
-    const std::string type = mime ? mime : extensionOf(image.file);
-    return type == "image/webp" || type == ".webp"   ? "EXT_texture_webp"
-           : type == "image/ktx2" || type == ".ktx2" ? "KHR_texture_basisu"
-                                                     : nullptr;
+    const std::string_view type = mime                     ? mime
+                                  : image.mimeType.empty() ? mimeTypeOfExtension(extensionOf(image.file))
+                                                           : image.mimeType;
+    return type == "image/webp" ? "EXT_texture_webp" : type == "image/ktx2" ? "KHR_texture_basisu" : nullptr;
 }
 
 std::string textOf(const Node& node, const char* name) {
@@ -42,7 +42,7 @@ template <class Value> u32 addOnce(std::vector<Value>& list, std::map<Value, u32
 
 void GltfMaterials::writeMaterials() {
     meshes_.addUnusedMaterials();
-    writeArray("materials", meshes_.materials(), [&](const GltfMeshes::MaterialVariant& variant) {
+    writeArray(json_, "materials", meshes_.materials(), [&](const GltfMeshes::MaterialVariant& variant) {
         writeMaterial(model_.materials[variant.material], variant.uvsets);
     });
 }
@@ -141,10 +141,10 @@ void GltfMaterials::writeTextures() {
     std::vector<StoredTexture> stored;
     for (const Texture& texture : model_.textures)
         stored.push_back(store(texture));
-    writeArray("samplers", samplers_, [&](const Sampler& sampler) { writeSampler(sampler); });
+    writeArray(json_, "samplers", samplers_, [&](const Sampler& sampler) { writeSampler(sampler); });
     const StoredTexture* next = stored.data();
-    writeArray("textures", model_.textures, [&](const Texture& texture) { writeTexture(texture, *next++); });
-    writeArray("images", images_, [&](const StoredImage& image) { writeImage(image); });
+    writeArray(json_, "textures", model_.textures, [&](const Texture& texture) { writeTexture(texture, *next++); });
+    writeArray(json_, "images", images_, [&](const StoredImage& image) { writeImage(image); });
 }
 
 GltfMaterials::StoredTexture GltfMaterials::store(const Texture& texture) {
@@ -157,12 +157,14 @@ GltfMaterials::StoredTexture GltfMaterials::store(const Texture& texture) {
     const std::string imageName = reader.text("imageName");
     addImage(texture.image,
              {.file = {},
+              .mimeType = {},
               .encoded = {},
               .name = imageName.empty() ? std::string(displayName(source).view()) : imageName,
               .extras = extrasOf(source, "imageExtras", losses_)},
              texture, stored);
     addImage(texture.alternative,
              {.file = {},
+              .mimeType = {},
               .encoded = {},
               .name = reader.text("alternative.name"),
               .extras = extrasOf(source, "alternative.extras", losses_)},
@@ -182,14 +184,14 @@ u32 GltfMaterials::wrapMode(const std::string& name, const Texture& texture) {
     if (name == "mirror")
         return 33648;
     if (!name.empty() && name != "repeat")
-        losses_.add("unknown texture wrap modes", *texture.source);
+        losses_.add("unknown wrap modes of textures", *texture.source);
     return 10497;
 }
 
 u32 GltfMaterials::filterOf(i64 filter, const Texture& texture) {
     const bool isKnown = filter == 9728 || filter == 9729 || (filter >= 9984 && filter <= 9987);
     if (filter != 0 && !isKnown)
-        losses_.add("unknown texture filters", *texture.source);
+        losses_.add("unknown filters of textures", *texture.source);
     return isKnown ? static_cast<u32>(filter) : 0;
 }
 
@@ -198,8 +200,10 @@ void GltfMaterials::addImage(const Image& image, StoredImage described, const Te
     if (!image.exists())
         return;
     described.encoded = {reinterpret_cast<const char*>(image.encoded.data()), image.encoded.size()};
-    if (image.encoded.empty())
+    if (image.encoded.empty()) {
         described.file = image.file;
+        described.mimeType = image.mimeType;
+    }
     const u32 index = addOnce(images_, imageIndices_, described);
     const char* extension = extensionFor(image);
     const bool isTaken = extension ? to.extended.contains(extension) : to.source.has_value();
@@ -245,6 +249,8 @@ void GltfMaterials::writeImage(const StoredImage& image) {
         json_.key("name").text(image.name);
     if (image.encoded.empty()) {
         json_.key("uri").text(uriOf(image.file));
+        if (!image.mimeType.empty())
+            json_.key("mimeType").text(image.mimeType);
     } else {
         const std::span bytes(reinterpret_cast<const u8*>(image.encoded.data()), image.encoded.size());
         json_.key("bufferView").integer(buffer_.addBytes(std::as_bytes(bytes)));

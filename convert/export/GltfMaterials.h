@@ -31,6 +31,7 @@ private:
     };
     struct StoredImage {
         std::string file;
+        std::string mimeType;
         std::string_view encoded;
         std::string name;
         std::string extras;
@@ -55,16 +56,6 @@ private:
     void writeSampler(const Sampler& sampler);
     void writeTexture(const Texture& texture, const StoredTexture& stored);
     void writeImage(const StoredImage& image);
-
-    // An array member with an object per item; omitted if there are no items.
-    template <class Items> void writeArray(const char* name, const Items& items, auto writeItem) {
-        if (std::empty(items))
-            return;
-        json_.key(name).array([&] {
-            for (const auto& item : items)
-                json_.object([&] { writeItem(item); });
-        });
-    }
 
     const Model& model_;
     GltfMeshes& meshes_;

@@ -1,7 +1,7 @@
 #include "convert/export/GltfMeshes.h"
 
-#include "convert/export/GltfExtras.h"
 #include "convert/export/GltfInfluences.h"
+#include "convert/export/GltfObjects.h"
 #include "convert/model/Inputs.h"
 
 #include <algorithm>
@@ -73,7 +73,7 @@ GltfMeshes::Accessors GltfMeshes::addAccessors(const Geometry& geometry) {
     for (std::size_t i = 0; i < geometry.moreColors.size(); ++i)
         addColors(geometry, geometry.moreColors[i].span(), "COLOR_" + std::to_string(i + 1), accessors);
     for (const NamedValues& attribute : geometry.attributes)
-        add(attribute.name, attribute.values, attribute.components);
+        accessors.attributes.emplace_back(attribute.name, buffer_.addAttribute(attribute, Vertices));
     for (const MorphTarget& target : geometry.targets)
         accessors.targets.push_back(addTarget(target));
     if (!geometry.influences.empty())
@@ -107,7 +107,7 @@ void GltfMeshes::addNormals(const Geometry& geometry, Accessors& accessors) {
     } else if (hasNormals) {
         std::vector<float> units = normalize(normals);
         hasNormals = !units.empty();
-        losses_.add(hasNormals ? "lengths of normals (normalized)" : "normals of meshes with normals of length 0",
+        losses_.add(hasNormals ? "lengths of normals (set to 1)" : "normals of meshes with normals of length 0",
                     *geometry.source);
         if (hasNormals)
             accessors.attributes.emplace_back("NORMAL", buffer_.addOwnFloats(std::move(units), 3, Vertices));
@@ -147,7 +147,7 @@ void GltfMeshes::addSkin(const Geometry& geometry, Accessors& accessors) {
     bool isChanged = false;
     std::vector<GltfInfluences> valid = validInfluences(geometry.influences, isChanged);
     if (isChanged)
-        losses_.add("skin weights that do not sum to 1 (normalized)", *geometry.source);
+        losses_.add("skin weights that do not sum to 1 (scaled)", *geometry.source);
     for (std::size_t i = 0; i < valid.size(); ++i) {
         const std::string set = std::to_string(i);
         accessors.skin.emplace_back("JOINTS_" + set, buffer_.addJoints(std::move(valid[i].joints)));
@@ -209,10 +209,9 @@ GltfMeshes::Primitive GltfMeshes::primitiveOf(const ModelNode& node, u32 index) 
 
 // In glTF, a mesh has one name, one set of weights and extras of its own, here those of its first part.
 void GltfMeshes::reportOwn(const Node& first, const Geometry& part) {
-    const Input* extras = part.source->input("extras");
     if (displayName(first) != displayName(*part.source))
         losses_.add("names of parts", *part.source);
-    if (!part.targetWeights.empty() || (extras && *extras->value().asString() != '\0'))
+    if (!part.targetWeights.empty() || !extrasOf(*part.source, "extras", losses_).empty())
         losses_.add("extras and weights of parts", *part.source);
 }
 

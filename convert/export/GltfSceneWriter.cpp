@@ -1,6 +1,6 @@
 #include "convert/export/GltfSceneWriter.h"
 
-#include "convert/export/GltfExtras.h"
+#include "convert/export/GltfObjects.h"
 #include "convert/model/Inputs.h"
 #include "convert/model/NodeHierarchy.h"
 
@@ -25,7 +25,7 @@ void GltfSceneWriter::writeNodes() {
     } else {
         writeScenes();
     }
-    writeArray("nodes", model_.nodes, [&](const ModelNode& node) { writeNode(node); });
+    writeArray(json_, "nodes", model_.nodes, [&](const ModelNode& node) { writeNode(node); });
     reportDeepNodes();
 }
 
@@ -38,7 +38,7 @@ void GltfSceneWriter::writeScenes() {
     const auto first = std::ranges::find(model_.scenes, true, &SceneNodes::isDefault);
     if (first != model_.scenes.end())
         json_.key("scene").integer(static_cast<u64>(first - model_.scenes.begin()));
-    writeArray("scenes", model_.scenes, [&](const SceneNodes& scene) {
+    writeArray(json_, "scenes", model_.scenes, [&](const SceneNodes& scene) {
         if (const Input* name = scene.source->input("name"))
             json_.key("name").text(name->value().asString());
         writeRoots(scene.roots);
@@ -99,7 +99,7 @@ void GltfSceneWriter::writeNodeExtensions(const ModelNode& node) {
             add("ROTATION", node.instances.rotations, 4);
             add("SCALE", node.instances.scales, 3);
             for (const NamedValues& attribute : node.instances.attributes)
-                add(attribute.name.c_str(), attribute.values, attribute.components);
+                json_.key(attribute.name).integer(buffer_.addAttribute(attribute, GltfBuffer::Use::Other));
         });
     });
 }
@@ -119,7 +119,7 @@ void GltfSceneWriter::writeTransform(const ModelNode& node) {
 }
 
 void GltfSceneWriter::writeCameras() {
-    writeArray("cameras", model_.cameras, [&](const Camera& camera) {
+    writeArray(json_, "cameras", model_.cameras, [&](const Camera& camera) {
         writeName(json_, *camera.source);
         json_.key("type").text(camera.isPerspective ? "perspective" : "orthographic");
         json_.key(camera.isPerspective ? "perspective" : "orthographic").object([&] {
@@ -140,7 +140,7 @@ void GltfSceneWriter::writeCameras() {
 }
 
 void GltfSceneWriter::writeSkins() {
-    writeArray("skins", model_.skins, [&](const Skin& skin) {
+    writeArray(json_, "skins", model_.skins, [&](const Skin& skin) {
         writeName(json_, *skin.source);
         json_.key("joints").integers(skin.joints);
         if (!skin.inverseBind.empty())
@@ -154,17 +154,17 @@ void GltfSceneWriter::writeSkins() {
 
 void GltfSceneWriter::writeAnimations() {
     using enum GltfBuffer::Use;
-    writeArray("animations", model_.animations, [&](const Animation& animation) {
+    writeArray(json_, "animations", model_.animations, [&](const Animation& animation) {
         writeName(json_, *animation.source);
         u32 sampler = 0;
-        writeArray("channels", animation.channels, [&](const Channel& channel) {
+        writeArray(json_, "channels", animation.channels, [&](const Channel& channel) {
             json_.key("sampler").integer(sampler++);
             json_.key("target").object([&] {
                 json_.key("node").integer(channel.target);
                 json_.key("path").text(channel.path);
             });
         });
-        writeArray("samplers", animation.channels, [&](const Channel& channel) {
+        writeArray(json_, "samplers", animation.channels, [&](const Channel& channel) {
             json_.key("input").integer(buffer_.addFloats(channel.times.span(), 1, Other, true));
             json_.key("output").integer(buffer_.addFloats(channel.values.span(), componentsOf(channel.path), Other));
             json_.key("interpolation")
@@ -202,11 +202,12 @@ void GltfSceneWriter::writeExtensions() {
     json_.key("extensions").object([&] {
         if (!model_.lights.empty())
             json_.key(lightExtension).object([&] {
-                writeArray("lights", model_.lights, [&](const Light& light) { writeLight(light); });
+                writeArray(json_, "lights", model_.lights, [&](const Light& light) { writeLight(light); });
             });
         if (!model_.variants.empty())
             json_.key(variantsExtension).object([&] {
-                writeArray("variants", model_.variants, [&](const std::string& name) { json_.key("name").text(name); });
+                writeArray(json_, "variants", model_.variants,
+                           [&](const std::string& name) { json_.key("name").text(name); });
             });
     });
 }

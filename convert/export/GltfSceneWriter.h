@@ -19,16 +19,6 @@ public:
     void writeExtensions(); // with lights and variants; last, because it lists those that were used
 
 private:
-    // An array member with an object per item; omitted if there are no items.
-    template <class Items> void writeArray(const char* name, const Items& items, auto writeItem) {
-        if (std::empty(items))
-            return;
-        json_.key(name).array([&] {
-            for (const auto& item : items)
-                json_.object([&] { writeItem(item); });
-        });
-    }
-
     void writeScenes();
     void writeRoots(const std::vector<u32>& roots);
     void reportDeepNodes();

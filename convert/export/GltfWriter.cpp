@@ -1,8 +1,8 @@
 #include "convert/export/GltfWriter.h"
 
-#include "convert/export/GltfExtras.h"
 #include "convert/export/GltfMaterials.h"
 #include "convert/export/GltfMeshes.h"
+#include "convert/export/GltfObjects.h"
 #include "convert/export/GltfSceneWriter.h"
 #include "convert/model/ModelBuilder.h"
 #include "convert/shared/Errors.h"

@@ -54,7 +54,8 @@ private:
             losses_.add("textures on uvsets other than the first", *texture.source);
         const std::string file = singleLine(texture.image.file);
         if (file != texture.image.file)
-            losses_.add("texture paths that begin or end with spaces, or contain control characters", *texture.source);
+            losses_.add("paths of textures that begin or end with spaces, or contain control characters",
+                        *texture.source);
         out_.add((file.starts_with('-') ? " ./" : " ") + file + '\n'); // not an option
     }
 
@@ -115,7 +116,7 @@ void writeMaterialLibrary(vor::OutputFile& file, const Model& model, const std::
     writer.finish();
     for (const Texture& texture : model.textures) {
         if (!texture.image.encoded.empty())
-            losses.add("embedded images", *texture.source);
+            losses.add("embedded images of textures", *texture.source);
         const auto isRepeat = [](const std::string& mode) { return mode.empty() || mode == "repeat"; };
         const bool isClamp = texture.wrapU == "clamp" && texture.wrapV == "clamp";
         if (texture.filter != 0 || texture.magFilter != 0 ||

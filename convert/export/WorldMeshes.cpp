@@ -1,7 +1,7 @@
 #include "convert/export/WorldMeshes.h"
 
 #include "convert/model/Inputs.h"
-#include "convert/model/NodeHierarchy.h"
+#include "convert/model/ShownMeshes.h"
 #include "convert/shared/Errors.h"
 
 #include <cmath>
@@ -23,8 +23,6 @@ Vector largestOf(const Geometry& geometry) {
 
 // Whether all points with coordinates up to the largest are finite in world space.
 bool fitsInWorld(const Vector& largest, const Matrix& world) {
-    if (world == identity)
-        return true;
     const auto bound = [&](std::size_t axis) {
         double sum = std::abs(world[12 + axis]);
         for (std::size_t i = 0; i < 3; ++i)
@@ -53,54 +51,36 @@ double determinant(const Matrix& m) {
     return m[0] * minors[0] + m[1] * minors[1] + m[2] * minors[2];
 }
 
-// The transform of one of the instances of a node, within that of the node.
-Matrix instanceMatrix(const Instances& instances, std::size_t i) {
-    Trs trs;
-    const auto copy = [&](const Values<float>& from, auto& to) {
-        if (!from.empty())
-            std::ranges::copy(from.span().subspan(i * to.size(), to.size()), to.begin());
-    };
-    copy(instances.translations, trs.translation);
-    copy(instances.rotations, trs.rotation);
-    copy(instances.scales, trs.scale);
-    return toMatrix(trs);
-}
-
 class MeshPlacer {
 public:
-    MeshPlacer(const Model& model, Losses& losses)
-        : model_(model), losses_(losses), worlds_(worldMatrices(model.nodes)) {}
+    MeshPlacer(const Model& model, const std::string& path, Losses& losses)
+        : model_(model), path_(path), losses_(losses) {}
 
     std::vector<WorldMesh> placeAll() {
-        for (std::size_t i = 0; i < model_.nodes.size(); ++i)
-            placeNode(model_.nodes[i], worlds_[i]);
+        const std::vector<bool> isShown = shownNodes(model_);
+        checkSize(isShown);
+        reportNodes(isShown);
+        forEachShownMesh(
+            model_, [&](const ModelNode& node, u32 geometry, const Matrix& world) { place(node, geometry, world); });
         return std::move(meshes_);
     }
 
 private:
-    void placeNode(const ModelNode& node, const Matrix& world) {
-        if (node.geometry == none)
-            return losses_.add("nodes without a mesh", *node.source);
-        if (node.parent != none)
-            losses_.add("parents of nodes", *node.source);
-        if (node.instances.count == 0)
-            return placeAt(node, world);
-        for (std::size_t i = 0; i < node.instances.count; ++i)
-            placeAt(node, multiply(instanceMatrix(node.instances, i), world));
-    }
-
-    void placeAt(const ModelNode& node, const Matrix& world) {
-        place(node, node.geometry, world);
-        for (const u32 part : node.parts)
-            place(node, part, world);
+    void reportNodes(const std::vector<bool>& isShown) {
+        for (std::size_t i = 0; i < model_.nodes.size(); ++i) {
+            const ModelNode& node = model_.nodes[i];
+            if (!isShown[i])
+                losses_.add("nodes outside the scene that is shown first", *node.source);
+            else if (node.geometry == none)
+                losses_.add("nodes without a mesh", *node.source);
+            else if (node.parent != none)
+                losses_.add("parents of nodes", *node.source);
+        }
     }
 
     void place(const ModelNode& node, u32 index, const Matrix& world) {
         const Geometry& geometry = model_.geometries[index];
-        const auto [largest, isNew] = largest_.try_emplace(index);
-        if (isNew)
-            largest->second = largestOf(geometry);
-        if (!fitsInWorld(largest->second, world))
+        if (world != identity && !fitsInWorld(largestOfMesh(index), world))
             return losses_.add("meshes whose transformed points exceed the range of a float", *node.source);
         if (world != identity)
             losses_.add("transforms of nodes (applied to the points)", *node.source);
@@ -112,9 +92,42 @@ private:
                            .isFirst = seen_.insert(index).second});
     }
 
+    const Vector& largestOfMesh(u32 index) {
+        const auto [largest, isNew] = largest_.try_emplace(index);
+        if (isNew)
+            largest->second = largestOf(model_.geometries[index]);
+        return largest->second;
+    }
+
+    // A small file can show a large mesh, or a mesh of many parts, very often. No reader takes the result.
+    void checkSize(const std::vector<bool>& isShown) const {
+        u64 meshes = 0;
+        u64 points = 0;
+        for (std::size_t i = 0; i < model_.nodes.size(); ++i) {
+            const ModelNode& node = model_.nodes[i];
+            if (node.geometry == none || !isShown[i])
+                continue;
+            const u64 times = std::max<u64>(node.instances.count, 1);
+            u64 vertices = model_.geometries[node.geometry].vertices();
+            for (const u32 part : node.parts)
+                vertices += model_.geometries[part].vertices();
+            refuseAbove(maxMeshes, meshes, times, 1 + node.parts.size(), "meshes");
+            refuseAbove(maxPoints, points, times, vertices, "points");
+        }
+    }
+
+    void refuseAbove(u64 most, u64& sum, u64 times, u64 each, const char* what) const {
+        if (each > (most - sum) / times)
+            throw ContentError(path_, "the instances of its meshes have more than " + std::to_string(most) + " " +
+                                          what + " together; convert to .glb, which has instances");
+        sum += times * each;
+    }
+
+    static constexpr u64 maxMeshes = 4'000'000;
+    static constexpr u64 maxPoints = 0xFFFFFFFF; // what 32 bits number
     const Model& model_;
+    const std::string& path_;
     Losses& losses_;
-    std::vector<Matrix> worlds_;
     std::vector<WorldMesh> meshes_;
     std::unordered_set<u32> seen_;            // geometries
     std::unordered_map<u32, Vector> largest_; // coordinates of each geometry
@@ -123,7 +136,7 @@ private:
 } // namespace
 
 std::vector<WorldMesh> worldMeshes(const Model& model, const std::string& path, Losses& losses) {
-    std::vector<WorldMesh> meshes = MeshPlacer(model, losses).placeAll();
+    std::vector<WorldMesh> meshes = MeshPlacer(model, path, losses).placeAll();
     if (meshes.empty())
         throw ContentError(path, "the scene has no mesh that can be written");
     return meshes;

@@ -1,6 +1,6 @@
 #include "convert/import/Bounds.h"
 
-#include "convert/import/NodeInputs.h"
+#include "convert/shared/NodeInputs.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 // How models are read.
 #pragma once
 
-#include "convert/import/Placement.h"
+#include "convert/scenes/Placement.h"
 
 #include <string>
 

@@ -72,7 +72,7 @@ private:
             last = std::max(last, static_cast<double>(channel.times.span().back()));
         const double duration = InputReader(*animation_.source, context_.losses).number("duration", last);
         if (!animation_.channels.empty() && std::abs(duration - last) > 1e-6 * std::max(1.0, last))
-            context_.losses.add("animation durations other than the time of the last key", *animation_.source);
+            context_.losses.add("durations of animations other than the time of the last key", *animation_.source);
     }
 
     static bool areKeyTimes(std::span<const float> times) {

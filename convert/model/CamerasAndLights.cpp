@@ -14,11 +14,13 @@ namespace {
 
 constexpr auto maxFloat = static_cast<double>(std::numeric_limits<float>::max());
 
-const InputPatterns cameraInputs = {"name",     "projection", "fov", "aspect", "size",        "near",   "far",   "clip",
-                                    "position", "lookAt",     "up",  "target", "worldMatrix", "parent", "extras"};
-const InputPatterns lightInputs = {"name",        "kind",   "direction",  "position",   "color",
-                                   "intensity",   "range",  "innerAngle", "outerAngle", "target",
-                                   "worldMatrix", "parent", "extras"};
+const InputPatterns cameraInputs = {"name",   "projection", "near",   "far",         "clip",   "position",
+                                    "lookAt", "up",         "target", "worldMatrix", "parent", "extras"};
+const InputPatterns perspectiveInputs = cameraInputs + InputPatterns{"fov", "aspect"};
+const InputPatterns orthographicInputs = cameraInputs + InputPatterns{"size"};
+const InputPatterns lightInputs = {"name",  "kind",   "direction",   "position", "color", "intensity",
+                                   "range", "target", "worldMatrix", "parent",   "extras"};
+const InputPatterns spotInputs = lightInputs + InputPatterns{"innerAngle", "outerAngle"};
 
 Vector minus(const Vector& a, const Vector& b) { return {a[0] - b[0], a[1] - b[1], a[2] - b[2]}; }
 
@@ -61,26 +63,36 @@ void readClipping(Camera& camera, const InputReader& reader, Losses& losses) {
     camera.far = camera.isPerspective ? 0 : std::max(camera.near + 1000, 2 * camera.near);
 }
 
+void readPerspective(Camera& camera, const InputReader& reader, Losses& losses) {
+    camera.fov = reader.number("fov", 45) * radiansPerDegree;
+    if (camera.fov <= 0 || camera.fov >= std::numbers::pi) {
+        losses.add("fields of view of cameras outside 0 to 180 degrees", *camera.source);
+        camera.fov = 45 * radiansPerDegree;
+    }
+    camera.aspect = reader.clampedNumber("aspect", 0, 0, maxFloat);
+}
+
+void readSize(Camera& camera, const InputReader& reader, Losses& losses) {
+    camera.size = reader.numbers<2>("size", {1, 1});
+    if (camera.size[0] == 0 || camera.size[1] == 0) {
+        losses.add("sizes of cameras that are 0", *camera.source);
+        camera.size = {1, 1};
+    }
+}
+
 Camera readCamera(const Node& node, Losses& losses) {
     const InputReader reader(node, losses);
     Camera camera{.source = &node};
     const std::string projection = reader.text("projection");
     if (!projection.empty() && projection != "perspective" && projection != "orthographic")
-        losses.add("unknown camera projections", node);
+        losses.add("unknown projections of cameras", node);
     camera.isPerspective = projection != "orthographic";
-    camera.fov = reader.number("fov", 45) * radiansPerDegree;
-    if (camera.fov <= 0 || camera.fov >= std::numbers::pi) {
-        losses.add("fields of view of cameras outside 0 to 180 degrees", node);
-        camera.fov = 45 * radiansPerDegree;
-    }
-    camera.aspect = reader.clampedNumber("aspect", 0, 0, maxFloat);
-    camera.size = reader.numbers<2>("size", {1, 1});
-    if (camera.size[0] == 0 || camera.size[1] == 0) {
-        losses.add("camera sizes of 0", node);
-        camera.size = {1, 1};
-    }
+    if (camera.isPerspective)
+        readPerspective(camera, reader, losses);
+    else
+        readSize(camera, reader, losses);
     readClipping(camera, reader, losses);
-    addUnreadInputs(node, cameraInputs, losses);
+    addUnreadInputs(node, camera.isPerspective ? perspectiveInputs : orthographicInputs, losses);
     return camera;
 }
 
@@ -90,20 +102,22 @@ Light readLight(const Node& node, Losses& losses) {
     light.kind = reader.text("kind");
     if (light.kind != "point" && light.kind != "spot") {
         if (!light.kind.empty() && light.kind != "directional")
-            losses.add("unknown light kinds", node);
+            losses.add("unknown kinds of lights", node);
         light.kind = "directional";
     }
     const Vector color = reader.numbers<3>("color", {1, 1, 1});
     for (std::size_t i = 0; i < 3; ++i)
         light.color[i] = std::clamp(color[i], 0.0, 1.0);
     if (light.color != color)
-        losses.add("light colours outside 0 to 1 (clamped)", node);
+        losses.add("colours of lights outside 0 to 1 (clamped)", node);
     light.intensity = reader.clampedNumber("intensity", 1, 0, maxFloat);
     light.range = reader.clampedNumber("range", 0, 0, maxFloat);
-    const double outerAngle = reader.clampedNumber("outerAngle", 45, 1e-6, 90);
-    light.outerAngle = outerAngle * radiansPerDegree;
-    light.innerAngle = reader.clampedNumber("innerAngle", 0, 0, outerAngle * (1 - 1e-6)) * radiansPerDegree;
-    addUnreadInputs(node, lightInputs, losses);
+    if (light.kind == "spot") {
+        const double outerAngle = reader.clampedNumber("outerAngle", 45, 1e-6, 90);
+        light.outerAngle = outerAngle * radiansPerDegree;
+        light.innerAngle = reader.clampedNumber("innerAngle", 0, 0, outerAngle * (1 - 1e-6)) * radiansPerDegree;
+    }
+    addUnreadInputs(node, light.kind == "spot" ? spotInputs : lightInputs, losses);
     return light;
 }
 

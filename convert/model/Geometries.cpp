@@ -15,18 +15,27 @@ const InputPatterns meshInputs = {"name",        "topology",     "bounds",      
                                   "skin.joints", "skin.weights", "material"};
 
 // What only formats with scenes hold.
-const InputPatterns sceneMeshInputs = {"colorsets[].colors", "skin.more[].joints",  "skin.more[].weights",
-                                       "attributes[].name",  "attributes[].values", "targets[].name",
-                                       "targets[].points",   "targets[].normals",   "targets[].tangents",
-                                       "targets[].coords",   "targets[].colors",    "weights",
-                                       "variants[].variant", "variants[].material", "extras",
+const InputPatterns sceneMeshInputs = {"colorsets[].colors",
+                                       "skin.more[].joints",
+                                       "skin.more[].weights",
+                                       "attributes[].name",
+                                       "attributes[].values",
+                                       "attributes[].matrices",
+                                       "targets[].name",
+                                       "targets[].points",
+                                       "targets[].normals",
+                                       "targets[].tangents",
+                                       "targets[].coords",
+                                       "targets[].colors",
+                                       "weights",
+                                       "variants[].variant",
+                                       "variants[].material",
+                                       "extras",
                                        "partExtras"};
 
-InputPatterns meshInputsFor(const TargetFormat& target) {
-    InputPatterns inputs = meshInputs;
-    if (target.hasScene)
-        inputs.insert(sceneMeshInputs.begin(), sceneMeshInputs.end());
-    return inputs;
+const InputPatterns& meshInputsFor(const TargetFormat& target) {
+    static const InputPatterns all = meshInputs + sceneMeshInputs;
+    return target.hasScene ? all : meshInputs;
 }
 
 void readVariants(ExportContext& context, const Node& mesh, Geometry& geometry) {
@@ -70,7 +79,7 @@ u32 linkedGeometry(ExportContext& context, const Input& input) {
     if (mesh && isMesh(*mesh))
         return geometryIndex(context, *mesh);
     if (mesh)
-        context.losses.add("geometry that is not a mesh", input);
+        context.losses.add("geometries that are not meshes", input);
     return none;
 }
 

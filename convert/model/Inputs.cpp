@@ -1,5 +1,6 @@
 #include "convert/model/Inputs.h"
 
+#include "convert/model/InputTypes.h"
 #include "scene/BufferNumbers.h"
 #include "scene/Scene.h"
 
@@ -30,7 +31,7 @@ std::optional<double> asNumber(const AttrData& value) {
 }
 
 bool isDefault(const Input& input) {
-    const Catalogue* catalogue = input.node()->scene().catalogue();
+    const Catalogue* catalogue = input.node()->scene()->catalogue();
     const NodeType* type = catalogue && !input.parent() ? catalogue->find(input.node()->type()) : nullptr;
     if (!type)
         return false;
@@ -72,14 +73,40 @@ bool hasPrefix(const InputPatterns& patterns, const std::string& prefix) {
     return next != patterns.end() && next->starts_with(prefix);
 }
 
+// Whether all are in [0, limit). Blocks of a fixed length are compared with vector instructions.
+template <class T> bool areIndices(std::span<const T> numbers, u64 limit) {
+    constexpr std::size_t block = 64;
+    T least = 0;
+    T greatest = 0;
+    const auto take = [&](T number) {
+        least = std::min(least, number);
+        greatest = std::max(greatest, number);
+    };
+    for (; numbers.size() >= block; numbers = numbers.subspan(block))
+        for (std::size_t i = 0; i < block; ++i)
+            take(numbers[i]);
+    std::ranges::for_each(numbers, take);
+    return least == 0 && std::cmp_less(greatest, limit);
+}
+
 template <class T> std::optional<Values<u32>> convertIndices(std::span<const T> numbers, u64 limit) {
-    for (const T number : numbers)
-        if (std::cmp_less(number, 0) || std::cmp_greater_equal(number, limit))
-            return {};
+    if (!numbers.empty() && !areIndices(numbers, limit))
+        return {};
     if constexpr (sizeof(T) == sizeof(u32))
         return Values<u32>(std::span(reinterpret_cast<const u32*>(numbers.data()), numbers.size()));
     else
         return Values<u32>(std::vector<u32>(numbers.begin(), numbers.end()));
+}
+
+// Whether the elements of an attribute are matrices although they have four components.
+bool readMatrices(const Input& matrices, u32 components, Losses& losses) {
+    if (matrices.type() != AttrType::Bool)
+        losses.add(wrongType, matrices);
+    else if (matrices.value().asBool() && components != 4)
+        losses.add("matrices in attributes without four components", matrices);
+    else
+        return matrices.value().asBool();
+    return false;
 }
 
 } // namespace
@@ -163,12 +190,6 @@ void InputReader::readNumbers(std::string_view path, std::span<double> numbers) 
 
 const Node* InputReader::node(std::string_view path) const { return linkedNode(find(path)); }
 
-const Node* linkedNode(const Input* input) {
-    if (!input)
-        return nullptr;
-    return input->connection() ? input->connection()->node() : input->nodeValue();
-}
-
 String displayName(const Node& node) {
     const Input* name = node.input("name");
     return name && *name->value().asString() ? String(name->value().asString()) : node.name();
@@ -211,6 +232,8 @@ std::optional<NamedValues> readNamedValues(const Input& object, Losses& losses) 
                       attribute.components == 16;
     if (isNamed && fits)
         attribute.values = readFloats(values, attribute.components, losses);
+    if (const Input* matrices = object.input("matrices"))
+        attribute.areMatrices = readMatrices(*matrices, attribute.components, losses);
     if (!attribute.values.empty() && allFinite(attribute.values.span()))
         return attribute;
     losses.add(isNamed ? "attributes that are not finite floats" : "attributes whose name does not start with _",
@@ -229,6 +252,11 @@ std::optional<Values<u32>> readIndices(const Input* input, u64 limit) {
     return indices;
 }
 
+InputPatterns operator+(InputPatterns a, const InputPatterns& b) {
+    a.insert(b.begin(), b.end());
+    return a;
+}
+
 void addUnreadInputs(const Node& node, const InputPatterns& known, Losses& losses) {
     struct Pending {
         const Input* input;
@@ -244,8 +272,11 @@ void addUnreadInputs(const Node& node, const InputPatterns& known, Losses& losse
     while (!pending.empty()) {
         const auto [input, pattern] = std::move(pending.back());
         pending.pop_back();
-        if (known.contains(pattern))
+        if (known.contains(pattern)) {
+            if (hasWrongType(*input, pattern))
+                losses.add(wrongType, *input);
             continue;
+        }
         if (input->type() == AttrType::Object && hasPrefix(known, pattern + '.'))
             push(input->children(), pattern + '.');
         else if (input->type() == AttrType::Array && hasPrefix(known, pattern + "[]"))

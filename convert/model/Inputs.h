@@ -13,6 +13,7 @@
 #include "convert/model/Values.h"
 #include "convert/shared/Floats.h"
 #include "convert/shared/Losses.h"
+#include "convert/shared/NodeInputs.h"
 
 #include <array>
 #include <optional>
@@ -51,9 +52,6 @@ private:
 
 inline constexpr const char* outsideUnitInterval = "numbers outside 0 to 1 (clamped)"; // a loss
 
-// The node that an input is connected to or refers to; null if there is none or no input.
-[[nodiscard]] const Node* linkedNode(const Input* input);
-
 // The name of a node in other formats: its input `name`, or if it is empty or missing, its identifier.
 [[nodiscard]] String displayName(const Node& node);
 
@@ -71,7 +69,10 @@ inline constexpr const char* outsideUnitInterval = "numbers outside 0 to 1 (clam
 // Inputs, members and elements: `scale`, `alpha.mode`, `uvsets[].coords`.
 using InputPatterns = std::set<std::string, std::less<>>;
 
-// Adds a loss for each input that matches no pattern and is neither empty nor at its default value.
+[[nodiscard]] InputPatterns operator+(InputPatterns a, const InputPatterns& b);
+
+// Adds a loss for each input that matches no pattern and is neither empty nor at its default value, and for each that
+// matches one but has a value of the wrong type.
 void addUnreadInputs(const Node& node, const InputPatterns& known, Losses& losses);
 
 } // namespace vrn::convert

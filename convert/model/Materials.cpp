@@ -19,7 +19,7 @@ i64 readFilter(const InputReader& reader, const char* name) {
 }
 
 Image readImage(const InputReader& reader, const std::string& prefix, ExportContext& context) {
-    Image image{.file = reader.text(prefix + "file"), .encoded = {}};
+    Image image{.file = reader.text(prefix + "file"), .mimeType = reader.text(prefix + "mimeType"), .encoded = {}};
     const Input* encoded = reader.find(prefix + "encoded");
     if (!encoded || encoded->value().count() == 0)
         return image;
@@ -27,6 +27,8 @@ Image readImage(const InputReader& reader, const std::string& prefix, ExportCont
     if (!mimeTypeOf(image.encoded)) {
         context.losses.add("encoded images that are not PNG, JPEG, WebP or KTX 2", *encoded);
         image.encoded = {};
+    } else if (!image.file.empty()) {
+        context.losses.add("files of textures beside embedded images", *reader.find(prefix + "file"));
     }
     return image;
 }
@@ -48,8 +50,9 @@ u32 readTexture(ExportContext& context, const Node& node) {
     InputPatterns inputs = {"name", "file", "wrapU", "wrapV", "filter", "magFilter", "encoded"};
     if (context.target.hasScene) {
         texture.alternative = readImage(reader, "alternative.", context);
-        inputs.insert({"alternative.file", "alternative.encoded", "alternative.name", "alternative.extras", "imageName",
-                       "samplerName", "extras", "imageExtras", "samplerExtras"});
+        inputs.insert({"mimeType", "alternative.mimeType", "alternative.file", "alternative.encoded",
+                       "alternative.name", "alternative.extras", "imageName", "samplerName", "extras", "imageExtras",
+                       "samplerExtras"});
     }
     addUnreadInputs(node, inputs, context.losses);
     if (!texture.image.exists() && !context.target.hasScene) {
@@ -119,7 +122,7 @@ std::string readAlphaMode(ExportContext& context, const InputReader& reader, con
     if (mode == "opaque" || mode == "mask" || mode == "blend")
         return mode;
     if (!mode.empty())
-        context.losses.add("unknown alpha modes", *reader.find("alpha.mode"));
+        context.losses.add("unknown alpha modes of materials", *reader.find("alpha.mode"));
     return material.baseColor[3] < 1 || isAlphaOfColorMap ? "blend" : "opaque";
 }
 

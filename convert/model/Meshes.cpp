@@ -13,7 +13,11 @@ namespace {
 
 constexpr const char* mismatchedAttribute = "attributes that do not match the points of their mesh";
 
-bool hasElements(const Input* input) { return input && input->value().count() != 0; }
+constexpr const char* incompleteSkin = "joints without weights, or weights without joints";
+
+bool hasElements(const Input* input) {
+    return input && (input->type() == AttrType::Array ? input->size() : input->value().count()) != 0;
+}
 
 class MeshReader {
 public:
@@ -178,16 +182,19 @@ private:
     void readUvset(const Input& uvset) {
         const Input* coords = uvset.input("coords");
         if (!hasElements(coords))
-            return;
+            return void(isUvsetMissing_ = true);
+        if (isUvsetMissing_) // materials refer to uvsets by their numbers
+            return losses_.add("uvsets after one that is left out", uvset);
         if (geometry_.uvsets.size() >= target_.maxUvsets)
             return losses_.add("uvsets beyond the limit of the format", uvset);
         Values<u32> corners;
         Values<float> values =
             perPointOrCorner(readFloats(coords, 2, losses_), 2, *coords, uvset.input("indices"), corners);
         if (values.empty())
-            return;
+            return void(isUvsetMissing_ = true);
         const Input* name = uvset.input("name");
-        if (name && String(name->value().asString()) != String("uv") + String(u64(geometry_.uvsets.size())))
+        const bool hasName = name && name->type() == AttrType::String;
+        if (hasName && String(name->value().asString()) != String("uv") + String(u64(geometry_.uvsets.size())))
             losses_.add("names of uvsets", *name);
         geometry_.uvsets.push_back(std::move(values));
         corners_.push_back(std::move(corners));
@@ -197,17 +204,25 @@ private:
         const Input* skin = mesh_.input("skin");
         const Input* joints = skin ? skin->input("joints") : nullptr;
         const Input* weights = skin ? skin->input("weights") : nullptr;
-        if (!hasElements(joints) && !hasElements(weights))
+        if (!hasElements(joints) && !hasElements(weights) && !(skin && hasElements(skin->input("more"))))
             return;
         if (!hasElements(joints) || !hasElements(weights))
-            return losses_.add("joints without weights, or weights without joints", *skin);
+            return losses_.add(incompleteSkin, *skin);
         if (!target_.hasScene)
             return losses_.add("skins of meshes", *skin);
         addInfluences(*joints, *weights);
         if (const Input* more = skin->input("more"))
             for (const Input* some : more->children())
-                if (const Input* next = some->input("joints"), *share = some->input("weights"); next && share)
-                    addInfluences(*next, *share);
+                addMore(*some);
+    }
+
+    void addMore(const Input& some) {
+        const Input* joints = some.input("joints");
+        const Input* weights = some.input("weights");
+        if (hasElements(joints) && hasElements(weights))
+            addInfluences(*joints, *weights);
+        else
+            losses_.add(incompleteSkin, some);
     }
 
     void addInfluences(const Input& joints, const Input& weights) {
@@ -228,6 +243,8 @@ private:
     }
 
     void readMoreColors() {
+        if (geometry_.colors.empty() && hasElements(mesh_.input("colorsets")))
+            return losses_.add("colorsets of meshes without colors", mesh_);
         forEachObject("colorsets", [&](const Input& set) {
             const Input* colors = set.input("colors");
             if (!hasElements(colors))
@@ -241,7 +258,10 @@ private:
         forEachObject("attributes", [&](const Input& attribute) {
             if (std::optional<NamedValues> values = readNamedValues(attribute, losses_)) {
                 values->values = perPoint(std::move(values->values), values->components, attribute);
-                if (!values->values.empty())
+                if (std::ranges::find(geometry_.attributes, values->name, &NamedValues::name) !=
+                    geometry_.attributes.end())
+                    losses_.add("attributes with the name of another", attribute);
+                else if (!values->values.empty())
                     geometry_.attributes.push_back(std::move(*values));
             }
         });
@@ -282,6 +302,7 @@ private:
     Geometry geometry_;
     std::vector<Values<u32>> corners_; // indices of each uvset, then of the normals; empty if per point
     Values<u32> normalCorners_;
+    bool isUvsetMissing_ = false;
 };
 
 } // namespace

@@ -29,6 +29,7 @@ struct NamedValues {
     std::string name{}; // starts with an underscore
     u32 components = 1;
     Values<float> values{};
+    bool areMatrices = false; // if of four components: the columns of 2 by 2 matrices
 };
 
 // Which joints of a skin move a point, and how much: four of each.
@@ -101,6 +102,7 @@ struct Geometry {
 // A path, or the bytes of an embedded file.
 struct Image {
     std::string file{};
+    std::string mimeType{}; // of the file, if its name does not tell it
     std::span<const u8> encoded{};
 
     [[nodiscard]] bool exists() const noexcept { return !file.empty() || !encoded.empty(); }

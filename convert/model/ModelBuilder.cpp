@@ -19,8 +19,9 @@ Model buildModel(const Scene& scene, const TargetFormat& target, const TexturePa
     if (target.hasScene) {
         readSkins(context);
         readAnimations(context);
-        readScenes(context);
+        readUnused(context);
     }
+    readScenes(context);
     for (const Node& node : scene.nodes())
         if (!node.isDefinition() && !context.visited.contains(&node))
             losses.add("nodes of type " + std::string(node.type().view()), node);

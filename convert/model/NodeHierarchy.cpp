@@ -28,13 +28,11 @@ const InputPatterns transformInputs = {"name",
 
 // What only formats with scenes hold.
 const InputPatterns sceneTransformInputs = {"weights", "instances.attributes[].name", "instances.attributes[].values",
-                                            "extras"};
+                                            "instances.attributes[].matrices", "extras"};
 
-InputPatterns transformInputsFor(const TargetFormat& target) {
-    InputPatterns inputs = transformInputs;
-    if (target.hasScene)
-        inputs.insert(sceneTransformInputs.begin(), sceneTransformInputs.end());
-    return inputs;
+const InputPatterns& transformInputsFor(const TargetFormat& target) {
+    static const InputPatterns all = transformInputs + sceneTransformInputs;
+    return target.hasScene ? all : transformInputs;
 }
 
 bool hasTransform(const Node& node) {
@@ -54,7 +52,7 @@ Quaternion readRotation(const Node& node, const InputReader& reader, Losses& los
     const double size = lengthOf(rotation);
     if (std::abs(size - 1) < 1e-3)
         return rotation;
-    losses.add("lengths of rotations (normalized)", node);
+    losses.add("lengths of rotations (set to 1)", node);
     if (size == 0)
         return {0, 0, 0, 1};
     // Scale by the largest component first: the length of a subnormal quaternion is inaccurate.
@@ -68,18 +66,14 @@ Quaternion readRotation(const Node& node, const InputReader& reader, Losses& los
 // Decomposes the matrix if that is exact. Also decomposes matrices with a zero scale, shear or perspective, which other
 // formats reject as matrices; shear and perspective are lost.
 void setMatrix(ModelNode& node, const Matrix& matrix, Losses& losses) {
-    double largest = 0; // of the linear part
-    for (const unsigned i : {0U, 1U, 2U, 4U, 5U, 6U, 8U, 9U, 10U})
-        largest = std::max(largest, std::abs(matrix[i]));
-    const double maxError = 1e-5 * std::max(largest, 1e-30);
     const Trs trs = decomposeTransform(matrix);
-    const double error = maxDifference(toMatrix(trs), matrix);
+    const bool isLossy = isSheared(matrix, trs);
     const bool isFlat = trs.scale[0] == 0 || trs.scale[1] == 0 || trs.scale[2] == 0;
-    if (error == 0 || isFlat || error > maxError)
+    if (toMatrix(trs) == matrix || isFlat || isLossy)
         node.trs = trs;
     else
         node.matrix = matrix;
-    if (error > maxError)
+    if (isLossy)
         losses.add("shear or perspective of transforms", *node.source);
 }
 
@@ -121,6 +115,11 @@ void readInstances(ModelNode& node, const TargetFormat& target, Losses& losses) 
     if (const Input* attributes = target.hasScene ? object->input("attributes") : nullptr)
         for (const Input* attribute : attributes->children())
             if (std::optional<NamedValues> values = readNamedValues(*attribute, losses)) {
+                if (std::ranges::find(instances.attributes, values->name, &NamedValues::name) !=
+                    instances.attributes.end()) {
+                    losses.add("attributes with the name of another", *attribute);
+                    continue;
+                }
                 const std::size_t count = values->values.size() / values->components;
                 isValid &= instances.count == 0 || count == instances.count;
                 instances.count = count;
@@ -175,7 +174,7 @@ private:
             } else if (nodes_[index].parent == none && index != parent) {
                 nodes_[index].parent = parent;
             } else if (nodes_[index].parent != parent) {
-                context_.losses.add("additional parents of a node", *input);
+                context_.losses.add("further parents of nodes", *input);
             }
         }
     }

@@ -28,15 +28,19 @@ void readScene(ExportContext& context, const Node& node) {
     context.visited.insert(&node);
     const InputReader reader(node, context.losses);
     SceneNodes scene{.source = &node, .roots = {}, .isDefault = reader.boolean("default", false)};
+    std::unordered_set<u32> listed;
     if (const Input* nodes = node.input("nodes"))
         for (const Input* root : nodes->children()) {
             const u32 index = context.nodeIndex(linkedNode(root));
-            if (index != none && context.model.nodes[index].parent == none)
-                scene.roots.push_back(index);
-            else
+            if (index == none || context.model.nodes[index].parent != none)
                 context.losses.add("nodes of scenes that have a parent or no transform", *root);
+            else if (listed.insert(index).second)
+                scene.roots.push_back(index);
         }
-    addUnreadInputs(node, {"name", "default", "nodes", "extras"}, context.losses);
+    InputPatterns inputs = {"name", "default", "nodes"};
+    if (context.target.hasScene)
+        inputs.insert("extras");
+    addUnreadInputs(node, inputs, context.losses);
     context.model.scenes.push_back(std::move(scene));
 }
 
@@ -58,6 +62,9 @@ void readScenes(ExportContext& context) {
     for (const Node& node : context.scene.nodes())
         if (!node.isDefinition() && node.type() == "scene")
             readScene(context, node);
+}
+
+void readUnused(ExportContext& context) {
     for (const Node& node : context.scene.nodes()) {
         if (!node.isDefinition() && node.type() == "material")
             (void)readMaterial(context, &node);

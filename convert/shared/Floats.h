@@ -8,7 +8,16 @@
 
 namespace vrn::convert {
 
+// Blocks of a fixed length are compared with vector instructions.
 [[nodiscard]] inline bool allFinite(std::span<const float> numbers) {
+    constexpr std::size_t block = 64;
+    for (; numbers.size() >= block; numbers = numbers.subspan(block)) {
+        unsigned finite = 1;
+        for (std::size_t i = 0; i < block; ++i)
+            finite &= std::abs(numbers[i]) <= std::numeric_limits<float>::max() ? 1U : 0U;
+        if (finite == 0)
+            return false;
+    }
     return std::ranges::all_of(numbers, [](float number) { return std::isfinite(number); });
 }
 

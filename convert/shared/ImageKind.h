@@ -28,4 +28,13 @@ namespace vrn::convert {
     return bytes.starts_with("\xABKTX 20\xBB") ? "image/ktx2" : nullptr;
 }
 
+// The media type that the extension of a path stands for, `.png`; empty if it stands for none of these.
+[[nodiscard]] inline std::string_view mimeTypeOfExtension(std::string_view extension) {
+    return extension == ".png"                           ? "image/png"
+           : extension == ".jpg" || extension == ".jpeg" ? "image/jpeg"
+           : extension == ".webp"                        ? "image/webp"
+           : extension == ".ktx2"                        ? "image/ktx2"
+                                                         : "";
+}
+
 } // namespace vrn::convert

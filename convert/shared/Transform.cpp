@@ -96,6 +96,14 @@ Trs decomposeTransform(const Matrix& m) {
             .scale = {isMirrored ? -length(rows[0]) : length(rows[0]), length(rows[1]), length(rows[2])}};
 }
 
+bool isSheared(const Matrix& matrix, const Trs& decomposition) {
+    constexpr double tolerance = 1e-5;
+    double largest = 1e-30; // of the axes
+    for (std::size_t i = 0; i < 12; ++i)
+        largest = std::max(largest, i % 4 == 3 ? 0 : std::abs(matrix[i]));
+    return maxDifference(toMatrix(decomposition), matrix) > tolerance * largest;
+}
+
 double maxDifference(const Matrix& a, const Matrix& b) {
     double largest = 0;
     for (std::size_t i = 0; i < 16; ++i)

@@ -31,6 +31,9 @@ struct Trs {
 // The closest scale, rotation and translation; shear and perspective are dropped.
 [[nodiscard]] Trs decomposeTransform(const Matrix& matrix);
 
+// Whether a matrix has shear or perspective, beyond the rounding of floats: it is not that of its decomposition.
+[[nodiscard]] bool isSheared(const Matrix& matrix, const Trs& decomposition);
+
 // The largest absolute difference of corresponding elements.
 [[nodiscard]] double maxDifference(const Matrix& a, const Matrix& b);
 

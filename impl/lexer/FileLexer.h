@@ -1,15 +1,22 @@
-// FileLexer: a lexer for a file, starting at its current position.
+// FileLexer: a lexer for a file, starting at its current position. If the reading of the file is stopped, the function
+// that asks for more characters throws Stopped, also the constructor.
 #pragma once
 
 #include "impl/lexer/Lexer.h"
 #include "scene/core/File.h"
 
+#include <exception>
 #include <utility>
 
 namespace vor::velmo_sdk::impl {
 
 class FileLexer final : public Lexer, private File::Borrower {
 public:
+    struct Stopped : std::exception {
+        explicit Stopped(TextPosition next) noexcept : position(next) {}
+        TextPosition position; // of the next character to be consumed: the first one of a token other than a list
+    };
+
     explicit FileLexer(const File& file) : source(file) { start(); }
     ~FileLexer() override { source.endLoan(*this); }
 
@@ -18,6 +25,8 @@ public:
 private:
     Window refill(std::string_view rest) override {
         File::Piece loan = source.borrow(*this, rest);
+        if (source.isStopped())
+            throw Stopped(nextPosition());
         return {loan.bytes, std::move(loan.owner)};
     }
 

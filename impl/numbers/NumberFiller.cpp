@@ -26,73 +26,55 @@ const char* skipNumber(const char* at, const char* end) noexcept {
     return at;
 }
 
-template <class Number> class Filler final : public NumberFiller {
-public:
-    Filler(std::span<std::byte> block, InstructionSet set)
-        : NumberFiller(block), readBlocks_(blockReader<Number>(set)) {}
-
-private:
-    // How many characters are parsed number by number before the block reader is tried again: few after it made
-    // progress, twice as many each time it made none.
-    static constexpr std::size_t minScalarLength = 64;
-    static constexpr std::size_t maxScalarLength = 4096;
-    static_assert(minScalarLength >= blockMargin); // a block never starts at the first characters of a piece
-
-    void readWhole(std::string_view text) override {
-        const char* at = skipSeparators(text.data(), text.data() + text.size());
-        const char* end = text.data() + text.size();
-        std::size_t scalarLength = minScalarLength;
-        while (at != end && remaining() > 0) {
-            at = readOneByOne(at, at + std::min(scalarLength, static_cast<std::size_t>(end - at)), end);
-            if (!readBlocks_)
-                continue;
-            const BlockProgress progress = readBlocks_(at, end, next(), remaining() / sizeof(Number));
-            advance(progress.numbers * sizeof(Number));
-            clearOverrun();
-            scalarLength = progress.numbers > 0 ? minScalarLength : std::min(2 * scalarLength, maxScalarLength);
-            at = skipSeparators(progress.at, end);
-        }
-        if (at != end)
-            setExcess({at, skipNumber(at, end)});
-    }
-
-    // Parses the numbers that begin before `until`; returns where the next one begins.
-    const char* readOneByOne(const char* at, const char* until, const char* end) {
-        while (at < until && remaining() > 0) {
-            Number number = 0;
-            const char* numberEnd = takePlainNumber(at, end, number);
-            if (numberEnd && (numberEnd == end || !isNumberCharacter(*numberEnd))) {
-                std::memcpy(next(), &number, sizeof number);
-                advance(sizeof number);
-            } else {
-                numberEnd = skipNumber(at, end);
-                readOne({at, numberEnd});
-            }
-            at = skipSeparators(numberEnd, end);
-        }
-        return at;
-    }
-
-    void readOne(std::string_view text) {
-        Number number = 0;
-        if (String::parse(text, number))
-            std::memcpy(next(), &number, sizeof number);
-        else
-            fail();
-        advance(sizeof number);
-    }
-
-    // The block reader may have overwritten elements after those that it counted.
-    void clearOverrun() noexcept { std::memset(next(), 0, std::min(remaining(), maxBlockNumbers * sizeof(Number))); }
-
-    BlockReader readBlocks_;
-};
+// How many characters are parsed number by number before the block reader is tried again: few after it made progress,
+// twice as many each time it made none.
+constexpr std::size_t minScalarLength = 64;
+constexpr std::size_t maxScalarLength = 4096;
+static_assert(minScalarLength >= blockMargin); // a block never starts at the first characters of a piece
 
 } // namespace
 
-template <class Number>
-std::unique_ptr<NumberFiller> NumberFiller::make(std::span<std::byte> block, InstructionSet set) {
-    return std::make_unique<Filler<Number>>(block, set);
+template <class Number> NumberFiller NumberFiller::make(std::span<std::byte> block, InstructionSet set) {
+    return {block, &NumberFiller::readNumbers<Number>, blockReader<Number>(set)};
+}
+
+template <class Number> void NumberFiller::readNumbers(std::string_view text) {
+    const char* const end = text.data() + text.size();
+    const char* at = skipSeparators(text.data(), end);
+    std::size_t scalarLength = minScalarLength;
+    while (at != end && remaining() > 0) {
+        at = readOneByOne<Number>(at, at + std::min(scalarLength, static_cast<std::size_t>(end - at)), end);
+        if (!readBlocks_)
+            continue;
+        const BlockProgress progress = readBlocks_(at, end, next(), remaining() / sizeof(Number));
+        filled_ += progress.numbers * sizeof(Number);
+        // The block reader may have overwritten elements after those that it counted.
+        std::memset(next(), 0, std::min(remaining(), maxBlockNumbers * sizeof(Number)));
+        scalarLength = progress.numbers > 0 ? minScalarLength : std::min(2 * scalarLength, maxScalarLength);
+        at = skipSeparators(progress.at, end);
+    }
+    if (at != end)
+        excess_ = String(std::string_view(at, skipNumber(at, end)));
+}
+
+// Parses the numbers that begin before `until`; returns where the next one begins.
+template <class Number> const char* NumberFiller::readOneByOne(const char* at, const char* until, const char* end) {
+    while (at < until && remaining() > 0) {
+        Number number = 0;
+        const char* numberEnd = takePlainNumber(at, end, number);
+        bool isNumber = numberEnd && (numberEnd == end || !isNumberCharacter(*numberEnd));
+        if (!isNumber) {
+            numberEnd = skipNumber(at, end);
+            isNumber = String::parse({at, numberEnd}, number);
+        }
+        if (isNumber)
+            std::memcpy(next(), &number, sizeof number);
+        else
+            isRead_ = false;
+        filled_ += sizeof number;
+        at = skipSeparators(numberEnd, end);
+    }
+    return at;
 }
 
 void NumberFiller::take(std::string_view characters) {
@@ -106,25 +88,24 @@ void NumberFiller::take(std::string_view characters) {
         at = numberEnd;
         if (at == end)
             return;
-        readWhole(partial_);
+        (this->*readWhole_)(partial_);
         partial_.clear();
     }
     const char* last = end;
     while (last != at && isNumberCharacter(last[-1]))
         --last;
     if (!excess_)
-        readWhole({at, last});
+        (this->*readWhole_)({at, last});
     if (!excess_)
         partial_.assign(last, end);
 }
 
 void NumberFiller::finish() {
     if (!excess_)
-        readWhole(partial_);
+        (this->*readWhole_)(partial_);
 }
 
-#define VRN_INSTANTIATE(Number)                                                                                        \
-    template std::unique_ptr<NumberFiller> NumberFiller::make<Number>(std::span<std::byte>, InstructionSet);
+#define VRN_INSTANTIATE(Number) template NumberFiller NumberFiller::make<Number>(std::span<std::byte>, InstructionSet);
 VRN_BUFFER_NUMBERS(VRN_INSTANTIATE)
 
 } // namespace vor::velmo_sdk::impl

@@ -1,10 +1,10 @@
 // Parses the numbers of a list into a block of memory while the list is being scanned.
 //
 //     auto filler = NumberFiller::make<float>(block);
-//     filler->take("1.5 2");          // pieces may be cut inside a number
-//     filler->take("5, 3");
-//     filler->finish();               // block: 1.5, 25, 3
-//     filler->isRead();               // whether every element was a number of the type
+//     filler.take("1.5 2");          // pieces may be cut inside a number
+//     filler.take("5, 3");
+//     filler.finish();               // block: 1.5, 25, 3
+//     filler.isRead();               // whether every element was a number of the type
 //
 // The caller owns the block, which must outlive the filler. Linear in the characters; apart from a number that is cut
 // by the end of a piece nothing is copied. One thread at a time.
@@ -13,7 +13,6 @@
 #include "impl/numbers/PlainBlocks.h"
 #include "scene/core/String.h"
 
-#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -26,38 +25,30 @@ namespace vor::velmo_sdk::impl {
 // ignored.
 class NumberFiller {
 public:
-    NumberFiller(const NumberFiller&) = delete;
-    NumberFiller& operator=(const NumberFiller&) = delete;
-    virtual ~NumberFiller() = default;
-
     // Uses `set`, which the processor must have.
     template <class Number>
-    [[nodiscard]] static std::unique_ptr<NumberFiller> make(std::span<std::byte> block,
-                                                            InstructionSet set = instructionSet());
+    [[nodiscard]] static NumberFiller make(std::span<std::byte> block, InstructionSet set = instructionSet());
 
     void take(std::string_view characters);
     void finish(); // call after the last piece
 
     [[nodiscard]] bool isRead() const noexcept { return isRead_; }
-    [[nodiscard]] std::size_t filledBytes() const noexcept {
-        return filled_;
-    } // including elements that failed to parse
+    [[nodiscard]] std::size_t filledBytes() const noexcept { return filled_; } // those of unreadable elements included
     [[nodiscard]] const std::optional<String>& excess() const noexcept { return excess_; }
 
-protected:
-    explicit NumberFiller(std::span<std::byte> block) noexcept : block_(block) {}
+private:
+    using ReadWhole = void (NumberFiller::*)(std::string_view);
+    NumberFiller(std::span<std::byte> block, ReadWhole readWhole, BlockReader readBlocks) noexcept
+        : block_(block), readWhole_(readWhole), readBlocks_(readBlocks) {}
 
+    template <class Number> void readNumbers(std::string_view text);
+    template <class Number> const char* readOneByOne(const char* at, const char* until, const char* end);
     [[nodiscard]] std::byte* next() const noexcept { return block_.data() + filled_; }
     [[nodiscard]] std::size_t remaining() const noexcept { return block_.size() - filled_; }
-    void advance(std::size_t bytes) noexcept { filled_ += bytes; }
-    void fail() noexcept { isRead_ = false; }
-    void setExcess(std::string_view number) { excess_ = String(number); }
-
-private:
-    // Parses a piece that ends between two numbers.
-    virtual void readWhole(std::string_view text) = 0;
 
     std::span<std::byte> block_;
+    ReadWhole readWhole_;    // parses a piece that ends between two numbers
+    BlockReader readBlocks_; // null if the set has none
     std::size_t filled_ = 0;
     bool isRead_ = true;
     std::optional<String> excess_;

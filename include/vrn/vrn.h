@@ -16,6 +16,7 @@
 #include "scene/AttrData.h"
 #include "scene/Catalogue.h"
 #include "scene/CatalogueJson.h"
+#include "scene/Handle.h"
 #include "scene/Scene.h"
 #include "scene/SceneJson.h"
 #include "scene/VrnWriter.h"

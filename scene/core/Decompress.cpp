@@ -12,12 +12,6 @@ namespace vor {
 
 namespace {
 
-struct FreeDecompressor {
-    void operator()(libdeflate_decompressor* decompressor) const noexcept {
-        libdeflate_free_decompressor(decompressor);
-    }
-};
-
 // Decodes sixteen digits to eight bytes; false if one is not a hexadecimal digit.
 bool decodeSixteen(const char* text, u8* out) noexcept {
     using Lanes = CharBlock::Lanes;
@@ -100,7 +94,8 @@ std::size_t PayloadDecoder::inflate(std::span<u8> target, String& error) const {
         error = payloadMessages::oddDigits;
         return 0;
     }
-    const std::unique_ptr<libdeflate_decompressor, FreeDecompressor> decompressor(libdeflate_alloc_decompressor());
+    const std::unique_ptr<libdeflate_decompressor, decltype(&libdeflate_free_decompressor)> decompressor(
+        libdeflate_alloc_decompressor(), libdeflate_free_decompressor);
     if (!decompressor)
         throw std::bad_alloc();
     std::size_t consumed = 0;

@@ -36,6 +36,10 @@ class DescriptorSource final : public ByteSource {
 public:
     DescriptorSource(int descriptor, bool isOwned) noexcept : descriptor_(descriptor), isOwned_(isOwned) {}
 
+    // Required before the first read. `goesOn` is called when a signal has interrupted a read: true repeats it, false
+    // ends the source.
+    void onSignal(std::function<bool()> goesOn) { goesOn_ = std::move(goesOn); }
+
     // Call at most once, without a descriptor; on failure returns false with the reason in errno.
     [[nodiscard]] bool open(const String& path) {
         descriptor_ = openForReading(path);
@@ -49,19 +53,23 @@ public:
     }
 
     std::size_t read(char* buffer, std::size_t capacity, String& error) override {
-        ssize_t count;
-        do
-            count = ::read(descriptor_, buffer, capacity);
-        while (count < 0 && errno == EINTR);
-        if (count >= 0)
-            return static_cast<std::size_t>(count);
-        error = errorText(errno);
-        return 0;
+        for (;;) {
+            const ssize_t count = ::read(descriptor_, buffer, capacity);
+            if (count >= 0)
+                return static_cast<std::size_t>(count);
+            if (errno != EINTR) {
+                error = errorText(errno);
+                return 0;
+            }
+            if (!goesOn_())
+                return 0;
+        }
     }
 
 private:
     int descriptor_;
     bool isOwned_;
+    std::function<bool()> goesOn_;
 };
 
 } // namespace
@@ -91,30 +99,68 @@ bool File::State::advance(Piece& before) {
     return true;
 }
 
-// Reads more bytes of the source directly after `before`, which moves to a new block if this one has no space for them.
+// Makes the next block available, unless the reading stops before it. At the end releases all memory.
 bool File::State::fetch(Piece& before) {
-    if (!source)
-        return false;
+    Piece fetched;
+    if (!isOver() && !stops())
+        fetched = source ? fetchFromSource(before) : fetchFromMemory();
+    next = fetched.bytes.data();
+    end = next + fetched.bytes.size();
+    owner = std::move(fetched.owner);
+    if (observer && !fetched.bytes.empty())
+        observer(fetched.bytes.size());
+    if (!fetched.bytes.empty() && !stops())
+        return true;
+    finish();
+    return false;
+}
+
+// Reads more bytes of the source directly after `before`, which moves to a new block if this one has no space for them.
+File::Piece File::State::fetchFromSource(Piece& before) {
     const std::string_view kept = before.bytes;
     const bool isHere = kept.empty() || kept.data() + kept.size() == block.bytes.get() + block.used;
     if (!isHere || block.size - block.used < std::max<std::size_t>(blockSize / 4, 1))
         startBlock(before, std::max(blockSize, kept.size()));
     char* const target = block.bytes.get() + block.used;
     const std::size_t count = source->read(target, std::min(blockSize, block.size - block.used), error);
-    if (count == 0) {
-        source.reset();
-        block = spare = {};
-        owner = nullptr;
-        next = end = nullptr;
-        return false;
-    }
+    if (count == 0)
+        return {};
     block.used += count;
-    owner = block.bytes;
-    next = target;
-    end = target + count;
-    if (observer)
-        observer(count);
+    return {{target, count}, block.bytes};
+}
+
+// Takes some of the memory, so that no reader takes all of it without coming back here.
+File::Piece File::State::fetchFromMemory() noexcept {
+    Piece fetched{memory.bytes.substr(0, blockSize), memory.owner};
+    memory.bytes.remove_prefix(fetched.bytes.size());
+    return fetched;
+}
+
+// Whether the reading is to stop.
+bool File::State::stops() {
+    if (!isStopRequested.load(std::memory_order_relaxed))
+        return false;
+    error = "stopped on request";
+    isStopped = true;
     return true;
+}
+
+std::function<bool()> File::State::signalHandler() {
+    return [this] {
+        if (observer)
+            observer(0);
+        return !stops();
+    };
+}
+
+void File::State::finish() noexcept {
+    endLoan(); // of an observer
+    source.reset();
+    memory = {};
+    later.clear();
+    block = spare = {};
+    owner = nullptr;
+    next = end = nullptr;
 }
 
 // Starts a block that no loan refers to with a copy of `first`, which moves there. There is space for more.
@@ -165,6 +211,7 @@ File File::open(const String& path) {
     auto source = std::make_unique<DescriptorSource>(-1, true);
     DescriptorSource& opened = *source;
     File file = fromSource(std::move(source));
+    opened.onSignal(file.state_->signalHandler());
     if (!opened.open(path)) {
         file.state_->error = errorText(errno);
         file.state_->isOpen = false;
@@ -173,15 +220,23 @@ File File::open(const String& path) {
     return file;
 }
 
-File File::standardInput() { return fromSource(std::make_unique<DescriptorSource>(STDIN_FILENO, false)); }
+File File::standardInput() {
+    auto source = std::make_unique<DescriptorSource>(STDIN_FILENO, false);
+    DescriptorSource& input = *source;
+    File file = fromSource(std::move(source));
+    input.onSignal(file.state_->signalHandler());
+    return file;
+}
 
 File File::fromMemory(String text) {
+    const auto keeper = std::make_shared<const String>(std::move(text));
+    return fromMemory(keeper->view(), keeper);
+}
+
+File File::fromMemory(std::string_view bytes, std::shared_ptr<const void> keeper) {
     File file;
-    State& state = *file.state_;
-    state.isOpen = true;
-    state.text = std::move(text);
-    state.next = state.text.buf();
-    state.end = state.next + state.text.len();
+    file.state_->isOpen = true;
+    file.state_->memory = {bytes, {std::move(keeper), bytes.data()}};
     return file;
 }
 
@@ -190,7 +245,7 @@ File File::fromSource(std::unique_ptr<ByteSource> source, std::size_t blockSize)
     State& state = *file.state_;
     state.isOpen = true;
     state.source = std::move(source);
-    state.blockSize = blockSize == 0 ? 1 : blockSize;
+    state.blockSize = std::clamp<std::size_t>(blockSize, 1, maxBlockSize);
     return file;
 }
 
@@ -231,5 +286,9 @@ bool File::isOpen() const noexcept { return state_->isOpen; }
 void File::onFetch(std::function<void(std::size_t)> observer) { state_->observer = std::move(observer); }
 
 String File::error() const { return state_->error; }
+
+void File::requestStop() noexcept { state_->isStopRequested.store(true, std::memory_order_relaxed); }
+
+bool File::isStopped() const noexcept { return state_->isStopped; }
 
 } // namespace vor

@@ -1,6 +1,7 @@
 #include "scene/core/String.h"
 
 #include "scene/core/NumberText.h"
+#include "scene/core/Utf8.h"
 
 #include <charconv>
 #include <cstdio>
@@ -45,25 +46,6 @@ int parseHexDigits(std::string_view text, std::size_t count) noexcept {
     return value;
 }
 
-void appendUtf8(std::string& out, int codePoint) {
-    const auto byte = [&](int value) { out += static_cast<char>(value); };
-    if (codePoint < 0x80) {
-        byte(codePoint);
-    } else if (codePoint < 0x800) {
-        byte(0xC0 | codePoint >> 6);
-        byte(0x80 | (codePoint & 0x3F));
-    } else if (codePoint < 0x10000) {
-        byte(0xE0 | codePoint >> 12);
-        byte(0x80 | (codePoint >> 6 & 0x3F));
-        byte(0x80 | (codePoint & 0x3F));
-    } else {
-        byte(0xF0 | codePoint >> 18);
-        byte(0x80 | (codePoint >> 12 & 0x3F));
-        byte(0x80 | (codePoint >> 6 & 0x3F));
-        byte(0x80 | (codePoint & 0x3F));
-    }
-}
-
 bool isHighSurrogate(int unit) noexcept { return unit >= 0xD800 && unit <= 0xDBFF; }
 bool isLowSurrogate(int unit) noexcept { return unit >= 0xDC00 && unit <= 0xDFFF; }
 
@@ -74,14 +56,14 @@ std::size_t unicodeEscape(std::string_view text, std::string& out) {
     if (unit <= 0 || isLowSurrogate(unit))
         return 0;
     if (!isHighSurrogate(unit)) {
-        appendUtf8(out, unit);
+        appendUtf8(out, static_cast<char32_t>(unit));
         return 6;
     }
     const std::string_view next = text.substr(6);
     const int low = next.starts_with("\\u") ? parseHexDigits(next.substr(2), 4) : -1;
     if (!isLowSurrogate(low))
         return 0;
-    appendUtf8(out, 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00));
+    appendUtf8(out, static_cast<char32_t>(0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00)));
     return 12;
 }
 

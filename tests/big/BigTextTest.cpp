@@ -1,10 +1,11 @@
-// Inputs of more than 2 GiB. Most of it is blanks, so that the scene stays small.
+// Inputs of more than 2 GiB, or 4. Most of it is blanks, so that the scene stays small.
 #include "impl/Reader.h"
 #include "scene/Scene.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <string>
+#include <sys/mman.h>
 
 namespace vrn::test {
 
@@ -68,6 +69,27 @@ TEST(BigText, isReadFromMemory) {
     const ScopedLogSink sink([&](const LogRecord& record) { log.push_back(record); });
     const bool isOk = parseString(&scene, text);
     expectWhole(scene, isOk, log);
+}
+
+// The pages that are not written stay empty: NUL bytes, which are blanks.
+TEST(BigText, isReadFromForeignMemory) {
+    constexpr std::size_t size = (std::size_t(1) << 32) + 1000;
+    void* const mapped =
+        ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    ASSERT_NE(mapped, MAP_FAILED);
+    char* const bytes = static_cast<char*>(mapped);
+    std::ranges::copy(head, bytes);
+    std::ranges::copy(tail, bytes + size - tail.size());
+    bool isReleased = false;
+    std::shared_ptr<const void> keeper(mapped, [&](const void*) { isReleased = ::munmap(mapped, size) == 0; });
+    Scene scene;
+    std::vector<LogRecord> log;
+    const ScopedLogSink sink([&](const LogRecord& record) { log.push_back(record); });
+    File file = File::fromMemory({bytes, size}, std::move(keeper));
+    const bool isOk = parseVrn(&scene, file, false);
+    expectWhole(scene, isOk, log);
+    file = {};
+    EXPECT_TRUE(isReleased);
 }
 
 } // namespace vrn::test

@@ -1,6 +1,7 @@
 // Each kind of finding, with scenes that are right next to scenes that are wrong.
 #include "check/SceneCheck.h"
 #include "scene/CatalogueJson.h"
+#include "scene/core/TextEncoding.h"
 
 #include <filesystem>
 #include <fstream>
@@ -203,6 +204,8 @@ TEST_F(SceneCheck, findsIndicesOutOfBounds) {
          "s.tris = byte[1] {1};"},
         {"s.tris = float[1] {-1};", "3,6 badIndex: s.tris holds the index -1, but points has 2 elements\n",
          "s.tris = float[1] {-0};"},
+        {"s.tris = float[2] {1 0.5};", "3,6 badIndex: s.tris holds the index 0.5, but points has 2 elements\n",
+         "s.tris = float[2] {1 0};"},
         {"s.tris = float[2] {1 nan};", "3,6 badIndex: s.tris holds the index nan, but points has 2 elements\n",
          "s.tris = float[2] {1 0};"},
         {"s.tris = uint64[1] {18446744073709551615};",
@@ -374,6 +377,18 @@ TEST_F(SceneCheck, shortensLongNames) {
     const std::string found = findingsIn("paint p; p." + name + " = 1;");
     EXPECT_LT(found.size(), 300U);
     EXPECT_NE(found.find("xxx... is unknown to the type paint"), std::string::npos);
+}
+
+TEST_F(SceneCheck, cutsNoCharacterInTwo) {
+    for (const char* character : {"\u00E4", "\u20AC", "\U0001F600"})
+        for (std::size_t before = 0; before < 4; ++before) {
+            std::string text(before, 'x');
+            while (text.size() < 300)
+                text += character;
+            const std::string found = findingsIn("paint p; p.mode = \"" + text + "\";");
+            EXPECT_TRUE(isUtf8(found)) << found;
+            EXPECT_NE(found.find(character + std::string("...")), std::string::npos) << found;
+        }
 }
 
 } // namespace vrn::test

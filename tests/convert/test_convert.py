@@ -215,7 +215,7 @@ class ToGltf(Converting):
         gltf = self.to_gltf(
             "group a; group b; group c; group d; a.parent = b; b.parent = c; c.parent = a; d.parent = d;\n"
             "group x; group y; group z; x.children[*] = z; y.children[*] = z; z.children[*] = z;\n",
-            "additional parents of a node: 2 (first y.children[0])",
+            "further parents of nodes: 2 (first y.children[0])",
             "parents that close a cycle: 2 (first c)",
         )
         self.assertEqual(len(gltf["scenes"][0]["nodes"]), 4)
@@ -235,7 +235,7 @@ class ToGltf(Converting):
     def test_normals(self):
         ns = "m.normals = vec3f[3] {0 0 %s 0 1 0 1 0 0};"
         self.to_gltf(TRIANGLE + ns % "1.001")
-        self.to_gltf(TRIANGLE + ns % "2", "lengths of normals (normalized): 1 (m)")
+        self.to_gltf(TRIANGLE + ns % "2", "lengths of normals (set to 1): 1 (m)")
         self.to_gltf(TRIANGLE + ns % "0", "normals of meshes with normals of length 0: 1 (m)")
         self.to_gltf(TRIANGLE + ns % "nan", "attributes that do not match the points of their mesh: 1 (m.normals)")
         tangents = "m.tangents = vec4f[3] {1 0 0 %s 1 0 0 1 0 1 0 -1};"
@@ -420,7 +420,7 @@ class ToGltf(Converting):
             'light b; b.kind = "spot"; b.position = pos3(0 5 0); b.innerAngle = 10.0; b.outerAngle = 20.0; b.range = 9.0;\n'
             'light c; c.kind = "point"; c.worldMatrix |= t.outMatrix; transform t; t.translation = vec3(1 2 3);\n'
             'light d; d.kind = "area"; d.samples = 4;',
-            "unknown light kinds: 1 (d)",
+            "unknown kinds of lights: 1 (d)",
             "input samples of light: 1 (d.samples)",
         )
         lights = gltf["extensions"]["KHR_lights_punctual"]["lights"]
@@ -449,7 +449,7 @@ class ToGltf(Converting):
         back = [inputs_of(n) for n in self.scene("back.vrn")["nodes"] if n["type"] == "skin"]
         self.assertEqual(back[0]["inverseBind"]["data"], [1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1] * 2)
         self.assertIn("WEIGHTS_0", gltf["meshes"][0]["primitives"][0]["attributes"])
-        self.to_gltf(self.SKIN % (0, "0.75", "b"), "skin weights that do not sum to 1 (normalized): 1 (m)")
+        self.to_gltf(self.SKIN % (0, "0.75", "b"), "skin weights that do not sum to 1 (scaled): 1 (m)")
         self.to_gltf(self.SKIN % (7, "0.5", "b"), "skins with fewer joints than the mesh uses: 1 (i)")
         self.to_gltf(self.SKIN % (0, "0.5", "a"), "skins with duplicate joints: 1 (s)")
         self.to_gltf(self.SKIN % (0, "0.5", "m"), "skins with joints without a transform: 1 (s)")
@@ -515,7 +515,7 @@ class ToGltf(Converting):
         gltf = self.to_gltf('camera c; c.projection = "orthographic"; c.near = 1.0e30;')["cameras"][0]["orthographic"]
         self.assertGreater(gltf["zfar"], gltf["znear"])
         self.to_gltf("group g; g.rotation = quat(1e308 0 0 1);", large % "g.rotation")
-        normalized = "lengths of rotations (normalized): 1 (g)"
+        normalized = "lengths of rotations (set to 1): 1 (g)"
         gltf = self.to_gltf("group g; g.rotation = quat(5e-324 5e-324 0 0);", normalized)
         self.assertAlmostEqual(gltf["nodes"][0]["rotation"][0], 0.5**0.5)
 
@@ -526,7 +526,7 @@ class ToGltf(Converting):
             "light l; l.kind = \"spot\"; l.intensity = -5; l.range = -1.0; l.outerAngle = 120; l.innerAngle = 200;"
             "camera c; c.aspect = -3; c.projection = \"panoramic\";",
             range_of % (5, "l.intensity"),
-            "unknown camera projections: 1 (c)",
+            "unknown projections of cameras: 1 (c)",
         )
         gltf = self.to_gltf(
             TRIANGLE + "m.uvsets[*].coords = vec2f[3] {0 0 1 0 0 1}; m.material |= r.outColor; material r;\n"
@@ -539,7 +539,7 @@ class ToGltf(Converting):
         self.to_gltf(
             'group g; animation a; a.channels[*].target = g; a.channels[0].path = "scale"; a.duration = 5;\n'
             "a.channels[0].times = float[1] {1}; a.channels[0].values = vec3f[1] {2 2 2};",
-            "animation durations other than the time of the last key: 1 (a)",
+            "durations of animations other than the time of the last key: 1 (a)",
         )
 
     def test_texture_uris(self):
@@ -789,7 +789,7 @@ class OtherFormats(Converting):
         )
         lost = self.convert("in.vrn", "out.obj")
         self.assertIn("names that are not unique, begin or end with spaces, or contain control characters: 2 (first p)", lost)
-        self.assertIn("texture paths that begin or end with spaces, or contain control characters: 1 (t)", lost)
+        self.assertIn("paths of textures that begin or end with spaces, or contain control characters: 1 (t)", lost)
         library = (self.folder / "out.mtl").read_text().splitlines()
         names = [line for line in library if line.startswith("newmtl")]
         self.assertEqual(len(set(names)), 3)

@@ -179,6 +179,12 @@ class Transforms(FbxFiles):
             "vrn: out.json: lost: spherical rotations (read as rotations about X, Y and Z): 1 (n)"
         ])
 
+    def test_units_that_are_no_lengths(self):
+        for unit in (-1.0, math.inf, math.nan):
+            self.read(self.one(settings=[prop("UnitScaleFactor", "double", unit)]))
+            self.assertEqual(self.lost, ["vrn: out.json: lost: units of length that are not positive and finite (read as "
+                                         "centimetres): 1 (UnitScaleFactor)"], unit)
+
     def test_inherited_scale(self):
         for inheritance, scale, lost in ((1, (2, 1, 1), 0), (0, (2, 2, 2), 0), (0, (2, 1, 1), 1), (2, (2, 2, 2), 1)):
             fbx = Fbx()
@@ -306,6 +312,14 @@ class Animations(FbxFiles):
         (take,) = [node for node in scene["nodes"] if node["type"] == "animation"]
         self.assertEqual((take["name"], inputs_of(take)["duration"]["value"]), ("take", 2))
 
+    def test_long_motions_are_sampled_to_their_end(self):
+        hours = 12 * 3600
+        curves = {"X": [(0, 0, AUTOMATIC, 0, 0), (hours / 2, 10, AUTOMATIC, 0, 0), (hours, 0, AUTOMATIC, 0, 0)]}
+        scene = self.read(self.animated(curves, name="Lcl Translation"))
+        _, times, _ = channels(scene)["n", "translation"]
+        self.assertLessEqual(len(times), 1000002)
+        self.assertLess(max(b - a for a, b in zip(times, times[1:])), 0.1)
+
     def test_what_is_lost(self):
         keys = [(0, 0, LINEAR, 0, 0), (1, 1, LINEAR, 0, 0)]
         self.read(self.animated({"X": keys}, name="Visibility"))
@@ -317,6 +331,9 @@ class Animations(FbxFiles):
                                      "curves: 1 (take)"])
         self.read(self.animated({"X": [(1, 0, LINEAR, 0, 0), (0, 1, LINEAR, 0, 0)]}))
         self.assertIn("vrn: out.json: lost: animation curves without valid keys: 1 (take)", self.lost)
+        for slopes in ((math.nan, 0), (0, math.inf)):
+            self.read(self.animated({"X": [(0, 0, CUBIC, *slopes), (1, 1, CUBIC, 0, 0)]}))
+            self.assertIn("vrn: out.json: lost: animation curves without valid keys: 1 (take)", self.lost, slopes)
         for kind, lost in (("C", 0), ("R", 1)):
             more = [element("Post-Extrapolation", children=[element("Type", kind)])]
             for is_binary in (True, False):

@@ -113,24 +113,27 @@ private:
     std::string_view text_;
 };
 
-bool read(const Make& make, int n, bool isFile) {
+bool read(const Make& make, int n, std::string_view source) {
     const std::string text = make(n);
     const ScopedLogSink silent([](const LogRecord&) {});
     Scene scene;
-    return isFile ? parseVrn(&scene, File::fromSource(std::make_unique<TextSource>(text)), false)
-                  : parseString(&scene, std::string_view(text));
+    if (source == "file")
+        return parseVrn(&scene, File::fromSource(std::make_unique<TextSource>(text)), false);
+    const String shared = std::string_view(text);
+    return source == "memory" ? parseVrn(&scene, File::fromMemory(shared), false) : parseString(&scene, shared);
 }
 
 } // namespace
 
-// workload: list the workloads; workload NAME N [file]: read one, from memory or as a file; workload all N: read all.
+// workload: list the workloads; workload NAME N [file | memory]: read one, as a string or as a File, from a source or
+// from memory; workload all N: read all.
 int main(int argc, char** argv) {
     bool isOk = true;
     for (const auto& [name, make] : workloads) {
         if (argc < 3)
             std::printf("%s\n", name.c_str());
         else if (std::string("all") == argv[1] || name == argv[1])
-            isOk = read(make, std::atoi(argv[2]), argc == 4) && isOk;
+            isOk = read(make, std::atoi(argv[2]), argc == 4 ? argv[3] : "") && isOk;
     }
     return isOk ? 0 : 1;
 }

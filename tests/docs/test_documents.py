@@ -32,9 +32,12 @@ def messages():
     return found
 
 
+COMMAND_MESSAGES = (ROOT / "cli/terminal/Messages.h", ROOT / "inspect/path/Messages.h")
+
+
 def command_messages():
     """Every message of the command, by name."""
-    text = (ROOT / "cli/terminal/Messages.h").read_text()
+    text = "".join(path.read_text() for path in COMMAND_MESSAGES)
     found = re.findall(r'inline constexpr char (\w+)\[\] =\s*"((?:[^"\\]|\\.)*)";', text)
     return {name: message.removesuffix("\\n") for name, message in found}
 
@@ -155,7 +158,7 @@ class Messages(unittest.TestCase):
         document = (ROOT / "docs" / "messages.md").read_text()
         sections = re.findall(r"^### `([^\n]*)`\n(.*?)(?=^#|\Z)", document, re.M | re.S)
         self.assertGreater(len(messages()), 30)
-        self.assertEqual(len(command_messages()), (ROOT / "cli/terminal/Messages.h").read_text().count("constexpr"))
+        self.assertEqual(len(command_messages()), sum(path.read_text().count("constexpr") for path in COMMAND_MESSAGES))
         findings = [text.replace('\\"', '"') for text in check_messages().values()]
         self.assertGreater(len(findings), 10)
         self.assertEqual(len(refusals()), (ROOT / "impl/edit/Refusals.h").read_text().count("constexpr"))
@@ -179,7 +182,7 @@ class Messages(unittest.TestCase):
             self.assertIn(max(reason.split("%s"), key=len).strip("': "), tests)
 
     def test_the_command_has_its_messages_in_one_file(self):
-        sources = {path: path.read_text() for path in (ROOT / "cli").glob("*/*.cpp")}
+        sources = {path: path.read_text() for folder in ("cli", "inspect") for path in (ROOT / folder).glob("*/*.cpp")}
         for name in command_messages():
             self.assertRegex("".join(sources.values()), rf"\bmessages::{name}\b")
         for path, text in sources.items():
@@ -189,8 +192,8 @@ class Messages(unittest.TestCase):
 
     def test_every_message_is_in_a_golden_log(self):
         logs = "".join(p.read_text(errors="replace") for p in (ROOT / "tests" / "data").glob("*/*.log"))
-        # No input causes the first two; the others need a catalogue.
-        without = {"inputNotFound", "noScene", "badEnumValue", "enumWarning", "cannotConnectOutput"}
+        # No input causes the first three; the others need a catalogue.
+        without = {"inputNotFound", "noScene", "stopped", "badEnumValue", "enumWarning", "cannotConnectOutput"}
         without |= set(re.findall(r"MESSAGE\((\w+), Notice,", (ROOT / "impl/Messages.h").read_text()))
         for name, message in messages().items():
             pattern = "".join(
@@ -199,6 +202,29 @@ class Messages(unittest.TestCase):
             )
             with self.subTest(name):
                 self.assertEqual(bool(re.search(pattern, logs)), name not in without)
+
+
+class Losses(unittest.TestCase):
+    def setUp(self):
+        self.rows = [text for line in (ROOT / "docs" / "losses.md").read_text().splitlines() if line.startswith("| `")
+                     for text in re.findall(r"`([^`]+)`", line.split(" | ")[0])]
+        self.sources = "".join(re.sub(r'"\s*\n\s*"', "", path.read_text()) for path in (ROOT / "convert").rglob("*.[ch]*"))
+
+    def test_every_loss_is_listed(self):
+        calls = re.findall(r"(?<!out\.)(?<!out_\.)\b(?:losses_?\.add|add|addLoss|reject)\(([^;]*?)\);", self.sources)
+        texts = [text for call in calls for text in re.findall(r'"([a-z][^"]* [^" ][^"]*)"', call) if "refuse" not in call]
+        self.assertGreater(len(texts), 100)
+        for name in {name for call in calls for name in re.findall(r"^(?:[^,]*, )?(\w+)(?:, |$)", call)}:
+            texts += re.findall(rf'constexpr const char\* {name} =\s*"([^"]*)"', self.sources)
+        listed = "\n".join(self.rows)
+        self.assertEqual([text for text in texts if text.strip() not in listed], [])
+
+    def test_every_row_is_in_the_sources(self):
+        prefixes = ("", "meshes with ", "skins with ", "animation channels with ", "targets of ")
+        for row in self.rows:
+            if not re.search(r"\b[A-Z]{4,}\b(?<!WebP|JPEG|JSON)", row):
+                self.assertTrue(any(row.startswith(prefix) and f'"{row.removeprefix(prefix)}"' in self.sources
+                                    for prefix in prefixes), row)
 
 
 class Grammar(unittest.TestCase):
@@ -265,7 +291,7 @@ class Readme(unittest.TestCase):
                     self.assertEqual(result.stdout.decode(), shown.rstrip("\n") + "\n")
 
     def test_run_target_prints_what_is_shown(self):
-        session = blocks(self.README)[0][1]
+        session = next(text for _, text in blocks(self.README) if text.startswith("$ make run\n"))
         makefile = (ROOT / "Makefile").read_text()
         lines = [line.strip() for line in re.findall(r"^\tbuild/release/(vrn .*)$", makefile, re.M)]
         self.assertEqual(len(lines), 2)

@@ -13,6 +13,7 @@
 #include <array>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 
 namespace vrn::test {
@@ -239,6 +240,47 @@ TEST_P(AllocationFaults, leaveASceneThatIsWrittenOut) {
         const bool hasFailed = stopFailing();
         EXPECT_TRUE(!hasFailed || outcome == Outcome::NoMemory);
         EXPECT_EQ(brokenInvariant(scene), "");
+        return hasFailed;
+    });
+}
+
+TEST_P(AllocationFaults, leaveBuffersThatAreShared) {
+    const auto memory = std::make_shared<const std::array<float, 3>>();
+    const AttrData zeros = AttrData::buffer(DataType::Float, 3);
+    const std::function<void(AttrData&)> uses[] = {
+        [](AttrData& data) { (void)data.share(); },
+        [](AttrData& data) { data.elements<float>()[0] = 1; },
+        [](AttrData& data) { data.resize(2); },
+        [](AttrData& data) { data.resize(1000); },
+    };
+    for (const auto& use : uses)
+        for (const bool isAdopted : {false, true})
+            failEach([&](std::size_t n) {
+                AttrData data = isAdopted ? AttrData::adopt(DataType::Float, 3, memory->data(), memory) : zeros;
+                const AttrData view = data.share();
+                failAllocation(n, GetParam());
+                const Outcome outcome = outcomeOf([&] {
+                    use(data);
+                    return true;
+                });
+                const bool hasFailed = stopFailing();
+                EXPECT_EQ(hasFailed, outcome == Outcome::NoMemory);
+                if (hasFailed) {
+                    EXPECT_EQ(data, zeros);
+                }
+                EXPECT_EQ(view, zeros);
+                return hasFailed;
+            });
+    failEach([&](std::size_t n) {
+        const AttrData data = zeros;
+        failAllocation(n, GetParam());
+        (void)outcomeOf([&] {
+            const AttrData adopted = AttrData::adopt(DataType::Float, 3, memory->data(), memory);
+            return data.share() == adopted;
+        });
+        const bool hasFailed = stopFailing();
+        EXPECT_EQ(data, zeros);
+        EXPECT_EQ(memory.use_count(), 1);
         return hasFailed;
     });
 }

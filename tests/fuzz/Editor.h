@@ -1,10 +1,13 @@
 // Editor: applies any sequence of operations to a scene, including reading texts into it.
 #pragma once
 
+#include "scene/Handle.h"
 #include "tests/fuzz/Fuzz.h"
 
+#include <algorithm>
 #include <deque>
 #include <memory>
+#include <vector>
 
 namespace vrn::fuzz {
 
@@ -24,12 +27,14 @@ public:
             scene_.setCatalogue(catalogue());
         scene_.setStrictOutputs(decisions_.byte() % 4 == 0);
     }
-    // Inputs that are held are released before or after the scene is destroyed.
+    // What is held is released before or after the scene is destroyed.
     ~Editor() {
         if (decisions_.byte() % 2 == 0)
             owned_.reset();
         while (!held_.empty())
             letGo();
+        for (const View& view : views_)
+            view.check();
     }
     Editor(const Editor&) = delete;
     Editor& operator=(const Editor&) = delete;
@@ -135,6 +140,59 @@ private:
         }
     }
 
+    // A value that shares the block of an input, and what it must contain from then on.
+    struct View {
+        explicit View(const AttrData& value) : data(value.share()), bytes(value.bytes().begin(), value.bytes().end()) {}
+        void check() const { require(std::ranges::equal(data.bytes(), bytes), "a view never changes"); }
+        const AttrData data;
+        std::vector<std::byte> bytes;
+    };
+
+    // Takes views of buffers, writes to buffers, and moves values between inputs that share them.
+    void shareBuffer() {
+        Input* chosen = input();
+        if (!chosen || chosen->type() != AttrType::Buffer)
+            return;
+        switch (decisions_.byte() % 4) {
+        case 0:
+            return (void)views_.emplace_back(chosen->value());
+        case 1:
+            return (void)std::ranges::fill(chosen->elements<float>(), 1.0F);
+        case 2:
+            return (void)chosen->resizeBuffer(decisions_.below(30));
+        default:
+            if (!views_.empty())
+                (void)chosen->assign(views_.front().data);
+            if (decisions_.byte() % 2 == 0 && !views_.empty()) {
+                views_.front().check();
+                views_.pop_front();
+            }
+        }
+    }
+
+    // Holds nodes and outputs, and uses them whether or not they are still in the scene.
+    void holdNode() {
+        Node* chosen = node();
+        if (chosen && decisions_.byte() % 2 == 0) {
+            nodes_.emplace_back(chosen);
+            if (Output* output = chosen->findOutput(name()))
+                outputs_.emplace_back(output);
+        }
+        if (nodes_.empty())
+            return;
+        Node& held = *nodes_.front();
+        require(held.isAttached() == (scene_.findNode(held.name()) == &held), "a node knows whether it is attached");
+        require(held.isAttached() == (held.createInput(name(), type()) != nullptr), "a removed node has no inputs");
+        if (Input* other = input())
+            other->setNode(&held);
+        if (Input* other = outputs_.empty() ? nullptr : input())
+            other->connect(outputs_.back().get());
+        if (decisions_.byte() % 4 == 0)
+            nodes_.pop_front();
+        if (!outputs_.empty() && decisions_.byte() % 4 == 0)
+            outputs_.pop_front();
+    }
+
     void removeInput() {
         Input* chosen = input();
         if (!chosen)
@@ -153,6 +211,10 @@ private:
             return (void)scene_.renameNode(name(), name());
         if (what >= 249)
             return removeInput();
+        if (what == 248)
+            return holdNode();
+        if (what == 247)
+            return shareBuffer();
         switch (what % 8) {
         case 0:
             return (void)scene_.createNode(name(), name());
@@ -194,6 +256,9 @@ private:
     Scene& scene_ = *owned_;
     Bytes decisions_;
     std::deque<Input*> held_;
+    std::deque<Handle<Node>> nodes_;
+    std::deque<Handle<Output>> outputs_;
+    std::deque<View> views_;
 };
 
 } // namespace vrn::fuzz

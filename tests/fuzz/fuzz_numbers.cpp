@@ -67,13 +67,13 @@ template <class Number> void checkList(std::string_view list, std::size_t piece,
     const std::size_t count = std::min(capacity, elements.size());
     for (const InstructionSet set : vrn::test::supportedSets()) {
         std::vector<std::byte> block(capacity * sizeof(Number));
-        const std::unique_ptr<NumberFiller> filler = NumberFiller::make<Number>(block, set);
+        NumberFiller filler = NumberFiller::make<Number>(block, set);
         for (std::string_view rest = list; !rest.empty(); rest.remove_prefix(std::min(piece, rest.size())))
-            filler->take(rest.substr(0, piece));
-        filler->finish();
-        require(filler->filledBytes() == count * sizeof(Number), "all elements that fit are stored");
-        require(filler->excess().has_value() == (count < elements.size()), "the first that does not fit is reported");
-        require(!filler->excess() || *filler->excess() == String(std::string_view(elements[count])), "verbatim");
+            filler.take(rest.substr(0, piece));
+        filler.finish();
+        require(filler.filledBytes() == count * sizeof(Number), "all elements that fit are stored");
+        require(filler.excess().has_value() == (count < elements.size()), "the first that does not fit is reported");
+        require(!filler.excess() || *filler.excess() == String(std::string_view(elements[count])), "verbatim");
         bool isRead = true;
         for (std::size_t i = 0; i < count; ++i) {
             const std::optional<Number> expected = slow::number<Number>(elements[i]);
@@ -83,7 +83,7 @@ template <class Number> void checkList(std::string_view list, std::size_t piece,
             if (!isSame(found, expected.value_or(0)))
                 fail("element '" + elements[i] + "' in " + __PRETTY_FUNCTION__);
         }
-        require(filler->isRead() == isRead, "a list is read if all of its elements are");
+        require(filler.isRead() == isRead, "a list is read if all of its elements are");
         for (std::size_t i = count * sizeof(Number); i < block.size(); ++i)
             require(block[i] == std::byte(0), "the rest of the block is zero");
     }

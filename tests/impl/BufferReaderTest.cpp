@@ -35,8 +35,8 @@ Read resultOf(const Token& token, const ElementsRead& elements, const AttrData& 
 Read readWhile(Lexer& lexer, DataType type, u64 count) {
     BufferReader reader(AttrData::buffer(type, count));
     const Token token = lexer.nextToken(&reader);
-    reader.finish();
-    return resultOf(token, reader.elementsRead(), reader.takeData());
+    const BufferReader::Result result = reader.finish();
+    return resultOf(token, result.elements, result.data);
 }
 
 Read readAfterwards(Lexer& lexer, DataType type, u64 count) {

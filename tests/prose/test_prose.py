@@ -122,7 +122,7 @@ class Parts(unittest.TestCase):
 
     def test_messages(self):
         text = 'auto a = "one word\\nbehind"; auto b = "behind" " two";\nauto c = "anew";\nauto d = "\\"three\\" behind";\n'
-        self.assert_found("cli/query/A.cpp", text.replace('"behind" ', '"behind it" '))
+        self.assert_found("inspect/path/A.cpp", text.replace('"behind" ', '"behind it" '))
         self.assertEqual(prose.findings("scene/A.cpp", text, RULES.values()), [])
         self.assertEqual([f[:2] for f in prose.findings("convert/A.cpp", 'f("goes without "\n  "a word");', RULES.values())],
                          [(1, 9)])

@@ -1,5 +1,10 @@
 #include "tests/support/Reading.h"
 
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <functional>
+
 namespace vrn::test {
 
 TEST(AttrData, startsAsNull) {
@@ -171,6 +176,160 @@ TEST(AttrData, showsBuffersAsTypedSpans) {
     EXPECT_TRUE((data.elements<math::VecT<3>>().empty()));
     EXPECT_EQ(AttrData::buffer(DataType::Rgba8, 3).elements<u8>().size(), 12U);
     EXPECT_EQ((AttrData::buffer(DataType::Mat4d, 3).elements<math::MatT<4>>().size()), 3U);
+}
+
+static AttrData threeFloats() {
+    AttrData data = AttrData::buffer(DataType::Float, 3);
+    std::ranges::copy(std::array{1.0F, 2.0F, 3.0F}, data.elements<float>().begin());
+    return data;
+}
+
+static std::vector<float> floatsOf(const AttrData& data) {
+    const auto numbers = data.elements<float>();
+    return {numbers.begin(), numbers.end()};
+}
+
+static const std::byte* addressOf(const AttrData& data) { return data.bytes().data(); }
+
+TEST(AttrData, sharesItsBlock) {
+    AttrData data = threeFloats();
+    const std::byte* const block = addressOf(data);
+    const AttrData view = data.share();
+    const AttrData again = data.share();
+    const AttrData copy = view;
+    AttrData assigned = AttrData::string("a text that is not short, in a block of its own");
+    assigned = copy;
+    const AttrData moved = std::move(assigned);
+    for (const AttrData* each : std::initializer_list<const AttrData*>{&data, &view, &again, &copy, &moved}) {
+        EXPECT_EQ(addressOf(*each), block);
+        EXPECT_EQ(*each, threeFloats());
+        EXPECT_EQ(each->count(), 3U);
+    }
+    EXPECT_EQ(addressOf(assigned), nullptr);
+    data = AttrData();
+    EXPECT_EQ(floatsOf(view), (std::vector<float>{1, 2, 3})) << "a view keeps the block";
+    EXPECT_NE(addressOf(threeFloats()), block);
+}
+
+// What each way to write leaves in the value.
+static const std::pair<std::function<void(AttrData&)>, std::vector<float>> writes[] = {
+    {[](AttrData& data) { std::ranges::fill(data.bytes().first(4), std::byte{0}); }, {0, 2, 3}},
+    {[](AttrData& data) { data.elements<float>()[1] = 7; }, {1, 7, 3}},
+    {[](AttrData& data) { data.resize(2); }, {1, 2}},
+    {[](AttrData& data) { data.resize(5); }, {1, 2, 3, 0, 0}},
+    {[](AttrData& data) { data.resize(0); }, {}},
+    {[](AttrData& data) { data = AttrData::buffer(DataType::Float, 1); }, {0}},
+};
+
+TEST(AttrData, isWrittenInABlockOfItsOwn) {
+    for (const auto& [write, expected] : writes) {
+        AttrData data = threeFloats();
+        const AttrData view = data.share();
+        AttrData second = view;
+        const std::byte* const block = addressOf(data);
+        for (AttrData* each : {&data, &second}) {
+            write(*each);
+            EXPECT_EQ(floatsOf(*each), expected);
+            EXPECT_NE(addressOf(*each), block);
+            EXPECT_EQ(floatsOf(view), (std::vector<float>{1, 2, 3}));
+            EXPECT_EQ(addressOf(view), block);
+        }
+    }
+}
+
+TEST(AttrData, isWrittenInPlaceByItsLastOwner) {
+    AttrData data = threeFloats();
+    const std::byte* const block = addressOf(data);
+    {
+        const AttrData view = data.share();
+        const AttrData second = view;
+    }
+    data.elements<float>()[0] = 9;
+    EXPECT_EQ(addressOf(data), block);
+    AttrData last = data.share();
+    data = AttrData();
+    last.elements<float>()[1] = 8;
+    EXPECT_EQ(addressOf(last), block);
+    EXPECT_EQ(floatsOf(last), (std::vector<float>{9, 8, 3}));
+    const AttrData copy = last;
+    EXPECT_NE(addressOf(copy), block) << "no longer shared, so that a copy is deep";
+}
+
+TEST(AttrData, sharesOnlyBlocksOfBuffers) {
+    const AttrData values[] = {
+        {},
+        AttrData::integer(5),
+        AttrData::string("short"),
+        AttrData::string("a text that is not short, in a block of its own"),
+        AttrData::numbers(AttrType::Mat4, std::array{1.0, 2.0}),
+        AttrData::zero(AttrType::Mat3),
+        AttrData::buffer(DataType::Float),
+        AttrData::buffer(DataType::Null, 3),
+        AttrData::array(AttrType::Int),
+    };
+    for (const AttrData& value : values) {
+        AttrData view = value.share();
+        EXPECT_EQ(view, value) << attrTypeName(value.type());
+        view.resize(2);
+        if (!view.components().empty()) {
+            view.components()[0] = 77;
+            EXPECT_NE(value.components()[0], 77);
+        }
+        EXPECT_EQ(value.count(), value.share().count());
+    }
+    EXPECT_NE(values[3].share().asString(), values[3].asString());
+}
+
+TEST(AttrData, adoptsMemory) {
+    for (const auto& [write, expected] : writes) {
+        auto numbers = std::make_shared<std::vector<float>>(std::vector<float>{1, 2, 3});
+        {
+            AttrData data = AttrData::adopt(DataType::Float, 3, numbers->data(), numbers);
+            EXPECT_EQ(numbers.use_count(), 2);
+            EXPECT_EQ(data.elements<float>().size(), 3U);
+        }
+        EXPECT_EQ(numbers.use_count(), 1);
+        AttrData data = AttrData::adopt(DataType::Float, 3, numbers->data(), numbers);
+        EXPECT_EQ(std::as_const(data).elements<float>().data(), numbers->data());
+        EXPECT_EQ(data, threeFloats());
+        AttrData view = data.share();
+        AttrData copy = data;
+        EXPECT_EQ(addressOf(view), addressOf(data));
+        EXPECT_EQ(addressOf(copy), addressOf(data));
+        write(data);
+        EXPECT_EQ(floatsOf(data), expected);
+        view = AttrData();
+        EXPECT_EQ(numbers.use_count(), 2);
+        write(copy);
+        EXPECT_EQ(floatsOf(copy), expected) << "the last owner does not write to adopted memory either";
+        EXPECT_EQ(*numbers, (std::vector<float>{1, 2, 3}));
+        EXPECT_EQ(numbers.use_count(), 1) << "no value needs it";
+    }
+    static const u16 forever[] = {5, 6};
+    EXPECT_EQ(AttrData::adopt(DataType::UInt16, 2, forever, nullptr).elements<u16>()[1], 6);
+}
+
+// Memory at an odd address is copied, unless the components are bytes.
+TEST(AttrData, adoptsOnlyWhatIsAligned) {
+    const auto bytes = std::make_shared<std::array<u64, 40>>();
+    const char* const start = reinterpret_cast<const char*>(bytes->data());
+    for (i32 i = 0; i < dataTypeCount; ++i) {
+        const auto type = static_cast<DataType>(i);
+        const u32 size = elementLayout(type).componentSize;
+        for (u32 offset = 0; offset < 8; ++offset) {
+            const AttrData data = AttrData::adopt(type, 2, start + offset, bytes);
+            const bool adopts = size != 0 && offset % size == 0;
+            EXPECT_EQ(bytes.use_count(), adopts ? 2 : 1) << dataTypeName(type) << offset;
+            EXPECT_EQ(addressOf(data) == reinterpret_cast<const std::byte*>(start + offset), adopts);
+            EXPECT_EQ(data, AttrData::buffer(type, 2));
+        }
+        const AttrData empty = AttrData::adopt(type, 0, nullptr, bytes);
+        EXPECT_EQ(empty, AttrData::buffer(type));
+        EXPECT_EQ(bytes.use_count(), 1);
+    }
+    std::ranges::fill(*bytes, 0x0102030405060708U);
+    const AttrData copied = AttrData::adopt(DataType::UInt16, 2, start + 1, bytes);
+    EXPECT_EQ(std::memcmp(copied.bytes().data(), start + 1, 4), 0);
 }
 
 } // namespace vrn::test

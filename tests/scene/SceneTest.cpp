@@ -3,6 +3,8 @@
 #include "tests/support/Reading.h"
 #include "tests/support/Scaled.h"
 
+#include <array>
+#include <functional>
 #include <random>
 #include <set>
 
@@ -138,6 +140,53 @@ TEST(Scene, changesBuffersInPlace) {
     EXPECT_EQ(buffer->value().elements<float>()[1], 5);
     EXPECT_TRUE(buffer->elements<double>().empty());
     EXPECT_FALSE(n->createInput("x", AttrType::Int)->resizeBuffer(1));
+}
+
+// Changes of an input do not reach the bytes that others share with it.
+TEST(Scene, leavesSharedBuffersAlone) {
+    const std::function<void(Scene&, Input&)> changes[] = {
+        [](Scene&, Input& input) { input.elements<float>()[0] = 9; },
+        [](Scene&, Input& input) { input.resizeBuffer(1); },
+        [](Scene&, Input& input) { input.resizeBuffer(1000); },
+        [](Scene&, Input& input) { input.assign(AttrData::buffer(DataType::Float, 2)); },
+        [](Scene&, Input& input) { input.set(AttrData::buffer(DataType::Byte, 2)); },
+        [](Scene& scene, Input&) { parseString(&scene, "n.b = float[2] {5 6};"); },
+        [](Scene& scene, Input&) { parseString(&scene, "n.b = float[2] {5 6 7}; n.b = float[3] {8};"); },
+        [](Scene& scene, Input&) { scene.findNode("n")->removeInput("b"); },
+        [](Scene& scene, Input&) { parseString(&scene, "remove n;"); },
+    };
+    for (const auto& change : changes) {
+        AttrData view;
+        std::span<const float> numbers;
+        {
+            const Reading r = readText("t n; n.b = float[2] {1 2};");
+            view = r.value("n.b").share();
+            numbers = std::as_const(view).elements<float>();
+            EXPECT_EQ(numbers.data(), r.value("n.b").elements<float>().data());
+            const ScopedLogSink silent([](const LogRecord&) {});
+            change(*r.scene, *r.input("n.b"));
+            EXPECT_EQ(std::vector(numbers.begin(), numbers.end()), (std::vector<float>{1, 2}));
+        }
+        EXPECT_EQ(std::vector(numbers.begin(), numbers.end()), (std::vector<float>{1, 2}));
+    }
+}
+
+TEST(Scene, readsAndWritesAdoptedBuffers) {
+    auto numbers = std::make_shared<const std::array<float, 3>>(std::array{1.0F, 2.0F, 0.5F});
+    Scene scene;
+    Input* input = scene.createNode("t", "n")->createInput("b", AttrType::Buffer);
+    EXPECT_TRUE(input->assign(AttrData::adopt(DataType::Vec3f, 1, numbers->data(), numbers)));
+    EXPECT_EQ(input->value().elements<float>().data(), numbers->data());
+    std::string text;
+    EXPECT_TRUE(writeVrn(scene, {}, [&](std::string_view piece) { text += piece; }).empty());
+    EXPECT_NE(text.find("vec3f[1] {1 2 0.5}"), std::string::npos) << text;
+    std::string json;
+    writeSceneJson(scene, {}, [&](std::string_view piece) { json += piece; });
+    EXPECT_EQ(numbers.use_count(), 2);
+    EXPECT_EQ(input->value().elements<float>().data(), numbers->data()) << "reading copies nothing";
+    input->elements<float>()[0] = 9;
+    EXPECT_EQ((*numbers)[0], 1);
+    EXPECT_EQ(numbers.use_count(), 1);
 }
 
 TEST(Scene, countsElementsWithoutTypeWhenOneIsRemoved) {

@@ -7,7 +7,9 @@ import unittest
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 # Which folders and single headers a folder may include from. The lexer shares the message table of the reader.
-CLI_FOLDERS = ("arguments", "commands", "diff", "files", "graph", "query", "report", "shell", "terminal")
+CLI_FOLDERS = ("arguments", "commands", "files", "graph", "shell", "terminal")
+INSPECT_FOLDERS = tuple("inspect/" + folder for folder in ("diff", "path", "read", "report", "summary", "text", "tree",
+                                                         "value"))
 MAY_INCLUDE = {
     "scene/core": {"scene/core"},
     "scene/syntax": {"scene/syntax", "scene/core", "scene/AttrType.h"},
@@ -17,42 +19,52 @@ MAY_INCLUDE = {
     "impl/numbers": {"impl/numbers", "scene/syntax/CharClass.h", "scene/core"},
     "impl": {"impl", "impl/lexer", "impl/numbers", "scene", "scene/core", "scene/syntax"},
     "impl/edit": {"impl/edit", "impl", "impl/lexer", "scene", "scene/core", "scene/syntax"},
-    "convert/shared": {"convert/shared", "scene", "scene/core"},
+    "convert/shared": {"convert/shared", "scene", "scene/core", "scene/syntax"},
+    "convert/scenes": {"convert/scenes", "convert/shared", "scene", "scene/core"},
     "convert/model": {"convert/model", "convert/shared", "scene", "scene/core"},
-    "convert/import": {"convert/import", "convert/shared", "scene", "scene/core", "scene/syntax"},
-    "convert/import/assimp": {"convert/import/assimp", "convert/import/fbx", "convert/import", "convert/shared", "scene",
-                              "scene/core"},
-    "convert/import/fbx": {"convert/import/fbx", "convert/import", "convert/shared", "scene", "scene/core"},
+    "convert/import": {"convert/import", "convert/scenes", "convert/shared", "scene", "scene/core"},
+    "convert/import/assimp": {"convert/import/assimp", "convert/import/fbx", "convert/import", "convert/scenes",
+                              "convert/shared", "scene", "scene/core"},
+    "convert/import/fbx": {"convert/import/fbx", "convert/scenes", "convert/shared", "scene", "scene/core"},
     "convert/import/gltf": {"convert/import/gltf", "convert/import", "convert/shared", "scene", "scene/core"},
-    "convert/images": {"convert/images", "convert/import", "convert/shared", "scene", "scene/core"},
     "convert/export": {"convert/export", "convert/model", "convert/shared", "scene", "scene/core"},
-    "convert": {"convert", "convert/images", "convert/import", "convert/import/assimp", "convert/import/gltf", "convert/export",
-                "convert/model", "convert/shared", "scene", "scene/core"},
+    "convert": {"convert", "convert/import", "convert/import/assimp", "convert/import/gltf", "convert/export",
+                "convert/model", "convert/scenes", "convert/shared", "scene", "scene/core"},
     "check": {"check", "impl/SourceMap.h", "impl/TypeRules.h", "scene", "scene/core"},
+    "inspect/text": {"inspect/text", "scene/core"},
+    "inspect/value": {"inspect/value", "inspect/text", "scene", "scene/core"},
+    "inspect/path": {"inspect/path", "inspect/value", "scene", "scene/core"},
+    "inspect/diff": {"inspect/diff", "inspect/text", "inspect/value", "scene", "scene/core"},
+    "inspect/tree": {"inspect/tree", "inspect/path/Glob.h", "inspect/text", "inspect/value", "scene", "scene/core"},
+    "inspect/read": {"inspect/read", "inspect/text", "check/Findings.h", "check/SceneCheck.h", "impl/Reader.h",
+                     "impl/SourceMap.h", "scene", "scene/core"},
+    "inspect/report": {"inspect/report", "inspect/read", "inspect/text", "check/Findings.h", "scene", "scene/core"},
+    "inspect/summary": {"inspect/summary", "scene"},
     "cli/terminal": {"cli/terminal", "scene/core"},
     "cli/arguments": {"cli/arguments", "cli/terminal", "scene/core"},
-    "cli/files": {"cli/files", "cli/arguments", "cli/terminal", "check/Findings.h", "impl/Reader.h", "impl/SourceMap.h", "scene",
+    "cli/files": {"cli/files", "cli/arguments", "cli/terminal", "inspect/read", "inspect/text", "scene",
                   "scene/core"},
-    "cli/report": {"cli/report", "cli/files", "cli/terminal", "check/Findings.h", "impl/Reader.h", "scene", "scene/core"},
-    "cli/query": {"cli/query", "cli/terminal", "scene", "scene/core"},
-    "cli/diff": {"cli/diff", "cli/query", "cli/terminal", "scene", "scene/core"},
-    "cli/graph": {"cli/graph", "cli/query", "cli/terminal", "scene", "scene/core"},
+    "cli/graph": {"cli/graph", "cli/terminal", "inspect/value/ValueText.h", "scene", "scene/core"},
     "cli/shell": {"cli/shell", "cli/arguments", "cli/terminal"},
-    "cli/commands": {*("cli/" + folder for folder in CLI_FOLDERS), "check/SceneCheck.h", "convert/Convert.h",
-                     "convert/Measure.h", "impl/Edit.h", "impl/Formatter.h", "scene", "scene/core"},
+    "cli/commands": {*("cli/" + folder for folder in CLI_FOLDERS), *INSPECT_FOLDERS, "check/SceneCheck.h",
+                     "convert/Convert.h", "convert/Measure.h", "impl/Edit.h", "impl/Formatter.h", "scene", "scene/core"},
     "cli": {"cli/arguments", "cli/commands", "cli/files", "cli/terminal"},
+    "python/src": {"python/src", *INSPECT_FOLDERS, "check/Findings.h", "check/SceneCheck.h", "convert/Convert.h",
+                   "impl/BufferType.h", "impl/Formatter.h", "impl/TypeRules.h", "scene", "scene/core"},
     "include/vrn": {"impl/Edit.h", "impl/Formatter.h", "impl/Reader.h", "impl/SourceMap.h", "scene", "scene/core"},
 }
 LIBRARY = [folder for folder in MAY_INCLUDE if folder.split("/")[0] in ("scene", "impl")]
-PROGRAM = [folder for folder in MAY_INCLUDE if folder.split("/")[0] in ("check", "convert", "cli")]
+PROGRAM = [folder for folder in MAY_INCLUDE if folder.split("/")[0] in ("check", "convert", "inspect", "cli", "python")]
 # Separate programs, which may include everything.
 UNRESTRICTED = ("bench", "examples", "tests")
 
 # Sources of the command and the converter without a header of the same name, and the header that declares them.
 SHARED_HEADERS = {
     "cli/commands/*.cpp": "cli/commands/Commands.h",
-    "cli/report/*Report.cpp": "cli/report/Report.h",
     "cli/shell/Completion?*.cpp": "cli/shell/Completion.h",
+    "convert/import/assimp/WithoutAssimp.cpp": "convert/import/assimp/AssimpImport.h",
+    "inspect/report/*Report.cpp": "inspect/report/Report.h",
+    "python/src/Bind*.cpp": "python/src/Module.h",
 }
 
 
@@ -125,7 +137,7 @@ class Structure(unittest.TestCase):
 
     def test_the_library_never_prints_aborts_or_touches_the_locale(self):
         banned = r"\b(setlocale|std::locale|printf|puts|fputs|fwrite|std::cout|std::cerr|std::clog|abort|std::terminate|exit)\b *[(<:]"
-        for folder in (*LIBRARY, "check"):
+        for folder in (*LIBRARY, "check", *INSPECT_FOLDERS):
             for path in sources(folder):
                 for found in re.findall(banned, code(path)):
                     self.fail(f"{path.relative_to(ROOT)}: {found}")
@@ -153,11 +165,12 @@ class Structure(unittest.TestCase):
                 self.assertFalse(" " in text, f"{path.name}: {text!r} looks like a message")
 
     def test_sources_are_all_built(self):
-        cmake = (ROOT / "CMakeLists.txt").read_text()
         for folder in (*LIBRARY, *PROGRAM):
+            base = ROOT / "python" if folder == "python/src" else ROOT
+            cmake = (base / "CMakeLists.txt").read_text()
             for path in sources(folder):
                 if path.suffix == ".cpp":
-                    self.assertIn(str(path.relative_to(ROOT)), cmake)
+                    self.assertIn(str(path.relative_to(base)), cmake)
 
 
 if __name__ == "__main__":

@@ -4,6 +4,8 @@
 #include "scene/SceneJson.h"
 #include "tests/support/Reading.h"
 
+#include <algorithm>
+#include <atomic>
 #include <barrier>
 #include <thread>
 
@@ -59,6 +61,15 @@ Result read(const String& text, std::shared_ptr<const Catalogue> catalogue = nul
     return result;
 }
 
+// A text without an end.
+class EndlessSource final : public ByteSource {
+public:
+    std::size_t read(char* buffer, std::size_t capacity, String&) override {
+        constexpr std::string_view statement = "t a; a.x = 1;\n";
+        return statement.copy(buffer, capacity);
+    }
+};
+
 } // namespace
 
 // Must be the first test of the process, so that eight threads race to initialise its static variables.
@@ -112,6 +123,70 @@ TEST(Threads, lookAtOneScene) {
             std::size_t size = 0;
             writeSceneJson(whole, {}, [&](std::string_view piece) { size += piece.size(); });
             EXPECT_GT(size, 100U);
+        }
+    });
+}
+
+// Threads take views of one value at the same time, and give them up while its scene is changed and destroyed.
+TEST(Threads, shareBuffers) {
+    for (int round = 0; round < 50; ++round) {
+        auto scene = std::make_unique<Scene>();
+        ASSERT_TRUE(parseString(scene.get(), "t a; a.b = float[3] {1 2 3};"));
+        Input& input = *scene->findNode("a")->input("b");
+        const AttrData& value = input.value();
+        std::barrier taken(threadCount);
+        onAllThreads([&](int i) {
+            AttrData view = value.share();
+            const AttrData second = std::as_const(view);
+            EXPECT_EQ(second.elements<float>().data(), value.elements<float>().data());
+            taken.arrive_and_wait();
+            if (i == 0) {
+                input.elements<float>()[1] = 9;
+                input.resizeBuffer(2);
+                input.elements<float>()[0] = 8;
+                scene.reset();
+            } else if (i % 2 == 0) {
+                view.elements<float>()[2] = static_cast<float>(i);
+            }
+            EXPECT_EQ(second.elements<float>()[1], 2);
+            EXPECT_EQ(second.elements<float>()[2], 3);
+        });
+    }
+}
+
+// The last view is given up by another thread; then the value is written in place.
+TEST(Threads, writeBuffersThatTheyNoLongerShare) {
+    AttrData value = AttrData::buffer(DataType::Float, 1000);
+    const std::byte* const block = std::as_const(value).bytes().data();
+    std::atomic<bool> isReleased = false;
+    std::thread reader([&isReleased, view = value.share()]() mutable {
+        float sum = 0;
+        for (const float number : std::as_const(view).elements<float>())
+            sum += number;
+        EXPECT_EQ(sum, 0);
+        view = AttrData();
+        isReleased.store(true, std::memory_order_relaxed); // orders nothing: the count of the owners must
+    });
+    while (!isReleased.load(std::memory_order_relaxed))
+        std::this_thread::yield();
+    std::ranges::fill(value.elements<float>(), 1.0F);
+    EXPECT_EQ(std::as_const(value).bytes().data(), block);
+    reader.join();
+}
+
+// Endless, unless the request is noticed.
+TEST(Threads, stopTheReadsOfOthers) {
+    File files[threadCount];
+    for (File& file : files)
+        file = File::fromSource(std::make_unique<EndlessSource>());
+    onAllThreads([&](int i) {
+        const ScopedLogSink silent([](const LogRecord&) {});
+        if (i % 2 == 0) {
+            Scene scene;
+            EXPECT_FALSE(parseVrn(&scene, files[i], false));
+            EXPECT_TRUE(files[i].isStopped());
+        } else {
+            files[i - 1].requestStop();
         }
     });
 }

@@ -1,7 +1,5 @@
 #include "convert/import/assimp/AssimpImport.h"
 
-#include "convert/import/FileContent.h"
-#include "convert/import/Readable.h"
 #include "convert/import/assimp/AssimpLog.h"
 #include "convert/import/assimp/AssimpValues.h"
 #include "convert/import/assimp/ColladaRepair.h"
@@ -17,7 +15,10 @@
 #include "convert/import/assimp/ObjCheck.h"
 #include "convert/import/assimp/PlyCheck.h"
 #include "convert/shared/Extension.h"
+#include "convert/shared/FileContent.h"
+#include "convert/shared/Readable.h"
 
+#include <algorithm>
 #include <assimp/Importer.hpp>
 #include <assimp/ProgressHandler.hpp>
 #include <assimp/config.h>
@@ -171,6 +172,18 @@ void prepare(const std::string& path, const std::string& format, ModelFiles& fil
 }
 
 } // namespace
+
+std::set<std::string> assimpExtensions() {
+    std::string list;
+    Assimp::Importer().GetExtensionList(list); // `*.3ds;*.obj;...`
+    std::set<std::string> extensions;
+    for (std::size_t begin = 0; begin < list.size();) {
+        const std::size_t end = std::min(list.find(';', begin), list.size());
+        extensions.insert(list.substr(begin + 1, end - begin - 1));
+        begin = end + 1;
+    }
+    return extensions;
+}
 
 void importModel(const std::string& path, Scene& scene, const TexturePaths& paths, Losses& losses,
                  const ReadOptions& options, const ReadListener& listener) {

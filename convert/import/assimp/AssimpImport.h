@@ -7,9 +7,14 @@
 #include "convert/shared/ReadListener.h"
 #include "convert/shared/TexturePaths.h"
 
+#include <set>
 #include <string>
 
 namespace vrn::convert {
+
+// The extensions of the formats, with their dots, in lower case; among them those of glTF, which is read otherwise.
+// None in a build without Assimp, in which importModel throws FileError.
+[[nodiscard]] std::set<std::string> assimpExtensions();
 
 // Reads a file into an empty scene, with texture paths rebased by `paths`. `listener` may be empty. Throws FileError
 // and ContentError.

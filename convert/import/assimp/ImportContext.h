@@ -1,10 +1,10 @@
 // The state that the steps of importing an Assimp scene share.
 #pragma once
 
-#include "convert/import/NodeMaker.h"
-#include "convert/import/Placement.h"
 #include "convert/import/assimp/MtlTransforms.h"
+#include "convert/scenes/Placement.h"
 #include "convert/shared/Losses.h"
+#include "convert/shared/NodeMaker.h"
 #include "convert/shared/TexturePaths.h"
 #include "scene/Scene.h"
 

@@ -1,7 +1,7 @@
 #include "convert/import/assimp/ImportMaterials.h"
 
-#include "convert/import/NodeInputs.h"
 #include "convert/import/assimp/AssimpValues.h"
+#include "convert/shared/NodeInputs.h"
 
 #include <algorithm>
 #include <array>
@@ -97,7 +97,7 @@ private:
             setXform(map);
         }
         if (from_.GetTextureCount(map.type) > 1)
-            context_.losses.add("additional textures for the same map", *node_);
+            context_.losses.add("further textures of the same map", *node_);
     }
 
     // Assimp's offset is relative to the lower left corner of the image, ours to the upper left one.
@@ -108,7 +108,7 @@ private:
         if (from_.Get(AI_MATKEY_UVTRANSFORM(map.type, 0), xform) != AI_SUCCESS)
             return;
         if (xform.mRotation != 0)
-            context_.losses.add("texture rotations", *node_);
+            context_.losses.add("rotations of textures", *node_);
         setXform(map, {static_cast<double>(xform.mTranslation.x), static_cast<double>(xform.mTranslation.y)},
                  {static_cast<double>(xform.mScaling.x), static_cast<double>(xform.mScaling.y)});
     }

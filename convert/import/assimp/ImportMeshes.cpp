@@ -1,10 +1,10 @@
 #include "convert/import/assimp/ImportMeshes.h"
 
-#include "convert/import/NodeInputs.h"
 #include "convert/import/VertexWelding.h"
 #include "convert/import/assimp/AssimpValues.h"
 #include "convert/import/assimp/ImportMaterials.h"
 #include "convert/import/assimp/ImportSkins.h"
+#include "convert/shared/NodeInputs.h"
 #include "convert/shared/Triangulation.h"
 
 #include <algorithm>
@@ -154,7 +154,7 @@ private:
             setMember(*uvset, "name", AttrData::string((String("uv") + String(u64(set))).view()));
             setMember(*uvset, "coords", textureCoordinates(set));
             if (mesh_.mNumUVComponents[set] > 2)
-                context_.losses.add("third texture coordinates", *uvset);
+                context_.losses.add("third coordinates of uvsets", *uvset);
         }
     }
 
@@ -240,7 +240,7 @@ private:
     void reportUnsupported(const String& name) {
         for (unsigned set = 1; set < AI_MAX_NUMBER_OF_COLOR_SETS; ++set)
             if (mesh_.mColors[set])
-                context_.losses.add("additional vertex colours", name);
+                context_.losses.add("further vertex colours of meshes", name);
         if (mesh_.mNumAnimMeshes != 0)
             context_.losses.add("morph targets of meshes", name);
     }

@@ -1,7 +1,8 @@
 #include "convert/import/assimp/ImportNodes.h"
 
-#include "convert/import/NodeInputs.h"
+#include "convert/import/NodeTransforms.h"
 #include "convert/import/assimp/AssimpValues.h"
+#include "convert/shared/NodeInputs.h"
 
 #include <string>
 #include <vector>
@@ -10,31 +11,11 @@ namespace vrn::convert {
 
 namespace {
 
-void setTrs(Node& node, const Trs& trs, bool isAnimated) {
-    const Trs initial;
-    if (isAnimated || trs.translation != initial.translation)
-        setNumbers(node, "translation", AttrType::Vec3, trs.translation);
-    if (isAnimated || trs.rotation != initial.rotation)
-        setNumbers(node, "rotation", AttrType::Quat, trs.rotation);
-    if (isAnimated || trs.scale != initial.scale)
-        setNumbers(node, "scale", AttrType::Vec3, trs.scale);
-}
-
-// Decomposes the matrix if that is exact, or if the node is animated: channels set translation, rotation and scale.
-void setMatrix(ImportContext& context, Node& node, const Matrix& matrix, bool isAnimated) {
-    const Trs trs = decomposeTransform(matrix);
-    const Matrix recomposed = toMatrix(trs);
-    if (recomposed != matrix && !isAnimated)
-        return setNumbers(node, "transform", AttrType::Mat4, matrix);
-    if (maxDifference(recomposed, matrix) > 1e-5)
-        context.losses.add("shear of animated nodes", node);
-    setTrs(node, trs, isAnimated);
-}
-
 // The axes and the unit of the file apply after the root. If that is animated, they stay a matrix of their own.
 void setRootTransform(ImportContext& context, Node& node, bool isAnimated) {
     const Matrix placement = context.placement.matrix();
-    setMatrix(context, node, isAnimated ? context.rootMatrix : multiply(context.rootMatrix, placement), isAnimated);
+    setMatrix(node, isAnimated ? context.rootMatrix : multiply(context.rootMatrix, placement), isAnimated,
+              context.losses);
     if (isAnimated && placement != identity)
         setNumbers(node, "transform", AttrType::Mat4, placement);
 }
@@ -47,7 +28,7 @@ void setTransform(ImportContext& context, Node& node, const aiNode& from) {
     else if (&from == context.from.mRootNode)
         setRootTransform(context, node, isAnimated);
     else
-        setMatrix(context, node, matrixOf(from.mTransformation), isAnimated);
+        setMatrix(node, matrixOf(from.mTransformation), isAnimated, context.losses);
 }
 
 void setGeometry(ImportContext& context, Node& node, unsigned mesh) {

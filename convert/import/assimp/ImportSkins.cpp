@@ -1,7 +1,7 @@
 #include "convert/import/assimp/ImportSkins.h"
 
-#include "convert/import/NodeInputs.h"
 #include "convert/import/assimp/AssimpValues.h"
+#include "convert/shared/NodeInputs.h"
 
 #include <algorithm>
 #include <span>

@@ -1,7 +1,7 @@
 #include "convert/import/assimp/ModelFiles.h"
 
-#include "convert/import/FileContent.h"
 #include "convert/shared/Extension.h"
+#include "convert/shared/FileContent.h"
 
 #include <assimp/MemoryIOWrapper.h>
 #include <cstdint>

@@ -1,12 +1,13 @@
 #include "convert/import/fbx/FbxAnimations.h"
 
-#include "convert/import/NodeInputs.h"
 #include "convert/import/fbx/FbxCurve.h"
+#include "convert/shared/NodeInputs.h"
 #include "scene/Scene.h"
 
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <set>
 
 namespace vrn::convert {
 
@@ -78,9 +79,11 @@ public:
           name_(std::string_view(nameOf(stack))) {}
 
     void read() {
+        std::set<i64> layers; // a file can connect one very often
         for (const FbxConnection& layer : from_.connectionsTo(stack_.value(0).integer()))
-            for (const FbxConnection& curves : from_.connectionsTo(layer.source))
-                addCurves(curves.source);
+            if (layers.insert(layer.source).second)
+                for (const FbxConnection& curves : from_.connectionsTo(layer.source))
+                    addCurves(curves.source);
         if (models_.empty())
             return;
         span_ = findSpan();
@@ -229,9 +232,10 @@ private:
         constexpr double samplesPerSecond = 30;
         constexpr double mostSamples = 1e6;
         const auto [first, last] = std::ranges::minmax(times);
-        const auto count = static_cast<u64>(std::ceil(std::min((last - first) * samplesPerSecond, mostSamples)));
+        const double seconds = std::max(1 / samplesPerSecond, (last - first) / mostSamples);
+        const auto count = static_cast<u64>(std::ceil((last - first) / seconds));
         for (u64 i = 1; i < count; ++i)
-            times.push_back(first + static_cast<double>(i) / samplesPerSecond);
+            times.push_back(first + static_cast<double>(i) * seconds);
     }
 
     template <class Sample>

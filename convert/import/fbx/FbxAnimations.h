@@ -1,8 +1,8 @@
 // Imports the animations of an FBX file.
 #pragma once
 
-#include "convert/import/NodeMaker.h"
 #include "convert/import/fbx/FbxScene.h"
+#include "convert/shared/NodeMaker.h"
 
 #include <unordered_map>
 

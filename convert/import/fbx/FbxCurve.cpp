@@ -1,5 +1,7 @@
 #include "convert/import/fbx/FbxCurve.h"
 
+#include "convert/shared/Floats.h"
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -20,6 +22,12 @@ constexpr u32 clampedProgressively = 0x4000;
 constexpr u32 weightedAfter = 0x1000000;
 constexpr u32 weightedBeforeNext = 0x2000000;
 
+// The bits of an integer that a list of numbers holds; 0 for any other number.
+u32 bitsOf(double number) {
+    constexpr double limit = 4294967296.0;
+    return std::abs(number) < limit ? static_cast<u32>(static_cast<i64>(number)) : 0;
+}
+
 std::vector<double> numbersOf(const FbxElement& element, std::string_view name) {
     const FbxElement* child = element.child(name);
     return child ? child->numbers() : std::vector<double>();
@@ -33,8 +41,7 @@ std::vector<float> tangentData(const FbxElement& element) {
     const bool hasBits = data && data->child("a") && version && version->value(0).integer() >= firstWithBits;
     std::vector<float> numbers;
     for (const double number : numbersOf(element, "KeyAttrDataFloat"))
-        numbers.push_back(hasBits ? std::bit_cast<float>(static_cast<u32>(static_cast<i64>(number)))
-                                  : static_cast<float>(number));
+        numbers.push_back(hasBits ? std::bit_cast<float>(bitsOf(number)) : static_cast<float>(number));
     return numbers;
 }
 
@@ -44,7 +51,7 @@ FbxCurve::FbxCurve(const FbxElement& element, double fallback, double ticksPerSe
     const std::vector<double> ticks = numbersOf(element, "KeyTime");
     const std::vector<double> values = numbersOf(element, "KeyValueFloat");
     const bool isValid = ticks.size() == values.size() && std::ranges::is_sorted(ticks, std::less_equal<>()) &&
-                         std::ranges::all_of(values, [](double value) { return std::isfinite(value); });
+                         std::ranges::all_of(ticks, fitsFloat) && std::ranges::all_of(values, fitsFloat);
     if (!isValid)
         return;
     for (std::size_t i = 0; i < ticks.size(); ++i) {
@@ -52,6 +59,12 @@ FbxCurve::FbxCurve(const FbxElement& element, double fallback, double ticksPerSe
         keys_.push_back({.value = values[i]});
     }
     readTangents(element);
+    const bool areTangentsFinite = std::ranges::all_of(
+        keys_, [](const Key& key) { return std::isfinite(key.slopeBefore) && std::isfinite(key.slopeAfter); });
+    if (areTangentsFinite)
+        return;
+    times_.clear();
+    keys_.clear();
 }
 
 FbxCurve::Interpolation FbxCurve::interpolationOf(u32 flags) {
@@ -68,7 +81,7 @@ void FbxCurve::readTangents(const FbxElement& element) {
     std::size_t next = 0;
     for (std::size_t i = 0; i < flags.size() && i < counts.size() && data.size() >= 4 * i + 4; ++i)
         for (double left = counts[i]; left > 0 && next < keys_.size(); --left, ++next)
-            readTangent(next, static_cast<u32>(static_cast<i64>(flags[i])), std::span(data).subspan(4 * i, 4));
+            readTangent(next, bitsOf(flags[i]), std::span(data).subspan(4 * i, 4));
     for (std::size_t i = 0; i < keys_.size(); ++i)
         if (keys_[i].isAutomatic)
             keys_[i].slopeBefore = keys_[i].slopeAfter = automaticSlope(i);

@@ -1,9 +1,9 @@
 #include "convert/import/fbx/FbxElement.h"
 
-#include "convert/import/FileContent.h"
 #include "convert/import/fbx/FbxBinary.h"
 #include "convert/import/fbx/FbxText.h"
 #include "convert/shared/Errors.h"
+#include "convert/shared/FileContent.h"
 #include "scene/core/NumberText.h"
 
 #include <algorithm>

@@ -1,5 +1,7 @@
 #include "convert/import/fbx/FbxScene.h"
 
+#include "convert/shared/Floats.h"
+
 #include <algorithm>
 
 namespace vrn::convert {
@@ -94,10 +96,10 @@ Placement readPlacement(const FbxElement& root, Losses& losses) {
     const Properties properties(settings ? *settings : none, nullptr);
     constexpr double metresPerCentimetre = 0.01;
     Placement placement;
-    if (const double centimetres = properties.number("UnitScaleFactor", 1); centimetres > 0)
+    if (const double centimetres = properties.number("UnitScaleFactor", 1); centimetres > 0 && fitsFloat(centimetres))
         placement.metres = centimetres * metresPerCentimetre;
     else
-        losses.add("units of length that are not positive (read as centimetres)", String("UnitScaleFactor"));
+        losses.add("units of length that are not positive and finite (read as centimetres)", String("UnitScaleFactor"));
     // Which axes of the file are X, Y and Z of the scene.
     const std::array<i64, 3> axes = {properties.integer("CoordAxis", 0), properties.integer("UpAxis", 1),
                                      properties.integer("FrontAxis", 2)};

@@ -1,9 +1,9 @@
 // The models of an FBX file, their transforms, and the axes and units of the file.
 #pragma once
 
-#include "convert/import/Placement.h"
 #include "convert/import/fbx/FbxElement.h"
 #include "convert/import/fbx/FbxTransform.h"
+#include "convert/scenes/Placement.h"
 #include "convert/shared/Losses.h"
 
 #include <unordered_map>

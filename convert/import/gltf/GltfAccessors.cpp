@@ -108,6 +108,8 @@ u32 GltfAccessors::componentsOf(const GltfValue& index) const {
     return shape.rows * shape.columns;
 }
 
+bool GltfAccessors::areMatrices2(const GltfValue& index) const { return shapeOf(at(index)).name == "MAT2"; }
+
 AttrData GltfAccessors::floats(const GltfValue& index, DataType type) {
     const GltfValue accessor = at(index);
     const Layout layout = layoutOf(accessor);

@@ -18,6 +18,7 @@ public:
     // `index` is the value in the file that refers to the accessor.
     [[nodiscard]] u64 countOf(const GltfValue& index) const;
     [[nodiscard]] u32 componentsOf(const GltfValue& index) const;
+    [[nodiscard]] bool areMatrices2(const GltfValue& index) const; // for which scenes have no type
 
     // A buffer of `type`, which has float components. Normalised integers become the numbers that they stand for, other
     // integers the nearest floats.

@@ -43,8 +43,11 @@ private:
         const GltfValue samplers = animation_["samplers"].required();
         const GltfValue sampler = samplers[channel["sampler"].indexIn(samplers)];
         const GltfValue path = target["path"].required();
-        if (path.text() == "pointer") // an extension, which is reported
+        if (path.text() == "pointer") {
+            if (!target["extensions"].exists()) // otherwise the extension is reported
+                context_.losses.add("animation channels without a target node", node_);
             return sampler.ignore();
+        }
         if (!target["node"].exists())
             return context_.losses.add("animation channels without a target node", node_);
         const auto* known = std::ranges::find(channelPaths, path.text(), &Path::name);

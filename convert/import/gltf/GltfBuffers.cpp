@@ -1,8 +1,8 @@
 #include "convert/import/gltf/GltfBuffers.h"
 
-#include "convert/import/FileContent.h"
-#include "convert/import/Readable.h"
 #include "convert/shared/Errors.h"
+#include "convert/shared/FileContent.h"
+#include "convert/shared/Readable.h"
 #include "convert/shared/Uri.h"
 
 #include <filesystem>

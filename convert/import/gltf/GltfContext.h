@@ -1,10 +1,10 @@
 // The state that the steps of importing a glTF file share.
 #pragma once
 
-#include "convert/import/NodeInputs.h"
-#include "convert/import/NodeMaker.h"
 #include "convert/import/gltf/GltfAccessors.h"
 #include "convert/shared/Losses.h"
+#include "convert/shared/NodeInputs.h"
+#include "convert/shared/NodeMaker.h"
 #include "convert/shared/TexturePaths.h"
 #include "scene/Scene.h"
 
@@ -46,6 +46,16 @@ struct GltfContext {
         if (!object)
             root.refuse("it has more " + std::string(path) + " than the limit of arrays");
         return *object;
+    }
+
+    // Appends an attribute that only the application gives a meaning; `read` reads its accessor as a type.
+    void appendAttribute(Node& node, std::string_view list, std::string_view name, const GltfValue& accessor,
+                         auto read) const {
+        Input& attribute = append(node, list);
+        setMember(attribute, "name", AttrData::string(name));
+        setMember(attribute, "values", read(floatTypeOf(accessors.componentsOf(accessor))));
+        if (accessors.areMatrices2(accessor))
+            setMember(attribute, "matrices", AttrData::boolean(true));
     }
 
     // The weights of morph targets.

@@ -1,7 +1,5 @@
 #include "convert/import/gltf/GltfImport.h"
 
-#include "convert/import/FileContent.h"
-#include "convert/import/Readable.h"
 #include "convert/import/gltf/GltfAnimationImport.h"
 #include "convert/import/gltf/GltfContainer.h"
 #include "convert/import/gltf/GltfContext.h"
@@ -11,6 +9,8 @@
 #include "convert/import/gltf/GltfSceneImport.h"
 #include "convert/import/gltf/GltfSkinImport.h"
 #include "convert/import/gltf/GltfTextureImport.h"
+#include "convert/shared/FileContent.h"
+#include "convert/shared/Readable.h"
 
 #include <algorithm>
 #include <cctype>
@@ -38,7 +38,6 @@ void checkVersion(const GltfValue& root) {
 }
 
 void checkExtensions(const GltfValue& root) {
-    root["extensionsUsed"].ignore();
     root["extensionsRequired"].forEach([&](const GltfValue& extension, u64) {
         if (std::ranges::find(supportedExtensions, extension.text()) == std::end(supportedExtensions))
             extension.refuse("the file cannot be read without the extension " + std::string(extension.text()) +
@@ -46,25 +45,65 @@ void checkExtensions(const GltfValue& root) {
     });
 }
 
-// What only describes other data is not lost with it.
-void ignoreDescriptions(const GltfValue& root) {
-    root["accessors"].forEach([](const GltfValue& accessor, u64) {
-        accessor.ignore({"bufferView", "byteOffset", "componentType", "count", "max", "min", "name", "normalized",
-                         "sparse", "type"});
-    });
-    root["bufferViews"].forEach([](const GltfValue& view, u64) {
-        view.ignore({"buffer", "byteLength", "byteOffset", "byteStride", "name", "target"});
-        view.extension("EXT_meshopt_compression").ignore();
-    });
-    root["buffers"].forEach([](const GltfValue& buffer, u64) {
-        buffer.ignore({"byteLength", "name", "uri"});
-        buffer.extension("EXT_meshopt_compression").ignore();
-    });
+using TypeTest = bool (GltfValue::*)() const noexcept;
+
+bool areAll(const GltfValue& list, TypeTest isRight) {
+    bool areRight = list.isArray();
+    for (u64 i = 0; areRight && i < list.size(); ++i)
+        areRight = (list[i].*isRight)();
+    return areRight;
 }
+
+// What only describes other data is not lost with it, unless it is something else than a description.
+class Descriptions {
+public:
+    explicit Descriptions(Losses& losses) : losses_(losses) {}
+
+    void ignoreIn(const GltfValue& root) {
+        root["asset"].ignore({"version", "minVersion"});
+        ignoreOne(root["asset"]["generator"], &GltfValue::isText);
+        ignoreList(root["extensionsUsed"], &GltfValue::isText);
+        root["accessors"].forEach([&](const GltfValue& accessor, u64) {
+            accessor.ignore({"bufferView", "byteOffset", "componentType", "count", "normalized", "sparse", "type"});
+            ignoreOne(accessor["name"], &GltfValue::isText);
+            ignoreList(accessor["min"], &GltfValue::isNumber);
+            ignoreList(accessor["max"], &GltfValue::isNumber);
+        });
+        root["bufferViews"].forEach([&](const GltfValue& view, u64) {
+            view.ignore({"buffer", "byteLength", "byteOffset", "byteStride"});
+            ignoreOne(view["name"], &GltfValue::isText);
+            ignoreOne(view["target"], &GltfValue::isNumber);
+            view.extension("EXT_meshopt_compression").ignore();
+        });
+        root["buffers"].forEach([&](const GltfValue& buffer, u64) {
+            buffer.ignore({"byteLength", "uri"});
+            ignoreOne(buffer["name"], &GltfValue::isText);
+            const GltfValue compression = buffer.extension("EXT_meshopt_compression");
+            ignoreOne(compression, &GltfValue::isObject);
+            if (compression.isObject())
+                ignoreOne(compression["fallback"], &GltfValue::isBoolean);
+        });
+    }
+
+private:
+    void ignoreOne(const GltfValue& value, TypeTest isRight) { ignore(value, (value.*isRight)()); }
+    void ignoreList(const GltfValue& list, TypeTest isRight) { ignore(list, areAll(list, isRight)); }
+
+    void ignore(const GltfValue& value, bool isRight) {
+        value.ignore();
+        if (value.exists() && !isRight)
+            losses_.add("descriptions of the wrong type", [&] { return String(std::string_view(value.pointer())); });
+    }
+
+    Losses& losses_;
+};
 
 std::string_view lastStep(std::string_view pointer) { return pointer.substr(pointer.rfind('/') + 1); }
 
 void reportUnread(const GltfJson& json, Losses& losses) {
+    json.forEachCutText([&](const GltfValue& text) {
+        losses.add("characters from U+0000 on in texts", [&] { return String(std::string_view(text.pointer())); });
+    });
     json.forEachUnread([&](std::string_view name, const std::string& pointer) {
         const std::string parent = pointer.substr(0, pointer.rfind('/'));
         const std::string grandparent = parent.substr(0, parent.rfind('/'));
@@ -106,7 +145,7 @@ void importGltf(const std::string& path, Scene& scene, const TexturePaths& paths
     importSkins(context);
     importAnimations(context);
     importScenes(context);
-    ignoreDescriptions(context.root);
+    Descriptions(losses).ignoreIn(context.root);
     reportUnread(json, losses);
 }
 

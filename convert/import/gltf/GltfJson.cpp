@@ -4,6 +4,7 @@
 #include "convert/shared/Floats.h"
 #include "scene/JsonWriter.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace vrn::convert {
@@ -109,11 +110,11 @@ GltfValue GltfValue::operator[](const char* name) const {
         return *this;
     if (!value_->IsObject())
         refuse("it is not an object");
-    const auto member = value_->FindMember(name);
-    if (member - value_->MemberEnd() == 0) // operator== of RapidJSON's iterators is ambiguous in C++20
+    const JsonValue* member = file_->memberOf(*value_, name);
+    if (!member)
         return {*file_, nullptr, value_, name};
-    file_->read_.insert(&member->value);
-    return {*file_, &member->value, nullptr, nullptr};
+    file_->read_.insert(member);
+    return {*file_, member, nullptr, nullptr};
 }
 
 GltfValue GltfValue::operator[](u64 index) const {
@@ -148,7 +149,13 @@ void GltfValue::forEachMember(const std::function<void(std::string_view, const G
 std::string_view GltfValue::text(std::string_view fallback) const {
     if (value_ && !value_->IsString())
         refuse("it is not a string");
-    return value_ ? viewOf(*value_) : fallback;
+    if (!value_)
+        return fallback;
+    const std::string_view text = viewOf(*value_);
+    const std::size_t end = text.find('\0');
+    if (end != std::string_view::npos)
+        file_->cutTexts_.push_back(value_);
+    return text.substr(0, end);
 }
 
 bool GltfValue::boolean(bool fallback) const {
@@ -237,6 +244,29 @@ GltfJson::GltfJson(std::string path, std::string_view text) : path_(std::move(pa
         throw ContentError(path_, "its JSON is invalid at byte " + std::to_string(document_.GetErrorOffset()));
     if (!document_.IsObject())
         throw ContentError(path_, "its JSON is not an object");
+}
+
+const JsonValue* GltfJson::memberOf(const JsonValue& object, std::string_view name) const {
+    constexpr rapidjson::SizeType small = 32;
+    if (object.MemberCount() <= small) {
+        const auto members = object.GetObject();
+        const auto found = std::find_if(members.begin(), members.end(),
+                                        [&](const auto& member) { return viewOf(member.name) == name; });
+        return found - members.end() == 0 ? nullptr : &found->value; // == is ambiguous for RapidJSON's iterators
+    }
+    auto& members = members_[&object];
+    if (members.empty())
+        for (const auto& member : object.GetObject())
+            members.emplace(viewOf(member.name), &member.value); // the first of several, as above
+    const auto found = members.find(name);
+    return found == members.end() ? nullptr : found->second;
+}
+
+void GltfJson::forEachCutText(const std::function<void(const GltfValue&)>& visit) const {
+    std::unordered_set<const JsonValue*> visited;
+    for (const JsonValue* text : cutTexts_)
+        if (visited.insert(text).second)
+            visit({*this, text, nullptr, nullptr});
 }
 
 std::string GltfJson::pointerTo(const JsonValue* value) const {

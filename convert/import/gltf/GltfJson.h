@@ -18,7 +18,9 @@
 #include <rapidjson/document.h>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <unordered_set>
+#include <vector>
 
 namespace vrn::convert {
 
@@ -46,8 +48,8 @@ public:
     void forEach(const std::function<void(const GltfValue&, u64)>& visit) const;
     void forEachMember(const std::function<void(std::string_view, const GltfValue&)>& visit) const;
 
-    // Values, or the fallback if this value is absent. Numbers are finite as floats; whole() is in [0, limit), and an
-    // index is one of `list`, an array.
+    // Values, or the fallback if this value is absent. Texts end before a character U+0000. Numbers are finite as
+    // floats; whole() is in [0, limit), and an index is one of `list`, an array.
     [[nodiscard]] std::string_view text(std::string_view fallback = "") const;
     [[nodiscard]] bool boolean(bool fallback) const;
     [[nodiscard]] double number(double fallback) const;
@@ -61,6 +63,8 @@ public:
     [[nodiscard]] bool isObject() const noexcept { return value_ && value_->IsObject(); }
     [[nodiscard]] bool isArray() const noexcept { return value_ && value_->IsArray(); }
     [[nodiscard]] bool isText() const noexcept { return value_ && value_->IsString(); }
+    [[nodiscard]] bool isNumber() const noexcept { return value_ && value_->IsNumber(); }
+    [[nodiscard]] bool isBoolean() const noexcept { return value_ && value_->IsBool(); }
 
     // Compact JSON of the whole value, all of which counts as read. Of an object, without the member `omitted`.
     [[nodiscard]] std::string json(std::string_view omitted = "") const;
@@ -96,6 +100,9 @@ public:
     [[nodiscard]] GltfValue root() const { return {*this, &document_, nullptr, nullptr}; }
     [[nodiscard]] const std::string& path() const noexcept { return path_; }
 
+    // Calls `visit` with each text that was read and goes on after a character U+0000, with which texts of scenes end.
+    void forEachCutText(const std::function<void(const GltfValue&)>& visit) const;
+
     // Calls `visit` with the name and the pointer of each member that was not read. Members of unread members are not
     // listed.
     void forEachUnread(const std::function<void(std::string_view, const std::string&)>& visit) const;
@@ -106,7 +113,13 @@ private:
 
     std::string path_;
     JsonDocument document_;
+    // The member of an object; null if there is none. Takes constant time regardless of the number of members.
+    [[nodiscard]] const JsonValue* memberOf(const JsonValue& object, std::string_view name) const;
+
     mutable std::unordered_set<const JsonValue*> read_;
+    mutable std::vector<const JsonValue*> cutTexts_; // some of them several times
+    // The members of large objects, for those that were queried.
+    mutable std::unordered_map<const JsonValue*, std::unordered_map<std::string_view, const JsonValue*>> members_;
 };
 
 } // namespace vrn::convert

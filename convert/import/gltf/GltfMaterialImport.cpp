@@ -22,8 +22,11 @@ public:
             readNumber(number);
         for (const MaterialMap& map : materialMaps)
             readMap(map);
-        if (material_.extension("KHR_materials_unlit").exists())
+        if (const GltfValue unlit = material_.extension("KHR_materials_unlit"); unlit.exists()) {
+            if (!unlit.isObject())
+                unlit.refuse("it is not an object");
             set(node_, "unlit", AttrData::boolean(true));
+        }
         return &node_;
     }
 

@@ -122,10 +122,8 @@ private:
         primitive_["attributes"].forEachMember([&](std::string_view name, const GltfValue& accessor) {
             if (!name.starts_with('_'))
                 return;
-            const DataType type = floatTypeOf(context_.accessors.componentsOf(accessor));
-            Input& attribute = append("attributes");
-            setMember(attribute, "name", AttrData::string(name));
-            setMember(attribute, "values", attributes_.floats(std::string(name), type));
+            context_.appendAttribute(*node_, "attributes", name, accessor,
+                                     [&](DataType type) { return attributes_.floats(std::string(name), type); });
         });
     }
 

@@ -1,5 +1,6 @@
 #include "convert/import/gltf/GltfNodeImport.h"
 
+#include "convert/import/NodeTransforms.h"
 #include "convert/import/gltf/GltfCameraImport.h"
 #include "convert/import/gltf/GltfHierarchy.h"
 #include "convert/shared/Transform.h"
@@ -23,25 +24,12 @@ std::set<u64> animatedNodes(const GltfValue& root) {
     return nodes;
 }
 
-// A matrix is decomposed if that is exact, or if channels of an animation set its parts.
-void setMatrix(GltfContext& context, Node& node, const Matrix& matrix, bool isAnimated) {
-    const Trs trs = decomposeTransform(matrix);
-    const Matrix recomposed = toMatrix(trs);
-    if (recomposed != matrix && !isAnimated)
-        return setNumbers(node, "transform", AttrType::Mat4, matrix);
-    if (maxDifference(recomposed, matrix) > 1e-5)
-        context.losses.add("shear of animated nodes", node);
-    setNumbers(node, "translation", AttrType::Vec3, trs.translation);
-    setNumbers(node, "rotation", AttrType::Quat, trs.rotation);
-    setNumbers(node, "scale", AttrType::Vec3, trs.scale);
-}
-
 void setTransform(GltfContext& context, Node& node, const GltfValue& from, bool isAnimated) {
     const GltfValue matrix = from["matrix"];
     if (matrix.exists() && (from["translation"].exists() || from["rotation"].exists() || from["scale"].exists()))
         matrix.refuse("a node has either a matrix, or a translation, rotation and scale");
     if (matrix.exists())
-        setMatrix(context, node, matrix.numbers<16>(identity), isAnimated);
+        setMatrix(node, matrix.numbers<16>(identity), isAnimated, context.losses);
     if (from["translation"].exists())
         setNumbers(node, "translation", AttrType::Vec3, from["translation"].numbers<3>({}));
     if (from["rotation"].exists())
@@ -85,10 +73,8 @@ void setInstancing(GltfContext& context, Node& node, const GltfValue& from) {
         if (!name.starts_with('_'))
             return;
         accessor.ignore(); // which is read now
-        const DataType type = floatTypeOf(context.accessors.componentsOf(accessor));
-        Input& attribute = context.append(node, "instances.attributes");
-        setMember(attribute, "name", AttrData::string(name));
-        setMember(attribute, "values", read(accessor, type));
+        context.appendAttribute(node, "instances.attributes", name, accessor,
+                                [&](DataType type) { return read(accessor, type); });
     });
 }
 
@@ -107,9 +93,22 @@ Node& addNode(GltfContext& context, const GltfValue& from, Node* parent, bool is
     return node;
 }
 
+// A small file can show a mesh of many primitives at many nodes.
+void checkParts(const GltfContext& context) {
+    constexpr u64 maxParts = 4'000'000;
+    u64 parts = 0;
+    context.root["nodes"].forEach([&](const GltfValue& node, u64) {
+        if (const GltfValue mesh = node["mesh"]; mesh.exists())
+            parts += context.meshes[mesh.indexIn(context.root["meshes"])].size();
+        if (parts > maxParts)
+            node.refuse("the nodes show more than " + std::to_string(maxParts) + " primitives together");
+    });
+}
+
 } // namespace
 
 void importNodes(GltfContext& context) {
+    checkParts(context);
     const GltfHierarchy hierarchy = readHierarchy(context.root);
     const std::set<u64> animated = animatedNodes(context.root);
     const GltfValue nodes = context.root["nodes"];

@@ -47,7 +47,6 @@ void importVariants(GltfContext& context) {
 // Version and generator are those of the file, not of what it contains.
 void importAsset(GltfContext& context) {
     const GltfValue asset = context.root["asset"];
-    asset.ignore({"version", "minVersion", "generator"});
     if (!asset["copyright"].exists() && !asset["extras"].exists() && !context.root["extras"].exists())
         return;
     Node& node = context.maker.create("asset", "", "asset");

@@ -1,6 +1,8 @@
 #include "convert/import/gltf/GltfTextureImport.h"
 
-#include "convert/import/NodeNames.h"
+#include "convert/shared/Extension.h"
+#include "convert/shared/ImageKind.h"
+#include "convert/shared/NodeNames.h"
 #include "convert/shared/Uri.h"
 
 #include <filesystem>
@@ -11,6 +13,12 @@ namespace {
 
 // Extensions for images in formats that not every program reads; `source` then is an image for the others.
 constexpr const char* imageExtensions[] = {"KHR_texture_basisu", "EXT_texture_webp"};
+
+// The path of a file, or an address on the Web, which is kept as it is: escapes have a meaning there.
+std::string pathOrAddress(std::string_view uri) {
+    const bool isAddress = uri.starts_with("http://") || uri.starts_with("https://");
+    return isAddress ? std::string(uri) : pathOf(uri);
+}
 
 class TextureImport {
 public:
@@ -63,14 +71,21 @@ private:
     }
 
     void addImage(const GltfValue& image, const std::string& prefix) {
-        image["mimeType"].ignore(); // the bytes tell
+        const std::string_view type = image["mimeType"].text(); // of embedded images, the bytes tell
         const GltfValue uri = image["uri"];
         if (image["bufferView"].exists())
             addBytes(prefix, context_.buffers.view(image["bufferView"]));
         else if (const std::optional<std::string> bytes = uri.exists() ? bytesOfDataUri(uri) : std::string())
             addBytes(prefix, *bytes);
         else
-            setAt(*node_, prefix + "file", AttrData::string(context_.paths.rebase(pathOf(uri.text()))));
+            addFile(prefix, pathOrAddress(uri.text()), type);
+    }
+
+    // The type of a file is kept if its name does not tell it.
+    void addFile(const std::string& prefix, const std::string& path, std::string_view type) {
+        setAt(*node_, prefix + "file", AttrData::string(context_.paths.rebase(path)));
+        if (!type.empty() && type != mimeTypeOfExtension(extensionOf(path)))
+            setAt(*node_, prefix + "mimeType", AttrData::string(type));
     }
 
     void addBytes(const std::string& prefix, std::string_view bytes) {

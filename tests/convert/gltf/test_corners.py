@@ -148,6 +148,283 @@ class Corners(Folder):
                             "m.skin.joints = vec4u[1] {70000 0 0 0}; m.skin.weights = vec4f[1] {1 0 0 0};")
         self.assertEqual(self.convert("in.vrn", "out.gltf"), ["joints of meshes with numbers above 65535: 1 (m)"])
 
+    def to_gltf(self, text, *lost):
+        self.file("in.vrn", text)
+        self.assertEqual(self.convert("in.vrn", "out.gltf"), list(lost))
+        return self.gltf("out.gltf")
+
+    def test_attributes_of_the_same_name(self):
+        one = 'm.attributes[%d].name = "_A"; m.attributes[%d].values = float[1] {%d};'
+        mesh = "mesh m; m.points = vec3f[1] {0 0 0}; m.topology = \"points\";"
+        self.to_gltf(mesh + one % (0, 0, 1) + one % (1, 1, 2),
+                     "attributes with the name of another: 1 (m.attributes[1])")
+        one = one.replace("m.attr", "i.instances.attr")
+        self.to_gltf(mesh + "instance i; i.geometry = m;" + one % (0, 0, 1) + one % (1, 1, 2),
+                     "attributes with the name of another: 1 (i.instances.attributes[1])")
+
+    def test_uvsets_keep_their_numbers(self):
+        document = self.to_gltf("mesh m; m.points = vec3f[1] {0 0 0}; m.topology = \"points\";"
+                                "m.uvsets[0].coords = vec2f[1] {nan 0}; m.uvsets[1].coords = vec2f[1] {1 1};",
+                                "attributes that do not match the points of their mesh: 1 (m.uvsets[0].coords)",
+                                "uvsets after one that is left out: 1 (m.uvsets[1])")
+        self.assertEqual(list(document["meshes"][0]["primitives"][0]["attributes"]), ["POSITION"])
+
+    def test_colorsets_without_colors(self):
+        self.to_gltf("mesh m; m.points = vec3f[1] {0 0 0}; m.topology = \"points\";"
+                     "m.colorsets[0].colors = rgbaf[1] {1 1 1 1};", "colorsets of meshes without colors: 1 (m)")
+
+    def test_more_joints_without_the_first(self):
+        self.to_gltf("mesh m; m.points = vec3f[1] {0 0 0}; m.topology = \"points\";"
+                     "m.skin.more[0].joints = vec4u[1] {1 0 0 0}; m.skin.more[0].weights = vec4f[1] {1 0 0 0};",
+                     "joints without weights, or weights without joints: 1 (m.skin)")
+
+    def test_scenes_that_list_a_node_twice(self):
+        document = self.to_gltf("group a; scene s; s.nodes[0] = a; s.nodes[1] = a;")
+        self.assertEqual(document["scenes"][0]["nodes"], [0])
+
+    def test_meshes_outside_the_scene_that_is_shown(self):
+        self.model.json["nodes"] = [{"name": "a", "mesh": 0}, {"name": "b", "mesh": 0}, {"name": "c", "mesh": 0}]
+        self.model.json["scenes"] = [{"nodes": [0]}, {"nodes": [1]}]
+        self.model.json["scene"] = 1
+        for extension in ("obj", "ply", "stl"):
+            self.assertEqual([line for line in self.convert("in.gltf", "out." + extension) if "outside" in line],
+                             ["nodes outside the scene that is shown first: 2 (first a)"])
+        self.convert("in.gltf", "out.obj")
+        lines = (self.folder / "out.obj").read_text().splitlines()
+        self.assertEqual([line for line in lines if line.startswith("o ")], ["o b"])
+
+    def test_merged_variants_keep_their_names(self):
+        for name in ("red", "blue"):
+            model = Model()
+            model.json["materials"] = [{"name": name}]
+            model.json["extensions"] = {"KHR_materials_variants": {"variants": [{"name": name}]}}
+            model.primitive["extensions"] = {"KHR_materials_variants": {"mappings": [{"material": 0, "variants": [0]}]}}
+            self.file(name + ".gltf", model.text())
+        self.convert("red.gltf", "blue.gltf", "-o", "out.gltf")
+        document = self.gltf("out.gltf")
+        names = [variant["name"] for variant in document["extensions"]["KHR_materials_variants"]["variants"]]
+        for mesh in document["meshes"]:
+            mapping, = mesh["primitives"][0]["extensions"]["KHR_materials_variants"]["mappings"]
+            self.assertEqual([names[i] for i in mapping["variants"]],
+                             [document["materials"][mapping["material"]]["name"]])
+
+    def test_merged_files_are_all_shown(self):
+        self.file("plain.gltf", Model().text())
+        self.model.json["nodes"] = [{"name": "b", "mesh": 0}]
+        self.model.json["scenes"] = [{"name": "other", "nodes": []}, {"name": "first", "nodes": [0]}]
+        self.model.json["scene"] = 1
+        for files in (["plain.gltf", "in.gltf"], ["in.gltf", "plain.gltf"]):
+            self.convert(*files, "-o", "out.gltf")
+            scenes = {scene["name"]: scene.get("nodes", []) for scene in self.gltf("out.gltf")["scenes"]}
+            self.assertEqual((len(scenes["other"]), len(scenes["first"])), (0, 2), files)
+
+    def test_addresses_of_images_keep_their_escapes(self):
+        uri = "http://x.example/a%2520b%26c.png?q=1%232"
+        self.model.json |= {"images": [{"uri": uri}], "textures": [{"source": 0}]}
+        self.convert("in.gltf", "out.gltf")
+        self.assertEqual(self.gltf("out.gltf")["images"][0]["uri"], uri)
+
+    def test_channels_that_point_nowhere(self):
+        times, values = self.model.floats("SCALAR", 0, 1), self.model.floats("SCALAR", 0, 1)
+        self.model.json["animations"] = [{"samplers": [{"input": times, "output": values}],
+                                          "channels": [{"sampler": 0, "target": {"path": "pointer"}}]}]
+        self.assertEqual(self.convert("in.gltf", "out.vrn"), ["animation channels without a target node: 1 (animation)"])
+
+    def test_instances_of_too_many_points(self):
+        self.model.json["accessors"] += [{"componentType": FLOAT, "count": 100000, "type": "VEC3"}] * 2
+        self.model.primitive |= {"mode": 0, "attributes": {"POSITION": 1}}
+        self.model.json["nodes"][0]["extensions"] = {"EXT_mesh_gpu_instancing": {"attributes": {"TRANSLATION": 2}}}
+        messages = self.convert("in.gltf", "out.obj", status=1)
+        self.assertIn("instances", messages[-1])
+        self.assertFalse((self.folder / "out.obj").exists())
+
+    def test_bounds_contain_parts_and_instances(self):
+        self.file("in.vrn", "mesh m; m.points = vec3f[3] {0 0 0 1 0 0 0 1 0}; mesh n; n.points = vec3f[3] {0 0 5 1 0 5 0 1 5};"
+                            "instance i; i.geometry = m; i.parts[0] = n;"
+                            "i.instances.translation = vec3f[2] {0 0 0 10 0 0};")
+        bounds = json.loads(self.run_here("info", "--format", "json", "in.vrn").stdout)["bounds"]
+        self.assertEqual((bounds["min"], bounds["max"]), ([0, 0, 0], [11, 1, 5]))
+
+    def test_files_beside_embedded_images(self):
+        image = "texture t; t.encoded = byte[5] {137 80 78 71 13}; t.file = \"a.png\"; group g;"
+        self.to_gltf(image, "files of textures beside embedded images: 1 (t.file)")
+
+    def test_descriptions_of_the_wrong_type_are_named(self):
+        for place, value in (("/asset/generator", 5), ("/extensionsUsed", {}), ("/extensionsUsed", [5]),
+                             ("/accessors/0/min", [None] * 3), ("/accessors/0/max", 5), ("/accessors/0/name", {}),
+                             ("/bufferViews/0/name", 1), ("/bufferViews/0/target", "x")):
+            with self.subTest(place):
+                self.model = Model()
+                *path, member = place.split("/")[1:]
+                parent = self.model.json
+                for step in path:
+                    parent = parent[int(step) if step.isdigit() else step]
+                parent[member] = value
+                self.assertEqual(self.convert("in.gltf", "out.vrn"), [f"descriptions of the wrong type: 1 ({place})"])
+
+    def test_extensions_of_the_wrong_type(self):
+        self.model.json["materials"] = [{"extensions": {"KHR_materials_unlit": 5}}]
+        self.refused("/materials/0/extensions/KHR_materials_unlit")
+
+    def test_types_of_images_of_the_wrong_type(self):
+        self.model.json |= {"images": [{"uri": "a", "mimeType": 5}], "textures": [{"source": 0}]}
+        self.refused("/images/0/mimeType")
+
+    def test_inputs_of_the_wrong_type_are_named(self):
+        point = "mesh m; m.points = vec3f[1] {0 0 0}; m.topology = \"points\"; instance i; i.geometry = m;"
+        wrong = "values of the wrong type: 1 (%s)"
+        for text, place in (("m.name = 5;", "m.name"), ("i.name = vec2(1, 2);", "i.name"), ("i.parent = 5;", "i.parent"),
+                            ("i.material = \"red\";", "i.material"), ("i.skin = 1.5;", "i.skin"),
+                            ("i.children = 5;", "i.children"), ("i.parts[0] = 5;", "i.parts"),
+                            ("m.normals = 5;", "m.normals"), ("m.uvsets[0].name = 5; m.uvsets[0].coords = vec2f[1] {0 0};",
+                                                              "m.uvsets[0].name"),
+                            ("m.indices = 3;", "m.indices"), ("material r; r.normalMap = 5;", "r.normalMap"),
+                            ("texture t; t.encoded = 5; t.file = \"a.png\";", "t.encoded"),
+                            ("texture t; t.samplerName = 5; t.file = \"a.png\";", "t.samplerName"),
+                            ("camera c; c.target = 5;", "c.target"), ("scene s; s.nodes = 5;", "s.nodes"),
+                            ("variants v; v.names[0] = 5;", "v.names"), ("asset a; a.copyright = 5;", "a.copyright")):
+            with self.subTest(text):
+                self.file("in.vrn", point + text)
+                self.assertEqual(self.convert("in.vrn", "out.gltf"), [wrong % place])
+
+    def test_what_other_kinds_of_lights_and_cameras_have_is_named(self):
+        self.to_gltf("light l; l.kind = \"point\"; l.innerAngle = 10; l.outerAngle = 20;",
+                     "input innerAngle of light: 1 (l.innerAngle)", "input outerAngle of light: 1 (l.outerAngle)")
+        self.to_gltf("light l; l.kind = \"spot\"; l.innerAngle = 10; l.outerAngle = 20;")
+        self.to_gltf("camera c; c.projection = \"orthographic\"; c.fov = 30; c.aspect = 2;",
+                     "input fov of camera: 1 (c.fov)", "input aspect of camera: 1 (c.aspect)")
+        self.to_gltf("camera c; c.size = vec2(2, 3);", "input size of camera: 1 (c.size)")
+
+    def test_deep_extras_are_read_back_or_named(self):
+        for depth in (995, 996):
+            extras = "[" * depth + "]" * depth
+            text = f"group g; g.extras = \"{extras}\";"
+            if depth == 995:
+                self.there_and_back(text)
+                self.assertIn(extras, (self.folder / "back.vrn").read_text())
+            else:
+                self.to_gltf(text, "extras nested more than 995 levels deep: 1 (g.extras)")
+
+    def test_extras_are_read_wherever_they_are_written(self):
+        extras = "[" * 995 + "]" * 995
+        self.there_and_back(f"mesh m; m.points = vec3f[1] {{0 0 0}}; m.topology = \"points\";"
+                            f"m.partExtras = \"{extras}\"; light l; l.extras = \"{extras}\";")
+
+    def there_and_back(self, text):
+        self.file("in.vrn", text)
+        self.assertEqual(self.convert("in.vrn", "out.gltf"), [])
+        self.assertEqual(self.convert("out.gltf", "back.vrn"), [])
+
+    def test_types_of_files_without_an_extension(self):
+        image = b"RIFF\x04\0\0\0WEBPVP8 "
+        (self.folder / "maps").mkdir()
+        self.file("maps/photo", image)
+        self.model.json |= {"extensionsUsed": ["EXT_texture_webp"],
+                            "images": [{"uri": "maps/photo", "mimeType": "image/webp"}],
+                            "textures": [{"extensions": {"EXT_texture_webp": {"source": 0}}}]}
+        self.assertEqual(self.convert("in.gltf", "out.vrn"), [])
+        self.to_out("out.vrn", {"uri": "maps/photo", "mimeType": "image/webp"})
+        self.to_out("in.gltf", {"uri": "maps/photo", "mimeType": "image/webp"})
+        self.to_out("in.gltf", {"uri": "copies/photo.webp"}, "--copy-textures", "copies")
+        self.assertEqual((self.folder / "copies/photo.webp").read_bytes(), image)
+        self.to_out("in.gltf", {"mimeType": "image/webp", "bufferView": 2}, "--embed")
+
+    def to_out(self, source, image, *options):
+        """Converts to a glTF file with one texture, whose image is in the WebP extension."""
+        self.assertEqual(self.convert(*options, source, "out.gltf"), [])
+        document = self.gltf("out.gltf")
+        written, = document["images"]
+        self.assertEqual({k: v for k, v in written.items() if k != "name"}, image)
+        self.assertEqual(document["textures"][0]["extensions"], {"EXT_texture_webp": {"source": 0}})
+
+    def test_the_first_corner_of_a_fan_comes_last(self):
+        self.model.attributes["POSITION"] = self.model.floats("VEC3", 0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0)
+        self.model.primitive["mode"] = 6
+        self.assertEqual(self.convert("in.gltf", "out.vrn"), [])
+        self.assertEqual(self.meshes("out.vrn")[0]["indices"]["data"], [1, 2, 0, 2, 3, 0])
+
+    def test_weights_of_the_same_joint_are_added(self):
+        document = self.to_gltf("mesh m; m.points = vec3f[1] {0 0 0}; m.topology = \"points\";"
+                                "m.skin.joints = vec4u[1] {1 1 0 0}; m.skin.weights = vec4f[1] {0.25 0.75 0 0};")
+        attributes = document["meshes"][0]["primitives"][0]["attributes"]
+        accessor = document["accessors"][attributes["WEIGHTS_0"]]
+        offset = document["bufferViews"][accessor["bufferView"]]["byteOffset"]
+        self.assertEqual(struct.unpack_from("<4f", (self.folder / "out.bin").read_bytes(), offset), (1, 0, 0, 0))
+
+    def test_normalized_indices(self):
+        self.model.primitive["indices"] = self.model.integers("SCALAR", 0, 1, 2)
+        self.model.json["accessors"][-1]["normalized"] = True
+        self.refused("/accessors/1/componentType")
+
+    def test_the_binary_chunk_is_the_second_one(self):
+        def chunk(kind, data):
+            return struct.pack("<I4s", len(data), kind) + data
+        self.model.json["buffers"] = [{"byteLength": len(self.model.bytes)}]
+        text = json.dumps(self.model.json).encode()
+        text += b" " * (-len(text) % 4)
+        parts = [chunk(b"JSON", text), chunk(b"BIN\0", self.model.bytes), chunk(b"ODD\0", b"")]
+        for order, status in (((0, 1, 2), 0), ((0, 2, 1), 1)):
+            body = b"".join(parts[i] for i in order)
+            self.file("in.glb", b"glTF" + struct.pack("<II", 2, 12 + len(body)) + body)
+            result = self.run_here("convert", "in.glb", "out.vrn")
+            self.assertEqual(result.returncode, status, result.stderr)
+
+    def test_small_matrices_are_kept(self):
+        self.model.attributes["_M"] = self.model.accessor("MAT2", FLOAT, struct.pack("<12f", *range(12)), 3)
+        self.assertEqual(self.convert("in.gltf", "out.vrn"), [])
+        self.assertRegex((self.folder / "out.vrn").read_text(), r"vec4f\[3\] \{\s*0 1 2 3\s+4 5 6 7\s+8 9 10 11")
+        self.assertEqual(self.convert("out.vrn", "out.gltf"), [])
+        document = self.gltf("out.gltf")
+        index = document["meshes"][0]["primitives"][0]["attributes"]["_M"]
+        self.assertEqual((document["accessors"][index]["type"], document["accessors"][index]["count"]), ("MAT2", 3))
+
+    def test_matrices_of_other_numbers(self):
+        mesh = "mesh m; m.points = vec3f[1] {0 0 0}; m.topology = \"points\"; m.attributes[0].name = \"_A\";"
+        self.to_gltf(mesh + "m.attributes[0].values = vec3f[1] {1 2 3}; m.attributes[0].matrices = true;",
+                     "matrices in attributes without four components: 1 (m.attributes[0].matrices)")
+        self.to_gltf(mesh + "m.attributes[0].values = vec4f[1] {1 2 3 4}; m.attributes[0].matrices = 5;",
+                     "values of the wrong type: 1 (m.attributes[0].matrices)")
+
+    def test_very_many_attributes(self):
+        accessor = self.model.floats("SCALAR", 1, 2, 3)
+        self.model.attributes |= {f"_A{i}": accessor for i in range(20000)}
+        self.assertEqual(self.convert("in.gltf", "out.vrn"), [])
+        self.assertEqual((self.folder / "out.vrn").read_text().count('= "_A'), 20000)
+
+    def test_too_many_parts(self):
+        self.model.json["meshes"][0]["primitives"] *= 3000
+        self.model.json["nodes"] = [{"mesh": 0}] * 3000
+        self.model.json["scenes"] = [{"nodes": list(range(3000))}]
+        self.refused("/nodes/1333")
+
+    def test_too_many_instances_of_parts(self):
+        self.model.json["accessors"].append({"componentType": FLOAT, "count": 3000, "type": "VEC3"})
+        self.model.json["meshes"][0]["primitives"] *= 3000
+        self.model.json["nodes"][0]["extensions"] = {"EXT_mesh_gpu_instancing": {"attributes": {"TRANSLATION": 1}}}
+        messages = self.convert("in.gltf", "out.stl", status=1)
+        self.assertIn("the instances of its meshes have more than 4000000 meshes together; convert to .glb", messages[-1])
+
+    def test_extras_of_variants_are_named(self):
+        self.model.json["materials"] = [{}]
+        self.model.json["extensions"] = {"KHR_materials_variants": {"variants": [{"name": "red", "extras": {"a": 1}}]}}
+        self.model.primitive["extensions"] = {"KHR_materials_variants": {"mappings": [
+            {"material": 0, "variants": [0], "extras": 5, "name": "m"}]}}
+        self.assertEqual(self.convert("in.gltf", "out.vrn"),
+                         ["extras of objects without a counterpart: 2 (first /meshes/0/primitives/0/extensions/"
+                          "KHR_materials_variants/mappings/0)",
+                          "member name: 1 (/meshes/0/primitives/0/extensions/KHR_materials_variants/mappings/0)"])
+
+    def test_texts_with_zero_characters_are_named(self):
+        self.model.json["nodes"][0]["name"] = "a\0b"
+        self.model.json["asset"]["copyright"] = "c\0"
+        self.assertEqual(self.convert("in.gltf", "out.gltf"), ["characters from U+0000 on in texts: 2 (first /nodes/0/name)"])
+        self.assertEqual(self.gltf("out.gltf")["nodes"][0]["name"], "a")
+
+    def test_zero_characters_in_extras_are_kept(self):
+        self.model.json["nodes"][0]["extras"] = {"a\0b": "c\0d"}
+        self.assertEqual(self.convert("in.gltf", "out.gltf"), [])
+        self.assertEqual(self.gltf("out.gltf")["nodes"][0]["extras"], {"a\0b": "c\0d"})
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -30,11 +30,11 @@ constexpr std::size_t capacity = 1000; // numbers
 template <class Number, class Feed> Filled fill(InstructionSet set, Feed feed) {
     Filled filled;
     filled.block.resize(capacity * sizeof(Number));
-    const std::unique_ptr<NumberFiller> filler = NumberFiller::make<Number>(filled.block, set);
-    feed(*filler);
-    filled.bytes = filler->filledBytes();
-    filled.isRead = filler->isRead();
-    filled.excess = filler->excess();
+    NumberFiller filler = NumberFiller::make<Number>(filled.block, set);
+    feed(filler);
+    filled.bytes = filler.filledBytes();
+    filled.isRead = filler.isRead();
+    filled.excess = filler.excess();
     return filled;
 }
 

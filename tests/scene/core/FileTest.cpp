@@ -1,9 +1,13 @@
 #include "scene/core/File.h"
 #include "tests/support/Reading.h"
 
+#include <atomic>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <thread>
+#include <unistd.h>
 
 namespace vrn::test {
 
@@ -84,6 +88,37 @@ TEST(File, readsMemoryWithoutCopyingIt) {
     }
 }
 
+// A handle of text keeps its NUL bytes, unless it is made of a literal.
+TEST(File, readsAnyBytesFromMemory) {
+    std::string bytes;
+    for (int i = 0; i < 1000; ++i)
+        bytes += static_cast<char>(i);
+    for (const std::size_t length : {0U, 1U, 2U, 1000U}) {
+        const std::string_view part = std::string_view(bytes).substr(0, length);
+        File shared = File::fromMemory(part);
+        File foreign = File::fromMemory(part, nullptr);
+        EXPECT_TRUE(foreign.isOpen());
+        EXPECT_EQ(readAll(shared), part);
+        EXPECT_EQ(readAll(foreign), part);
+    }
+    File file = File::fromMemory("a\0b");
+    EXPECT_EQ(readAll(file), "a");
+}
+
+TEST(File, reportsMemoryAsBlocks) {
+    const std::string text(2 * File::defaultBlockSize + 5, 'x');
+    File file = File::fromMemory(text, nullptr);
+    std::vector<std::size_t> fetched;
+    file.onFetch([&](std::size_t bytes) { fetched.push_back(bytes); });
+    const char* expected = text.data();
+    for (std::string_view block = file.readBlock(); !block.empty(); block = file.readBlock()) {
+        EXPECT_EQ(block.data(), expected) << "no copy";
+        expected += block.size();
+    }
+    EXPECT_EQ(expected, text.data() + text.size());
+    EXPECT_EQ(fetched, (std::vector<std::size_t>{File::defaultBlockSize, File::defaultBlockSize, 5}));
+}
+
 namespace {
 
 // Returns a text in pieces, then fails or ends; counts calls after that.
@@ -155,6 +190,186 @@ private:
 };
 
 } // namespace
+
+// A borrower that needs all of it in one piece gets it in place.
+TEST(File, lendsMemoryWithoutCopyingIt) {
+    const std::string text(3 * File::defaultBlockSize + 5, 'x');
+    Reader reader(File::fromMemory(text, nullptr));
+    std::size_t length = 0;
+    for (std::string_view window = reader.borrow(); window.size() != length; window = reader.borrow()) {
+        EXPECT_EQ(window.data(), text.data());
+        length = window.size();
+    }
+    EXPECT_EQ(length, text.size());
+}
+
+TEST(File, keepsMemoryAsLongAsItIsUsed) {
+    const auto memory = [](std::size_t size) { return std::make_shared<const std::string>(size, 'x'); };
+    const auto fileOf = [](const std::shared_ptr<const std::string>& text) { return File::fromMemory(*text, text); };
+    for (const std::size_t size : {std::size_t(0), std::size_t(10), 2 * File::defaultBlockSize}) {
+        auto text = memory(size);
+        const std::weak_ptr<const std::string> kept = text;
+        File file = fileOf(std::exchange(text, nullptr));
+        EXPECT_FALSE(kept.expired()) << "not read yet";
+        EXPECT_EQ(readAll(file).size(), size);
+        EXPECT_TRUE(kept.expired()) << "the file is still open";
+    }
+    auto text = memory(2 * File::defaultBlockSize);
+    const std::weak_ptr<const std::string> kept = text;
+    {
+        File::Piece loan;
+        {
+            File file = fileOf(std::exchange(text, nullptr));
+            Reader reader(file);
+            (void)reader.borrow();
+            loan = reader.loan(0);
+        }
+        EXPECT_FALSE(kept.expired()) << "on loan without a file";
+        EXPECT_EQ(loan.bytes.back(), 'x');
+    }
+    EXPECT_TRUE(kept.expired());
+    {
+        const File unread = fileOf(memory(10));
+        const File copy = unread;
+    }
+}
+
+TEST(File, stopsOnRequest) {
+    const std::string text(3 * File::defaultBlockSize, 'x');
+    const auto bytes = std::make_shared<const std::string>(text);
+    const auto isFree = [&] { return bytes.use_count() == 1; };
+    File file = File::fromMemory(*bytes, bytes);
+    EXPECT_EQ(file.readBlock().size(), File::defaultBlockSize);
+    File(file).requestStop(); // by any copy
+    EXPECT_FALSE(file.isStopped()) << "not yet noticed";
+    EXPECT_EQ(file.error(), "");
+    EXPECT_EQ(file.readBlock(), "");
+    EXPECT_TRUE(file.isStopped());
+    EXPECT_EQ(file.error(), "stopped on request");
+    EXPECT_TRUE(file.isOpen());
+    EXPECT_TRUE(isFree());
+    char c = 0;
+    EXPECT_FALSE(file.read(c));
+}
+
+// Not even the bytes that are already there are read, and the source is not asked again.
+TEST(File, stopsForItsObserver) {
+    int callsAfterTheEnd = 0;
+    File file = File::fromSource(std::make_unique<Pieces>("abcdefgh", false, callsAfterTheEnd), 3);
+    int calls = 0;
+    file.onFetch([&](std::size_t) {
+        if (++calls == 2)
+            file.requestStop();
+    });
+    EXPECT_EQ(readAll(file), "abc");
+    EXPECT_TRUE(file.isStopped());
+    EXPECT_EQ(calls, 2);
+    file.onFetch({});
+    const auto bytes = std::make_shared<const std::string>("memory");
+    File ofMemory = File::fromMemory(*bytes, bytes);
+    ofMemory.onFetch([&](std::size_t) { ofMemory.requestStop(); });
+    EXPECT_EQ(ofMemory.readBlock(), "");
+    EXPECT_EQ(bytes.use_count(), 1) << "released";
+    ofMemory.onFetch({});
+}
+
+// The observer takes what has been fetched before it asks for the stop: as a second borrower, and partly.
+TEST(File, endsTheLoansOfAnObserverThatStopsIt) {
+    const std::string text = "abcdef" + std::string(10000, '.'); // more than is joined at a time
+    File file = File::fromMemory(text, nullptr);
+    Reader reader(file);
+    Reader other(file);
+    file.onFetch([&](std::size_t) {
+        EXPECT_EQ(other.borrow(), text);
+        other.consume(2);
+        char c = 0;
+        EXPECT_TRUE(file.read(c));
+        EXPECT_EQ(c, 'c');
+        EXPECT_TRUE(other.borrowAfter("own ").starts_with("own def"));
+        file.requestStop();
+    });
+    EXPECT_EQ(reader.borrowAfter("left"), "left");
+    EXPECT_TRUE(file.isStopped());
+    EXPECT_EQ(other.returnLoan(), 0U) << "the loan has ended";
+    EXPECT_EQ(file.readBlock(), "");
+    file.onFetch({});
+}
+
+namespace {
+
+std::atomic<File*> fileOfTheHandler = nullptr;
+void stopInHandler(int) {
+    if (File* const file = fileOfTheHandler)
+        file->requestStop();
+}
+
+// A pipe, whose readers block, opened as a file; signals interrupt them.
+struct Pipe {
+    Pipe() {
+        EXPECT_EQ(::pipe(ends), 0);
+        struct sigaction action {};
+        action.sa_handler = stopInHandler; // without SA_RESTART
+        EXPECT_EQ(::sigaction(SIGUSR1, &action, &actionBefore), 0);
+        file = File::open(String::format("/dev/fd/%d", ends[0]));
+    }
+    ~Pipe() {
+        fileOfTheHandler = nullptr;
+        file.onFetch({});
+        ::sigaction(SIGUSR1, &actionBefore, nullptr);
+        ::close(ends[0]);
+        ::close(ends[1]);
+    }
+    struct sigaction actionBefore {};
+    int ends[2] = {};
+    File file;
+};
+
+// Sends signals to this thread until `isDone`.
+template <class Work> void underSignals(const std::atomic<bool>& isDone, Work work) {
+    std::thread sender([&, reader = ::pthread_self()] {
+        while (!isDone) {
+            ::pthread_kill(reader, SIGUSR1);
+            std::this_thread::yield();
+        }
+    });
+    work();
+    sender.join();
+}
+
+} // namespace
+
+TEST(File, stopsABlockedReadWhenASignalComes) {
+    for (const bool isByHandler : {true, false}) {
+        Pipe pipe;
+        if (isByHandler)
+            fileOfTheHandler = &pipe.file;
+        else
+            pipe.file.onFetch([&](std::size_t bytes) {
+                EXPECT_EQ(bytes, 0U);
+                pipe.file.requestStop();
+            });
+        std::atomic<bool> isDone = false;
+        underSignals(isDone, [&] {
+            EXPECT_EQ(pipe.file.readBlock(), "");
+            isDone = true;
+        });
+        EXPECT_TRUE(pipe.file.isStopped());
+        EXPECT_EQ(pipe.file.error(), "stopped on request");
+    }
+}
+
+TEST(File, goesOnAfterASignal) {
+    Pipe pipe;
+    std::atomic<bool> isDone = false;
+    pipe.file.onFetch([&](std::size_t bytes) {
+        if (bytes == 0 && !isDone.exchange(true)) {
+            EXPECT_EQ(::write(pipe.ends[1], "abc", 3), 3);
+        }
+    });
+    underSignals(isDone, [&] { EXPECT_EQ(pipe.file.readBlock(), "abc"); });
+    EXPECT_FALSE(pipe.file.isStopped());
+    EXPECT_EQ(pipe.file.error(), "");
+}
 
 TEST(File, lendsItsBytesUntilSomebodyElseReads) {
     int callsAfterTheEnd = 0;
