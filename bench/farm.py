@@ -1,0 +1,215 @@
+#!/usr/bin/env python3
+"""Measures work on many files, as ratios within this run.
+
+usage: farm.py VRN FOLDER [--files N] [--rounds N] [FIGURE...]
+
+Needs the Python package with its test requirements (python/requirements-farm.txt). Makes N small scenes in FOLDER (10,000
+unless told otherwise). The figures:
+
+    embedded    batch() in threads of this process / vrn check -j2
+    dask        the same on two workers of Dask / vrn check -j2
+    again       CPU of a second run with a ledger, where nothing changed / of the first, files of 250 KB
+    deaths      20 runs in which a worker is killed at a random moment: records, and time / that of a run without
+    poison      three files that kill, never end, or need 30 GB: results and records
+    manifest    memory of a driver of 1,000,000 files, and time of 1,000,000 / of 250,000 files
+    conversion  1,000 files converted while the driver is killed every 2 seconds: partial files
+"""
+
+from __future__ import annotations
+
+import argparse
+import json
+import os
+import random
+import resource
+import signal
+import statistics
+import subprocess
+import sys
+import time
+from collections.abc import Callable
+from pathlib import Path
+
+from vrn.farm import as_completed, batch, ops
+
+
+def make_scenes(folder: Path, count: int, meshes: tuple[int, int], seed: int) -> Path:
+    """Scenes with so many small meshes each, the same ones every time."""
+    if (folder / "made").exists():
+        return folder
+    draw = random.Random(seed)
+    for number in range(count):
+        path = folder / f"{number // 500:03}" / f"{number:07}.vrn"
+        path.parent.mkdir(parents=True, exist_ok=True)
+        meshes_here = draw.randint(*meshes)
+        path.write_text("".join(_mesh(index, draw.random()) for index in range(meshes_here)))
+    (folder / "made").touch()
+    return folder
+
+
+def _mesh(index: int, x: float) -> str:
+    return f"mesh m{index}:\n  .points = vec3f[3] {{0 0 {x:.6f} 1 0 0 0 1 0}};\n  .triangles = vec3u[1] {{0 1 2}};\n"
+
+
+def seconds(work: Callable[[], object]) -> float:
+    start = time.perf_counter()
+    work()
+    return time.perf_counter() - start
+
+
+def ratio_of(work: Callable[[], object], reference: Callable[[], object], rounds: int) -> float:
+    """Best time of the work / best time of the reference, in alternating rounds."""
+    times = [(seconds(work), seconds(reference)) for _ in range(rounds)]
+    return min(first for first, _ in times) / min(second for _, second in times)
+
+
+class Bench:
+    def __init__(self, command: str, folder: Path, files: int, rounds: int) -> None:
+        self._command = command
+        self._folder = folder
+        self._rounds = rounds
+        self._files = files
+        self._lib = make_scenes(folder / f"small{files}", files, (20, 160), seed=1)
+
+    def _check_by_command(self) -> None:
+        subprocess.run([self._command, "check", "--quiet", "--format", "json", "-j2", self._lib], stdout=subprocess.DEVNULL)
+
+    def embedded(self) -> str:
+        ratio = ratio_of(lambda: batch(self._lib, ops.check), self._check_by_command, self._rounds)
+        return f"threads / vrn check -j2 = {ratio:.2f}"
+
+    def dask(self) -> str:
+        with cluster() as client:
+            ratio = ratio_of(lambda: batch(self._lib, ops.check, executor=client), self._check_by_command, self._rounds)
+        return f"Dask with two workers / vrn check -j2 = {ratio:.2f}"
+
+    def again(self) -> str:
+        lib = make_scenes(self._folder / "large", 400, (2400, 2800), seed=2)
+        ledger = fresh(self._folder / "again.ledger")
+
+        def cpu() -> float:
+            start = time.process_time()
+            batch(lib, ops.check, ledger=ledger)
+            return time.process_time() - start
+
+        first, *others = (cpu() for _ in range(4))
+        return f"second run / first = {100 * min(others) / first:.1f} % of its CPU"
+
+    def deaths(self) -> str:
+        reference = fresh(self._folder / "reference.ledger")
+        ratios, whole = [], 0
+        with cluster() as client:
+            undisturbed = seconds(lambda: batch(self._lib, ops.check, executor=client, ledger=reference))
+        for round_number in range(20):
+            ledger = fresh(self._folder / "deaths.ledger")
+            delay = random.Random(round_number).uniform(0.05, undisturbed)
+            with cluster() as client:
+                nanny = client.cluster.workers[round_number % 2]
+                killer = subprocess.Popen(["sh", "-c", f"sleep {delay}; kill -9 {nanny.pid}"])
+                ratios.append(seconds(lambda: batch(self._lib, ops.check, executor=client, ledger=ledger)) / undisturbed)
+                killer.wait()
+            whole += essence(ledger) == essence(reference)
+        return f"{whole} of 20 ledgers identical; time / undisturbed: median {statistics.median(ratios):.2f}"
+
+    def poison(self) -> str:
+        names = [self._lib / f"{name}.vrn" for name in ("deadly", "endless", "greedy")]
+        for path in names:
+            path.write_text("t a;\n")
+        try:
+            with cluster() as client:
+                run = batch(self._lib, toxic, executor=client, timeout=5, memory=4 << 30)
+        finally:
+            for path in names:
+                path.unlink()
+        problems = "; ".join(f"{os.path.basename(problem.path)}: {problem.error}" for problem in run.report.problems)
+        return f"{run.report.counts} ({problems})"
+
+    def manifest(self) -> str:
+        quarter, whole = (json.loads(run_self(f"--driver={count}")) for count in (250_000, 1_000_000))
+        return f"{whole[1]:.0f} MiB; time of 1,000,000 / 250,000 = {whole[0] / quarter[0]:.2f}"
+
+    def conversion(self) -> str:
+        lib = make_scenes(self._folder / "medium", 1000, (200, 400), seed=3)
+        out = self._folder / "out"
+        subprocess.run(["rm", "-rf", out], check=True)
+        ledger = fresh(self._folder / "conversion.ledger")
+        arguments = ["convert", f"{out}/{{stem}}.glb", str(lib), "--ledger", str(ledger), "--executor", "processes", "-q"]
+        kills = 0
+        while True:
+            process = subprocess.Popen([sys.executable, "-m", "vrn.farm.command", *arguments])
+            try:
+                process.wait(2)
+                break
+            except subprocess.TimeoutExpired:
+                process.send_signal(signal.SIGKILL)
+                process.wait()
+                kills += 1
+        names = {path.name for path in lib.rglob("*.vrn")}
+        made = list(out.iterdir())
+        whole = sum(int.from_bytes(path.read_bytes()[8:12], "little") == path.stat().st_size for path in made)
+        return f"{kills} kills; {whole} whole files of {len(names)}; {len(made) - whole} partial or left over"
+
+
+def toxic(path: str) -> object:
+    """Does what the name of the file demands, or checks the file."""
+    name = os.path.basename(path)
+    if name == "deadly.vrn":
+        os.kill(os.getpid(), signal.SIGSEGV)
+    if name == "endless.vrn":
+        time.sleep(1e6)
+    if name == "greedy.vrn":
+        return len(bytearray(30 << 30))
+    return ops.check(path)
+
+
+def cluster():  # type: ignore[no-untyped-def]
+    """A client of a scheduler with two workers of one thread each."""
+    from distributed import Client
+
+    return Client(n_workers=2, threads_per_worker=1, dashboard_address=None, set_as_default=False)
+
+
+def essence(ledger: Path) -> list[tuple[str, str, str]]:
+    lines = [json.loads(line) for line in ledger.read_text().splitlines()[1:]]
+    return sorted((line["path"], line["key"], line["status"]) for line in lines)
+
+
+def fresh(path: Path) -> Path:
+    path.unlink(missing_ok=True)
+    return path
+
+
+def run_self(*arguments: str) -> str:
+    return subprocess.run([sys.executable, __file__, *arguments], stdout=subprocess.PIPE, text=True, check=True).stdout
+
+
+def drive(count: int) -> None:
+    """Prints the seconds and the MiB that a driver takes for so many paths, with work that does nothing."""
+    paths = (f"/library/of/a/studio/show/sequence{number % 997:04}/shot/scene{number:09}.vrn" for number in range(count))
+    ledger = f"/tmp/vrn-bench-{os.getpid()}.ledger"
+    start = time.perf_counter()
+    for _ in as_completed(paths, len, ledger=ledger):
+        pass
+    os.unlink(ledger)
+    print(json.dumps([time.perf_counter() - start, resource.getrusage(resource.RUSAGE_SELF).ru_maxrss / 1024]))
+
+
+def main() -> None:
+    figures = ["embedded", "dask", "again", "deaths", "poison", "manifest", "conversion"]
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("command", metavar="VRN")
+    parser.add_argument("folder", type=Path)
+    parser.add_argument("figures", nargs="*", default=figures)
+    parser.add_argument("--files", type=int, default=10_000)
+    parser.add_argument("--rounds", type=int, default=7)
+    options = parser.parse_intermixed_args()
+    bench = Bench(options.command, options.folder, options.files, options.rounds)
+    for figure in options.figures:
+        print(f"{figure:10} {getattr(bench, figure)()}", flush=True)
+
+
+if __name__ == "__main__":
+    if len(sys.argv) == 2 and sys.argv[1].startswith("--driver="):
+        drive(int(sys.argv[1].partition("=")[2]))
+    else:
+        main()

@@ -1,0 +1,138 @@
+"""Deaths of workers, of the driver and of the scheduler: every file has one record, and the next call goes on."""
+
+from __future__ import annotations
+
+import os
+import signal
+import subprocess
+import sys
+from collections.abc import Iterator
+from pathlib import Path
+
+import functions
+import pytest
+from conftest import Cluster, Library, wait_until
+from test_batch import essence
+
+from vrn.farm import FarmError, Status, as_completed, batch
+from vrn.farm.driver import IN_FLIGHT
+from vrn.farm.sizing import MAX_FILES
+
+HERE = Path(__file__).parent
+
+
+def records(ledger: str) -> int:
+    return max(0, Path(ledger).read_bytes().count(b"\n") - 1) if Path(ledger).exists() else 0
+
+
+def driver(*arguments: str) -> subprocess.Popen[bytes]:
+    environment = {**os.environ, "PYTHONPATH": os.pathsep.join(filter(None, sys.path))}
+    return subprocess.Popen([sys.executable, HERE / "driving.py", *arguments], env=environment)
+
+
+def test_a_killed_worker_loses_nothing(library: Library, own_cluster: Cluster) -> None:
+    library(good=600)
+    client = own_cluster.client()
+    results = as_completed(os.path.abspath("lib"), functions.slow_note, executor=client, ledger="run.ledger")
+    paths = []
+    for result in results:
+        assert result.status == "ok"
+        paths.append(result.path)
+        if len(paths) in (50, 300):
+            own_cluster.kill_worker()
+    assert len(paths) == len(set(paths)) == 600
+    run = batch(os.path.abspath("lib"), functions.slow_note, ledger="run.ledger")
+    assert run.report.counts == {Status.UNCHANGED: 600}
+
+
+@pytest.mark.parametrize("is_on_cluster", [False, True])
+def test_a_killed_driver_goes_on(
+    library: Library, request: pytest.FixtureRequest, is_on_cluster: bool
+) -> None:
+    library(good=400)
+    arguments = ["run.ledger", "slow_note"]
+    if is_on_cluster:
+        arguments.append(str(request.getfixturevalue("cluster").scheduler_file))
+    killed = driver(*arguments)
+    wait_until(lambda: records("run.ledger") >= 40 or killed.poll() is not None)
+    killed.kill()
+    killed.wait()
+    done = records("run.ledger")
+    assert 40 <= done < 400
+    again = driver(*arguments)
+    assert again.wait() == 0
+    assert len({path for path, *_ in essence("run.ledger")}) == len(essence("run.ledger")) == 400
+    twice = [path for path in Path("lib").rglob("*.vrn") if functions.calls(path) > 1]
+    assert len(twice) <= min(400 - done, IN_FLIGHT * 2 * MAX_FILES)
+
+
+def test_a_killed_scheduler_is_an_error_and_the_next_call_goes_on(library: Library, own_cluster: Cluster) -> None:
+    library(good=400)
+    client = own_cluster.client()
+    results = as_completed(os.path.abspath("lib"), functions.slow_note, executor=client, ledger="run.ledger")
+    next(results)
+    own_cluster.scheduler.kill()
+    with pytest.raises(FarmError, match="cannot run batches"):
+        for _ in results:
+            pass
+    done = records("run.ledger")
+    assert 1 <= done < 400
+    run = batch(os.path.abspath("lib"), functions.slow_note, ledger="run.ledger")
+    assert run.report.counts == {Status.OK: 400 - done, Status.UNCHANGED: done}
+
+
+def test_children_end_with_their_driver(library: Library) -> None:
+    """Even in the middle of a file that never ends."""
+    library("endless.vrn")
+    code = "import functions; from vrn.farm import batch; batch('lib', functions.number_and_wait, executor='processes')"
+    environment = {**os.environ, "PYTHONPATH": os.pathsep.join(filter(None, sys.path))}
+    killed = subprocess.Popen([sys.executable, "-c", code], env=environment)
+    number = Path("lib/endless.vrn.pid")
+    wait_until(lambda: number.exists() and number.read_text().endswith("\n"))
+    killed.kill()
+    killed.wait()
+    wait_until(lambda: not _is_running(int(number.read_text())))
+
+
+def _is_running(process: int) -> bool:
+    try:
+        return Path(f"/proc/{process}/stat").read_text().rpartition(")")[2].split()[0] != "Z"
+    except OSError:
+        return False
+
+
+@pytest.fixture
+def interruptible() -> Iterator[None]:
+    """Ctrl-C raises, even if the shell that started the tests ignores it, as for programs in the background."""
+    before = signal.signal(signal.SIGINT, signal.default_int_handler)
+    yield
+    signal.signal(signal.SIGINT, before)
+
+
+def test_an_interrupt_ends_the_run_and_keeps_what_is_done(library: Library, interruptible: None) -> None:
+    library(good=500)
+
+    def interrupting(path: str) -> int:
+        if path.endswith("good0300.vrn"):
+            os.kill(os.getpid(), signal.SIGINT)
+        return functions.slow_note(path)
+
+    with pytest.raises(KeyboardInterrupt):
+        batch("lib", interrupting, workers=2, ledger="run.ledger")
+    done = records("run.ledger")
+    assert 0 < done < 500
+
+
+def test_closing_a_run_ends_files_that_never_end(library: Library) -> None:
+    library("a.vrn", "endless.vrn")
+    results = as_completed("lib", functions.toxic, executor="processes", workers=2)
+    assert next(results).path == "lib/a.vrn"
+    results.close()
+
+
+def test_an_idle_child_that_ends_is_replaced(library: Library) -> None:
+    library(good=30)
+    results = as_completed("lib", functions.own_process, executor="processes", workers=1)
+    killed = next(results).value
+    os.kill(killed, signal.SIGKILL)
+    assert {result.status for result in results} == {Status.OK}

@@ -1,0 +1,95 @@
+"""Scenes in the VRN text format: read, check, change, query, write and convert them.
+
+    import vrn
+
+    scene = vrn.read("city.vrn")
+    for node in scene.nodes(type="mesh"):
+        print(node.name, node["points"].shape)
+    scene["cam1"]["fov"] = 50.0
+    scene.write("city.vrn")
+
+Values of buffers are numpy arrays that share the memory of the scene. The package never prints.
+"""
+
+from __future__ import annotations
+
+from ._errors import ConversionError, Diagnostic, DiagnosticsError, Error, ParseError, RemovedError
+from ._results import Difference, Loss
+from ._values import Mat3, Mat4, Pos2, Pos3, Quat, Rgba, Vec2, Vec3, Vec4
+from ._vrn import (
+    Adopted,
+    Catalogue,
+    Input,
+    Limits,
+    Node,
+    Output,
+    Report,
+    Scene,
+    __version__,
+    adopt,
+    check,
+    convert,
+    diff,
+    format,
+    loads,
+    read,
+    readable_formats,
+    writable_formats,
+)
+
+TYPE_CHECKING = False
+if TYPE_CHECKING:
+    from . import farm
+    from .farm import batch, ops, scan
+
+__all__ = [
+    "Adopted",
+    "Catalogue",
+    "ConversionError",
+    "Diagnostic",
+    "DiagnosticsError",
+    "Difference",
+    "Error",
+    "Input",
+    "Limits",
+    "Loss",
+    "Mat3",
+    "Mat4",
+    "Node",
+    "Output",
+    "ParseError",
+    "Pos2",
+    "Pos3",
+    "Quat",
+    "RemovedError",
+    "Report",
+    "Rgba",
+    "Scene",
+    "Vec2",
+    "Vec3",
+    "Vec4",
+    "__version__",
+    "adopt",
+    "batch",
+    "check",
+    "convert",
+    "diff",
+    "farm",
+    "format",
+    "loads",
+    "ops",
+    "read",
+    "readable_formats",
+    "scan",
+    "writable_formats",
+]
+
+
+def __getattr__(name: str) -> object:
+    """Imports the parts for many files with their first use: they take longer to import than all the rest."""
+    if name in ("batch", "farm", "ops", "scan"):
+        import importlib
+
+        farm = importlib.import_module(".farm", __name__)
+        return farm if name == "farm" else getattr(farm, name)
+    raise AttributeError(f"module {__name__!r} has no attribute {name!r}")

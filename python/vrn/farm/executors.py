@@ -1,0 +1,166 @@
+"""Where batches run: threads or processes here, or an executor of the user, such as Dask's or loky's.
+
+A pool hides what differs between them: how a batch is sent, how many workers there are, and what an error of the
+executor means for the batch that had it.
+"""
+
+from __future__ import annotations
+
+import enum
+import os
+import pickle
+from collections.abc import Sequence
+from concurrent.futures import BrokenExecutor, CancelledError, Executor, Future, ThreadPoolExecutor
+from typing import Any, Protocol
+
+from .files import is_remote
+from .guard import Children, Limits, guarded, work_there
+from .results import FarmError
+from .work import Work
+from .worker import Report, work_here
+
+ExecutorLike = str | Executor | Any | None
+
+
+class Fate(enum.Enum):
+    """What an error of an executor means for the batch that had it."""
+
+    DIED = "the worker died, perhaps of a file of the batch"
+    LOST = "the batch is not done, through no fault of its own"
+    FATAL = "no batch can be done"
+
+
+class Pool(Protocol):
+    """Workers for batches."""
+
+    batch_seconds: float
+    """How long a batch should take."""
+
+    @property
+    def workers(self) -> int:
+        """How many there are now; at least one."""
+
+    def submit(self, work: Work, paths: Sequence[str], is_suspect: bool) -> Future[Any]:
+        """Sends a batch. A suspect one may kill its worker. Raises what a future may."""
+
+    def report(self, future: Future[Any]) -> Report:
+        """The outcomes of a batch that is done. Raises what the executor did."""
+
+    def fate(self, error: BaseException) -> Fate:
+        """What the error means."""
+
+    def renewed(self) -> Pool:
+        """A pool that can go on after a death: this one, or another in its place."""
+
+    def close(self) -> None:
+        """Cancels what has not begun, and releases what belongs to the pool."""
+
+
+def pool_for(executor: ExecutorLike, limits: Limits, workers: int | None) -> Pool:
+    """The pool for what the caller of a run names."""
+    if executor is None or executor == "threads":
+        return LocalPool(workers or processors(), limits, is_guarded=limits != Limits())
+    if executor == "processes":
+        return LocalPool(workers or processors(), limits, is_guarded=True)
+    if executor == "loky":
+        return LokyPool(workers or processors(), limits)
+    if isinstance(executor, ThreadPoolExecutor):
+        return LocalPool(workers or executor._max_workers, limits, limits != Limits(), executor)
+    if isinstance(executor, Executor) and type(executor).__name__ != "ClientExecutor":
+        return ExecutorPool(executor, workers or getattr(executor, "_max_workers", None) or processors(), limits)
+    if hasattr(executor, "get_executor"):
+        from .dask import DaskPool
+
+        return DaskPool(executor, workers, limits)
+    raise TypeError(
+        'executor: "threads", "processes", "loky", an executor of concurrent.futures, or a client of Dask, '
+        f"not {executor!r}"
+    )
+
+
+def folder_of(work: Work, paths: Sequence[str]) -> str:
+    """The folder that workers elsewhere need for the work: the current one if any path is relative, otherwise none."""
+    target = getattr(work.function, "target", None)
+    names = [*paths, target(paths[0])] if target else paths
+    return "" if all(is_remote(name) or os.path.isabs(name) for name in names) else os.getcwd()
+
+
+def processors() -> int:
+    """The processors that this process may use."""
+    return len(os.sched_getaffinity(0))
+
+
+class LocalPool:
+    """Threads of this process. Guarded ones let child processes do the work."""
+
+    def __init__(self, workers: int, limits: Limits, is_guarded: bool, executor: Executor | None = None) -> None:
+        self.batch_seconds = 0.5 if is_guarded else 0.1
+        self.workers = workers
+        self._limits = limits
+        self._is_guarded = is_guarded
+        self._executor = executor or ThreadPoolExecutor(workers, "vrn")
+        self._is_own = executor is None
+        self._children = Children()
+
+    def submit(self, work: Work, paths: Sequence[str], is_suspect: bool) -> Future[Any]:
+        if self._is_guarded:
+            return self._executor.submit(guarded, self._children, work.packed, paths, os.getcwd(), self._limits)
+        return self._executor.submit(work_here, work.function, paths)
+
+    def report(self, future: Future[Any]) -> Report:
+        report: Report = future.result()
+        return report
+
+    def fate(self, error: BaseException) -> Fate:
+        return Fate.FATAL
+
+    def renewed(self) -> Pool:
+        return self
+
+    def close(self) -> None:
+        self._children.close()
+        if self._is_own:
+            self._executor.shutdown(wait=True, cancel_futures=True)
+
+
+class ExecutorPool:
+    """An executor of other processes. If it breaks, processes of this machine replace it."""
+
+    batch_seconds = 0.75
+
+    def __init__(self, executor: Executor, workers: int, limits: Limits) -> None:
+        self._executor = executor
+        self.workers = workers
+        self.limits = limits
+
+    def submit(self, work: Work, paths: Sequence[str], is_suspect: bool) -> Future[Any]:
+        return self._executor.submit(work_there, work.packed, paths, folder_of(work, paths), self.limits, is_suspect)
+
+    def report(self, future: Future[Any]) -> Report:
+        report: Report = pickle.loads(future.result())
+        return report
+
+    def fate(self, error: BaseException) -> Fate:
+        if isinstance(error, BrokenExecutor):
+            return Fate.DIED
+        return Fate.LOST if isinstance(error, CancelledError) else Fate.FATAL
+
+    def renewed(self) -> Pool:
+        return LocalPool(self.workers, self.limits, is_guarded=True)
+
+    def close(self) -> None:
+        pass  # the executor belongs to the caller
+
+
+class LokyPool(ExecutorPool):
+    """Processes of loky, which start again after a death."""
+
+    def __init__(self, workers: int, limits: Limits) -> None:
+        try:
+            from loky import get_reusable_executor
+        except ImportError:
+            raise FarmError('executor="loky" needs the package loky') from None
+        super().__init__(get_reusable_executor(max_workers=workers), workers, limits)
+
+    def renewed(self) -> Pool:
+        return LokyPool(self.workers, self.limits)

@@ -1,0 +1,257 @@
+"""Work within limits: a child process applies the function, and its parent ends it if a file takes too long.
+
+Outcomes come back one by one, so that it is known which file a child died of. That file is tried once more, alone in
+a new child: then it was not the fault of a file before it.
+"""
+
+from __future__ import annotations
+
+import functools
+import os
+import pickle
+import select
+import signal
+import subprocess
+import sys
+import threading
+import time
+from collections.abc import Iterator, Sequence
+from typing import NamedTuple
+
+from .child import Request
+from .results import FarmError, Outcome, Status
+from .worker import Report, pack_report, unpacked, work_here, worker_name
+
+_START_SECONDS = 60.0  # for a child to start and import what the function needs, if the time of files is limited
+_PAUSE_SECONDS = 0.005  # between reads of outcomes: waking up for each file costs more than checking it
+
+
+class Limits(NamedTuple):
+    """What the work on one file may take. None means unlimited."""
+
+    seconds: float | None = None
+    memory: int | None = None
+    """In bytes of address space."""
+
+
+def default_limits(limits: Limits) -> Limits:
+    """Limits for files that may have killed a worker: an hour, and 80 % of the memory of the machine."""
+    return Limits(limits.seconds or 3600.0, limits.memory or _machine_memory() * 4 // 5)
+
+
+def work_there(packed: bytes, paths: Sequence[str], folder: str, limits: Limits, is_suspect: bool) -> bytes:
+    """Works on a batch for a driver in another process, maybe on another machine.
+
+    It does so in this process if there is nothing to guard against, and if the current folder is that of the driver,
+    which relative paths are in.
+    """
+    if is_suspect:
+        limits = default_limits(limits)
+    if limits != Limits() or folder and folder != os.getcwd():
+        return pack_report(guarded(_children_of(os.getpid()), packed, paths, folder, limits))
+    return pack_report(work_here(unpacked(packed), paths))
+
+
+def guarded(children: Children, packed: bytes, paths: Sequence[str], folder: str, limits: Limits) -> Report:
+    """Works on a batch in child processes of this one."""
+    outcomes: list[Outcome] = []
+    while len(outcomes) < len(paths):
+        rest = Request(packed, tuple(paths[len(outcomes) :]), folder, limits.memory)
+        outcomes += children.work(rest, limits.seconds)
+        if outcomes[-1].status is Status.KILLED:
+            alone = rest._replace(paths=(paths[len(outcomes) - 1],))
+            outcomes[-1] = _explained(children.work_alone(alone, limits.seconds), limits)
+    return worker_name(), outcomes
+
+
+def _explained(outcome: Outcome, limits: Limits) -> Outcome:
+    if outcome.status is Status.KILLED and outcome.error.startswith("MemoryError") and limits.memory:
+        return outcome._replace(error=f"the file needs more than {limits.memory / 2**20:.0f} MiB of memory")
+    return outcome
+
+
+class Children:
+    """The child processes of one process. Any number of threads may use them."""
+
+    def __init__(self) -> None:
+        self._lock = threading.Lock()
+        self._idle: list[Child] = []
+        self._busy: set[Child] = set()
+        self._is_closed = False
+
+    def work(self, request: Request, seconds: float | None) -> list[Outcome]:
+        """Outcomes of the files up to the first that killed its child or took too long, included."""
+        child = self._take()
+        try:
+            try:
+                child.begin(request, seconds)
+            except _Death:  # an idle child ended of itself
+                self._put(child)
+                child = self._take(is_new=True)
+                child.begin(request, seconds)
+            outcomes = []
+            for outcome in child.outcomes(request, seconds):
+                outcomes.append(outcome)
+                if outcome.status is Status.KILLED:  # it may have little memory left
+                    child.end()
+                    break
+            return outcomes
+        except _Death as death:
+            raise FarmError(f"a process for the work ended as it started: {death}") from None
+        finally:
+            self._put(child)
+
+    def work_alone(self, request: Request, seconds: float | None) -> Outcome:
+        """The outcome of a single file, in a child that does nothing else."""
+        child = self._take(is_new=True)
+        try:
+            child.begin(request, seconds)
+            return next(iter(child.outcomes(request, seconds)))
+        except _Death as death:
+            raise FarmError(f"a process for the work ended as it started: {death}") from None
+        finally:
+            child.end()
+            self._put(child)
+
+    def close(self) -> None:
+        """Kills all children, also those that work; what waits for them raises FarmError."""
+        with self._lock:
+            self._is_closed = True
+            children = [*self._idle, *self._busy]
+            self._idle.clear()
+        for child in children:
+            child.kill()
+
+    def _take(self, is_new: bool = False) -> Child:
+        with self._lock:
+            if self._is_closed:
+                raise FarmError("the run was ended")
+            child = Child() if is_new or not self._idle else self._idle.pop()
+            self._busy.add(child)
+            return child
+
+    def _put(self, child: Child) -> None:
+        """Keeps a child for later batches if it still runs."""
+        with self._lock:
+            self._busy.discard(child)
+            if child.is_alive and not self._is_closed:
+                self._idle.append(child)
+                return
+        child.end()
+
+
+class Child:
+    """A child process. One batch at a time."""
+
+    def __init__(self) -> None:
+        environment = {**os.environ, "PYTHONPATH": os.pathsep.join(os.path.abspath(folder) for folder in sys.path)}
+        command = [sys.executable, "-m", "vrn.farm.child"]
+        self._process = subprocess.Popen(
+            command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, env=environment, bufsize=0
+        )
+        assert self._process.stdin and self._process.stdout
+        self._requests = self._process.stdin
+        self._answers = self._process.stdout
+        self._received = bytearray()
+
+    @property
+    def is_alive(self) -> bool:
+        """Whether the process can work on another batch."""
+        return self._process.poll() is None
+
+    def kill(self) -> None:
+        """Ends the process, from any thread."""
+        self._process.kill()
+
+    def end(self) -> None:
+        """Ends the process, if it still runs, and releases what it used."""
+        self._process.kill()
+        self._requests.close()
+        self._answers.close()
+        self._process.wait()
+
+    def begin(self, request: Request, seconds: float | None) -> None:
+        """Has the child load the function. Raises FarmError if it cannot, _Death if it ended."""
+        deadline = time.monotonic() + max(seconds, _START_SECONDS) if seconds else None
+        pickled = memoryview(pickle.dumps(request, protocol=5))
+        try:
+            while pickled:
+                pickled = pickled[self._requests.write(pickled) :]
+        except BrokenPipeError:
+            raise _Death(Status.KILLED, _cause(self._process.wait())) from None
+        problem = self._next(deadline)
+        if problem is not None:
+            self.end()
+            raise FarmError(f"a worker cannot load the function: {problem}")
+
+    def outcomes(self, request: Request, seconds: float | None) -> Iterator[Outcome]:
+        """Outcomes, as they come. The last one is that of a file which killed the process or took too long."""
+        for _ in request.paths:
+            start = time.monotonic()
+            try:
+                outcome = self._next(start + seconds if seconds else None)
+            except _Death as death:
+                self.end()
+                yield Outcome(death.status, time.monotonic() - start, error=str(death))
+                return
+            assert isinstance(outcome, Outcome)
+            yield outcome
+
+    def _next(self, deadline: float | None) -> object:
+        """The next message. Raises _Death if none comes."""
+        while (message := self._taken()) is None:
+            self._receive(deadline)
+        return message[0]
+
+    def _taken(self) -> tuple[object] | None:
+        size = int.from_bytes(self._received[:4], "little")
+        if len(self._received) < 4 or len(self._received) < 4 + size:
+            return None
+        message = pickle.loads(self._received[4 : 4 + size])
+        del self._received[: 4 + size]
+        return (message,)
+
+    def _receive(self, deadline: float | None) -> None:
+        poll = select.poll()
+        poll.register(self._answers, select.POLLIN)
+        wait = None if deadline is None else max(0.0, (deadline - time.monotonic()) * 1000)
+        if not poll.poll(wait):
+            raise _Death(Status.TIMEOUT, "the file takes longer than the limit of time")
+        data = os.read(self._answers.fileno(), 1 << 20)
+        if not data:
+            raise _Death(Status.KILLED, _cause(self._process.wait()))
+        self._received += data
+        time.sleep(_PAUSE_SECONDS)
+
+
+class _Death(Exception):
+    """The child ended, or has to be."""
+
+    def __init__(self, status: Status, cause: str) -> None:
+        super().__init__(cause)
+        self.status = status
+
+
+def _cause(code: int) -> str:
+    if code >= 0:
+        return f"its process ended with exit code {code}"
+    try:
+        return f"its process was ended by {signal.Signals(-code).name}"
+    except ValueError:
+        return f"its process was ended by signal {-code}"
+
+
+def _machine_memory() -> int:
+    """The bytes of memory that a process can get: those of the machine, or of its control group."""
+    memory = os.sysconf("SC_PAGE_SIZE") * os.sysconf("SC_PHYS_PAGES")
+    try:
+        with open("/sys/fs/cgroup/memory.max", encoding="ascii") as file:
+            return min(memory, int(file.read()))
+    except (OSError, ValueError):
+        return memory
+
+
+@functools.lru_cache(maxsize=1)
+def _children_of(process: int) -> Children:
+    """The children of this process, which later batches use: a process that was forked has others."""
+    return Children()

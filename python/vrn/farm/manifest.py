@@ -1,0 +1,180 @@
+"""The manifest: the files that a run is about, one after the other, each once.
+
+    for entry in manifest(["lib/**/*.vrn", "more", "s3://bucket/scenes/*.vrn"]):
+        print(entry.path, entry.size, entry.key)
+
+A source is a file, a folder, which stands for every `*.vrn` in it and below it, or a pattern: `*` and `?` match within
+a name, `**` any number of folders. Hidden files and folders match only if the pattern names them, and links to folders
+are not followed. Files of a folder or pattern come in the order of their names. Nothing is listed in advance: memory
+does not depend on the number of files, but for 100 bytes a file if several sources could name the same one.
+"""
+
+from __future__ import annotations
+
+import fnmatch
+import hashlib
+import os
+import re
+import stat
+from collections.abc import Iterable, Iterator
+from typing import Any, NamedTuple
+
+from .files import file_system, is_remote
+
+Path = str | os.PathLike[str]
+_MAGIC = re.compile(r"[*?\[]")
+
+
+class Entry(NamedTuple):
+    """A file of the manifest."""
+
+    path: str
+    size: int = 0
+    """In bytes; 0 if unknown."""
+    key: str = ""
+    """Differs if the content does: size and time of the last change. Empty if unknown."""
+    problem: str = ""
+    """Why there is no such file, for a source that leads to none."""
+
+
+def manifest(sources: Path | Iterable[Path]) -> Iterator[Entry]:
+    """The files that the sources lead to, in their order, each once. A source without files is an entry with a problem."""
+    if isinstance(sources, str | os.PathLike):
+        pattern = os.fspath(sources)
+        files = _files(pattern)
+        return _unique(files) if pattern.count("**") > 1 else files
+    return _unique(entry for source in sources for entry in _files(os.fspath(source)))
+
+
+def digest(text: str) -> int:
+    """120 bits that identify a text: a Python integer of 40 bytes."""
+    return int.from_bytes(hashlib.blake2b(os.fsencode(text), digest_size=15).digest(), "big")
+
+
+def part_of(entries: Iterable[Entry], number: int, parts: int) -> Iterator[Entry]:
+    """The entries of one of several parts, counted from 1. A file stays in its part when others come and go."""
+    return (entry for entry in entries if digest(entry.path) % parts == number - 1)
+
+
+def _unique(entries: Iterable[Entry]) -> Iterator[Entry]:
+    seen: set[int] = set()
+    for entry in entries:
+        identity = digest(entry.path)
+        if identity not in seen:
+            seen.add(identity)
+            yield entry
+
+
+def _files(source: str) -> Iterator[Entry]:
+    found = False
+    for entry in _remote_files(source) if is_remote(source) else _local_files(source):
+        found = True
+        yield entry
+    if not found:
+        yield Entry(source, problem="no file matches" if _MAGIC.search(source) else "no *.vrn file in this folder")
+
+
+def _local_files(source: str) -> Iterator[Entry]:
+    if _MAGIC.search(source) and not os.path.lexists(source):
+        root = os.sep if source.startswith(os.sep) else ""
+        return _matches(root, [segment for segment in source.split(os.sep) if segment])
+    try:
+        status = os.stat(source)
+    except OSError:
+        return iter([Entry(source)])  # the worker reports why it cannot be read
+    if stat.S_ISDIR(status.st_mode):
+        return _matches(source, ["**", "*.vrn"])
+    return iter([_entry(source, status)])
+
+
+def _entry(path: str, status: os.stat_result) -> Entry:
+    return Entry(path, status.st_size, f"{status.st_size}-{status.st_mtime_ns}")
+
+
+def _matches(folder: str, segments: list[str]) -> Iterator[Entry]:
+    """The files below a folder that match the segments of a pattern."""
+    segment, *rest = segments
+    if segment == "**":
+        yield from _matches(folder, rest or ["*"])
+        for item in _listed(folder, "*"):
+            if item.is_dir(follow_symlinks=False):
+                yield from _matches(item.path, segments)
+    elif not _MAGIC.search(segment):
+        path = os.path.join(folder, segment)
+        if rest:
+            yield from _matches(path, rest)
+        elif os.path.isfile(path):
+            yield _entry(path, os.stat(path))
+    else:
+        for item in _listed(folder, segment):
+            if rest and item.is_dir():
+                yield from _matches(item.path, rest)
+            elif not rest and _is_file(item):
+                yield _listed_entry(item)
+
+
+def _is_file(item: os.DirEntry[str]) -> bool:
+    try:
+        return item.is_file()
+    except OSError:
+        return True  # the worker reports why it cannot be read
+
+
+def _listed_entry(item: os.DirEntry[str]) -> Entry:
+    try:
+        return _entry(item.path, item.stat())
+    except OSError:
+        return Entry(item.path)
+
+
+def _listed(folder: str, pattern: str) -> list[os.DirEntry[str]]:
+    matches = re.compile(fnmatch.translate(pattern)).match
+    try:
+        with os.scandir(folder or ".") as items:
+            found = [item for item in items if matches(item.name) and (pattern[0] == "." or item.name[0] != ".")]
+    except OSError:
+        return []  # a folder that cannot be listed has no matches
+    if not folder:  # scandir(".") prefixes its paths, which the pattern does not
+        return sorted((_WithoutFolder(item) for item in found), key=lambda item: item.name)  # type: ignore[misc]
+    return sorted(found, key=lambda item: item.name)
+
+
+class _WithoutFolder:
+    """An item of the current folder, named as relative patterns name it."""
+
+    def __init__(self, item: os.DirEntry[str]) -> None:
+        self._item = item
+        self.path = self.name = item.name
+
+    def __getattr__(self, name: str) -> Any:
+        return getattr(self._item, name)
+
+
+def _remote_files(source: str) -> Iterator[Entry]:
+    system, name = file_system(source)
+    if _MAGIC.search(name):
+        found = system.glob(name, detail=True)
+    elif _is_remote_folder(system, name):
+        found = system.glob(name.rstrip("/") + "/**/*.vrn", detail=True)
+    else:
+        return iter([_remote_entry(source, _info(system, name))])
+    entries = ((system.unstrip_protocol(path), info) for path, info in sorted(found.items()))
+    return (_remote_entry(path, info) for path, info in entries if info.get("type") != "directory")
+
+
+def _is_remote_folder(system: Any, name: str) -> bool:
+    return not name.endswith(".vrn") and bool(system.isdir(name))
+
+
+def _info(system: Any, name: str) -> dict[str, Any]:
+    try:
+        return system.info(name)  # type: ignore[no-any-return]
+    except Exception:  # each file system has exceptions of its own; the worker reports why it cannot be read
+        return {}
+
+
+def _remote_entry(path: str, info: dict[str, Any]) -> Entry:
+    size = int(info.get("size") or 0)
+    names = ("ETag", "etag", "md5Hash", "LastModified", "last_modified", "mtime", "updated", "created")
+    version = next((str(info[name]) for name in names if info.get(name)), "")
+    return Entry(path, size, f"{size}-{version}" if version else "")
