@@ -277,7 +277,8 @@ void bindInput(nb::module_& m) {
         .def("__delitem__", &deleteItem, nb::arg("key"), nb::sig("def __delitem__(self, key: str | int, /) -> None"))
         .def("__len__", &lengthOf)
         .def("__bool__", [](const InputReference&) { return true; })
-        .def("__contains__", &containsKey, nb::arg("key"), nb::sig("def __contains__(self, key: object, /) -> bool"))
+        .def("__contains__", &containsKey, nb::arg("key").none(),
+             nb::sig("def __contains__(self, key: object, /) -> bool"))
         .def("__iter__", &iterate, nb::sig("def __iter__(self) -> collections.abc.Iterator[typing.Any]"))
         .def("__array__", &numpyArray, nb::arg("dtype").none() = nb::none(), nb::kw_only(),
              nb::arg("copy").none() = nb::none(),

@@ -102,7 +102,7 @@ void bindNode(nb::module_& m) {
             .def("__bool__", [](const NodeReference&) { return true; })
             .def(
                 "__contains__", [](const NodeReference& node, nb::handle name) { return contains(node.read(), name); },
-                nb::arg("name"), nb::sig("def __contains__(self, name: object, /) -> bool"))
+                nb::arg("name").none(), nb::sig("def __contains__(self, name: object, /) -> bool"))
             .def(
                 "__iter__", [](const NodeReference& node) { return nb::iter(namesOf(node.read().inputs())); },
                 nb::sig("def __iter__(self) -> collections.abc.Iterator[str]"))

@@ -142,7 +142,8 @@ void bindScene(nb::module_& m) {
                  "Removes a node. Inputs that are linked to it lose the link.")
             .def("__len__", [](const Box& box) { return read(box).nodeCount(); })
             .def("__bool__", [](const Box&) { return true; })
-            .def("__contains__", &hasNode, nb::arg("name"), nb::sig("def __contains__(self, name: object, /) -> bool"))
+            .def("__contains__", &hasNode, nb::arg("name").none(),
+                 nb::sig("def __contains__(self, name: object, /) -> bool"))
             .def("__iter__", &namesOfNodes, nb::sig("def __iter__(self) -> collections.abc.Iterator[str]"))
             .def("nodes", &nodes, nb::kw_only(), nb::arg("type").none() = nb::none(),
                  nb::sig("def nodes(self, *, type: str | None = None) -> list[Node]"),

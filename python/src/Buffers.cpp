@@ -124,6 +124,7 @@ View fitting(nb::handle values, DataType type) {
         view.ndim() != shape.size() + 1 ||
         !std::ranges::equal(shape, std::span(view.shape_ptr() + 1, shape.size()), {}, {},
                             [](auto n) { return static_cast<std::size_t>(n); })) {
+        needNumpy();
         nb::list extents;
         for (const std::size_t n : shape)
             extents.append(n);
@@ -135,7 +136,10 @@ View fitting(nb::handle values, DataType type) {
 }
 
 // The element type that an array has by itself.
-DataType typeOf(nb::handle values) { return *bufferType(textOf(imported("vrn._arrays", "keyword_of")(values))); }
+DataType typeOf(nb::handle values) {
+    needNumpy();
+    return *bufferType(textOf(imported("vrn._arrays", "keyword_of")(values)));
+}
 
 } // namespace
 

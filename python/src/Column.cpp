@@ -1,6 +1,7 @@
 #include "python/src/Column.h"
 
 #include "python/src/Buffers.h"
+#include "python/src/PlainValues.h"
 
 #include <algorithm>
 #include <limits>
@@ -51,6 +52,13 @@ Cell cellOf(const Input& input) {
     }
     throw ColumnError(std::string(input.label().view()) + " is a " + attrTypeName(input.type()) +
                       ", not a single value: use query()");
+}
+
+template <class To, class From> To exactly(From number) {
+    if constexpr (std::is_same_v<To, double> && std::is_integral_v<From> && sizeof(From) == sizeof(double))
+        if (!isExactReal(number))
+            throw ColumnError("an integer beyond 2**53 among real numbers would be rounded: use query()");
+    return static_cast<To>(number);
 }
 
 // Adds cells one by one and widens the column where it has to.
@@ -144,7 +152,7 @@ private:
                 wider.reserve(values.capacity());
                 if constexpr (!std::is_same_v<std::decay_t<decltype(values)>, std::vector<Text>>)
                     for (const auto value : values)
-                        wider.push_back(static_cast<To>(value));
+                        wider.push_back(exactly<To>(value));
                 return wider;
             },
             column_.values);
@@ -177,7 +185,7 @@ private:
             std::visit(
                 [&](const auto& number) {
                     if constexpr (std::is_arithmetic_v<std::decay_t<decltype(number)>>)
-                        values.push_back(static_cast<T>(number));
+                        values.push_back(exactly<T>(number));
                 },
                 cell);
         }
@@ -224,6 +232,7 @@ nb::object numpyArray(Column column) {
 }
 
 nb::object column(const Box& box, nb::handle path) {
+    needNumpy();
     Column made;
     const inspect::ScenePath parsed = pathFrom(path);
     try {

@@ -41,7 +41,7 @@ template <class Type> void defineGet(Type& type, const std::string& value) {
                 throw nb::python_error();
             return contains ? nb::object(self[name]) : nb::borrow(missing);
         },
-        nb::arg("name"), nb::arg("default").none() = nb::none(),
+        nb::arg("name").none(), nb::arg("default").none() = nb::none(),
         nb::sig(("def get(self, name: str, default: typing.Any = None, /) -> " + value + " | typing.Any").c_str()),
         "What the name stands for, or the default.");
 }

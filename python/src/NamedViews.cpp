@@ -41,6 +41,7 @@ nb::object Editing::enter() {
         raise(PyExc_RuntimeError, labelOf(input) + " is being edited already");
     array_ = writableArrayOf(input);
     input_.box()->edited.insert(&input);
+    label_ = labelOf(input);
     bytes_ = input.value().bytes().data();
     return array_;
 }
@@ -48,12 +49,12 @@ nb::object Editing::enter() {
 // Arrays that were made of this one stay writable; nothing can be done about them.
 void Editing::exit(bool hasRaised) {
     if (!array_.is_valid())
-        return;
+        raise(PyExc_RuntimeError, "this edit has not begun or has ended");
     end();
     const Input* input = input_.address();
     if (!hasRaised && (!input_.isAttached() || input->value().bytes().data() != bytes_))
         raise(PyExc_RuntimeError,
-              "the buffer was replaced or removed while it was edited, and what was written is lost");
+              label_ + " was replaced or removed while it was edited, and what was written is lost");
 }
 
 void Editing::end() {
@@ -126,7 +127,7 @@ void bindNamedViews(nb::module_& m) {
             .def(
                 "__contains__",
                 [](const NodeInputs& inputs, nb::handle name) { return contains(inputs.node.read(), name); },
-                nb::arg("name"), nb::sig("def __contains__(self, name: object, /) -> bool"))
+                nb::arg("name").none(), nb::sig("def __contains__(self, name: object, /) -> bool"))
             .def(
                 "__iter__", [](const NodeInputs& inputs) { return nb::iter(namesOf(inputs.node.read().inputs())); },
                 nb::sig("def __iter__(self) -> collections.abc.Iterator[str]"));
@@ -142,7 +143,7 @@ void bindNamedViews(nb::module_& m) {
             .def(
                 "__contains__",
                 [](const NodeOutputs& outputs, nb::handle name) { return hasOutput(outputs.node.read(), name); },
-                nb::arg("name"), nb::sig("def __contains__(self, name: object, /) -> bool"))
+                nb::arg("name").none(), nb::sig("def __contains__(self, name: object, /) -> bool"))
             .def(
                 "__iter__", [](const NodeOutputs& outputs) { return nb::iter(namesOf(outputs.node.read().outputs())); },
                 nb::sig("def __iter__(self) -> collections.abc.Iterator[str]"));
@@ -153,7 +154,8 @@ void bindNamedViews(nb::module_& m) {
                          "The members of an object, or the elements of an array, as inputs.\n\nIndexed by name or by "
                          "number; iterates over the inputs, in order.")
         .def("__getitem__", &childAt, nb::arg("key"), nb::sig("def __getitem__(self, key: str | int, /) -> Input"))
-        .def("__contains__", &hasChild, nb::arg("key"), nb::sig("def __contains__(self, key: object, /) -> bool"))
+        .def("__contains__", &hasChild, nb::arg("key").none(),
+             nb::sig("def __contains__(self, key: object, /) -> bool"))
         .def("__len__", [](const Children& children) { return children.input.read().size(); });
 
     nb::class_<Walk>(m, "Walk", "The inputs of a node at any depth, one after the other.")

@@ -54,6 +54,7 @@ private:
     void end();
 
     InputReference input_;
+    std::string label_; // of the input, which can be removed
     nb::object array_;
     const std::byte* bytes_ = nullptr; // of the buffer, to notice another one
 };

@@ -31,22 +31,38 @@ std::optional<AttrType> componentsTypeOf(nb::handle value) {
     return type;
 }
 
-// Appends the numbers of a sequence; of rows, those of each.
-void appendNumbers(nb::handle value, std::vector<double>& numbers, int depth = 0) {
+[[noreturn]] void raiseInexact(const std::string& label, AttrType to) {
+    raise(PyExc_OverflowError, label + " has the type " + attrTypeName(to) + ", which cannot hold this integer");
+}
+
+// Python compares integers and floats exactly.
+bool isExact(nb::handle integer, double number) {
+    const nb::float_ real(number);
+    const int isEqual = PyObject_RichCompareBool(integer.ptr(), real.ptr(), Py_EQ);
+    if (isEqual < 0)
+        throw nb::python_error();
+    return isEqual == 1;
+}
+
+// Appends the numbers of a sequence; of rows, those of each. Returns whether all are exact.
+bool appendNumbers(nb::handle value, std::vector<double>& numbers, int depth = 0) {
     if (depth == 2 || !isSequence(value)) {
         const double number = PyFloat_AsDouble(value.ptr());
         if (number == -1 && PyErr_Occurred())
             throw nb::python_error();
         numbers.push_back(number);
-        return;
+        return !PyLong_Check(value.ptr()) || isExact(value, number);
     }
+    bool areExact = true;
     for (const nb::handle item : nb::iter(value))
-        appendNumbers(item, numbers, depth + 1);
+        areExact &= appendNumbers(item, numbers, depth + 1);
+    return areExact;
 }
 
 AttrData componentsFrom(nb::handle value, AttrType type, const std::string& label) {
     std::vector<double> numbers;
-    appendNumbers(value, numbers);
+    if (!appendNumbers(value, numbers))
+        raiseInexact(label, type);
     if (type == AttrType::Rgba && numbers.size() == 3)
         numbers.push_back(1);
     if (numbers.size() != componentCount(type))
@@ -85,13 +101,19 @@ nb::object builtin(nb::handle value) {
     return made;
 }
 
-// The integers of the two types have the same bits, so that conversion alone would wrap.
+bool isRounded(const AttrData& value) {
+    if (value.type() == AttrType::Int)
+        return !isExactReal(value.asInt());
+    return value.type() == AttrType::UInt && !isExactReal(value.asUInt());
+}
+
+// Conversion alone would wrap between the types of integers, and round to a real number.
 void checkRange(const AttrData& value, AttrType to, const std::string& label) {
     const bool isTooSmall = to == AttrType::UInt && value.type() == AttrType::Int && value.asInt() < 0;
     const bool isTooLarge =
         to == AttrType::Int && value.type() == AttrType::UInt && value.asUInt() > u64(std::numeric_limits<i64>::max());
-    if (isTooSmall || isTooLarge)
-        raise(PyExc_OverflowError, label + " has the type " + attrTypeName(to) + ", which cannot hold this integer");
+    if (isTooSmall || isTooLarge || (valueKind(to) == ValueKind::Real && isRounded(value)))
+        raiseInexact(label, to);
 }
 
 // The value in the type of an input, if the conversion can be undone.

@@ -3,6 +3,7 @@
 
 #include "python/src/References.h"
 
+#include <limits>
 #include <optional>
 
 namespace vrn::python {
@@ -14,6 +15,13 @@ namespace vrn::python {
 // The value in a type that is neither a node, a buffer, an array nor an object, if the conversion can be undone. Raises
 // TypeError, ValueError for a wrong number of components, and OverflowError.
 [[nodiscard]] AttrData plainFor(nb::handle value, AttrType type, const std::string& label);
+
+// Whether a real number is as exact as the integer.
+template <class Integer> [[nodiscard]] constexpr bool isExactReal(Integer integer) noexcept {
+    constexpr double upperBound = 2.0 * static_cast<double>(Integer(1) << (std::numeric_limits<Integer>::digits - 1));
+    const double real = static_cast<double>(integer);
+    return real < upperBound && static_cast<Integer>(real) == integer;
+}
 
 // Whether a value has elements in order and is no text.
 [[nodiscard]] bool isSequence(nb::handle value);

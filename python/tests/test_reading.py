@@ -59,6 +59,12 @@ def test_a_file_can_be_called_like_standard_input(tmp_path, monkeypatch):
     assert "box" in vrn.read("-")
 
 
+@pytest.mark.parametrize("function", [vrn.read, vrn.check, lambda path: vrn.Scene().write(path)])
+def test_paths_with_nul_are_refused(function):
+    with pytest.raises(ValueError, match="NUL"):
+        function("a\0b.vrn")
+
+
 def test_pipes_are_read():
     command = "import sys, vrn; print(list(vrn.read('/dev/stdin')))"
     result = subprocess.run([sys.executable, "-c", command], input=BOX, capture_output=True, text=True, check=True)
@@ -147,23 +153,31 @@ def test_texts_are_formatted():
         vrn.format('mesh a; a.s = "')
 
 
-def test_ctrl_c_ends_a_read():
-    class Handled(Exception):
-        pass
+class Interrupted(Exception):
+    """What the handler of the signal raises."""
 
-    def handler(number, frame):
-        raise Handled
 
-    text = b"mesh a; a.f = float[50000000] {" + b"1.25 " * 50_000_000 + b"};"
-    before = signal.signal(signal.SIGINT, handler)
-    try:
-        timer = threading.Timer(0.05, lambda: os.kill(os.getpid(), signal.SIGINT))
-        timer.start()
-        with pytest.raises(Handled):
-            while True:
-                vrn.loads(text)
-    finally:
-        signal.signal(signal.SIGINT, before)
+@pytest.fixture
+def handler():
+    def handle(number, frame):
+        raise Interrupted
+
+    before = signal.signal(signal.SIGINT, handle)
+    yield handle
+    signal.signal(signal.SIGINT, before)
+
+
+def test_ctrl_c_ends_a_read(handler):
+    text = b"mesh a; a.f = float[50000000] {" + b"1.25 " * 50_000_000 + b"}; mesh last;"
+    scene = vrn.Scene()
+    sender = threading.Thread(target=lambda: (started.wait(), os.kill(os.getpid(), signal.SIGINT)))
+    started = threading.Event()
+    sender.start()
+    with pytest.raises(Interrupted):
+        started.set()
+        scene.apply(text)
+    sender.join()
+    assert "last" not in scene and signal.getsignal(signal.SIGINT) is handler
 
 
 def test_nothing_is_printed(tmp_path):
@@ -204,3 +218,40 @@ def test_the_command_says_the_same(golden):
     command = os.environ.get("VRN", ROOT / "build/release/vrn")
     told = subprocess.run([command, "check", "--format", "json", golden], capture_output=True, text=True)
     assert vrn.check(golden).to_json() == told.stdout
+
+
+def test_nothing_is_reported_at_exit():
+    code = """
+import vrn
+kept = vrn.loads("t a; a.x = 1; a.p = float[2] {1 2};")
+node, view, edit = kept["a"], kept["a"]["p"], kept["a"].edit("p")
+edit.__enter__()
+cycle = [node]
+cycle.append(cycle)
+"""
+    result = subprocess.run([sys.executable, "-c", code], capture_output=True, text=True, check=True)
+    assert (result.stdout, result.stderr) == ("", "")
+
+
+WITHOUT_NUMPY = """
+import sys
+sys.modules["numpy"] = None
+import vrn
+scene = vrn.loads("t a; a.p = vec2f[2] {1 2, 3 4}; a.x = 1.5;")
+node = scene["a"]
+print(type(node["p"]).__name__, node["p"].tolist(), node["x"])
+node["p"] = node["p"]
+for use in (lambda: node.edit("p").__enter__(), lambda: scene.column("a.x"), lambda: node.inputs["p"].__array__(),
+            lambda: node.__setitem__("p", [[5, 6]])):
+    try:
+        use()
+    except ImportError as error:
+        print(error)
+"""
+
+
+def test_without_numpy_arrays_are_memoryviews():
+    result = subprocess.run([sys.executable, "-c", WITHOUT_NUMPY], capture_output=True, text=True, check=True)
+    lines = result.stdout.splitlines()
+    assert lines[0] == "memoryview [[1.0, 2.0], [3.0, 4.0]] 1.5"
+    assert len(lines) == 5 and all("pip install vrn[numpy]" in line for line in lines[1:])
