@@ -52,7 +52,7 @@ test-big-endian: checks
 
 # The tests compare the package with the command.
 PYTHON := build/python/venv/bin/python
-python: checks $(PYTHON)
+python: checks $(PYTHON) $(NODE_MODULES)
 	@$(CONFIGURE) --preset release >/dev/null
 	@cmake --build --preset release --target vrn_command
 	@rm -rf build/python/wheel
@@ -123,7 +123,7 @@ $(LOCALES)/de_DE.UTF-8:
 	localedef -i de_DE -f UTF-8 $@.new
 	mv $@.new $@
 
-# The glTF validator for the tests of conversion.
+# The glTF validator for the tests of conversion, and a type checker for those of the Python package.
 $(NODE_MODULES): tests/convert/package.json
 	@command -v npm >/dev/null || (apt-get update -qq && apt-get install -qq -y --no-install-recommends npm)
 	@mkdir -p build

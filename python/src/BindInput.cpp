@@ -255,7 +255,7 @@ void bindInput(nb::module_& m) {
             "The members of an object, or the elements of an array, as inputs.")
         .def_prop_ro(
             "buffer", [](const InputReference& input) { return bufferOf(input.box(), input.read()); },
-            nb::sig("def buffer(self) -> collections.abc.Buffer"),
+            nb::sig("def buffer(self) -> typing_extensions.Buffer"),
             "The elements of a buffer as an object with the buffer protocol and DLPack, which needs no "
             "numpy.\n\nRead-only; shares the memory and keeps it as it is.")
         .def_prop_ro("is_attached", &InputReference::isAttached, "Whether it is still part of its scene.")

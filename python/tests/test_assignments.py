@@ -70,7 +70,13 @@ def test_integers_that_are_exact_reals_fit(scene, value):
 
 @pytest.mark.parametrize(
     "value",
-    [array.array("f", [1, 2, 3]), array.array("d", [1, 2, 3]), memoryview(array.array("f", [1, 2, 3])), (1, 2, 3), range(1, 4)],
+    [
+        array.array("f", [1, 2, 3]),
+        array.array("d", [1, 2, 3]),
+        memoryview(array.array("f", [1, 2, 3])),
+        (1, 2, 3),
+        range(1, 4),
+    ],
     ids=lambda value: type(value).__name__,
 )
 def test_sequences_of_other_kinds_are_values(scene, value):

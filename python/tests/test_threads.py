@@ -119,7 +119,9 @@ def test_a_stream_may_read_the_scene_that_is_written(scene):
     assert stream.text == scene.dumps().encode()
 
 
-@pytest.mark.parametrize("change", [lambda scene: scene.apply("t b;"), lambda scene: scene.add("t", "b")], ids=["apply", "add"])
+@pytest.mark.parametrize(
+    "change", [lambda scene: scene.apply("t b;"), lambda scene: scene.add("t", "b")], ids=["apply", "add"]
+)
 def test_a_stream_cannot_change_the_scene_that_is_written(scene, change):
     before = scene.dumps()
     with pytest.raises(RuntimeError, match="while this thread writes"):

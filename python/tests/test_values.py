@@ -180,7 +180,9 @@ def test_paths_select(scene):
      (["n.o", "n.o"], np.array(["n.o", "n.o"], object))],
 )  # fmt: skip
 def test_columns(values, expected):
-    text = "t n;" + "".join(f"t a{i}; a{i}.x {'|=' if 'n.' in v else '='} {v};" for i, v in enumerate(values) if v != "null")
+    text = "t n;" + "".join(
+        f"t a{i}; a{i}.x {'|=' if 'n.' in v else '='} {v};" for i, v in enumerate(values) if v != "null"
+    )
     scene = vrn.loads(text)
     for i, v in enumerate(values):
         if v == "null":

@@ -39,7 +39,7 @@ from ._vrn import (
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
-    from . import farm
+    from . import farm, typing
     from .farm import batch, ops, scan
 
 __all__ = [
@@ -81,15 +81,19 @@ __all__ = [
     "read",
     "readable_formats",
     "scan",
+    "typing",
     "writable_formats",
 ]
 
 
-def __getattr__(name: str) -> object:
-    """Imports the parts for many files with their first use: they take longer to import than all the rest."""
-    if name in ("batch", "farm", "ops", "scan"):
+if not TYPE_CHECKING:
+
+    def __getattr__(name: str) -> object:
+        """Imports what takes longer to import than all the rest, with its first use."""
         import importlib
 
-        farm = importlib.import_module(".farm", __name__)
-        return farm if name == "farm" else getattr(farm, name)
-    raise AttributeError(f"module {__name__!r} has no attribute {name!r}")
+        if name in ("farm", "typing"):
+            return importlib.import_module(f".{name}", __name__)
+        if name in ("batch", "ops", "scan"):
+            return getattr(importlib.import_module(".farm", __name__), name)
+        raise AttributeError(f"module {__name__!r} has no attribute {name!r}")

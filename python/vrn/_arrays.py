@@ -9,6 +9,7 @@ import numpy as np
 if TYPE_CHECKING:
     from numpy.typing import ArrayLike, NDArray
 
+
 def for_buffer(values: ArrayLike, number: str, shape: tuple[int, ...], keyword: str) -> NDArray[Any]:
     """The values as a C-contiguous array of elements of that shape.
 

@@ -2,15 +2,13 @@
 
 from __future__ import annotations
 
-from _operator import itemgetter
-
 TYPE_CHECKING = False
 if TYPE_CHECKING:
-    from typing import Any, Literal
+    from typing import Any
 
     from ._vrn import Scene
+    from .typing import Severity
 
-    Severity = Literal["error", "warning", "notice"]
     _DiagnosticTuple = tuple[int, int, Severity, str, str]
 else:
     _DiagnosticTuple = tuple
@@ -25,11 +23,31 @@ class Diagnostic(_DiagnosticTuple):
     """
 
     __slots__ = ()
-    line: int = property(itemgetter(0), doc="The line, from 1.")  # type: ignore[assignment]
-    column: int = property(itemgetter(1), doc="The column, in characters from 1.")  # type: ignore[assignment]
-    severity: Severity = property(itemgetter(2), doc='"error", "warning" or "notice".')  # type: ignore[assignment]
-    name: str = property(itemgetter(3), doc="The name of this kind of message.")  # type: ignore[assignment]
-    message: str = property(itemgetter(4), doc="The message.")  # type: ignore[assignment]
+
+    @property
+    def line(self) -> int:
+        """The line, from 1."""
+        return self[0]
+
+    @property
+    def column(self) -> int:
+        """The column, in characters from 1."""
+        return self[1]
+
+    @property
+    def severity(self) -> Severity:
+        """One of `error`, `warning` and `notice`."""
+        return self[2]
+
+    @property
+    def name(self) -> str:
+        """The name of this kind of message."""
+        return self[3]
+
+    @property
+    def message(self) -> str:
+        """The message."""
+        return self[4]
 
     def __new__(cls, line: int, column: int, severity: Severity, name: str, message: str) -> Diagnostic:
         return tuple.__new__(cls, (line, column, severity, name, message))

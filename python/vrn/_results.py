@@ -2,13 +2,10 @@
 
 from __future__ import annotations
 
-from _operator import itemgetter
-
 TYPE_CHECKING = False
 if TYPE_CHECKING:
-    from typing import Literal
+    from .typing import Change
 
-    Change = Literal["removed", "added", "changed"]
     _LossTuple = tuple[str, int, str]
     _DifferenceTuple = tuple[str, Change, str | None, str | None, str]
 else:
@@ -19,9 +16,21 @@ class Loss(_LossTuple):
     """A part of a scene that an output does not reproduce, or a defect of an input. Immutable and picklable."""
 
     __slots__ = ()
-    what: str = property(itemgetter(0), doc="What is lost.")  # type: ignore[assignment]
-    count: int = property(itemgetter(1), doc="How many times.")  # type: ignore[assignment]
-    path: str = property(itemgetter(2), doc="The first node or input concerned; empty for the file.")  # type: ignore[assignment]
+
+    @property
+    def what(self) -> str:
+        """What is lost."""
+        return self[0]
+
+    @property
+    def count(self) -> int:  # type: ignore[override]
+        """How many times."""
+        return self[1]
+
+    @property
+    def path(self) -> str:
+        """The first node or input concerned; empty for the file."""
+        return self[2]
 
     def __new__(cls, what: str, count: int, path: str) -> Loss:
         return tuple.__new__(cls, (what, count, path))
@@ -41,16 +50,32 @@ class Difference(_DifferenceTuple):
     """What differs between two scenes at one path. Immutable and picklable; the string is one line."""
 
     __slots__ = ()
-    path: str = property(itemgetter(0), doc="The node or input; empty for the scene.")  # type: ignore[assignment]
-    change: Change = property(itemgetter(1), doc='"removed", "added" or "changed".')  # type: ignore[assignment]
-    before: str | None = property(itemgetter(2), doc="The old value as text, if there is one.")  # type: ignore[assignment]
-    after: str | None = property(itemgetter(3), doc="The new value as text, if there is one.")  # type: ignore[assignment]
+
+    @property
+    def path(self) -> str:
+        """The node or input; empty for the scene."""
+        return self[0]
+
+    @property
+    def change(self) -> Change:
+        """One of `removed`, `added` and `changed`."""
+        return self[1]
+
+    @property
+    def before(self) -> str | None:
+        """The old value as text, if there is one."""
+        return self[2]
+
+    @property
+    def after(self) -> str | None:
+        """The new value as text, if there is one."""
+        return self[3]
 
     def __new__(cls, path: str, change: Change, before: str | None, after: str | None, text: str) -> Difference:
         return tuple.__new__(cls, (path, change, before, after, text))
 
     def __getnewargs__(self) -> tuple[str, Change, str | None, str | None, str]:
-        return tuple(self)
+        return (self.path, self.change, self.before, self.after, self[4])
 
     def __repr__(self) -> str:
         return f"<vrn.Difference {self[4]!r}>"

@@ -6,8 +6,6 @@ are. These classes avoid collections.namedtuple and typing, which take longer to
 
 from __future__ import annotations
 
-from _operator import itemgetter
-
 TYPE_CHECKING = False
 if TYPE_CHECKING:
     from collections.abc import Iterable
@@ -18,10 +16,6 @@ if TYPE_CHECKING:
     Numbers = tuple[float, ...]
 else:
     Numbers = tuple
-
-
-def _component(index: int, what: str) -> property:
-    return property(itemgetter(index), doc=what)
 
 
 class _Components(Numbers):
@@ -44,13 +38,25 @@ class _Components(Numbers):
 
 class _XY(_Components):
     __slots__ = ()
-    x: float = _component(0, "The first component.")  # type: ignore[assignment]
-    y: float = _component(1, "The second component.")  # type: ignore[assignment]
+
+    @property
+    def x(self) -> float:
+        """The first component."""
+        return self[0]
+
+    @property
+    def y(self) -> float:
+        """The second component."""
+        return self[1]
 
 
 class _XYZ(_XY):
     __slots__ = ()
-    z: float = _component(2, "The third component.")  # type: ignore[assignment]
+
+    @property
+    def z(self) -> float:
+        """The third component."""
+        return self[2]
 
 
 class Vec2(_XY):
@@ -72,7 +78,11 @@ class Vec4(_XYZ):
 
     __slots__ = ()
     size = 4
-    w: float = _component(3, "The fourth component.")  # type: ignore[assignment]
+
+    @property
+    def w(self) -> float:
+        """The fourth component."""
+        return self[3]
 
 
 class Pos2(_XY):
@@ -94,10 +104,26 @@ class Quat(_Components):
 
     __slots__ = ()
     size = 4
-    a: float = _component(0, "The first component.")  # type: ignore[assignment]
-    b: float = _component(1, "The second component.")  # type: ignore[assignment]
-    c: float = _component(2, "The third component.")  # type: ignore[assignment]
-    d: float = _component(3, "The fourth component.")  # type: ignore[assignment]
+
+    @property
+    def a(self) -> float:
+        """The first component."""
+        return self[0]
+
+    @property
+    def b(self) -> float:
+        """The second component."""
+        return self[1]
+
+    @property
+    def c(self) -> float:
+        """The third component."""
+        return self[2]
+
+    @property
+    def d(self) -> float:
+        """The fourth component."""
+        return self[3]
 
 
 class Rgba(_Components):
@@ -105,10 +131,26 @@ class Rgba(_Components):
 
     __slots__ = ()
     size = 4
-    r: float = _component(0, "Red.")  # type: ignore[assignment]
-    g: float = _component(1, "Green.")  # type: ignore[assignment]
-    b: float = _component(2, "Blue.")  # type: ignore[assignment]
-    a: float = _component(3, "Opacity.")  # type: ignore[assignment]
+
+    @property
+    def r(self) -> float:
+        """Red."""
+        return self[0]
+
+    @property
+    def g(self) -> float:
+        """Green."""
+        return self[1]
+
+    @property
+    def b(self) -> float:
+        """Blue."""
+        return self[2]
+
+    @property
+    def a(self) -> float:
+        """Opacity."""
+        return self[3]
 
     def __new__(cls, *components: float) -> Self:
         if len(components) == 3:
