@@ -145,13 +145,16 @@ void appendPayload(std::span<const std::byte> bytes, const VrnWriterOptions& opt
 
 void appendBuffer(const AttrData& buffer, const VrnWriterOptions& options, LinePlace place, TextBlock& text) {
     const String keyword = String(dataTypeName(buffer.dataType())).toLower();
-    const String head = String::format("%s[%llu] {", keyword.buf(), static_cast<unsigned long long>(buffer.count()));
+    const u64 count = options.hasElements ? buffer.count() : 0;
+    const String head = String::format("%s[%llu] {", keyword.buf(), static_cast<unsigned long long>(count));
     text.append(head.view());
     place.prefix += head.len();
+    if (count == 0)
+        return text.append('}');
     const ElementLayout layout = elementLayout(buffer.dataType());
     if (layout.isCompressible() && buffer.bytes().size() > options.compressAbove)
         appendPayload(buffer.bytes(), options, place, text);
-    else if (buffer.count() != 0)
+    else
         visitNumbers(buffer, [&]<class Number>(std::span<const Number> numbers) {
             if constexpr (!std::is_same_v<Number, bool>) // Bool has no keyword
                 appendNumbers(numbers, layout.components, options, place, text);

@@ -282,7 +282,7 @@ void VrnInputs::writeBuffer(const Input& input) {
             statement(" |= ", "null");
         return;
     }
-    if (losesNaNBits(buffer))
+    if (options_.hasElements && losesNaNBits(buffer))
         lose(input, losses::nanBits);
     text_.append(path_);
     text_.append(" = ");

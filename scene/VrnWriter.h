@@ -39,6 +39,9 @@ struct VrnWriterOptions {
 
     // Buffers with components of one byte are compressed if they have more bytes than this.
     u64 compressAbove = std::numeric_limits<u64>::max();
+
+    // Without, each buffer is written as one of its type without elements: for those that keep them elsewhere.
+    bool hasElements = true;
 };
 
 // A part of the scene that the text does not reproduce.

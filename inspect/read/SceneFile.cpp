@@ -29,15 +29,22 @@ bool SceneFile::isReadOnce() const {
 }
 
 void SceneFile::read(Scene& scene, Notices notices, std::function<void(std::size_t)> onFetch, bool isMerge) {
+    struct Closing {
+        ~Closing() { file = File(); } // with what `onFetch` refers to
+        File& file;
+    } const closing{file_};
     file_ = open();
     if (onFetch)
-        file_.onFetch(std::move(onFetch));
+        file_.onFetch(onFetch);
     if (isReadOnce()) {
         keep();
+        if (file_.isStopped())
+            return;
         file_ = open();
+        if (onFetch)
+            file_.onFetch([&](std::size_t) { onFetch(0); }); // the bytes are known
     }
     parse(scene, notices, isMerge);
-    file_ = File(); // with what `onFetch` refers to
 }
 
 void SceneFile::parse(Scene& scene, Notices notices, bool isMerge) {

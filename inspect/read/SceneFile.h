@@ -44,9 +44,9 @@ public:
     void recordSources() { sources_ = std::make_unique<vor::velmo_sdk::impl::SourceMap>(); }
 
     // Reads the text into `scene` and keeps the diagnostics, including the notices if requested. An exception that the
-    // reader throws for an error counts as a logged one. Calls `onFetch` with the size of each block that it fetches.
-    // With `isMerge`, the scene keeps its version, time and comments. Beyond a total of 64 MiB, long messages are
-    // truncated.
+    // reader throws for an error counts as a logged one. Calls `onFetch` with the size of each block that it fetches,
+    // or with 0 when it works on those it has; together the sizes are that of the text. With `isMerge`, the scene keeps
+    // its version, time and comments. Beyond a total of 64 MiB, long messages are truncated.
     void read(vor::velmo_sdk::impl::Scene& scene, vor::Notices notices,
               std::function<void(std::size_t)> onFetch = nullptr, bool isMerge = false);
 

@@ -12,7 +12,7 @@ namespace {
 
 SharedCatalogue fromText(std::string_view text, const std::string& name) {
     try {
-        return {std::make_shared<const vor::velmo_sdk::impl::Catalogue>(readCatalogue(text))};
+        return {std::make_shared<const vor::velmo_sdk::impl::Catalogue>(readCatalogue(text)), std::string(text)};
     } catch (const CatalogueError& error) {
         raise(PyExc_ValueError, name + ":" + std::to_string(error.position().line) + ":" +
                                     std::to_string(error.position().column) + ": " + error.what());
@@ -47,6 +47,11 @@ void bindCatalogue(nb::module_& m) {
                 return nb::tuple(names);
             },
             nb::sig("def types(self) -> tuple[str, ...]"), "The names of the node types, sorted.")
+        .def("__getstate__", [](const SharedCatalogue& catalogue) { return str(catalogue.text); })
+        .def("__setstate__",
+             [](SharedCatalogue& catalogue, nb::handle text) {
+                 new (&catalogue) SharedCatalogue(fromText(textOf(text), "pickled catalogue"));
+             })
         .def("__len__", [](const SharedCatalogue& catalogue) { return catalogue.types->size(); })
         .def("__repr__", [](const SharedCatalogue& catalogue) {
             return "<vrn.Catalogue of " + std::to_string(catalogue.types->size()) + " types>";

@@ -45,16 +45,29 @@ std::vector<Row> differences(const Scene& before, const Scene& after, double tol
 
 nb::object optional(const std::optional<std::string>& text) { return text ? nb::object(str(*text)) : nb::none(); }
 
+template <class Work> void whileReading(const Box& before, const Box& after, Work work) {
+    const ReadTurn turnBefore(before->turns);
+    const nb::gil_scoped_acquire held;
+    const ReadTurn turnAfter(after->turns);
+    work();
+}
+
+nb::object isEqual(const Box& scene, nb::handle value) {
+    if (!nb::isinstance<SceneBox>(value))
+        return nb::borrow(Py_NotImplemented);
+    const auto other = nb::cast<Box>(value);
+    bool areEqual = true;
+    whileReading(scene, other, [&] {
+        inspect::compareScenes(scene->scene, other->scene, 0, [&](const Difference&) { areEqual = false; });
+    });
+    return nb::bool_(areEqual);
+}
+
 nb::list diff(const Box& before, const Box& after, double tolerance) {
     if (!(tolerance >= 0))
         raise(PyExc_ValueError, "the tolerance is a number that is not negative");
     std::vector<Row> rows;
-    {
-        const ReadTurn turnBefore(before->turns);
-        const nb::gil_scoped_acquire held;
-        const ReadTurn turnAfter(after->turns);
-        rows = differences(before->scene, after->scene, tolerance);
-    }
+    whileReading(before, after, [&] { rows = differences(before->scene, after->scene, tolerance); });
     nb::list made;
     for (const Row& row : rows)
         made.append(imported("vrn._results", "Difference")(str(row.path), row.change, optional(row.before),
@@ -63,6 +76,12 @@ nb::list diff(const Box& before, const Box& after, double tolerance) {
 }
 
 } // namespace
+
+void defineEquality(SceneClass& scene) {
+    scene.def("__eq__", &isEqual, nb::arg("other").none(), nb::sig("def __eq__(self, other: object, /) -> bool"),
+              "Whether diff() finds no differences.");
+    scene.attr("__hash__") = nb::none(); // it can change
+}
 
 void bindDifferences(nb::module_& m) {
     m.def("diff", &diff, nb::arg("before"), nb::arg("after"), nb::kw_only(), nb::arg("tolerance") = 0.0,

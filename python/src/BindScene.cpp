@@ -4,6 +4,8 @@
 #include "python/src/NamedViews.h"
 #include "python/src/SharedCatalogue.h"
 
+#include <nanobind/stl/tuple.h>
+
 namespace vrn::python {
 
 using vor::velmo_sdk::impl::SceneLimits;
@@ -119,6 +121,14 @@ void bindLimits(nb::module_& m) {
             nb::kw_only(), nb::arg("array_elements") = SceneLimits().maxArrayElements,
             nb::arg("buffer_bytes") = SceneLimits().maxBufferBytes,
             nb::arg("unnamed_elements") = SceneLimits().maxImplicitElements)
+        .def("__getstate__",
+             [](const SceneLimits& limits) {
+                 return std::make_tuple(limits.maxArrayElements, limits.maxBufferBytes, limits.maxImplicitElements);
+             })
+        .def("__setstate__",
+             [](SceneLimits& limits, const std::tuple<vor::u64, vor::u64, vor::u64>& state) {
+                 new (&limits) SceneLimits{std::get<0>(state), std::get<1>(state), std::get<2>(state)};
+             })
         .def_ro("array_elements", &SceneLimits::maxArrayElements, "The elements of one array.")
         .def_ro("buffer_bytes", &SceneLimits::maxBufferBytes, "The bytes of one buffer.")
         .def_ro("unnamed_elements", &SceneLimits::maxImplicitElements,
@@ -175,10 +185,15 @@ void bindScene(nb::module_& m) {
             .def_prop_ro(
                 "diagnostics", [](const Box& box) { return box->diagnostics; },
                 nb::sig("def diagnostics(self) -> tuple[Diagnostic, ...]"), "What the last read said about its text.")
+            .def(
+                "_repr_html_", [](nb::handle self) { return imported("vrn._html", "scene_html")(self); },
+                nb::sig("def _repr_html_(self) -> str"), "The nodes as HTML, for notebooks.")
             .def("__repr__", [](const Box& box) { return str(description(box)); });
     defineMapping(scene, "Node");
     defineQueries(scene);
     defineColumns(scene);
+    defineEquality(scene);
+    defineCopies(m, scene);
     defineWriting(scene);
     defineUpdates(scene);
 }

@@ -158,6 +158,14 @@ nb::object writableArrayOf(Input& input) {
     return ArrayParts(input).array<nb::ndarray<nb::numpy>>();
 }
 
+nb::object bytesOf(AttrData buffer) {
+    const std::span<const std::byte> bytes = std::as_const(buffer).bytes();
+    const std::size_t size = bytes.size();
+    return nb::ndarray<nb::ro, nb::array_api>(bytes.data(), 1, &size, ownerOf(std::move(buffer)), nullptr,
+                                              nb::dtype<vor::u8>(), nb::device::cpu::value, 0, 'C')
+        .cast();
+}
+
 void needNumpy() {
     if (!hasNumpy())
         raise(PyExc_ImportError, "arrays need numpy: pip install vrn[numpy]");

@@ -20,6 +20,9 @@ namespace vrn::python {
 // The same writable: what is written into it changes the buffer. Other views keep what they show. Needs numpy.
 [[nodiscard]] nb::object writableArrayOf(Input& input);
 
+// The bytes of a buffer that has some, read-only, as an object with the buffer protocol.
+[[nodiscard]] nb::object bytesOf(AttrData buffer);
+
 // Raises ImportError, which says what to install, if there is no numpy. The first call imports it, which runs code.
 void needNumpy();
 

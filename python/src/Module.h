@@ -15,11 +15,13 @@ void bindDifferences(nb::module_& m);
 void bindConversion(nb::module_& m);
 
 // The methods of scenes that are in other files: update() and apply(); write(), dumps() and to_json(); get(), query();
-// column().
+// column(); copies and pickles; ==.
 using SceneClass = nb::class_<SceneBox>;
 void defineUpdates(SceneClass& scene);
 void defineWriting(SceneClass& scene);
 void defineQueries(SceneClass& scene);
 void defineColumns(SceneClass& scene);
+void defineEquality(SceneClass& scene);
+void defineCopies(nb::module_& m, SceneClass& scene);
 
 } // namespace vrn::python

@@ -1,4 +1,4 @@
-"""An assignment happens as a whole or not at all, whatever code its value runs."""
+"""An assignment happens as a whole or not at all, also if its value runs code."""
 
 import array
 

@@ -29,7 +29,7 @@ def run(*functions):
 
 @pytest.fixture
 def numbers() -> tuple[vrn.Scene, str]:
-    """A scene, and a text that makes all its nodes anew."""
+    """A scene, and a text that makes all its nodes again."""
     count = 2000
     text = "".join(f"remove n{i}; t n{i}; n{i}.x = {i};" for i in range(count))
     return vrn.loads("".join(f"t n{i}; n{i}.x = {i};" for i in range(count))), text

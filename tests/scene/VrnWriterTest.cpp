@@ -560,4 +560,14 @@ TEST(VrnWriter, examplesAndGoldenTextsSurvive) {
     }
 }
 
+TEST(VrnWriter, leavesOutElementsOnRequest) {
+    const char* const text = "# version: 1\n\nt a;\na.f = float[2] {1 nan};\na.b = byte[3] {1 2 3};\na.x = 5;\n"
+                             "a.l[0] = vec2f[1] {1 2};\n";
+    const Reading reading = readText(text);
+    const Written written = write(*reading.scene, {.compressAbove = 0, .hasElements = false});
+    EXPECT_TRUE(written.losses.empty());
+    EXPECT_EQ(written.text, "# version: 1\n\nt a:\n    .f = float[0] {};\n    .b = byte[0] {};\n    .x = 5;\n"
+                            "    .l[0] = vec2f[0] {};\n");
+}
+
 } // namespace vrn::test

@@ -135,6 +135,28 @@ TEST_F(SceneFiles, stopWhenAnObserverAsks) {
     EXPECT_EQ(kindsOf(file.diagnosis()), std::vector<std::string>{"stopped"});
 }
 
+TEST_F(SceneFiles, stopWhenAnObserverOfAPipeAsks) {
+    ASSERT_EQ(::mkfifo(path("pipe").c_str(), 0600), 0);
+    for (const std::size_t call : {1U, 2U}) { // while the pipe is read, and while its text is parsed
+        std::thread writer([&] { std::ofstream(path("pipe")) << "t a; a.x = 1;\n"; });
+        SceneFile file(String(std::string_view(path("pipe"))));
+        Scene scene;
+        std::size_t calls = 0;
+        std::size_t fetched = 0;
+        file.read(scene, Notices::No, [&](std::size_t bytes) {
+            fetched += bytes;
+            if (bytes != 0 || calls != 0)
+                if (++calls == call)
+                    file.requestStop();
+        });
+        writer.join();
+        EXPECT_EQ(fetched, 14U);
+        EXPECT_EQ(file.diagnosis().readError, "stopped on request");
+        EXPECT_FALSE(file.diagnosis().isAccepted);
+        EXPECT_EQ(scene.findNode("a"), nullptr);
+    }
+}
+
 TEST_F(SceneFiles, areReadFromTheFileSystem) {
     SceneFile found(String(std::string_view(file("a.vrn", mistakes))));
     EXPECT_FALSE(found.isReadOnce());
