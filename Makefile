@@ -6,6 +6,7 @@
 # make install              installs library, command and manual below PREFIX (default: /usr/local)
 # make bench                measures the parts of the reader, and compares it with other libraries on generated files
 # make fuzz MINUTES=n       runs every fuzzer for n minutes
+# make fuzz-python STEPS=n  takes n random steps on scenes in Python, under the sanitizers
 # make lint                 runs clang-tidy and cppcheck
 # make coverage             reports which lines and branches the tests reach
 # make mutants N=n SEED=s   changes the sources in n random places and reports which changes no test detects
@@ -19,7 +20,7 @@ CONFIGURE := cmake -DVRN_WARNINGS_AS_ERRORS=ON -DVRN_LOCALES=$(LOCALES) -DVRN_BE
 # Some tests mostly wait.
 TEST_JOBS := $(shell echo $$(($$(nproc) + 1)))
 
-.PHONY: run test python test-big-endian quick install bench fuzz lint coverage mutants packages checks format goldens grammar clean
+.PHONY: run test python test-big-endian quick install bench fuzz fuzz-python lint coverage mutants packages checks format goldens grammar clean
 
 run: packages
 	@$(CONFIGURE) --preset release >/dev/null
@@ -99,6 +100,10 @@ fuzz: checks
 	$(CONFIGURE) --preset asan
 	cmake --build --preset asan --target vrn_replays
 	scripts/fuzz $$((60 * $(MINUTES)))
+
+STEPS := 100000
+fuzz-python: checks $(PYTHON)
+	scripts/fuzz-python $(STEPS)
 
 lint: checks
 	@scripts/lint

@@ -35,6 +35,9 @@ public:
         case Kind::NodeName:
             line(".name", escaped(match_.node->name()));
             break;
+        case Kind::Count:
+            line(".count", std::to_string(match_.count));
+            break;
         case Kind::Slice:
         case Kind::BufferElement:
             elements(match_.first, match_.count);
@@ -98,6 +101,10 @@ private:
 void writeInput(JsonLine& json, const PathMatch& match) {
     const Input& input = *match.input;
     json.key("path").text(pathText(match));
+    if (match.kind == Kind::Count) {
+        json.key("type").text(attrTypeName(AttrType::UInt));
+        return json.key("value").number(match.count);
+    }
     if (match.kind == Kind::BufferElement) {
         json.key("type").text(dataTypeName(input.dataType()));
         return writeJsonElement(json.key("value"), input.value(), match.first);

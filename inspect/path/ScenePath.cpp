@@ -175,10 +175,18 @@ private:
         }
         const PathPart& last = parts_[part + 1];
         const bool isBuffer = input.type() == AttrType::Buffer;
-        const bool isSlice = last.isSlice && input.type() == AttrType::Array;
-        if (part + 2 != parts_.size() || !last.isRange() || !(isBuffer || isSlice))
+        const bool isArray = input.type() == AttrType::Array;
+        if (part + 2 != parts_.size() || !(isBuffer || isArray))
             return false;
-        const auto [first, count] = resolve(last, isBuffer ? input.value().count() : input.size());
+        const u64 size = isBuffer ? input.value().count() : input.size();
+        if (last.name == "count") {
+            reach(part + 1);
+            report({.kind = PathMatch::Kind::Count, .node = input.node(), .input = &input, .count = size});
+            return true;
+        }
+        if (!last.isRange() || !(isBuffer || last.isSlice))
+            return false;
+        const auto [first, count] = resolve(last, size);
         if (last.isSlice || count != 0) {
             const auto kind = last.isSlice ? PathMatch::Kind::Slice : PathMatch::Kind::BufferElement;
             reach(part + 1);
@@ -238,6 +246,8 @@ std::string pathText(const PathMatch& match) {
         return text + ".name";
     case PathMatch::Kind::NodeType:
         return text + ".type";
+    case PathMatch::Kind::Count:
+        return text + ".count";
     case PathMatch::Kind::Slice:
         return text + '[' + index(match.first) + ':' + index(match.first + match.count) + ']';
     case PathMatch::Kind::BufferElement:

@@ -54,12 +54,12 @@ public:
 
 // A node, an input, or elements of an input.
 struct PathMatch {
-    enum class Kind { Node, NodeName, NodeType, Input, Slice, BufferElement };
+    enum class Kind { Node, NodeName, NodeType, Input, Count, Slice, BufferElement };
     Kind kind;
     const vor::velmo_sdk::impl::Node* node;
     const vor::velmo_sdk::impl::Input* input = nullptr;
     vor::u64 first = 0; // for Slice and BufferElement
-    vor::u64 count = 0;
+    vor::u64 count = 0; // for Count, Slice and BufferElement
 };
 
 // The path that leads to this match alone: `box.points[0:10]`.
@@ -71,7 +71,8 @@ struct PathMatches {
 };
 
 // Calls `visit` for every match of a path, in the order of the scene. `NODE.name` and `NODE.type` are the name and type
-// of the node, unless it has an input of that name. Exceptions of `visit` propagate.
+// of the node, unless it has an input of that name; `.count` is the number of elements of a buffer or array. Exceptions
+// of `visit` propagate.
 PathMatches forEachMatch(const vor::velmo_sdk::impl::Scene& scene, const ScenePath& path,
                          const std::function<void(const PathMatch&)>& visit);
 

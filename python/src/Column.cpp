@@ -73,6 +73,8 @@ public:
             return add(Cell(std::string(match.node->type().view())));
         case PathMatch::Kind::Input:
             return add(cellOf(*match.input));
+        case PathMatch::Kind::Count:
+            return add(Cell(static_cast<i64>(match.count)));
         case PathMatch::Kind::Slice:
         case PathMatch::Kind::BufferElement:
             break;

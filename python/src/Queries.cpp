@@ -42,6 +42,8 @@ nb::object found(const PathMatch& match, const Box& box) {
         return str(match.node->type());
     case PathMatch::Kind::Input:
         return valueOf(box, *match.input);
+    case PathMatch::Kind::Count:
+        return nb::int_(match.count);
     case PathMatch::Kind::Slice:
         return sliceOf(match, box);
     case PathMatch::Kind::BufferElement:

@@ -194,6 +194,11 @@ def test_columns(values, expected):
     np.testing.assert_array_equal([got[n] for n in order], expected.tolist())
 
 
+def test_elements_are_counted(scene):
+    assert scene.get("box.points.count") == 8 and scene.query("*.weights.count") == {"box.weights.count": 3}
+    assert scene.column("*.*.count").tolist() == [8, 4, 1, 3]
+
+
 def test_columns_need_a_common_type():
     scene = vrn.loads('t a; a.x = 1; t b; b.x = "s"; t c; c.x = float[1] {1};')
     for path in ("*.x", "c.x"):

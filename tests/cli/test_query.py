@@ -65,6 +65,11 @@ class Query(Folder):
         self.assertEqual(query("m.o.type")[2], 1)
         self.assertEqual(query("m.type.x")[2], 1)
 
+    def test_counts_of_buffers_and_arrays(self):
+        self.assert_prints("m.p.count", "4")
+        self.assert_prints("*.*.count", "m.p.count\t4", "m.i.count\t3", "m.w.count\t3", "m.uv.count\t2", "m.deep.count\t2", "m.e.count\t0")
+        self.assertEqual(query("m.o.count")[2], 1)
+
     def test_several_paths_answer_in_their_order(self):
         self.assertEqual(query("m.o.p.q", "cam1.fov")[0], "7\n45.5\n")
 
@@ -102,7 +107,7 @@ class Query(Folder):
             return [json.loads(line) for line in run("query", "--format", "json", "-", *paths, stdin=SCENE).stdout.splitlines()]
 
         self.assertEqual(
-            lines("cam*.fov", "m.p[1]", "m.p[2:4]", "m.i", "cam2.both", "m.w[1:]", "m.o", "cam2", "cam1.type", "m.uv[0].name", "m.deep", "cam1.s"),
+            lines("cam*.fov", "m.p[1]", "m.p[2:4]", "m.i", "cam2.both", "m.w[1:]", "m.o", "cam2", "cam1.type", "m.p.count", "m.uv[0].name", "m.deep", "cam1.s"),
             [
                 {"path": "cam1.fov", "type": "Real", "value": 45.5},
                 {"path": "cam2.fov", "type": "Int", "value": 30},
@@ -115,6 +120,7 @@ class Query(Folder):
                 {"path": "cam2", "type": "t", "value": {"fov": 30, "type": "mine", "ref": "cam1", "nobody": None,
                                                          "link": "cam1.out", "both": 1}},
                 {"path": "cam1.type", "type": "String", "value": "t"},
+                {"path": "m.p.count", "type": "UInt", "value": 4},
                 {"path": "m.uv[0].name", "type": "String", "value": "u"},
                 {"path": "m.deep", "type": "Array", "value": [[], [0, 5]]},
                 {"path": "cam1.s", "type": "String", "value": "two\nlines\t"},

@@ -66,7 +66,12 @@ TEST_F(Paths, leadToNodesInputsAndElements) {
         {"m.uv[1:].name", "m.uv[1].name"},
         {"m.o.*.q", "m.o.p.q"},
         {"m.*[0]", "m.p[0] m.w[0] m.uv[0]"},
+        {"m.p.count", "m.p.count"},
+        {"m.*.count", "m.p.count m.w.count m.uv.count"},
         {"x", ""},
+        {"m.o.count", ""},
+        {"m.p.count.x", ""},
+        {"m.p.coun?", ""},
         {"m.o[0]", ""},
         {"m.w.x", ""},
         {"m.type.x", ""},
@@ -86,6 +91,7 @@ TEST_F(Paths, tellPropertiesOfNodesFromInputs) {
     EXPECT_EQ(kindOf("cam1.type"), Kind::NodeType);
     EXPECT_EQ(kindOf("cam2.type"), Kind::Input); // an input of that name
     EXPECT_EQ(kindOf("cam2.name"), Kind::NodeName);
+    EXPECT_EQ(kindOf("m.p.count"), Kind::Count);
     EXPECT_EQ(kindOf("m.p[0]"), Kind::BufferElement);
     EXPECT_EQ(kindOf("m.w[0]"), Kind::Input); // elements of arrays are inputs
     EXPECT_EQ(kindOf("m.w[:]"), Kind::Slice);
