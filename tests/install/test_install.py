@@ -20,8 +20,8 @@ def output(*command, **more):
     return result.stdout.decode()
 
 
-def blocks(language, document="library.md"):
-    return re.findall(rf"^```{language}\n(.*?)^```$", (ROOT / "docs" / document).read_text(), re.M | re.S)
+def blocks(language, document="docs/library.md"):
+    return re.findall(rf"^```{language}\n(.*?)^```$", (ROOT / document).read_text(), re.M | re.S)
 
 
 def setUpModule():
@@ -161,8 +161,8 @@ class Builds(unittest.TestCase):
 
     def test_conversions(self):
         (TEMPORARY / "converts").mkdir()
-        (TEMPORARY / "converts" / "CMakeLists.txt").write_text(blocks("cmake", "convert.md")[0])
-        (TEMPORARY / "converts" / "converter.cpp").write_text(blocks("cpp", "convert.md")[0])
+        (TEMPORARY / "converts" / "CMakeLists.txt").write_text(blocks("cmake", "docs/convert.md")[0])
+        (TEMPORARY / "converts" / "converter.cpp").write_text(blocks("cpp", "docs/convert.md")[0])
         build = TEMPORARY / "converts" / "build"
         output("cmake", "-S", TEMPORARY / "converts", "-B", build, f"-DCMAKE_PREFIX_PATH={PREFIX}")
         output("cmake", "--build", build)
@@ -202,6 +202,13 @@ class Builds(unittest.TestCase):
         output("sh", "-e", "-c", static, cwd=TEMPORARY, env=ENVIRONMENT)
         self.assertEqual(needed_libraries(TEMPORARY / "viewer"), [])
         self.viewer_prints_what_is_shown(TEMPORARY / "viewer")
+
+    def test_the_readme_begins_with_code_that_works(self):
+        (TEMPORARY / "first.cpp").write_text(
+            "#include <vrn/vrn.h>\n#include <iostream>\nint main() {\n" + blocks("cpp", "README.md")[0] + "}\n")
+        flags = output("pkg-config", "--cflags", "--libs", "vrn", env=ENVIRONMENT).split()
+        output("c++", "-std=c++20", *WARNINGS, "first.cpp", *flags, "-o", "first", cwd=TEMPORARY)
+        self.assertEqual(output(TEMPORARY / "first", env=ENVIRONMENT, cwd=ROOT), "45\n")
 
     def test_pieces_print_what_is_shown(self):
         pieces = blocks("cpp")[1:]
