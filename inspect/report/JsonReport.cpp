@@ -31,6 +31,8 @@ std::string jsonLine(const Diagnosis& file) {
     json.object([&] {
         json.key("file").text(file.name);
         json.key("ok").boolean(file.isOk());
+        if (!file.isWhole())
+            json.key("error").text(file.readError);
         json.key("diagnostics").array([&] {
             for (const Diagnostic& diagnostic : file.diagnostics)
                 write(json, diagnostic.record);

@@ -206,7 +206,8 @@ class Check(Folder):
         self.assertIn("1 file checked: 1 error, 0 warnings; 2 files could not be read\n", result.stdout.decode())
         result = self.run_here("check", "--format", "json", "nowhere.vrn", "ok.vrn")
         lines = [json.loads(line) for line in result.stdout.splitlines()]
-        self.assertEqual([(line["file"], line["ok"]) for line in lines], [("nowhere.vrn", False), ("ok.vrn", True)])
+        self.assertEqual([(line["file"], line["ok"], line.get("error")) for line in lines],
+                         [("nowhere.vrn", False, "No such file or directory"), ("ok.vrn", True, None)])
 
     def test_pipes_are_read_once_and_show_their_lines(self):
         os.mkfifo(self.folder / "pipe")

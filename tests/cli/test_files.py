@@ -130,7 +130,7 @@ class Jobs(Folder):
                 self.assertEqual((result.returncode, result.stderr), (2, b"vrn: b.vrn: out of memory\n"), (jobs, name))
                 self.assertEqual(result.stdout.count(b"unrecognized token 'oops'"), 2)
                 self.assertIn({"text": b"2 files checked: 2 errors, 0 warnings; 1 file could not be read\n",
-                               "json": b'{"file":"b.vrn","ok":false,"diagnostics":[]}\n',
+                               "json": b'{"file":"b.vrn","ok":false,"error":"out of memory","diagnostics":[]}\n',
                                "github": b"::error file=b.vrn,title=vrn check::out of memory\n",
                                "sarif": b'"executionSuccessful":false'}[name], result.stdout)
 

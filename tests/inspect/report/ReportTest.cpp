@@ -52,7 +52,7 @@ TEST(Report, asJson) {
               "\"column\":1},"
               "{\"severity\":\"warning\",\"message\":\"hm\",\"source\":\"check\",\"line\":0,\"column\":0}]}\n"
               "{\"file\":\"-\",\"ok\":true,\"diagnostics\":[]}\n"
-              "{\"file\":\"/c.vrn\",\"ok\":false,\"diagnostics\":[]}\n");
+              "{\"file\":\"/c.vrn\",\"ok\":false,\"error\":\"No such file\",\"diagnostics\":[]}\n");
 }
 
 TEST(Report, asWorkflowCommands) {
