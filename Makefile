@@ -59,7 +59,7 @@ python: checks $(PYTHON) $(NODE_MODULES)
 	@rm -rf build/python/wheel
 	$(PYTHON) -m pip wheel --quiet --no-deps --wheel-dir build/python/wheel .
 	$(PYTHON) -m pip install --quiet --force-reinstall --no-deps build/python/wheel/vrn-*.whl
-	VRN=$(CURDIR)/build/release/vrn $(PYTHON) -m pytest --quiet --ignore python/tests/farm python/tests
+	VRN=$(CURDIR)/build/release/vrn $(PYTHON) -m pytest --quiet --timeout 300 --ignore python/tests/farm python/tests
 	cd python/tests/farm && VRN=$(CURDIR)/build/release/vrn $(CURDIR)/$(PYTHON) -m pytest --quiet
 
 $(PYTHON): python/requirements.txt python/requirements-farm.txt
