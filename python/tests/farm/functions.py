@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import os
 import signal
+import subprocess
 import time
 from pathlib import Path
 from typing import Any
@@ -49,9 +50,41 @@ def toxic(path: str) -> int:
         raise RuntimeError("no good")
     if name.startswith("leaving"):
         raise SystemExit("away")
+    if name.startswith("unloadable"):
+        return Unloadable()  # type: ignore[return-value]
+    if name.startswith("speechless"):
+        raise Speechless
+    if name.startswith("fatal"):
+        raise Fatal("not even an Exception")
+    if name.startswith("misreported"):
+        return Answer(0, ("text",))  # type: ignore[arg-type, return-value]
     if name.startswith("lambda"):
         return lambda: 0  # type: ignore[return-value]
     return size(path)
+
+
+class Unloadable:
+    """A value that only the process that made it can have."""
+
+    def __reduce__(self) -> Any:
+        return _refuse, ()
+
+
+def _refuse() -> None:
+    raise RuntimeError("only good where it was made")
+
+
+class Speechless(Exception):
+    def __str__(self) -> str:
+        raise RuntimeError("no words")
+
+
+class Fatal(BaseException):
+    pass
+
+
+def read_input(path: str) -> bytes:
+    return os.read(0, 100)
 
 
 def gone_once(path: str) -> int:
@@ -85,8 +118,21 @@ def needs_nothing(path: str) -> Any:
 
 def number_and_wait(path: str) -> None:
     """Writes the number of its process beside the file, and does not end."""
-    Path(path + ".pid").write_text(f"{os.getpid()}\n")
+    _write_whole(path + ".pid", f"{os.getpid()}")
     time.sleep(3600)
+
+
+def start_and_wait(path: str) -> None:
+    """Writes the number of a program that it starts beside the file `endless.vrn`, and does not end."""
+    if path.endswith("endless.vrn"):
+        with subprocess.Popen(["sleep", "3600"]) as program:
+            _write_whole(path + ".pid", f"{program.pid}")
+
+
+def _write_whole(path: str, text: str) -> None:
+    """So that who waits for the file does not read half of it."""
+    Path(path + ".new").write_text(text)
+    os.replace(path + ".new", path)
 
 
 def own_process(path: str) -> int:

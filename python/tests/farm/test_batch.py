@@ -96,9 +96,47 @@ def test_values_that_cannot_be_pickled_fail_alone(library: Library, client: Any)
         assert problem.error.startswith("the value cannot be pickled")
 
 
+def test_values_that_cannot_be_unpickled_fail_alone(library: Library, client: Any) -> None:
+    library("unloadable.vrn", good=3)
+    for executor in "threads", "processes", client:
+        run = batch("lib", functions.toxic, executor=executor, timeout=60)
+        assert Counter(statuses(run).values()) == {"ok": 3, "failed": 1}
+        (problem,) = run.report.problems
+        assert problem.error == "the value cannot be unpickled: RuntimeError: only good where it was made"
+
+
+@pytest.mark.parametrize(
+    ("name", "error"),
+    [
+        ("speechless.vrn", "Speechless: its text cannot be made: RuntimeError"),
+        ("fatal.vrn", "Fatal: not even an Exception"),
+        ("misreported.vrn", "TypeError: Answer: diagnostics must be of vrn.Diagnostic, not str"),
+    ],
+)
+def test_odd_exceptions_and_answers_fail_alone(library: Library, name: str, error: str) -> None:
+    library(name, good=3)
+    for executor in "threads", "processes":
+        run = batch("lib", functions.toxic, executor=executor)
+        assert [(problem.status, problem.error) for problem in run.report.problems] == [("failed", error)]
+        assert len(run) == 4
+
+
 def test_what_functions_print_does_not_matter(library: Library) -> None:
     library(good=5)
     assert batch("lib", functions.chatty, executor="processes").ok
+
+
+def test_functions_have_nothing_to_read(library: Library) -> None:
+    """Not what the driver still asks of the process, either."""
+    library(good=5)
+    assert {result.value for result in batch("lib", functions.read_input, executor="processes")} == {b""}
+
+
+def test_child_processes_do_not_import_from_the_current_folder(library: Library) -> None:
+    library(good=5)
+    for name in "vrn", "queue", "functions":
+        Path(f"{name}.py").write_text("raise SystemExit(1)\n")
+    assert batch("lib", functions.size, executor="processes").ok
 
 
 def test_nothing_is_printed(library: Library, capfd: pytest.CaptureFixture[str]) -> None:

@@ -88,7 +88,7 @@ def test_children_end_with_their_driver(library: Library) -> None:
     environment = {**os.environ, "PYTHONPATH": os.pathsep.join(filter(None, sys.path))}
     killed = subprocess.Popen([sys.executable, "-c", code], env=environment)
     number = Path("lib/endless.vrn.pid")
-    wait_until(lambda: number.exists() and number.read_text().endswith("\n"))
+    wait_until(number.exists)
     killed.kill()
     killed.wait()
     wait_until(lambda: not _is_running(int(number.read_text())))
@@ -128,6 +128,34 @@ def test_closing_a_run_ends_files_that_never_end(library: Library) -> None:
     results = as_completed("lib", functions.toxic, executor="processes", workers=2)
     assert next(results).path == "lib/a.vrn"
     results.close()
+
+
+def test_closing_a_run_ends_programs_that_files_started(library: Library) -> None:
+    library("a.vrn", "endless.vrn")
+    results = as_completed("lib", functions.start_and_wait, executor="processes", workers=2)
+    assert next(results).path == "lib/a.vrn"
+    number = Path("lib/endless.vrn.pid")
+    wait_until(number.exists)
+    results.close()
+    wait_until(lambda: not _is_running(int(number.read_text())))
+
+
+def test_ctrl_c_prints_nothing(library: Library) -> None:
+    """A terminal sends it to all processes of the group."""
+    library("endless.vrn")
+    command = [sys.executable, "-m", "vrn.farm.command", "call", "functions:number_and_wait", "lib", "--timeout", "600"]
+    environment = {**os.environ, "PYTHONPATH": os.pathsep.join(filter(None, sys.path))}
+    interrupted = subprocess.Popen(
+        command,
+        env=environment,
+        stderr=subprocess.PIPE,
+        start_new_session=True,
+        preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL),
+    )
+    wait_until(Path("lib/endless.vrn.pid").exists)
+    os.killpg(interrupted.pid, signal.SIGINT)
+    assert interrupted.communicate()[1] == b""
+    assert interrupted.returncode == 128 + signal.SIGINT
 
 
 def test_an_idle_child_that_ends_is_replaced(library: Library) -> None:

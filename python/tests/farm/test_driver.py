@@ -15,7 +15,7 @@ from vrn.farm.executors import Fate
 from vrn.farm.manifest import Entry
 from vrn.farm.results import Outcome, Status
 from vrn.farm.work import Work
-from vrn.farm.worker import Report
+from vrn.farm.packing import Done
 
 
 class Died(Exception):
@@ -47,7 +47,7 @@ class FakePool:
         future.set_result((paths, is_suspect))
         return future
 
-    def report(self, future: Future[Any]) -> Report:
+    def report(self, future: Future[Any]) -> Done:
         self.flying -= 1
         paths, is_suspect = future.result()
         self._problem(paths, is_suspect)

@@ -14,6 +14,7 @@ from test_batch import essence
 
 from vrn.farm import Run, batch
 from vrn.farm.guard import Limits, default_limits, work_there
+from vrn.farm.packing import received, unpacked
 
 GIB = 1 << 30
 
@@ -99,7 +100,7 @@ def test_suspects_are_worked_on_in_children(library: Library) -> None:
         (Limits(60.0), False, False),
         (Limits(None, 4 * GIB), False, False),
     ]:
-        _, (outcome,) = pickle.loads(work_there(own, [path], "", limits, is_suspect))
-        assert (outcome.value == os.getpid()) == is_here
-    _, (outcome,) = pickle.loads(work_there(pickle.dumps(os.path.getsize), ["lib/a.vrn"], os.getcwd(), Limits(), False))
+        _, (outcome,) = received(work_there(own, [path], "", limits, is_suspect))
+        assert (unpacked(outcome).value == os.getpid()) == is_here
+    _, (outcome,) = received(work_there(pickle.dumps(os.path.getsize), ["lib/a.vrn"], os.getcwd(), Limits(), False))
     assert outcome.status == "ok"

@@ -1,7 +1,8 @@
-"""The program of a child process, in which a worker applies the function within limits: `python -m vrn.farm.child`.
+"""The program of a child process, in which a worker applies the function within limits.
 
-Requests arrive on standard input, answers go to what was standard output; what the function itself prints goes to
-standard error. The process ends when its parent does, even in the middle of a file, and when it was idle for a minute.
+Requests arrive on standard input, answers go to what was standard output. The function itself reads nothing, and what it
+prints goes to standard error. The process ends when its parent does, even in the middle of a file, and when it was idle
+for a minute.
 """
 
 from __future__ import annotations
@@ -10,7 +11,6 @@ import os
 import pickle
 import queue
 import resource
-import sys
 import threading
 from typing import IO, NamedTuple
 
@@ -41,16 +41,26 @@ def main() -> None:
 
     Ends the process without the usual cleaning up, which would wait for the thread that receives.
     """
-    answers = os.dup(1)
-    os.dup2(2, 1)
+    pipe, answers = _own_pipes()
+    write_message(answers, None)  # started: from now on requests are received at once
     requests: queue.SimpleQueue[Request] = queue.SimpleQueue()
-    threading.Thread(target=_receive, args=(sys.stdin.buffer, requests), daemon=True).start()
+    threading.Thread(target=_receive, args=(pipe, requests), daemon=True).start()
     while True:
         try:
             request = requests.get(timeout=_IDLE_SECONDS)
             _serve(request, answers)
         except (queue.Empty, BrokenPipeError):  # nobody asks, or nobody listens
             os._exit(0)
+
+
+def _own_pipes() -> tuple[IO[bytes], int]:
+    """The pipes to and from the parent, out of the reach of the function and of the programs that it starts."""
+    requests, answers = os.fdopen(os.dup(0), "rb"), os.dup(1)
+    nothing = os.open(os.devnull, os.O_RDONLY)
+    os.dup2(nothing, 0)
+    os.close(nothing)
+    os.dup2(2, 1)
+    return requests, answers
 
 
 def _receive(pipe: IO[bytes], requests: queue.SimpleQueue[Request]) -> None:
@@ -63,26 +73,24 @@ def _receive(pipe: IO[bytes], requests: queue.SimpleQueue[Request]) -> None:
 
 
 def _serve(request: Request, answers: int) -> None:
-    from .worker import attempt, describe, picklable, unpacked
+    from .packing import packed
+    from .results import describe
+    from .worker import attempt, loaded
 
     _limit_memory(request.memory)
     try:
         if request.folder:
             os.chdir(request.folder)
-        function = unpacked(request.packed)
+        function = loaded(request.packed)
     except Exception as error:  # a module that the function needs may raise anything
         write_message(answers, describe(error))
         return
     write_message(answers, None)  # ready: the time of the first file begins
     for path in request.paths:
-        write_message(answers, picklable(attempt(function, path)))
+        write_message(answers, packed(attempt(function, path)))
 
 
 def _limit_memory(limit: int | None) -> None:
     _, hard = resource.getrlimit(resource.RLIMIT_AS)
     soft = hard if limit is None else limit if hard == resource.RLIM_INFINITY else min(limit, hard)
     resource.setrlimit(resource.RLIMIT_AS, (soft, hard))
-
-
-if __name__ == "__main__":
-    main()

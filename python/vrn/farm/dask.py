@@ -3,7 +3,6 @@
 from __future__ import annotations
 
 import functools
-import pickle
 import time
 from collections.abc import Sequence
 from concurrent.futures import CancelledError, Future
@@ -11,8 +10,8 @@ from typing import Any
 
 from .executors import Fate, Pool, folder_of
 from .guard import Limits, work_there
+from .packing import Done, received
 from .work import Work
-from .worker import Report
 
 _COUNT_SECONDS = 2.0  # between questions for the number of workers, which change while a run lasts
 
@@ -49,9 +48,8 @@ class DaskPool:
         sent.add_done_callback(lambda sent: self._finish(sent, future))
         return future
 
-    def report(self, future: Future[Any]) -> Report:
-        report: Report = pickle.loads(future.result())
-        return report
+    def report(self, future: Future[Any]) -> Done:
+        return received(future.result())
 
     def fate(self, error: BaseException) -> Fate:
         if self._client.status != "running":

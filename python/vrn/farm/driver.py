@@ -17,10 +17,10 @@ from typing import Any
 from .executors import Fate, Pool
 from .ledger import Ledger
 from .manifest import Entry, digest
-from .results import FarmError, Outcome, Result, Status
+from .packing import Done, unpacked
+from .results import FarmError, Outcome, Result, Status, describe
 from .sizing import Sizing, weight
 from .work import Work
-from .worker import Report, describe
 
 IN_FLIGHT = 4
 """Batches a worker that are on their way."""
@@ -154,8 +154,8 @@ class Driver:
             else:
                 yield from self._record(batch, report)
 
-    def _record(self, batch: Batch, report: Report) -> list[Result]:
-        worker, outcomes = report
+    def _record(self, batch: Batch, report: Done) -> list[Result]:
+        worker, outcomes = report[0], list(map(unpacked, report[1]))
         if not batch.is_suspect:
             self._sizing.learn(sum(map(weight, batch.entries)), sum(outcome.seconds for outcome in outcomes))
         done = []

@@ -8,16 +8,16 @@ from __future__ import annotations
 
 import enum
 import os
-import pickle
 from collections.abc import Sequence
 from concurrent.futures import BrokenExecutor, CancelledError, Executor, Future, ThreadPoolExecutor
 from typing import Any, Protocol
 
 from .files import is_remote
 from .guard import Children, Limits, guarded, work_there
+from .packing import Done, received
 from .results import FarmError
 from .work import Work
-from .worker import Report, work_here
+from .worker import work_here
 
 ExecutorLike = str | Executor | Any | None
 
@@ -43,7 +43,7 @@ class Pool(Protocol):
     def submit(self, work: Work, paths: Sequence[str], is_suspect: bool) -> Future[Any]:
         """Sends a batch. A suspect one may kill its worker. Raises what a future may."""
 
-    def report(self, future: Future[Any]) -> Report:
+    def report(self, future: Future[Any]) -> Done:
         """The outcomes of a batch that is done. Raises what the executor did."""
 
     def fate(self, error: BaseException) -> Fate:
@@ -107,9 +107,9 @@ class LocalPool:
             return self._executor.submit(guarded, self._children, work.packed, paths, os.getcwd(), self._limits)
         return self._executor.submit(work_here, work.function, paths)
 
-    def report(self, future: Future[Any]) -> Report:
-        report: Report = future.result()
-        return report
+    def report(self, future: Future[Any]) -> Done:
+        done: Done = future.result()
+        return done
 
     def fate(self, error: BaseException) -> Fate:
         return Fate.FATAL
@@ -136,9 +136,8 @@ class ExecutorPool:
     def submit(self, work: Work, paths: Sequence[str], is_suspect: bool) -> Future[Any]:
         return self._executor.submit(work_there, work.packed, paths, folder_of(work, paths), self.limits, is_suspect)
 
-    def report(self, future: Future[Any]) -> Report:
-        report: Report = pickle.loads(future.result())
-        return report
+    def report(self, future: Future[Any]) -> Done:
+        return received(future.result())
 
     def fate(self, error: BaseException) -> Fate:
         if isinstance(error, BrokenExecutor):

@@ -6,6 +6,7 @@ a new child: then it was not the fault of a file before it.
 
 from __future__ import annotations
 
+import contextlib
 import functools
 import os
 import pickle
@@ -19,10 +20,12 @@ from collections.abc import Iterator, Sequence
 from typing import NamedTuple
 
 from .child import Request
+from .packing import Done, sent
 from .results import FarmError, Outcome, Status
-from .worker import Report, pack_report, unpacked, work_here, worker_name
+from .worker import loaded, work_here, worker_name
 
 _START_SECONDS = 60.0  # for a child to start and import what the function needs, if the time of files is limited
+_PROGRAM = "import sys; sys.path[:], sys.argv[1:] = sys.argv[1:], []; from vrn.farm.child import main; main()"
 _PAUSE_SECONDS = 0.005  # between reads of outcomes: waking up for each file costs more than checking it
 
 
@@ -48,11 +51,11 @@ def work_there(packed: bytes, paths: Sequence[str], folder: str, limits: Limits,
     if is_suspect:
         limits = default_limits(limits)
     if limits != Limits() or folder and folder != os.getcwd():
-        return pack_report(guarded(_children_of(os.getpid()), packed, paths, folder, limits))
-    return pack_report(work_here(unpacked(packed), paths))
+        return sent(*guarded(_children_of(os.getpid()), packed, paths, folder, limits))
+    return sent(*work_here(loaded(packed), paths))
 
 
-def guarded(children: Children, packed: bytes, paths: Sequence[str], folder: str, limits: Limits) -> Report:
+def guarded(children: Children, packed: bytes, paths: Sequence[str], folder: str, limits: Limits) -> Done:
     """Works on a batch in child processes of this one."""
     outcomes: list[Outcome] = []
     while len(outcomes) < len(paths):
@@ -60,7 +63,7 @@ def guarded(children: Children, packed: bytes, paths: Sequence[str], folder: str
         outcomes += children.work(rest, limits.seconds)
         if outcomes[-1].status is Status.KILLED:
             alone = rest._replace(paths=(paths[len(outcomes) - 1],))
-            outcomes[-1] = _explained(children.work_alone(alone, limits.seconds), limits)
+            outcomes[-1] = _explained(children.work_alone(alone, limits.seconds)[0], limits)
     return worker_name(), outcomes
 
 
@@ -81,14 +84,21 @@ class Children:
 
     def work(self, request: Request, seconds: float | None) -> list[Outcome]:
         """Outcomes of the files up to the first that killed its child or took too long, included."""
-        child = self._take()
         try:
-            try:
-                child.begin(request, seconds)
-            except _Death:  # an idle child ended of itself
-                self._put(child)
-                child = self._take(is_new=True)
-                child.begin(request, seconds)
+            return self._work(request, seconds)
+        except _Death:  # an idle child ended of itself
+            return self.work_alone(request, seconds)
+
+    def work_alone(self, request: Request, seconds: float | None) -> list[Outcome]:
+        """The same, in a new child."""
+        try:
+            return self._work(request, seconds, is_new=True)
+        except _Death as death:
+            raise FarmError(f"a process for the work ended as it started: {death}") from None
+
+    def _work(self, request: Request, seconds: float | None, is_new: bool = False) -> list[Outcome]:
+        with self._child(is_new) as child:
+            child.begin(request, seconds)
             outcomes = []
             for outcome in child.outcomes(request, seconds):
                 outcomes.append(outcome)
@@ -96,21 +106,17 @@ class Children:
                     child.end()
                     break
             return outcomes
-        except _Death as death:
-            raise FarmError(f"a process for the work ended as it started: {death}") from None
-        finally:
-            self._put(child)
 
-    def work_alone(self, request: Request, seconds: float | None) -> Outcome:
-        """The outcome of a single file, in a child that does nothing else."""
-        child = self._take(is_new=True)
+    @contextlib.contextmanager
+    def _child(self, is_new: bool) -> Iterator[Child]:
+        """A child for one batch. One that is left early is ended: what it still answers is not about the next batch."""
+        child = self._take(is_new)
         try:
-            child.begin(request, seconds)
-            return next(iter(child.outcomes(request, seconds)))
-        except _Death as death:
-            raise FarmError(f"a process for the work ended as it started: {death}") from None
-        finally:
+            yield child
+        except BaseException:
             child.end()
+            raise
+        finally:
             self._put(child)
 
     def close(self) -> None:
@@ -122,7 +128,7 @@ class Children:
         for child in children:
             child.kill()
 
-    def _take(self, is_new: bool = False) -> Child:
+    def _take(self, is_new: bool) -> Child:
         with self._lock:
             if self._is_closed:
                 raise FarmError("the run was ended")
@@ -141,18 +147,22 @@ class Children:
 
 
 class Child:
-    """A child process. One batch at a time."""
+    """A child process. One batch at a time.
+
+    It imports from where this process does, not from the current folder. Its session is its own: a Ctrl-C reaches only
+    this process, which decides.
+    """
 
     def __init__(self) -> None:
-        environment = {**os.environ, "PYTHONPATH": os.pathsep.join(os.path.abspath(folder) for folder in sys.path)}
-        command = [sys.executable, "-m", "vrn.farm.child"]
+        command = [sys.executable, "-c", _PROGRAM, *map(os.path.abspath, sys.path)]
         self._process = subprocess.Popen(
-            command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, env=environment, bufsize=0
+            command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, bufsize=0, start_new_session=True
         )
         assert self._process.stdin and self._process.stdout
         self._requests = self._process.stdin
         self._answers = self._process.stdout
         self._received = bytearray()
+        self._has_started = False
 
     @property
     def is_alive(self) -> bool:
@@ -160,28 +170,33 @@ class Child:
         return self._process.poll() is None
 
     def kill(self) -> None:
-        """Ends the process, from any thread."""
-        self._process.kill()
+        """Ends the process and those that it started, from any thread."""
+        if self.is_alive:
+            with contextlib.suppress(ProcessLookupError):
+                os.killpg(self._process.pid, signal.SIGKILL)
 
     def end(self) -> None:
         """Ends the process, if it still runs, and releases what it used."""
-        self._process.kill()
+        self.kill()
         self._requests.close()
         self._answers.close()
         self._process.wait()
 
     def begin(self, request: Request, seconds: float | None) -> None:
         """Has the child load the function. Raises FarmError if it cannot, _Death if it ended."""
-        deadline = time.monotonic() + max(seconds, _START_SECONDS) if seconds else None
-        pickled = memoryview(pickle.dumps(request, protocol=5))
+        limit = max(seconds, _START_SECONDS) if seconds else None
         try:
-            while pickled:
-                pickled = pickled[self._requests.write(pickled) :]
-        except BrokenPipeError:
-            raise _Death(Status.KILLED, _cause(self._process.wait())) from None
-        problem = self._next(deadline)
+            if not self._has_started:
+                self._next(limit)
+                self._has_started = True
+            self._write(pickle.dumps(request, protocol=5))
+            problem = self._next(limit)
+        except TimeoutError:
+            raise FarmError(
+                f"a process for the work did not start within {limit:.0f} s; "
+                "use fewer workers, or import less in the module of the function"
+            ) from None
         if problem is not None:
-            self.end()
             raise FarmError(f"a worker cannot load the function: {problem}")
 
     def outcomes(self, request: Request, seconds: float | None) -> Iterator[Outcome]:
@@ -189,16 +204,25 @@ class Child:
         for _ in request.paths:
             start = time.monotonic()
             try:
-                outcome = self._next(start + seconds if seconds else None)
-            except _Death as death:
+                outcome = self._next(seconds)
+            except (_Death, TimeoutError) as error:
                 self.end()
-                yield Outcome(death.status, time.monotonic() - start, error=str(death))
+                status = Status.KILLED if isinstance(error, _Death) else Status.TIMEOUT
+                yield Outcome(status, time.monotonic() - start, error=str(error))
                 return
             assert isinstance(outcome, Outcome)
             yield outcome
 
-    def _next(self, deadline: float | None) -> object:
-        """The next message. Raises _Death if none comes."""
+    def _write(self, data: bytes) -> None:
+        try:
+            while data:
+                data = data[self._requests.write(data) :]
+        except BrokenPipeError:
+            raise _Death(_cause(self._process.wait())) from None
+
+    def _next(self, seconds: float | None) -> object:
+        """The next message. Raises _Death if none can come, TimeoutError if none comes in time."""
+        deadline = None if seconds is None else time.monotonic() + seconds
         while (message := self._taken()) is None:
             self._receive(deadline)
         return message[0]
@@ -214,22 +238,23 @@ class Child:
     def _receive(self, deadline: float | None) -> None:
         poll = select.poll()
         poll.register(self._answers, select.POLLIN)
-        wait = None if deadline is None else max(0.0, (deadline - time.monotonic()) * 1000)
-        if not poll.poll(wait):
-            raise _Death(Status.TIMEOUT, "the file takes longer than the limit of time")
+        while not poll.poll(_milliseconds_until(deadline)):
+            if deadline is not None and time.monotonic() >= deadline:
+                raise TimeoutError("the file takes longer than the limit of time")
         data = os.read(self._answers.fileno(), 1 << 20)
         if not data:
-            raise _Death(Status.KILLED, _cause(self._process.wait()))
+            raise _Death(_cause(self._process.wait()))
         self._received += data
         time.sleep(_PAUSE_SECONDS)
 
 
 class _Death(Exception):
-    """The child ended, or has to be."""
+    """The child ended."""
 
-    def __init__(self, status: Status, cause: str) -> None:
-        super().__init__(cause)
-        self.status = status
+
+def _milliseconds_until(deadline: float | None) -> float | None:
+    """For a poll, which takes no more than an hour at once."""
+    return None if deadline is None else min(max(0.0, deadline - time.monotonic()), 3600.0) * 1000
 
 
 def _cause(code: int) -> str:

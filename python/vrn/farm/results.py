@@ -3,11 +3,12 @@
 from __future__ import annotations
 
 import enum
-from collections.abc import Iterable
 from dataclasses import dataclass
 from typing import Any, NamedTuple
 
-from .._errors import Diagnostic, Error
+from .._errors import Diagnostic, Error, ParseError
+
+_MAX_ERROR = 2000  # characters that are kept of a message
 
 
 class FarmError(Error):
@@ -89,6 +90,12 @@ class Result(NamedTuple):
         return 2 if self.verdict in TROUBLE else int(self.verdict is Status.ERRORS)
 
 
-def worst_exit_code(results: Iterable[Result]) -> int:
-    """The exit code of a run: the worst of all files."""
-    return max((result.exit_code for result in results), default=0)
+def describe(error: BaseException) -> str:
+    """An exception for people: what it is, and what it says."""
+    try:
+        text = str(error)[:_MAX_ERROR]
+    except Exception as second:
+        text = f"its text cannot be made: {type(second).__name__}"
+    if text and isinstance(error, ParseError | OSError):
+        return text
+    return f"{type(error).__name__}: {text}" if text else type(error).__name__
