@@ -19,6 +19,7 @@ import pytest
 from conftest import Library
 
 from vrn.farm import FarmError, Result, Run, Status, as_completed, batch
+from vrn.farm.ledger import read_ledger
 
 
 def statuses(run: Run) -> dict[str, str]:
@@ -211,6 +212,15 @@ def _power(path: str, base: int) -> int:
     return base ** os.path.getsize(path)
 
 
+def test_files_without_work_are_recorded(library: Library) -> None:
+    library("a.vrn")
+    for _ in range(2):
+        run = batch(["lib", "none/*.vrn"], functions.size, ledger="run.ledger")
+        assert run.exit_code == 2
+    records = {record.path: (record.status, record.error) for record in read_ledger("run.ledger")}
+    assert records == {"lib/a.vrn": ("ok", ""), "none/*.vrn": ("unreadable", "no file matches")}
+
+
 def test_a_run_that_is_left_goes_on(library: Library) -> None:
     library(good=300)
     results = as_completed("lib", functions.note, ledger="run.ledger", workers=2)
@@ -251,6 +261,12 @@ def test_retries(library: Library) -> None:
     assert [result.error for result in run] == ["RuntimeError: try 2"] * 2
 
 
+@pytest.mark.parametrize("limit", [1e300, float("inf")])
+def test_limits_of_any_size(library: Library, limit: float) -> None:
+    library(good=2)
+    assert batch("lib", functions.size, timeout=limit, memory=(1 << 63) - 1).ok
+
+
 # Mistakes of the caller
 
 
@@ -260,7 +276,10 @@ def test_retries(library: Library) -> None:
         ({"executor": "cloud"}, "executor: .*not 'cloud'"),
         ({"retries": -1}, "retries: 0 or more"),
         ({"timeout": 0}, "timeout: more than 0 seconds"),
-        ({"memory": -5}, "memory: more than 0 bytes"),
+        ({"timeout": float("nan")}, "timeout: more than 0 seconds"),
+        ({"memory": -5}, "memory: more than 0 and less than"),
+        ({"memory": 1 << 63}, "memory: more than 0 and less than"),
+        ({"workers": 0}, "workers: 1 or more, not 0"),
         ({"again": {"lost"}}, "no status is named 'lost'"),
         ({"part": (3, 2)}, "part: a number from 1"),
     ],

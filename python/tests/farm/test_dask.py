@@ -2,14 +2,16 @@
 
 from __future__ import annotations
 
+import asyncio
 import pickle
-from collections.abc import Callable
+from collections.abc import Callable, Coroutine
 from concurrent.futures import CancelledError
 from typing import Any
 
 import functions
 import pytest
 
+from vrn.farm import FarmError
 from vrn.farm.dask import DaskPool
 from vrn.farm.executors import Fate
 from vrn.farm.guard import Limits
@@ -28,6 +30,7 @@ class FakeClient:
     def __init__(self, result: bytes | BaseException) -> None:
         self._result = result
         self.cancelled: list[Any] = []
+        self.threads: dict[str, int] | None = {"a": 2, "b": 3}
 
     def submit(self, *arguments: Any, **options: Any) -> FakeClient:
         assert options == {"pure": False, "retries": 0}
@@ -41,8 +44,23 @@ class FakeClient:
             return self._result
         raise self._result
 
-    def nthreads(self) -> dict[str, int]:
-        return {"a": 2, "b": 3}
+    def nthreads(self, asynchronous: bool = False) -> Any:
+        async def later() -> dict[str, int]:
+            return self.answer()
+
+        return later() if asynchronous else self.answer()
+
+    def answer(self) -> dict[str, int]:
+        if self.threads is None:
+            raise OSError("no connection")
+        return self.threads
+
+    @property
+    def loop(self) -> FakeClient:
+        return self
+
+    def add_callback(self, call: Callable[[], Coroutine[Any, Any, None]]) -> None:
+        asyncio.run(call())
 
     def cancel(self, futures: list[Any]) -> None:
         self.cancelled += futures
@@ -63,15 +81,35 @@ def test_errors(error: Exception, status: str, fate: Fate) -> None:
     future = pool.submit(Work(functions.size), ["/a.vrn"], False)
     client.status = status
     with pytest.raises(type(error)) as raised:
-        pool.report(future)
+        pool.done(future)
     assert pool.fate(raised.value) is fate
 
 
 def test_a_report() -> None:
     pool = DaskPool(FakeClient(pickle.dumps(("worker", []))), None, Limits())
-    assert pool.report(pool.submit(Work(functions.size), ["/a.vrn"], False)) == ("worker", [])
+    assert pool.done(pool.submit(Work(functions.size), ["/a.vrn"], False)) == ("worker", [])
 
 
-def test_workers_are_counted() -> None:
-    assert DaskPool(FakeClient(b""), None, Limits()).workers == 5
-    assert DaskPool(FakeClient(b""), 7, Limits()).workers == 7
+def test_a_batch_that_cannot_be_sent() -> None:
+    client = FakeClient(b"")
+    pool = DaskPool(client, None, Limits())
+    client.status = "connecting"
+    with pytest.raises(FarmError, match="client of Dask is connecting; is its scheduler gone?"):
+        pool.submit(Work(functions.size), ["/a.vrn"], False)
+
+
+def test_workers_are_counted(monkeypatch: pytest.MonkeyPatch) -> None:
+    monkeypatch.setattr("vrn.farm.dask._COUNT_SECONDS", -1.0)
+    client = FakeClient(b"")
+    pool = DaskPool(client, None, Limits())
+    assert DaskPool(client, 7, Limits()).workers == 7
+    for threads, expected in ({"a": 2, "b": 3}, 5), ({"a": 2}, 2), (None, 2), ({}, 1):
+        client.threads = threads
+        assert pool.workers == expected
+
+
+def test_a_scheduler_that_is_gone_is_an_error() -> None:
+    client = FakeClient(b"")
+    client.threads = None
+    with pytest.raises(FarmError, match="scheduler of Dask does not answer: no connection"):
+        DaskPool(client, None, Limits())

@@ -47,7 +47,7 @@ class FakePool:
         future.set_result((paths, is_suspect))
         return future
 
-    def report(self, future: Future[Any]) -> Done:
+    def done(self, future: Future[Any]) -> Done:
         self.flying -= 1
         paths, is_suspect = future.result()
         self._problem(paths, is_suspect)
@@ -64,9 +64,9 @@ class FakePool:
         self.is_closed = True
 
 
-def run(pool: FakePool, count: int) -> list[Result]:
+def run(pool: FakePool, count: int, retries: int = 0) -> list[Result]:
     entries = (Entry(f"{number:05}.vrn", 1000) for number in range(count))
-    return list(Driver(entries, Work(functions.size), pool, None, (), 0).results())
+    return list(Driver(entries, Work(functions.size), pool, None, (), retries).results())
 
 
 def nothing(paths: Sequence[str], is_suspect: bool) -> None:
@@ -96,7 +96,7 @@ def test_a_deadly_file_is_found_by_halving() -> None:
     assert not first[1] and all(is_suspect for _, is_suspect in others)
     for (before, _), (size, _) in zip(with_it, others):
         assert size in (before // 2, (before + 1) // 2)
-    assert with_it[-1][0] == 1
+    assert [size for size, _ in with_it[-2:]] == [1, 1]
     assert len(with_it) <= first[0].bit_length() + 2
     assert pool.renewals == len(with_it)
 
@@ -109,6 +109,73 @@ def test_a_single_file_is_tried_once_more_under_suspicion() -> None:
     pool = FakePool(1, dies_once)
     assert [result.status for result in run(pool, 1)] == ["ok"]
     assert [is_suspect for _, is_suspect in pool.batches] == [False, True]
+
+
+def test_neighbours_of_deadly_files_are_not_blamed() -> None:
+    """Whatever is on its way with a deadly file dies with it."""
+    flying: list[Sequence[str]] = []
+    deadly = {f"{number:05}.vrn" for number in range(0, 300, 30)}
+
+    def dies(paths: Sequence[str], is_suspect: bool) -> None:
+        if any(path in deadly for batch in flying for path in batch):
+            raise Died("gone")
+
+    class Shared(FakePool):
+        def submit(self, work: Work, paths: Sequence[str], is_suspect: bool) -> Future[Any]:
+            flying.append(paths)
+            return super().submit(work, paths, is_suspect)
+
+        def done(self, future: Future[Any]) -> Done:
+            try:
+                return super().done(future)
+            finally:
+                flying.remove(future.result()[0])
+
+    results = run(Shared(3, dies), 300)
+    assert len(results) == 300
+    assert {result.path for result in results if result.status == "killed"} == deadly
+
+
+def test_a_pool_that_is_found_broken_when_a_batch_is_sent() -> None:
+    class Broken(FakePool):
+        def submit(self, work: Work, paths: Sequence[str], is_suspect: bool) -> Future[Any]:
+            if self.renewals < 3:
+                raise Died("before")
+            return super().submit(work, paths, is_suspect)
+
+    pool = Broken(1, nothing)
+    assert {result.status for result in run(pool, 1)} == {Status.OK}
+    assert pool.batches == [(("00000.vrn",), False)]
+
+
+def test_a_pool_that_is_always_broken_ends_the_run() -> None:
+    class Broken(FakePool):
+        def submit(self, work: Work, paths: Sequence[str], is_suspect: bool) -> Future[Any]:
+            raise Died("before")
+
+    pool = Broken(1, nothing)
+    with pytest.raises(FarmError, match="lost the same batch 6 times: Died: before"):
+        run(pool, 1)
+    assert pool.is_closed
+
+
+def test_files_that_failed_together_are_tried_again_together() -> None:
+    tried: set[str] = set()
+
+    class Failing(FakePool):
+        def done(self, future: Future[Any]) -> Done:
+            worker, outcomes = super().done(future)
+            paths, _ = future.result()
+            for index, path in enumerate(paths):
+                if path not in tried:
+                    outcomes[index] = Outcome(Status.FAILED, 0.001, error="first try")
+            tried.update(paths)
+            return worker, outcomes
+
+    pool = Failing(1, nothing)
+    assert {result.status for result in run(pool, 2000, retries=1)} == {Status.OK}
+    batches = [paths for paths, _ in pool.batches]
+    assert len(set(batches)) * 2 == len(batches)
 
 
 def test_lost_batches_are_sent_again_as_they_are() -> None:

@@ -94,6 +94,14 @@ def test_convert(scenes: Path, request: pytest.FixtureRequest, executor: str) ->
     assert [result.path for result in again if result.status == "ok"] == ["lib/sub/a.vrn"]
 
 
+@pytest.mark.parametrize("parts", [1, 2, 3])
+def test_two_files_with_one_output_in_different_parts(scenes: Path, parts: int) -> None:
+    target = ops.convert("out/./x/../{stem}.glb")
+    runs = [batch(["lib/a.vrn", "lib/**/?.vrn"], target, part=(number, parts)) for number in range(1, parts + 1)]
+    found = sorted((result.path, str(result.status)) for run in runs for result in run)
+    assert found == [("lib/a.vrn", "ok"), ("lib/sub/a.vrn", "failed"), ("lib/sub/b.vrn", "ok")]
+
+
 def test_two_files_with_one_output(scenes: Path) -> None:
     run = batch("lib/**/a.vrn", ops.convert("out/{stem}.glb"))
     assert [(result.path, result.status) for result in sorted(run)] == [("lib/a.vrn", "ok"), ("lib/sub/a.vrn", "failed")]

@@ -4,6 +4,8 @@ from __future__ import annotations
 
 import os
 import pickle
+from collections.abc import Sequence
+from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 from typing import Any
 
@@ -13,8 +15,10 @@ from conftest import Library
 from test_batch import essence
 
 from vrn.farm import Run, batch
-from vrn.farm.guard import Limits, default_limits, work_there
-from vrn.farm.packing import received, unpacked
+from vrn.farm.executors import ExecutorPool
+from vrn.farm.guard import Children, Limits, default_limits, work_there
+from vrn.farm.packing import Done, received, unpacked
+from vrn.farm.work import Work
 
 GIB = 1 << 30
 
@@ -88,6 +92,23 @@ def test_limits_of_suspects() -> None:
     limits = default_limits(Limits())
     assert limits.seconds == 3600
     assert limits.memory and limits.memory > GIB // 4
+
+
+def test_suspects_have_limits_in_the_place_of_a_broken_pool(library: Library, monkeypatch: pytest.MonkeyPatch) -> None:
+    library("a.vrn")
+    seen: list[Limits] = []
+
+    def noted(children: Children, packed: bytes, paths: Sequence[str], folder: str, limits: Limits) -> Done:
+        seen.append(limits)
+        return "worker", []
+
+    monkeypatch.setattr("vrn.farm.executors.guarded", noted)
+    with ThreadPoolExecutor(1) as executor:
+        pool = ExecutorPool(executor, 1, Limits()).renewed()
+        for is_suspect in False, True:
+            pool.submit(Work(functions.size), ["a.vrn"], is_suspect).result()
+        pool.close()
+    assert seen == [Limits(), default_limits(Limits())]
 
 
 def test_suspects_are_worked_on_in_children(library: Library) -> None:

@@ -2,24 +2,27 @@
 
 At most four batches a worker are on their way. A batch that dies with its worker is halved, and its halves are worked
 on in child processes of the workers, within limits; so the worker survives, and the file that is to blame is known. A
-half that dies in spite of that is halved again, down to single files, which are recorded as killed.
+half that dies in spite of that is halved again, down to single files. A single file that dies with its worker is tried
+once more while nothing else is on its way: only if it dies then, too, is it to blame, not a neighbour.
 """
 
 from __future__ import annotations
 
 import contextlib
+import queue
 from collections import deque
-from collections.abc import Callable, Collection, Iterable, Iterator
-from concurrent.futures import FIRST_COMPLETED, Future, wait
+from collections.abc import Collection, Iterable, Iterator
+from concurrent.futures import Future
 from dataclasses import dataclass
 from typing import Any
 
 from .executors import Fate, Pool
-from .ledger import Ledger
-from .manifest import Entry, digest
+from .ledger import Ledger, Record
+from .manifest import Entry
 from .packing import Done, unpacked
 from .results import FarmError, Outcome, Result, Status, describe
 from .sizing import Sizing, weight
+from .targets import is_target_missing
 from .work import Work
 
 IN_FLIGHT = 4
@@ -37,6 +40,8 @@ class Batch:
 
     entries: list[Entry]
     is_suspect: bool = False
+    is_accused: bool = False
+    """Whether nothing else may be on its way while this single file is."""
     losses: int = 0
 
     def halves(self) -> Iterator[Batch]:
@@ -64,9 +69,10 @@ class Driver:
         self._waiting: deque[Entry] = deque()
         self._waiting_weight = 0
         self._ready: deque[Batch] = deque()  # before the files that wait
+        self._accused: deque[Batch] = deque()  # before these
         self._flying: dict[Future[Any], tuple[Batch, Pool]] = {}
+        self._landed: queue.SimpleQueue[Future[Any]] = queue.SimpleQueue()
         self._sizing = Sizing(pool.batch_seconds)
-        self._targets = _Targets(work.function)
 
     def results(self) -> Iterator[Result]:
         """Results, as they come; they are in the ledger before. Closing the iterator cancels what has not begun."""
@@ -78,31 +84,61 @@ class Driver:
                     return
                 if self._has_more and len(self._waiting) < _LOOK_AHEAD:
                     yield from self._list(_LOOK_STEP)
-                    pause = _LOOK_PAUSE
+                    yield from self._land(_LOOK_PAUSE)
                 else:
-                    pause = None
-                yield from self._land(wait(self._flying, pause, FIRST_COMPLETED).done)
+                    yield from self._land(None)
 
     def _stop(self) -> None:
         for future in self._flying:
             future.cancel()
         self._pool.close()
 
+    # What is sent
+
     def _fill(self) -> Iterator[Result]:
         """Sends batches until enough are on their way."""
-        while len(self._flying) < IN_FLIGHT * self._pool.workers:
-            if self._ready:
-                yield from self._send(self._ready.popleft())
-                continue
-            yield from self._list_up_to(self._sizing.budget)
-            if not self._waiting:
-                return
-            budget = self._sizing.budget
-            if not self._has_more:
-                budget = self._sizing.last_budget(self._waiting_weight, self._pool.workers)
-            entries = self._sizing.take(self._waiting, budget)
-            self._waiting_weight -= sum(map(weight, entries))
-            yield from self._send(Batch(entries))
+        while len(self._flying) < IN_FLIGHT * self._pool.workers and not self._is_trial():
+            if self._accused:
+                if self._flying:
+                    return
+                self._send(self._accused.popleft())
+            elif self._ready:
+                self._send(self._ready.popleft())
+            else:
+                yield from self._list_up_to(self._sizing.budget)
+                if not self._waiting:
+                    return
+                self._send(self._next_batch())
+
+    def _is_trial(self) -> bool:
+        """Whether what is on its way is an accused file, which is alone."""
+        return len(self._flying) == 1 and next(iter(self._flying.values()))[0].is_accused
+
+    def _next_batch(self) -> Batch:
+        budget = self._sizing.budget
+        if not self._has_more:
+            budget = self._sizing.last_budget(self._waiting_weight, self._pool.workers)
+        entries = self._sizing.take(self._waiting, budget)
+        self._waiting_weight -= sum(map(weight, entries))
+        return Batch(entries)
+
+    def _send(self, batch: Batch) -> None:
+        try:
+            future = self._pool.submit(self._work, [entry.path for entry in batch.entries], batch.is_suspect)
+        except Exception as error:  # executors differ in what they raise; whatever it is, the batch was not begun
+            self._fate(self._pool, error)
+            self._send_again(batch, error)
+        else:
+            self._flying[future] = batch, self._pool
+            future.add_done_callback(self._landed.put)
+
+    def _send_again(self, batch: Batch, error: BaseException) -> None:
+        batch.losses += 1
+        if batch.losses > _MAX_LOSSES:
+            raise FarmError(f"the executor lost the same batch {batch.losses} times: {describe(error)}") from error
+        (self._accused if batch.is_accused else self._ready).append(batch)
+
+    # What is listed
 
     def _list_up_to(self, budget: int) -> Iterator[Result]:
         while self._has_more and (not self._waiting or self._waiting_weight < budget):
@@ -115,56 +151,54 @@ class Driver:
             if entry is None:
                 self._has_more = False
                 return
-            result = self._result_without_work(entry)
-            if result:
-                yield result
+            if entry.problem:
+                yield from self._recorded([(entry, Result(entry.path, entry.verdict, error=entry.problem))])
+            elif record := self._valid_record(entry):
+                yield record.as_result()._replace(status=Status.UNCHANGED, previous=record.status)
             else:
                 self._waiting.append(entry)
                 self._waiting_weight += weight(entry)
 
-    def _result_without_work(self, entry: Entry) -> Result | None:
-        if entry.problem:
-            return Result(entry.path, Status.UNREADABLE, error=entry.problem)
-        if conflict := self._targets.conflict(entry.path):
-            return Result(entry.path, Status.FAILED, error=conflict)
+    def _valid_record(self, entry: Entry) -> Record | None:
+        """The record of a file that is not worked on again."""
         record = self._ledger.find(entry) if self._ledger else None
-        if record is None or record.status in self._again or self._targets.is_missing(entry.path, record.status):
+        if record is None or record.status in self._again:
             return None
-        return record.as_result()._replace(status=Status.UNCHANGED, previous=record.status)
+        if record.status is Status.OK and is_target_missing(self._work.function, entry.path):
+            return None
+        return record
 
-    def _send(self, batch: Batch) -> list[Result]:
-        """Sends a batch. There are results if the executor refuses, and the file is to blame."""
-        paths = [entry.path for entry in batch.entries]
+    # What comes back
+
+    def _land(self, seconds: float | None) -> Iterator[Result]:
+        """Waits for the next batch that is done, at most so long."""
         try:
-            future = self._pool.submit(self._work, paths, batch.is_suspect)
-        except Exception as error:  # executors differ in what they raise
-            return self._blame(batch, self._pool, error)
-        self._flying[future] = batch, self._pool
-        return []
+            future = self._landed.get(timeout=seconds)
+        except queue.Empty:
+            return
+        batch, pool = self._flying.pop(future)
+        try:
+            done = pool.done(future)
+        except BaseException as error:
+            if isinstance(error, KeyboardInterrupt):
+                raise
+            yield from self._blame(batch, pool, error)
+        else:
+            yield from self._record(batch, done)
 
-    def _land(self, done: Iterable[Future[Any]]) -> Iterator[Result]:
-        for future in done:
-            batch, pool = self._flying.pop(future)
-            try:
-                report = pool.report(future)
-            except BaseException as error:
-                if isinstance(error, KeyboardInterrupt):
-                    raise
-                yield from self._blame(batch, pool, error)
-            else:
-                yield from self._record(batch, report)
-
-    def _record(self, batch: Batch, report: Done) -> list[Result]:
-        worker, outcomes = report[0], list(map(unpacked, report[1]))
+    def _record(self, batch: Batch, done: Done) -> list[Result]:
+        worker, outcomes = done[0], list(map(unpacked, done[1]))
         if not batch.is_suspect:
             self._sizing.learn(sum(map(weight, batch.entries)), sum(outcome.seconds for outcome in outcomes))
-        done = []
+        results, failed = [], []
         for entry, outcome in zip(batch.entries, outcomes, strict=True):
             if self._is_tried_again(entry, outcome):
-                self._ready.append(Batch([entry], batch.is_suspect))
+                failed.append(entry)
             else:
-                done.append((entry, _result(entry, outcome, worker)))
-        return self._recorded(done)
+                results.append((entry, _result(entry, outcome, worker)))
+        if failed:
+            self._ready.append(Batch(failed, batch.is_suspect))
+        return self._recorded(results)
 
     def _recorded(self, results: list[tuple[Entry, Result]]) -> list[Result]:
         if self._ledger:
@@ -181,52 +215,30 @@ class Driver:
         return True
 
     def _blame(self, batch: Batch, pool: Pool, error: BaseException) -> list[Result]:
-        """Decides what follows from an error of the executor. Raises FarmError if no batch can be done."""
+        """Decides what becomes of a batch that came back with an error of the executor."""
+        fate = self._fate(pool, error)
+        if fate is Fate.LOST:
+            self._send_again(batch, error)
+        elif len(batch.entries) > 1 or not batch.is_suspect:
+            self._ready.extend(batch.halves())
+        elif not batch.is_accused:
+            self._accused.append(Batch(batch.entries, is_suspect=True, is_accused=True))
+        else:
+            (entry,) = batch.entries
+            outcome = Outcome(Status.KILLED, error=f"the worker died of it: {describe(error)}")
+            return self._recorded([(entry, _result(entry, outcome, ""))])
+        return []
+
+    def _fate(self, pool: Pool, error: BaseException) -> Fate:
+        """What the error means for one batch. Raises FarmError if no batch can be done."""
         fate = pool.fate(error)
         if fate is Fate.FATAL:
             if isinstance(error, FarmError):
                 raise error
             raise FarmError(f"the executor cannot run batches: {describe(error)}") from error
-        if fate is Fate.LOST:
-            batch.losses += 1
-            if batch.losses > _MAX_LOSSES:
-                raise FarmError(f"the executor lost the same batch {batch.losses} times: {describe(error)}") from error
-            self._ready.append(batch)
-            return []
-        if pool is self._pool:
+        if fate is Fate.DIED and pool is self._pool:
             self._pool = pool.renewed()
-        if batch.is_suspect and len(batch.entries) == 1:
-            outcome = Outcome(Status.KILLED, error=f"the worker died of it: {describe(error)}")
-            return self._recorded([(batch.entries[0], _result(batch.entries[0], outcome, ""))])
-        self._ready.extend(batch.halves())
-        return []
-
-
-class _Targets:
-    """The files that the work writes: two files must not have the same one, and one that is gone is made again."""
-
-    def __init__(self, function: Callable[[str], Any]) -> None:
-        self._target: Callable[[str], str] | None = getattr(function, "target", None)
-        self._taken: set[int] = set()
-
-    def conflict(self, path: str) -> str:
-        """Why the file cannot be worked on; empty if it can."""
-        if not self._target:
-            return ""
-        target = self._target(path)
-        identity = digest(target)
-        if identity in self._taken:
-            return f"{target} is the output of another file; use {{parent}} in the name of outputs"
-        self._taken.add(identity)
-        return ""
-
-    def is_missing(self, path: str, status: Status) -> bool:
-        """Whether the output of a file that is done does not exist any more."""
-        if not self._target or status is not Status.OK:
-            return False
-        from .files import exists
-
-        return not exists(self._target(path))
+        return fate
 
 
 def _result(entry: Entry, outcome: Outcome, worker: str) -> Result:

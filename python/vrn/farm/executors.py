@@ -13,7 +13,7 @@ from concurrent.futures import BrokenExecutor, CancelledError, Executor, Future,
 from typing import Any, Protocol
 
 from .files import is_remote
-from .guard import Children, Limits, guarded, work_there
+from .guard import Children, Limits, default_limits, guarded, work_there
 from .packing import Done, received
 from .results import FarmError
 from .work import Work
@@ -43,7 +43,7 @@ class Pool(Protocol):
     def submit(self, work: Work, paths: Sequence[str], is_suspect: bool) -> Future[Any]:
         """Sends a batch. A suspect one may kill its worker. Raises what a future may."""
 
-    def report(self, future: Future[Any]) -> Done:
+    def done(self, future: Future[Any]) -> Done:
         """The outcomes of a batch that is done. Raises what the executor did."""
 
     def fate(self, error: BaseException) -> Fate:
@@ -104,10 +104,11 @@ class LocalPool:
 
     def submit(self, work: Work, paths: Sequence[str], is_suspect: bool) -> Future[Any]:
         if self._is_guarded:
-            return self._executor.submit(guarded, self._children, work.packed, paths, os.getcwd(), self._limits)
+            limits = default_limits(self._limits) if is_suspect else self._limits
+            return self._executor.submit(guarded, self._children, work.packed, paths, os.getcwd(), limits)
         return self._executor.submit(work_here, work.function, paths)
 
-    def report(self, future: Future[Any]) -> Done:
+    def done(self, future: Future[Any]) -> Done:
         done: Done = future.result()
         return done
 
@@ -136,7 +137,7 @@ class ExecutorPool:
     def submit(self, work: Work, paths: Sequence[str], is_suspect: bool) -> Future[Any]:
         return self._executor.submit(work_there, work.packed, paths, folder_of(work, paths), self.limits, is_suspect)
 
-    def report(self, future: Future[Any]) -> Done:
+    def done(self, future: Future[Any]) -> Done:
         return received(future.result())
 
     def fate(self, error: BaseException) -> Fate:

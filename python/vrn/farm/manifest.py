@@ -20,6 +20,7 @@ from collections.abc import Iterable, Iterator
 from typing import Any, NamedTuple
 
 from .files import file_system, is_remote
+from .results import Status
 
 Path = str | os.PathLike[str]
 _MAGIC = re.compile(r"[*?\[]")
@@ -34,7 +35,9 @@ class Entry(NamedTuple):
     key: str = ""
     """Differs if the content does: size and time of the last change. Empty if unknown."""
     problem: str = ""
-    """Why there is no such file, for a source that leads to none."""
+    """Why there is nothing to work on."""
+    verdict: Status = Status.UNREADABLE
+    """The status of an entry with a problem."""
 
 
 def manifest(sources: Path | Iterable[Path]) -> Iterator[Entry]:

@@ -2,11 +2,13 @@
 
 from __future__ import annotations
 
+import contextlib
 import os
 from array import array
 from collections.abc import Collection, Generator, Iterable, Iterator, Sequence
 from typing import Any, overload
 
+from .._vrn import __version__
 from .driver import Driver
 from .executors import ExecutorLike, pool_for
 from .guard import Limits
@@ -14,6 +16,7 @@ from .ledger import Ledger
 from .manifest import Path, manifest, part_of
 from .report import Report
 from .results import Result, Status
+from .targets import without_conflicts
 from .work import Function, Work
 
 AGAIN: frozenset[str] = frozenset({"failed", "unreadable"})
@@ -40,34 +43,25 @@ def as_completed(
     """
     work = Work(function)
     limits = _limits(timeout, memory)
+    if workers is not None and workers < 1:
+        raise ValueError(f"workers: 1 or more, not {workers}")
     if retries < 0:
         raise ValueError(f"retries: 0 or more, not {retries}")
     if unknown := set(again) - {status.value for status in Status}:
         raise ValueError(f"again: no status is named {min(unknown)!r}")
     if part and not 1 <= part[0] <= part[1]:
         raise ValueError(f"part: a number from 1 to the number of parts, not {part[0]} of {part[1]}")
-    return _results(paths, work, executor, workers, ledger, retries, limits, again, part)
-
-
-def _results(
-    paths: Path | Iterable[Path],
-    work: Work,
-    executor: ExecutorLike,
-    workers: int | None,
-    ledger: Path | None,
-    retries: int,
-    limits: Limits,
-    again: Collection[str],
-    part: tuple[int, int] | None,
-) -> Generator[Result, None, None]:
-    entries = manifest(paths)
+    work_on_record = f"{work.identity} vrn {__version__}" if ledger is not None else ""
+    entries = without_conflicts(manifest(paths), function)
     if part:
         entries = part_of(entries, *part)
-    if ledger is None:
-        yield from Driver(entries, work, pool_for(executor, limits, workers), None, again, retries).results()
-        return
-    with Ledger(ledger, _with_version(work.identity)) as opened:
-        yield from Driver(entries, work, pool_for(executor, limits, workers), opened, again, retries).results()
+
+    def results() -> Generator[Result, None, None]:
+        with contextlib.ExitStack() as stack:
+            opened = stack.enter_context(Ledger(ledger, work_on_record)) if ledger is not None else None
+            yield from Driver(entries, work, pool_for(executor, limits, workers), opened, again, retries).results()
+
+    return results()
 
 
 def batch(paths: Path | Iterable[Path], function: Function, **options: Any) -> Run:
@@ -168,18 +162,13 @@ class Run(Sequence[Result]):
 
 
 _STATUSES = list(Status)
+_MAX_MEMORY = (1 << 63) - 1  # that a system can limit
 _NOTHING: tuple[Any, ...] = (None, (), "", None)
 
 
 def _limits(timeout: float | None, memory: int | None) -> Limits:
-    if timeout is not None and timeout <= 0:
+    if timeout is not None and not timeout > 0:
         raise ValueError(f"timeout: more than 0 seconds, not {timeout}")
-    if memory is not None and memory <= 0:
-        raise ValueError(f"memory: more than 0 bytes, not {memory}")
+    if memory is not None and not 0 < memory <= _MAX_MEMORY:
+        raise ValueError(f"memory: more than 0 and less than 2**63 bytes, not {memory}")
     return Limits(timeout, memory)
-
-
-def _with_version(identity: str) -> str:
-    from .._vrn import __version__
-
-    return f"{identity} vrn {__version__}"
