@@ -1,7 +1,7 @@
 """What is usually done with many files: functions of a path, for `vrn.batch`.
 
     vrn.batch("lib/**/*.vrn", vrn.ops.check)
-    vrn.batch("lib/**/*.vrn", functools.partial(vrn.ops.check, catalogue="types.json"))
+    vrn.batch("lib/**/*.vrn", vrn.ops.checking(catalogue="types.json"))
     vrn.batch("lib/**/*.vrn", vrn.ops.convert("out/{parent}/{stem}.glb"))
 """
 
@@ -36,7 +36,7 @@ def check(
 def checking(
     *, catalogue: str | None = None, ignored: tuple[str, ...] = (), pedantic: bool = False
 ) -> Callable[[str], Answer]:
-    """`check` with options. Ledgers know the catalogue by its content."""
+    """`check` with options. Ledgers know the catalogue by its content; that of a partial of `check` only by its name."""
     is_file = catalogue != "builtin"
     return _Check(os.path.abspath(catalogue) if catalogue and is_file else catalogue, ignored, pedantic)
 

@@ -3,14 +3,13 @@
 from __future__ import annotations
 
 import functools
-import hashlib
 import importlib
-import inspect
 import io
 import pickle
 from collections.abc import Callable
 from typing import Any
 
+from .identity import identity, is_compiled, name_of
 from .results import FarmError
 
 Function = Callable[[str], Any]
@@ -23,7 +22,11 @@ class Work:
         if not callable(function):
             raise TypeError(f"the work must be a function of a path, not {type(function).__name__}")
         self.function = function
-        self.identity = identity(function)
+
+    @functools.cached_property
+    def identity(self) -> str:
+        """What ledgers know the function by. Raises ValueError if there is no way to tell it from others."""
+        return identity(self.function)
 
     @functools.cached_property
     def packed(self) -> bytes:
@@ -41,20 +44,20 @@ class Work:
             import cloudpickle
         except ImportError:
             raise FarmError(
-                f"{_name(self.function)} cannot be sent to other processes: {reason}; "
+                f"{name_of(self.function)} cannot be sent to other processes: {reason}; "
                 "move it to a module, or install cloudpickle"
             ) from None
         try:
             return bytes(cloudpickle.dumps(self.function, protocol=5))
         except Exception as error:  # anything that the function refers to may refuse
-            raise FarmError(f"{_name(self.function)} cannot be sent to other processes: {error}") from error
+            raise FarmError(f"{name_of(self.function)} cannot be sent to other processes: {error}") from error
 
 
 class _Pickler(pickle.Pickler):
     """Pickles functions that are written in C++ by their names, as others are."""
 
     def reducer_override(self, value: Any) -> Any:
-        if type(value).__name__ == "nb_func":
+        if is_compiled(value):
             return named, (value.__module__, value.__name__)
         return NotImplemented
 
@@ -68,24 +71,3 @@ def _dumps(function: Function) -> bytes:
     packed = io.BytesIO()
     _Pickler(packed, protocol=5).dump(function)
     return packed.getvalue()
-
-
-def identity(function: Function) -> str:
-    """What makes two functions the same work: name, arguments that are bound, and the text of the function."""
-    own = getattr(function, "identity", None)
-    if isinstance(own, str):
-        return own
-    if isinstance(function, functools.partial):
-        bound = [repr(value) for value in function.args]
-        bound += [f"{name}={value!r}" for name, value in sorted(function.keywords.items())]
-        return f"{identity(function.func)}({', '.join(bound)})"
-    try:
-        text = inspect.getsource(function)
-    except (OSError, TypeError):
-        return _name(function)  # built in, or typed at a prompt
-    return f"{_name(function)} {hashlib.blake2b(text.encode(errors='replace'), digest_size=8).hexdigest()}"
-
-
-def _name(function: Function) -> str:
-    named = function if hasattr(function, "__qualname__") else type(function)
-    return f"{named.__module__}.{named.__qualname__}"
