@@ -50,6 +50,14 @@ def decorated(function: Function, times: int = 1) -> Function:
     return wrapper
 
 
+def decorated_otherwise(function: Function, times: int = 1) -> Function:
+    @functools.wraps(function)
+    def wrapper(path: str) -> Any:
+        return [function(path)] * times
+
+    return wrapper
+
+
 def recursive(value: Any) -> Function:
     def inner(path: str) -> Any:
         return inner(path[1:]) if path else value
@@ -109,7 +117,8 @@ def test_other_values_are_other_work(maker: str) -> None:
 
 
 def test_other_functions_are_other_work() -> None:
-    functions = [plain, other, decorated(plain), decorated(other), decorated(plain, 2), Scaled, len, vrn.check, ops.check]
+    functions: list[Function] = [plain, other, Scaled, len, vrn.check, ops.check]
+    functions += [decorated(plain), decorated(other), decorated(plain, 2), decorated_otherwise(plain)]
     assert len({identity(function) for function in functions}) == len(functions)
 
 

@@ -2,8 +2,11 @@
 
 from __future__ import annotations
 
+import errno
+import inspect
 import itertools
 import os
+import sys
 from pathlib import Path
 
 import pytest
@@ -65,6 +68,53 @@ def test_sources_without_files_are_problems(tree: Path, source: str) -> None:
     (entry,) = manifest(source)
     assert entry.path == source
     assert entry.problem.startswith("no ")
+
+
+@pytest.mark.parametrize("source", ["lib", "lib/**/*.vrn", "lib/*/*.vrn", "lib/**/d.vrn", "**"])
+def test_folders_that_cannot_be_listed_are_problems(
+    tree: Path, monkeypatch: pytest.MonkeyPatch, source: str
+) -> None:
+    """Anything may be in them."""
+    scandir = os.scandir
+
+    def refusing(path: str) -> object:
+        if path == "lib/x":
+            raise PermissionError(errno.EACCES, os.strerror(errno.EACCES), path)
+        return scandir(path)
+
+    monkeypatch.setattr(os, "scandir", refusing)
+    problems = [(entry.path, entry.problem) for entry in manifest(source) if entry.problem]
+    assert problems == [("lib/x", "the folder cannot be listed: Permission denied")]
+
+
+@pytest.mark.parametrize(
+    ("source", "expected"), [("lib", ["lib/loop.vrn", *ALL]), ("lib/*/c.vrn", ["lib/link/c.vrn", "lib/x/c.vrn"])]
+)
+def test_links_to_themselves(tree: Path, source: str, expected: list[str]) -> None:
+    (tree / "loop.vrn").symlink_to("loop.vrn")
+    (tree / "loop").symlink_to("loop")
+    assert sorted(paths(source)) == sorted(expected)
+
+
+def test_folders_are_listed_once(tree: Path, monkeypatch: pytest.MonkeyPatch) -> None:
+    listed: list[str] = []
+    scandir = os.scandir
+    monkeypatch.setattr(os, "scandir", lambda path: listed.append(path) or scandir(path))
+    assert paths("lib/**/*.vrn") == ALL
+    assert listed == ["lib", "lib/dir.vrn", "lib/x", "lib/x/y"]
+
+
+def test_folders_of_any_depth(tree: Path) -> None:
+    deep = tree / "/".join("d" * 200)
+    deep.mkdir(parents=True)
+    (deep / "e.vrn").touch()
+    limit = sys.getrecursionlimit()
+    sys.setrecursionlimit(len(inspect.stack()) + 100)
+    try:
+        found = paths("lib/d/**/e.vrn")
+    finally:
+        sys.setrecursionlimit(limit)
+    assert found == [str(deep / "e.vrn")]
 
 
 def test_names_that_are_not_utf8(tree: Path) -> None:

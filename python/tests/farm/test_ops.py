@@ -102,6 +102,16 @@ def test_two_files_with_one_output_in_different_parts(scenes: Path, parts: int) 
     assert found == [("lib/a.vrn", "ok"), ("lib/sub/a.vrn", "failed"), ("lib/sub/b.vrn", "ok")]
 
 
+def test_two_names_of_one_output(scenes: Path) -> None:
+    run = batch(["lib/sub/a.vrn", "lib/./a.vrn"], ops.convert("out/{parent}/../{stem}.glb"), workers=1)
+    assert [str(result.status) for result in run] == ["ok", "ok"]
+    other = Path("lib/other/a.vrn")
+    other.parent.mkdir()
+    other.write_text(MESH)
+    run = batch(["lib/sub/a.vrn", "lib/other/a.vrn"], ops.convert("out/{parent}/../{stem}.glb"))
+    assert sorted((result.path, str(result.status)) for result in run) == [("lib/other/a.vrn", "failed"), ("lib/sub/a.vrn", "ok")]
+
+
 def test_two_files_with_one_output(scenes: Path) -> None:
     run = batch("lib/**/a.vrn", ops.convert("out/{stem}.glb"))
     assert [(result.path, result.status) for result in sorted(run)] == [("lib/a.vrn", "ok"), ("lib/sub/a.vrn", "failed")]

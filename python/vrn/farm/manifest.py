@@ -12,6 +12,7 @@ does not depend on the number of files, but for 100 bytes a file if several sour
 from __future__ import annotations
 
 import fnmatch
+import functools
 import hashlib
 import os
 import re
@@ -20,7 +21,7 @@ from collections.abc import Iterable, Iterator
 from typing import Any, NamedTuple
 
 from .files import file_system, is_remote
-from .results import Status
+from .results import Status, describe
 
 Path = str | os.PathLike[str]
 _MAGIC = re.compile(r"[*?\[]")
@@ -80,13 +81,13 @@ def _files(source: str) -> Iterator[Entry]:
 def _local_files(source: str) -> Iterator[Entry]:
     if _MAGIC.search(source) and not os.path.lexists(source):
         root = os.sep if source.startswith(os.sep) else ""
-        return _matches(root, [segment for segment in source.split(os.sep) if segment])
+        return _matches(_Folder(root), [segment for segment in source.split(os.sep) if segment])
     try:
         status = os.stat(source)
     except OSError:
         return iter([Entry(source)])  # the worker reports why it cannot be read
     if stat.S_ISDIR(status.st_mode):
-        return _matches(source, ["**", "*.vrn"])
+        return _matches(_Folder(source), ["**", "*.vrn"])
     return iter([_entry(source, status)])
 
 
@@ -94,26 +95,70 @@ def _entry(path: str, status: os.stat_result) -> Entry:
     return Entry(path, status.st_size, f"{status.st_size}-{status.st_mtime_ns}")
 
 
-def _matches(folder: str, segments: list[str]) -> Iterator[Entry]:
+class _Folder:
+    """A folder that is listed once, if that is needed. The current one, of relative patterns, has an empty path."""
+
+    def __init__(self, path: str) -> None:
+        self.path = path
+        self._problem = ""
+
+    @functools.cached_property
+    def _items(self) -> list[os.DirEntry[str]]:
+        """What is in the folder, by name. A folder that does not exist is empty."""
+        try:
+            with os.scandir(self.path or ".") as items:
+                return sorted(items, key=lambda item: item.name)
+        except (FileNotFoundError, NotADirectoryError):
+            return []
+        except OSError as error:
+            self._problem = f"the folder cannot be listed: {error.strerror}"
+            return []
+
+    def problems(self) -> Iterator[Entry]:
+        """Why nothing can be known of the folder; only once."""
+        if not self._items and self._problem:
+            yield Entry(self.path, problem=self._problem)
+            self._problem = ""
+
+    def matches(self, pattern: str) -> Iterator[os.DirEntry[str]]:
+        """The items with such a name. Hidden ones only match a pattern that names them."""
+        is_match = re.compile(fnmatch.translate(pattern)).match
+        return (item for item in self._items if is_match(item.name) and (pattern[0] == "." or item.name[0] != "."))
+
+    def path_of(self, item: os.DirEntry[str]) -> str:
+        return item.path if self.path else item.name
+
+    def with_folders_below(self) -> Iterator[_Folder]:
+        """The folder and those below it, but not behind links, in the order of their paths."""
+        waiting = [self]
+        while waiting:
+            folder = waiting.pop()
+            yield folder
+            below = [_Folder(folder.path_of(item)) for item in folder.matches("*") if _is_folder(item, follow_links=False)]
+            waiting += reversed(below)
+
+
+def _matches(folder: _Folder, segments: list[str]) -> Iterator[Entry]:
     """The files below a folder that match the segments of a pattern."""
     segment, *rest = segments
     if segment == "**":
-        yield from _matches(folder, rest or ["*"])
-        for item in _listed(folder, "*"):
-            if item.is_dir(follow_symlinks=False):
-                yield from _matches(item.path, segments)
+        for each in folder.with_folders_below():
+            yield from _matches(each, rest or ["*"])
+            yield from each.problems()
     elif not _MAGIC.search(segment):
-        path = os.path.join(folder, segment)
+        path = os.path.join(folder.path, segment)
         if rest:
-            yield from _matches(path, rest)
+            yield from _matches(_Folder(path), rest)
         elif os.path.isfile(path):
-            yield _entry(path, os.stat(path))
+            yield _entry_at(path)
     else:
-        for item in _listed(folder, segment):
-            if rest and item.is_dir():
-                yield from _matches(item.path, rest)
-            elif not rest and _is_file(item):
-                yield _listed_entry(item)
+        yield from folder.problems()
+        for item in folder.matches(segment):
+            path = folder.path_of(item)
+            if not rest and _is_file(item):
+                yield _entry_at(path, item)
+            elif rest and _is_folder(item):
+                yield from _matches(_Folder(path), rest)
 
 
 def _is_file(item: os.DirEntry[str]) -> bool:
@@ -123,44 +168,31 @@ def _is_file(item: os.DirEntry[str]) -> bool:
         return True  # the worker reports why it cannot be read
 
 
-def _listed_entry(item: os.DirEntry[str]) -> Entry:
+def _is_folder(item: os.DirEntry[str], follow_links: bool = True) -> bool:
     try:
-        return _entry(item.path, item.stat())
+        return item.is_dir(follow_symlinks=follow_links)
     except OSError:
-        return Entry(item.path)
+        return False  # such as a link to itself
 
 
-def _listed(folder: str, pattern: str) -> list[os.DirEntry[str]]:
-    matches = re.compile(fnmatch.translate(pattern)).match
+def _entry_at(path: str, item: os.DirEntry[str] | None = None) -> Entry:
     try:
-        with os.scandir(folder or ".") as items:
-            found = [item for item in items if matches(item.name) and (pattern[0] == "." or item.name[0] != ".")]
+        return _entry(path, item.stat() if item else os.stat(path))
     except OSError:
-        return []  # a folder that cannot be listed has no matches
-    if not folder:  # scandir(".") prefixes its paths, which the pattern does not
-        return sorted((_WithoutFolder(item) for item in found), key=lambda item: item.name)  # type: ignore[misc]
-    return sorted(found, key=lambda item: item.name)
-
-
-class _WithoutFolder:
-    """An item of the current folder, named as relative patterns name it."""
-
-    def __init__(self, item: os.DirEntry[str]) -> None:
-        self._item = item
-        self.path = self.name = item.name
-
-    def __getattr__(self, name: str) -> Any:
-        return getattr(self._item, name)
+        return Entry(path)
 
 
 def _remote_files(source: str) -> Iterator[Entry]:
     system, name = file_system(source)
-    if _MAGIC.search(name):
-        found = system.glob(name, detail=True)
-    elif _is_remote_folder(system, name):
-        found = system.glob(name.rstrip("/") + "/**/*.vrn", detail=True)
-    else:
-        return iter([_remote_entry(source, _info(system, name))])
+    try:
+        if _MAGIC.search(name):
+            found = system.glob(name, detail=True)
+        elif _is_remote_folder(system, name):
+            found = system.glob(name.rstrip("/") + "/**/*.vrn", detail=True)
+        else:
+            return iter([_remote_entry(source, _info(system, name))])
+    except Exception as error:  # each file system has exceptions of its own
+        return iter([Entry(source, problem=f"it cannot be listed: {describe(error)}")])
     entries = ((system.unstrip_protocol(path), info) for path, info in sorted(found.items()))
     return (_remote_entry(path, info) for path, info in entries if info.get("type") != "directory")
 
