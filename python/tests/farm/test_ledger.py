@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import errno
 import json
 import os
 import subprocess
@@ -12,7 +13,7 @@ import pytest
 
 from vrn import Diagnostic
 from vrn.farm import FarmError, Result, Status
-from vrn.farm.ledger import MAX_DIAGNOSTICS, Ledger, read_ledger
+from vrn.farm.ledger import MAX_DIAGNOSTICS, Ledger, _Past, read_ledger
 from vrn.farm.manifest import Entry
 
 
@@ -108,12 +109,68 @@ def test_an_empty_file_is_a_new_ledger(path: Path) -> None:
     assert len(list(read_ledger(path))) == 1
 
 
-@pytest.mark.parametrize("content", [b"no ledger\n", b"{}\n", b'{"path":"a"}\n', b"[]\n", b'{"ledger":1,"work":"w"}\n7\n'])
+@pytest.mark.parametrize(
+    "content",
+    [b"no ledger\n", b"{}\n", b'{"path":"a"}\n', b"[]\n", b'{"ledger":1,"work":"w"}\n7\n', b'{"ledger":1}\n', b'{"ledger":1,"work":"w"}\n{"path":7}\n', b"[" * 100_000 + b"\n"],
+)
 def test_a_file_that_is_no_ledger_is_refused_and_kept(path: Path, content: bytes) -> None:
     path.write_bytes(content)
     with pytest.raises(FarmError, match=r"run\.ledger:\d: no line of a ledger"):
         Ledger(path, "work")
     assert path.read_bytes() == content
+
+
+def test_a_ledger_of_another_format_is_refused_and_kept(path: Path) -> None:
+    path.write_bytes(b'{"ledger":2,"work":"w"}\n')
+    with pytest.raises(FarmError, match=r"run\.ledger:1: the ledger has the format 2, and only 1 is known; name another"):
+        Ledger(path, "w")
+    assert path.read_bytes() == b'{"ledger":2,"work":"w"}\n'
+
+
+@pytest.mark.parametrize("line", [b'{"path":"a.vrn"}', b'{"path":"a.vrn","key":"1-2","status":"odd","seconds":0,"worker":""}'])
+def test_a_damaged_record_is_named(path: Path, line: bytes) -> None:
+    path.write_bytes(b'{"ledger":1,"work":"w"}\n' + line + b"\n")
+    with pytest.raises(FarmError, match=r"run\.ledger: no record of a ledger at byte 24; remove this line"):
+        list(read_ledger(path))
+    with Ledger(path, "w") as ledger, pytest.raises(FarmError, match="no record of a ledger at byte 24"):
+        ledger.find(entry("a.vrn"))
+
+
+def test_a_ledger_that_becomes_shorter_is_an_error(path: Path) -> None:
+    with Ledger(path, "work") as ledger:
+        ledger.append([ok("a.vrn")])
+    with Ledger(path, "work") as ledger:
+        os.truncate(path, 40)
+        with pytest.raises(FarmError, match=r"run\.ledger has become shorter"):
+            ledger.find(entry("a.vrn"))
+
+
+def test_paths_of_the_same_hash(path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
+    monkeypatch.setattr("vrn.farm.ledger._hash", len)
+    with Ledger(path, "work") as ledger:
+        ledger.append([ok("a.vrn", worker="1"), ok("b.vrn"), ok("a.vrn", worker="2"), ok("cc.vrn")])
+    assert [(record.path, record.worker) for record in read_ledger(path)] == [("a.vrn", "2"), ("b.vrn", ""), ("cc.vrn", "")]
+    with Ledger(path, "work") as ledger:
+        record = ledger.find(entry("a.vrn"))
+        assert record and record.worker == "2"
+
+
+def test_records_are_parsed_once(path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
+    with Ledger(path, "work") as ledger:
+        ledger.append([ok(f"{number}.vrn") for number in range(100)])
+    parsed: list[int] = []
+    record = _Past._record
+    monkeypatch.setattr(_Past, "_record", lambda self, offset: parsed.append(offset) or record(self, offset))
+    assert len(list(read_ledger(path))) == len(parsed) == 100
+
+
+def test_a_file_system_without_locks(path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
+    def refuse(*_: object) -> None:
+        raise OSError(errno.ENOLCK, os.strerror(errno.ENOLCK))
+
+    monkeypatch.setattr("fcntl.flock", refuse)
+    with pytest.raises(FarmError, match=r"run\.ledger cannot be locked: No locks available; put it on a file system"):
+        Ledger(path, "work")
 
 
 def test_two_runs_cannot_share_a_ledger(path: Path) -> None:

@@ -7,6 +7,7 @@ dies leaves at most half a line, which the next run removes. Only one run at a t
 
 from __future__ import annotations
 
+import contextlib
 import fcntl
 import json
 import os
@@ -14,6 +15,8 @@ import time
 from array import array
 from bisect import bisect_right
 from collections.abc import Iterable, Iterator
+from itertools import groupby
+from operator import itemgetter
 from typing import IO, Any, NamedTuple
 
 from .._errors import Diagnostic
@@ -98,7 +101,8 @@ class Ledger:
             while written < len(data):
                 written += self._file.write(data[written:])
         except OSError as error:
-            self._file.truncate(self._end)  # whole lines only
+            with contextlib.suppress(OSError):
+                self._file.truncate(self._end)  # whole lines only
             raise FarmError(f"the ledger {self.path} cannot be written: {error.strerror}") from error
         self._end += len(data)
 
@@ -127,13 +131,14 @@ class _Past:
 
     def __init__(self, file: IO[bytes], end: int, work: str | None, name: str) -> None:
         self._descriptor = file.fileno()
+        self._name = name
         self.last_work: str | None = None
         places: list[int] = []
         for offset, members in _lines(name, end):
             if "ledger" in members:
-                if work is None and members.get("work") != self.last_work:
+                if work is None and members["work"] != self.last_work:
                     places.clear()
-                self.last_work = members.get("work")
+                self.last_work = members["work"]
             elif work is None or self.last_work == work:
                 places.append(_hash(members["path"]) << _OFFSET_BITS | offset)
         places.sort()
@@ -153,16 +158,25 @@ class _Past:
 
     def records(self) -> Iterator[Record]:
         """The last record of each path."""
-        for offset in self._offsets:
-            record = self._record(offset)
-            if self.find(record.path) == record:
-                yield record
+        for _, offsets in groupby(zip(self._hashes, self._offsets), key=itemgetter(0)):
+            seen: set[str] = set()  # different paths rarely have the same hash
+            for _, offset in reversed(list(offsets)):
+                record = self._record(offset)
+                if record.path not in seen:
+                    seen.add(record.path)
+                    yield record
 
     def _record(self, offset: int) -> Record:
         line = b""
         while b"\n" not in line:
-            line += os.pread(self._descriptor, 1 << 10, offset + len(line))
-        return _record(json.loads(line[: line.index(b"\n")]))
+            more = os.pread(self._descriptor, 1 << 10, offset + len(line))
+            if not more:
+                raise FarmError(f"{self._name} has become shorter; only one run can have a ledger")
+            line += more
+        try:
+            return _record(json.loads(line[: line.index(b"\n")]))
+        except (ValueError, TypeError, KeyError, RecursionError):
+            raise FarmError(f"{self._name}: no record of a ledger at byte {offset}; remove this line") from None
 
 
 def _lines(name: str, end: int) -> Iterator[tuple[int, dict[str, Any]]]:
@@ -170,15 +184,21 @@ def _lines(name: str, end: int) -> Iterator[tuple[int, dict[str, Any]]]:
     offset = 0
     with open(name, "rb") as file:
         for number, line in enumerate(file, 1):
-            if offset == end:
+            if offset >= end:
                 return
             try:
                 members = json.loads(line)
-                is_valid = "ledger" in members or number > 1 and "path" in members
-            except (ValueError, TypeError):
-                is_valid = False
+                is_start = "ledger" in members
+                is_valid = isinstance(members["work" if is_start else "path"], str) and (is_start or number > 1)
+            except (ValueError, TypeError, KeyError, RecursionError):
+                is_start = is_valid = False
             if not is_valid:
                 raise FarmError(f"{name}:{number}: no line of a ledger; name another file, or remove this one")
+            if is_start and members["ledger"] != _FORMAT:
+                raise FarmError(
+                    f"{name}:{number}: the ledger has the format {members['ledger']}, and only {_FORMAT} is known; "
+                    "name another file, or use the version of vrn that wrote it"
+                )
             yield offset, members
             offset += len(line)
 
@@ -228,6 +248,10 @@ def _lock(file: IO[bytes], path: str) -> None:
         fcntl.flock(file, fcntl.LOCK_EX | fcntl.LOCK_NB)
     except BlockingIOError:
         raise FarmError(f"the ledger {path} is in use by another run; wait for it, or name another ledger") from None
+    except OSError as error:
+        raise FarmError(
+            f"the ledger {path} cannot be locked: {error.strerror}; put it on a file system that has locks"
+        ) from error
 
 
 def _without_torn_line(file: IO[bytes]) -> int:
