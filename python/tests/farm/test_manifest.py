@@ -12,6 +12,8 @@ from pathlib import Path
 import pytest
 from conftest import Library
 
+from vrn.farm import batch
+from vrn.farm.ledger import read_ledger
 from vrn.farm.manifest import Entry, manifest, part_of
 
 
@@ -61,6 +63,14 @@ def test_sources(tree: Path, source: object, expected: list[str]) -> None:
 def test_absolute_patterns_have_absolute_paths(tree: Path) -> None:
     folder = os.path.abspath(tree)
     assert paths(f"{folder}/**/*.vrn") == [os.path.abspath(path) for path in ALL]
+
+
+@pytest.mark.parametrize("source", ["lib/\0.vrn", "lib/\0*", "\ud800.vrn", "\ud800*"])
+def test_impossible_paths_are_problems(tree: Path, source: str) -> None:
+    assert list(manifest([source, "lib/a.vrn"]))[0] == Entry(source, problem="no file can have such a name")
+    run = batch([source, "lib/a.vrn"], os.path.getsize, ledger="run.ledger")
+    assert [(result.path, str(result.status)) for result in run] == [(source, "unreadable"), ("lib/a.vrn", "ok")]
+    assert [record.path for record in read_ledger("run.ledger")] == sorted([source, "lib/a.vrn"])
 
 
 @pytest.mark.parametrize("source", ["lib/*.nothing", "nowhere/**/*.vrn", "lib/dir.vrn"])

@@ -22,16 +22,16 @@ if TYPE_CHECKING:
     from . import ops
     from .jobs import openjd
     from .results import Answer, FarmError, Result, Status
-    from .report import Report
+    from .report import RunReport
     from .run import Run, as_completed, batch
     from .table import Table, scan
 
 _HOMES = {
     "Answer": "results",
     "FarmError": "results",
-    "Report": "report",
     "Result": "results",
     "Run": "run",
+    "RunReport": "report",
     "Status": "results",
     "Table": "table",
     "as_completed": "run",
@@ -44,9 +44,9 @@ _HOMES = {
 __all__ = [
     "Answer",
     "FarmError",
-    "Report",
     "Result",
     "Run",
+    "RunReport",
     "Status",
     "Table",
     "as_completed",

@@ -23,7 +23,7 @@ from typing import Any, NamedTuple
 from .files import file_system, is_remote
 from .results import Status, describe
 
-Path = str | os.PathLike[str]
+Source = str | os.PathLike[str]
 _MAGIC = re.compile(r"[*?\[]")
 
 
@@ -41,7 +41,7 @@ class Entry(NamedTuple):
     """The status of an entry with a problem."""
 
 
-def manifest(sources: Path | Iterable[Path]) -> Iterator[Entry]:
+def manifest(sources: Source | Iterable[Source]) -> Iterator[Entry]:
     """The files that the sources lead to, in their order, each once. A source without files is an entry with a problem."""
     if isinstance(sources, str | os.PathLike):
         pattern = os.fspath(sources)
@@ -52,7 +52,7 @@ def manifest(sources: Path | Iterable[Path]) -> Iterator[Entry]:
 
 def digest(text: str) -> int:
     """120 bits that identify a text: a Python integer of 40 bytes."""
-    return int.from_bytes(hashlib.blake2b(os.fsencode(text), digest_size=15).digest(), "big")
+    return int.from_bytes(hashlib.blake2b(text.encode("utf-8", "surrogatepass"), digest_size=15).digest(), "big")
 
 
 def part_of(entries: Iterable[Entry], number: int, parts: int) -> Iterator[Entry]:
@@ -70,12 +70,22 @@ def _unique(entries: Iterable[Entry]) -> Iterator[Entry]:
 
 
 def _files(source: str) -> Iterator[Entry]:
+    if not _is_path(source):
+        yield Entry(source, problem="no file can have such a name")
+        return
     found = False
     for entry in _remote_files(source) if is_remote(source) else _local_files(source):
         found = True
         yield entry
     if not found:
         yield Entry(source, problem="no file matches" if _MAGIC.search(source) else "no *.vrn file in this folder")
+
+
+def _is_path(text: str) -> bool:
+    try:
+        return b"\0" not in os.fsencode(text)
+    except UnicodeEncodeError:
+        return False
 
 
 def _local_files(source: str) -> Iterator[Entry]:

@@ -9,6 +9,7 @@ from __future__ import annotations
 
 import functools
 import hashlib
+import io
 import os
 import string
 from collections.abc import Callable
@@ -36,9 +37,15 @@ def check(
 def checking(
     *, catalogue: str | None = None, ignored: tuple[str, ...] = (), pedantic: bool = False
 ) -> Callable[[str], Answer]:
-    """`check` with options. Ledgers know the catalogue by its content; that of a partial of `check` only by its name."""
-    is_file = catalogue != "builtin"
-    return _Check(os.path.abspath(catalogue) if catalogue and is_file else catalogue, ignored, pedantic)
+    """`check` with options. Ledgers know the catalogue by its content; that of a partial of `check` only by its name.
+
+    Raises what `vrn.check` does if the options are wrong.
+    """
+    if catalogue and catalogue != "builtin":
+        catalogue = os.path.abspath(catalogue)
+    types = _catalogue(catalogue) if catalogue else None
+    check_file(io.BytesIO(), catalogue=types, ignored=ignored, pedantic=pedantic)
+    return _Check(catalogue, ignored, pedantic)
 
 
 def convert(target: str, **options: Any) -> Callable[[str], tuple[Any, ...]]:

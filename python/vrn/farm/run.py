@@ -13,8 +13,8 @@ from .driver import Driver
 from .executors import ExecutorLike, pool_for
 from .guard import Limits
 from .ledger import Ledger
-from .manifest import Path, manifest, part_of
-from .report import Report
+from .manifest import Source, manifest, part_of
+from .report import RunReport
 from .results import Result, Status
 from .targets import without_conflicts
 from .work import Function, Work
@@ -24,12 +24,12 @@ AGAIN: frozenset[str] = frozenset({"failed", "unreadable"})
 
 
 def as_completed(
-    paths: Path | Iterable[Path],
+    paths: Source | Iterable[Source],
     function: Function,
     *,
     executor: ExecutorLike = None,
     workers: int | None = None,
-    ledger: Path | None = None,
+    ledger: str | os.PathLike[str] | None = None,
     retries: int = 0,
     timeout: float | None = None,
     memory: int | None = None,
@@ -64,7 +64,7 @@ def as_completed(
     return results()
 
 
-def batch(paths: Path | Iterable[Path], function: Function, **options: Any) -> Run:
+def batch(paths: Source | Iterable[Source], function: Function, **options: Any) -> Run:
     """Applies a function to many files, waits until all are done, and returns the results.
 
         run = vrn.batch("lib/**/*.vrn", vrn.ops.check)
@@ -103,9 +103,9 @@ class Run(Sequence[Result]):
             self._append(result)
 
     @property
-    def report(self) -> Report:
+    def report(self) -> RunReport:
         """What there is to say about all files together."""
-        return Report(self)
+        return RunReport(self)
 
     @property
     def exit_code(self) -> int:
@@ -140,7 +140,7 @@ class Run(Sequence[Result]):
         others = (result.value, result.diagnostics, result.error, result.previous)
         if result.value is not None or others[1:] != _NOTHING[1:]:
             self._others[len(self._ends)] = others
-        self._paths += os.fsencode(result.path)
+        self._paths += result.path.encode("utf-8", "surrogatepass")
         self._ends.append(len(self._paths))
         self._statuses.append(_STATUSES.index(result.status))
         self._seconds.append(result.seconds)
@@ -154,7 +154,7 @@ class Run(Sequence[Result]):
 
     def _result(self, index: int) -> Result:
         start = self._ends[index - 1] if index else 0
-        path = os.fsdecode(bytes(self._paths[start : self._ends[index]]))
+        path = self._paths[start : self._ends[index]].decode("utf-8", "surrogatepass")
         value, diagnostics, error, previous = self._others.get(index, _NOTHING)
         worker = self._workers[self._worker_of[index]]
         status = _STATUSES[self._statuses[index]]

@@ -7,16 +7,17 @@ import os
 from collections.abc import Iterable, Sequence
 from typing import TYPE_CHECKING, Any
 
-from .manifest import Path
+from .arrow import imported_pyarrow, write_parquet
+from .manifest import Source
 from .ops import scan as scanning
-from .report import write_parquet
 from .run import Run, batch
+from .text import utf8
 
 if TYPE_CHECKING:
     import pyarrow
 
 
-def scan(paths: Path | Iterable[Path], columns: Sequence[str], **options: Any) -> Table:
+def scan(paths: Source | Iterable[Source], columns: Sequence[str], **options: Any) -> Table:
     """Reads values from many files into one table.
 
         vrn.scan("lib/**/*.vrn", ["*.fov", "*.material"]).to_parquet("lib.parquet")
@@ -52,9 +53,7 @@ class Table:
 
     def to_arrow(self) -> pyarrow.Table:
         """The table for Arrow. Values that have no common type become text. Needs pyarrow."""
-        import pyarrow
-
-        return pyarrow.table({name: _array(values) for name, values in self.columns.items()})
+        return imported_pyarrow().table({name: _array(values) for name, values in self.columns.items()})
 
     def to_parquet(self, path: str | os.PathLike[str]) -> None:
         """Writes the table to a file. Needs pyarrow."""
@@ -85,14 +84,12 @@ def _is_list(column: str) -> bool:
 
 
 def _array(values: list[Any]) -> Any:
-    import pyarrow
-
+    pyarrow = imported_pyarrow()
     try:
         return pyarrow.array(values)
-    except (pyarrow.ArrowInvalid, pyarrow.ArrowTypeError, UnicodeEncodeError):
+    except (pyarrow.ArrowInvalid, pyarrow.ArrowTypeError, UnicodeEncodeError, OverflowError):
         return pyarrow.array([None if value is None else _text(value) for value in values], pyarrow.string())
 
 
 def _text(value: Any) -> str:
-    text = value if isinstance(value, str) else json.dumps(value)
-    return text.encode("utf-8", "surrogateescape").decode("utf-8", "replace")
+    return utf8(value if isinstance(value, str) else json.dumps(value))
