@@ -2,15 +2,22 @@
 
 from __future__ import annotations
 
+import io
 import json
 import os
 import pty
 import subprocess
 import sys
+from collections.abc import Iterator
 from pathlib import Path
 
 import pytest
 from conftest import Cluster, Library
+
+from vrn.farm import FarmError, Result, Status, batch, openjd
+from vrn.farm.arguments import parser
+from vrn.farm.command import main
+from vrn.farm.printing import Printer
 
 HERE = Path(__file__).parent
 COMMAND = [sys.executable, "-m", "vrn.farm.command"]
@@ -65,7 +72,21 @@ def test_runs(library: Library, arguments: list[str], code: int, out: str) -> No
         (["call", "os:none", "lib"], "the module os has no none; write MODULE:FUNCTION"),
         (["convert", "out/{x}.glb", "lib"], "unknown {x}; known are {stem}"),
         (["summary", "none.ledger"], "none.ledger"),
+        (["check", "lib", "-j", "-1"], "'-1' is not a number from 0"),
+        (["check", "lib", "--memory", "99999999999G"], "memory: more than 0 and less than 2**63 bytes"),
+        (["check", "lib", "--timeout", "nan"], "timeout: more than 0 seconds"),
+        (["check", "lib", "--ignore", "none"], "'none' is no kind of finding"),
+        (["check", "lib", "--files-from", "none.txt"], "No such file or directory: 'none.txt'"),
+        (["check", "lib", "--parquet", "none/x.parquet"], "none/x.parquet: there is no folder none; make it first"),
+        (["scan", "lib", "-c", "*.x", "-o", "none/x.parquet"], "none/x.parquet: there is no folder none; make it first"),
+        (["scan", "lib", "-c", "*.x", "-o", "lib"], "lib is a folder; name a file"),
         (["template", "--parts", "2", "--ledger", "x", "--", "verify", "lib"], "verify"),
+        (["template", "--parts", "2", "--ledger", "x", "--", "summary", "x"], "one of check, convert, call"),
+        (["template", "--parts", "2", "--ledger", "x", "--", "scan", "lib", "-c", "x", "-o", "x"], "one of check, convert, call"),
+        (["template", "--parts", "2", "--ledger", "x", "--", "check", "lib", "--ledger", "y"], "leave out --ledger and --part"),
+        (["template", "--parts", "2", "--ledger", "x", "--", "check", "lib", "--part", "1/2"], "leave out --ledger and --part"),
+        (["template", "--parts", "2", "--ledger", "x", "--", "check", "{{lib}}"], "which starts a parameter in a template"),
+        (["template", "--parts", "0", "--ledger", "x", "--", "check", "lib"], "parts: 1 or more, not 0"),
     ],
 )
 def test_mistakes(library: Library, arguments: list[str], message: str) -> None:
@@ -74,6 +95,57 @@ def test_mistakes(library: Library, arguments: list[str], message: str) -> None:
     assert (code, out) == (2, "")
     assert message in err
     assert "Traceback" not in err
+
+
+def test_packages_that_are_missing_are_known_at_once(
+    library: Library, monkeypatch: pytest.MonkeyPatch, capsys: pytest.CaptureFixture[str]
+) -> None:
+    library(good=1)
+    monkeypatch.setitem(sys.modules, "pyarrow", None)
+    monkeypatch.setitem(sys.modules, "distributed", None)
+    for arguments, message in [
+        (["scan", "none", "-c", "*.x", "-o", "x.parquet"], "tables need the package pyarrow; install vrn[farm]"),
+        (["check", "none", "--parquet", "x.parquet"], "tables need the package pyarrow; install vrn[farm]"),
+        (["check", "none", "--executor", "tcp://none"], "needs the package distributed; install vrn[dask]"),
+    ]:
+        assert main(arguments) == 2
+        out, err = capsys.readouterr()
+        assert (out, err.count("\n")) == ("", 1)
+        assert message in err
+    with pytest.raises(FarmError, match="tables need the package pyarrow"):
+        batch("lib", os.path.getsize).report.to_arrow()
+
+
+@pytest.mark.parametrize("encoding", ["ascii", "latin-1", "utf-8"])
+def test_paths_are_printed_as_they_are(library: Library, encoding: str) -> None:
+    library("broken \u00e4.vrn", "broken \udcff.vrn")
+    ended = subprocess.run(
+        [*COMMAND, "check", "lib"], stdout=subprocess.PIPE, env={**ENVIRONMENT, "PYTHONIOENCODING": encoding}
+    )
+    assert b"lib/broken \xc3\xa4.vrn:1:12: error" in ended.stdout
+    assert b"lib/broken \xff.vrn:1:12: error" in ended.stdout
+
+
+def test_what_is_no_character_is_printed_as_such(library: Library) -> None:
+    library("a.vrn")
+    Path("odd.py").write_text("def odd(path):\n    raise RuntimeError('half \\ud800')\n")
+    assert run("call", "odd:odd", "lib")[:2] == (2, "lib/a.vrn: failed: RuntimeError: half \ufffd\n1 file: 1 failed\n")
+
+
+def test_the_progress_is_removed_when_a_run_fails(monkeypatch: pytest.MonkeyPatch) -> None:
+    class Terminal(io.StringIO):
+        def isatty(self) -> bool:
+            return True
+
+    def failing() -> Iterator[Result]:
+        yield Result("a.vrn", Status.OK)
+        raise FarmError("gone")
+
+    monkeypatch.setattr("vrn.farm.progress._FIRST_SECONDS", 0.0)
+    monkeypatch.setattr(sys, "stderr", Terminal())
+    with pytest.raises(FarmError):
+        list(Printer("text", is_quiet=False).printed(failing()))
+    assert sys.stderr.getvalue().endswith("\r\x1b[K")  # type: ignore[attr-defined]
 
 
 def test_paths_from_a_file(library: Library) -> None:
@@ -136,6 +208,23 @@ def test_a_reader_that_leaves(library: Library) -> None:
     process.stdout.close()
     assert process.wait() == 2
     assert process.stderr.read() == b""
+
+
+@pytest.mark.parametrize(
+    "arguments",
+    [
+        ["check", "lib", "more"],
+        ["check", "--types", "builtin", "lib", "--", "-odd.vrn"],
+        ["convert", "out/{stem}.glb", "lib", "-q"],
+        ["call", "os.path:getsize", "--", "lib"],
+    ],
+)
+def test_tasks_of_a_template_can_run(arguments: list[str]) -> None:
+    template = openjd(arguments, ledger="run.ledger", parts=3)
+    task = [text.replace("{{Task.Param.Part}}", "2") for text in template["steps"][0]["script"]["actions"]["onRun"]["args"]]
+    expected = parser().parse_args(arguments)
+    expected.part, expected.ledger, expected.exit_zero = (2, 3), "run.ledger.2", True
+    assert parser().parse_args(task) == expected
 
 
 def test_a_job_of_a_farm(library: Library) -> None:

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import functools
 import os
+import socket
 import threading
 from collections.abc import Iterator
 from http.server import SimpleHTTPRequestHandler, ThreadingHTTPServer
@@ -14,7 +15,7 @@ import pytest
 from conftest import Library
 
 import vrn
-from vrn.farm import FarmError, Status, batch, ops, scan
+from vrn.farm import FarmError, Result, Run, Status, Table, batch, ops, scan
 
 MESH = """
 mesh box:
@@ -173,6 +174,14 @@ def test_scan_to_parquet(scenes: Path) -> None:
     assert not list(Path().glob("*.new"))
 
 
+def test_values_of_any_size_in_tables() -> None:
+    pytest.importorskip("pyarrow")
+    results = [Result(f"{size}.vrn", Status.OK, {"*.x": {"a.x": 2**size}}) for size in (1, 63, 64, 200)]
+    assert Table(["*.x"], Run(results)).to_arrow().to_pydict()["*.x"] == [
+        str(2**size) for size in (1, 200, 63, 64)
+    ]
+
+
 @pytest.mark.parametrize(("options", "message"), [({"ledger": "x"}, "no ledger"), ({}, "list of paths")])
 def test_mistakes_of_scans(scenes: Path, options: dict[str, Any], message: str) -> None:
     with pytest.raises(TypeError, match=message):
@@ -212,6 +221,14 @@ def test_outputs_elsewhere(scenes: Path) -> None:
     (result,) = batch("lib/a.vrn", ops.convert(target))
     assert result.status == "ok"
     assert Path("elsewhere/a.glb").exists()
+
+
+def test_a_server_that_does_not_answer() -> None:
+    pytest.importorskip("aiohttp")
+    with socket.create_server(("127.0.0.1", 0)) as closed:
+        port = closed.getsockname()[1]
+    (result,) = batch(f"http://127.0.0.1:{port}/*.vrn", ops.check)
+    assert result.status == "unreadable" and result.error.startswith("it cannot be listed: Cannot connect")
 
 
 def test_an_unknown_protocol() -> None:
