@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import contextlib
 import os
 import signal
 import subprocess
@@ -59,26 +60,32 @@ class Cluster:
 
     def _worker(self) -> subprocess.Popen[bytes]:
         """A nanny and the worker that it starts again after its death."""
-        return self._start("worker", "--nthreads", "1", "--no-dashboard", "--host", "127.0.0.1", "--death-timeout", "60")
+        return self._start("worker", "--nthreads", "1", "--no-dashboard", "--host", "127.0.0.1", "--death-timeout", "170")
 
     def client(self) -> Any:
         from distributed import Client
 
-        client = Client(scheduler_file=str(self.scheduler_file), timeout=60, set_as_default=False)
+        client = Client(scheduler_file=str(self.scheduler_file), timeout=170, set_as_default=False)
         self._clients.append(client)
-        client.wait_for_workers(2, timeout=60)
+        client.wait_for_workers(2, timeout=170)
         return client
 
     def kill_worker(self) -> None:
         """Kills the process of one worker, as a machine without memory does. Its nanny starts another."""
-        wait_until(lambda: bool(self._started()))
-        os.kill(self._started()[0], signal.SIGKILL)
+        wait_until(self._kill_started)
+
+    def _kill_started(self) -> bool:
+        for number in self._started():
+            with contextlib.suppress(ProcessLookupError):
+                os.kill(number, signal.SIGKILL)
+                return True
+        return False
 
     def _started(self) -> list[int]:
         """The processes that the first nanny started: its worker. Asking Dask could wait forever for a dead one."""
         children = Path(f"/proc/{self._workers[0].pid}/task").glob("*/children")
-        numbers = [int(number) for child in children for number in child.read_text().split()]
-        return [number for number in numbers if b"spawn_main" in Path(f"/proc/{number}/cmdline").read_bytes()]
+        numbers = [int(number) for child in children for number in _content(child).split()]
+        return [number for number in numbers if b"spawn_main" in _content(Path(f"/proc/{number}/cmdline"))]
 
     def close(self) -> None:
         for client in self._clients:
@@ -108,6 +115,14 @@ def own_cluster(tmp_path: Path) -> Iterator[Cluster]:
     cluster = Cluster(tmp_path, allowed_failures=0)
     yield cluster
     cluster.close()
+
+
+def _content(path: Path) -> bytes:
+    """What is in a file of the system; nothing if its process or thread has ended."""
+    try:
+        return path.read_bytes()
+    except (FileNotFoundError, ProcessLookupError):
+        return b""
 
 
 def wait_until(condition: Callable[[], bool]) -> None:

@@ -27,8 +27,11 @@ def note(path: str) -> int:
     return size(path)
 
 
-def slow_note(path: str) -> int:
-    time.sleep(0.002)
+def gated_note(path: str) -> int:
+    """Counts the calls. Files in the last folders of the library wait for the file `gate` beside it."""
+    folder = Path(path).parent
+    while folder.name > "2" and not (folder.parents[1] / "gate").exists():
+        time.sleep(0.01)
     return note(path)
 
 

@@ -20,6 +20,7 @@ from conftest import Library
 
 from vrn.farm import FarmError, Result, Run, Status, as_completed, batch
 from vrn.farm.ledger import read_ledger
+from vrn.farm.sizing import Sizing
 
 
 def statuses(run: Run) -> dict[str, str]:
@@ -239,7 +240,7 @@ def test_results_come_while_others_wait(library: Library) -> None:
     first_is_seen = threading.Event()
 
     def wait(path: str) -> bool:
-        return path.endswith("a.vrn") or first_is_seen.wait(60)
+        return path.endswith("a.vrn") or first_is_seen.wait(600)
 
     results = as_completed("lib", wait, workers=2)
     assert next(results).path == "lib/a.vrn"
@@ -329,6 +330,8 @@ def test_a_run_is_a_sequence() -> None:
 
 def test_bytes_a_file(library: Library, monkeypatch: pytest.MonkeyPatch) -> None:
     library(good=400)
+    learn = Sizing.learn
+    monkeypatch.setattr(Sizing, "learn", lambda self, weight, seconds: learn(self, weight, 0.001))
     sent: list[int] = []
 
     class Counting(ProcessPoolExecutor):

@@ -38,7 +38,7 @@ EXPECTED = {
 def test_three_poison_files_lose_nothing_else(library: Library, request: pytest.FixtureRequest, executor: str) -> None:
     library("1/deadly.vrn", "2/endless.vrn", "3/greedy.vrn", good=200)
     workers: Any = request.getfixturevalue("client") if executor == "dask" else executor
-    run = batch("lib", functions.toxic, executor=workers, timeout=1.5, memory=2 * GIB, ledger="run.ledger")
+    run = batch("lib", functions.toxic, executor=workers, timeout=10, memory=2 * GIB, ledger="run.ledger")
     assert len(run) == 203
     assert problems(run) == EXPECTED
     assert len(essence("run.ledger")) == 203
