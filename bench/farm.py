@@ -22,10 +22,12 @@ import json
 import os
 import random
 import resource
+import shutil
 import signal
 import statistics
 import subprocess
 import sys
+import tempfile
 import time
 from collections.abc import Callable
 from pathlib import Path
@@ -72,7 +74,8 @@ class Bench:
         self._lib = make_scenes(folder / f"small{files}", files, (20, 160), seed=1)
 
     def _check_by_command(self) -> None:
-        subprocess.run([self._command, "check", "--quiet", "--format", "json", "-j2", self._lib], stdout=subprocess.DEVNULL)
+        command = [self._command, "check", "--quiet", "--format", "json", "-j2", self._lib]
+        subprocess.run(command, stdout=subprocess.DEVNULL, check=True)
 
     def embedded(self) -> str:
         ratio = ratio_of(lambda: batch(self._lib, ops.check), self._check_by_command, self._rounds)
@@ -131,19 +134,15 @@ class Bench:
     def conversion(self) -> str:
         lib = make_scenes(self._folder / "medium", 1000, (200, 400), seed=3)
         out = self._folder / "out"
-        subprocess.run(["rm", "-rf", out], check=True)
+        shutil.rmtree(out, ignore_errors=True)
         ledger = fresh(self._folder / "conversion.ledger")
         arguments = ["convert", f"{out}/{{stem}}.glb", str(lib), "--ledger", str(ledger), "--executor", "processes", "-q"]
-        kills = 0
-        while True:
-            process = subprocess.Popen([sys.executable, "-m", "vrn.farm.command", *arguments])
-            try:
-                process.wait(2)
-                break
-            except subprocess.TimeoutExpired:
-                process.send_signal(signal.SIGKILL)
-                process.wait()
-                kills += 1
+        kills = done = 0
+        while not ended_in_time([sys.executable, "-m", "vrn.farm.command", *arguments]):
+            kills += 1
+            before, done = done, ledger.stat().st_size if ledger.exists() else 0
+            if done == before:
+                sys.exit("conversion: nothing is recorded in 2 seconds; this machine is too busy for this figure")
         names = {path.name for path in lib.rglob("*.vrn")}
         made = list(out.iterdir())
         whole = sum(int.from_bytes(path.read_bytes()[8:12], "little") == path.stat().st_size for path in made)
@@ -179,6 +178,19 @@ def fresh(path: Path) -> Path:
     return path
 
 
+def ended_in_time(command: list[str]) -> bool:
+    """Whether the program ended, with success, before it was killed after 2 seconds."""
+    process = subprocess.Popen(command)
+    try:
+        if code := process.wait(2):
+            raise subprocess.CalledProcessError(code, command)
+        return True
+    except subprocess.TimeoutExpired:
+        process.kill()
+        process.wait()
+        return False
+
+
 def run_self(*arguments: str) -> str:
     return subprocess.run([sys.executable, __file__, *arguments], stdout=subprocess.PIPE, text=True, check=True).stdout
 
@@ -186,12 +198,12 @@ def run_self(*arguments: str) -> str:
 def drive(count: int) -> None:
     """Prints the seconds and the MiB that a driver takes for so many paths, with work that does nothing."""
     paths = (f"/library/of/a/studio/show/sequence{number % 997:04}/shot/scene{number:09}.vrn" for number in range(count))
-    ledger = f"/tmp/vrn-bench-{os.getpid()}.ledger"
-    start = time.perf_counter()
-    for _ in as_completed(paths, len, ledger=ledger):
-        pass
-    os.unlink(ledger)
-    print(json.dumps([time.perf_counter() - start, resource.getrusage(resource.RUSAGE_SELF).ru_maxrss / 1024]))
+    with tempfile.TemporaryDirectory() as folder:
+        start = time.perf_counter()
+        for _ in as_completed(paths, len, ledger=os.path.join(folder, "ledger")):
+            pass
+        taken = time.perf_counter() - start
+    print(json.dumps([taken, resource.getrusage(resource.RUSAGE_SELF).ru_maxrss / 1024]))
 
 
 def main() -> None:
@@ -203,6 +215,8 @@ def main() -> None:
     parser.add_argument("--files", type=int, default=10_000)
     parser.add_argument("--rounds", type=int, default=7)
     options = parser.parse_intermixed_args()
+    if unknown := set(options.figures) - set(figures):
+        parser.error(f"unknown figure {min(unknown)}; known are {', '.join(figures)}")
     bench = Bench(options.command, options.folder, options.files, options.rounds)
     for figure in options.figures:
         print(f"{figure:10} {getattr(bench, figure)()}", flush=True)

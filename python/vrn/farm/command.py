@@ -138,7 +138,7 @@ def _paths(options: argparse.Namespace) -> str | Iterator[str]:
         raise FarmError("no paths; name files, folders or patterns")
     if options.files_from:
         return itertools.chain(options.paths, _lines(options.files_from))
-    return options.paths[0] if len(options.paths) == 1 else iter(options.paths)
+    return str(options.paths[0]) if len(options.paths) == 1 else iter(options.paths)
 
 
 def _lines(name: str) -> Iterator[str]:
