@@ -29,6 +29,10 @@ def run(*arguments: str, stdin: str = "") -> tuple[int, str, str]:
     return ended.returncode, ended.stdout, ended.stderr
 
 
+def template(*arguments: str, parts: str = "2") -> list[str]:
+    return ["template", "--parts", parts, "--ledger", "x", "--", *arguments]
+
+
 def test_check(library: Library) -> None:
     library("x/broken.vrn", good=10)
     code, out, err = run("check", "lib", "--ledger", "run.ledger")
@@ -80,13 +84,13 @@ def test_runs(library: Library, arguments: list[str], code: int, out: str) -> No
         (["check", "lib", "--parquet", "none/x.parquet"], "none/x.parquet: there is no folder none; make it first"),
         (["scan", "lib", "-c", "*.x", "-o", "none/x.parquet"], "none/x.parquet: there is no folder none; make it first"),
         (["scan", "lib", "-c", "*.x", "-o", "lib"], "lib is a folder; name a file"),
-        (["template", "--parts", "2", "--ledger", "x", "--", "verify", "lib"], "verify"),
-        (["template", "--parts", "2", "--ledger", "x", "--", "summary", "x"], "one of check, convert, call"),
-        (["template", "--parts", "2", "--ledger", "x", "--", "scan", "lib", "-c", "x", "-o", "x"], "one of check, convert, call"),
-        (["template", "--parts", "2", "--ledger", "x", "--", "check", "lib", "--ledger", "y"], "leave out --ledger and --part"),
-        (["template", "--parts", "2", "--ledger", "x", "--", "check", "lib", "--part", "1/2"], "leave out --ledger and --part"),
-        (["template", "--parts", "2", "--ledger", "x", "--", "check", "{{lib}}"], "which starts a parameter in a template"),
-        (["template", "--parts", "0", "--ledger", "x", "--", "check", "lib"], "parts: 1 or more, not 0"),
+        (template("verify", "lib"), "verify"),
+        (template("summary", "x"), "one of check, convert, call"),
+        (template("scan", "lib", "-c", "x", "-o", "x"), "one of check, convert, call"),
+        (template("check", "lib", "--ledger", "y"), "leave out --ledger and --part"),
+        (template("check", "lib", "--part", "1/2"), "leave out --ledger and --part"),
+        (template("check", "{{lib}}"), "which starts a parameter in a template"),
+        (template("check", "lib", parts="0"), "parts: 1 or more, not 0"),
     ],
 )
 def test_mistakes(library: Library, arguments: list[str], message: str) -> None:
@@ -220,8 +224,9 @@ def test_a_reader_that_leaves(library: Library) -> None:
     ],
 )
 def test_tasks_of_a_template_can_run(arguments: list[str]) -> None:
-    template = openjd(arguments, ledger="run.ledger", parts=3)
-    task = [text.replace("{{Task.Param.Part}}", "2") for text in template["steps"][0]["script"]["actions"]["onRun"]["args"]]
+    job = openjd(arguments, ledger="run.ledger", parts=3)
+    action = job["steps"][0]["script"]["actions"]["onRun"]
+    task = [text.replace("{{Task.Param.Part}}", "2") for text in action["args"]]
     expected = parser().parse_args(arguments)
     expected.part, expected.ledger, expected.exit_zero = (2, 3), "run.ledger.2", True
     assert parser().parse_args(task) == expected
@@ -232,12 +237,12 @@ def test_a_job_of_a_farm(library: Library) -> None:
     arguments = ["--parts", "2", "--ledger", os.path.abspath("run.ledger"), "--", "check", os.path.abspath("lib")]
     code, out, err = run("template", *arguments)
     assert (code, err) == (0, "")
-    template = json.loads(out)
-    for step in template["steps"]:
+    job = json.loads(out)
+    for step in job["steps"]:
         action = step["script"]["actions"]["onRun"]
         action["args"] = [*COMMAND[1:], *action["args"]]
         action["command"] = COMMAND[0]
-    Path("job.template.json").write_text(json.dumps(template))
+    Path("job.template.json").write_text(json.dumps(job))
     openjd = [sys.executable, "-m", "openjd"]
     checked = subprocess.run([*openjd, "check", "job.template.json"], capture_output=True, text=True, env=ENVIRONMENT)
     assert checked.returncode == 0, checked.stdout

@@ -112,7 +112,7 @@ def test_a_single_file_is_tried_once_more_under_suspicion() -> None:
 
 
 def test_neighbours_of_deadly_files_are_not_blamed() -> None:
-    """Whatever is on its way with a deadly file dies with it."""
+    """All that is on its way with a deadly file dies with it."""
     flying: list[Sequence[str]] = []
     deadly = {f"{number:05}.vrn" for number in range(0, 300, 30)}
 

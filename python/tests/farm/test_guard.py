@@ -14,7 +14,7 @@ import pytest
 
 from vrn.farm import FarmError
 from vrn.farm.child import Request
-from vrn.farm.guard import Child, Children, Limits, guarded
+from vrn.farm.guard import Child, Children, Limits, guarded, machine_memory
 from vrn.farm.packing import unpacked
 from vrn.farm.results import Outcome
 
@@ -64,3 +64,27 @@ def test_a_process_that_does_not_start_is_reported(
     paths = [f"/{number:0100}.vrn" for number in range(2000)]  # more than a pipe holds
     with pytest.raises(FarmError, match=r"did not start within 0 s; use fewer workers"):
         guarded(children, pickle.dumps(functions.size), paths, "", Limits(0.01))
+
+
+@pytest.mark.parametrize(
+    ("group", "limits", "expected"),
+    [
+        ("/", {"": "1000"}, 1000),
+        ("/", {"": "max"}, None),
+        ("/a/b", {"": "5000", "a": "3000", "a/b": "4000"}, 3000),
+        ("/a/b", {"a": "max", "a/b": "4000"}, 4000),
+        ("/a", {"b": "4000"}, None),
+        ("/../..", {"": "2000"}, 2000),
+    ],
+)
+def test_the_memory_of_control_groups(tmp_path: Path, group: str, limits: dict[str, str], expected: int | None) -> None:
+    groups = tmp_path / "cgroup"
+    groups.write_text(f"1:name=other:/x\n0::{group}\n")
+    root = tmp_path / "root"
+    root.mkdir()
+    for folder, limit in limits.items():
+        (root / folder).mkdir(parents=True, exist_ok=True)
+        (root / folder / "memory.max").write_text(limit + "\n")
+    machine = os.sysconf("SC_PAGE_SIZE") * os.sysconf("SC_PHYS_PAGES")
+    assert machine_memory(str(groups), str(root)) == (expected or machine)
+    assert machine_memory("none", "none") == machine

@@ -111,7 +111,16 @@ def test_an_empty_file_is_a_new_ledger(path: Path) -> None:
 
 @pytest.mark.parametrize(
     "content",
-    [b"no ledger\n", b"{}\n", b'{"path":"a"}\n', b"[]\n", b'{"ledger":1,"work":"w"}\n7\n', b'{"ledger":1}\n', b'{"ledger":1,"work":"w"}\n{"path":7}\n', b"[" * 100_000 + b"\n"],
+    [
+        b"no ledger\n",
+        b"{}\n",
+        b'{"path":"a"}\n',
+        b"[]\n",
+        b'{"ledger":1}\n',
+        b'{"ledger":1,"work":"w"}\n7\n',
+        b'{"ledger":1,"work":"w"}\n{"path":7}\n',
+        b"[" * 100_000 + b"\n",
+    ],
 )
 def test_a_file_that_is_no_ledger_is_refused_and_kept(path: Path, content: bytes) -> None:
     path.write_bytes(content)
@@ -122,12 +131,14 @@ def test_a_file_that_is_no_ledger_is_refused_and_kept(path: Path, content: bytes
 
 def test_a_ledger_of_another_format_is_refused_and_kept(path: Path) -> None:
     path.write_bytes(b'{"ledger":2,"work":"w"}\n')
-    with pytest.raises(FarmError, match=r"run\.ledger:1: the ledger has the format 2, and only 1 is known; name another"):
+    with pytest.raises(FarmError, match=r"run\.ledger:1: the ledger has the format 2, and only 1 is known; name"):
         Ledger(path, "w")
     assert path.read_bytes() == b'{"ledger":2,"work":"w"}\n'
 
 
-@pytest.mark.parametrize("line", [b'{"path":"a.vrn"}', b'{"path":"a.vrn","key":"1-2","status":"odd","seconds":0,"worker":""}'])
+@pytest.mark.parametrize(
+    "line", [b'{"path":"a.vrn"}', b'{"path":"a.vrn","key":"1-2","status":"odd","seconds":0,"worker":""}']
+)
 def test_a_damaged_record_is_named(path: Path, line: bytes) -> None:
     path.write_bytes(b'{"ledger":1,"work":"w"}\n' + line + b"\n")
     with pytest.raises(FarmError, match=r"run\.ledger: no record of a ledger at byte 24; remove this line"):
@@ -149,7 +160,8 @@ def test_paths_of_the_same_hash(path: Path, monkeypatch: pytest.MonkeyPatch) -> 
     monkeypatch.setattr("vrn.farm.ledger._hash", len)
     with Ledger(path, "work") as ledger:
         ledger.append([ok("a.vrn", worker="1"), ok("b.vrn"), ok("a.vrn", worker="2"), ok("cc.vrn")])
-    assert [(record.path, record.worker) for record in read_ledger(path)] == [("a.vrn", "2"), ("b.vrn", ""), ("cc.vrn", "")]
+    found = [(record.path, record.worker) for record in read_ledger(path)]
+    assert found == [("a.vrn", "2"), ("b.vrn", ""), ("cc.vrn", "")]
     with Ledger(path, "work") as ledger:
         record = ledger.find(entry("a.vrn"))
         assert record and record.worker == "2"

@@ -110,7 +110,8 @@ def test_two_names_of_one_output(scenes: Path) -> None:
     other.parent.mkdir()
     other.write_text(MESH)
     run = batch(["lib/sub/a.vrn", "lib/other/a.vrn"], ops.convert("out/{parent}/../{stem}.glb"))
-    assert sorted((result.path, str(result.status)) for result in run) == [("lib/other/a.vrn", "failed"), ("lib/sub/a.vrn", "ok")]
+    statuses = sorted((result.path, str(result.status)) for result in run)
+    assert statuses == [("lib/other/a.vrn", "failed"), ("lib/sub/a.vrn", "ok")]
 
 
 def test_two_files_with_one_output(scenes: Path) -> None:

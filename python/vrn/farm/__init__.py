@@ -6,11 +6,13 @@
 
 Each module has one idea; they are listed from what starts a run to what does the work:
 
-- `run`, `table`, `command`: what users call. `driver`: the loop that sends batches and judges what comes back.
-- `manifest`: which files. `sizing`: how many in a batch. `ledger`: what is done.
+- `run`, `table`, `command` with `arguments` and `printing`: what users call.
+- `driver`: the loop that sends batches and judges what comes back.
+- `manifest`: which files. `targets`: what is made of them. `sizing`: how many in a batch. `ledger`: what is done.
 - `executors`, `dask`: where batches run. `jobs`: runs as jobs of render farms.
-- `worker`, `guard`, `child`: batches, within limits, in processes of their own.
-- `ops`, `work`: what is done with a file. `results`, `report`: what came of it.
+- `worker`, `guard`, `child`: batches, within limits, in processes of their own. `packing`: outcomes on their way back.
+- `ops`, `work`, `identity`: what is done with a file. `results`: what came of it.
+- `report`, `json_lines`, `sarif`, `arrow`, `progress`, `text`: how that is told.
 """
 
 from __future__ import annotations

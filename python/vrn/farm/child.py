@@ -1,8 +1,8 @@
 """The program of a child process, in which a worker applies the function within limits.
 
-Requests arrive on standard input, answers go to what was standard output. The function itself reads nothing, and what it
-prints goes to standard error. The process ends when its parent does, even in the middle of a file, and when it was idle
-for a minute.
+Requests arrive on standard input, answers go to what was standard output. The function itself reads nothing, and what
+it prints goes to standard error. The process ends when its parent does, even in the middle of a file, and when it was
+idle for a minute.
 """
 
 from __future__ import annotations
@@ -42,7 +42,7 @@ def main() -> None:
     Ends the process without the usual cleaning up, which would wait for the thread that receives.
     """
     pipe, answers = _own_pipes()
-    write_message(answers, None)  # started: from now on requests are received at once
+    write_message(answers, None)  # started: from now on requests are received
     requests: queue.SimpleQueue[Request] = queue.SimpleQueue()
     threading.Thread(target=_receive, args=(pipe, requests), daemon=True).start()
     while True:

@@ -77,7 +77,7 @@ class DaskPool:
             raise FarmError(f"the scheduler of Dask does not answer: {describe(error)}") from error
 
     async def _count(self) -> None:
-        """Asks beside the run, because a scheduler that is gone does not answer. Then the batches fail, and the run ends."""
+        """Asks beside the run: a scheduler that is gone does not answer, but the batches tell."""
         with contextlib.suppress(Exception):
             self._counted_workers = _threads(await self._client.nthreads(asynchronous=True))
 

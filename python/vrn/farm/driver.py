@@ -125,7 +125,7 @@ class Driver:
     def _send(self, batch: Batch) -> None:
         try:
             future = self._pool.submit(self._work, [entry.path for entry in batch.entries], batch.is_suspect)
-        except Exception as error:  # executors differ in what they raise; whatever it is, the batch was not begun
+        except Exception as error:  # executors differ in what they raise, but the batch was not begun
             self._fate(self._pool, error)
             self._send_again(batch, error)
         else:

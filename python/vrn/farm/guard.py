@@ -38,8 +38,8 @@ class Limits(NamedTuple):
 
 
 def default_limits(limits: Limits) -> Limits:
-    """Limits for files that may have killed a worker: an hour, and 80 % of the memory of the machine."""
-    return Limits(limits.seconds or 3600.0, limits.memory or _machine_memory() * 4 // 5)
+    """Limits for files that may have killed a worker: an hour, and 80 % of the memory."""
+    return Limits(limits.seconds or 3600.0, limits.memory or machine_memory() * 4 // 5)
 
 
 def work_there(packed: bytes, paths: Sequence[str], folder: str, limits: Limits, is_suspect: bool) -> bytes:
@@ -253,7 +253,7 @@ class _Death(Exception):
 
 
 def _milliseconds_until(deadline: float | None) -> float | None:
-    """For a poll, which takes no more than an hour at once."""
+    """For a poll, an hour or less: it cannot take any number."""
     return None if deadline is None else min(max(0.0, deadline - time.monotonic()), 3600.0) * 1000
 
 
@@ -266,14 +266,24 @@ def _cause(code: int) -> str:
         return f"its process was ended by signal {-code}"
 
 
-def _machine_memory() -> int:
-    """The bytes of memory that a process can get: those of the machine, or of its control group."""
-    memory = os.sysconf("SC_PAGE_SIZE") * os.sysconf("SC_PHYS_PAGES")
+def machine_memory(groups: str = "/proc/self/cgroup", root: str = "/sys/fs/cgroup") -> int:
+    """The bytes of memory that a process can get: those of the machine, or of the control groups that it is in."""
+    limits = [os.sysconf("SC_PAGE_SIZE") * os.sysconf("SC_PHYS_PAGES")]
+    folder = os.path.join(root, _content(groups).partition("0::/")[2].partition("\n")[0])
+    while folder.startswith(root):
+        limit = _content(os.path.join(folder, "memory.max")).strip()
+        if limit.isdecimal():
+            limits.append(int(limit))
+        folder = os.path.dirname(folder)
+    return min(limits)
+
+
+def _content(path: str) -> str:
     try:
-        with open("/sys/fs/cgroup/memory.max", encoding="ascii") as file:
-            return min(memory, int(file.read()))
+        with open(path, encoding="ascii") as file:
+            return file.read()
     except (OSError, ValueError):
-        return memory
+        return ""
 
 
 @functools.lru_cache(maxsize=1)

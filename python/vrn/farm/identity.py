@@ -1,7 +1,7 @@
 """What makes two functions the same work for a ledger: their names, their texts, and the values that are bound to them.
 
-A function may say it itself, with an attribute `identity` that is a string. What a function takes from its module counts
-only by its name.
+A function may say it itself, with an attribute `identity` that is a string. What a function takes from its module
+counts only by its name.
 """
 
 from __future__ import annotations
@@ -20,7 +20,7 @@ _SIZE = 16  # of digests, in bytes
 
 
 def identity(function: Callable[..., Any]) -> str:
-    """The same in every process that has the same function. Raises ValueError if its bound values cannot be compared."""
+    """The same in every process with the same function. Raises ValueError if its bound values cannot be compared."""
     try:
         return _identity(function, ())
     except (pickle.PicklingError, AttributeError, TypeError, RecursionError) as error:

@@ -139,7 +139,7 @@ class _Folder:
         return item.path if self.path else item.name
 
     def with_folders_below(self) -> Iterator[_Folder]:
-        """The folder and those below it, but not behind links, in the order of their paths."""
+        """The folder and those below it, but not those that links lead to, in the order of their paths."""
         waiting = [self]
         while waiting:
             folder = waiting.pop()

@@ -37,7 +37,7 @@ def check(
 def checking(
     *, catalogue: str | None = None, ignored: tuple[str, ...] = (), pedantic: bool = False
 ) -> Callable[[str], Answer]:
-    """`check` with options. Ledgers know the catalogue by its content; that of a partial of `check` only by its name.
+    """`check` with options. Ledgers know the catalogue by its content, not only by its name as in a partial of `check`.
 
     Raises what `vrn.check` does if the options are wrong.
     """

@@ -18,7 +18,7 @@ class Printer:
     """Prints results in a format: `text`, `json` or `sarif`."""
 
     def __init__(self, format: str, is_quiet: bool) -> None:
-        if isinstance(sys.stdout, io.TextIOWrapper):  # whatever the locale, paths are printed as they are
+        if isinstance(sys.stdout, io.TextIOWrapper):  # paths are printed as they are in any locale
             sys.stdout.reconfigure(encoding="utf-8", errors="surrogateescape")
         self.exit_code = 0
         """That of the worst file so far."""

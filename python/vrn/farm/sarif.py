@@ -1,4 +1,4 @@
-"""Results as one log in SARIF 2.1.0, written while they come. What was found in a file reads as in that of `vrn check`."""
+"""Results as one log in SARIF 2.1.0. What was found in a file reads as in the log of `vrn check`."""
 
 from __future__ import annotations
 
