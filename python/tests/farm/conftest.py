@@ -16,6 +16,9 @@ import pytest
 
 Library = Callable[..., Path]
 
+ENVIRONMENT = {**os.environ, "PYTHONPATH": os.pathsep.join(filter(None, sys.path))}
+"""For processes that import what the tests do."""
+
 
 @pytest.fixture
 def library(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> Library:
@@ -43,8 +46,7 @@ class Cluster:
     def __init__(self, folder: Path, allowed_failures: int) -> None:
         self.scheduler_file = folder / "scheduler.json"
         self._environment = {
-            **os.environ,
-            "PYTHONPATH": os.pathsep.join(filter(None, sys.path)),
+            **ENVIRONMENT,
             "DASK_DISTRIBUTED__SCHEDULER__ALLOWED_FAILURES": str(allowed_failures),
             "DASK_DISTRIBUTED__ADMIN__LOW_LEVEL_LOG_LENGTH": "0",
         }

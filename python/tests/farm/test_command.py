@@ -12,7 +12,7 @@ from collections.abc import Iterator
 from pathlib import Path
 
 import pytest
-from conftest import Cluster, Library
+from conftest import ENVIRONMENT, Cluster, Library
 
 from vrn.farm import FarmError, Result, Status, batch, openjd
 from vrn.farm.arguments import parser
@@ -21,7 +21,6 @@ from vrn.farm.printing import Printer
 
 HERE = Path(__file__).parent
 COMMAND = [sys.executable, "-m", "vrn.farm.command"]
-ENVIRONMENT = {**os.environ, "PYTHONPATH": os.pathsep.join(filter(None, sys.path))}
 
 
 def run(*arguments: str, stdin: str = "") -> tuple[int, str, str]:

@@ -11,7 +11,7 @@ from pathlib import Path
 
 import functions
 import pytest
-from conftest import Cluster, Library, wait_until
+from conftest import ENVIRONMENT, Cluster, Library, wait_until
 from test_batch import essence
 
 from vrn.farm import FarmError, Status, as_completed, batch
@@ -25,8 +25,7 @@ def records(ledger: str) -> int:
 
 
 def driver(*arguments: str) -> subprocess.Popen[bytes]:
-    environment = {**os.environ, "PYTHONPATH": os.pathsep.join(filter(None, sys.path))}
-    return subprocess.Popen([sys.executable, HERE / "driving.py", *arguments], env=environment)
+    return subprocess.Popen([sys.executable, HERE / "driving.py", *arguments], env=ENVIRONMENT)
 
 
 def test_a_killed_worker_loses_nothing(library: Library, own_cluster: Cluster) -> None:
@@ -84,8 +83,7 @@ def test_children_end_with_their_driver(library: Library) -> None:
     """Even in the middle of a file that never ends."""
     library("endless.vrn")
     code = "import functions; from vrn.farm import batch; batch('lib', functions.number_and_wait, executor='processes')"
-    environment = {**os.environ, "PYTHONPATH": os.pathsep.join(filter(None, sys.path))}
-    killed = subprocess.Popen([sys.executable, "-c", code], env=environment)
+    killed = subprocess.Popen([sys.executable, "-c", code], env=ENVIRONMENT)
     number = Path("lib/endless.vrn.pid")
     wait_until(number.exists)
     killed.kill()
@@ -146,10 +144,9 @@ def test_ctrl_c_prints_nothing(library: Library) -> None:
     """A terminal sends it to all processes of the group."""
     library("endless.vrn")
     command = [sys.executable, "-m", "vrn.farm.command", "call", "functions:number_and_wait", "lib", "--timeout", "600"]
-    environment = {**os.environ, "PYTHONPATH": os.pathsep.join(filter(None, sys.path))}
     interrupted = subprocess.Popen(
         command,
-        env=environment,
+        env=ENVIRONMENT,
         stderr=subprocess.PIPE,
         start_new_session=True,
         preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL),

@@ -11,7 +11,7 @@ from collections.abc import Callable
 from typing import Any
 
 import pytest
-from conftest import Library
+from conftest import ENVIRONMENT, Library
 
 import vrn
 from vrn.farm import batch, ops
@@ -125,10 +125,9 @@ def test_other_functions_are_other_work() -> None:
 def test_identities_are_those_of_other_processes() -> None:
     """Strings have other hashes there, so sets have other orders."""
     code = "import test_identity as t; print(t.all_identities())"
-    environment = {**os.environ, "PYTHONPATH": os.pathsep.join(filter(None, sys.path))}
     for seed in "1", "2":
         told = subprocess.run(
-            [sys.executable, "-c", code], env={**environment, "PYTHONHASHSEED": seed}, capture_output=True, text=True
+            [sys.executable, "-c", code], env={**ENVIRONMENT, "PYTHONHASHSEED": seed}, capture_output=True, text=True
         )
         assert told.stdout == f"{all_identities()}\n", told.stderr
 

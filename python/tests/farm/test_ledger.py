@@ -10,6 +10,7 @@ import sys
 from pathlib import Path
 
 import pytest
+from conftest import ENVIRONMENT
 
 from vrn import Diagnostic
 from vrn.farm import FarmError, Result, Status
@@ -190,8 +191,7 @@ def test_two_runs_cannot_share_a_ledger(path: Path) -> None:
         with pytest.raises(FarmError, match="in use by another run"):
             Ledger(path, "work")
         other = "import sys; from vrn.farm.ledger import Ledger; Ledger(sys.argv[1], 'work')"
-        environment = {**os.environ, "PYTHONPATH": os.pathsep.join(filter(None, sys.path))}
-        ended = subprocess.run([sys.executable, "-c", other, path], capture_output=True, text=True, env=environment)
+        ended = subprocess.run([sys.executable, "-c", other, path], capture_output=True, text=True, env=ENVIRONMENT)
         assert "in use by another run" in ended.stderr
     Ledger(path, "work").close()
 

@@ -10,7 +10,7 @@ import sys
 from typing import Any
 
 import pytest
-from conftest import Library
+from conftest import ENVIRONMENT, Library
 
 import vrn
 from vrn import Diagnostic
@@ -159,9 +159,8 @@ COMMANDS = {"vrn": [os.environ.get("VRN", "vrn")], "farm": [sys.executable, "-m"
 
 
 def printed(command: str, *arguments: str) -> str:
-    environment = {**os.environ, "PYTHONPATH": os.pathsep.join(filter(None, sys.path))}
     ended = subprocess.run(
-        [*COMMANDS[command], "check", "-j1", *arguments], stdout=subprocess.PIPE, encoding="utf-8", env=environment
+        [*COMMANDS[command], "check", "-j1", *arguments], stdout=subprocess.PIPE, encoding="utf-8", env=ENVIRONMENT
     )
     assert ended.returncode in (0, 1)
     return ended.stdout
