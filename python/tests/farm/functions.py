@@ -55,6 +55,11 @@ def toxic(path: str) -> int:
         raise SystemExit("away")
     if name.startswith("unloadable"):
         return Unloadable()  # type: ignore[return-value]
+    if name.startswith("closing"):
+        os.closerange(3, 1000)
+        time.sleep(3600)
+    if name.startswith("empty"):
+        raise Empty
     if name.startswith("speechless"):
         raise Speechless
     if name.startswith("fatal"):
@@ -80,6 +85,11 @@ def _refuse() -> None:
 class Speechless(Exception):
     def __str__(self) -> str:
         raise RuntimeError("no words")
+
+
+class Empty(Exception):
+    def __len__(self) -> int:
+        return 0
 
 
 class Fatal(BaseException):

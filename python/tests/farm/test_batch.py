@@ -111,6 +111,7 @@ def test_values_that_cannot_be_unpickled_fail_alone(library: Library, client: An
     ("name", "error"),
     [
         ("speechless.vrn", "Speechless: its text cannot be made: RuntimeError"),
+        ("empty.vrn", "Empty"),
         ("fatal.vrn", "Fatal: not even an Exception"),
         ("misreported.vrn", "TypeError: Answer: diagnostics must be of vrn.Diagnostic, not str"),
     ],

@@ -45,6 +45,13 @@ def test_three_poison_files_lose_nothing_else(library: Library, request: pytest.
     assert run.exit_code == 2
 
 
+def test_a_process_that_closes_its_pipes_is_ended(library: Library) -> None:
+    """It could not answer any more."""
+    library("closing.vrn", good=3)
+    run = batch("lib", functions.toxic, executor="processes")
+    assert problems(run) == {"closing.vrn": ("killed", "its process was ended by SIGKILL")}
+
+
 def test_poison_is_not_tried_again(library: Library) -> None:
     library("deadly.vrn", "x.vrn")
     batch("lib", functions.toxic, executor="processes", ledger="run.ledger")

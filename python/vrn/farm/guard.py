@@ -218,7 +218,7 @@ class Child:
             while data:
                 data = data[self._requests.write(data) :]
         except BrokenPipeError:
-            raise _Death(_cause(self._process.wait())) from None
+            raise self._death() from None
 
     def _next(self, seconds: float | None) -> object:
         """The next message. Raises _Death if none can come, TimeoutError if none comes in time."""
@@ -235,6 +235,11 @@ class Child:
         del self._received[: 4 + size]
         return (message,)
 
+    def _death(self) -> _Death:
+        """What became of the process, which ended, or closed the pipes that it needs."""
+        self.kill()
+        return _Death(_cause(self._process.wait()))
+
     def _receive(self, deadline: float | None) -> None:
         poll = select.poll()
         poll.register(self._answers, select.POLLIN)
@@ -243,7 +248,7 @@ class Child:
                 raise TimeoutError("the file takes longer than the limit of time")
         data = os.read(self._answers.fileno(), 1 << 20)
         if not data:
-            raise _Death(_cause(self._process.wait()))
+            raise self._death()
         self._received += data
         time.sleep(_PAUSE_SECONDS)
 

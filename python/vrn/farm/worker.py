@@ -42,7 +42,7 @@ def attempt(function: Function, path: str) -> Outcome:
     start = time.perf_counter()
 
     def outcome(status: Status, error: BaseException | None = None, **members: Any) -> Outcome:
-        text = describe(error) if error else ""
+        text = "" if error is None else describe(error)
         return Outcome(status, time.perf_counter() - start, error=text, **members)
 
     try:
