@@ -7,6 +7,7 @@ import itertools
 import json
 import os
 import pickle
+import sys
 import threading
 from collections import Counter
 from collections.abc import Callable, Iterator
@@ -140,6 +141,18 @@ def test_child_processes_do_not_import_from_the_current_folder(library: Library)
     for name in "vrn", "queue", "functions":
         Path(f"{name}.py").write_text("raise SystemExit(1)\n")
     assert batch("lib", functions.size, executor="processes").ok
+
+
+def test_child_processes_import_from_where_this_process_does(
+    library: Library, monkeypatch: pytest.MonkeyPatch
+) -> None:
+    library(good=2)
+    monkeypatch.setattr(sys, "path", ["", "an import hook", *sys.path])
+    Path("beside.py").write_text("import sys\ndef places(path):\n    return sys.path[:2]\n")
+    import beside  # type: ignore[import-not-found]
+
+    results = batch("lib", beside.places, executor="processes")
+    assert {tuple(result.value) for result in results} == {(os.getcwd(), "an import hook")}
 
 
 def test_nothing_is_printed(library: Library, capfd: pytest.CaptureFixture[str]) -> None:

@@ -154,7 +154,7 @@ class Child:
     """
 
     def __init__(self) -> None:
-        command = [sys.executable, "-c", _PROGRAM, *map(os.path.abspath, sys.path)]
+        command = [sys.executable, "-c", _PROGRAM, *map(_import_place, sys.path)]
         self._process = subprocess.Popen(
             command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, bufsize=0, start_new_session=True
         )
@@ -255,6 +255,11 @@ class Child:
 
 class _Death(Exception):
     """The child ended."""
+
+
+def _import_place(text: str) -> str:
+    """An entry of `sys.path` for a process with another current folder. What is no path belongs to an import hook."""
+    return os.path.abspath(text) if os.path.exists(text or os.curdir) else text
 
 
 def _milliseconds_until(deadline: float | None) -> float | None:
