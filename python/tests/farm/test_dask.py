@@ -10,6 +10,7 @@ from typing import Any
 
 import functions
 import pytest
+from conftest import wait_until
 
 from vrn.farm import FarmError
 from vrn.farm.dask import DaskPool
@@ -113,3 +114,11 @@ def test_a_scheduler_that_is_gone_is_an_error() -> None:
     client.threads = None
     with pytest.raises(FarmError, match="scheduler of Dask does not answer: no connection"):
         DaskPool(client, None, Limits())
+
+
+def test_workers_of_a_cluster_are_counted_beside_the_run(client: Any, monkeypatch: pytest.MonkeyPatch) -> None:
+    pool = DaskPool(client, None, Limits())
+    assert pool.workers == 2
+    pool._counted_workers = 1
+    monkeypatch.setattr("vrn.farm.dask._COUNT_SECONDS", -1.0)
+    wait_until(lambda: pool.workers == 2)
