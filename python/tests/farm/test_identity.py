@@ -104,7 +104,8 @@ MAKERS: dict[str, Callable[[Any], Function]] = {
     "prompt": typed_at_a_prompt,
     "built in": lambda value: [value].append,
 }
-VALUES = [1, 2, "1", "a", (1, 2), None, 1.5, {"a", "b", "c"}, {"a", "b", "d"}, {"a": 1}, {"a": 2}, plain, other, os.path]
+VALUES: list[Any] = [1, 2, "1", "a", (1, 2), None, 1.5, {"a", "b", "c"}, {"a", "b", "d"}, {"a": 1}, {"a": 2}]
+VALUES += [plain, other, os.path]
 
 
 @pytest.mark.parametrize("maker", MAKERS)

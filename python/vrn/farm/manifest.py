@@ -144,8 +144,8 @@ class _Folder:
         while waiting:
             folder = waiting.pop()
             yield folder
-            below = [_Folder(folder.path_of(item)) for item in folder.matches("*") if _is_folder(item, follow_links=False)]
-            waiting += reversed(below)
+            below = [item for item in folder.matches("*") if _is_folder(item, follow_links=False)]
+            waiting += (_Folder(folder.path_of(item)) for item in reversed(below))
 
 
 def _matches(folder: _Folder, segments: list[str]) -> Iterator[Entry]:
