@@ -9,10 +9,11 @@ namespace vrn::convert {
 
 namespace {
 
-const InputPatterns meshInputs = {"name",        "topology",     "bounds",        "points",          "indices",
-                                  "triangles",   "faceCounts",   "faceIndices",   "normals",         "normalMode",
-                                  "tangents",    "colors",       "uvsets[].name", "uvsets[].coords", "uvsets[].indices",
-                                  "skin.joints", "skin.weights", "material"};
+const InputPatterns meshInputs = {"name",        "topology",      "bounds.min",      "bounds.max",
+                                  "points",      "indices",       "triangles",       "faceCounts",
+                                  "faceIndices", "normals",       "normalMode",      "tangents",
+                                  "colors",      "uvsets[].name", "uvsets[].coords", "uvsets[].indices",
+                                  "skin.joints", "skin.weights",  "material"};
 
 // What only formats with scenes hold.
 const InputPatterns sceneMeshInputs = {"colorsets[].colors",
@@ -38,16 +39,19 @@ const InputPatterns& meshInputsFor(const TargetFormat& target) {
     return target.hasScene ? all : meshInputs;
 }
 
+u64 variantIndex(const AttrData& number) {
+    if (number.type() == AttrType::UInt)
+        return number.asUInt();
+    return number.type() == AttrType::Int && number.asInt() >= 0 ? static_cast<u64>(number.asInt()) : none;
+}
+
 void readVariants(ExportContext& context, const Node& mesh, Geometry& geometry) {
     const Input* variants = mesh.input("variants");
     if (!variants || !context.target.hasScene)
         return;
     for (const Input* variant : variants->children()) {
         const Input* number = variant->input("variant");
-        const u64 index = !number                            ? none
-                          : number->type() == AttrType::UInt ? number->value().asUInt()
-                          : number->value().asInt() >= 0     ? static_cast<u64>(number->value().asInt())
-                                                             : none;
+        const u64 index = number ? variantIndex(number->value()) : none;
         const u32 material = readMaterial(context, linkedNode(variant->input("material")));
         if (index < context.model.variants.size() && material != none)
             geometry.variants.push_back({static_cast<u32>(index), material});

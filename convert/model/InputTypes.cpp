@@ -1,20 +1,36 @@
 #include "convert/model/InputTypes.h"
 
+#include "convert/shared/MaterialTable.h"
 #include "convert/shared/NodeInputs.h"
-
-#include <algorithm>
 
 namespace vrn::convert {
 
 namespace {
 
-constexpr std::string_view texts[] = {
+constexpr std::string_view textInputs[] = {
     "name",
     "topology",
+    "normalMode",
+    "extras",
+    "partExtras",
+    "fileExtras",
+    "imageExtras",
+    "samplerExtras",
     "copyright",
+    "projection",
+    "kind",
+    "alpha.mode",
+    "file",
+    "mimeType",
+    "wrapU",
+    "wrapV",
     "imageName",
     "samplerName",
     "alternative.name",
+    "alternative.file",
+    "alternative.mimeType",
+    "alternative.extras",
+    "names[]",
     "uvsets[].name",
     "attributes[].name",
     "targets[].name",
@@ -22,19 +38,14 @@ constexpr std::string_view texts[] = {
     "channels[].interpolation",
     "instances.attributes[].name",
 };
-constexpr std::string_view links[] = {
-    "parent",
-    "geometry",
-    "material",
-    "skin",
-    "target",
-    "worldMatrix",
-    "skeleton",
-    "channels[].target",
-    "variants[].material",
+constexpr std::string_view booleanInputs[] = {
+    "default", "doubleSided", "unlit", "attributes[].matrices", "instances.attributes[].matrices",
 };
-constexpr std::string_view linkLists[] = {"children", "parts", "nodes", "joints"};
-constexpr std::string_view buffers[] = {
+constexpr std::string_view numberInputs[] = {
+    "fov",      "aspect",    "near",         "far",    "range",    "intensity",    "innerAngle", "outerAngle",
+    "metallic", "roughness", "alpha.cutoff", "filter", "duration", "channelCount", "magFilter",  "variants[].variant",
+};
+constexpr std::string_view bufferInputs[] = {
     "points",
     "normals",
     "tangents",
@@ -67,39 +78,96 @@ constexpr std::string_view buffers[] = {
     "encoded",
     "alternative.encoded",
 };
+constexpr std::string_view linkInputs[] = {
+    "parent",     "children[]",  "geometry",
+    "parts[]",    "material",    "skin",
+    "target",     "worldMatrix", "nodes[]",
+    "joints[]",   "skeleton",    "channels[].target",
+    "opacityMap", "colorMap",    "variants[].material",
+};
+struct VectorInput {
+    std::string_view pattern;
+    std::size_t components;
+};
+constexpr VectorInput vectorInputs[] = {
+    {"translation", 3}, {"rotation", 4},  {"scale", 3},      {"transform", 16}, {"position", 3},
+    {"lookAt", 3},      {"up", 3},        {"size", 2},       {"clip", 2},       {"direction", 3},
+    {"color", 3},       {"baseColor", 3}, {"bounds.min", 3}, {"bounds.max", 3}, {"emission.color", 3},
+};
 
-bool isOneOf(std::string_view pattern, std::span<const std::string_view> patterns) {
-    return std::ranges::find(patterns, pattern) != patterns.end();
+void addMaterials(InputUses& uses) {
+    for (const MaterialNumber& number : materialNumbers)
+        uses[number.input] =
+            number.components > 1 ? InputUse{Taken::Components, number.components} : InputUse{.taken = Taken::Number};
+    for (const MaterialMap& map : materialMaps) {
+        const std::string xform = map.xform;
+        uses[map.input] = {.taken = Taken::Link};
+        uses[xform + ".offset"] = uses[xform + ".scale"] = {.taken = Taken::Components, .components = 2};
+        uses[xform + ".rotation"] = uses[xform + ".uvset"] = {.taken = Taken::Number};
+        if (map.factor)
+            uses[map.factorInput] = {.taken = Taken::Number};
+    }
 }
 
-bool isLink(std::string_view pattern) {
-    return isOneOf(pattern, links) || pattern.ends_with("Map") || pattern.ends_with(".map");
+InputUses makeUses() {
+    InputUses uses;
+    const auto add = [&](std::span<const std::string_view> patterns, Taken taken) {
+        for (const std::string_view pattern : patterns)
+            uses.emplace(pattern, InputUse{.taken = taken});
+    };
+    add(textInputs, Taken::Text);
+    add(booleanInputs, Taken::Boolean);
+    add(numberInputs, Taken::Number);
+    add(bufferInputs, Taken::Buffer);
+    add(linkInputs, Taken::Link);
+    for (const VectorInput& input : vectorInputs)
+        uses.emplace(input.pattern, InputUse{.taken = Taken::Components, .components = input.components});
+    addMaterials(uses);
+    return uses;
 }
 
-bool isEmpty(const Input& input) {
+bool fits(const Input& input, const InputUse& use) {
+    const AttrType type = input.type();
+    switch (use.taken) {
+    case Taken::Text:
+        return type == AttrType::String;
+    case Taken::Boolean:
+        return type == AttrType::Bool;
+    case Taken::Number:
+        return type == AttrType::Real || type == AttrType::Int || type == AttrType::UInt;
+    case Taken::Components:
+        return input.value().components().size() >= use.components;
+    case Taken::Buffer:
+        return type == AttrType::Buffer;
+    case Taken::Link:
+        return linkedNode(&input) != nullptr;
+    }
+    return false;
+}
+
+} // namespace
+
+const InputUses& inputUses() {
+    static const InputUses uses = makeUses();
+    return uses;
+}
+
+bool hasNothing(const Input& input) {
+    if (linkedNode(&input))
+        return false;
     const ValueKind kind = valueKind(input.type());
     const bool isList = kind == ValueKind::Array || kind == ValueKind::Object;
     return kind == ValueKind::Null || kind == ValueKind::Node || (isList && input.children().empty());
 }
 
-bool isLinked(const Input* input) { return linkedNode(input) || isEmpty(*input); }
-
-} // namespace
-
 bool hasWrongType(const Input& input, std::string_view pattern) {
-    if (isEmpty(input) || linkedNode(&input))
-        return false;
-    if (isOneOf(pattern, texts))
-        return input.type() != AttrType::String;
-    if (isOneOf(pattern, buffers))
-        return input.type() != AttrType::Buffer;
-    if (isOneOf(pattern, linkLists))
-        return input.type() != AttrType::Array || !std::ranges::all_of(input.children(), isLinked);
-    if (pattern == "names")
-        return input.type() != AttrType::Array || std::ranges::any_of(input.children(), [](const Input* name) {
-                   return !isEmpty(*name) && name->type() != AttrType::String;
-               });
-    return isLink(pattern);
+    const auto use = inputUses().find(pattern);
+    return use != inputUses().end() && !hasNothing(input) && !fits(input, use->second);
+}
+
+bool takesLink(std::string_view pattern) {
+    const auto use = inputUses().find(pattern);
+    return use != inputUses().end() && use->second.taken == Taken::Link;
 }
 
 } // namespace vrn::convert

@@ -1,14 +1,36 @@
-// The types of inputs whose values are read directly, not with InputReader, which checks them itself.
+// The types of the values that the exporters take from the inputs of nodes.
 #pragma once
 
 #include "convert/shared/SceneNames.h"
 
+#include <cstddef>
+#include <map>
+#include <string>
 #include <string_view>
 
 namespace vrn::convert {
 
-// Whether the value of an input is not of the type that the exporters take from inputs of its pattern. Empty arrays and
-// inputs without a value have the right type.
+enum class Taken { Text, Boolean, Number, Components, Buffer, Link };
+
+struct InputUse {
+    Taken taken = Taken::Text;
+    std::size_t components = 0; // at least, of Components
+};
+
+// By pattern: `scale`, `alpha.mode`, `uvsets[].coords`.
+using InputUses = std::map<std::string, InputUse, std::less<>>;
+
+// Of all inputs that the exporters read; the same pattern means the same in all types of nodes.
+[[nodiscard]] const InputUses& inputUses();
+
+// Whether an input has no value and no link.
+[[nodiscard]] bool hasNothing(const Input& input);
+
+// Whether the value of an input is not of the type that the exporters take from inputs of its pattern. Inputs with
+// nothing have the right type.
 [[nodiscard]] bool hasWrongType(const Input& input, std::string_view pattern);
+
+// Whether the exporters take a link from inputs of a pattern.
+[[nodiscard]] bool takesLink(std::string_view pattern);
 
 } // namespace vrn::convert

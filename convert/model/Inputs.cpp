@@ -73,6 +73,21 @@ bool hasPrefix(const InputPatterns& patterns, const std::string& prefix) {
     return next != patterns.end() && next->starts_with(prefix);
 }
 
+// What the exporters take an input for: nothing, or a value or list.
+enum class Reading { None, Value, Object, Array };
+
+Reading readingOf(const std::string& pattern, const InputPatterns& known) {
+    return known.contains(pattern)            ? Reading::Value
+           : hasPrefix(known, pattern + '.')  ? Reading::Object
+           : hasPrefix(known, pattern + "[]") ? Reading::Array
+                                              : Reading::None;
+}
+
+bool isListFor(const Input& input, Reading reading) {
+    return (reading == Reading::Object && input.type() == AttrType::Object) ||
+           (reading == Reading::Array && input.type() == AttrType::Array);
+}
+
 // Whether all are in [0, limit). Blocks of a fixed length are compared with vector instructions.
 template <class T> bool areIndices(std::span<const T> numbers, u64 limit) {
     constexpr std::size_t block = 64;
@@ -100,13 +115,10 @@ template <class T> std::optional<Values<u32>> convertIndices(std::span<const T> 
 
 // Whether the elements of an attribute are matrices although they have four components.
 bool readMatrices(const Input& matrices, u32 components, Losses& losses) {
-    if (matrices.type() != AttrType::Bool)
-        losses.add(wrongType, matrices);
-    else if (matrices.value().asBool() && components != 4)
+    const bool areMatrices = matrices.type() == AttrType::Bool && matrices.value().asBool();
+    if (areMatrices && components != 4)
         losses.add("matrices in attributes without four components", matrices);
-    else
-        return matrices.value().asBool();
-    return false;
+    return areMatrices && components == 4;
 }
 
 } // namespace
@@ -122,19 +134,15 @@ const Input* InputReader::find(std::string_view path) const {
     return input;
 }
 
-const Input* InputReader::findNonNull(std::string_view path) const {
-    const Input* input = find(path);
-    return input && input->type() != AttrType::Null ? input : nullptr;
-}
-
 double InputReader::number(std::string_view path, double fallback) const {
-    const Input* input = findNonNull(path);
+    const Input* input = find(path);
     if (!input)
         return fallback;
     const std::optional<double> number = asNumber(input->value());
     if (number && fitsFloat(*number))
         return *number;
-    losses_.add(number ? floatProblem(*number) : wrongType, *input);
+    if (number)
+        losses_.add(floatProblem(*number), *input);
     return fallback;
 }
 
@@ -155,34 +163,20 @@ double InputReader::unitNumber(std::string_view path, double fallback) const {
 }
 
 bool InputReader::boolean(std::string_view path, bool fallback) const {
-    const Input* input = findNonNull(path);
-    if (!input)
-        return fallback;
-    if (input->type() != AttrType::Bool) {
-        losses_.add(wrongType, *input);
-        return fallback;
-    }
-    return input->value().asBool();
+    const Input* input = find(path);
+    return input && input->type() == AttrType::Bool ? input->value().asBool() : fallback;
 }
 
 std::string InputReader::text(std::string_view path) const {
-    const Input* input = findNonNull(path);
-    if (!input)
-        return {};
-    if (input->type() != AttrType::String) {
-        losses_.add(wrongType, *input);
-        return {};
-    }
-    return std::string(input->value().asString());
+    const Input* input = find(path);
+    return input && input->type() == AttrType::String ? input->value().asString() : "";
 }
 
 void InputReader::readNumbers(std::string_view path, std::span<double> numbers) const {
-    const Input* input = findNonNull(path);
-    if (!input)
+    const Input* input = find(path);
+    if (!input || input->value().components().size() < numbers.size())
         return;
     const std::span<const double> components = input->value().components();
-    if (components.size() < numbers.size())
-        return losses_.add(wrongType, *input);
     if (const auto bad = std::ranges::find_if_not(components, fitsFloat); bad != components.end())
         return losses_.add(floatProblem(*bad), *input);
     std::ranges::copy(components.first(numbers.size()), numbers.begin());
@@ -272,17 +266,21 @@ void addUnreadInputs(const Node& node, const InputPatterns& known, Losses& losse
     while (!pending.empty()) {
         const auto [input, pattern] = std::move(pending.back());
         pending.pop_back();
-        if (known.contains(pattern)) {
-            if (hasWrongType(*input, pattern))
-                losses.add(wrongType, *input);
+        const Reading reading = readingOf(pattern, known);
+        if (reading == Reading::None) {
+            if (!isEmptyOrDefault(*input))
+                losses.add("input " + pattern + " of " + std::string(node.type().view()), *input);
             continue;
         }
-        if (input->type() == AttrType::Object && hasPrefix(known, pattern + '.'))
-            push(input->children(), pattern + '.');
-        else if (input->type() == AttrType::Array && hasPrefix(known, pattern + "[]"))
-            push(input->children(), pattern + "[]");
-        else if (!isEmptyOrDefault(*input))
-            losses.add("input " + pattern + " of " + std::string(node.type().view()), *input);
+        const bool isValue = reading == Reading::Value;
+        const bool isList = isListFor(*input, reading);
+        const bool isWrong = isValue ? hasWrongType(*input, pattern) : !isList && !hasNothing(*input);
+        if (linkedNode(input) && !(isValue && takesLink(pattern)))
+            losses.add("links in place of values", *input);
+        else if (isWrong)
+            losses.add(wrongType, *input);
+        if (isList)
+            push(input->children(), pattern + (reading == Reading::Object ? "." : "[]"));
     }
 }
 

@@ -1,12 +1,12 @@
-// Typed access to the inputs of a node, with a loss for every value that cannot be used.
+// Typed access to the inputs of a node, with a loss for every number that cannot be used.
 //
 //     InputReader reader(node, losses);
 //     double roughness = reader.unitNumber("roughness", 1);     // 0 to 1
 //     Vector scale = reader.numbers<3>("scale", {1, 1, 1});
 //
 // A path is the name of an input, or the names of objects and a member, separated by points. Missing inputs yield the
-// fallback. So do, with a loss, values of the wrong type and numbers that are not finite as floats. Numbers out of
-// range are clamped, with a loss.
+// fallback. So do values of the wrong type, which addUnreadInputs() names, and with a loss numbers that are not finite
+// as floats. Numbers out of range are clamped, with a loss.
 #pragma once
 
 #include "convert/model/Model.h"
@@ -43,7 +43,6 @@ public:
     [[nodiscard]] const Node* node(std::string_view path) const;
 
 private:
-    [[nodiscard]] const Input* findNonNull(std::string_view path) const; // null for inputs of type Null, too
     void readNumbers(std::string_view path, std::span<double> numbers) const;
 
     const Node& node_;
@@ -66,13 +65,13 @@ inline constexpr const char* outsideUnitInterval = "numbers outside 0 to 1 (clam
 // A buffer of any integer type as indices; nothing if it is not one or if an index is not in [0, limit).
 [[nodiscard]] std::optional<Values<u32>> readIndices(const Input* input, u64 limit);
 
-// Inputs, members and elements: `scale`, `alpha.mode`, `uvsets[].coords`.
+// Inputs, members and elements: `scale`, `alpha.mode`, `uvsets[].coords`, `children[]`.
 using InputPatterns = std::set<std::string, std::less<>>;
 
 [[nodiscard]] InputPatterns operator+(InputPatterns a, const InputPatterns& b);
 
 // Adds a loss for each input that matches no pattern and is neither empty nor at its default value, and for each that
-// matches one but has a value of the wrong type.
+// matches one, or contains what does, but has a value of the wrong type or a link where a value is read.
 void addUnreadInputs(const Node& node, const InputPatterns& known, Losses& losses);
 
 } // namespace vrn::convert

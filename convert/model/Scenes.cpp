@@ -13,7 +13,7 @@ void readVariantNames(ExportContext& context, const Node& node) {
     if (const Input* names = node.input("names"))
         for (const Input* name : names->children())
             context.model.variants.emplace_back(name->value().asString());
-    addUnreadInputs(node, {"name", "names"}, context.losses);
+    addUnreadInputs(node, {"name", "names[]"}, context.losses);
 }
 
 void readAsset(ExportContext& context, const Node& node) {
@@ -37,7 +37,7 @@ void readScene(ExportContext& context, const Node& node) {
             else if (listed.insert(index).second)
                 scene.roots.push_back(index);
         }
-    InputPatterns inputs = {"name", "default", "nodes"};
+    InputPatterns inputs = {"name", "default", "nodes[]"};
     if (context.target.hasScene)
         inputs.insert("extras");
     addUnreadInputs(node, inputs, context.losses);

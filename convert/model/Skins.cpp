@@ -60,7 +60,7 @@ public:
             context_.losses.add("skeletons that are not above all joints", node);
             skin.skeleton = none;
         }
-        addUnreadInputs(node, {"name", "joints", "inverseBind", "skeleton", "extras"}, context_.losses);
+        addUnreadInputs(node, {"name", "joints[]", "inverseBind", "skeleton", "extras"}, context_.losses);
         found->second = static_cast<u32>(context_.model.skins.size());
         context_.model.skins.push_back(std::move(skin));
         return found->second;

@@ -532,7 +532,7 @@ class ToGltf(Converting):
             TRIANGLE + "m.uvsets[*].coords = vec2f[3] {0 0 1 0 0 1}; m.material |= r.outColor; material r;\n"
             'r.baseColorMap |= t.outColor; r.doubleSided = 1; r.alpha.cutoff = -2; texture t; t.file = "a.png";\n'
             "t.filter = 9987.0; t.wrapU = 5;",
-            type_of % (2, "r.doubleSided"),
+            type_of % (2, "t.wrapU"),
             "numbers out of range (clamped): 1 (r.alpha.cutoff)",
         )
         self.assertEqual(gltf["samplers"][0]["minFilter"], 9987)
@@ -571,8 +571,8 @@ class ToGltf(Converting):
         self.assertEqual(
             lost,
             [
-                "values of the wrong type: 2 (first c.fov)",
                 "numbers that are not finite: 2 (first c.near)",
+                "values of the wrong type: 2 (first c.fov)",
             ],
         )
         self.validate("out.glb")

@@ -46,6 +46,37 @@ class Model:
         return json.dumps({**self.json, "buffers": [{"byteLength": len(self.bytes), "uri": uri}]})
 
 
+CATALOGUE = {name: kind["inputs"] for name, kind in json.loads(
+    (pathlib.Path(__file__).resolve().parents[3] / "catalogues" / "scene.json").read_text())["types"].items()}
+TRIANGLE = "mesh {0}; {0}.points = vec3f[3] {{0 0 0 1 0 0 0 1 0}};"
+
+
+def minimal(kind, name):
+    """The text of a node that is written, and of the nodes that this needs."""
+    mesh = TRIANGLE.format("m" + name)
+    if kind == "mesh":
+        return TRIANGLE.format(name)
+    if kind == "instance":
+        return f"{mesh} instance {name}; {name}.geometry = m{name};"
+    if kind == "skin": # only those that deform a mesh are read
+        return (f"{mesh} m{name}.skin.joints = vec4u[3] {{0 0 0 0 0 0 0 0 0 0 0 0}};"
+                f"m{name}.skin.weights = vec4f[3] {{1 0 0 0 1 0 0 0 1 0 0 0}}; skin {name}; {name}.joints[0] = g;"
+                f"instance i{name}; i{name}.geometry = m{name}; i{name}.skin = {name};")
+    return f"{kind} {name};"
+
+
+def value_paths(inputs, prefix=""):
+    """The paths of all inputs that do not take a link, each list with one element."""
+    for name, declared in inputs.items():
+        path, kind = prefix + name, declared["type"]
+        takes_link = kind in ("Null", "Node")
+        if not takes_link:
+            yield path
+        if kind == "Array" and declared.get("elementType") == "String":
+            yield path + "[0]"
+        yield from value_paths(declared.get("members", {}), path + ("[0]." if kind == "Array" else "."))
+
+
 class Corners(Folder):
     def setUp(self):
         super().setUp()
@@ -275,17 +306,58 @@ class Corners(Folder):
         wrong = "values of the wrong type: 1 (%s)"
         for text, place in (("m.name = 5;", "m.name"), ("i.name = vec2(1, 2);", "i.name"), ("i.parent = 5;", "i.parent"),
                             ("i.material = \"red\";", "i.material"), ("i.skin = 1.5;", "i.skin"),
-                            ("i.children = 5;", "i.children"), ("i.parts[0] = 5;", "i.parts"),
+                            ("i.children = 5;", "i.children"), ("i.parts[0] = 5;", "i.parts[0]"),
                             ("m.normals = 5;", "m.normals"), ("m.uvsets[0].name = 5; m.uvsets[0].coords = vec2f[1] {0 0};",
                                                               "m.uvsets[0].name"),
                             ("m.indices = 3;", "m.indices"), ("material r; r.normalMap = 5;", "r.normalMap"),
                             ("texture t; t.encoded = 5; t.file = \"a.png\";", "t.encoded"),
+                            ("texture t; t.imageName = 5; t.file = \"a.png\";", "t.imageName"),
+                            ("camera c; c.position = 5; c.lookAt = pos3(0 0 5);", "c.position"),
+                            ("m.bounds.min = 5;", "m.bounds.min"), ("m.uvsets = 5;", "m.uvsets"),
                             ("texture t; t.samplerName = 5; t.file = \"a.png\";", "t.samplerName"),
                             ("camera c; c.target = 5;", "c.target"), ("scene s; s.nodes = 5;", "s.nodes"),
-                            ("variants v; v.names[0] = 5;", "v.names"), ("asset a; a.copyright = 5;", "a.copyright")):
+                            ("variants v; v.names[0] = 5;", "v.names[0]"), ("asset a; a.copyright = 5;", "a.copyright")):
             with self.subTest(text):
                 self.file("in.vrn", point + text)
                 self.assertEqual(self.convert("in.vrn", "out.gltf"), [wrong % place])
+
+    def test_links_in_place_of_values_are_named(self):
+        nodes = TRIANGLE.format("m") + "instance i; i.geometry = m; group g; light l; camera c;"
+        for text, place in (("l.intensity = 2; l.intensity |= g.outMatrix;", "l.intensity"),
+                            ("l.intensity |= g.outMatrix;", "l.intensity"), ("m.name |= g.outMatrix;", "m.name"),
+                            ("m.normals = g;", "m.normals"), ("m.topology = g;", "m.topology"),
+                            ("m.skin.weights = g;", "m.skin.weights"), ("g.children = i;", "g.children"),
+                            ("m.points |= g.outMatrix;", "m.points"), ("c.lookAt = g;", "c.lookAt"),
+                            ("m.attributes[0].name = \"_A\"; m.attributes[0].values = float[1] {1};"
+                             "m.attributes[0].matrices = g;", "m.attributes[0].matrices"),
+                            ("m.variants[0].material |= r.outColor; m.variants[0].variant = g; material r;"
+                             "variants v; v.names[0] = \"a\";", "m.variants[0].variant"),
+                            ("m.extras = g;", "m.extras"), ("texture t; t.encoded = g;", "t.encoded"),
+                            ("variants v; v.names[0] = g;", "v.names[0]"), ("scene s; s.nodes = g;", "s.nodes")):
+            with self.subTest(text):
+                self.file("in.vrn", nodes + text)
+                losses = self.convert("in.vrn", "out.gltf")
+                self.assertEqual([loss for loss in losses if place in loss], [f"links in place of values: 1 ({place})"])
+
+    def test_every_link_in_place_of_a_value_is_named_once(self):
+        for kind, inputs in CATALOGUE.items():
+            # Without these, the whole node is left out.
+            needed = {"mesh": "points", "skin": "joints"}.get(kind)
+            paths = [path for path in value_paths(inputs) if path != needed]
+            for link in (" = g", " |= g.outMatrix"):
+                with self.subTest(kind + link):
+                    # A file has one asset.
+                    groups = [[path] for path in paths] if kind == "asset" else [paths]
+                    self.assertEqual(sum(self.named_links(kind, some, link) for some in groups), len(paths))
+
+    def named_links(self, kind, paths, link):
+        """The number of links that are named as lost, of nodes of which each has one."""
+        nodes = "".join(minimal(kind, f"n{i}") + f"n{i}.{path}{link};\n" for i, path in enumerate(paths))
+        self.file("in.vrn", "group g;\n" + nodes)
+        lines = self.run_here("convert", "--losses", "json", "in.vrn", "out.glb").stderr.decode().splitlines()
+        losses = [json.loads(line) for line in lines]
+        return sum(loss["count"] for loss in losses
+                   if loss["what"] == "links in place of values" or loss["what"].startswith("input "))
 
     def test_what_other_kinds_of_lights_and_cameras_have_is_named(self):
         self.to_gltf("light l; l.kind = \"point\"; l.innerAngle = 10; l.outerAngle = 20;",
