@@ -43,9 +43,9 @@ struct Refusal {
 
 bool isStandardStream(const std::string& file) { return file == "-"; }
 
-// The format of a file as an extension with its dot.
+// The format of a file as an extension with its dot, in lower case.
 std::string formatOf(const std::string& file, const std::string& format) {
-    return format.empty() ? convert::extensionOf(file) : '.' + format;
+    return format.empty() ? convert::extensionOf(file) : '.' + std::string(String(format).toLower().view());
 }
 
 class Conversion {

@@ -2,6 +2,7 @@
 #include "check/SceneCheck.h"
 #include "scene/CatalogueJson.h"
 #include "scene/core/TextEncoding.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <filesystem>
 #include <fstream>
@@ -263,10 +264,10 @@ TEST_F(SceneCheck, findsCountsThatDoNotAgree) {
 }
 
 TEST_F(SceneCheck, findsMissingFiles) {
-    const std::filesystem::path folder = std::filesystem::path(testing::TempDir()) / "vrn_scene_check";
-    std::filesystem::create_directories(folder / "maps");
-    std::ofstream(folder / "maps/a.png") << "a";
-    const std::string absolute = (folder / "maps/a.png").string();
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder.at("maps"));
+    const std::string absolute = folder.at("maps/a.png");
+    std::ofstream(absolute) << "a";
     const std::string byAbsolute = "p.image = \"" + absolute + "\";";
     const Case cases[] = {
         {"p.image = \"maps/b.png\";", "2,7 missingFile: the file \"maps/b.png\" of p.image does not exist\n",
@@ -284,8 +285,7 @@ TEST_F(SceneCheck, findsMissingFiles) {
          "2,39 missingFile: the file \"b\" of p.images[1] does not exist\n",
          "p.images[0] = \"maps/a.png\"; p.images[1] = \"\";"},
     };
-    expect(cases, {.folder = folder.string()});
-    std::filesystem::remove_all(folder);
+    expect(cases, {.folder = folder.path()});
 }
 
 TEST_F(SceneCheck, findsCyclesOfTheHierarchy) {

@@ -1,20 +1,15 @@
 // The converter with WithoutAssimp.cpp in place of what needs Assimp, which this program does not link.
 #include "convert/Convert.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <fstream>
 
 using namespace vrn::convert;
+using vrn::test::TemporaryFolder;
 
 namespace {
-
-std::string temporaryFile(const std::string& name, const std::string& content) {
-    const std::string path = (std::filesystem::path(testing::TempDir()) / name).string();
-    std::ofstream(path) << content;
-    return path;
-}
 
 TEST(WithoutAssimp, namesTheFormatsThatAreLeft) {
     EXPECT_EQ(readableExtensions(), ".glb .gltf");
@@ -28,8 +23,10 @@ TEST(WithoutAssimp, namesTheFormatsThatAreLeft) {
 TEST(WithoutAssimp, writesAllFormats) { EXPECT_EQ(writableExtensions(), ".vrn .json .gltf .glb .obj .ply .stl"); }
 
 TEST(WithoutAssimp, readsGltf) {
-    const std::string path = temporaryFile("without_assimp.gltf", R"({"asset": {"version": "2.0"},
-        "scene": 0, "scenes": [{"nodes": [0]}], "nodes": [{"name": "one"}]})");
+    const TemporaryFolder folder;
+    const std::string path = folder.at("in.gltf");
+    std::ofstream(path) << R"({"asset": {"version": "2.0"},
+        "scene": 0, "scenes": [{"nodes": [0]}], "nodes": [{"name": "one"}]})";
     Scene scene;
     Losses losses;
     readModel(path, scene, losses, {});
@@ -38,7 +35,9 @@ TEST(WithoutAssimp, readsGltf) {
 }
 
 TEST(WithoutAssimp, refusesOtherFormatsAndSaysWhatReadsThem) {
-    const std::string path = temporaryFile("without_assimp.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    const TemporaryFolder folder;
+    const std::string path = folder.at("in.obj");
+    std::ofstream(path) << "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n";
     Scene scene;
     Losses losses;
     try {

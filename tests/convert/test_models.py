@@ -298,6 +298,8 @@ class Command(Models):
     def test_formats_of_files(self):
         self.file("model.txt", OBJ)
         self.convert("--from", "obj", "model.txt", "--to", "ply", "out.dat")
+        (self.folder / "out.dat").unlink()
+        self.convert("--from", "OBJ", "model.txt", "--to", "Ply", "out.dat")
         self.assertEqual(Ply(self.folder / "out.dat").points(), CORNERS)
 
     def test_several_inputs(self):

@@ -1,5 +1,6 @@
 """What a build tree is made of with VRN_ASSIMP off. It is only configured; `without_assimp` tests what it would build."""
 import json
+import os
 import pathlib
 import subprocess
 import tempfile
@@ -14,7 +15,7 @@ class WithoutAssimp(unittest.TestCase):
         temporary = tempfile.TemporaryDirectory()
         cls.addClassCleanup(temporary.cleanup)
         cls.build = pathlib.Path(temporary.name)
-        result = subprocess.run(["cmake", "-S", ROOT, "-B", cls.build, "-G", "Ninja", "-DVRN_ASSIMP=OFF",
+        result = subprocess.run([os.environ["CMAKE"], "-S", ROOT, "-B", cls.build, "-G", "Ninja", "-DVRN_ASSIMP=OFF",
                                  "-DCMAKE_DISABLE_FIND_PACKAGE_assimp=ON", "-DVRN_TESTS=OFF", "-DCMAKE_BUILD_TYPE=Debug"],
                                 stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, timeout=300)
         if result.returncode != 0:

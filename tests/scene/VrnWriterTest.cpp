@@ -4,6 +4,7 @@
 #include "scene/core/Decompress.h"
 #include "tests/support/Reading.h"
 #include "tests/support/SameScene.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/support/Texts.h"
 
 #include <algorithm>
@@ -56,18 +57,16 @@ std::string rewritten(const std::string& text, const VrnWriterOptions& options =
 } // namespace
 
 TEST(VrnWriter, writesAFileAsAWhole) {
-    std::string folder = (std::filesystem::temp_directory_path() / "vrn-XXXXXX").string();
-    ASSERT_NE(mkdtemp(folder.data()), nullptr);
-    const String path = std::string_view(folder + "/scene.vrn");
+    const TemporaryFolder folder;
+    const String path = std::string_view(folder.at("scene.vrn"));
     Reading reading = readText("t a; a.x = 1;");
     EXPECT_TRUE(writeVrnFile(*reading.scene, path).empty());
     File file = File::open(path);
     EXPECT_EQ(file.readBlock(), "t a:\n    .x = 1;\n");
     reading.node("a").createInput("two words", AttrType::Int);
     EXPECT_EQ(writeVrnFile(*reading.scene, path).size(), 1U);
-    EXPECT_THROW((void)writeVrnFile(*reading.scene, std::string_view(folder)), std::system_error);
+    EXPECT_THROW((void)writeVrnFile(*reading.scene, std::string_view(folder.path())), std::system_error);
     EXPECT_THROW((void)writeVrnFile(*reading.scene, path + "/none"), std::system_error);
-    std::filesystem::remove_all(folder);
 }
 
 TEST(VrnWriter, wrapsLongValues) {

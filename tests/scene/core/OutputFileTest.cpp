@@ -1,6 +1,7 @@
 #include "scene/core/OutputFile.h"
 
 #include "tests/support/Reading.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <fcntl.h>
 #include <filesystem>
@@ -14,23 +15,15 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// A temporary folder for each test.
 class OutputFiles : public testing::Test {
 protected:
-    void SetUp() override {
-        std::string name = (fs::temp_directory_path() / "vrn-XXXXXX").string();
-        ASSERT_NE(mkdtemp(name.data()), nullptr);
-        folder = name;
-    }
-    void TearDown() override { fs::remove_all(folder); }
-
-    [[nodiscard]] std::string at(const char* name) const { return (folder / name).string(); }
+    [[nodiscard]] std::string at(const char* name) const { return folder.at(name); }
     [[nodiscard]] static std::string textOf(const std::string& path) {
         std::ifstream file(path, std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
     }
     [[nodiscard]] std::ptrdiff_t count() const {
-        return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
+        return std::distance(fs::directory_iterator(folder.path()), fs::directory_iterator());
     }
 
     // Expects that "link" is a link to "a".
@@ -42,7 +35,7 @@ protected:
         EXPECT_TRUE(fs::is_symlink(at("link")));
     }
 
-    fs::path folder;
+    TemporaryFolder folder;
 };
 
 } // namespace
@@ -62,7 +55,7 @@ TEST_F(OutputFiles, appearWhenTheyAreCommitted) {
 }
 
 TEST_F(OutputFiles, areNowhereBeforeThat) {
-    const int unnamed = open(folder.c_str(), O_WRONLY | O_TMPFILE, 0600);
+    const int unnamed = open(folder.path().c_str(), O_WRONLY | O_TMPFILE, 0600);
     if (unnamed < 0)
         GTEST_SKIP() << "the file system has no files without a name";
     close(unnamed);
@@ -95,7 +88,7 @@ TEST_F(OutputFiles, mayHaveTheLongestOfNames) {
 }
 
 TEST_F(OutputFiles, reportFailedSystemCalls) {
-    for (const std::string& path : {folder.string(), at("none/a"), std::string("/dev/null"), std::string()}) {
+    for (const std::string& path : {folder.path(), at("none/a"), std::string("/dev/null"), std::string()}) {
         try {
             OutputFile file(path);
             ADD_FAILURE() << path;
