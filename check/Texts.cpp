@@ -1,6 +1,7 @@
 #include "check/Texts.h"
 
 #include "scene/core/NumberText.h"
+#include "scene/core/TextEncoding.h"
 
 namespace vrn::check {
 
@@ -8,13 +9,7 @@ using namespace vor;
 
 std::string shortened(std::string_view text) {
     constexpr std::size_t maxLength = 200;
-    if (text.size() <= maxLength)
-        return std::string(text);
-    const auto continues = [&](std::size_t at) { return (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80; };
-    std::size_t length = maxLength;
-    while (length > maxLength - 4 && continues(length)) // not within a character of UTF-8
-        --length;
-    return std::string(text.substr(0, length)) + "...";
+    return truncated(text, maxLength);
 }
 
 std::string pathText(const velmo_sdk::impl::Input& input) { return shortened(input.label()); }

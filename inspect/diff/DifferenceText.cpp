@@ -26,7 +26,8 @@ std::string withoutMiddle(std::string_view path) {
     constexpr std::size_t maxLength = 1000;
     if (path.size() <= maxLength)
         return std::string(path);
-    return std::string(path.substr(0, maxLength / 2)) + "..." + std::string(path.substr(path.size() - maxLength / 2));
+    const std::size_t end = characterStart(path, path.size() - maxLength / 2);
+    return truncated(path, maxLength / 2) + std::string(path.substr(end));
 }
 
 std::string arrow(const std::string& before, const std::string& after) { return before + " -> " + after; }
@@ -57,10 +58,7 @@ std::string stringsText(std::string_view before, std::string_view after) {
         return arrow(quotedShort(before), quotedShort(after));
     const auto differ = std::ranges::mismatch(before, after);
     const auto at = static_cast<std::size_t>(differ.in1 - before.begin());
-    std::size_t from = at < shortLength / 2 ? 0 : at - shortLength / 3;
-    const auto isInside = [&](std::size_t i) { return i < before.size() && (before[i] & '\xC0') == '\x80'; };
-    while (from > 0 && from < at && isInside(from))
-        ++from;
+    const std::size_t from = at < shortLength / 2 ? 0 : characterStart(before, at - shortLength / 3);
     const std::string dots = from == 0 ? "" : "...";
     return "from byte " + std::to_string(at) + ": " +
            arrow(quotedShort(dots + std::string(before.substr(from))),

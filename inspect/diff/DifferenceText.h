@@ -1,6 +1,8 @@
 // Differences between scenes as text and as JSON.
 //
-//     compareScenes(before, after, 0, [&](const Difference& difference) { text += differenceLine(difference, style);
+//     std::string text;
+//     compareScenes(before, after, 0, [&](const Difference& difference) {
+//         text += differenceLine(difference, Style(false));
 //     });
 //
 // The strings own what they contain. Linear in the values, which the text truncates.

@@ -1,10 +1,15 @@
 // Reports on what was found wrong with texts: as text, JSON, SARIF and GitHub workflow commands.
 //
 //     const std::unique_ptr<Report> report = makeSarifReport(sink);
-//     runInOrder(files, [&](const Diagnosis& file) { return report->about(file); });
+//     Totals totals;
+//     for (const Diagnosis& file : files) {
+//         if (const Report::Finish finish = report->about(file))
+//             finish();
+//         totals += totalsOf(file);
+//     }
 //     report->end(totals);
 //
-//     const std::string text = reportText(makeJsonReport, diagnoses); // all at once
+//     const std::string text = reportText(makeJsonReport, files); // the same as a text
 //
 // The text goes to the sink; what it throws propagates. A report owns its sink and keeps no Diagnosis. Linear in the
 // diagnostics.

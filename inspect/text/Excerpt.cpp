@@ -17,8 +17,6 @@ constexpr i64 widthAfter = 60;
 
 constexpr std::string_view ellipsis = "...";
 
-bool isContinuation(char c) { return (static_cast<u8>(c) & 0xC0) == 0x80; }
-
 i64 caretColumn(TextPosition position) { return std::max<i64>(position.column, 1); }
 
 // Fills the excerpts as the bytes of the file go by, one line at a time.

@@ -8,22 +8,12 @@ namespace vrn::inspect {
 using namespace vor;
 using namespace vor::velmo_sdk;
 
-std::string shortened(std::string_view text, std::size_t length) {
-    if (text.size() <= length)
-        return std::string(text);
-    const auto isInside = [&](std::size_t at) { return (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80U; };
-    const std::size_t minLength = length - 3; // without a boundary there, this is not UTF-8: cut anywhere
-    while (length > minLength && isInside(length))
-        --length;
-    return std::string(text.substr(0, length)) + "...";
-}
-
 std::string escapedShort(std::string_view text, std::size_t length) {
-    return std::string(escapeForTerminal(shortened(text, length)).view());
+    return std::string(escapeForTerminal(truncated(text, length)).view());
 }
 
 std::string quotedShort(std::string_view text) {
-    const std::string cut = shortened(text);
+    const std::string cut = truncated(text, shortLength);
     std::string quoted = "\"";
     for (std::string_view rest = cut; !rest.empty();) {
         if (rest.starts_with('"') || rest.starts_with('\\'))

@@ -36,11 +36,8 @@ template <class Number> void appendNumbers(std::string& text, std::span<const Nu
     }
 }
 
-// The text, truncated at a character boundary and followed by `...` if it is longer than `length` bytes.
+// The text truncated to `length` bytes and escaped for terminals; and as a string literal of VRN.
 inline constexpr std::size_t shortLength = 60;
-[[nodiscard]] std::string shortened(std::string_view text, std::size_t length = shortLength);
-
-// The same, escaped for terminals; and as a string literal of VRN.
 [[nodiscard]] std::string escapedShort(std::string_view text, std::size_t length = shortLength);
 [[nodiscard]] std::string quotedShort(std::string_view text);
 

@@ -45,9 +45,23 @@ std::size_t utf8Length(std::string_view text) noexcept {
     if (length > text.size() || (length > 1 && !isSecondByte(lead, text[1])))
         return 0;
     for (std::size_t i = 2; i < length; ++i)
-        if (!isBetween(text[i], 0x80, 0xBF))
+        if (!isContinuation(text[i]))
             return 0;
     return length;
+}
+
+std::size_t characterStart(std::string_view text, std::size_t at) noexcept {
+    constexpr std::size_t maxContinuations = 3;
+    std::size_t start = at;
+    while (start < text.size() && start > 0 && at - start < maxContinuations && isContinuation(text[start]))
+        --start;
+    return start < at && utf8Length(text.substr(start)) > at - start ? start : at;
+}
+
+std::string truncated(std::string_view text, std::size_t length) {
+    if (text.size() <= length)
+        return std::string(text);
+    return std::string(text.substr(0, characterStart(text, length))) + "...";
 }
 
 bool isUtf8(std::string_view text) noexcept {

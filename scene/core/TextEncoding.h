@@ -15,6 +15,16 @@ namespace vor {
 // Whether the whole text is well-formed UTF-8.
 [[nodiscard]] VRN_API bool isUtf8(std::string_view text) noexcept;
 
+// Whether a byte continues a character of UTF-8 that an earlier byte begins.
+[[nodiscard]] constexpr bool isContinuation(char c) noexcept { return (static_cast<u8>(c) & 0xC0) == 0x80; }
+
+// Where the character that contains the byte at `at` begins; `at` itself at the end of the text, and in what is not
+// UTF-8. Text can be cut there.
+[[nodiscard]] VRN_API std::size_t characterStart(std::string_view text, std::size_t at) noexcept;
+
+// The text if it has at most `length` bytes; otherwise the characters that fit into them, followed by `...`.
+[[nodiscard]] VRN_API std::string truncated(std::string_view text, std::size_t length);
+
 // The text as UTF-8: each byte that belongs to no well-formed sequence becomes U+FFFD.
 [[nodiscard]] VRN_API String toUtf8(const String& text);
 

@@ -85,6 +85,21 @@ TEST(SceneDifference, showsWhereLongStringsDiffer) {
               "~ n.x: from byte 100: \"..." + std::string(20, 'x') + "a\" -> \"..." + std::string(20, 'x') + "b\"\n");
 }
 
+TEST(SceneDifference, cutsTextsBetweenCharacters) {
+    std::string umlauts;
+    for (int i = 0; i < 600; ++i)
+        umlauts += "ä";
+    const Texts texts =
+        differences(("t n; n.x = \"" + umlauts + "a\";").c_str(), ("t n; n.x = \"" + umlauts + "b\";").c_str());
+    EXPECT_NE(texts.lines.find("\"...ää"), std::string::npos) << texts.lines;
+    const std::string path = 'x' + umlauts + 'y';
+    const Difference difference{
+        .change = Change::Changed, .aspect = Aspect::Type, .path = path, .before = "Int", .after = "Real"};
+    const std::string line = differenceLine(difference, Style(false));
+    EXPECT_EQ(line.find('\\'), std::string::npos) << line; // no byte of a character is left alone
+    EXPECT_NE(line.find("ä...ä"), std::string::npos) << line;
+}
+
 TEST(SceneDifference, isColouredByItsKind) {
     const Reading a = readText("t n; n.x = 1;");
     const Reading b = readText("t n; n.y = 1;");
