@@ -167,7 +167,7 @@ std::span<const std::byte> AttrData::bytes() const noexcept {
 std::span<std::byte> AttrData::bytes() {
     if (type() != AttrType::Buffer)
         return {};
-    if (!isOnlyOwner())
+    if (!endSharing())
         replaceByCopy(store_.block.count);
     return {static_cast<std::byte*>(store_.block.memory), blockSize()};
 }
@@ -178,7 +178,7 @@ void AttrData::resize(u64 count) {
         return;
     if (count > std::numeric_limits<std::ptrdiff_t>::max() / unit)
         throw std::bad_alloc();
-    if (!isOnlyOwner())
+    if (!endSharing())
         return replaceByCopy(count);
     const u64 before = blockSize();
     const u64 size = count * unit;
@@ -229,8 +229,8 @@ void AttrData::leaveOwners() noexcept {
     delete owners;
 }
 
-// Whether the block may be written. If all values that shared it with this one are gone, it is no longer shared.
-bool AttrData::isOnlyOwner() noexcept {
+// Ends sharing if all values that shared the block with this one are gone. Returns whether the block may be written.
+bool AttrData::endSharing() noexcept {
     Owners* owners = store_.block.owners;
     if (!owners)
         return true;

@@ -153,9 +153,11 @@ public:
     // element's size, such as VecT<3, float> for Vec3f. Empty if T does not match the DataType. The second overload is
     // like that of bytes().
     template <class T> [[nodiscard]] std::span<const T> elements() const noexcept {
-        return elementsIn<const T>(bytes());
+        return hasElementsOf<T>() ? spanOf<const T>(bytes()) : std::span<const T>();
     }
-    template <class T> [[nodiscard]] std::span<T> elements() { return elementsIn<T>(bytes()); }
+    template <class T> [[nodiscard]] std::span<T> elements() {
+        return hasElementsOf<T>() ? spanOf<T>(bytes()) : std::span<T>();
+    }
 
     // Equal types and equal bits: a NaN equals itself, -0 differs from 0.
     friend VRN_API bool operator==(const AttrData& a, const AttrData& b) noexcept;
@@ -203,7 +205,7 @@ private:
     void allocate(u64 count);
     [[nodiscard]] Owners* joinOwners() const noexcept;
     void leaveOwners() noexcept;
-    [[nodiscard]] bool isOnlyOwner() noexcept;
+    [[nodiscard]] bool endSharing() noexcept;
     void replaceByCopy(u64 count);
     void take(AttrData& other) noexcept {
         kind_ = other.kind_;
@@ -220,15 +222,16 @@ private:
             std::free(store_.block.memory);
     }
 
-    template <class T, class Byte> [[nodiscard]] std::span<T> elementsIn(std::span<Byte> bytes) const noexcept {
-        using Element = std::remove_const_t<T>;
-        static_assert(std::is_trivially_copyable_v<Element>);
+    // Whether T matches the DataType of a buffer.
+    template <class T> [[nodiscard]] bool hasElementsOf() const noexcept {
+        static_assert(std::is_trivially_copyable_v<T>);
         const ElementLayout layout = elementLayout(dataType());
-        constexpr DataType number = detail::numberType<typename detail::Number<Element>::type>;
-        const bool fits = std::is_arithmetic_v<Element> || sizeof(Element) == layout.elementSize();
-        if (number == DataType::Null || number != layout.componentType || !fits)
-            return {};
-        return {reinterpret_cast<T*>(bytes.data()), bytes.size() / sizeof(Element)};
+        constexpr DataType number = detail::numberType<typename detail::Number<T>::type>;
+        const bool fits = std::is_arithmetic_v<T> || sizeof(T) == layout.elementSize();
+        return number != DataType::Null && number == layout.componentType && fits;
+    }
+    template <class T, class Byte> [[nodiscard]] static std::span<T> spanOf(std::span<Byte> bytes) noexcept {
+        return {reinterpret_cast<T*>(bytes.data()), bytes.size() / sizeof(T)};
     }
 
     // Low half: the type. High half: the DataType of a buffer, the element type of an array, where a string is stored.

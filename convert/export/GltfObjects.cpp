@@ -1,6 +1,7 @@
 #include "convert/export/GltfObjects.h"
 
 #include "convert/model/Inputs.h"
+#include "convert/shared/GltfNesting.h"
 
 #include <algorithm>
 #include <rapidjson/reader.h>
@@ -8,9 +9,6 @@
 namespace vrn::convert {
 
 namespace {
-
-// Our reader accepts JSON that is nested at most 1000 levels deep. Extras are in up to five objects and arrays.
-constexpr std::size_t maxExtrasDepth = 995;
 
 // Accepts all JSON and measures how deeply it is nested.
 class DepthMeter : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, DepthMeter> {

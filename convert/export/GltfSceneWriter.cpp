@@ -3,6 +3,7 @@
 #include "convert/export/GltfObjects.h"
 #include "convert/model/Inputs.h"
 #include "convert/model/NodeHierarchy.h"
+#include "convert/shared/GltfNesting.h"
 
 #include <algorithm>
 
@@ -48,9 +49,8 @@ void GltfSceneWriter::writeScenes() {
 
 // Traverses level by level: recursion could overflow the stack.
 void GltfSceneWriter::reportDeepNodes() {
-    constexpr std::size_t maxDepth = 1000;
     std::vector<u32> level = rootNodes(model_.nodes);
-    for (std::size_t depth = 0; depth <= maxDepth; ++depth) {
+    for (std::size_t depth = 0; depth <= maxNodeDepth; ++depth) {
         std::vector<u32> next;
         for (const u32 index : level)
             next.insert(next.end(), model_.nodes[index].children.begin(), model_.nodes[index].children.end());

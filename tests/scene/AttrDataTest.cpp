@@ -255,6 +255,15 @@ TEST(AttrData, isWrittenInPlaceByItsLastOwner) {
     EXPECT_NE(addressOf(copy), block) << "no longer shared, so that a copy is deep";
 }
 
+TEST(AttrData, goesOnSharingIfElementsOfAnotherTypeAreWanted) {
+    AttrData data = threeFloats();
+    const AttrData view = data.share();
+    EXPECT_TRUE(data.elements<double>().empty());
+    EXPECT_TRUE(data.elements<i32>().empty());
+    EXPECT_TRUE((data.elements<math::VecT<3, float>>().empty()));
+    EXPECT_EQ(addressOf(data), addressOf(view));
+}
+
 TEST(AttrData, sharesOnlyBlocksOfBuffers) {
     const AttrData values[] = {
         {},

@@ -1,13 +1,13 @@
 #include "convert/import/gltf/GltfHierarchy.h"
 
+#include "convert/shared/GltfNesting.h"
+
 #include <algorithm>
 #include <unordered_set>
 
 namespace vrn::convert {
 
 namespace {
-
-constexpr u64 maxNodeDepth = 1000;
 
 class HierarchyReader {
 public:

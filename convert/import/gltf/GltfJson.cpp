@@ -2,6 +2,7 @@
 
 #include "convert/shared/Errors.h"
 #include "convert/shared/Floats.h"
+#include "convert/shared/GltfNesting.h"
 #include "scene/JsonWriter.h"
 
 #include <algorithm>
@@ -13,9 +14,7 @@ using vor::velmo_sdk::impl::JsonText;
 
 namespace {
 
-constexpr std::size_t maxJsonDepth = 1000;
-
-// Whether arrays and objects are nested more than 1000 levels deep. The text may be invalid.
+// Whether arrays and objects are nested more than `maxJsonDepth` levels deep. The text may be invalid.
 bool isNestedTooDeeply(std::string_view text) {
     std::size_t depth = 0;
     bool isInString = false;
@@ -56,7 +55,8 @@ template <class Visit> bool visitChildren(const JsonValue& value, Visit visit) {
     return false;
 }
 
-// Whether `value` is `from` or inside; `pointer` then leads from `from` to it. Recurses at most 1000 levels.
+// Whether `value` is `from` or inside; `pointer` then leads from `from` to it. Recurses at most
+// `maxJsonDepth` levels.
 bool findPointer(const JsonValue& from, const JsonValue* value, std::string& pointer) {
     if (&from == value)
         return true;

@@ -111,11 +111,12 @@ private:
     friend class GltfValue;
     [[nodiscard]] std::string pointerTo(const JsonValue* value) const;
 
-    std::string path_;
-    JsonDocument document_;
-    // The member of an object; null if there is none. Takes constant time regardless of the number of members.
+    // The member of an object; null if there is none. Amortized constant time: the first query of a large object takes
+    // time linear in its members.
     [[nodiscard]] const JsonValue* memberOf(const JsonValue& object, std::string_view name) const;
 
+    std::string path_;
+    JsonDocument document_;
     mutable std::unordered_set<const JsonValue*> read_;
     mutable std::vector<const JsonValue*> cutTexts_; // some of them several times
     // The members of large objects, for those that were queried.
