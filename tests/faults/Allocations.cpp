@@ -37,20 +37,17 @@ bool mustFail() noexcept {
     return true;
 }
 
-// The bytes of a block. Among large ones, only slabs of one huge page are aligned to huge pages; glibc keeps unused
-// address space after them, which takes no memory.
-std::size_t sizeOf(void* block) noexcept {
-    constexpr std::size_t hugePage = std::size_t(2) << 20;
-    const std::size_t usable = malloc_usable_size(block);
-    const bool isHugeSlab = reinterpret_cast<std::uintptr_t>(block) % hugePage == 0 && usable >= hugePage;
-    return isHugeSlab ? hugePage : usable;
-}
+// glibc maps large blocks separately, and leaves address space unused after those that are aligned. It takes no memory
+// but would count. In its heap, glibc keeps nothing that a block does not need. The threshold is the greatest possible;
+// no aligned block is as large.
+constexpr int mapFrom = 32 << 20;
+[[maybe_unused]] const bool isInHeap = mallopt(M_MMAP_THRESHOLD, mapFrom) == 1;
 
 void* counted(void* block) noexcept {
     if (!block)
         return nullptr;
     ++blocks;
-    bytes += sizeOf(block);
+    bytes += malloc_usable_size(block);
     if (bytes > peak)
         peak = bytes.load();
     return block;
@@ -60,7 +57,7 @@ void uncount(void* block) noexcept {
     if (!block)
         return;
     --blocks;
-    bytes -= sizeOf(block);
+    bytes -= malloc_usable_size(block);
 }
 
 } // namespace

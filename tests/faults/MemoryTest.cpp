@@ -4,6 +4,9 @@
 #include "tests/support/Reading.h"
 #include "tests/support/Sources.h"
 
+#include <algorithm>
+#include <array>
+#include <cstdlib>
 #include <functional>
 
 namespace vrn::test {
@@ -92,6 +95,25 @@ template <class Read> Usage usageOf(std::size_t size, Read read) {
 constexpr double densestScene = 112;
 
 } // namespace
+
+// Blocks count as a whole wherever they are, and without what glibc leaves unused after them.
+TEST(Memory, isCountedAsItIs) {
+    constexpr std::size_t hugePage = std::size_t(2) << 20;
+    constexpr std::size_t rounding = 64;
+    for (const std::size_t alignment : {std::size_t(16), hugePage / 64, hugePage})
+        for (const std::size_t size : {hugePage / 64, hugePage / 8, hugePage, hugePage * 4 / 3, hugePage * 2}) {
+            SCOPED_TRACE(std::to_string(size) + " at multiples of " + std::to_string(alignment));
+            std::array<void*, 5> blocks{};
+            const std::size_t before = liveBytes();
+            for (void*& block : blocks)
+                ASSERT_EQ(posix_memalign(&block, alignment, size), 0);
+            const std::size_t counted = liveBytes() - before;
+            EXPECT_GE(counted, blocks.size() * size);
+            EXPECT_LE(counted, blocks.size() * (size + rounding));
+            std::ranges::for_each(blocks, std::free);
+            EXPECT_EQ(liveBytes(), before);
+        }
+}
 
 TEST(Memory, isThatOfTheSceneAndLittleMore) {
     for (const Shape& shape : shapes) {
