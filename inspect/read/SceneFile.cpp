@@ -3,6 +3,7 @@
 #include "impl/Reader.h"
 #include "inspect/read/Kind.h"
 #include "inspect/text/WholeText.h"
+#include "scene/core/TextEncoding.h"
 
 #include <filesystem>
 #include <string_view>
@@ -75,8 +76,8 @@ void SceneFile::add(const LogRecord& record) {
     constexpr std::size_t truncatedLength = 200;
     diagnosis_.diagnostics.push_back({record});
     String& text = diagnosis_.diagnostics.back().record.text;
-    if (messageBytes_ > maxTotal && text.len() > truncatedLength)
-        text = text.substring(0, truncatedLength) + "...";
+    if (messageBytes_ > maxTotal)
+        text = std::string_view(truncated(text.view(), truncatedLength));
     messageBytes_ += text.len();
 }
 

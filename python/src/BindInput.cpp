@@ -174,11 +174,8 @@ std::string description(const InputReference& input) {
     if (!input.isAttached())
         return "<vrn.Input, removed>";
     const Input& read = input.read();
-    std::string label = labelOf(read);
-    if (label.size() > 200) // at any byte: the rest is escaped
-        label = label.substr(0, 200) + "...";
-    return "<vrn.Input " + std::string(vor::escapeForTerminal(std::string_view(label)).view()) + ": " + nameOf(read) +
-           ">";
+    const auto label = vor::truncated(labelOf(read), 200);
+    return "<vrn.Input " + std::string(vor::escapeForTerminal(label).view()) + ": " + nameOf(read) + ">";
 }
 
 nb::object parentOf(const InputReference& input) {

@@ -65,7 +65,7 @@ void bindNode(nb::module_& m) {
             m, "Node", nb::sig("class Node(collections.abc.Mapping[str, Value])"),
             "A named, typed object of a scene: a mapping from the names of its inputs to their values.\n\n"
             "Reading `node[name]` gives the value, setting it follows the rules of types of the input, or adds\n"
-            "an input whose type the value tells. `node.inputs[name]` is the input itself. A node keeps its scene\n"
+            "an input of the type of the value. `node.inputs[name]` is the input itself. A node keeps its scene\n"
             "alive. After its removal, `is_attached` is false and everything else raises RemovedError.\n"
             "Two are equal if they are the same node.")
             .def_prop_rw(

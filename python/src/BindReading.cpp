@@ -166,7 +166,7 @@ void bindReport(nb::module_& m) {
             "The name of the file.")
         .def_prop_ro(
             "ok", [](const Diagnosis& diagnosis) { return !diagnosis.hasErrors(); },
-            "Whether there are no errors. Warnings are none.")
+            "Whether there are no errors. Warnings do not count.")
         .def_prop_ro("diagnostics", &diagnosticsOf, nb::sig("def diagnostics(self) -> tuple[Diagnostic, ...]"),
                      "Everything that was found, in order.")
         .def("to_sarif", text(&inspect::makeSarifReport), "The report as SARIF 2.1.0, for code scanning.")
@@ -187,10 +187,10 @@ void defineUpdates(SceneClass& scene) {
     scene
         .def("update", &update, nb::arg("source"), nb::kw_only(), nb::arg("strict") = false, nb::arg("notices") = false,
              nb::sig("def update(self, source: Source, *, strict: bool = False, notices: bool = False) -> None"),
-             "Reads a file on top of the scene: its statements change what is there. See read().")
+             "Reads a file on top of the scene: its statements change nodes that exist. See read().")
         .def("apply", &apply, nb::arg("data"), nb::kw_only(), nb::arg("strict") = false, nb::arg("notices") = false,
              nb::sig("def apply(self, data: Data, *, strict: bool = False, notices: bool = False) -> None"),
-             "Reads a text on top of the scene: its statements change what is there. See loads().");
+             "Reads a text on top of the scene: its statements change nodes that exist. See loads().");
 }
 
 void bindReading(nb::module_& m) {
