@@ -91,3 +91,9 @@ class Authored:
         for name in self.prim.GetAllAuthoredMetadata():
             if name not in _METADATA:
                 self.lose(f"metadata {name} of {kind}")
+        for name in self.prim.GetCustomData():
+            if name != "vrn":
+                self.lose(f"custom data {name} of {kind}")
+        sets = self.prim.GetVariantSets()
+        if any(len(sets.GetVariantSet(name).GetVariantNames()) > 1 for name in sets.GetNames()):
+            self.lose("variants that are not selected")

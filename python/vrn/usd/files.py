@@ -33,14 +33,15 @@ def quiet(path: Path, losses: Losses) -> Iterator[None]:
     try:
         yield
     except Tf.ErrorException as error:
-        raise vrn.ConversionError(f"{path}: {_message(error)}") from None
+        raise vrn.ConversionError(f"{path}: {_message(error, path)}") from None
     finally:
         for diagnostic in delegate.TakeUncoalescedDiagnostics():
             losses.add(_first_line(diagnostic.commentary), str(path))
 
 
-def _message(error: Tf.ErrorException) -> str:
+def _message(error: Tf.ErrorException, path: Path) -> str:
     texts = [_first_line(str(part.commentary)) for part in error.args if hasattr(part, "commentary")]
+    texts = [text.removeprefix(f"{path.absolute()}:") for text in texts]
     return "; ".join(dict.fromkeys(texts)) or "not a valid stage"
 
 

@@ -206,7 +206,8 @@ class Reader:
             if not prim.IsA(UsdGeom.Xformable) or not _has_content(prim):
                 return None
         elif not prim.GetTypeName() and not _has_content(prim):
-            authored.lose("prims without a type and content")
+            if not prim.GetAllChildren():
+                authored.lose("prims without a type and content")
             return None
         return self._read_group(authored, parent)
 

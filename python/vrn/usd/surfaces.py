@@ -13,7 +13,8 @@ from .arrays import Array
 class Surface:
     """Faces, given by their numbers of corners and the point of each corner, and attributes by name.
 
-    `points` has one element per point in each array, `corners` one per corner, `faces` one per face. `titles` are names of groups of attributes, such as morph targets.
+    `points` has one element per point in each array, `corners` one per corner,
+    `faces` one per face. `titles` are names of groups of attributes, such as morph targets.
     """
 
     counts: Array
