@@ -24,11 +24,18 @@ def png(color: tuple[int, int, int] = (200, 100, 50)) -> bytes:
     return b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) + chunk(b"IDAT", pixels) + chunk(b"IEND", b"")
 
 
+def opened(path: pathlib.Path) -> Usd.Stage:
+    """The stage of a file as it is now, also if an earlier one of that name is still open."""
+    stage = Usd.Stage.Open(str(path))
+    stage.Reload()
+    return stage
+
+
 def findings(path: pathlib.Path) -> list[str]:
     """What the validators of OpenUSD find wrong with a file."""
     registry = UsdValidation.ValidationRegistry()
     context = UsdValidation.ValidationContext(registry.GetOrLoadAllValidators())
-    stage = Usd.Stage.Open(str(path))
+    stage = opened(path)
     return [f"{error.GetName()}: {error.GetMessage()}" for error in context.Validate(stage)]
 
 
@@ -51,13 +58,13 @@ class Trip:
         assert whats(found) == sorted(losses or [])
         if check:
             assert findings(path) == []
-        return Usd.Stage.Open(str(path))
+        return opened(path)
 
     def read(self, stage: "Usd.Stage | str", losses: list[str] | None = None) -> vrn.Scene:
         """The scene of a stage, or of the text of one."""
         path = self.folder / "given.usda"
         if isinstance(stage, str):
-            path.write_text("#usda 1.0\n" + stage)
+            path.write_text('#usda 1.0\n(\nmetersPerUnit = 1\nupAxis = "Y"\n)\n' + stage)
         else:
             stage.GetRootLayer().Export(str(path))
         scene, found = vrn.usd.from_usd(path)

@@ -275,7 +275,10 @@ def test_subsets_become_parts(trip: Trip, stage: Usd.Stage) -> None:
     scene = trip.read(stage, ["faces with fewer than three corners"])
     world = scene["World"]
     parts = [world["geometry"], *world["parts"]]
-    assert [part.inputs["material"].connection is not None for part in parts if "material" in part.inputs] == [True, True]
+    assert [part.inputs["material"].connection is not None for part in parts if "material" in part.inputs] == [
+        True,
+        True,
+    ]
     materials = [part.inputs["material"].connection.node.name if "material" in part.inputs else "" for part in parts]
     assert materials == ["", "red", "blue"]
     equal(parts[0]["points"][parts[0]["indices"]][:, 0], [0, 1, 2])

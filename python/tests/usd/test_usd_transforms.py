@@ -70,7 +70,8 @@ def test_names_of_meshes_beside_children(trip: Trip) -> None:
 
 
 def test_bytes_that_are_not_utf8_are_reported(trip: Trip) -> None:
-    scene = vrn.loads(b'transform a; a.name = "x\xff";')
+    scene = vrn.Scene()
+    scene.add("transform", "a").add("name", "String", "x\udcff")
     stage = trip.write(scene, ["bytes of texts that are not UTF-8"])
     assert stage.GetPrimAtPath("/Root/a").GetDisplayName() == "x\ufffd"
 
@@ -106,7 +107,9 @@ def test_deep_hierarchies(trip: Trip) -> None:
 )  # fmt: skip
 def test_losses_of_written_hierarchies(trip: Trip, text: str, loss: str) -> None:
     also = ["meshes with no points"] if text.startswith("mesh m") else []
-    also += [f"input instances.{member} of instance" for member in ("translation", "scale")] if "instances." in text else []
+    also += (
+        [f"input instances.{member} of instance" for member in ("translation", "scale")] if "instances." in text else []
+    )
     trip.write(text, [loss, *also])
 
 
@@ -181,6 +184,21 @@ def test_names_of_prims_become_identifiers(trip: Trip) -> None:
     assert [node.name for node in vrn.loads(scene.dumps(), strict=True).nodes()] == ["t", "a", "a_2", "true_"]
 
 
+VARIANTS = """
+def Xform "a" ( variantSets = "v"
+variants = { string v = "x" }
+)
+{
+    variantSet "v" = {
+        "x" {
+        }
+        "y" {
+        }
+    }
+}
+"""
+
+
 @pytest.mark.parametrize(
     ("text", "losses"),
     [
@@ -197,7 +215,7 @@ def test_names_of_prims_become_identifiers(trip: Trip) -> None:
          ["time samples of visibility of Xform"]),
         ('def Xform "a" { token[] xformOpOrder = ["!resetXformStack!"]\n}',
          ["transforms that do not follow those of the parents"]),
-        ('def Xform "a" (variantSets = "v"\nvariants = {string v = "x"\n})\n{variantSet "v" = {\n"x" {\n}\n"y" {\n}\n}}',
+        (VARIANTS,
          ["variants that are not selected"]),
     ],
 )  # fmt: skip

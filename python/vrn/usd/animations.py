@@ -97,6 +97,8 @@ class Channels:
         given.add_unread()
 
     def _read_channel(self, given: Given, prefix: str) -> None:
+        for member in ("times", "values", "interpolation", "path"):
+            given.find(f"{prefix}.{member}")  # a channel that is left out is one loss
         target = given.link(f"{prefix}.target")
         path = given.text(f"{prefix}.path")
         interpolation = given.text(f"{prefix}.interpolation") or "linear"

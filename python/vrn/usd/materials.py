@@ -481,6 +481,9 @@ class _Surface:
             self._put(BASE, image)
         if opacity is not None and (image is None or opacity.shader.GetPath() != image.shader.GetPath()):
             self._put(OPACITY, opacity, has_xform=image is None)
+            if image is not None and self._coordinates(opacity) != self._coordinates(image):
+                # Scenes have one transform for both.
+                self._authored.lose("texture coordinates of opacity maps", opacity.shader.GetPrim().GetName())
 
     def _read_numbers(self) -> None:
         metallic, roughness = self._image("metallic"), self._image("roughness")
@@ -497,6 +500,9 @@ class _Surface:
                 self._check_bias(image)
         elif metallic is not None or roughness is not None:
             self._authored.lose("maps of metalness and roughness that are not blue and green of one image")
+            for image in (metallic, roughness):
+                if image is not None:
+                    self._seen_of(image.shader).mark("inputs:file", "inputs:st")
         for number in NUMBERS:
             value = factors.get(number.path, self._value(number.shader, number.shader_default))
             if number.path.startswith("clearcoat.") or (number.path == "ior" and shortest(value) == number.default):

@@ -46,7 +46,9 @@ def read(path: str | os.PathLike[str]) -> tuple[vrn.Scene, tuple[vrn.Loss, ...]]
     with quiet(source, losses):
         reader = Reader(stage, losses, str(source.absolute().parent))
         reader.read()
-    return reader.scene, losses.all()
+    scene = reader.scene
+    reader.release()
+    return scene, losses.all()
 
 
 class Reader:
@@ -75,6 +77,10 @@ class Reader:
         self._materials.finish()
         self.animations.finish()
         self._read_scene()
+
+    def release(self) -> None:
+        """Lets go of the stage: the parts refer to each other, and would keep it until the garbage is collected."""
+        del self.stage, self.animations, self._skins, self._materials
 
     # --- what all parts use
 

@@ -23,6 +23,7 @@ JOINTS = "vrn:joints"
 SKELETON = "vrn:skeleton"
 _INDICES = "primvars:skel:jointIndices"
 _WEIGHTS = "primvars:skel:jointWeights"
+_METHOD = "primvars:skel:skinningMethod"
 _BIND = "primvars:skel:geomBindTransform"
 
 # --- writing
@@ -213,8 +214,8 @@ def read_influences(authored: Authored, surface: Surface) -> None:
     authored.mark(_INDICES + ":indices", _WEIGHTS + ":indices")
     if not indices.HasAuthoredValue() or not weights.HasAuthoredValue():
         return
-    if authored.prim.GetAttribute("primvars:skel:skinningMethod").HasAuthoredValue():
-        authored.value("primvars:skel:skinningMethod")
+    if authored.value(_METHOD, "classicLinear") != "classicLinear":
+        authored.lose("skinning methods other than linear blends", _METHOD)
     joints = from_usd(indices.ComputeFlattened() or Vt.IntArray())
     values = from_usd(weights.ComputeFlattened() or Vt.FloatArray())
     size = indices.GetElementSize()

@@ -175,9 +175,17 @@ def _product(xform: UsdGeom.Xformable, operations: list[Op], authored: Authored)
     result.sampled = True
     for part, values in zip(PARTS, decompose(matrices), strict=True):
         result.set(part.path, values[0].tolist(), part.default)
-        if not (values == values[0]).all():
-            result.motions.append(Motion(part.path, times, values))
+        if not np.allclose(values, values[0], rtol=1e-12, atol=1e-12):
+            keys = continuous(values) if part.path == "rotation" else values
+            result.motions.append(Motion(part.path, times, keys))
     return result
+
+
+def continuous(rotations: Array) -> Array:
+    """The same rotations with signs by which each quaternion is near the one before it."""
+    products = (rotations[1:] * rotations[:-1]).sum(1)
+    signs = np.cumprod(np.where(products < 0, -1.0, 1.0))
+    return rotations * np.concatenate([[1.0], signs])[:, None]
 
 
 def _sample_times(operations: list[Op], authored: Authored) -> Array | None:
