@@ -233,6 +233,7 @@ def test_paths_of_textures_follow_the_folder(trip: Trip, tmp_path: pathlib.Path)
         ('texture t; t.file = "a@b.png"; a.baseColorMap |= t.outColor;', ["paths of textures that a stage cannot have"]),
         ("texture t; t.encoded = byte[3] {1 2 3}; a.baseColorMap |= t.outColor;",
          ["encoded images that are not PNG or JPEG"]),
+        (TEXTURE + "a.baseColorMap |= t.outColor; t.filter = 0; t.width = 0u;", []),
         (TEXTURE, ["nodes of type texture"]),
         ("material b; b.doubleSided = true;", ["sides of materials without a mesh"]),
         ("transform e; instance f; f.material |= a.outColor;", ["materials of nodes without a mesh"]),

@@ -165,7 +165,7 @@ def test_repeated_instances(trip: Trip) -> None:
         + """
         i.instances.translation = vec3f[3] {0 0 0, 1 0 0, 2 0 0};
         i.instances.rotation = quatf[3] {0 0 0 1, 0 0 1 0, 0 1 0 0};
-        i.instances.scale = vec3f[3] {1 1 1, 2 2 2, 1 2 3};
+        i.instances.scale = vec3f[3] {1 1 1, 2 2 2, -1 2 3};
         """
     )
     stage = trip.write(text)
@@ -176,7 +176,13 @@ def test_repeated_instances(trip: Trip) -> None:
     assert sorted(back) == ["i", "m"]
     close(back["i"]["instances"]["translation"], [(0, 0, 0), (1, 0, 0), (2, 0, 0)])
     close(back["i"]["instances"]["rotation"][1], (0, 0, 1, 0))
-    close(back["i"]["instances"]["scale"][2], (1, 2, 3))
+    rewritten = trip.write(back)
+    again = UsdGeom.PointInstancer(rewritten.GetPrimAtPath("/Root/i/instances"))
+    moved = again.ComputeInstanceTransformsAtTime(Usd.TimeCode.Default(), Usd.TimeCode.Default())
+    close(np.array(moved), np.array(transforms), 1e-5)
+    scale = back["i"]["instances"]["scale"][2]  # of a mirror, any two axes may be turned about
+    close(abs(scale), (1, 2, 3))
+    assert scale.prod() < 0
 
 
 # --- stages that others made
@@ -251,8 +257,12 @@ def test_normals_of_corners_that_are_as_many_as_points(trip: Trip, stage: Usd.St
     mesh = define(stage, "/m", [4], [3, 2, 1, 0])
     mesh.CreateNormalsAttr([(1, 0, 0), (0, 1, 0), (0, 0, 1), (-1, 0, 0)])
     mesh.SetNormalsInterpolation("faceVarying")
+    coords = UsdGeom.PrimvarsAPI(mesh).CreatePrimvar("st", Sdf.ValueTypeNames.TexCoord2fArray, "faceVarying")
+    coords.Set([(k / 8, 1) for k in range(4)])
     node = trip.read(stage)["m_geo"]
     corners = node["faceIndices"]
+    uvset = node["uvsets"][0]
+    equal(uvset["coords"][uvset["indices"]][:, 0] * 8, [0, 1, 2, 3])
     equal(node["points"][corners][:, 0], [3, 2, 1, 0])
     equal(node["normals"][corners], [(1, 0, 0), (0, 1, 0), (0, 0, 1), (-1, 0, 0)])
 
@@ -405,3 +415,29 @@ def test_losses_of_read_meshes(trip: Trip, stage: Usd.Stage) -> None:
             "time samples of points of Mesh",
         ],
     )
+
+
+def test_materials_of_parents_use_the_uvsets_of_the_mesh(trip: Trip, stage: Usd.Stage) -> None:
+    mesh = define(stage, "/World/m", [3], [0, 1, 2])
+    for name in ("a", "b"):
+        primvar = UsdGeom.PrimvarsAPI(mesh).CreatePrimvar(name, Sdf.ValueTypeNames.TexCoord2fArray, "vertex")
+        primvar.Set([(0, 0)] * 4)
+    material = UsdShade.Material.Define(stage, "/Looks/k")
+    shaders = [UsdShade.Shader.Define(stage, f"/Looks/k/{name}") for name in "stv"]
+    for shader, kind in zip(shaders, ("UsdPreviewSurface", "UsdUVTexture", "UsdPrimvarReader_float2"), strict=True):
+        shader.CreateIdAttr(kind)
+    material.CreateSurfaceOutput().ConnectToSource(shaders[0].ConnectableAPI(), "surface")
+    color = shaders[0].CreateInput("diffuseColor", Sdf.ValueTypeNames.Color3f)
+    color.ConnectToSource(shaders[1].ConnectableAPI(), "rgb")
+    shaders[1].CreateInput("file", Sdf.ValueTypeNames.Asset).Set("wood.png")
+    shaders[1].CreateInput("st", Sdf.ValueTypeNames.Float2).ConnectToSource(shaders[2].ConnectableAPI(), "result")
+    shaders[2].CreateInput("varname", Sdf.ValueTypeNames.String).Set("b")
+    UsdShade.MaterialBindingAPI.Apply(stage.GetPrimAtPath("/World")).Bind(material)
+    scene = trip.read(stage)
+    assert scene.get("World.material") == scene["k"].outputs["outColor"]
+    assert scene.get("k.baseColorXform.uvset") == 1
+
+
+@pytest.mark.parametrize("text", ['m.topology = "";', "m.bounds.max = pos3(1 1 1);", "m.colors = rgbaf[0] {};"])
+def test_inputs_without_information_are_not_reported(trip: Trip, text: str) -> None:
+    trip.write(SQUARE + text)

@@ -164,6 +164,26 @@ def test_weights_of_meshes_of_one_skin(trip: Trip) -> None:
     assert back["k"]["geometry"] == back["i"]["geometry"]
 
 
+def test_animated_weights_of_one_skin(trip: Trip) -> None:
+    text = (
+        SKIN
+        + """
+    m.targets[0].name = "t"; m.targets[0].points = vec3f[3] {1 0 0, 1 0 0, 1 0 0};
+    instance k; k.geometry = m; k.skin = s;
+    animation n;
+    n.channels[0].target = i; n.channels[0].path = "weights";
+    n.channels[0].times = float[2] {0 2}; n.channels[0].values = float[2] {0 1};
+    n.channels[1].target = k; n.channels[1].path = "weights";
+    n.channels[1].times = float[2] {1 3}; n.channels[1].values = float[2] {1 0.5};
+    """
+    )
+    back = trip.round(text)
+    found = {entry["target"].name: entry for entry in back["n"]["channels"]}
+    equal(found["i"]["times"], (0, 1, 2, 3))
+    close(found["i"]["values"], (0, 0.5, 1, 1))
+    close(found["k"]["values"], (1, 1, 0.75, 0.5))
+
+
 CHANNEL = 'transform a; animation n; n.channels[0].target = a; n.channels[0].path = "scale"; '
 
 
@@ -289,6 +309,8 @@ def test_rotations_about_axes_are_sampled(trip: Trip, stage: Usd.Stage) -> None:
     assert len(entry["times"]) == 31
     quaternion = entry["values"][15]  # in the middle, at 175 degrees
     close(abs(quaternion[2]), np.sin(np.radians(175 / 2)), 1e-5)
+    # No sign changes on the way: programs that do not take the shorter way turn the same.
+    assert ((entry["values"][1:] * entry["values"][:-1]).sum(1) > 0).all()
 
 
 @pytest.mark.parametrize(

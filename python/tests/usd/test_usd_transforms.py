@@ -113,6 +113,11 @@ def test_losses_of_written_hierarchies(trip: Trip, text: str, loss: str) -> None
     trip.write(text, [loss, *also])
 
 
+def test_nodes_of_a_cycle_are_written(trip: Trip) -> None:
+    text = "transform a; a.parent = b; transform b; b.parent = c; transform c; c.parent = a;"
+    assert len(paths_of(trip.write(text, ["parents that close a cycle"]))) == 4
+
+
 def test_a_scene_node_and_an_asset_come_back(trip: Trip) -> None:
     text = """
     scene s; s.name = "first"; s.default = true; s.nodes[0] = a;

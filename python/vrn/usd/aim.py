@@ -23,7 +23,7 @@ def look_along(position: Array, direction: Array, up: Array) -> Array:
     """The matrix that moves what looks along -Z to a position, a direction and an up vector."""
     back = -direction / np.linalg.norm(direction)
     right = np.cross(up, back)
-    if np.linalg.norm(right) < 1e-12 * max(np.linalg.norm(up), 1e-300):
+    if np.linalg.norm(right) < 1e-12 * max(float(np.linalg.norm(up)), 1e-300):
         # The up vector says nothing: any other one does.
         right = np.cross((1, 0, 0) if abs(back[0]) < 0.9 else (0, 1, 0), back)
     right = right / np.linalg.norm(right)
@@ -77,7 +77,8 @@ def _matrix(transform: Transform) -> Array:
         np.array([values.get("rotation", (0, 0, 0, 1))]),
         np.ones((1, 3)),
     )[0]
-    return trs @ np.array(values.get("transform", np.eye(4)))
+    product: Array = trs @ np.array(values.get("transform", np.eye(4)))
+    return product
 
 
 def put_aim(node: vrn.Node, transform: Transform, distance: float) -> None:

@@ -76,7 +76,8 @@ def quaternions(rotations: Array) -> Array:
         1,
     )
     chosen = candidates[np.arange(len(m)), squares.argmax(1)]
-    return chosen / np.maximum(np.linalg.norm(chosen, axis=1, keepdims=True), np.finfo(float).tiny)
+    lengths: Array = np.maximum(np.linalg.norm(chosen, axis=1, keepdims=True), np.finfo(float).tiny)
+    return np.asarray(chosen / lengths)
 
 
 def compose(translations: Array, rotations: Array, scales: Array) -> Array:

@@ -15,6 +15,11 @@ def has_transform(node: vrn.Node) -> bool:
     return not node.is_definition and (node.type in _TRANSFORMS or "geometry" in node.inputs)
 
 
+def elements(found: vrn.Input) -> list[vrn.Input]:
+    """The elements of an array."""
+    return [found.children[i] for i in range(len(found.children))]
+
+
 def has_place(node: vrn.Node) -> bool:
     return has_transform(node) or (not node.is_definition and node.type in ("camera", "light"))
 
@@ -59,7 +64,7 @@ def _adopt_children(node: vrn.Node, parents: dict[str, str | None], losses: Loss
     found = node.inputs.get("children")
     if found is None or not isinstance(found.value, vrn.Input):
         return
-    for entry in found.children:
+    for entry in elements(found):
         child = entry.value
         if not isinstance(child, vrn.Node):
             continue
@@ -105,4 +110,4 @@ def _listed(scene: vrn.Node) -> list[str]:
     found = scene.inputs.get("nodes")
     if found is None or not isinstance(found.value, vrn.Input):
         return []
-    return [entry.value.name for entry in found.children if isinstance(entry.value, vrn.Node)]
+    return [entry.value.name for entry in elements(found) if isinstance(entry.value, vrn.Node)]

@@ -96,7 +96,7 @@ def _write_number(
 
 
 def is_light(prim: Usd.Prim) -> bool:
-    return prim.IsA(UsdLux.DistantLight) or prim.IsA(UsdLux.SphereLight)
+    return bool(prim.IsA(UsdLux.DistantLight) or prim.IsA(UsdLux.SphereLight))
 
 
 def read_light(authored: Authored, node: vrn.Node) -> None:

@@ -14,7 +14,7 @@ import vrn
 from .authored import Authored
 from .given import Given
 from .meshes import uvset_name
-from .names import KEPT, NAME
+from .names import KEPT, NAME, text_for_usd
 from .numbers import DIGITS, shortest, shortest_of, single
 from .textures import read_image
 
@@ -240,6 +240,8 @@ class _Network:
                 shader.CreateInput("bias", TYPES.Float4).Set(Gf.Vec4f(*bias))
             self._write_coordinates(shader, image)
             self._writer.keep_name(shader.GetPrim(), node)
+            # Also where the names agree: it tells textures with the same image apart.
+            shader.GetPrim().SetCustomDataByKey(NAME, text_for_usd(node.name))
             for target, channel in image.outputs:
                 self._connect(shader, target, channel)
         given.add_unread("name", "extras", "wrapU", "wrapV", "file", "encoded")
@@ -379,7 +381,12 @@ class MaterialReader:
 
 class _Surface:
     def __init__(
-        self, reader: Reader, material: UsdShade.Material, node: vrn.Node, uv_names: list[str], textures: dict[Any, Any]
+        self,
+        reader: Reader,
+        material: UsdShade.Material,
+        node: vrn.Node,
+        uv_names: list[str],
+        textures: dict[Any, vrn.Node],
     ) -> None:
         self._reader = reader
         self._material = material
@@ -514,7 +521,8 @@ class _Surface:
             return False
         if a.shader.GetPath() == b.shader.GetPath():
             return True
-        return self._input(a.shader, "file", None) == self._input(b.shader, "file", None) and _coords(a) == _coords(b)
+        files = [self._input(image.shader, "file", None) for image in (a, b)]
+        return bool(files[0] == files[1] and _coords(a) == _coords(b))
 
     def _read_normal(self) -> None:
         image = self._image("normal")
@@ -641,9 +649,10 @@ class _Surface:
         prim = shader.GetPrim()
         own = prim.GetCustomDataByKey(NAME)
         key = (asset.path, asset.resolvedPath, wraps, own)
-        if key not in self._textures:
-            self._textures[key] = self._make_texture(prim, asset, wraps, isinstance(own, str))
-        return self._textures[key]
+        node = self._textures.get(key)
+        if node is None:
+            node = self._textures[key] = self._make_texture(prim, asset, wraps, isinstance(own, str))
+        return node
 
     def _make_texture(self, prim: Usd.Prim, asset: Any, wraps: tuple[str, ...], is_own: bool) -> vrn.Node:
         node = self._reader.add_for("texture", prim)

@@ -85,8 +85,9 @@ def _points(given: Given) -> Array | None:
 
 
 def _faces(given: Given, point_count: int) -> Faces | None:
-    def reject(reason: str) -> None:
+    def reject(reason: str) -> Faces | None:
         given.lose(f"meshes with {reason}")
+        return None
 
     topology = given.text("topology") or "triangles"
     indices = given.integers("faceIndices")
@@ -337,8 +338,9 @@ class MeshReader:
             surface = flipped(surface)
         return self._with_point_colors(surface)
 
-    def _reject(self, reason: str) -> None:
+    def _reject(self, reason: str) -> Surface | None:
         self._authored.lose(f"meshes with {reason}")
+        return None
 
     def _faces(self, points: Array) -> Surface | None:
         prim = self._authored.prim

@@ -67,6 +67,7 @@ class Reader:
         self._skins = SkinReader(self)
         self._meshes: dict[Any, list[vrn.Node]] = {}
         self._sides: dict[str, bool] = {}
+        self._uv_names: dict[str, list[str]] = {}
         self._roots: list[vrn.Node] = []
         self._scenes: list[Usd.Prim] = []
 
@@ -110,7 +111,7 @@ class Reader:
         return data if isinstance(data, dict) else {}
 
     def is_shape(self, prim: Usd.Prim) -> bool:
-        return prim.IsA(UsdGeom.Mesh) or prim.IsA(UsdGeom.BasisCurves) or prim.IsA(UsdGeom.Points)
+        return any(prim.IsA(kind) for kind in (UsdGeom.Mesh, UsdGeom.BasisCurves, UsdGeom.Points))
 
     # --- the hierarchy
 
@@ -329,14 +330,15 @@ class Reader:
                 self._set_material(node, material, reader.uv_names)
         node_sides = UsdGeom.Gprim(prim).GetDoubleSidedAttr().Get() is True
         self._check_sides(meshes, node_sides, authored)
-        self._uv_names = reader.uv_names
+        self._uv_names.update({node.name: reader.uv_names for node in meshes})
         authored.add_unread()
         return meshes
 
-    def _set_material(self, node: vrn.Node, material: UsdShade.Material, uv_names: list[str]) -> None:
+    def _set_material(self, node: vrn.Node, material: UsdShade.Material, uv_names: list[str]) -> vrn.Node:
         found = self._materials.node_of(material, uv_names)
         node.add("material", "Null", None)
         node.inputs["material"].connection = found.outputs["outColor"]
+        return found
 
     def _check_sides(self, meshes: list[vrn.Node], is_double_sided: bool, authored: Authored) -> None:
         """Sides are a matter of materials in scenes, and of meshes in stages."""
@@ -378,12 +380,9 @@ class Reader:
         bound, direct = binding.ComputeBoundMaterial()[0], binding.GetDirectBinding().GetMaterial()
         if not bound or (direct and bound.GetPath() == direct.GetPath()) or "material" in node.inputs:
             return
-        self._set_material(node, bound, [])
-        if (
-            UsdGeom.Gprim(prim).GetDoubleSidedAttr().Get() is True
-            and "doubleSided" not in node.inputs["material"].connection.node
-        ):
-            node.inputs["material"].connection.node.add("doubleSided", "Bool", True)
+        material = self._set_material(node, bound, self._uv_names.get(meshes[0].name, []))
+        if UsdGeom.Gprim(prim).GetDoubleSidedAttr().Get() is True and "doubleSided" not in material.inputs:
+            material.add("doubleSided", "Bool", True)
 
     def _bind_skeleton(self, node: vrn.Node, prim: Usd.Prim) -> None:
         if node.type != "mesh":

@@ -126,7 +126,7 @@ class SkeletonWriter:
         values = given.numbers("inverseBind")
         if values is None:
             return np.broadcast_to(np.eye(4), (count, 4, 4))
-        matrices = np.asarray(values, np.float64).reshape(len(values), -1)
+        matrices: Array = np.asarray(values, np.float64).reshape(len(values), -1)
         is_valid = matrices.shape[1] == 16 and len(matrices) >= count and finite(matrices)
         matrices = matrices[:count].reshape(-1, 4, 4) if is_valid else matrices
         if is_valid and (np.abs(np.linalg.det(matrices)) > 0).all():

@@ -120,7 +120,7 @@ def read_transform(authored: Authored) -> Transform:
     return _product(xform, operations, authored)
 
 
-def _is_plain(operations: list[Op]) -> bool:
+def _is_plain(operations: list[Any]) -> bool:
     """Whether the operations are those of a node, in its order."""
     order = [Op.TypeTransform, *(part.kind for part in PARTS)]
     kinds = [operation.GetOpType() for operation in operations]
@@ -130,7 +130,7 @@ def _is_plain(operations: list[Op]) -> bool:
     return is_ordered and not moves and not any(operation.IsInverseOp() for operation in operations)
 
 
-def _plain(operations: list[Op]) -> Transform:
+def _plain(operations: list[Any]) -> Transform:
     result = Transform()
     for operation in operations:
         attribute = operation.GetAttr()
@@ -163,7 +163,7 @@ def _rows(matrix: Any) -> tuple[tuple[float, ...], ...]:
     return tuple(tuple(float(number) for number in row) for row in np.array(matrix))
 
 
-def _product(xform: UsdGeom.Xformable, operations: list[Op], authored: Authored) -> Transform:
+def _product(xform: UsdGeom.Xformable, operations: list[Any], authored: Authored) -> Transform:
     """The product of any operations: a matrix, or the vectors of matrices at many times if it is animated."""
     result = Transform()
     times = _sample_times(operations, authored)
@@ -185,10 +185,11 @@ def continuous(rotations: Array) -> Array:
     """The same rotations with signs by which each quaternion is near the one before it."""
     products = (rotations[1:] * rotations[:-1]).sum(1)
     signs = np.cumprod(np.where(products < 0, -1.0, 1.0))
-    return rotations * np.concatenate([[1.0], signs])[:, None]
+    result: Array = rotations * np.concatenate([[1.0], signs])[:, None]
+    return result
 
 
-def _sample_times(operations: list[Op], authored: Authored) -> Array | None:
+def _sample_times(operations: list[Any], authored: Authored) -> Array | None:
     """The times of all keys, and those in between where keys alone do not give the motion. None without motion."""
     keys = sorted({time for operation in operations for time in operation.GetTimeSamples()})
     if len(keys) < 2:

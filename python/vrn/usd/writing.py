@@ -18,7 +18,7 @@ from .arrays import Array
 from .cameras import write_camera
 from .files import checked_path, quiet, save, staging_folder
 from .given import Given
-from .hierarchy import Hierarchy, has_transform, read_hierarchy
+from .hierarchy import Hierarchy, elements, has_transform, read_hierarchy
 from .lights import define_light, write_light
 from .losses import Losses
 from .materials import MaterialWriter
@@ -193,7 +193,7 @@ class Writer:
         entries = [node.inputs["geometry"]] if "geometry" in node.inputs else []
         parts = node.inputs.get("parts")
         if parts is not None and isinstance(parts.value, vrn.Input):
-            entries += list(parts.children)
+            entries += elements(parts)
         return [(entry.value, entry.label) for entry in entries if isinstance(entry.value, vrn.Node)]
 
     def _write_shapes(self, node: vrn.Node, uses: dict[str, int]) -> None:
@@ -201,7 +201,7 @@ class Writer:
         repeated = instancers.read_given(given)
         owner = self.prims[node.name]
         parent = self._define_instancer(owner) if repeated and self._meshes_of(node) else owner
-        shapes = []
+        shapes: list[Usd.Prim] = []
         for mesh, label in self._meshes_of(node):
             prim = self._write_shape(mesh, label, parent, uses[mesh.name] > 1)
             if prim:
@@ -276,9 +276,8 @@ class Writer:
         meshes = [node for node in self.scene.nodes(type="mesh") if not node.is_definition and node.name not in uses]
         if hierarchy.shown is None:
             return meshes
-        listed = (
-            {entry.value for entry in hierarchy.shown.inputs["nodes"].children} if "nodes" in hierarchy.shown else ()
-        )
+        found = hierarchy.shown.inputs.get("nodes")
+        listed = {entry.value for entry in elements(found)} if found is not None else set()
         return [node for node in meshes if node in listed]
 
     def _write_bare(self, node: vrn.Node) -> None:
