@@ -39,7 +39,7 @@ def findings(path: pathlib.Path) -> list[str]:
     return [f"{error.GetName()}: {error.GetMessage()}" for error in context.Validate(stage)]
 
 
-def whats(losses: tuple[vrn.Loss, ...]) -> list[str]:
+def kinds_of(losses: tuple[vrn.Loss, ...]) -> list[str]:
     return sorted(loss.what for loss in losses)
 
 
@@ -55,7 +55,7 @@ class Trip:
         path = self.folder / name
         made = vrn.loads(scene) if isinstance(scene, str) else scene
         found = vrn.usd.to_usd(made, path)
-        assert whats(found) == sorted(losses or [])
+        assert kinds_of(found) == sorted(losses or [])
         if check:
             assert findings(path) == []
         return opened(path)
@@ -68,7 +68,7 @@ class Trip:
         else:
             stage.GetRootLayer().Export(str(path))
         scene, found = vrn.usd.from_usd(path)
-        assert whats(found) == sorted(losses or [])
+        assert kinds_of(found) == sorted(losses or [])
         return scene
 
     def round(

@@ -8,7 +8,7 @@ import numpy as np
 import pytest
 import vrn
 import vrn.usd
-from conftest import ROOT, findings, png, whats
+from conftest import ROOT, findings, png, kinds_of
 
 SCENES = sorted((ROOT / "examples").glob("*.vrn"))
 
@@ -55,7 +55,7 @@ def test_examples(path: pathlib.Path, extension: str, tmp_path: pathlib.Path) ->
     np.testing.assert_allclose(shown(back, tmp_path), shown(scene, tmp_path), atol=1e-4)
     # What came back is kept completely from now on.
     second = folder / f"second{extension}"
-    left = set(whats(vrn.usd.to_usd(back, second)))
+    left = set(kinds_of(vrn.usd.to_usd(back, second)))
     assert left <= {"digits beyond float precision"}
     again, losses = vrn.usd.from_usd(second)
     assert losses == ()
@@ -159,13 +159,13 @@ def test_a_converted_model(tmp_path: pathlib.Path) -> None:
     vrn.convert(model(tmp_path), tmp_path / "model.vrn")
     scene = vrn.read(tmp_path / "model.vrn")
     losses = vrn.usd.to_usd(scene, tmp_path / "model.usdc")
-    assert set(whats(losses)) <= {"digits beyond float precision"}
+    assert set(kinds_of(losses)) <= {"digits beyond float precision"}
     assert findings(tmp_path / "model.usdc") == []
     back, losses = vrn.usd.from_usd(tmp_path / "model.usdc")
     assert losses == ()
     assert sorted(back) == sorted(scene)
     vrn.convert(back, tmp_path / "back.glb")
-    assert whats(vrn.convert(tmp_path / "back.glb", tmp_path / "back.vrn")) == []
+    assert kinds_of(vrn.convert(tmp_path / "back.glb", tmp_path / "back.vrn")) == []
 
 
 def test_a_new_scene_of_everything_is_written(tmp_path: pathlib.Path) -> None:
@@ -175,5 +175,5 @@ def test_a_new_scene_of_everything_is_written(tmp_path: pathlib.Path) -> None:
         scene.add(kind, f"the_{kind}")
     losses = vrn.usd.to_usd(scene, tmp_path / "a.usda")
     assert findings(tmp_path / "a.usda") == []
-    found = dict.fromkeys(whats(losses))
+    found = dict.fromkeys(kinds_of(losses))
     assert not any("input" in what for what in found)

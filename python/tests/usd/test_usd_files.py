@@ -9,7 +9,7 @@ import sys
 import pytest
 import vrn
 import vrn.usd
-from conftest import ROOT, findings, whats
+from conftest import ROOT, findings, kinds_of
 from pxr import Sdf, Usd
 
 SCENE = "mesh m; m.points = vec3f[3] {0 0 0, 1 0 0, 0 1 0};"
@@ -119,7 +119,7 @@ def test_references_that_are_missing_are_losses(tmp_path: pathlib.Path, capfd: p
     path = tmp_path / "a.usda"
     path.write_text('#usda 1.0\ndef Xform "a" ( references = @gone.usda@ ) { }')
     _, losses = vrn.usd.from_usd(path)
-    assert any("gone.usda" in what for what in whats(losses))
+    assert any("gone.usda" in what for what in kinds_of(losses))
     assert capfd.readouterr() == ("", "")
 
 

@@ -1,4 +1,4 @@
-"""Where cameras and lights stand and look: a position, a direction and an up vector, or a matrix."""
+"""Where cameras and lights are and look: a position, a direction and an up vector, or a matrix."""
 
 from __future__ import annotations
 
@@ -24,7 +24,7 @@ def look_along(position: Array, direction: Array, up: Array) -> Array:
     back = -direction / np.linalg.norm(direction)
     right = np.cross(up, back)
     if np.linalg.norm(right) < 1e-12 * max(float(np.linalg.norm(up)), 1e-300):
-        # The up vector says nothing: any other one does.
+        # The up vector leaves the turn open: any other one will do.
         right = np.cross((1, 0, 0) if abs(back[0]) < 0.9 else (0, 1, 0), back)
     right = right / np.linalg.norm(right)
     matrix = np.eye(4)
@@ -34,7 +34,7 @@ def look_along(position: Array, direction: Array, up: Array) -> Array:
 
 
 def write_aim(prim: Usd.Prim, given: Given, target: Array | None) -> None:
-    """Places a camera or light. `target` is where the node stands that it is to look at, if nothing else says so."""
+    """Places a camera or light. `target` is the place of the node to look at, if nothing else aims it."""
     position = np.array(given.vector("position", (0, 0, 0)))
     up = np.array(given.vector("up", (0, 1, 0)))
     direction = _direction(given, position)

@@ -19,7 +19,7 @@ _METADATA = {
 
 
 class Authored:
-    """The properties of a prim by name. What is never asked for is lost."""
+    """The properties of a prim by name. What is never read is lost."""
 
     def __init__(self, prim: Usd.Prim, losses: Losses) -> None:
         self.prim = prim

@@ -19,7 +19,7 @@ if TYPE_CHECKING:
 # USD measures apertures and focal lengths in tenths of the unit of the scene.
 _TENTHS = 10.0
 _HEIGHT = 24.0  # of the aperture, as of a full-frame film in tenths of centimetres; only its ratio to the rest matters
-_NEAR, _FAR = 0.1, 1_000_000.0  # where a scene says nothing; the default of USD, 1, is far in metres
+_NEAR, _FAR = 0.1, 1_000_000.0  # where a scene has none; the default of USD, 1, is far in metres
 
 
 def _focal_length(fov: float) -> float:

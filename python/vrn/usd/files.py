@@ -1,4 +1,4 @@
-"""Stages as files: opened without a word, and written whole or not at all."""
+"""Stages as files: opened without output, and written whole or not at all."""
 
 from __future__ import annotations
 
@@ -69,7 +69,7 @@ def open_stage(path: Path, losses: Losses) -> Usd.Stage:
 
 @contextlib.contextmanager
 def staging_folder(target: Path) -> Iterator[Path]:
-    """A temporary folder next to the file to write, so that what is in it can be moved there at once."""
+    """A temporary folder next to the file to write, so that what is in it can be moved there."""
     with tempfile.TemporaryDirectory(prefix=f".{target.stem}-", dir=target.absolute().parent) as folder:
         yield Path(folder)
 

@@ -34,7 +34,7 @@ def _plain(value: Any) -> Any:
 
 
 class Given:
-    """The inputs of a node by path, such as `uvsets[0].name`. What is never asked for is lost."""
+    """The inputs of a node by path, such as `uvsets[0].name`. What is never read is lost."""
 
     def __init__(self, node: vrn.Node, losses: Losses) -> None:
         self.node = node
@@ -120,7 +120,7 @@ class Given:
         return array
 
     def numbers(self, path: str) -> Array | None:
-        """The numbers of a buffer, whatever they are. None if there are none."""
+        """The numbers of a buffer, of any type. None if there are none."""
         found = self.find(path)
         value = found.value if found is not None and found.type != _UNTYPED else None
         return value if isinstance(value, np.ndarray) and value.size else None

@@ -240,7 +240,7 @@ class _Network:
                 shader.CreateInput("bias", TYPES.Float4).Set(Gf.Vec4f(*bias))
             self._write_coordinates(shader, image)
             self._writer.keep_name(shader.GetPrim(), node)
-            # Also where the names agree: it tells textures with the same image apart.
+            # Also where the names agree: it distinguishes textures with the same image.
             shader.GetPrim().SetCustomDataByKey(NAME, text_for_usd(node.name))
             for target, channel in image.outputs:
                 self._connect(shader, target, channel)

@@ -25,7 +25,7 @@ MESH = "mesh"
 FLIPPED = "last digits of texture coordinates (v is flipped)"
 MISMATCH = "attributes that do not match the points of their mesh"
 
-# The input of a node, the attribute of a prim, the type of both, and the value that says nothing.
+# The input of a node, the attribute of a prim, the type of both, and the default value.
 _SUBDIVISION = (
     ("scheme", "subdivisionScheme", "String", TYPES.Token, "none"),
     ("boundary", "interpolateBoundary", "String", TYPES.Token, "edgeAndCorner"),

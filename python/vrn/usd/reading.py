@@ -80,7 +80,7 @@ class Reader:
         self._read_scene()
 
     def release(self) -> None:
-        """Lets go of the stage: the parts refer to each other, and would keep it until the garbage is collected."""
+        """Releases the stage: the parts refer to each other, and would keep it until the garbage is collected."""
         del self.stage, self.animations, self._skins, self._materials
 
     # --- what all parts use
@@ -167,7 +167,7 @@ class Reader:
         return shapes if len(shapes) == 1 else []
 
     def _is_plain_shape(self, prim: Usd.Prim) -> bool:
-        """Whether a prim is a mesh that stands where its parent stands and is seen when that is."""
+        """Whether a prim is a mesh without a transform and a visibility of its own."""
         if prim.IsA(UsdGeom.PointInstancer):
             return isinstance(prim.GetCustomDataByKey(PART), int)
         if not self.is_shape(prim) or prim.GetCustomDataByKey(BARE):
@@ -264,7 +264,7 @@ class Reader:
         return node
 
     def _read_aimed(self, authored: Authored, parent: vrn.Node | None) -> vrn.Node | None:
-        """A camera or light: one node if it only stands somewhere, otherwise with a node for its transform."""
+        """A camera or light: one node if it is only placed, otherwise with a node for its transform."""
         prim = authored.prim
         kind = "camera" if prim.IsA(UsdGeom.Camera) else "light"
         transform = read_transform(authored)
@@ -420,7 +420,7 @@ def _has_content(prim: Usd.Prim) -> bool:
 
 
 def _identity(prim: Usd.Prim) -> Any:
-    """What tells the data of a mesh from that of others: where its properties are stated."""
+    """What distinguishes the data of a mesh from that of others: where its properties are stated."""
     ignored = ("xformOp", "visibility", "purpose", "material:", "skel:", "doubleSided", "extent")
     stated = []
     for found in prim.GetAuthoredProperties():

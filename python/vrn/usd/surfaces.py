@@ -30,7 +30,7 @@ class Surface:
 
 
 def flipped(surface: Surface) -> Surface:
-    """The same faces seen from behind: corners in reverse order, the first one staying first."""
+    """The same faces, facing the other way: corners in reverse order, the first one staying first."""
     starts = np.repeat(np.cumsum(surface.counts) - surface.counts, surface.counts)
     counts = np.repeat(surface.counts, surface.counts)
     within = np.arange(len(surface.indices)) - starts

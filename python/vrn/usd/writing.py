@@ -341,7 +341,7 @@ class Writer:
             given.add_unread("name", "parent", "worldMatrix", "up", *KEPT)
 
     def _target_of(self, node: vrn.Node, prim: Usd.Prim, given: Given) -> Array | None:
-        """Where the target of a camera or light stands, if the target is what it is aimed at."""
+        """The place of the target of a camera or light, if the target is what it is aimed at."""
         target = given.link("target")
         if target is None:
             return None
