@@ -5,7 +5,7 @@ from __future__ import annotations
 import math
 from typing import TYPE_CHECKING, Any
 
-from pxr import Gf, Sdf, Usd, UsdLux
+from pxr import Gf, Usd, UsdLux
 
 import vrn
 
@@ -23,13 +23,12 @@ _CANDELA = 4.0
 _RADIUS = 0.01  # of lights without a size, for renderers that do not treat them as points
 
 
-def define_light(stage: Usd.Stage, path: Sdf.Path, node: vrn.Node, losses: Losses) -> Usd.Prim:
-    """A prim of the type for the kind of a light."""
+def light_type(node: vrn.Node, losses: Losses) -> str:
+    """The type of prims for the kind of a light."""
     kind = node.get("kind", "directional") or "directional"
     if kind not in ("directional", "point", "spot"):
         losses.add("unknown kinds of lights", f"{node.name}.kind")
-    schema = UsdLux.SphereLight if kind in ("point", "spot") else UsdLux.DistantLight
-    return schema.Define(stage, path).GetPrim()
+    return "SphereLight" if kind in ("point", "spot") else "DistantLight"
 
 
 def write_light(prim: Usd.Prim, given: Given) -> None:

@@ -19,7 +19,7 @@ from .cameras import write_camera
 from .files import checked_path, quiet, save, staging_folder
 from .given import Given
 from .hierarchy import Hierarchy, elements, has_transform, read_hierarchy
-from .lights import define_light, write_light
+from .lights import light_type, write_light
 from .losses import Losses
 from .materials import MaterialWriter
 from .meshes import write_mesh
@@ -148,26 +148,41 @@ class Writer:
         self.stage.GetRootLayer().customLayerData = data
 
     def _define_placed(self, hierarchy: Hierarchy) -> list[vrn.Node]:
+        """Makes the prims of all nodes that have a place. Returns the nodes, parents before children."""
+        placed = self._find_places(hierarchy)
+        # All prims in one change: a stage composes all children of a prim anew for each one that is added alone.
+        with Sdf.ChangeBlock():
+            for node in placed:
+                spec = Sdf.CreatePrimInLayer(self.stage.GetRootLayer(), self.prims[node.name])
+                spec.specifier = Sdf.SpecifierDef
+                spec.typeName = self._type_of(node)
+        for node in placed:
+            self._write_placed(node)
+        return placed
+
+    def _find_places(self, hierarchy: Hierarchy) -> list[vrn.Node]:
         placed = []
         pending = [(name, self.root) for name in reversed(hierarchy.children.get(None, []))]
         while pending:
             name, parent = pending.pop()
-            node = self.scene[name]
-            prim = self._define_node(node, parent)
-            self.prims[name] = prim.GetPath()
-            placed.append(node)
-            pending += [(child, prim.GetPath()) for child in reversed(hierarchy.children.get(name, []))]
+            path = self.prims[name] = self.new_path(parent, name)
+            placed.append(self.scene[name])
+            pending += [(child, path) for child in reversed(hierarchy.children.get(name, []))]
         return placed
 
-    def _define_node(self, node: vrn.Node, parent: Sdf.Path) -> Usd.Prim:
-        self.visited.add(node.name)
+    def _type_of(self, node: vrn.Node) -> str:
         if node.type == "light":
-            prim = define_light(self.stage, self.new_path(parent, node.name), node, self.losses)
-            self.keep_name(prim, node)
-            return prim
-        if node.type == "camera":
-            return self.define(UsdGeom.Camera, node, parent)
-        prim = self.define(UsdGeom.Xform, node, parent)
+            return light_type(node, self.losses)
+        return "Camera" if node.type == "camera" else "Xform"
+
+    def _write_placed(self, node: vrn.Node) -> None:
+        self.visited.add(node.name)
+        prim = self.stage.GetPrimAtPath(self.prims[node.name])
+        self.keep_name(prim, node)
+        if has_transform(node):
+            self._write_transform(node, prim)
+
+    def _write_transform(self, node: vrn.Node, prim: Usd.Prim) -> None:
         if node.type not in ("transform", "instance"):
             prim.SetCustomDataByKey(TYPE, text_for_usd(node.type))
         given = Given(node, self.losses)
@@ -177,7 +192,6 @@ class Writer:
             UsdGeom.Imageable(prim).MakeInvisible()
         shown = ("weights", "instances.translation", "instances.rotation", "instances.scale")
         given.add_unread(*_SHAPE_INPUTS, *KEPT, *(shown if self._meshes_of(node) else ()))
-        return prim
 
     # --- meshes
 
