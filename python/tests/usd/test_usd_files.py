@@ -223,3 +223,59 @@ def test_layers_of_stages_are_released(tmp_path: pathlib.Path) -> None:
     vrn.usd.to_usd(vrn.loads(SCENE), path)
     vrn.usd.from_usd(path)
     assert Sdf.Layer.Find(str(path)) is None
+
+
+@pytest.mark.parametrize(
+    ("text", "losses"),
+    [
+        ('def Camera "a" { string clippingRange = "x"\n}', 1),
+        ('def SphereLight "a" { float[] inputs:color = [1]\n}', 2),
+        ('def Mesh "a" { double[] points = [1, 2]\n}', 2),
+        ('def Mesh "a" { point3f[] points = [(0,0,0)]\n float[] faceVertexCounts = [1]\n}', 2),
+    ],
+)
+def test_values_of_the_wrong_type_are_losses(tmp_path: pathlib.Path, text: str, losses: int) -> None:
+    path = tmp_path / "a.usda"
+    path.write_text("#usda 1.0\n(\nmetersPerUnit = 1\n)\n" + text)
+    _, found = vrn.usd.from_usd(path)
+    assert "values of the wrong type" in kinds_of(found)
+    assert len(found) == losses
+    assert path.read_text().endswith(text)
+
+
+def test_transforms_of_other_types_are_losses(tmp_path: pathlib.Path) -> None:
+    path = tmp_path / "a.usda"
+    text = 'double[] xformOp:translate = [1]\n token[] xformOpOrder = ["xformOp:translate"]'
+    path.write_text(f'#usda 1.0\n(metersPerUnit = 1)\ndef Xform "a" {{ {text}\n}}')
+    scene, losses = vrn.usd.from_usd(path)
+    assert kinds_of(losses) == ["transforms of other values than finite numbers"]
+    assert "translation" not in scene["a"].inputs
+
+
+@pytest.mark.parametrize("number", ["nan", "inf", "1e300"])
+def test_transforms_that_are_not_finite_are_losses(
+    tmp_path: pathlib.Path, number: str, recwarn: pytest.WarningsRecorder
+) -> None:
+    path = tmp_path / "a.usda"
+    order = 'token[] xformOpOrder = ["xformOp:translate"]'
+    path.write_text(
+        f"""#usda 1.0
+        (metersPerUnit = 1)
+        def Xform "a" {{
+            double3 xformOp:translate.timeSamples = {{ 0: (0, 0, 0), 1: ({number}, 0, 0) }}
+            {order}
+        }}
+        """
+    )
+    scene, losses = vrn.usd.from_usd(path)
+    assert kinds_of(losses) == ["transforms of other values than finite numbers"]
+    assert list(scene) == ["a"]
+    assert not recwarn
+
+
+def test_the_validators_find_something(tmp_path: pathlib.Path) -> None:
+    path = tmp_path / "a.usda"
+    path.write_text(
+        '#usda 1.0\ndef Mesh "a" ( prepend apiSchemas = ["MaterialBindingAPI"] ) { rel material:binding = </b>\n}'
+    )
+    assert len(findings(path)) > 1

@@ -10,6 +10,7 @@ import tempfile
 from collections.abc import Iterator
 from pathlib import Path
 
+import numpy as np
 from pxr import Sdf, Tf, Usd, UsdUtils
 
 import vrn
@@ -37,6 +38,29 @@ def quiet(path: Path, losses: Losses) -> Iterator[None]:
     finally:
         for diagnostic in delegate.TakeUncoalescedDiagnostics():
             losses.add(_first_line(diagnostic.commentary), str(path))
+
+
+@contextlib.contextmanager
+def refused(path: Path) -> Iterator[None]:
+    """Refuses a file with values of types that no check has foreseen."""
+    try:
+        with np.errstate(over="ignore", invalid="ignore", divide="ignore"):  # what is not finite is checked for
+            yield
+    except (TypeError, ValueError, OverflowError) as error:
+        if isinstance(error, vrn.Error):
+            raise
+        raise vrn.ConversionError(f"{path}: values of types that do not fit: {error}") from error
+
+
+def block_wrong_types(stage: Usd.Stage, losses: Losses) -> None:
+    """Hides the attributes whose values are not of the type that their schema says, without a change of the file."""
+    with Usd.EditContext(stage, stage.GetSessionLayer()):
+        for prim in stage.TraverseAll():
+            for attribute in prim.GetAuthoredAttributes():
+                value = attribute.Get(Usd.TimeCode.EarliestTime())
+                if value is not None and not isinstance(value, type(attribute.GetTypeName().defaultValue)):
+                    losses.add("values of the wrong type", str(attribute.GetPath()))
+                    attribute.Block()
 
 
 def _message(error: Tf.ErrorException, path: Path) -> str:

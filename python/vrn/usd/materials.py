@@ -445,6 +445,9 @@ class _Surface:
         if value is None:
             return default
         is_number = not isinstance(value, (str, Sdf.AssetPath))
+        if default is not None and np.shape(value) != np.shape(default):
+            self._authored.lose("values of the wrong type", attribute.GetName())
+            return default
         if is_number and not np.isfinite(np.array(value, np.float64)).all():
             self._authored.lose("numbers that are not finite", attribute.GetName())
             return default

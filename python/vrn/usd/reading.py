@@ -13,7 +13,7 @@ from .aim import is_aim, put_aim
 from .animations import AnimationReader
 from .authored import Authored
 from .cameras import read_camera
-from .files import checked_path, open_stage, quiet
+from .files import block_wrong_types, checked_path, open_stage, quiet, refused
 from .instancers import read_instancer
 from .lights import is_light, read_light
 from .losses import Losses
@@ -43,7 +43,8 @@ def read(path: str | os.PathLike[str]) -> tuple[vrn.Scene, tuple[vrn.Loss, ...]]
     source = checked_path(path, "read")
     losses = Losses()
     stage = open_stage(source, losses)
-    with quiet(source, losses):
+    with quiet(source, losses), refused(source):
+        block_wrong_types(stage, losses)
         reader = Reader(stage, losses, str(source.absolute().parent))
         reader.read()
     scene = reader.scene

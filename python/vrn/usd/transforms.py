@@ -10,7 +10,7 @@ from pxr import Gf, Usd, UsdGeom
 
 import vrn
 
-from .arrays import Array, decompose
+from .arrays import Array, decompose, finite
 from .authored import Authored
 from .given import Given
 from .numbers import shortest
@@ -115,9 +115,28 @@ def read_transform(authored: Authored) -> Transform:
     authored.mark(*(operation.GetAttr().GetName() for operation in operations))
     if xform.GetResetXformStack():
         authored.lose("transforms that do not follow those of the parents", "xformOpOrder")
+    if not all(_is_finite(operation) for operation in operations):
+        authored.lose("transforms of other values than finite numbers")
+        return Transform()
     if _is_plain(operations):
         return _plain(operations)
     return _product(xform, operations, authored)
+
+
+def _is_finite(operation: Any) -> bool:
+    """Whether all values of an operation are finite numbers, also in single precision where they are animated."""
+    attribute = operation.GetAttr()
+    times = attribute.GetTimeSamples()
+    values = [attribute.Get(), *(attribute.Get(time) for time in times)]
+    numbers = [np.array(_numbers(value), np.float32 if times else np.float64) for value in values if value is not None]
+    shapes = [np.shape(part.default) for part in PARTS if part.kind == operation.GetOpType()]
+    return all(finite(number) and (not shapes or number.shape in shapes) for number in numbers)
+
+
+def _numbers(value: Any) -> Any:
+    if isinstance(value, (Gf.Quatd, Gf.Quatf, Gf.Quath)):
+        return (*value.imaginary, value.real)
+    return value
 
 
 def _is_plain(operations: list[Any]) -> bool:
@@ -153,8 +172,7 @@ def _plain(operations: list[Any]) -> Transform:
 
 def _components(value: Any) -> tuple[float, ...]:
     """The numbers of a vector or a quaternion, with the digits that its precision has."""
-    is_quaternion = isinstance(value, (Gf.Quatd, Gf.Quatf, Gf.Quath))
-    numbers = (*value.imaginary, value.real) if is_quaternion else tuple(value)
+    numbers = _numbers(value)
     is_double = isinstance(value, (Gf.Quatd, Gf.Vec3d))
     return tuple(float(number) if is_double else shortest(number) for number in numbers)
 
