@@ -323,12 +323,8 @@ class SkinReader:
         if not tokens:
             return None
         places = [tokens.index(token) if token in tokens else -1 for token in order or tokens]
-        if (
-            -1 in places
-            or len(binds) != len(tokens)
-            or not finite(binds @ bind)
-            or not (np.abs(np.linalg.det(binds)) > 0).all()
-        ):
+        is_valid = -1 not in places and len(binds) == len(tokens) and finite(binds @ bind)
+        if not is_valid or not (np.abs(np.linalg.det(binds)) > 0).all():
             self._reader.losses.add("skeletons whose joints and bind transforms do not match", str(prim.GetPath()))
             return None
         joints = self._nodes_of(prim, places)

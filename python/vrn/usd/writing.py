@@ -150,7 +150,7 @@ class Writer:
     def _define_placed(self, hierarchy: Hierarchy) -> list[vrn.Node]:
         """Makes the prims of all nodes that have a place. Returns the nodes, parents before children."""
         placed = self._find_places(hierarchy)
-        # All prims in one change: a stage composes all children of a prim anew for each one that is added alone.
+        # All prims in one change: a stage composes all children of a prim again for each one that is added alone.
         with Sdf.ChangeBlock():
             for node in placed:
                 spec = Sdf.CreatePrimInLayer(self.stage.GetRootLayer(), self.prims[node.name])
