@@ -62,9 +62,9 @@ python: checks $(PYTHON) $(NODE_MODULES)
 	VRN=$(CURDIR)/build/release/vrn $(PYTHON) -m pytest --quiet --timeout 300 --ignore python/tests/farm python/tests
 	cd python/tests/farm && VRN=$(CURDIR)/build/release/vrn $(CURDIR)/$(PYTHON) -m pytest --quiet
 
-$(PYTHON): python/requirements.txt python/requirements-farm.txt
+$(PYTHON): python/requirements.txt python/requirements-farm.txt python/requirements-usd.txt
 	python3 -m venv build/python/venv
-	$@ -m pip install --quiet --requirement python/requirements.txt --requirement python/requirements-farm.txt
+	$@ -m pip install --quiet $(addprefix --requirement ,$^)
 	@touch $@
 
 quick: checks $(LOCALES)/de_DE.UTF-8

@@ -10,6 +10,22 @@ bool Turns::isReader() const noexcept {
     return std::ranges::find(readers_, std::this_thread::get_id()) != readers_.end();
 }
 
+namespace {
+
+// Calls a function at the end of a block, also if that raises.
+template <class Function> class AtEnd {
+public:
+    explicit AtEnd(Function function) : function_(std::move(function)) {}
+    ~AtEnd() { function_(); }
+    AtEnd(const AtEnd&) = delete;
+    AtEnd& operator=(const AtEnd&) = delete;
+
+private:
+    Function function_;
+};
+
+} // namespace
+
 template <class Condition> void Turns::await(Condition isBusy) {
     while (isBusy()) {
         if (isChanging_ && changer_ == std::this_thread::get_id())
@@ -18,24 +34,45 @@ template <class Condition> void Turns::await(Condition isBusy) {
     }
 }
 
+template <class Condition> void Turns::awaitAsReader(Condition isBusy) {
+    ++waitingReaders_;
+    const AtEnd end([this] { readerGoes(); });
+    await(isBusy);
+}
+
+template <class Condition> void Turns::awaitAsChanger(Condition isBusy) {
+    if (isReader())
+        raise(PyExc_RuntimeError, "the scene is changed while this thread writes or reads it");
+    ++waitingChangers_;
+    const AtEnd end([this] { --waitingChangers_; });
+    await(isBusy);
+}
+
+// After the last of those that waited for a change, changers go first again.
+void Turns::readerGoes() noexcept {
+    if (--waitingReaders_ != 0)
+        return;
+    isTurnOfChangers_ = true;
+    end();
+}
+
 // A thread that reads already does not wait for those that wait for it.
 void Turns::beforeReadTurn() {
-    await([this] { return isChanging_ || (waitingChangers_ != 0 && !isReader()); });
+    const auto isBusy = [this] { return isChanging_ || (waitingChangers_ != 0 && isTurnOfChangers_ && !isReader()); };
+    if (isBusy())
+        awaitAsReader(isBusy);
 }
 
 void Turns::awaitChange() {
-    await([this] { return isChanging_; });
+    awaitAsReader([this] { return isChanging_; });
 }
 
 void Turns::awaitAlone() {
-    if (isReader())
-        raise(PyExc_RuntimeError, "the scene is changed while this thread writes or reads it");
-    struct Waiting {
-        explicit Waiting(int& number) : count(number) { ++count; }
-        ~Waiting() { --count; }
-        int& count;
-    } const waiting(waitingChangers_);
-    await([this] { return isChanging_ || !readers_.empty(); });
+    awaitAsChanger([this] { return isChanging_ || !readers_.empty(); });
+}
+
+void Turns::awaitChangeTurn() {
+    awaitAsChanger([this] { return isChanging_ || !readers_.empty() || (waitingReaders_ != 0 && !isTurnOfChangers_); });
 }
 
 // Waits for the end of any turn, or for a fifth of a second, after which signals are looked at.
@@ -70,7 +107,7 @@ ReadTurn::~ReadTurn() {
 }
 
 ChangeTurn::ChangeTurn(Turns& turns) : turns_(turns) {
-    turns_.beforeChanging();
+    turns_.awaitChangeTurn();
     turns_.isChanging_ = true;
     turns_.changer_ = std::this_thread::get_id();
     state_ = PyEval_SaveThread();
@@ -79,6 +116,7 @@ ChangeTurn::ChangeTurn(Turns& turns) : turns_(turns) {
 ChangeTurn::~ChangeTurn() {
     PyEval_RestoreThread(state_);
     turns_.isChanging_ = false;
+    turns_.isTurnOfChangers_ = turns_.waitingReaders_ == 0;
     std::exchange(turns_.dropped_, {}).clear();
     turns_.end();
 }

@@ -5,7 +5,8 @@
 //
 // Whoever does not release the GIL needs no turn, but has to await one after everything that can run Python code:
 // beforeReading(), beforeChanging(). All functions are called with the GIL, which protects what is counted. Waiting
-// ends with what a signal handler raises.
+// ends with what a signal handler raises. Turns are fair: B. B. Brandenburg and J. H. Anderson, "Reader-writer
+// synchronization for shared-memory multiprocessor real-time systems" (2009), call them phase-fair.
 #pragma once
 
 #include "python/src/Python.h"
@@ -44,15 +45,24 @@ private:
     void beforeReadTurn();
     void awaitChange();
     void awaitAlone();
+    void awaitChangeTurn();
+    template <class Condition> void awaitAsReader(Condition isBusy);
+    template <class Condition> void awaitAsChanger(Condition isBusy);
     template <class Condition> void await(Condition isBusy);
     [[nodiscard]] bool isReader() const noexcept;
+    void readerGoes() noexcept;
     void block();
     void end() noexcept;
 
     std::vector<std::thread::id> readers_;
     bool isChanging_ = false;
     std::thread::id changer_;
-    int waitingChangers_ = 0; // new readers let them go first
+
+    // Whoever waits goes before those that come after the other kind: a thread that changes or reads the scene again
+    // and again cannot keep the others waiting.
+    int waitingReaders_ = 0;
+    int waitingChangers_ = 0;
+    bool isTurnOfChangers_ = true;
     std::vector<std::shared_ptr<void>> dropped_;
     std::mutex mutex_;
     std::condition_variable ended_;

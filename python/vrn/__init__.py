@@ -39,7 +39,7 @@ from ._vrn import (
 
 TYPE_CHECKING = False
 if TYPE_CHECKING:
-    from . import farm, typing
+    from . import farm, typing, usd
     from .farm import batch, ops, scan
 
 __all__ = [
@@ -82,6 +82,7 @@ __all__ = [
     "readable_formats",
     "scan",
     "typing",
+    "usd",
     "writable_formats",
 ]
 
@@ -92,7 +93,7 @@ if not TYPE_CHECKING:
         """Imports what takes longer to import than all the rest, with its first use."""
         import importlib
 
-        if name in ("farm", "typing"):
+        if name in ("farm", "typing", "usd"):
             return importlib.import_module(f".{name}", __name__)
         if name in ("batch", "ops", "scan"):
             return getattr(importlib.import_module(".farm", __name__), name)
