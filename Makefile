@@ -59,8 +59,9 @@ python: checks $(PYTHON) $(NODE_MODULES)
 	@rm -rf build/python/wheel
 	$(PYTHON) -m pip wheel --quiet --no-deps --wheel-dir build/python/wheel .
 	$(PYTHON) -m pip install --quiet --force-reinstall --no-deps build/python/wheel/vrn-*.whl
-	VRN=$(CURDIR)/build/release/vrn $(PYTHON) -m pytest --quiet --timeout 300 --ignore python/tests/farm python/tests
+	VRN=$(CURDIR)/build/release/vrn $(PYTHON) -m pytest --quiet --timeout 300 --ignore python/tests/farm --ignore python/tests/usd python/tests
 	cd python/tests/farm && VRN=$(CURDIR)/build/release/vrn $(CURDIR)/$(PYTHON) -m pytest --quiet
+	cd python/tests/usd && $(CURDIR)/$(PYTHON) -m pytest --quiet --timeout 300
 
 $(PYTHON): python/requirements.txt python/requirements-farm.txt python/requirements-usd.txt
 	python3 -m venv build/python/venv
