@@ -11,8 +11,8 @@ what does the work:
 - `writing`, `reading`: the order in which a scene becomes a stage, and a stage a scene. `files`: writing whole files.
 - `given`, `authored`: what a node and a prim hold, and what of it nobody has read. `losses`: what is lost.
 - `names`, `numbers`, `arrays`, `transforms`: what both directions share.
-- `hierarchy`, `meshes`, `surfaces`, `shapes`, `materials`, `textures`, `cameras`, `lights`, `skins`, `morphs`,
-  `animations`, `instancers`: one kind of content each, in both directions.
+- `hierarchy`, `meshes`, `surfaces`, `materials`, `textures`, `cameras`, `aim`, `lights`, `skins`, `morphs`, `animations`,
+  `instancers`: one kind of content each, in both directions.
 """
 
 from __future__ import annotations
