@@ -10,6 +10,8 @@ import vrn
 from conftest import ROOT
 
 PACKAGES = pathlib.Path(vrn.__file__).parents[1]
+# Where type checkers look beyond the installed packages: for the package of a checkout.
+MORE = {"MYPYPATH": str(PACKAGES)} if PACKAGES == ROOT / "python" else {}
 USAGE = pathlib.Path(__file__).with_name("typed_usage.py")
 
 # What stubtest says of every class and function of a module in C++.
@@ -28,7 +30,7 @@ def run(*command, cwd, **environment):
 def mypy(tmp_path, *arguments):
     checked = run(
         sys.executable, "-m", "mypy", "--strict", "--config-file", ROOT / "pyproject.toml", *arguments,
-        cwd=tmp_path, MYPYPATH=str(PACKAGES) if PACKAGES == ROOT / "python" else "",
+        cwd=tmp_path, **MORE,
     )  # fmt: skip
     assert checked.returncode == 0, checked.stdout + checked.stderr
 
@@ -52,7 +54,7 @@ def test_pyright_knows_the_mistakes(tmp_path):
 def test_the_stubs_have_what_the_module_has(tmp_path):
     checked = run(
         sys.executable, "-m", "mypy.stubtest", "vrn._vrn", "vrn._errors", "vrn._results", "vrn._values", "--concise",
-        "--mypy-config-file", str(ROOT / "pyproject.toml"), cwd=tmp_path, PYTHONPATH=str(PACKAGES), MYPYPATH=str(PACKAGES),
+        "--mypy-config-file", str(ROOT / "pyproject.toml"), cwd=tmp_path, PYTHONPATH=str(PACKAGES), **MORE,
     )  # fmt: skip
     findings = [line for line in checked.stdout.splitlines() if not any(words in line for words in OF_THE_MODULE)]
     assert findings == [] and checked.stdout, checked.stderr
