@@ -140,7 +140,7 @@ def test_metres_and_z_up(trip: Trip, stage: Usd.Stage) -> None:
     scene = trip.read(stage)
     assert scene["a"]["parent"] == scene["root"]
     again = trip.write(scene)
-    close(world(again, "/Root/root/a")[3, :3], (0, 1, 0))
+    close(world(again, f"/Root/{scene['a']['parent'].name}/a")[3, :3], (0, 1, 0))
 
 
 OPERATIONS = {

@@ -91,7 +91,7 @@ class Authored:
         for name in self.prim.GetAllAuthoredMetadata():
             if name not in _METADATA:
                 self.lose(f"metadata {name} of {kind}")
-        for name in {name for spec in self.prim.GetPrimStack() for name in spec.customData}:
+        for name in {name for opinion in self.prim.GetPrimStack() for name in opinion.customData}:
             if name != "vrn":
                 self.lose(f"custom data {name} of {kind}")
         sets = self.prim.GetVariantSets()

@@ -153,9 +153,9 @@ class Writer:
         # All prims in one change: a stage composes all children of a prim again for each one that is added alone.
         with Sdf.ChangeBlock():
             for node in placed:
-                spec = Sdf.CreatePrimInLayer(self.stage.GetRootLayer(), self.prims[node.name])
-                spec.specifier = Sdf.SpecifierDef
-                spec.typeName = self._type_of(node)
+                made = Sdf.CreatePrimInLayer(self.stage.GetRootLayer(), self.prims[node.name])
+                made.specifier = Sdf.SpecifierDef
+                made.typeName = self._type_of(node)
         for node in placed:
             self._write_placed(node)
         return placed
