@@ -36,7 +36,7 @@ test: checks $(LOCALES)/de_DE.UTF-8 $(NODE_MODULES)
 	$(CONFIGURE) --preset asan
 	cmake --build --preset asan
 	ctest --preset asan -j$(TEST_JOBS)
-	scripts/fuzz 20
+	scripts/fuzz 8
 	$(CONFIGURE) --preset tsan
 	cmake --build --preset tsan
 	build/tsan/tests/vrn_thread_tests
@@ -110,7 +110,9 @@ lint: checks
 	@scripts/lint
 
 coverage: checks $(LOCALES)/de_DE.UTF-8
-	@scripts/coverage -DVRN_LOCALES=$(LOCALES)
+	@$(CONFIGURE) --preset asan >/dev/null
+	cmake --build --preset asan --target vrn_tests vrn_host_tests vrn_thread_tests vrn_check_tests vrn_replays
+	ctest --preset asan -R '^coverage$$' --verbose
 
 N := 100
 SEED := 1
