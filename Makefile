@@ -2,7 +2,9 @@
 # make quick                builds and runs the unit and golden tests
 # make test                 builds everything, with and without sanitizers, and runs every test; those of the library
 #                           also for AArch64 in an emulator, and those of the Python package
-# make python               builds the wheel of the Python package, installs it in build/python/venv and tests it
+# make python               builds sdist and wheel of the Python package in build/python/dist, installs the wheel in
+#                           build/python/venv and tests it
+# make python-docs          builds the documentation of the Python package in build/python/html
 # make install              installs library, command and manual below PREFIX (default: /usr/local)
 # make bench                measures the parts of the reader, and compares it with other libraries on generated files
 # make fuzz MINUTES=n       runs every fuzzer for n minutes
@@ -20,7 +22,7 @@ CONFIGURE := cmake -DVRN_WARNINGS_AS_ERRORS=ON -DVRN_LOCALES=$(LOCALES) -DVRN_BE
 # Some tests mostly wait.
 TEST_JOBS := $(shell echo $$(($$(nproc) + 1)))
 
-.PHONY: run test python test-big-endian quick install bench fuzz fuzz-python lint coverage mutants packages checks format goldens grammar clean
+.PHONY: run test python python-docs python-package test-big-endian quick install bench fuzz fuzz-python lint coverage mutants packages checks format goldens grammar clean
 
 run: packages
 	@$(CONFIGURE) --preset release >/dev/null
@@ -53,17 +55,23 @@ test-big-endian: checks
 
 # The tests compare the package with the command.
 PYTHON := build/python/venv/bin/python
-python: checks $(PYTHON) $(NODE_MODULES)
+python: checks python-package $(NODE_MODULES)
 	@$(CONFIGURE) --preset release >/dev/null
 	@cmake --build --preset release --target vrn_command
-	@rm -rf build/python/wheel
-	$(PYTHON) -m pip wheel --quiet --no-deps --wheel-dir build/python/wheel .
-	$(PYTHON) -m pip install --quiet --force-reinstall --no-deps build/python/wheel/vrn-*.whl
 	VRN=$(CURDIR)/build/release/vrn $(PYTHON) -m pytest --quiet --timeout 300 --ignore python/tests/farm --ignore python/tests/usd python/tests
 	cd python/tests/farm && VRN=$(CURDIR)/build/release/vrn $(CURDIR)/$(PYTHON) -m pytest --quiet
 	cd python/tests/usd && $(CURDIR)/$(PYTHON) -m pytest --quiet --timeout 300
 
-$(PYTHON): python/requirements.txt python/requirements-farm.txt python/requirements-usd.txt
+python-package: checks $(PYTHON)
+	scripts/python-dist
+	$(PYTHON) python/tests/interpreters.py build/python/wheelhouse
+	$(PYTHON) -m pip install --quiet --force-reinstall --no-deps build/python/dist/vrn-*.whl
+
+# A warning is an error.
+python-docs: python-package
+	$(PYTHON) -m sphinx --quiet --fail-on-warning --keep-going --conf-dir docs/python docs build/python/html
+
+$(PYTHON): $(wildcard python/requirements*.txt)
 	python3 -m venv build/python/venv
 	$@ -m pip install --quiet $(addprefix --requirement ,$^)
 	@touch $@

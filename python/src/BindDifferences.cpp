@@ -87,7 +87,9 @@ void bindDifferences(nb::module_& m) {
     m.def("diff", &diff, nb::arg("before"), nb::arg("after"), nb::kw_only(), nb::arg("tolerance") = 0.0,
           nb::sig("def diff(before: Scene, after: Scene, *, tolerance: float = 0.0) -> list[Difference]"),
           "The differences between two scenes, in order; none if they are the same.\n\n"
-          "Real numbers are equal if they differ by at most the tolerance.");
+          "Real numbers are equal if they differ by at most the tolerance.\n\n"
+          ">>> print(*vrn.diff(vrn.loads('mesh box; box.size = 2;'), vrn.loads('mesh box; box.size = 3;')))\n"
+          "~ box.size: 2 -> 3");
 }
 
 } // namespace vrn::python

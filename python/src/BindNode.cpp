@@ -67,7 +67,11 @@ void bindNode(nb::module_& m) {
             "Reading `node[name]` gives the value, setting it follows the rules of types of the input, or adds\n"
             "an input of the type of the value. `node.inputs[name]` is the input itself. A node keeps its scene\n"
             "alive. After its removal, `is_attached` is false and everything else raises RemovedError.\n"
-            "Two are equal if they are the same node.")
+            "Two are equal if they are the same node.\n\n"
+            ">>> node = vrn.read('city.vrn')['cam1']\n"
+            ">>> node['fov'], node.inputs['fov'].type\n"
+            "(45.0, 'Real')\n"
+            ">>> node['label'] = 'front'")
             .def_prop_rw(
                 "name", [](const NodeReference& node) { return str(node.read().key()); }, &rename,
                 "The name. Links to the node stay when it changes.", nb::for_setter(nb::arg("name")))
@@ -117,7 +121,12 @@ void bindNode(nb::module_& m) {
                     return new Editing(InputReference(node.box(), &inputNamed(node.read(), name)));
                 },
                 nb::arg("name"), nb::sig("def edit(self, name: str) -> Editing"),
-                "The elements of a buffer in place, in a `with` block: `with node.edit('points') as p: p *= 2`.")
+                "The elements of a buffer in place, as a numpy array for the time of a `with` block.\n\n"
+                ">>> node = vrn.read('city.vrn')['box']\n"
+                ">>> with node.edit('points') as points:\n"
+                "...     points *= 2\n"
+                ">>> float(node['points'].max())\n"
+                "1.0")
             .def(
                 "walk", [](const NodeReference& node) { return Walk(node); },
                 nb::sig("def walk(self) -> collections.abc.Iterator[Input]"),

@@ -204,12 +204,18 @@ void bindReading(nb::module_& m) {
         "`scene.diagnostics`;\n"
         "notices are about what it accepts silently. Raises ParseError if the text ends with an error, with `strict` "
         "also\n"
-        "DiagnosticsError if anything is said about it, and OSError. Releases the GIL; signals such as Ctrl-C end it.");
-    m.def("loads", &loads, nb::arg("data"), nb::kw_only(), nb::arg("catalogue").none() = nb::none(),
-          nb::arg("limits").none() = nb::none(), nb::arg("strict") = false, nb::arg("notices") = false,
-          nb::sig("def loads(data: Data, *, catalogue: Catalogue | None = None, limits: Limits | None = None, strict: "
-                  "bool = False, notices: bool = False) -> Scene"),
-          "Reads a text into a new scene: a str or an object with a buffer of bytes, which is not copied. See read().");
+        "DiagnosticsError if anything is said about it, and OSError. Releases the GIL; signals such as Ctrl-C end "
+        "it.\n\n"
+        ">>> vrn.read('city.vrn')\n"
+        "<vrn.Scene of 10 nodes>");
+    m.def(
+        "loads", &loads, nb::arg("data"), nb::kw_only(), nb::arg("catalogue").none() = nb::none(),
+        nb::arg("limits").none() = nb::none(), nb::arg("strict") = false, nb::arg("notices") = false,
+        nb::sig("def loads(data: Data, *, catalogue: Catalogue | None = None, limits: Limits | None = None, strict: "
+                "bool = False, notices: bool = False) -> Scene"),
+        "Reads a text into a new scene: a str or an object with a buffer of bytes, which is not copied. See read().\n\n"
+        ">>> vrn.loads('mesh box; box.size = 2;')['box']['size']\n"
+        "2");
     m.def("check", &checkFile, nb::arg("source"), nb::kw_only(), nb::arg("catalogue").none() = nb::none(),
           nb::arg("limits").none() = nb::none(), nb::arg("ignored") = nb::tuple(), nb::arg("pedantic") = false,
           nb::sig("def check(source: Source, *, catalogue: Catalogue | None = None, limits: Limits | None = None, "

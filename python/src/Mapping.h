@@ -16,14 +16,18 @@ template <class Names> [[noreturn]] void raiseMissing(std::string_view name, con
     raise(PyExc_KeyError, textOf(nb::repr(shown)) + (question.empty() ? "" : " (did you mean " + question + "?)"));
 }
 
+// The classes of collections.abc. CPython loads this module when it starts; the package that gives it a public name
+// would double the time that importing ours takes.
+inline constexpr char abstractClasses[] = "_collections_abc";
+
 // Adds keys(), values() and items() to a class with `__getitem__`, `__iter__`, `__len__` and `__contains__`. The
 // annotation of its values is `value`.
 template <class Type> void defineMapping(Type& type, const std::string& value) {
-    imported("collections.abc", "Mapping").attr("register")(type);
+    imported(abstractClasses, "Mapping").attr("register")(type);
     const auto view = [&](const char* name, const char* abc, const std::string& of, const char* what) {
         const std::string signature = std::string("def ") + name + "(self) -> collections.abc." + abc + "[" + of + "]";
         type.def(
-            name, [abc](nb::handle self) { return imported("collections.abc", abc)(self); }, nb::sig(signature.c_str()),
+            name, [abc](nb::handle self) { return imported(abstractClasses, abc)(self); }, nb::sig(signature.c_str()),
             what);
     };
     view("keys", "KeysView", "str", "The names, in order.");

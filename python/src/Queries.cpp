@@ -112,11 +112,15 @@ void defineQueries(SceneClass& scene) {
         .def("get", &get, nb::arg("path"), nb::arg("default").none() = nb::none(),
              nb::sig("def get(self, path: str, default: typing.Any = None, /) -> typing.Any"),
              "What a path leads to, such as `box.uvsets[0].name`, or the default.\n\nRaises ValueError for a malformed "
-             "path, and for one with a pattern.")
+             "path, and for one with a pattern.\n\n"
+             ">>> vrn.read('city.vrn').get('box.uvsets[0].name')\n"
+             "'uv0'")
         .def(
             "query", &query, nb::arg("path"), nb::sig("def query(self, path: str, /) -> dict[str, typing.Any]"),
             "All that a path with patterns and slices matches: the values by the paths that lead to them, in order.\n\n"
-            "`*` matches any characters of a name, `?` one; `[2:5]` is a slice, `[*]` all elements.");
+            "`*` matches any characters of a name, `?` one; `[2:5]` is a slice, `[*]` all elements.\n\n"
+            ">>> vrn.read('city.vrn').query('cam*.fov')\n"
+            "{'cam1.fov': 45.0}");
 }
 
 } // namespace vrn::python

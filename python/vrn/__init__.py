@@ -1,21 +1,17 @@
 """Scenes in the VRN text format: read, check, change, query, write and convert them.
 
-    import vrn
-
-    scene = vrn.read("city.vrn")
-    for node in scene.nodes(type="mesh"):
-        print(node.name, node["points"].shape)
-    scene["cam1"]["fov"] = 50.0
-    scene.write("city.vrn")
+>>> import vrn
+>>> scene = vrn.read("city.vrn")
+>>> for node in scene.nodes(type="mesh"):
+...     print(node.name, node["points"].shape)
+box (8, 3)
+>>> scene["cam1"]["fov"] = 50.0
+>>> scene.write("city.vrn")
+()
 
 Values of buffers are numpy arrays that share the memory of the scene. The package never prints.
 """
 
-from __future__ import annotations
-
-from ._errors import ConversionError, Diagnostic, DiagnosticsError, Error, ParseError, RemovedError
-from ._results import Difference, Loss
-from ._values import Mat3, Mat4, Pos2, Pos3, Quat, Rgba, Vec2, Vec3, Vec4
 from ._vrn import (
     Adopted,
     Catalogue,
@@ -40,6 +36,9 @@ from ._vrn import (
 TYPE_CHECKING = False
 if TYPE_CHECKING:
     from . import farm, typing, usd
+    from ._errors import ConversionError, Diagnostic, DiagnosticsError, Error, ParseError, RemovedError
+    from ._results import Difference, Loss
+    from ._values import Mat3, Mat4, Pos2, Pos3, Quat, Rgba, Vec2, Vec3, Vec4
     from .farm import batch, ops, scan
 
 __all__ = [
@@ -86,15 +85,29 @@ __all__ = [
     "writable_formats",
 ]
 
+# The modules of names that are imported with their first use, so that importing the package takes little time.
+_HOMES = {
+    **dict.fromkeys(
+        ("ConversionError", "Diagnostic", "DiagnosticsError", "Error", "ParseError", "RemovedError"), "_errors"
+    ),
+    **dict.fromkeys(("Difference", "Loss"), "_results"),
+    **dict.fromkeys(("Mat3", "Mat4", "Pos2", "Pos3", "Quat", "Rgba", "Vec2", "Vec3", "Vec4"), "_values"),
+    **dict.fromkeys(("batch", "ops", "scan"), "farm"),
+}
 
 if not TYPE_CHECKING:
 
     def __getattr__(name: str) -> object:
-        """Imports what takes longer to import than all the rest, with its first use."""
+        """The value of a public name that nobody has used yet."""
         import importlib
 
         if name in ("farm", "typing", "usd"):
             return importlib.import_module(f".{name}", __name__)
-        if name in ("batch", "ops", "scan"):
-            return getattr(importlib.import_module(".farm", __name__), name)
-        raise AttributeError(f"module {__name__!r} has no attribute {name!r}")
+        if name not in _HOMES:
+            raise AttributeError(f"module {__name__!r} has no attribute {name!r}")
+        value = getattr(importlib.import_module(f".{_HOMES[name]}", __name__), name)
+        globals()[name] = value
+        return value
+
+    def __dir__() -> list[str]:
+        return sorted({*globals(), *__all__})

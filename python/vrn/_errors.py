@@ -73,6 +73,12 @@ class ParseError(Error, ValueError):
     """A text ends with an error: the statements before it are read, the ones after it are not.
 
     The string of the error is the place, the message, and the line of the text with a caret under the place.
+
+    >>> try:
+    ...     vrn.loads("mesh box; box.size = 2; box.count = ;")
+    ... except vrn.ParseError as error:
+    ...     print(error.line, error.column, error.scene["box"]["size"])
+    1 37 2
     """
 
     filename: str

@@ -67,7 +67,13 @@ class Vec2(_XY):
 
 
 class Vec3(_XYZ):
-    """A vector of three reals: x, y, z."""
+    """A vector of three reals: x, y, z.
+
+    >>> vrn.Vec3(1, 2, 3)
+    Vec3(1.0, 2.0, 3.0)
+    >>> vrn.Vec3(1, 2, 3).y
+    2.0
+    """
 
     __slots__ = ()
     size = 3
@@ -127,7 +133,11 @@ class Quat(_Components):
 
 
 class Rgba(_Components):
-    """A colour: r, g, b, a, where 1 is full intensity. Three numbers make an opaque colour."""
+    """A colour: r, g, b, a, where 1 is full intensity. Three numbers make an opaque colour.
+
+    >>> vrn.Rgba(1, 0.5, 0)
+    Rgba(1.0, 0.5, 0.0, 1.0)
+    """
 
     __slots__ = ()
     size = 4
@@ -185,7 +195,11 @@ class Mat3(_Rows):
 
 
 class Mat4(_Rows):
-    """A matrix of four rows of four reals."""
+    """A matrix of four rows of four reals.
+
+    >>> vrn.Mat4((1, 0, 0, 0), (0, 1, 0, 0), (0, 0, 1, 0), (5, 0, 0, 1))[3]
+    (5.0, 0.0, 0.0, 1.0)
+    """
 
     __slots__ = ()
     size = 4

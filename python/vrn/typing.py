@@ -1,6 +1,7 @@
 """The types in the signatures of the package, for annotations.
 
-def load(source: vrn.typing.Source) -> vrn.Scene: ...
+>>> def load(source: vrn.typing.Source) -> vrn.Scene:
+...     return vrn.read(source)
 """
 
 from __future__ import annotations
@@ -21,13 +22,17 @@ else:
 class ReadableFile(Protocol):
     """A file opened for reading bytes or text."""
 
-    def read(self, size: int = ..., /) -> bytes | str: ...
+    def read(self, size: int = ..., /) -> bytes | str:
+        """At most `size` bytes or characters; all if there is no size."""
+        ...
 
 
 class WritableFile(Protocol):
     """A file opened for writing bytes."""
 
-    def write(self, data: Any, /) -> object: ...
+    def write(self, data: Any, /) -> object:
+        """Writes an object with the buffer protocol."""
+        ...
 
 
 Path: TypeAlias = Union[str, bytes, "os.PathLike[str]", "os.PathLike[bytes]"]

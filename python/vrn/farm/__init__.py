@@ -1,8 +1,9 @@
 """Work on many files: batches for threads, processes and clusters, with a ledger, and blame for single files.
 
-    run = vrn.batch("lib/**/*.vrn", vrn.ops.check, ledger="check.ledger")
-    for result in run:
-        print(result.path, result.status)
+>>> run = vrn.batch("examples/*_scene.vrn", vrn.ops.check, ledger="check.ledger")
+>>> for result in run:
+...     print(result.path, result.status)
+examples/first_scene.vrn ok
 
 Each module has one idea; they are listed from what starts a run to what does the work:
 

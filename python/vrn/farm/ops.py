@@ -1,8 +1,11 @@
 """What is usually done with many files: functions of a path, for `vrn.batch`.
 
-    vrn.batch("lib/**/*.vrn", vrn.ops.check)
-    vrn.batch("lib/**/*.vrn", vrn.ops.checking(catalogue="types.json"))
-    vrn.batch("lib/**/*.vrn", vrn.ops.convert("out/{parent}/{stem}.glb"))
+>>> vrn.batch("*.vrn", vrn.ops.check)
+<vrn.Run of 1 files: 1 ok>
+>>> vrn.batch("*.vrn", vrn.ops.checking(catalogue="builtin"))
+<vrn.Run of 1 files: 1 ok>
+>>> vrn.batch("*.vrn", vrn.ops.convert("out/{parent}/{stem}.glb"))
+<vrn.Run of 1 files: 1 ok>
 """
 
 from __future__ import annotations

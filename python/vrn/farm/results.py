@@ -45,7 +45,9 @@ class Answer:
     """What a function may return to report diagnostics with its value."""
 
     value: Any = None
+    """What counts as returned."""
     diagnostics: tuple[Diagnostic, ...] = ()
+    """What was found in the file."""
     ok: bool = True
     """False if the content of the file has errors."""
 
@@ -66,6 +68,7 @@ class Result(NamedTuple):
     path: str
     """The file, as the manifest names it."""
     status: Status
+    """What became of it."""
     value: Any = None
     """What the function returned. None for an unchanged file: values are not stored."""
     diagnostics: tuple[Diagnostic, ...] = ()

@@ -67,10 +67,15 @@ def as_completed(
 def batch(paths: Source | Iterable[Source], function: Function, **options: Any) -> Run:
     """Applies a function to many files, waits until all are done, and returns the results.
 
-        run = vrn.batch("lib/**/*.vrn", vrn.ops.check)
-        run = vrn.batch(paths, my_function, executor=client, ledger="run.ledger", retries=2, timeout=60)
+    >>> run = vrn.batch("examples/*.vrn", vrn.ops.check)
+    >>> run.ok, len(run)
+    (True, 13)
+    >>> import os.path
+    >>> run = vrn.batch(["city.vrn"], os.path.getsize, ledger="run.ledger", retries=2, timeout=60)
+    >>> run[0].status, run[0].value
+    ('ok', 2741)
 
-    `paths` is a file, a folder, which stands for all `*.vrn` below it, a pattern with `*`, `?` and `**`, a URL that
+    The paths are a file, a folder, which stands for all `*.vrn` below it, a pattern with `*`, `?` and `**`, a URL that
     fsspec knows, or an iterable of these. The function takes a path, and returns anything that can be pickled.
 
     - `executor`: `"threads"` (the default), `"processes"`, `"loky"`, an executor of `concurrent.futures`, or a client of

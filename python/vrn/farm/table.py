@@ -20,7 +20,10 @@ if TYPE_CHECKING:
 def scan(paths: Source | Iterable[Source], columns: Sequence[str], **options: Any) -> Table:
     """Reads values from many files into one table.
 
-        vrn.scan("lib/**/*.vrn", ["*.fov", "*.material"]).to_parquet("lib.parquet")
+    >>> table = vrn.scan("city.vrn", ["*.fov", "*.material"])
+    >>> table.columns["node"], table.columns["*.fov"]
+    (['cam1', 'box', 'boxB'], [45.0, None, None])
+    >>> table.to_parquet("lib.parquet")
 
     The columns are paths as in `vrn query`; the options are those of `batch`, but for the ledger, which stores no values.
     The table has a row for each node that a path matches. A column whose path can match several inputs of one node

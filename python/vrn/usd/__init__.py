@@ -1,9 +1,8 @@
 """Scenes as OpenUSD stages: `.usda`, `.usdc` and `.usdz`.
 
-    import vrn.usd
-
-    losses = vrn.usd.to_usd(scene, "city.usdc")
-    scene, losses = vrn.usd.from_usd("city.usdc")
+>>> scene = vrn.read("city.vrn")
+>>> losses = vrn.usd.to_usd(scene, "city.usdc")
+>>> scene, losses = vrn.usd.from_usd("city.usdc")
 
 What a scene holds is in the stage, or named in the losses, or the file is refused. The modules, from what users call to
 what does the work:
