@@ -12,33 +12,32 @@ box (8, 3)
 Values of buffers are numpy arrays that share the memory of the scene. The package never prints.
 """
 
-from ._vrn import (
-    Adopted,
-    Catalogue,
-    Input,
-    Limits,
-    Node,
-    Output,
-    Report,
-    Scene,
-    __version__,
-    adopt,
-    check,
-    convert,
-    diff,
-    format,
-    loads,
-    read,
-    readable_formats,
-    writable_formats,
-)
-
 TYPE_CHECKING = False
 if TYPE_CHECKING:
     from . import farm, typing, usd
     from ._errors import ConversionError, Diagnostic, DiagnosticsError, Error, ParseError, RemovedError
     from ._results import Difference, Loss
     from ._values import Mat3, Mat4, Pos2, Pos3, Quat, Rgba, Vec2, Vec3, Vec4
+    from ._vrn import (
+        Adopted,
+        Catalogue,
+        Input,
+        Limits,
+        Node,
+        Output,
+        Report,
+        Scene,
+        __version__,
+        adopt,
+        check,
+        convert,
+        diff,
+        format,
+        loads,
+        read,
+        readable_formats,
+        writable_formats,
+    )
     from .farm import batch, ops, scan
 
 __all__ = [
@@ -85,7 +84,8 @@ __all__ = [
     "writable_formats",
 ]
 
-# The modules of names that are imported with their first use, so that importing the package takes little time.
+# Every name is imported with its first use: a program that may need a scene starts as fast as without this package.
+_MODULES = ("farm", "typing", "usd")
 _HOMES = {
     **dict.fromkeys(
         ("ConversionError", "Diagnostic", "DiagnosticsError", "Error", "ParseError", "RemovedError"), "_errors"
@@ -93,20 +93,20 @@ _HOMES = {
     **dict.fromkeys(("Difference", "Loss"), "_results"),
     **dict.fromkeys(("Mat3", "Mat4", "Pos2", "Pos3", "Quat", "Rgba", "Vec2", "Vec3", "Vec4"), "_values"),
     **dict.fromkeys(("batch", "ops", "scan"), "farm"),
-}
+}  # the others are in the module in C++
 
 if not TYPE_CHECKING:
 
     def __getattr__(name: str) -> object:
         """The value of a public name that nobody has used yet."""
-        import importlib
+        import sys
 
-        if name in ("farm", "typing", "usd"):
-            return importlib.import_module(f".{name}", __name__)
-        if name not in _HOMES:
+        if name not in __all__:
             raise AttributeError(f"module {__name__!r} has no attribute {name!r}")
-        value = getattr(importlib.import_module(f".{_HOMES[name]}", __name__), name)
-        globals()[name] = value
+        home = name if name in _MODULES else _HOMES.get(name, "_vrn")
+        __import__(f"{__name__}.{home}")  # importing importlib takes longer
+        module = sys.modules[f"{__name__}.{home}"]
+        globals()[name] = value = module if home == name else getattr(module, name)
         return value
 
     def __dir__() -> list[str]:
