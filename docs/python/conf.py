@@ -2,12 +2,14 @@
 
 import importlib.metadata
 import importlib.util
+import json
 import pathlib
 import re
 import sys
 import types
 
 from docutils import nodes
+from myst_parser.parsers.sphinx_ import MystParser
 from pygments.lexers.special import TextLexer
 from sphinx.addnodes import pending_xref
 from sphinx.application import Sphinx
@@ -17,7 +19,8 @@ project = "vrn"
 version = release = importlib.metadata.version("vrn")
 extensions = ["myst_parser", "sphinx.ext.autodoc"]
 root_doc = "python/index"
-include_patterns = ["*.md", "python/*.md"]
+source_suffix = {".md": "markdown", ".ipynb": "notebook"}
+include_patterns = ["*.md", "python/*.md", "python/*.ipynb"]
 html_theme = "alabaster"
 html_theme_options = {"description": "VRN scenes in Python", "fixed_sidebar": True}
 html_show_copyright = False
@@ -53,6 +56,17 @@ def load_stub() -> None:
 load_stub()
 
 
+class NotebookParser(MystParser):
+    """Shows a notebook as a page, without outputs: none are stored."""
+
+    supported = ("notebook",)
+
+    def parse(self, text: str, document: nodes.document) -> None:
+        cells = ((cell["cell_type"], "".join(cell["source"])) for cell in json.loads(text)["cells"])
+        pieces = (f"```python\n{source}\n```" if kind == "code" else source for kind, source in cells)
+        super().parse("\n\n".join(pieces), document)
+
+
 def linked(app: Sphinx, env: BuildEnvironment, node: pending_xref, text: nodes.Element) -> nodes.Element | None:
     """A link for a name that is described by its public path: `vrn.Input` for `Input` and `vrn._vrn.Input`."""
     if node["refdomain"] != "py":
@@ -64,5 +78,6 @@ def linked(app: Sphinx, env: BuildEnvironment, node: pending_xref, text: nodes.E
 
 
 def setup(app: Sphinx) -> None:
+    app.add_source_parser(NotebookParser)
     app.add_lexer("vrn", TextLexer)
     app.connect("missing-reference", linked)
