@@ -57,7 +57,7 @@ load_stub()
 
 
 class NotebookParser(MystParser):
-    """Shows a notebook as a page, without outputs: none are stored."""
+    """Shows a notebook as a page, without outputs, which are not stored."""
 
     supported = ("notebook",)
 

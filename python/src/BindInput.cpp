@@ -295,12 +295,17 @@ void bindInput(nb::module_& m) {
         .def("__hash__", [](const InputReference& input) { return std::hash<const void*>()(input.address()); })
         .def("__repr__", [](const InputReference& input) { return str(description(input)); });
     nb::class_<Adopted>(m, "Adopted", "An array that a buffer takes over; see adopt().");
-    m.def(
-        "adopt", &adopt, nb::arg("array"), nb::sig("def adopt(array: typing.Any) -> Adopted"),
-        "Marks an array to be taken over by the buffer that it is assigned to: `node['points'] = vrn.adopt(array)`.\n\n"
-        "Its memory is not copied, so the array becomes read-only. Arrays that share its memory must not be written "
-        "any\n"
-        "more, either. The type of the array must be that of the buffer, in C order.");
+    m.def("adopt", &adopt, nb::arg("array"), nb::sig("def adopt(array: typing.Any) -> Adopted"),
+          "Marks an array to be taken over by the buffer that it is assigned to.\n\n"
+          "Its memory is not copied, so the array becomes read-only. Arrays that share its memory must not be written "
+          "any\n"
+          "more, either. The type of the array must be that of the buffer, in C order.\n\n"
+          ">>> import numpy\n"
+          ">>> points = numpy.zeros((8, 3), 'float32')\n"
+          ">>> node = vrn.read('city.vrn')['box']\n"
+          ">>> node['points'] = vrn.adopt(points)\n"
+          ">>> numpy.shares_memory(points, node['points'])\n"
+          "True");
 }
 
 } // namespace vrn::python
