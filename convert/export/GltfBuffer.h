@@ -21,8 +21,8 @@ public:
 
     // Add an accessor and return its index. addOwnFloats() and addJoints() keep the data themselves.
     vor::u32 addFloats(std::span<const float> numbers, vor::u32 components, Use use, bool hasBounds = false);
-    vor::u32 addOwnFloats(std::vector<float> numbers, vor::u32 components, Use use) {
-        return addFloats(floats_.emplace_back(std::move(numbers)), components, use);
+    vor::u32 addOwnFloats(std::vector<float> numbers, vor::u32 components, Use use, bool hasBounds = false) {
+        return addFloats(floats_.emplace_back(std::move(numbers)), components, use, hasBounds);
     }
     vor::u32 addAttribute(const NamedValues& attribute, Use use);
     vor::u32 addIndices(std::span<const vor::u32> indices);

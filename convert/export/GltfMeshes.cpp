@@ -75,13 +75,13 @@ GltfMeshes::Accessors GltfMeshes::addAccessors(const Geometry& geometry) {
     for (const NamedValues& attribute : geometry.attributes)
         accessors.attributes.emplace_back(attribute.name, buffer_.addAttribute(attribute, Vertices));
     for (const MorphTarget& target : geometry.targets)
-        accessors.targets.push_back(addTarget(target));
+        accessors.targets.push_back(addTarget(target, geometry.vertices()));
     if (!geometry.influences.empty())
         addSkin(geometry, accessors);
     return accessors;
 }
 
-GltfMeshes::Attributes GltfMeshes::addTarget(const MorphTarget& target) {
+GltfMeshes::Attributes GltfMeshes::addTarget(const MorphTarget& target, std::size_t vertices) {
     Attributes attributes;
     const auto add = [&](const char* name, const Values<float>& values, u32 components) {
         if (values.empty())
@@ -95,6 +95,9 @@ GltfMeshes::Attributes GltfMeshes::addTarget(const MorphTarget& target) {
     add("TANGENT", target.tangents, 3);
     add("TEXCOORD_0", target.coords, 2);
     add("COLOR_0", target.colors, target.colorComponents);
+    if (attributes.empty()) // which glTF does not allow; without the target, the weights would not match
+        attributes.emplace_back(
+            "POSITION", buffer_.addOwnFloats(std::vector<float>(3 * vertices), 3, GltfBuffer::Use::Vertices, true));
     return attributes;
 }
 

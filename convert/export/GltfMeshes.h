@@ -62,7 +62,7 @@ private:
     void addColors(const Geometry& geometry, std::span<const float> colors, const std::string& name,
                    Accessors& accessors);
     void addSkin(const Geometry& geometry, Accessors& accessors);
-    Attributes addTarget(const MorphTarget& target);
+    Attributes addTarget(const MorphTarget& target, std::size_t vertices);
     [[nodiscard]] bool hasJoints(const ModelNode& node, u32 geometry) const;
     u32 materialIndex(u32 material, const Geometry& geometry);
     u32 variantIndex(const MaterialVariant& variant);

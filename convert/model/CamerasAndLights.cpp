@@ -1,5 +1,6 @@
 #include "convert/model/CamerasAndLights.h"
 
+#include "convert/model/InputTypes.h"
 #include "convert/model/Inputs.h"
 #include "convert/model/NodeHierarchy.h"
 #include "scene/Scene.h"
@@ -110,6 +111,8 @@ Light readLight(const Node& node, Losses& losses) {
         light.color[i] = std::clamp(color[i], 0.0, 1.0);
     if (light.color != color)
         losses.add("colours of lights outside 0 to 1 (clamped)", node);
+    if (const Input* input = node.input("color"); input && hasFurtherComponents(input->value(), 3, true))
+        losses.add(furtherComponents, *input);
     light.intensity = reader.clampedNumber("intensity", 1, 0, maxFloat);
     light.range = reader.clampedNumber("range", 0, 0, maxFloat);
     if (light.kind == "spot") {

@@ -90,19 +90,31 @@ struct VectorInput {
     std::size_t components;
 };
 constexpr VectorInput vectorInputs[] = {
-    {"translation", 3}, {"rotation", 4},  {"scale", 3},      {"transform", 16}, {"position", 3},
-    {"lookAt", 3},      {"up", 3},        {"size", 2},       {"clip", 2},       {"direction", 3},
-    {"color", 3},       {"baseColor", 3}, {"bounds.min", 3}, {"bounds.max", 3}, {"emission.color", 3},
+    {"translation", 3}, {"rotation", 4}, {"scale", 3}, {"transform", 16}, {"position", 3},   {"lookAt", 3},
+    {"up", 3},          {"size", 2},     {"clip", 2},  {"direction", 3},  {"bounds.min", 3}, {"bounds.max", 3},
 };
+
+InputUse vectorOf(std::size_t components) {
+    return {.taken = Taken::Components, .components = components, .most = components};
+}
+
+InputUse colorWith(std::size_t most) {
+    return {.taken = Taken::Components, .components = 3, .most = most, .isColor = true};
+}
+
+void addColors(InputUses& uses) {
+    uses["baseColor"] = colorWith(4);
+    uses["color"] = colorWith(4); // of a light as well, which has no alpha
+    uses["emission.color"] = colorWith(3);
+}
 
 void addMaterials(InputUses& uses) {
     for (const MaterialNumber& number : materialNumbers)
-        uses[number.input] =
-            number.components > 1 ? InputUse{Taken::Components, number.components} : InputUse{.taken = Taken::Number};
+        uses[number.input] = number.components == 3 ? colorWith(3) : InputUse{.taken = Taken::Number};
     for (const MaterialMap& map : materialMaps) {
         const std::string xform = map.xform;
         uses[map.input] = {.taken = Taken::Link};
-        uses[xform + ".offset"] = uses[xform + ".scale"] = {.taken = Taken::Components, .components = 2};
+        uses[xform + ".offset"] = uses[xform + ".scale"] = vectorOf(2);
         uses[xform + ".rotation"] = uses[xform + ".uvset"] = {.taken = Taken::Number};
         if (map.factor)
             uses[map.factorInput] = {.taken = Taken::Number};
@@ -121,7 +133,8 @@ InputUses makeUses() {
     add(bufferInputs, Taken::Buffer);
     add(linkInputs, Taken::Link);
     for (const VectorInput& input : vectorInputs)
-        uses.emplace(input.pattern, InputUse{.taken = Taken::Components, .components = input.components});
+        uses.emplace(input.pattern, vectorOf(input.components));
+    addColors(uses);
     addMaterials(uses);
     return uses;
 }
@@ -136,7 +149,7 @@ bool fits(const Input& input, const InputUse& use) {
     case Taken::Number:
         return type == AttrType::Real || type == AttrType::Int || type == AttrType::UInt;
     case Taken::Components:
-        return input.value().components().size() >= use.components;
+        return !firstComponents(input.value(), use.components).empty();
     case Taken::Buffer:
         return type == AttrType::Buffer;
     case Taken::Link:
@@ -163,6 +176,26 @@ bool hasNothing(const Input& input) {
 bool hasWrongType(const Input& input, std::string_view pattern) {
     const auto use = inputUses().find(pattern);
     return use != inputUses().end() && !hasNothing(input) && !fits(input, use->second);
+}
+
+std::span<const double> firstComponents(const AttrData& value, std::size_t count) {
+    const std::span<const double> all = value.components();
+    const bool isMatrix = value.type() == AttrType::Mat3 || value.type() == AttrType::Mat4;
+    return all.size() < count || (isMatrix && all.size() > count) ? std::span<const double>() : all.first(count);
+}
+
+bool hasFurtherComponents(const AttrData& value, std::size_t count, bool isColor) {
+    const std::span<const double> all = value.components();
+    if (firstComponents(value, count).empty() || all.size() == count)
+        return false;
+    const bool isAlpha = all.size() == 4 && count == 3 && (isColor || value.type() == AttrType::Rgba);
+    return !isAlpha || all[3] != 1;
+}
+
+bool losesComponents(const Input& input, std::string_view pattern) {
+    const auto use = inputUses().find(pattern);
+    return use != inputUses().end() && use->second.taken == Taken::Components &&
+           hasFurtherComponents(input.value(), use->second.most, use->second.isColor);
 }
 
 bool takesLink(std::string_view pattern) {

@@ -113,6 +113,11 @@ template <class T> std::optional<Values<u32>> convertIndices(std::span<const T> 
         return Values<u32>(std::vector<u32>(numbers.begin(), numbers.end()));
 }
 
+// Whether the elements are colours, but not as red, green and blue.
+bool areHues(DataType type) {
+    return type == DataType::Hsvf || type == DataType::Hsvd || type == DataType::Hslf || type == DataType::Hsld;
+}
+
 // Whether the elements of an attribute are matrices although they have four components.
 bool readMatrices(const Input& matrices, u32 components, Losses& losses) {
     const bool areMatrices = matrices.type() == AttrType::Bool && matrices.value().asBool();
@@ -174,12 +179,12 @@ std::string InputReader::text(std::string_view path) const {
 
 void InputReader::readNumbers(std::string_view path, std::span<double> numbers) const {
     const Input* input = find(path);
-    if (!input || input->value().components().size() < numbers.size())
+    if (!input)
         return;
-    const std::span<const double> components = input->value().components();
+    const std::span<const double> components = firstComponents(input->value(), numbers.size());
     if (const auto bad = std::ranges::find_if_not(components, fitsFloat); bad != components.end())
         return losses_.add(floatProblem(*bad), *input);
-    std::ranges::copy(components.first(numbers.size()), numbers.begin());
+    std::ranges::copy(components, numbers.begin());
 }
 
 const Node* InputReader::node(std::string_view path) const { return linkedNode(find(path)); }
@@ -193,6 +198,10 @@ Values<float> readFloats(const Input* input, u32 components, Losses& losses) {
     if (!input || input->value().count() == 0)
         return {};
     const ElementLayout layout = elementLayout(input->dataType());
+    if (areHues(input->dataType())) {
+        losses.add(wrongType, *input);
+        return {};
+    }
     if (layout.components == components && layout.componentType == DataType::Float)
         return Values<float>(input->value().elements<float>());
     if (layout.components != components || layout.componentType != DataType::Double) {
@@ -279,6 +288,8 @@ void addUnreadInputs(const Node& node, const InputPatterns& known, Losses& losse
             losses.add("links in place of values", *input);
         else if (isWrong)
             losses.add(wrongType, *input);
+        else if (isValue && losesComponents(*input, pattern))
+            losses.add(furtherComponents, *input);
         if (isList)
             push(input->children(), pattern + (reading == Reading::Object ? "." : "[]"));
     }

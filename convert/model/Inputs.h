@@ -49,7 +49,9 @@ private:
     Losses& losses_;
 };
 
-inline constexpr const char* outsideUnitInterval = "numbers outside 0 to 1 (clamped)"; // a loss
+// Losses.
+inline constexpr const char* outsideUnitInterval = "numbers outside 0 to 1 (clamped)";
+inline constexpr const char* furtherComponents = "further components of vectors and colours";
 
 // The name of a node in other formats: its input `name`, or if it is empty or missing, its identifier.
 [[nodiscard]] String displayName(const Node& node);
@@ -71,7 +73,8 @@ using InputPatterns = std::set<std::string, std::less<>>;
 [[nodiscard]] InputPatterns operator+(InputPatterns a, const InputPatterns& b);
 
 // Adds a loss for each input that matches no pattern and is neither empty nor at its default value, and for each that
-// matches one, or contains what does, but has a value of the wrong type or a link where a value is read.
+// matches one, or contains what does, but has a value of the wrong type, a link where a value is read, or more
+// components than are read.
 void addUnreadInputs(const Node& node, const InputPatterns& known, Losses& losses);
 
 } // namespace vrn::convert

@@ -66,6 +66,13 @@ u32 readTexture(ExportContext& context, const Node& node) {
 
 namespace {
 
+u32 readUvsetNumber(const InputReader& reader, const std::string& path, Losses& losses) {
+    const double number = reader.clampedNumber(path, 0, 0, 65535);
+    if (number != std::floor(number))
+        losses.add("fractions of the numbers of uvsets", *reader.find(path));
+    return static_cast<u32>(number);
+}
+
 // The texture that the input `name` is connected to. `xform` is the object that says how it lies on the mesh.
 TextureUse readMap(ExportContext& context, const InputReader& reader, const char* name, const MaterialMap& map) {
     const std::string xform = map.xform;
@@ -76,7 +83,7 @@ TextureUse readMap(ExportContext& context, const InputReader& reader, const char
         use.offset = reader.numbers<2>(xform + ".offset", {0, 0});
         use.scale = reader.numbers<2>(xform + ".scale", {1, 1});
         use.rotation = reader.number(xform + ".rotation", 0) * radiansPerDegree;
-        use.uvset = static_cast<u32>(reader.clampedNumber(xform + ".uvset", 0, 0, 65535));
+        use.uvset = readUvsetNumber(reader, xform + ".uvset", context.losses);
         use.factor = map.factor ? reader.number(map.factorInput, 1) : 1;
         if (input->connection() && input->connection()->name() != "outColor")
             context.losses.add("connections to texture outputs other than outColor", *input);
@@ -88,11 +95,10 @@ std::array<double, 4> readBaseColor(const Node& node, const InputReader& reader,
     const char* name = reader.has("baseColor") ? "baseColor" : "color";
     std::array<double, 4> color = {1, 1, 1, 1};
     const Input* input = node.input(name);
-    if (input && input->value().components().size() == 3) {
+    if (input && input->value().components().size() == 3)
         std::ranges::copy(reader.numbers<3>(name, {1, 1, 1}), color.begin());
-    } else {
+    else
         color = reader.numbers<4>(name, color);
-    }
     const std::array<double, 4> unclamped = color;
     for (double& component : color)
         component = std::clamp(component, 0.0, 1.0);

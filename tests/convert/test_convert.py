@@ -542,6 +542,60 @@ class ToGltf(Converting):
             "durations of animations other than the time of the last key: 1 (a)",
         )
 
+    def test_components_beyond_those_of_an_input(self):
+        further = "further components of vectors and colours: 1 (%s)"
+        wrong = "values of the wrong type: 1 (%s)"
+        material = "m.material |= r.outColor; material r; "
+        mapped = TRIANGLE + "m.uvsets[*].coords = vec2f[3] {0 0 1 0 0 1};" + material + 'r.baseColorMap |= t.outColor; texture t; t.file = "a.png"; r.baseColorXform.'
+        for text, lost in (
+            ("group g; g.translation = vec4(1 2 3 4);", further % "g.translation"),
+            ("group g; g.scale = vec4(1 2 3 1);", further % "g.scale"),
+            ("group g; g.scale = quat(1 2 3 1);", further % "g.scale"),
+            ("group g; g.translation = vec4(1 2 3 inf);", further % "g.translation"),
+            ("group g; g.scale = mat3(1 2 3 4 5 6 7 8 9);", wrong % "g.scale"),
+            ("group g; g.rotation = mat3(1 0 0 0 1 0 0 0 1);", wrong % "g.rotation"),
+            ("camera c; c.position = vec4(1 2 3 4); c.lookAt = pos3(1 2 0);", further % "c.position"),
+            ("camera c; c.clip = vec3(1 2 3);", further % "c.clip"),
+            ("light l; l.color = rgba(1 1 0 0.5);", further % "l.color"),
+            ("light l; l.color = vec4(1 1 0 1);", None),
+            ("light l; l.color = rgba(1 1 0 1);", None),
+            ("light l; l.direction = vec4(0 1 0 1);", further % "l.direction"),
+            (TRIANGLE + material + "r.emission.color = rgba(1 1 0 0.5);", further % "r.emission.color"),
+            (TRIANGLE + material + "r.emission.color = rgba(1 1 0);", None),
+            (TRIANGLE + material + "r.sheen.color = vec4(1 1 0 0);", further % "r.sheen.color"),
+            (TRIANGLE + material + "r.sheen.color = rgba(1 1 0 1);", None),
+            (TRIANGLE + material + "r.baseColor = mat4(1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1);", wrong % "r.baseColor"),
+            (mapped + "offset = vec3(0 1 2);", further % "r.baseColorXform.offset"),
+            (mapped + "uvset = 0.5;", "fractions of the numbers of uvsets: 1 (r.baseColorXform.uvset)"),
+        ):
+            with self.subTest(text):
+                self.assertEqual(self.convert_text(text), [lost] if lost else [])
+        self.assertEqual(self.to_gltf("group g; g.scale = mat3(1 2 3 4 5 6 7 8 9);", wrong % "g.scale")["nodes"],
+                         [{"name": "g"}])
+        node = self.to_gltf("group g; g.translation = vec4(1 2 3 inf);", further % "g.translation")["nodes"][0]
+        self.assertEqual(node["translation"], [1, 2, 3])
+
+    def test_alpha_of_base_colours(self):
+        for name in ("baseColor", "color"):
+            for value, color in (
+                ("rgba(1 0.5 0 0.25)", [1, 0.5, 0, 0.25]),
+                ("vec4(1 0.5 0 0.25)", [1, 0.5, 0, 0.25]),
+                ("vec3(1 0.5 0)", [1, 0.5, 0, 1]),
+            ):
+                with self.subTest(name, value=value):
+                    gltf = self.to_gltf(TRIANGLE + f"m.material |= r.outColor; material r; r.{name} = {value};")
+                    self.assertEqual(gltf["materials"][0]["pbrMetallicRoughness"]["baseColorFactor"], color)
+
+    def test_morph_targets_without_attributes(self):
+        gltf = self.to_gltf(TRIANGLE + 'm.targets[*].name = "a"; m.weights = float[1] {0.5};')
+        target = gltf["meshes"][0]["primitives"][0]["targets"][0]
+        self.assertEqual(gltf["accessors"][target["POSITION"]]["max"], [0, 0, 0])
+
+    def test_buffers_of_hues(self):
+        wrong = "values of the wrong type: 1 (m.targets[0].colors)"
+        self.to_gltf(TRIANGLE + "m.colors = rgbaf[3] {1 1 1 1 1 1 1 1 1 1 1 1};\n"
+                     "m.targets[*].colors = hsvf[3] {0.5 1 1 0.5 1 1 0.5 1 1};", wrong)
+
     def test_texture_uris(self):
         text = (
             TRIANGLE + "m.uvsets[*].coords = vec2f[3] {0 0 1 0 0 1}; m.material |= r.outColor; material r;\n"
