@@ -202,14 +202,22 @@ u64 AttrData::blockSize() const noexcept {
     return store_.block.count * unit;
 }
 
+// A zero-filled block; null if it has no bytes.
+static void* zeros(u64 size) {
+    if (size == 0)
+        return nullptr;
+    void* memory = std::calloc(size, 1);
+    if (!memory)
+        throw std::bad_alloc();
+    if (size >= 2 * largePage)
+        preferLargePages(memory, size);
+    return memory;
+}
+
 // Allocates the zero-filled block of a value.
 void AttrData::allocate(u64 count) {
     store_.block.count = count;
-    const u64 size = blockSize();
-    if (size != 0 && !(store_.block.memory = std::calloc(size, 1)))
-        throw std::bad_alloc();
-    if (size >= 2 * largePage)
-        preferLargePages(store_.block.memory, size);
+    store_.block.memory = zeros(blockSize());
 }
 
 // The owners of the block, if there are several, for a copy that becomes one of them.
@@ -242,11 +250,12 @@ bool AttrData::endSharing() noexcept {
 
 // Leaves the block to its other owners. The new one has the first `count` elements and zeros for missing ones.
 void AttrData::replaceByCopy(u64 count) {
-    AttrData copy = buffer(dataType(), count);
-    const u64 size = std::min(blockSize(), copy.blockSize());
-    if (size != 0)
-        std::memcpy(copy.store_.block.memory, store_.block.memory, size);
-    *this = std::move(copy);
+    const u64 size = count * elementLayout(dataType()).elementSize();
+    void* copy = zeros(size);
+    if (const u64 kept = std::min(blockSize(), size); kept != 0)
+        std::memcpy(copy, store_.block.memory, kept);
+    leaveOwners();
+    store_.block = {copy, count, nullptr};
 }
 
 bool operator==(const AttrData& a, const AttrData& b) noexcept {
