@@ -81,7 +81,7 @@ struct EditOptions {
     SceneLimits limits{};
 };
 
-// For each edit, takes the time and memory of reading the text twice. Throws std::bad_alloc.
+// Takes the time of reading the text once, and once more for each edit; and the memory of two scenes. Throws std::bad_alloc.
 [[nodiscard]] VRN_API EditResult editVrn(const String& text, std::span<const Edit> edits,
                                          const EditOptions& options = {});
 

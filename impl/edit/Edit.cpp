@@ -1,41 +1,33 @@
 #include "impl/Edit.h"
 
+#include "impl/edit/Lines.h"
 #include "impl/edit/PieceTable.h"
 #include "impl/edit/SingleEdit.h"
 
-#include <algorithm>
-
 namespace vor::velmo_sdk::impl {
 
-namespace {
-
-// The positions of some offsets, in order.
-std::vector<TextPosition> positionsOf(std::string_view text, std::vector<std::size_t> offsets) {
-    std::ranges::sort(offsets);
-    std::vector<TextPosition> positions;
-    std::size_t lineBegin = 0;
-    i32 line = 1;
-    for (const std::size_t offset : offsets) {
-        for (std::size_t end = text.find('\n', lineBegin); end < offset; end = text.find('\n', lineBegin)) {
-            lineBegin = end + 1;
-            ++line;
-        }
-        positions.push_back({line, static_cast<i32>(offset - lineBegin + 1)});
-    }
-    return positions;
+static std::unique_ptr<EditableText> readForEdits(const String& text, const EditOptions& options) {
+    auto read = std::make_unique<EditableText>(text, options);
+    if (const std::vector<Finding>& fatal = read->statements.fatal(); !fatal.empty())
+        throw Refused{String::format(refusals::unreadable, fatal.front().text.buf()),
+                      Lines(text).offsetOf(fatal.front().position)};
+    return read;
 }
-
-} // namespace
 
 EditResult editVrn(const String& text, std::span<const Edit> edits, const EditOptions& options) {
     PieceTable table(text);
+    std::unique_ptr<EditableText> current; // what the edits so far have led to
     for (std::size_t i = 0; i < edits.size(); ++i) {
         try {
-            table.apply(SingleEdit(std::string_view(table.text()), options).make(edits[i]));
+            if (i == 0)
+                current = readForEdits(text, options);
+            SingleEdit::Made made = SingleEdit(*current, options).make(edits[i], i + 1 == edits.size());
+            table.apply(made.changes);
+            current = std::move(made.text);
         } catch (Refused& refused) {
             for (std::size_t& place : refused.places)
                 place = table.oldOffset(place);
-            return {{}, EditRefusal{i, refused.reason, positionsOf(text, std::move(refused.places))}};
+            return {{}, EditRefusal{i, refused.reason, Lines(text).positionsOf(std::move(refused.places))}};
         }
     }
     return {table.changes()};

@@ -1,78 +1,12 @@
 #include "impl/edit/Layout.h"
 
+#include "impl/edit/Lines.h"
+
 #include <algorithm>
 
 namespace vor::velmo_sdk::impl {
 
 namespace {
-
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-
-bool isLineBreak(char c) noexcept { return c == '\n' || c == '\r'; }
-bool isBlankInLine(char c) noexcept { return c == ' ' || c == '\t'; }
-
-// The lines of a text, which end with LF, CR or both.
-class Lines {
-public:
-    explicit Lines(std::string_view text) noexcept : text_(text) {}
-
-    // Where the line of a character begins.
-    [[nodiscard]] std::size_t beginOf(std::size_t at) const noexcept {
-        while (at != 0 && !isLineBreak(text_[at - 1]))
-            --at;
-        return at == 0 && text_.starts_with(byteOrderMark) ? byteOrderMark.size() : at;
-    }
-    // Where the blanks before or after a place in a line begin or end.
-    [[nodiscard]] std::size_t beforeBlanks(std::size_t at) const noexcept {
-        while (at != 0 && isBlankInLine(text_[at - 1]))
-            --at;
-        return at;
-    }
-    [[nodiscard]] std::size_t afterBlanks(std::size_t at) const noexcept {
-        while (at < text_.size() && isBlankInLine(text_[at]))
-            ++at;
-        return at;
-    }
-    [[nodiscard]] bool endsAt(std::size_t at) const noexcept { return at == text_.size() || isLineBreak(text_[at]); }
-    [[nodiscard]] bool isComment(std::size_t at) const noexcept { return at < text_.size() && text_[at] == '#'; }
-
-    // The place after the line break at a place, and before the one that ends there; the place itself without one.
-    [[nodiscard]] std::size_t afterBreak(std::size_t at) const noexcept {
-        if (text_.substr(at).starts_with("\r\n"))
-            return at + 2;
-        return at + (at < text_.size() && isLineBreak(text_[at]) ? 1 : 0);
-    }
-    [[nodiscard]] std::size_t beforeBreak(std::size_t at) const noexcept {
-        if (text_.substr(0, at).ends_with("\r\n"))
-            return at - 2;
-        return at - (at != 0 && isLineBreak(text_[at - 1]) ? 1 : 0);
-    }
-
-    [[nodiscard]] bool isEnd(std::size_t at) const noexcept { return at == text_.size(); }
-
-    // Whether the line that begins at a place consists of blanks.
-    [[nodiscard]] bool isBlank(std::size_t begin) const noexcept {
-        const std::size_t end = afterBlanks(begin);
-        return endsAt(end) && afterBreak(end) != end;
-    }
-
-    // Whether nothing but blanks is before a place in its line.
-    [[nodiscard]] bool isFirst(std::size_t at) const noexcept { return beforeBlanks(at) <= beginOf(at); }
-
-    [[nodiscard]] std::string_view indentationOf(std::size_t at) const noexcept {
-        const std::size_t begin = std::max(beforeBlanks(at), beginOf(at));
-        return text_.substr(begin, at - begin);
-    }
-
-    // The line break that the text uses, by its first one.
-    [[nodiscard]] std::string_view lineBreak() const noexcept {
-        const auto first = static_cast<std::size_t>(std::ranges::find_if(text_, isLineBreak) - text_.begin());
-        return first == text_.size() ? "\n" : text_.substr(first, afterBreak(first) - first);
-    }
-
-private:
-    std::string_view text_;
-};
 
 // The blanks between the parts of an assignment.
 struct Gaps {
@@ -131,9 +65,9 @@ std::string dottedIndentation(const Statements& statements) {
 
 // The statements from `i` on that are removed and follow each other on one line.
 std::size_t endOfGroup(const Statements& statements, std::span<const std::size_t> removed, std::size_t i) {
+    const Lines lines(statements.text());
     const auto areTogether = [&](std::size_t a, std::size_t b) {
-        const Span between{statements.all()[a].all.end, statements.all()[b].all.begin};
-        return a + 1 == b && std::ranges::none_of(between.of(statements.text()), isLineBreak);
+        return a + 1 == b && lines.breaksIn(statements.all()[a].all.end, statements.all()[b].all.begin) == 0;
     };
     while (i + 1 < removed.size() && areTogether(removed[i], removed[i + 1]))
         ++i;
@@ -204,16 +138,15 @@ TextChange appendDeclaration(const Statements& statements, std::string_view type
     std::size_t breaks = endsInColon ? 2 : 1;
     if (last != all.rend()) {
         auto first = all.rend() - last - 1;
-        const auto blankLines = [&](std::ptrdiff_t i) {
+        const auto breaksBefore = [&](std::ptrdiff_t i) {
             const auto index = static_cast<std::size_t>(i);
-            const std::string_view gap = Span{all[index - 1].all.end, all[index].all.begin}.of(statements.text());
-            return static_cast<std::size_t>(std::ranges::count(gap, lineBreak.back()));
+            return lines.breaksIn(all[index - 1].all.end, all[index].all.begin);
         };
         while (first > 0 && all[static_cast<std::size_t>(first) - 1].kind == StatementKind::Comment &&
-               blankLines(first) == 1)
+               breaksBefore(first) == 1)
             --first;
         if (first > 0)
-            breaks = std::clamp<std::size_t>(blankLines(first), 1, 2);
+            breaks = std::clamp<std::size_t>(breaksBefore(first), 1, 2);
     }
     for (; breaks > 0; --breaks)
         text.insert(0, lineBreak);

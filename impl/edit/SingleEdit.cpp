@@ -29,16 +29,6 @@ String shown(const String& text) {
     return quoted(text, maxLength);
 }
 
-// The offset of a position in the text.
-std::vector<std::size_t> offsetOf(std::string_view text, TextPosition position) {
-    if (position.line < 1 || position.column < 1)
-        return {};
-    std::size_t begin = 0;
-    for (i32 line = 1; line < position.line; ++line)
-        begin = text.find('\n', begin) + 1;
-    return {std::min(begin + static_cast<std::size_t>(position.column) - 1, text.size())};
-}
-
 std::string withoutBlanks(std::string_view text) {
     std::string result(text);
     std::erase_if(result, [](char c) { return isIn(c, blankChar); });
@@ -53,9 +43,12 @@ bool isBelow(std::string_view label, std::string_view above) noexcept {
            (label[above.size()] == '.' || label[above.size()] == '[');
 }
 
-// The input of a path without blanks, or null.
+Input* nameIn(const Node& node, const Input* parent, const String& name) {
+    return parent ? parent->input(name) : node.input(name);
+}
+
+// The input of a path without blanks, or null. Within a NameMapScope, former names lead to inputs as well.
 Input* findInput(const Scene& scene, std::string_view path) {
-    const NameMapScope names(&scene);
     const Node* node = scene.findNode(nodeNameOf(path));
     Input* input = nullptr;
     for (std::size_t at = nodeNameOf(path).size(); node && at < path.size();) {
@@ -66,7 +59,7 @@ Input* findInput(const Scene& scene, std::string_view path) {
         if (isIndex)
             input = input && String::parse(word, index) ? input->element(index) : nullptr;
         else
-            input = input ? input->input(word) : node->input(updateInputName(node->type(), word));
+            input = nameIn(*node, input, updateInputName(node->type(), word));
         if (!input)
             return nullptr;
         at = end + (isIndex ? 1 : 0);
@@ -83,40 +76,26 @@ void refuseFindings(const Statements& statement) {
 
 } // namespace
 
-SingleEdit::SingleEdit(const String& text, const EditOptions& options)
-    : options_(options), statements_((prepare(expected_), text), expected_) {
-    if (!statements_.fatal().empty()) {
-        const Finding& error = statements_.fatal().front();
-        throw Refused{String::format(refusals::unreadable, error.text.buf()), offsetOf(text, error.position)};
-    }
+SingleEdit::Made SingleEdit::make(const Edit& edit, bool isLast) {
+    Made made{.changes = changesFor(edit)};
+    made.text = verify(edit, made.changes, isLast);
+    return made;
 }
 
-void SingleEdit::prepare(Scene& scene) const {
-    scene.setCatalogue(options_.catalogue);
-    scene.setLimits(options_.limits);
-}
-
-std::vector<TextChange> SingleEdit::make(const Edit& edit) {
-    Changes changes;
+SingleEdit::Changes SingleEdit::changesFor(const Edit& edit) {
     switch (edit.kind) {
     case Edit::Kind::Set:
-        changes = assign(edit, "=");
-        break;
+        return assign(edit, "=");
     case Edit::Kind::Link:
-        changes = assign(edit, "|=");
-        break;
+        return assign(edit, "|=");
     case Edit::Kind::Add:
-        changes = add(edit);
-        break;
+        return add(edit);
     case Edit::Kind::Rename:
-        changes = rename(edit);
-        break;
+        return rename(edit);
     case Edit::Kind::Remove:
-        changes = remove(edit);
         break;
     }
-    verify(edit, changes);
-    return changes;
+    return remove(edit);
 }
 
 // The statement that the edit asks for is read into the expected scene, as if it were the last one of the text.
@@ -130,12 +109,14 @@ SingleEdit::Changes SingleEdit::assign(const Edit& edit, std::string_view sign) 
     const Statement& asked = read.all()[0];
     const std::string path = withoutBlanks(asked.path.of(read.text()));
     const std::string_view name = nodeNameOf(path);
-    const Input& input = *findInput(expected_, std::string(name) + asked.input.buf());
+    const Input* input = findInput(expected_, std::string(name) + asked.input.buf());
+    if (!input)
+        refuse({}, refusals::noInput, shown(edit.target).buf());
     std::string value(asked.value.of(read.text()));
     if (asked.kind == StatementKind::Value)
-        value = spelling(input.value(), value);
+        value = spelling(input->value(), value);
     const u32 node = statements_.nodeOf(name);
-    if (const Statement* old = effective(node, asked, input.type()))
+    if (const Statement* old = effective(node, asked, input->type()))
         return {{old->value.begin, old->value.end - old->value.begin, value}};
     return {insertAssignment(statements_, lastOf(node), path, sign, value)};
 }
@@ -144,7 +125,8 @@ AttrType SingleEdit::typeOf(std::string_view value) const {
     Scene scene; // without the catalogue, which may give the input a type
     scene.setLimits(options_.limits);
     const Statements read(String("t n; n.x = ") + value + ";", scene);
-    return scene.findNode("n")->input("x")->type();
+    const Input* input = findInput(scene, "n.x");
+    return input ? input->type() : AttrType::Null;
 }
 
 // The value as the user spelled it, unless the input has another type: then what it was converted to.
@@ -208,16 +190,21 @@ void SingleEdit::refuseIfNamed(const String& name, bool isType) const {
         refuse(std::move(places), refusals::nameInUse, shown(name).buf());
 }
 
+const Node& SingleEdit::nodeNamed(const String& name) const {
+    const Node* node = expected_.findNode(name);
+    if (!node)
+        refuse({}, refusals::noNode, shown(name).buf());
+    return *node;
+}
+
 SingleEdit::Changes SingleEdit::rename(const Edit& edit) {
     const String& name = edit.target;
+    const bool isType = nodeNamed(name).isDefinition();
     const u32 node = statements_.nodeOf(name);
-    if (node == Statement::noNode)
-        refuse({}, refusals::noNode, shown(name).buf());
     if (!isIdentifier(edit.value))
         refuse({}, refusals::notName, shown(edit.value).buf());
     if (name == edit.value)
         return {};
-    const bool isType = expected_.findNode(name)->isDefinition();
     refuseIfNamed(edit.value, isType);
     expected_.renameNode(name, edit.value);
     Changes changes;
@@ -233,20 +220,18 @@ SingleEdit::Changes SingleEdit::rename(const Edit& edit) {
 
 SingleEdit::Changes SingleEdit::remove(const Edit& edit) {
     const std::string path = withoutBlanks(edit.target);
-    if (path.find('.') == std::string::npos) {
-        const u32 node = statements_.nodeOf(path);
-        if (node == Statement::noNode)
-            refuse({}, refusals::noNode, shown(edit.target).buf());
-        return removeNode(std::string_view(path), node);
-    }
+    if (path.find('.') == std::string::npos)
+        return removeNode(std::string_view(path));
+    const NameMapScope names(&expected_);
     Input* input = findInput(expected_, path);
     if (!input)
         refuse({}, refusals::noInput, shown(edit.target).buf());
     return removeInput(input);
 }
 
-SingleEdit::Changes SingleEdit::removeNode(const String& name, u32 node) {
-    const bool isType = expected_.findNode(name)->isDefinition();
+SingleEdit::Changes SingleEdit::removeNode(const String& name) {
+    const bool isType = nodeNamed(name).isDefinition();
+    const u32 node = statements_.nodeOf(name);
     auto users = mentionsIf([&](const Mention& each, std::string_view word) {
         const bool isUse = each.role == MentionRole::Link || (each.role == MentionRole::Type && isType);
         return isUse && word == name.view() && statements_.all()[each.statement].node != node;
@@ -296,33 +281,47 @@ SingleEdit::Changes SingleEdit::removeInput(Input* input) {
 }
 
 // Reads the new text and compares its scene with the expected one.
-void SingleEdit::verify(const Edit& edit, const Changes& changes) const {
-    Statements::Counts counts = statements_.counts();
-    Scene actual;
-    prepare(actual);
-    std::vector<String> added;
-    const auto count = [&](const LogRecord& record) {
-        u64& left = counts[record.format];
-        if (left == 0)
-            added.push_back(record.text);
-        else
-            --left;
-    };
-    {
-        const ScopedLogSink sink(count, Notices::Yes);
-        try {
-            (void)parseString(&actual, std::string_view(changedText(statements_.text(), changes)));
-        } catch (const ReadError& error) {
-            added.emplace_back(error.what());
-        }
+std::unique_ptr<EditableText> SingleEdit::verify(const Edit& edit, const Changes& changes, bool isLast) const {
+    const String text = std::string_view(changedText(statements_.text(), changes));
+    std::unique_ptr<EditableText> next;
+    Scene last;
+    if (isLast) {
+        refuseNewFindings(readOnly(text, last));
+    } else {
+        next = std::make_unique<EditableText>(text, options_);
+        refuseNewFindings(next->statements.findings());
+        refuseNewFindings(next->statements.fatal());
     }
-    if (!added.empty())
-        refuse({}, refusals::newDiagnostic, added.front().buf());
-    const std::optional<String> different = firstDifference(expected_, actual);
+    const std::optional<String> different = firstDifference(expected_, next ? next->scene : last);
     if (!different)
-        return;
+        return next;
     const bool isTarget = edit.kind != Edit::Kind::Add && *different == withoutBlanks(edit.target);
     refuse(placesOf(*different), isTarget ? refusals::changesValue : refusals::changesMore, shown(*different).buf());
+}
+
+// What the reader says about a text, without its statements, which takes longer.
+std::vector<Finding> SingleEdit::readOnly(const String& text, Scene& scene) const {
+    std::vector<Finding> findings;
+    const ScopedLogSink sink(
+        [&](const LogRecord& record) {
+            findings.push_back({record.text, record.position, record.format});
+        },
+        Notices::Yes);
+    EditableText::prepare(scene, options_);
+    try {
+        (void)parseString(&scene, text);
+    } catch (const ReadError& error) {
+        findings.push_back({error.what(), error.position()});
+    }
+    return findings;
+}
+
+// Refuses kinds of findings that are more frequent than they were.
+void SingleEdit::refuseNewFindings(const std::vector<Finding>& findings) const {
+    Statements::Counts left = statements_.counts();
+    for (const Finding& each : findings)
+        if (left[each.kind]-- == 0)
+            refuse({}, refusals::newDiagnostic, each.text.buf());
 }
 
 // The last assignment of an input, or else the first statement of its node.

@@ -57,7 +57,7 @@ private:
     using Places = std::span<const RecordingLexer::Place>;
 
     void note(const LogRecord& record) {
-        result_.findings_.push_back({record.text, record.position});
+        result_.findings_.push_back({record.text, record.position, record.format});
         ++result_.counts_[record.format];
         hasError_ = hasError_ || record.severity == LogSeverity::Error;
     }

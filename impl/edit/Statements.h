@@ -47,6 +47,7 @@ struct Mention {
 struct Finding {
     String text;
     TextPosition position;
+    const char* kind = nullptr; // the format of a diagnostic
 };
 
 // The path of an input without its node, such as `.uvsets[0].name`.

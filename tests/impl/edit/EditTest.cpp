@@ -299,6 +299,40 @@ TEST(Edit, readsWithACatalogue) {
            "no statement creates 'a.x'; it comes from a definition, the catalogue or a later index (1,1)");
 }
 
+// An input may have a name that was the former name of another one.
+TEST(Edit, findsInputsWhoseNameLeadsToAnother) {
+    EditOptions options;
+    options.catalogue = std::make_shared<const Catalogue>(readCatalogue(
+        R"({"types": {"t": {"inputs": {"x": {"type": "Real", "default": 2}, "y": {"type": "Int", "optional": true}},
+            "renamedInputs": {"old": "x", "x": "y"}}}})"));
+    EXPECT_EQ(edited("t a;", "set a.old 3", options), "t a;\na.old = 3.0;");
+    EXPECT_EQ(edited("t a; a.old = 1.0; a.x = 1;", "set a.old 3", options), "t a; a.old = 3.0; a.x = 1;");
+    EXPECT_EQ(edited("t a; a.o.old = 1;", "remove a.o.old", options), "t a;");
+}
+
+// Several edits are read with their statements, the last one only for its scene.
+TEST(Edit, checksEachOfSeveralEdits) {
+    expectEdits({
+        {"t a; a.x = 1;", "set a.x 2\nset a.x 3\nset a.x 4", "t a; a.x = 4;"},
+        {"t a;", "add t b\nset a.n b\nrename b c\nset c.x 1", "t a;\na.n = c;\nt c;\nc.x = 1;"},
+        {"define d; d.x = 1;\nd a;", "set a.y 1\nset d.x 2\nset a.z 1", "the edit would also change 'a.x' (2,1)"},
+        {"define d; d a;", "set a.x 1\nrename d with\nset a.x 2",
+         "the edit would lead to a new diagnostic: there is no node a to go on with; a new one of type with is made"},
+        {"t a; a.x = \"no\"; a.x = 1;", "set a.y 1\nset a.y 2", "t a; a.x = \"no\"; a.x = 1; a.y = 2;"},
+    });
+}
+
+// A carriage return ends a line like a line feed, but only line feeds count for positions.
+TEST(Edit, takesEachKindOfLineEnd) {
+    expectEdits({
+        {"t a;\r\n\r\nt b;\r\rt c;\r", "add t d", "t a;\r\n\r\nt b;\r\rt c;\r\n\r\nt d;\r"},
+        {"t a;\r\n\r\nt b;\rt c;\r", "add t d", "t a;\r\n\r\nt b;\rt c;\r\nt d;\r"},
+        {"t a;\rt b; b.n = a;\r", "remove a", "'a' is in use (1,17)"},
+        {"t a;\rt b;\nb.n = a;\r", "remove a", "'a' is in use (2,7)"},
+        {"t a;\ra.x = 1; a.y = 2;\rt b;\r", "remove a.x", "t a;\ra.y = 2;\rt b;\r"},
+    });
+}
+
 TEST(Edit, keepsToTheLimits) {
     EditOptions options;
     options.limits.maxArrayElements = 3;
