@@ -190,16 +190,17 @@ void SingleEdit::refuseIfNamed(const String& name, bool isType) const {
         refuse(std::move(places), refusals::nameInUse, shown(name).buf());
 }
 
-const Node& SingleEdit::nodeNamed(const String& name) const {
+// The node of a name. `asked` is how the edit spells it.
+const Node& SingleEdit::nodeNamed(const String& name, const String& asked) const {
     const Node* node = expected_.findNode(name);
     if (!node)
-        refuse({}, refusals::noNode, shown(name).buf());
+        refuse({}, refusals::noNode, shown(asked).buf());
     return *node;
 }
 
 SingleEdit::Changes SingleEdit::rename(const Edit& edit) {
     const String& name = edit.target;
-    const bool isType = nodeNamed(name).isDefinition();
+    const bool isType = nodeNamed(name, name).isDefinition();
     const u32 node = statements_.nodeOf(name);
     if (!isIdentifier(edit.value))
         refuse({}, refusals::notName, shown(edit.value).buf());
@@ -220,8 +221,10 @@ SingleEdit::Changes SingleEdit::rename(const Edit& edit) {
 
 SingleEdit::Changes SingleEdit::remove(const Edit& edit) {
     const std::string path = withoutBlanks(edit.target);
-    if (path.find('.') == std::string::npos)
-        return removeNode(std::string_view(path));
+    if (path.find('.') == std::string::npos) {
+        const String name = std::string_view(path);
+        return removeNode(name, nodeNamed(name, edit.target).isDefinition());
+    }
     const NameMapScope names(&expected_);
     Input* input = findInput(expected_, path);
     if (!input)
@@ -229,8 +232,7 @@ SingleEdit::Changes SingleEdit::remove(const Edit& edit) {
     return removeInput(input);
 }
 
-SingleEdit::Changes SingleEdit::removeNode(const String& name) {
-    const bool isType = nodeNamed(name).isDefinition();
+SingleEdit::Changes SingleEdit::removeNode(const String& name, bool isType) {
     const u32 node = statements_.nodeOf(name);
     auto users = mentionsIf([&](const Mention& each, std::string_view word) {
         const bool isUse = each.role == MentionRole::Link || (each.role == MentionRole::Type && isType);

@@ -32,10 +32,10 @@ private:
     [[nodiscard]] Changes add(const Edit& edit);
     [[nodiscard]] Changes rename(const Edit& edit);
     [[nodiscard]] Changes remove(const Edit& edit);
-    [[nodiscard]] Changes removeNode(const String& name);
+    [[nodiscard]] Changes removeNode(const String& name, bool isType);
     [[nodiscard]] Changes removeInput(Input* input);
 
-    [[nodiscard]] const Node& nodeNamed(const String& name) const;
+    [[nodiscard]] const Node& nodeNamed(const String& name, const String& asked) const;
     [[nodiscard]] AttrType typeOf(std::string_view value) const;
     [[nodiscard]] std::string spelling(const AttrData& converted, std::string_view value) const;
     [[nodiscard]] const Statement* effective(u32 node, const Statement& asked, AttrType type) const;
