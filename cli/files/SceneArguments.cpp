@@ -74,10 +74,11 @@ void readScene(SceneFile& file, Scene& scene, Notices notices, Progress& progres
     std::error_code error;
     const u64 size = std::filesystem::file_size(file.diagnosis().name.buf(), error);
     u64 unread = error ? 0 : size;
-    file.read(scene, notices, [&](std::size_t bytes) {
+    const auto onFetch = [&](std::size_t bytes) {
         progress.advance(bytes);
         unread -= std::min<u64>(bytes, unread);
-    });
+    };
+    file.read(scene, {.notices = notices, .onFetch = onFetch});
     progress.skip(unread);
 }
 

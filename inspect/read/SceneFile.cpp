@@ -29,30 +29,30 @@ bool SceneFile::isReadOnce() const {
     return !kept_ && (isStandardInput() || !std::filesystem::is_regular_file(diagnosis_.name.buf(), ignored));
 }
 
-void SceneFile::read(Scene& scene, Notices notices, std::function<void(std::size_t)> onFetch, bool isMerge) {
+void SceneFile::read(Scene& scene, const ReadOptions& options) {
     struct Closing {
         ~Closing() { file = File(); } // with what `onFetch` refers to
         File& file;
     } const closing{file_};
     file_ = open();
-    if (onFetch)
-        file_.onFetch(onFetch);
+    if (options.onFetch)
+        file_.onFetch(options.onFetch);
     if (isReadOnce()) {
         keep();
         if (file_.isStopped())
             return;
         file_ = open();
-        if (onFetch)
-            file_.onFetch([&](std::size_t) { onFetch(0); }); // the bytes are known
+        if (options.onFetch)
+            file_.onFetch([&](std::size_t) { options.onFetch(0); }); // the bytes are known
     }
-    parse(scene, notices, isMerge);
+    parse(scene, options);
 }
 
-void SceneFile::parse(Scene& scene, Notices notices, bool isMerge) {
-    const ScopedLogSink sink([this](const LogRecord& record) { add(record); }, notices);
+void SceneFile::parse(Scene& scene, const ReadOptions& options) {
+    const ScopedLogSink sink([this](const LogRecord& record) { add(record); }, options.notices);
     try {
         diagnosis_.isAccepted =
-            sources_ ? parseVrn(&scene, file_, isMerge, *sources_) : parseVrn(&scene, file_, isMerge);
+            sources_ ? parseVrn(&scene, file_, options.isMerge, *sources_) : parseVrn(&scene, file_, options.isMerge);
     } catch (const ReadError& error) {
         add({LogSeverity::Error, error.what(), error.position(), error.format()});
     }

@@ -2,7 +2,7 @@
 //
 //     SceneFile file("scene.vrn");
 //     Scene scene;
-//     file.read(scene, Notices::Yes);
+//     file.read(scene, {.notices = Notices::Yes});
 //     if (file.diagnosis().hasErrors())
 //         show(diagnosticsText(file.diagnosisWithLines()));
 //
@@ -26,6 +26,14 @@
 
 namespace vrn::inspect {
 
+struct ReadOptions {
+    vor::Notices notices = vor::Notices::No;
+    // Called with the size of each block that is fetched, or with 0 when the reader works on those it has; together the
+    // sizes are that of the text.
+    std::function<void(std::size_t)> onFetch{};
+    bool isMerge = false; // the scene keeps its version, time and comments
+};
+
 class SceneFile {
 public:
     // The file at a path; `-` is standard input, `./-` a file of that name. Input that can be read only once, such as a
@@ -44,11 +52,8 @@ public:
     void recordSources() { sources_ = std::make_unique<vor::velmo_sdk::impl::SourceMap>(); }
 
     // Reads the text into `scene` and keeps the diagnostics, including the notices if requested. An exception that the
-    // reader throws for an error counts as a logged one. Calls `onFetch` with the size of each block that it fetches,
-    // or with 0 when it works on those it has; together the sizes are that of the text. With `isMerge`, the scene keeps
-    // its version, time and comments. Beyond a total of 64 MiB, long messages are truncated.
-    void read(vor::velmo_sdk::impl::Scene& scene, vor::Notices notices,
-              std::function<void(std::size_t)> onFetch = nullptr, bool isMerge = false);
+    // reader throws for an error counts as a logged one. Beyond a total of 64 MiB, long messages are truncated.
+    void read(vor::velmo_sdk::impl::Scene& scene, const ReadOptions& options = {});
 
     // Ends the read that called `onFetch`, which calls this (File::requestStop).
     void requestStop() noexcept { file_.requestStop(); }
@@ -72,7 +77,7 @@ private:
     [[nodiscard]] bool isStandardInput() const noexcept { return diagnosis_.name == "-"; }
     [[nodiscard]] vor::File open() const;
     void keep();
-    void parse(vor::velmo_sdk::impl::Scene& scene, vor::Notices notices, bool isMerge);
+    void parse(vor::velmo_sdk::impl::Scene& scene, const ReadOptions& options);
     void add(const vor::LogRecord& record);
     void drop(const char* kind);
 

@@ -71,8 +71,9 @@ Diagnosis read(const Box& box, NamedFile source, const ReadOptions& options) {
     Diagnosis diagnosis;
     {
         const ChangeTurn turn(box->turns);
-        file.read(box->scene, options.hasNotices ? vor::Notices::Yes : vor::Notices::No, interrupts.watch(),
-                  options.isMerge);
+        file.read(box->scene, {.notices = options.hasNotices ? vor::Notices::Yes : vor::Notices::No,
+                               .onFetch = interrupts.watch(),
+                               .isMerge = options.isMerge});
         if (options.check)
             file.check(box->scene, *options.check);
         diagnosis = file.diagnosisWithLines();

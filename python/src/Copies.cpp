@@ -47,7 +47,7 @@ bool complete(Scene& scene, SceneParts& parts) {
 
 bool restore(Scene& scene, SceneParts& parts) {
     inspect::SceneFile file("<copy>", parts.text, nullptr);
-    file.read(scene, vor::Notices::No);
+    file.read(scene);
     return file.diagnosis().isAccepted && complete(scene, parts);
 }
 

@@ -4,12 +4,11 @@
 #include "inspect/read/Kind.h"
 #include "scene/CatalogueJson.h"
 #include "tests/support/Reading.h"
+#include "tests/support/TemporaryFolder.h"
 
-#include <filesystem>
 #include <fstream>
 #include <sys/stat.h>
 #include <thread>
-#include <unistd.h>
 
 namespace vrn::test {
 
@@ -20,18 +19,14 @@ namespace {
 // A folder for one test.
 class SceneFiles : public testing::Test {
 protected:
-    SceneFiles() { std::filesystem::create_directory(folder_); }
-    ~SceneFiles() override { std::filesystem::remove_all(folder_); }
-
-    [[nodiscard]] std::string path(const char* name) const { return folder_ / name; }
+    [[nodiscard]] std::string path(const char* name) const { return folder_.at(name); }
     [[nodiscard]] std::string file(const char* name, const char* text) const {
         std::ofstream(path(name)) << text;
         return path(name);
     }
 
 private:
-    std::filesystem::path folder_ =
-        std::filesystem::temp_directory_path() / ("vrn-scene-files-" + std::to_string(::getpid()));
+    TemporaryFolder folder_;
 };
 
 std::vector<std::string> kindsOf(const Diagnosis& diagnosis) {
@@ -48,7 +43,7 @@ constexpr const char* mistakes = "t a; a.b = true;\na.\xC3\xA4 = 1; a.b = 1.5; a
 TEST_F(SceneFiles, areReadWithWhatIsWrong) {
     SceneFile text("here", "t a;\na.f = float[2] {1};\na.x = ;\na.y = 1;");
     Scene scene;
-    text.read(scene, Notices::No);
+    text.read(scene);
     const Diagnosis& found = text.diagnosis();
     EXPECT_FALSE(found.isOk());
     EXPECT_TRUE(found.isWhole());
@@ -68,7 +63,7 @@ TEST_F(SceneFiles, areReadWithWhatIsWrong) {
 TEST_F(SceneFiles, countColumnsInCharacters) {
     SceneFile text("here", "t a; a.s = \"\xC3\xA4\xC3\xA4\"; a.f = float[2] {1};");
     Scene scene;
-    text.read(scene, Notices::No);
+    text.read(scene);
     EXPECT_EQ(text.diagnosis().diagnostics.at(0).position(), TextPosition()); // without lines
     const Diagnostic diagnostic = text.diagnosisWithLines().diagnostics.at(0);
     EXPECT_EQ(diagnostic.record.position.column - diagnostic.position().column, 2);
@@ -79,7 +74,7 @@ TEST_F(SceneFiles, includeNoticesIfRequested) {
     for (const Notices notices : {Notices::No, Notices::Yes}) {
         SceneFile text("here", "t a;\nu a;");
         Scene scene;
-        text.read(scene, notices);
+        text.read(scene, {.notices = notices});
         EXPECT_TRUE(text.diagnosis().isOk());
         EXPECT_FALSE(text.diagnosis().hasErrors());
         EXPECT_EQ(text.diagnosis().warnings(), notices == Notices::Yes ? 1U : 0U);
@@ -89,7 +84,7 @@ TEST_F(SceneFiles, includeNoticesIfRequested) {
 TEST_F(SceneFiles, keepErrorsThatTheReaderThrows) {
     SceneFile text("here", "oops = 5;");
     Scene scene;
-    text.read(scene, Notices::No);
+    text.read(scene);
     EXPECT_FALSE(text.diagnosis().isOk());
     ASSERT_EQ(text.diagnosis().diagnostics.size(), 1U);
     EXPECT_EQ(text.diagnosis().diagnostics[0].record.severity, LogSeverity::Error);
@@ -101,7 +96,7 @@ TEST_F(SceneFiles, referToBytesOfOthers) {
         SceneFile text("here", *bytes, bytes);
         EXPECT_FALSE(text.isReadOnce());
         Scene scene;
-        text.read(scene, Notices::No);
+        text.read(scene);
         EXPECT_EQ(text.diagnosisWithLines().diagnostics.at(0).line.text, *bytes);
         EXPECT_EQ(bytes.use_count(), 2);
     }
@@ -111,8 +106,8 @@ TEST_F(SceneFiles, referToBytesOfOthers) {
 TEST_F(SceneFiles, keepTheHeaderOfTheSceneThatTheyAreMergedInto) {
     for (const bool isMerge : {false, true}) {
         Scene scene;
-        SceneFile("first", "# version: 2\n# time: noon\nt a;").read(scene, Notices::No);
-        SceneFile("second", "t b;").read(scene, Notices::No, nullptr, isMerge);
+        SceneFile("first", "# version: 2\n# time: noon\nt a;").read(scene);
+        SceneFile("second", "t b;").read(scene, {.isMerge = isMerge});
         EXPECT_EQ(scene.fileVersion(), isMerge ? 2U : VRX_FILE_VERSION_1);
         EXPECT_EQ(scene.fileTime() == "noon", isMerge);
         EXPECT_EQ(scene.nodeCount(), 2U);
@@ -126,10 +121,11 @@ TEST_F(SceneFiles, stopWhenAnObserverAsks) {
     SceneFile file("here", text, nullptr);
     Scene scene;
     std::size_t fetched = 0;
-    file.read(scene, Notices::No, [&](std::size_t bytes) {
+    const auto onFetch = [&](std::size_t bytes) {
         fetched += bytes;
         file.requestStop();
-    });
+    };
+    file.read(scene, {.onFetch = onFetch});
     EXPECT_LE(fetched, File::maxBlockSize);
     EXPECT_EQ(file.diagnosis().readError, "stopped on request");
     EXPECT_EQ(kindsOf(file.diagnosis()), std::vector<std::string>{"stopped"});
@@ -143,12 +139,13 @@ TEST_F(SceneFiles, stopWhenAnObserverOfAPipeAsks) {
         Scene scene;
         std::size_t calls = 0;
         std::size_t fetched = 0;
-        file.read(scene, Notices::No, [&](std::size_t bytes) {
+        const auto onFetch = [&](std::size_t bytes) {
             fetched += bytes;
             if (bytes != 0 || calls != 0)
                 if (++calls == call)
                     file.requestStop();
-        });
+        };
+        file.read(scene, {.onFetch = onFetch});
         writer.join();
         EXPECT_EQ(fetched, 14U);
         EXPECT_EQ(file.diagnosis().readError, "stopped on request");
@@ -162,13 +159,13 @@ TEST_F(SceneFiles, areReadFromTheFileSystem) {
     EXPECT_FALSE(found.isReadOnce());
     Scene scene;
     std::size_t fetched = 0;
-    found.read(scene, Notices::No, [&](std::size_t bytes) { fetched += bytes; });
+    found.read(scene, {.onFetch = [&](std::size_t bytes) { fetched += bytes; }});
     EXPECT_EQ(fetched, std::string_view(mistakes).size());
     EXPECT_NE(scene.findNode("a"), nullptr);
     EXPECT_EQ(std::string(found.folder()) + "/a.vrn", path("a.vrn"));
 
     SceneFile missing(String(std::string_view(path("b.vrn"))));
-    missing.read(scene, Notices::No);
+    missing.read(scene);
     EXPECT_EQ(missing.diagnosis().readError, "No such file or directory");
     EXPECT_FALSE(missing.diagnosis().isOk());
     EXPECT_TRUE(missing.diagnosis().hasErrors());
@@ -181,7 +178,7 @@ TEST_F(SceneFiles, keepWhatCanBeReadOnlyOnce) {
     EXPECT_TRUE(found.isReadOnce());
     std::jthread writer([&] { std::ofstream(pipe) << "t a; a.f = float[2] {1};"; });
     Scene scene;
-    found.read(scene, Notices::No);
+    found.read(scene);
     ASSERT_EQ(found.diagnosis().diagnostics.size(), 1U);
     EXPECT_EQ(found.diagnosisWithLines().diagnostics[0].line.text, "t a; a.f = float[2] {1};");
 }
@@ -196,7 +193,7 @@ TEST_F(SceneFiles, areCheckedByTheCatalogueOfTheScene) {
         scene.setCatalogue(catalogue);
         if (isRecorded)
             found.recordSources();
-        found.read(scene, Notices::No);
+        found.read(scene);
         found.check(scene, options);
         return kindsOf(found.diagnosis());
     };
@@ -213,7 +210,7 @@ TEST_F(SceneFiles, areCheckedByTheCatalogueOfTheScene) {
 TEST_F(SceneFiles, thatFailHaveNoDiagnostics) {
     SceneFile text("here", "t a; a.f = float[2] {1};");
     Scene scene;
-    text.read(scene, Notices::No);
+    text.read(scene);
     text.fail("no memory");
     EXPECT_TRUE(text.diagnosis().diagnostics.empty());
     EXPECT_EQ(text.diagnosis().readError, "no memory");
@@ -228,7 +225,7 @@ TEST_F(SceneFiles, truncateMessagesBeyondATotalLength) {
         statements += "a.b" + std::to_string(i) + " = " + name + ";\n"; // no such node
     SceneFile text("here", std::string_view(statements));
     Scene scene;
-    text.read(scene, Notices::No);
+    text.read(scene);
     const std::vector<Diagnostic>& found = text.diagnosis().diagnostics;
     ASSERT_EQ(found.size(), 80U);
     EXPECT_GT(found.front().record.text.len(), name.size());
