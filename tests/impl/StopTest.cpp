@@ -3,8 +3,8 @@
 #include "tests/support/Reading.h"
 #include "tests/support/Scaled.h"
 #include "tests/support/Sources.h"
+#include "tests/support/TemporaryFolder.h"
 
-#include <filesystem>
 #include <fstream>
 #include <span>
 
@@ -73,7 +73,6 @@ std::vector<Content> contents() {
 class Source {
 public:
     explicit Source(std::string text) : text_(std::move(text)) {}
-    ~Source() { std::filesystem::remove(path_); }
 
     static constexpr const char* all[] = {"foreign memory", "large blocks", "a string", "a path", "small blocks"};
     static constexpr std::span kinds = std::span(all).first(isSlowBuild ? 1 : 5);
@@ -93,8 +92,8 @@ public:
 
 private:
     std::string text_;
-    std::filesystem::path path_ =
-        std::filesystem::temp_directory_path() / ("vrn_stop_test_" + std::to_string(::getpid()));
+    TemporaryFolder folder_;
+    std::string path_ = folder_.at("file");
 };
 
 struct Outcome {

@@ -1,10 +1,10 @@
 #include "scene/core/File.h"
 #include "tests/support/Reading.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <atomic>
 #include <csignal>
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <thread>
 #include <unistd.h>
@@ -19,12 +19,9 @@ static std::string readAll(File& file) {
 }
 
 struct TemporaryFile {
-    explicit TemporaryFile(const std::string& text)
-        : path(std::filesystem::temp_directory_path() / ("vrn_test_" + std::to_string(::getpid()))) {
-        std::ofstream(path, std::ios::binary) << text;
-    }
-    ~TemporaryFile() { std::filesystem::remove(path); }
-    std::filesystem::path path;
+    explicit TemporaryFile(const std::string& text) { std::ofstream(path, std::ios::binary) << text; }
+    const TemporaryFolder folder{};
+    const std::string path = folder.at("file");
 };
 
 TEST(File, readsAPathToItsEnd) {
