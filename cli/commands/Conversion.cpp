@@ -43,40 +43,78 @@ struct Refusal {
 
 bool isStandardStream(const std::string& file) { return file == "-"; }
 
-// The format of a file as an extension with its dot, in lower case.
-std::string formatOf(const std::string& file, const std::string& format) {
-    return format.empty() ? convert::extensionOf(file) : '.' + std::string(String(format).toLower().view());
+// The files of the command line: the last one is the output unless it is named.
+convert::Request filesOf(const ConvertOptions& options) {
+    convert::Request request{.inputs = options.files, .output = options.out};
+    if (!request.output.empty())
+        return request;
+    if (request.inputs.size() < 2)
+        refuse("OUT", messages::outputMissing);
+    if (request.inputs.size() > 2)
+        refuse(request.inputs.back(), messages::outputNotNamed);
+    request.output = request.inputs.back();
+    request.inputs.pop_back();
+    return request;
 }
 
-class Conversion {
+convert::Request requestOf(const ConvertOptions& options) {
+    convert::Request request = filesOf(options);
+    request.from = options.from;
+    request.to = options.to;
+    request.inputPlacement.factor = options.scale;
+    if (!options.up.empty())
+        request.inputPlacement.up = options.up[0];
+    if (!options.units.empty())
+        request.inputPlacement.metres = metresOf(options.units);
+    if (!options.toUp.empty())
+        request.outputPlacement.axes = convert::axesFromUp(options.toUp[0]);
+    if (!options.toUnits.empty())
+        request.outputPlacement.metres = 1 / metresOf(options.toUnits);
+    request.images = options.images;
+    request.isTriangulated = options.isTriangulated;
+    request.isAscii = options.isAscii;
+    return request;
+}
+
+[[noreturn]] void refuse(const convert::Misuse& misuse) {
+    using enum convert::Misuse::Kind;
+    switch (misuse.kind) {
+    case UnreadableFormat:
+        refuse(misuse.file,
+               String::format(messages::unreadableExtension, (".vrn " + convert::readableExtensions()).c_str()));
+    case UnwritableFormat:
+        refuse(misuse.file, String::format(messages::unwritableExtension, convert::writableExtensions().c_str()));
+    case OnlyOneForm:
+        refuse(misuse.file, messages::onlyOneForm);
+    case ImagesTwice:
+        refuse(misuse.file, messages::imagesTwice);
+    case TrianglesOnlyOfModels:
+        break;
+    }
+    refuse(misuse.file, messages::trianglesOnlyOfModels);
+}
+
+class ConvertRun final : convert::Conversion::Steps {
 public:
     // Throws Refusal if the arguments make no sense.
-    explicit Conversion(const ConvertOptions& options)
-        : options_(options), inputs_(options.files), output_(options.out) {
-        if (output_.empty()) {
-            if (inputs_.size() < 2)
-                refuse("OUT", messages::outputMissing);
-            if (inputs_.size() > 2)
-                refuse(inputs_.back(), messages::outputNotNamed);
-            output_ = inputs_.back();
-            inputs_.pop_back();
-        }
-        checkOutput();
-        for (const std::string& input : inputs_)
-            checkInput(input);
+    explicit ConvertRun(const ConvertOptions& options) : options_(options), conversion_(requestOf(options)) {
+        if (const auto misuse = conversion_.misuse())
+            refuse(*misuse);
+        const std::string format = conversion_.outputFormat();
+        if (isStandardStream(output_) && (format == ".gltf" || format == ".obj"))
+            refuse(output_, messages::outputNeedsFolder);
+        const bool isPlaced = !options.toUp.empty() || !options.toUnits.empty();
+        if (isPlaced && (format == ".gltf" || format == ".glb" || format == ".vrn" || format == ".json"))
+            refuse(output_, messages::outputIsPlaced);
         if (std::ranges::count_if(inputs_, isStandardStream) > 1)
             refuse("-", messages::inputTwice);
-        if (options.images.isEmbedded && (!options.images.copyTo.empty() || !options.images.extractTo.empty()))
-            refuse(output_, messages::imagesTwice);
-        if (options.isTriangulated && !hasModels())
-            refuse(inputs_[0], messages::trianglesOnlyOfModels);
     }
 
     // Assimp can crash on malformed files, so it runs in a child process.
     int run() {
-        const auto catalogue = loadCatalogue(options_.scenes.types);
-        const auto work = [&] { return attempt([&] { convert(catalogue); }); };
-        if (!hasModels())
+        catalogue_ = loadCatalogue(options_.scenes.types);
+        const auto work = [&] { return attempt([&] { conversion_.run(losses_, *this); }); };
+        if (!conversion_.hasModels())
             return work();
         const Ending ending = runIsolated(work, memoryLimit());
         const std::string name = inputName();
@@ -90,31 +128,6 @@ public:
     }
 
 private:
-    void checkOutput() {
-        const std::string format = formatOf(output_, options_.to);
-        if (!convert::canWrite(format))
-            refuse(output_, String::format(messages::unwritableExtension, convert::writableExtensions().c_str()));
-        if (options_.write.isAscii && !convert::hasTwoForms(format))
-            refuse(output_, messages::onlyOneForm);
-        if (isStandardStream(output_) && (format == ".gltf" || format == ".obj"))
-            refuse(output_, messages::outputNeedsFolder);
-        const bool isPlaced = !options_.toUp.empty() || !options_.toUnits.empty();
-        if (isPlaced && (format == ".gltf" || format == ".glb" || format == ".vrn" || format == ".json"))
-            refuse(output_, messages::outputIsPlaced);
-    }
-
-    void checkInput(const std::string& input) const {
-        const std::string format = formatOf(input, options_.from);
-        if (format != ".vrn" && !convert::canRead(format))
-            refuse(input,
-                   String::format(messages::unreadableExtension, (".vrn " + convert::readableExtensions()).c_str()));
-    }
-
-    [[nodiscard]] bool isModel(const std::string& input) const { return formatOf(input, options_.from) != ".vrn"; }
-    [[nodiscard]] bool hasModels() const {
-        return std::ranges::any_of(inputs_, [&](const std::string& input) { return isModel(input); });
-    }
-
     [[nodiscard]] u64 memoryLimit() const {
         if (options_.maxMemory != 0)
             return std::min(options_.maxMemory, std::numeric_limits<u64>::max() / 2 / bytesPerMiB) * bytesPerMiB;
@@ -146,8 +159,9 @@ private:
             complain(std::string_view(displayName(error.path())), strerrordesc_np(error.code().value()));
         } catch (const std::bad_alloc&) {
             const auto limit = static_cast<unsigned long long>(memoryLimit() / bytesPerMiB);
-            complain(std::string_view(inputName()),
-                     hasModels() ? String::format(messages::memoryLimit, limit) : String(messages::outOfMemory));
+            complain(std::string_view(inputName()), conversion_.hasModels()
+                                                        ? String::format(messages::memoryLimit, limit)
+                                                        : String(messages::outOfMemory));
         }
         return exitTrouble;
     }
@@ -159,42 +173,12 @@ private:
         return path;
     }
 
-    void convert(const std::shared_ptr<const vor::velmo_sdk::impl::Catalogue>& catalogue) {
-        Scene scene;
-        prepare(scene, catalogue);
-        const bool isAlone = inputs_.size() == 1 && !options_.images.isWanted();
-        readInto(scene, inputs_[0], isAlone);
-        for (std::size_t i = 1; i < inputs_.size(); ++i) {
-            Scene more;
-            prepare(more, catalogue);
-            readInto(more, inputs_[i], isAlone);
-            convert::mergeScene(scene, more, losses_);
-        }
-        convert::place(scene, outputPlacement(), losses_);
-        convert::ImageFiles images(options_.images, output_, losses_);
-        images.apply(scene);
-        write(scene, isAlone && !isModel(inputs_[0]) ? pathsFrom(inputs_[0]) : convert::TexturePaths());
-        images.write();
-    }
-
-    void prepare(Scene& scene, const std::shared_ptr<const vor::velmo_sdk::impl::Catalogue>& catalogue) const {
-        scene.setCatalogue(catalogue);
+    void prepare(Scene& scene) override {
+        scene.setCatalogue(catalogue_);
         scene.setLimits(options_.scenes.limits);
     }
 
-    [[nodiscard]] convert::TexturePaths pathsFrom(const std::string& input) const { return {input, output_}; }
-
-    // The textures of a VRN file that is converted alone are rebased as the format of the output requires.
-    void readInto(Scene& scene, const std::string& input, bool isAlone) {
-        if (isModel(input))
-            return readModel(scene, input);
-        readText(scene, input);
-        if (!isAlone)
-            convert::rebaseTextures(scene, pathsFrom(input));
-        convert::place(scene, convert::withOptions({}, inputPlacement()), losses_);
-    }
-
-    void readText(Scene& scene, const std::string& input) const {
+    void readText(Scene& scene, const std::string& input) override {
         SceneFile file{std::string_view(input)};
         {
             Progress progress({input}, options_.scenes.isQuiet);
@@ -208,7 +192,8 @@ private:
     }
 
     // Assimp reports its progress for some formats only.
-    void readModel(Scene& scene, const std::string& input) {
+    void readModel(Scene& scene, const std::string& input, const convert::TexturePaths& paths,
+                   const convert::ReadOptions& reading) override {
         const TimeLimit limit(options_.timeout);
         const std::string path = isStandardStream(input) ? savedInput() : input;
         Progress progress({input}, options_.scenes.isQuiet);
@@ -216,10 +201,7 @@ private:
         std::error_code error;
         const auto size = static_cast<double>(std::filesystem::file_size(path, error));
         u64 reported = 0;
-        const convert::ReadOptions reading{.format = formatOf(input, options_.from),
-                                           .placement = inputPlacement(),
-                                           .isTriangulated = options_.isTriangulated};
-        convert::readModel(path, scene, losses_, pathsFrom(input), reading, [&](double part) {
+        convert::readModel(path, scene, losses_, paths, reading, [&](double part) {
             const u64 bytes = error ? 0 : std::max(reported, static_cast<u64>(part * size));
             progress.advance(bytes - std::exchange(reported, bytes));
         });
@@ -227,7 +209,7 @@ private:
 
     // Standard input as a file: readers of models read files.
     std::string savedInput() {
-        std::string path = scratch().file("input" + formatOf("-", options_.from));
+        std::string path = scratch().file("input" + conversion_.inputFormat("-"));
         OutputFile file(path);
         File input = File::standardInput();
         for (std::string_view block = input.readBlock(); !block.empty(); block = input.readBlock())
@@ -239,15 +221,15 @@ private:
     }
 
     // Reports the losses also if nothing is left to be written: they are the reason.
-    void write(const Scene& scene, const convert::TexturePaths& paths) {
+    void write(const Scene& scene, const convert::TexturePaths& paths, const convert::WriteOptions& writing) override {
         try {
             const Progress progress("Writing", options_.scenes.isQuiet);
             if (options_.isStrict) // finds the losses
-                convert::writeScene(scene, scratch().file(outputName()), losses_, paths, writing());
+                convert::writeScene(scene, scratch().file(outputName()), losses_, paths, writing);
             if (isStandardStream(output_))
-                writeToStandardOutput(scene, paths);
+                writeToStandardOutput(scene, paths, writing);
             else if (!options_.isStrict || losses_.all().empty())
-                convert::writeScene(scene, output_, losses_, paths, writing());
+                convert::writeScene(scene, output_, losses_, paths, writing);
         } catch (const convert::ContentError&) {
             report();
             throw;
@@ -257,10 +239,11 @@ private:
             refuse(output_, messages::strictlyRefused, exitErrors);
     }
 
-    void writeToStandardOutput(const Scene& scene, const convert::TexturePaths& paths) {
+    void writeToStandardOutput(const Scene& scene, const convert::TexturePaths& paths,
+                               const convert::WriteOptions& writing) {
         const std::string path = scratch().file(outputName());
         if (!options_.isStrict)
-            convert::writeScene(scene, path, losses_, paths, writing());
+            convert::writeScene(scene, path, losses_, paths, writing);
         else if (!losses_.all().empty())
             return;
         File file = File::open(std::string_view(path));
@@ -270,31 +253,7 @@ private:
             throw Refusal{exitTrouble};
     }
 
-    [[nodiscard]] std::string outputName() const { return "output" + formatOf(output_, options_.to); }
-
-    [[nodiscard]] convert::WriteOptions writing() const {
-        convert::WriteOptions writing = options_.write;
-        writing.format = formatOf(output_, options_.to);
-        return writing;
-    }
-
-    [[nodiscard]] convert::PlacementOptions inputPlacement() const {
-        convert::PlacementOptions placement{.factor = options_.scale};
-        if (!options_.up.empty())
-            placement.up = options_.up[0];
-        if (!options_.units.empty())
-            placement.metres = metresOf(options_.units);
-        return placement;
-    }
-
-    [[nodiscard]] convert::Placement outputPlacement() const {
-        convert::Placement placement;
-        if (!options_.toUp.empty())
-            placement.axes = convert::axesFromUp(options_.toUp[0]);
-        if (!options_.toUnits.empty())
-            placement.metres = 1 / metresOf(options_.toUnits);
-        return placement;
-    }
+    [[nodiscard]] std::string outputName() const { return "output" + conversion_.outputFormat(); }
 
     void report() const {
         const auto text = options_.losses == "json" ? lossesJson : lossesText;
@@ -310,8 +269,10 @@ private:
     }
 
     const ConvertOptions& options_;
-    std::vector<std::string> inputs_;
-    std::string output_;
+    const convert::Conversion conversion_;
+    const std::vector<std::string>& inputs_ = conversion_.request().inputs;
+    const std::string& output_ = conversion_.request().output;
+    std::shared_ptr<const vor::velmo_sdk::impl::Catalogue> catalogue_{};
     Losses losses_{};
     std::optional<ScratchFolder> scratch_{};
 };
@@ -320,7 +281,7 @@ private:
 
 int convertFiles(const ConvertOptions& options) {
     try {
-        return Conversion(options).run();
+        return ConvertRun(options).run();
     } catch (const Refusal& refusal) {
         return refusal.status;
     }

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "cli/files/SceneArguments.h"
-#include "convert/Convert.h"
+#include "convert/Conversion.h"
 
 #include <string>
 #include <vector>
@@ -25,7 +25,7 @@ struct ConvertOptions {
     vor::u64 maxMemory = 0; // in MiB; 0 for one that depends on the files
     vor::u64 timeout = 0;   // in seconds; 0 for none
     convert::ImageOptions images;
-    convert::WriteOptions write;
+    bool isAscii = false;
     SceneArguments scenes;
 };
 

@@ -56,7 +56,7 @@ void addFormatOptions(std::vector<Option>& list, ConvertOptions& options) {
                     .value = "FORMAT"});
     list.push_back({.names = "--ascii",
                     .help = "Write .ply and .stl as text instead of binary",
-                    .target = &options.write.isAscii});
+                    .target = &options.isAscii});
     list.push_back({.names = "--triangulate",
                     .help = "Turn the polygons of models into triangles",
                     .target = &options.isTriangulated});

@@ -1,4 +1,4 @@
-#include "convert/Convert.h"
+#include "convert/Conversion.h"
 #include "inspect/read/SceneFile.h"
 #include "python/src/Diagnostics.h"
 #include "python/src/Module.h"
@@ -12,13 +12,6 @@ namespace vrn::python {
 
 namespace {
 
-// The format of a file as an extension with its dot.
-std::string formatOf(const std::string& path, const std::string& format) {
-    if (format.empty())
-        return convert::extensionOf(path);
-    return format.starts_with('.') ? format : '.' + format;
-}
-
 nb::tuple lossesOf(const convert::Losses& losses) {
     nb::list made;
     for (const convert::Loss& loss : losses.all())
@@ -26,19 +19,10 @@ nb::tuple lossesOf(const convert::Losses& losses) {
     return nb::tuple(made);
 }
 
-struct ConvertOptions {
-    std::string from{}; // formats as extensions with their dot
-    std::string to{};
-    convert::PlacementOptions placement{};
-    convert::ImageOptions images{};
-    bool isAscii = false;
-    bool isTriangulated = false;
-};
-
 // A file that is read into a scene of its own.
 void readVrn(Scene& scene, const std::string& path) {
     inspect::SceneFile file{std::string_view(path)};
-    file.read(scene, vor::Notices::No);
+    file.read(scene);
     const inspect::Diagnosis diagnosis = file.diagnosisWithLines();
     if (!diagnosis.isWhole())
         throw convert::FileError(path, std::string(diagnosis.readError.view()));
@@ -48,27 +32,23 @@ void readVrn(Scene& scene, const std::string& path) {
     raiseParseError(diagnosis, nb::none(), diagnosis.isAccepted ? "DiagnosticsError" : "ParseError");
 }
 
-void convertFile(const std::string& source, const std::string& target, const ConvertOptions& options,
-                 convert::Losses& losses) {
-    Scene scene;
-    const convert::TexturePaths paths(source, target);
-    const bool isVrn = options.from == ".vrn";
-    if (isVrn) {
-        readVrn(scene, source);
-        if (options.images.isWanted())
-            convert::rebaseTextures(scene, paths);
-        convert::place(scene, convert::withOptions({}, options.placement), losses);
-    } else {
-        convert::readModel(
-            source, scene, losses, paths,
-            {.format = options.from, .placement = options.placement, .isTriangulated = options.isTriangulated});
+class Steps final : public convert::Conversion::Steps {
+public:
+    Steps(const std::string& output, convert::Losses& losses) : output_(output), losses_(losses) {}
+
+    void readText(Scene& scene, const std::string& input) override { readVrn(scene, input); }
+    void readModel(Scene& scene, const std::string& input, const convert::TexturePaths& paths,
+                   const convert::ReadOptions& options) override {
+        convert::readModel(input, scene, losses_, paths, options);
     }
-    convert::ImageFiles images(options.images, target, losses);
-    images.apply(scene);
-    convert::writeScene(scene, target, losses, isVrn && !options.images.isWanted() ? paths : convert::TexturePaths(),
-                        {.format = options.to, .isAscii = options.isAscii});
-    images.write();
-}
+    void write(const Scene& scene, const convert::TexturePaths& paths, const convert::WriteOptions& options) override {
+        convert::writeScene(scene, output_, losses_, paths, options);
+    }
+
+private:
+    const std::string& output_;
+    convert::Losses& losses_;
+};
 
 // Runs `work`, which releases the GIL, and raises its errors as those of Python.
 template <class Work> void converting(nb::handle target, Work work) {
@@ -83,45 +63,52 @@ template <class Work> void converting(nb::handle target, Work work) {
     }
 }
 
-void checkFormats(const ConvertOptions& options) {
-    if (options.from != ".vrn" && !convert::canRead(options.from))
+void refuseMisuse(const convert::Conversion& conversion) {
+    using enum convert::Misuse::Kind;
+    const auto misuse = conversion.misuse();
+    if (!misuse)
+        return;
+    switch (misuse->kind) {
+    case UnreadableFormat:
         raise(PyExc_ValueError,
-              "the format '" + options.from + "' cannot be read; these can: .vrn " + convert::readableExtensions());
-    if (!convert::canWrite(options.to))
+              "the format '" + misuse->format + "' cannot be read; these can: .vrn " + convert::readableExtensions());
+    case UnwritableFormat:
         raise(PyExc_ValueError,
-              "the format '" + options.to + "' cannot be written; these can: " + convert::writableExtensions());
-    if (options.isAscii && !convert::hasTwoForms(options.to))
-        raise(PyExc_ValueError, "the format '" + options.to + "' has one form only");
-    if (options.images.isEmbedded && (!options.images.copyTo.empty() || !options.images.extractTo.empty()))
+              "the format '" + misuse->format + "' cannot be written; these can: " + convert::writableExtensions());
+    case OnlyOneForm:
+        raise(PyExc_ValueError, "the format '" + misuse->format + "' has one form only");
+    case ImagesTwice:
         raise(PyExc_ValueError, "images are either embedded or files");
+    case TrianglesOnlyOfModels:
+        raise(PyExc_ValueError, "`triangulate` is for models, not for VRN files and scenes");
+    }
 }
 
-nb::tuple convertPath(nb::handle source, nb::handle target, ConvertOptions options) {
-    const std::string in = pathOf(source).bytes;
-    const std::string out = pathOf(target).bytes;
+nb::tuple convertPath(nb::handle source, nb::handle target, convert::Request request) {
+    request.inputs = {pathOf(source).bytes};
     (void)imported("os", "stat")(source); // the reason and its errno if the file cannot be found
-    options.from = formatOf(in, options.from);
-    options.to = formatOf(out, options.to);
-    checkFormats(options);
+    const convert::Conversion conversion(std::move(request));
+    refuseMisuse(conversion);
     convert::Losses losses;
     converting(target, [&] {
         const nb::gil_scoped_release released;
-        convertFile(in, out, options, losses);
+        Steps steps(conversion.request().output, losses);
+        conversion.run(losses, steps);
     });
     return lossesOf(losses);
 }
 
-nb::tuple convertScene(const Box& box, nb::handle target, ConvertOptions options) {
-    const std::string out = pathOf(target).bytes;
-    options.from = ".vrn";
-    options.to = formatOf(out, options.to);
-    checkFormats(options);
-    if (options.images.isWanted() || options.placement.up || options.placement.metres || options.placement.factor != 1)
+nb::tuple convertScene(const Box& box, nb::handle target, convert::Request request) {
+    const convert::PlacementOptions& placement = request.inputPlacement;
+    if (request.images.isWanted() || placement.up || placement.metres || placement.factor != 1)
         raise(PyExc_ValueError, "a scene is converted as it is: these options are for files");
+    const convert::Conversion conversion(std::move(request));
+    refuseMisuse(conversion);
     convert::Losses losses;
     converting(target, [&] {
         const ReadTurn turn(box->turns);
-        convert::writeScene(box->scene, out, losses, {}, {.format = options.to, .isAscii = options.isAscii});
+        convert::writeScene(box->scene, conversion.request().output, losses, {},
+                            {.format = conversion.outputFormat(), .isAscii = conversion.request().isAscii});
     });
     return lossesOf(losses);
 }
@@ -131,17 +118,21 @@ nb::tuple convertAny(nb::handle source, nb::handle target, nb::handle from, nb::
                      nb::handle copyTo, nb::handle extractTo) {
     const auto textOr = [](nb::handle given) { return given.is_none() ? std::string() : textOf(given); };
     const auto pathOr = [](nb::handle given) { return given.is_none() ? std::string() : pathOf(given).bytes; };
-    ConvertOptions options{
-        .from = textOr(from), .to = textOr(to), .isAscii = isAscii, .isTriangulated = isTriangulated};
-    options.placement = {.metres = metres, .factor = scale};
+    convert::Request request{
+        .output = pathOf(target).bytes,
+        .from = textOr(from),
+        .to = textOr(to),
+        .inputPlacement = {.metres = metres, .factor = scale},
+        .images = {.isEmbedded = isEmbedded, .copyTo = pathOr(copyTo), .extractTo = pathOr(extractTo)},
+        .isTriangulated = isTriangulated,
+        .isAscii = isAscii};
     if (const std::string axis = textOr(up); axis == "X" || axis == "Y" || axis == "Z")
-        options.placement.up = axis[0];
+        request.inputPlacement.up = axis[0];
     else if (!axis.empty())
         raise(PyExc_ValueError, "the axis that points up is X, Y or Z, not '" + axis + "'");
-    options.images = {.isEmbedded = isEmbedded, .copyTo = pathOr(copyTo), .extractTo = pathOr(extractTo)};
     if (nb::isinstance<SceneBox>(source))
-        return convertScene(nb::cast<Box>(source), target, std::move(options));
-    return convertPath(source, target, std::move(options));
+        return convertScene(nb::cast<Box>(source), target, std::move(request));
+    return convertPath(source, target, std::move(request));
 }
 
 nb::tuple words(const std::string& text) { return nb::tuple(nb::str(text.c_str()).attr("split")()); }

@@ -47,9 +47,10 @@ MAY_INCLUDE = {
     "cli/graph": {"cli/graph", "cli/terminal", "inspect/value/ValueText.h", "scene", "scene/core"},
     "cli/shell": {"cli/shell", "cli/arguments", "cli/terminal"},
     "cli/commands": {*("cli/" + folder for folder in CLI_FOLDERS), *INSPECT_FOLDERS, "check/SceneCheck.h",
-                     "convert/Convert.h", "convert/Measure.h", "impl/Edit.h", "impl/Formatter.h", "scene", "scene/core"},
+                     "convert/Conversion.h", "convert/Convert.h", "convert/Measure.h", "impl/Edit.h",
+                     "impl/Formatter.h", "scene", "scene/core"},
     "cli": {"cli/arguments", "cli/commands", "cli/files", "cli/terminal"},
-    "python/src": {"python/src", *INSPECT_FOLDERS, "check/Findings.h", "check/SceneCheck.h", "convert/Convert.h",
+    "python/src": {"python/src", *INSPECT_FOLDERS, "check/Findings.h", "check/SceneCheck.h", "convert/Conversion.h",
                    "impl/BufferType.h", "impl/Formatter.h", "impl/TypeRules.h", "scene", "scene/core"},
     "include/vrn": {"impl/Edit.h", "impl/Formatter.h", "impl/Reader.h", "impl/SourceMap.h", "scene", "scene/core"},
 }
