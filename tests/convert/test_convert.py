@@ -15,8 +15,9 @@ import unittest
 
 sys.path += [str(pathlib.Path(__file__).resolve().parents[1] / "cli")]
 
-from command import ROOT, VRN, Folder, run
+from command import ROOT, VRN, run
 from geometry import inputs_of, meshes
+from importing import Importing
 
 HERE = pathlib.Path(__file__).resolve().parent
 MODULES = os.environ.get("NODE_MODULES", str(ROOT / "build" / "node_modules"))
@@ -34,7 +35,7 @@ def validator():
     return process
 
 
-class Converting(Folder):
+class Converting(Importing):
     def convert(self, source, target, *options):
         """Converts successfully; returns the reported losses."""
         result = self.run_here("convert", *options, source, target)
@@ -84,6 +85,16 @@ class Examples(Converting):
             triangles = reports[path.stem + ".glb"]["info"]["totalTriangleCount"]
             self.assertEqual(triangles > 0, b"\nmesh " in path.read_bytes(), path.name)
             self.assertEqual(triangles, reports[path.stem + ".gltf"]["info"]["totalTriangleCount"])
+
+    def test_the_catalogue_changes_nothing(self):
+        older = self.file("older.vrn", "mesh m; m.points = vec3f[3] {0 0 0 1 0 0 0 1 0}; m.material |= r.outColor;\n"
+                          "material r; r.color = rgba(1 0 0 0.5); r.emission.color = rgba(0 1 0 1); r.sheen.color = vec3(0 0 1);")
+        for path in (*SCENES, older):
+            with self.subTest(path.name):
+                lost = self.convert(path, "out.gltf")
+                plain = self.gltf("out.gltf")
+                self.assertLessEqual(set(self.convert(path, "out.gltf", "--types", "builtin")), set(lost))
+                self.assertEqual(self.gltf("out.gltf"), plain)
 
     def test_geometry_round_trips_bit_for_bit(self):
         compared = 0

@@ -12,9 +12,9 @@ import unittest
 
 sys.path += [str(pathlib.Path(__file__).resolve().parents[1] / "cli")]
 
-from command import Folder
 from fbx_files import Fbx, element, prop, vector
 from geometry import inputs_of
+from importing import Importing
 from world import World, channels
 
 A, B, C = (1, 0, 0), (0, 2, 0), (0, 0, 3)
@@ -26,7 +26,7 @@ def order(number):
     return prop("RotationOrder", "enum", number)
 
 
-class FbxFiles(Folder):
+class FbxFiles(Importing):
     def read(self, fbx, *options, is_binary=True):
         fbx.write(self.folder / "in.fbx", is_binary)
         result = self.run_here("convert", *options, "in.fbx", "out.json")

@@ -7,8 +7,8 @@ import zlib
 
 sys.path += [str(pathlib.Path(__file__).resolve().parents[1] / "cli"), str(pathlib.Path(__file__).resolve().parent)]
 
-from command import Folder
 from geometry import inputs_of
+from importing import Importing
 import json
 
 
@@ -25,7 +25,7 @@ RED, GREEN = png(255, 0, 0), png(0, 255, 0)
 MAPS = {"t": "baseColorMap", "u": "normalMap", "v": "occlusionMap", "w": "emission.map"}
 
 
-class Images(Folder):
+class Images(Importing):
     def setUp(self):
         super().setUp()
         for folder in ("in/a", "in/b", "out"):

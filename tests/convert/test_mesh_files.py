@@ -7,7 +7,7 @@ import unittest
 
 sys.path += [str(pathlib.Path(__file__).resolve().parents[1] / "cli")]
 
-from command import Folder
+from importing import Importing
 from mesh_files import Obj, Ply, materials, stl
 
 SQUARE = (
@@ -33,7 +33,7 @@ def facet_normal(corners):
     return tuple(number / size for number in normal)
 
 
-class MeshFiles(Folder):
+class MeshFiles(Importing):
     def convert(self, text, target, *options):
         """Converts a scene; returns the reported losses."""
         self.file("in.vrn", text)

@@ -9,8 +9,9 @@ import unittest
 
 sys.path += [str(pathlib.Path(__file__).resolve().parents[1] / "cli")]
 
-from command import VRN, Folder
+from command import VRN
 from geometry import inputs_of
+from importing import Importing
 from mesh_files import Obj, Ply
 from world import World
 
@@ -20,7 +21,7 @@ CORNERS = [(1, 0, 0), (0, 2, 0), (0, 0, 3)]
 IS_ASAN = b"asan" in pathlib.Path(VRN).read_bytes()
 
 
-class Models(Folder):
+class Models(Importing):
     def convert(self, *arguments, status=0, **more):
         """Returns the lines on standard error."""
         result = self.run_here("convert", *arguments, **more)

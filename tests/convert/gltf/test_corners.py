@@ -8,8 +8,8 @@ import unittest
 
 sys.path += [str(pathlib.Path(__file__).resolve().parents[2] / "cli"), str(pathlib.Path(__file__).resolve().parents[1])]
 
-from command import Folder
 from geometry import inputs_of
+from importing import Importing
 
 FLOAT, UINT16 = 5126, 5123
 SIZES = {"SCALAR": 1, "VEC2": 2, "VEC3": 3, "VEC4": 4}
@@ -77,7 +77,7 @@ def value_paths(inputs, prefix=""):
         yield from value_paths(declared.get("members", {}), path + ("[0]." if kind == "Array" else "."))
 
 
-class Corners(Folder):
+class Corners(Importing):
     def setUp(self):
         super().setUp()
         self.model = Model()

@@ -12,9 +12,10 @@ import subprocess
 import sys
 import unittest
 
-sys.path += [str(pathlib.Path(__file__).resolve().parents[2] / "cli")]
+sys.path += [str(pathlib.Path(__file__).resolve().parents[2] / "cli"), str(pathlib.Path(__file__).resolve().parents[1])]
 
-from command import ROOT, Folder
+from command import ROOT
+from importing import Importing
 
 HERE = pathlib.Path(__file__).resolve().parent
 MODULES = os.environ.get("NODE_MODULES", str(ROOT / "build" / "node_modules"))
@@ -56,7 +57,7 @@ def each(kind):
     return decorate
 
 
-class Gltf(Folder):
+class Gltf(Importing):
     def convert(self, source, target):
         """Converts successfully; returns the lines on standard error."""
         result = self.run_here("convert", source, target)
