@@ -4,6 +4,7 @@
 #include "impl/TypeRules.h"
 #include "inspect/value/ValueText.h"
 #include "python/src/Buffers.h"
+#include "python/src/Names.h"
 #include "python/src/PlainValues.h"
 #include "python/src/Values.h"
 
@@ -96,7 +97,7 @@ Preparation prepareObject(const Box& box, nb::handle value, const std::string& l
         throw nb::python_error();
     Preparation::Members members;
     for (const nb::handle item : nb::iter(items)) {
-        const String name = sceneTextOf(item[0]);
+        const String name = identifierOf(item[0]);
         const std::string memberLabel = label + '.' + std::string(name.view());
         members.push_back({name, std::make_unique<Preparation>(prepare(box, item[1], {}, memberLabel))});
     }
@@ -259,7 +260,7 @@ void assign(const InputReference& reference, nb::handle value) {
 
 template <class Parent>
 InputReference addInput(const Reference<Parent>& reference, nb::handle name, const InputType& type, nb::handle value) {
-    const String key = sceneTextOf(name);
+    const String key = identifierOf(name);
     (void)reference.read();
     Preparation prepared =
         value.is_none() ? Preparation{.type = type} : prepare(reference.box(), value, type, textOf(name));

@@ -41,8 +41,9 @@ struct Preparation {
     std::variant<std::monostate, AttrData, NodeReference, OutputReference, Members> value{};
 };
 
-// Raises TypeError, which names both types, ValueError for a text with NUL, a node of another scene or too many
-// elements, OverflowError for an integer that is too large, and RecursionError. `label` is how messages call the input.
+// Raises TypeError, which names both types, ValueError for a text with NUL, a member whose name no text can say, a node
+// of another scene or too many elements, OverflowError for an integer that is too large, and RecursionError. `label` is
+// how messages call the input.
 [[nodiscard]] Preparation prepare(const Box& box, nb::handle value, const InputType& type, const std::string& label);
 
 // Replaces the value, reference or connection of an input. Raises TypeError if the input has another type since.
@@ -52,7 +53,7 @@ void apply(Preparation prepared, Input& input);
 void assign(const InputReference& input, nb::handle value);
 
 // Adds an input to a node or an object; without a value (None) it has the zero value of its type. Raises ValueError if
-// the name is taken.
+// the name is taken, or if no text can say it.
 template <class Parent>
 InputReference addInput(const Reference<Parent>& parent, nb::handle name, const InputType& type, nb::handle value);
 

@@ -3,6 +3,7 @@
 #include "python/src/Mapping.h"
 #include "python/src/Module.h"
 #include "python/src/NamedViews.h"
+#include "python/src/Names.h"
 #include "python/src/Values.h"
 #include "scene/core/TextEncoding.h"
 
@@ -40,8 +41,8 @@ InputReference add(const NodeReference& node, nb::handle name, nb::handle type, 
 }
 
 void rename(const NodeReference& reference, nb::handle name) {
+    const String newName = identifierOf(name);
     Node& node = reference.change();
-    const String newName = sceneTextOf(name);
     if (!node.scene()->renameNode(node.key(), newName))
         raise(PyExc_ValueError, "the scene has a node '" + textOf(name) + "' already");
 }
@@ -74,7 +75,8 @@ void bindNode(nb::module_& m) {
             ">>> node['label'] = 'front'")
             .def_prop_rw(
                 "name", [](const NodeReference& node) { return str(node.read().key()); }, &rename,
-                "The name. Links to the node stay when it changes.", nb::for_setter(nb::arg("name")))
+                "The name: letters, digits and _. Links to the node stay when it changes.",
+                nb::for_setter(nb::arg("name")))
             .def_prop_ro(
                 "type", [](const NodeReference& node) { return str(node.read().type()); }, "The type, such as `mesh`.")
             .def_prop_ro(
@@ -114,7 +116,7 @@ void bindNode(nb::module_& m) {
                 "add", &add, nb::arg("name"), nb::arg("type"), nb::arg("value").none() = nb::none(),
                 nb::sig("def add(self, name: str, type: str, value: Assignable = None) -> Input"),
                 "Adds an input of a type, such as `Real`, `Real[]` for an array of reals or `vec3f[]` for a buffer.\n\n"
-                "Raises ValueError if the name is taken or the type is unknown.")
+                "Raises ValueError if the name is taken, if a text cannot say it, or if the type is unknown.")
             .def(
                 "edit",
                 [](const NodeReference& node, nb::handle name) {

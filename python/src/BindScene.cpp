@@ -2,6 +2,7 @@
 #include "python/src/Mapping.h"
 #include "python/src/Module.h"
 #include "python/src/NamedViews.h"
+#include "python/src/Names.h"
 #include "python/src/SharedCatalogue.h"
 
 #include <nanobind/stl/tuple.h>
@@ -52,12 +53,13 @@ NodeReference added(const Box& box, Node* node, const String& name) {
 }
 
 NodeReference add(const Box& box, nb::handle type, nb::handle name) {
-    const String key = sceneTextOf(name);
-    return added(box, change(box).createNode(sceneTextOf(type), key), key);
+    const String kind = identifierOf(type);
+    const String key = identifierOf(name);
+    return added(box, change(box).createNode(kind, key), key);
 }
 
 NodeReference define(const Box& box, nb::handle name) {
-    const String key = sceneTextOf(name);
+    const String key = identifierOf(name);
     return added(box, change(box).defineNode(key), key);
 }
 
@@ -160,10 +162,10 @@ void bindScene(nb::module_& m) {
                  "The nodes, or those of a type, in order.")
             .def("add", &add, nb::arg("type"), nb::arg("name"), nb::sig("def add(self, type: str, name: str) -> Node"),
                  "Adds a node with the inputs that its type has by a definition or the catalogue. Raises ValueError if "
-                 "the name is taken.")
+                 "the name is taken, or if a text cannot say it.")
             .def("define", &define, nb::arg("name"), nb::sig("def define(self, name: str) -> Node"),
                  "Adds a definition: nodes of this type get copies of its inputs. Raises ValueError if the name is "
-                 "taken.")
+                 "taken, or if a text cannot say it.")
             .def_prop_rw(
                 "version", [](const Box& box) { return read(box).fileVersion(); },
                 [](const Box& box, vor::u64 version) { change(box).setFileVersion(version); },

@@ -2,6 +2,7 @@
 
 #include "python/src/Buffers.h"
 #include "python/src/Mapping.h"
+#include "python/src/Names.h"
 #include "python/src/Values.h"
 
 #include <algorithm>
@@ -78,7 +79,7 @@ nb::object inputNamed(const NodeInputs& inputs, nb::handle name) {
 // Declared outputs exist; others come into being when they are named.
 nb::object outputNamed(const NodeOutputs& outputs, nb::handle name) {
     Node& node = outputs.node.change();
-    const String text = sceneTextOf(name);
+    const String text = outputNameOf(name);
     if (Output* output = node.findOutput(text))
         return nb::cast(OutputReference(outputs.node.box(), output));
     raiseMissing(text.view(), keysOf(node.outputs()));

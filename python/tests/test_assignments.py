@@ -158,3 +158,42 @@ def test_code_of_a_value_may_clear_the_array(scene):
     assert list(box["weights"]) == []
     box["weights"].append(Number(clear))
     assert list(box["weights"]) == [4.0]
+
+
+NO_NAMES = ["", "1a", "two words", "a-b", "a.b", "a[0]", "true", "False", "NULL", "ä", "a\n", "\udcff"]
+
+
+@pytest.mark.parametrize("name", NO_NAMES, ids=ascii)
+def test_names_that_no_text_can_say_are_refused(scene, name):
+    before = scene.dumps()
+    box = scene["box"]
+    for make in (
+        lambda: scene.add("t", name),
+        lambda: scene.add(name, "a"),
+        lambda: scene.define(name),
+        lambda: setattr(box, "name", name),
+        lambda: box.add(name, "Real"),
+        lambda: box.__setitem__(name, 1.0),
+        lambda: box.__setitem__("new", {"a": 1, name: 2}),
+        lambda: box.__setitem__("new", [{"a": {name: 2}}]),
+        lambda: box.inputs["uvsets"].children[0].add(name, "Real"),
+    ):
+        with pytest.raises(ValueError, match="is not a name: use letters, digits and _"):
+            make()
+    assert scene.dumps() == before
+
+
+@pytest.mark.parametrize("name", [name for name in NO_NAMES if name != "a[0]"] + ["a[", "a[x]", "a[0]b"], ids=ascii)
+def test_outputs_that_no_text_can_say_are_refused(scene, name):
+    with pytest.raises(ValueError, match="is not a name"):
+        scene["box"].outputs[name]
+    assert name not in scene["box"].outputs
+
+
+@pytest.mark.parametrize("name", ["a", "_", "A1", "remove", "define", "with", "nullable", "float", "vec3", "x" * 1000])
+def test_names_that_texts_can_say_are_taken(name):
+    scene = vrn.Scene()
+    node = scene.add(name, name)
+    node[name] = {name: 1.0}
+    node["link"] = node.outputs[name + "[0][1]"]
+    assert vrn.loads(scene.dumps()) == scene

@@ -1,6 +1,7 @@
 """Scenes in notebooks: the page of any scene is well formed, short and without script."""
 
 import html.parser
+import json
 
 import pytest
 import vrn
@@ -56,11 +57,12 @@ def test_nodes_open_to_their_inputs(scene):
 
 @pytest.mark.parametrize("text", HOSTILE, ids=range(len(HOSTILE)))
 def test_texts_of_a_scene_are_only_text(text):
-    scene = vrn.Scene()
-    node = scene.add(text, text)
+    inputs = {text: {"type": "Real"}, "o": {"type": "Object", "members": {text: {"type": "String"}}}}
+    scene = vrn.Scene(catalogue=vrn.Catalogue.loads(json.dumps({"types": {"t": {"inputs": inputs}}})))
+    node = scene.add("t", "a")
+    assert text in node
     node["a"] = text
-    node.add(text, "Real", 5)
-    node["b"] = {text: text}
+    node["b"] = {"c": text}
     made = scene._repr_html_()
     page = Page(made)
     assert page.tags <= {"div", "b", "details", "summary", "i", "table", "tr", "td"} and page.attributes <= {"style"}

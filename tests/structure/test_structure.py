@@ -51,7 +51,8 @@ MAY_INCLUDE = {
                      "impl/Formatter.h", "scene", "scene/core"},
     "cli": {"cli/arguments", "cli/commands", "cli/files", "cli/terminal"},
     "python/src": {"python/src", *INSPECT_FOLDERS, "check/Findings.h", "check/SceneCheck.h", "convert/Conversion.h",
-                   "impl/BufferType.h", "impl/Formatter.h", "impl/TypeRules.h", "scene", "scene/core"},
+                   "impl/BufferType.h", "impl/Formatter.h", "impl/TypeRules.h", "scene", "scene/core",
+                   "scene/syntax/Identifier.h"},
     "include/vrn": {"impl/Edit.h", "impl/Formatter.h", "impl/Reader.h", "impl/SourceMap.h", "scene", "scene/core"},
 }
 LIBRARY = [folder for folder in MAY_INCLUDE if folder.split("/")[0] in ("scene", "impl")]
