@@ -1,5 +1,7 @@
 """What the tests of stages share: stages made by hand, round trips, and the validators of OpenUSD."""
 
+import io
+import json
 import pathlib
 import struct
 import zlib
@@ -43,6 +45,23 @@ def kinds_of(losses: tuple[vrn.Loss, ...]) -> list[str]:
     return sorted(loss.what for loss in losses)
 
 
+def closed_catalogue() -> vrn.Catalogue:
+    """The catalogue that is built in, without leave for inputs that it does not declare."""
+    declared = json.loads((ROOT / "catalogues" / "scene.json").read_text())
+    for node_type in declared["types"].values():
+        del node_type["open"]
+    return vrn.Catalogue.loads(json.dumps(declared))
+
+
+CLOSED = closed_catalogue()
+
+
+def undeclared(scene: vrn.Scene) -> list[str]:
+    """What of a scene that was read the catalogue does not declare."""
+    text = io.BytesIO(scene.dumps().encode("utf-8", "surrogateescape"))
+    return [found.message for found in vrn.check(text, catalogue=CLOSED, ignored=["missingFile"]).diagnostics]
+
+
 class Trip:
     """Scenes to files and back. Every file that is written must please the validators."""
 
@@ -69,6 +88,7 @@ class Trip:
             stage.GetRootLayer().Export(str(path))
         scene, found = vrn.usd.from_usd(path)
         assert kinds_of(found) == sorted(losses or [])
+        assert undeclared(scene) == []
         return scene
 
     def round(
@@ -77,6 +97,7 @@ class Trip:
         self.write(scene, losses, name, check)
         result, found = vrn.usd.from_usd(self.folder / name)
         assert found == ()
+        assert undeclared(result) == []
         return result
 
 

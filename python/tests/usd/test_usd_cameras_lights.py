@@ -123,6 +123,8 @@ def test_lights(trip: Trip, kind: str) -> None:
         ("light l; l.target = t; l.direction = vec3(0 1 0); transform t;", "targets of lights"),
         ('light l; l.kind = "neon";', "unknown kinds of lights"),
         ("light l; l.range = 5.0;", "input range of light"),
+        ("light l; l.color = rgba(1 1 0 0.5);", "further components of vectors and colours"),
+        ("light l; l.color = vec4(1 1 0 0);", "further components of vectors and colours"),
         ("light l; l.intensity = -1.0;", "numbers out of range (clamped)"),
         ('light l; l.kind = "spot"; l.innerAngle = 50.0; l.outerAngle = 40.0;', "numbers out of range (clamped)"),
     ],

@@ -224,6 +224,7 @@ def test_paths_of_textures_follow_the_folder(trip: Trip, tmp_path: pathlib.Path)
         ("a.emission.color = rgba(1 1 1 1); a.emission.strength = 2.0;",
          ["strengths of emission (multiplied into its colour)"]),
         (TEXTURE + "a.normalMap |= t.outColor; a.normalScale = 0.5;", ["scales of normal maps"]),
+        ("a.emission.color = rgba(1 0 0 0.5);", ["further components of vectors and colours"]),
         ("a.unlit = true;", ["input unlit of material"]),
         ("a.transmission.factor = 0.5;", ["input transmission.factor of material"]),
         ("texture t; a.baseColorMap |= t.outColor;", ["textures without an image"]),
@@ -241,6 +242,26 @@ def test_paths_of_textures_follow_the_folder(trip: Trip, tmp_path: pathlib.Path)
 )  # fmt: skip
 def test_losses_of_written_materials(trip: Trip, text: str, losses: list[str]) -> None:
     trip.write(SHOWN + text, losses)
+
+
+@pytest.mark.parametrize(
+    ("scale", "bias", "expected", "losses"),
+    [
+        ((1, 1, 2, 1), (-0.5, -0.5, -1, 0), 0.5, []),
+        ((2, 2, 2, 1), (-1, -1, -1, 0), None, []),
+        ((2, -2, 2, 1), (-1, 1, -1, 0), None, ["scales of normal maps"]),
+        ((1, 1, 2, 1), (-1, -1, -1, 0), None, ["scales of normal maps"]),
+        ((1, 1, 1, 1), (-0.5, -0.5, -0.5, 0), None, ["scales of normal maps"]),
+    ],
+)
+def test_scales_of_normal_maps(
+    trip: Trip, scale: tuple[float, ...], bias: tuple[float, ...], expected: float | None, losses: list[str]
+) -> None:
+    stage = trip.write(SHOWN + TEXTURE + "a.normalMap |= t.outColor;")
+    texture = UsdShade.Shader(stage.GetPrimAtPath("/Root/Materials/a/normalMap"))
+    texture.GetInput("scale").Set(scale)
+    texture.GetInput("bias").Set(bias)
+    assert trip.read(stage, losses)["a"].get("normalScale") == expected
 
 
 def test_missing_images_of_packages(trip: Trip, tmp_path: pathlib.Path) -> None:

@@ -381,7 +381,7 @@ def test_invalid_meshes_are_not_written(trip: Trip, text: str, loss: str) -> Non
          "attributes that are not one to four floats or one integer"),
         ('m.subdivision.scheme = "magic";', "unknown rules of subdivision"),
         ("m.smooth = true;", "input smooth of mesh"),
-        ("m.variants[0].variant = 1u;", "input variants[].variant of mesh"),
+        ("m.variants[0].variant = 1u;", "variants of meshes without a material or a name"),
         ("m.targets[0].coords = vec2f[3] {0 0, 0 0, 1 1};", "input targets[].coords of mesh"),
     ],
 )  # fmt: skip

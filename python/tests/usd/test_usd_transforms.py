@@ -100,7 +100,7 @@ def test_deep_hierarchies(trip: Trip) -> None:
         ("thing a;", "nodes of type thing"),
         ("scene s; s.nodes[0] = a; transform a; transform b;", "nodes outside the scene that is shown first"),
         ("scene s; s.nodes[0] = a; transform a; scene t;", "scenes after the one that is shown first"),
-        ('variants v; v.names[0] = "red";', "nodes of type variants"),
+        ("variants v; variants w;", "nodes of type variants"),
         ("instance i; i.instances.translation = vec3f[2] {0 0 0, 1 1 1}; i.instances.scale = vec3f[1] {1 1 1};",
          "instances whose transforms are not finite or differ in number"),
     ],

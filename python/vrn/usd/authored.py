@@ -25,6 +25,7 @@ class Authored:
         self.prim = prim
         self._losses = losses
         self._read: set[str] = set()
+        self._read_variants: set[str] = set()
 
     def lose(self, what: str, name: str = "") -> None:
         path = str(self.prim.GetPath())
@@ -67,6 +68,10 @@ class Authored:
         """Says that these properties are read by other means."""
         self._read.update(names)
 
+    def mark_variants(self, *names: str) -> None:
+        """Says that all variants of these sets are read."""
+        self._read_variants.update(names)
+
     def targets(self, name: str) -> list[Any]:
         """The paths that a relationship leads to."""
         self._read.add(name)
@@ -94,6 +99,12 @@ class Authored:
         for name in {name for opinion in self.prim.GetPrimStack() for name in opinion.customData}:
             if name != "vrn":
                 self.lose(f"custom data {name} of {kind}")
+        self.add_unread_variants()
+
+    def add_unread_variants(self) -> None:
+        """Reports variants that are not selected, unless their set is read."""
         sets = self.prim.GetVariantSets()
-        if any(len(sets.GetVariantSet(name).GetVariantNames()) > 1 for name in sets.GetNames()):
-            self.lose("variants that are not selected")
+        for name in sets.GetNames():
+            if name not in self._read_variants and len(sets.GetVariantSet(name).GetVariantNames()) > 1:
+                return self.lose("variants that are not selected")
+        return None

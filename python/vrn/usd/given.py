@@ -16,6 +16,7 @@ from .losses import Losses
 from .numbers import DIGITS, LARGEST
 
 WRONG_TYPE = "values of the wrong type"
+FURTHER = "further components of vectors and colours"
 _UNTYPED = "Buffer"  # of a catalogue, before it has a value
 
 
@@ -67,6 +68,15 @@ class Given:
             self.lose(WRONG_TYPE, path)
             value = default
         return self._checked(path, tuple(map(float, value)), default)
+
+    def color(self, path: str, default: tuple[float, ...]) -> tuple[float, ...]:
+        """Red, green and blue. Any alpha but 1 is lost."""
+        found = self.find(path)
+        has_alpha = found is not None and isinstance(found.value, tuple) and len(found.value) == 4
+        values = self.vector(path, (*default, 1.0) if has_alpha else default)
+        if has_alpha and values[3] != 1:
+            self.lose(FURTHER, path)
+        return values[:3]
 
     def matrix(self, path: str) -> Array:
         value = self._value(path, tuple, vrn.Mat4(*np.eye(4)))

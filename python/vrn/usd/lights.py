@@ -36,9 +36,9 @@ def write_light(prim: Usd.Prim, given: Given) -> None:
     kind = given.text("kind")
     factor = _CANDELA if prim.IsA(UsdLux.SphereLight) else 1.0
     _write_number(given, light.CreateIntensityAttr, "intensity", 1, lambda value: value * factor, math.inf)
-    color = given.vector("color", (1, 1, 1, 1)) if _has_alpha(given) else given.vector("color", (1, 1, 1))
-    light.CreateColorAttr(Gf.Vec3f(*map(single, color[:3])))
-    if any(shortest(single(value)) != value for value in color[:3]):
+    color = given.color("color", (1, 1, 1))
+    light.CreateColorAttr(Gf.Vec3f(*map(single, color)))
+    if any(shortest(single(value)) != value for value in color):
         given.lose(DIGITS, "color")
     light.CreateNormalizeAttr(True)
     if prim.IsA(UsdLux.SphereLight):
@@ -51,11 +51,6 @@ def write_light(prim: Usd.Prim, given: Given) -> None:
         _write_cone(prim, given)
     if not given.flag("castShadows", True):
         UsdLux.ShadowAPI.Apply(prim).CreateShadowEnableAttr(False)
-
-
-def _has_alpha(given: Given) -> bool:
-    found = given.find("color")
-    return found is None or found.type == "Rgba"
 
 
 def _write_cone(prim: Usd.Prim, given: Given) -> None:

@@ -12,7 +12,7 @@ from pxr import Gf, Sdf, Usd, UsdShade
 import vrn
 
 from .authored import Authored
-from .given import Given
+from .given import FURTHER, Given
 from .meshes import uvset_name
 from .names import KEPT, NAME, text_for_usd
 from .numbers import DIGITS, shortest, shortest_of, single
@@ -203,6 +203,8 @@ class _Network:
 
     def _write_emission(self) -> None:
         color = self._colour("emission.color", default=(0, 0, 0, 1), most=single(math.inf))
+        if color[3] != 1:
+            self._given.lose(FURTHER, "emission.color")
         strength = self._given.number("emission.strength", 1)
         if strength != 1 and any(color[:3]):
             self._given.lose("strengths of emission (multiplied into its colour)", "emission.strength")
@@ -531,9 +533,13 @@ class _Surface:
         image = self._image("normal")
         if image is None:
             return
-        if image.scale[2] != 2 or tuple(image.bias[:3]) != (-1, -1, -1) or image.scale[0] != 2:
+        scale = image.scale[0] / 2
+        if image.scale[:3] != (2 * scale, 2 * scale, 2) or image.bias[:3] != (-scale, -scale, -1):
             self._authored.lose("scales of normal maps", image.shader.GetPrim().GetName())
+            scale = 1
         self._put(NORMAL, image)
+        if scale != 1:
+            self._node.add("normalScale", "Real", shortest(scale))
 
     def _read_occlusion(self) -> None:
         image = self._image("occlusion")

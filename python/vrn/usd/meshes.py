@@ -22,6 +22,7 @@ if TYPE_CHECKING:
 
 TYPES = Sdf.ValueTypeNames
 MESH = "mesh"
+VARIANTS = ("variants[].variant", "variants[].material")
 FLIPPED = "last digits of texture coordinates (v is flipped)"
 MISMATCH = "attributes that do not match the points of their mesh"
 
@@ -69,7 +70,7 @@ def write_mesh(stage: Usd.Stage, path: Sdf.Path, mesh: vrn.Node, losses: Losses)
         _write_subdivision(prim, given)
         skins.write_influences(prim, given, len(points))
         morphs.write_targets(prim, given, len(points))
-    given.add_unread("name", "topology", "normalMode", "material", "extras", "partExtras", "weights")
+    given.add_unread("name", "topology", "normalMode", "material", *VARIANTS, "extras", "partExtras", "weights")
     return prim
 
 

@@ -23,6 +23,7 @@ from .names import KEPT, NAME, UniqueNames, node_name
 from .numbers import shortest
 from .skins import SkinReader
 from .transforms import Transform, read_transform
+from .variants import VariantReader, bound_material
 from .writing import BARE, PART, ROOT, SCENE, SCOPE, TYPE
 
 _CHILDREN = Usd.TraverseInstanceProxies(Usd.PrimDefaultPredicate)
@@ -63,9 +64,10 @@ class Reader:
         self.nodes: dict[Sdf.Path, vrn.Node] = {}
         self.metres = UsdGeom.GetStageMetersPerUnit(stage)
         self._names = UniqueNames()
-        self._materials = MaterialReader(self)
+        self.materials = MaterialReader(self)
         self.animations = AnimationReader(self)
         self._skins = SkinReader(self)
+        self._variants = VariantReader(self)
         self._meshes: dict[Any, list[vrn.Node]] = {}
         self._sides: dict[str, bool] = {}
         self._uv_names: dict[str, list[str]] = {}
@@ -76,13 +78,14 @@ class Reader:
         self._read_layer()
         self._read_prims(self._root())
         self._skins.finish()
-        self._materials.finish()
+        self._variants.finish()
+        self.materials.finish()
         self.animations.finish()
         self._read_scene()
 
     def release(self) -> None:
         """Releases the stage: the parts refer to each other, and would keep it until the garbage is collected."""
-        del self.stage, self.animations, self._skins, self._materials
+        del self.stage, self.animations, self._skins, self.materials, self._variants
 
     # --- what all parts use
 
@@ -185,11 +188,15 @@ class Reader:
             return None
         if self._is_transparent(prim):
             self._scenes += [prim] if isinstance(prim.GetCustomDataByKey(SCENE), bool) else []
+            authored = Authored(prim, self.losses)
+            authored.mark_variants(*self._variants.sets_of(prim))
+            authored.add_unread_variants()
             return None
         if prim.IsA(UsdGeom.Scope) and not _has_content(prim):
             return None
         authored = Authored(prim, self.losses)
         authored.mark(*_BINDINGS, "purpose", "visibility", "material:binding:collection")
+        authored.mark_variants(*self._variants.sets_of(prim))
         purpose = UsdGeom.Imageable(prim).ComputePurpose() if prim.IsA(UsdGeom.Imageable) else "default"
         if purpose in ("proxy", "guide"):
             authored.lose(f"prims for the purpose {purpose}")
@@ -325,8 +332,8 @@ class Reader:
             node = self.add_for("mesh", prim, suffix)
             reader.put(node, part)
             meshes.append(node)
-            binding = UsdShade.MaterialBindingAPI(owner)
-            material = binding.ComputeBoundMaterial()[0] if len(parts) > 1 else binding.GetDirectBinding().GetMaterial()
+            self._variants.add(node, owner, len(parts) > 1, reader.uv_names)
+            material = bound_material(owner, len(parts) > 1)
             if material:
                 self._set_material(node, material, reader.uv_names)
         node_sides = UsdGeom.Gprim(prim).GetDoubleSidedAttr().Get() is True
@@ -336,7 +343,7 @@ class Reader:
         return meshes
 
     def _set_material(self, node: vrn.Node, material: UsdShade.Material, uv_names: list[str]) -> vrn.Node:
-        found = self._materials.node_of(material, uv_names)
+        found = self.materials.node_of(material, uv_names)
         node.add("material", "Null", None)
         node.inputs["material"].connection = found.outputs["outColor"]
         return found

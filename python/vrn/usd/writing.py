@@ -27,6 +27,7 @@ from .names import KEPT, NAME, UniqueNames, prim_name, text_for_usd
 from .skins import SkeletonWriter
 from .textures import Images
 from .transforms import write_transform
+from .variants import VariantWriter
 
 ROOT = "vrn:root"
 PART = "vrn:part"
@@ -67,6 +68,7 @@ class Writer:
         self._scopes: dict[str, Sdf.Path] = {}
         self._channels = Channels(scene, losses)
         self._materials = MaterialWriter(self)
+        self._variants = VariantWriter(self)
         self._skeletons = SkeletonWriter(self)
         self._prototypes: dict[str, Sdf.Path | None] = {}
         self._shapes: dict[str, list[Usd.Prim]] = {}
@@ -140,9 +142,9 @@ class Writer:
             self.stage.SetStartTimeCode(0)
             self.stage.SetEndTimeCode(self._channels.last_code)
         if self._channels.details:
-            self._keep_in_layer("animation", self._channels.details)
+            self.keep_in_layer("animation", self._channels.details)
 
-    def _keep_in_layer(self, key: str, value: Any) -> None:
+    def keep_in_layer(self, key: str, value: Any) -> None:
         data = dict(self.stage.GetRootLayer().customLayerData)
         data["vrn"] = {**data.get("vrn", {}), key: value}
         self.stage.GetRootLayer().customLayerData = data
@@ -264,12 +266,13 @@ class Writer:
             return None
         self.keep_name(prim, mesh)
         material = Given(mesh, Losses()).link("material")
-        if material is not None:
+        has_variants = self._variants.add(prim, Given(mesh, self.losses), material)
+        if material is not None and not has_variants:
             self._materials.bind(prim, material)
-            self._set_sides(prim, material)
+            self.set_sides(prim, material)
         return prim
 
-    def _set_sides(self, prim: Usd.Prim, material: vrn.Node) -> None:
+    def set_sides(self, prim: Usd.Prim, material: vrn.Node) -> None:
         is_double_sided = material.name in self._materials.double_sided
         if prim.IsA(UsdGeom.Gprim) and UsdGeom.Gprim(prim).GetDoubleSidedAttr().Get() != is_double_sided:
             UsdGeom.Gprim(prim).CreateDoubleSidedAttr(is_double_sided)
@@ -283,7 +286,7 @@ class Writer:
         if len({prim.GetPath().GetParentPath() for prim in shapes}) == 1:
             self._materials.bind(self.stage.GetPrimAtPath(shapes[0].GetPath().GetParentPath()), material, True)
         for prim in shapes:
-            self._set_sides(prim, material)
+            self.set_sides(prim, material)
 
     def _bare_meshes(self, hierarchy: Hierarchy, uses: dict[str, int]) -> list[vrn.Node]:
         """The meshes that no node shows: they are shown as they are, unless a scene says what is shown."""
@@ -370,6 +373,7 @@ class Writer:
         for node in self.scene.nodes(type="material"):
             if not node.is_definition:
                 self._materials.path_of(node)
+        self._variants.write(self._materials)
         for name in sorted(self._materials.double_sided - self._materials.bound):
             self.losses.add("sides of materials without a mesh", name)
         self._write_scene(hierarchy)
@@ -397,5 +401,5 @@ class Writer:
         given = Given(node, self.losses)
         self.visited.add(node.name)
         texts = {path: text_for_usd(given.text(path)) for path in ("copyright", "extras", "fileExtras")}
-        self._keep_in_layer("asset", {"node": node.name, **{path: text for path, text in texts.items() if text}})
+        self.keep_in_layer("asset", {"node": node.name, **{path: text for path, text in texts.items() if text}})
         given.add_unread("name")
