@@ -17,6 +17,7 @@ namespace {
 constexpr const char* notFinite = "numbers that are not finite";
 constexpr const char* tooLarge = "numbers beyond the range of a float";
 constexpr const char* wrongType = "values of the wrong type";
+constexpr const char* digits = "digits beyond float precision";
 
 const char* floatProblem(double number) { return std::isfinite(number) ? tooLarge : notFinite; }
 
@@ -28,6 +29,15 @@ std::optional<double> asNumber(const AttrData& value) {
     if (value.type() == AttrType::UInt)
         return static_cast<double>(value.asUInt());
     return {};
+}
+
+// Whether an integer has more digits than a double.
+bool losesDigits(const AttrData& value) {
+    constexpr double limit = 0x1p63;
+    const double number = asNumber(value).value_or(0);
+    if (value.type() == AttrType::Int)
+        return number >= limit || static_cast<i64>(number) != value.asInt();
+    return value.type() == AttrType::UInt && (number >= 2 * limit || static_cast<u64>(number) != value.asUInt());
 }
 
 bool isDefault(const Input& input) {
@@ -144,6 +154,8 @@ double InputReader::number(std::string_view path, double fallback) const {
     if (!input)
         return fallback;
     const std::optional<double> number = asNumber(input->value());
+    if (number && losesDigits(input->value()))
+        losses_.add(digits, *input);
     if (number && fitsFloat(*number))
         return *number;
     if (number)
@@ -220,7 +232,7 @@ Values<float> readFloats(const Input* input, u32 components, Losses& losses) {
         isExact &= static_cast<double>(floats[i]) == doubles[i];
     }
     if (!isExact)
-        losses.add("digits beyond float precision", *input);
+        losses.add(digits, *input);
     return Values<float>(std::move(floats));
 }
 

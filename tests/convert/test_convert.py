@@ -577,6 +577,9 @@ class ToGltf(Converting):
             (TRIANGLE + material + "r.sheen.color = rgba(1 1 0 1);", None),
             (TRIANGLE + material + "r.baseColor = mat4(1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1);", wrong % "r.baseColor"),
             (mapped + "offset = vec3(0 1 2);", further % "r.baseColorXform.offset"),
+            ("camera c; c.far = 9007199254740993;", "digits beyond float precision: 1 (c.far)"),
+            ("camera c; c.far = 9223372036854775807;", "digits beyond float precision: 1 (c.far)"),
+            ("camera c; c.far = 9007199254740992;", None),
             (mapped + "uvset = 0.5;", "fractions of the numbers of uvsets: 1 (r.baseColorXform.uvset)"),
         ):
             with self.subTest(text):
