@@ -23,6 +23,8 @@ bool matchesGlob(std::string_view text, std::string_view pattern) noexcept {
         if (in < pattern.size() && pattern[in] == '*') {
             star = in++;
             retry = at;
+            if (in == pattern.size())
+                return true;
         } else if (in < pattern.size() && pattern[in] == '?') {
             ++in;
             at += characterLength(text.substr(at));

@@ -6,6 +6,8 @@
 #include "python/src/Values.h"
 #include "scene/core/TextEncoding.h"
 
+#include <array>
+
 namespace vrn::python {
 
 namespace {
@@ -15,6 +17,18 @@ nb::object valueOfInput(const InputReference& input) {
     if (read.type() == AttrType::Array || read.type() == AttrType::Object)
         return nb::cast(input);
     return valueOf(input.box(), read);
+}
+
+// Most inputs have one of a few types, whose names are kept.
+nb::object typeOf(const InputReference& reference) {
+    static std::array<nb::handle, vor::velmo_sdk::attrTypeCount> names{}; // guarded by the GIL
+    const Input& input = reference.read();
+    if (input.type() == AttrType::Buffer || input.type() == AttrType::Array)
+        return str(nameOf(input));
+    nb::handle& known = names[static_cast<std::size_t>(input.type())];
+    if (!known.is_valid())
+        known = str(nameOf(input)).release();
+    return nb::borrow(known);
 }
 
 void setValue(const InputReference& input, nb::handle value) { assign(input, value); }
@@ -205,9 +219,8 @@ void bindInput(nb::module_& m) {
         .def_prop_ro(
             "label", [](const InputReference& input) { return str(input.read().label()); },
             "The path: `box.uvsets[0].name`.")
-        .def_prop_ro(
-            "type", [](const InputReference& input) { return str(nameOf(input.read())); },
-            "The type: `Real`, `Vec3`, `Object`; `Real[]` for an array of reals, `vec3f[]` for a buffer.")
+        .def_prop_ro("type", &typeOf, nb::sig("def type(self) -> str"),
+                     "The type: `Real`, `Vec3`, `Object`; `Real[]` for an array of reals, `vec3f[]` for a buffer.")
         .def_prop_ro("dtype", &nameOfNumbers, nb::sig("def dtype(self) -> str | None"),
                      "The numpy type of the numbers of a buffer, such as `float32`; otherwise None.")
         .def_prop_ro("shape", &shapeOf, nb::sig("def shape(self) -> tuple[int, ...]"),

@@ -6,16 +6,17 @@
 #include "python/src/Values.h"
 
 #include <algorithm>
+#include <new>
 
 namespace vrn::python {
 
 Walk::Walk(const NodeReference& node) : node_(node) { (void)node.read(); }
 
-InputReference Walk::next() {
+std::optional<InputReference> Walk::next() {
     if (!at_) {
         const Node& node = node_.read();
         if (nextTop_ >= node.inputs().size())
-            throw nb::stop_iteration();
+            return std::nullopt;
         return moveTo(node.inputs()[nextTop_++]);
     }
     const Input* input = &at_->read();
@@ -116,6 +117,24 @@ nb::object childAt(const Children& children, nb::handle key) {
         InputReference(children.input.box(), const_cast<Input*>(parent.children()[static_cast<std::size_t>(index)])));
 }
 
+// The slot of `__next__`. A function of nanobind would end a walk with a C++ exception, which takes longer than the
+// walk through a small node.
+PyObject* nextOf(PyObject* walk) noexcept {
+    try {
+        std::optional<InputReference> next = nb::inst_ptr<Walk>(walk)->next();
+        return next ? nb::cast(std::move(*next)).release().ptr() : nullptr;
+    } catch (nb::python_error& error) {
+        error.restore();
+    } catch (const std::bad_alloc&) {
+        PyErr_NoMemory();
+    }
+    return nullptr;
+}
+
+const PyType_Slot walkSlots[] = {{Py_tp_iter, reinterpret_cast<void*>(&PyObject_SelfIter)},
+                                 {Py_tp_iternext, reinterpret_cast<void*>(&nextOf)},
+                                 {0, nullptr}};
+
 } // namespace
 
 void bindNamedViews(nb::module_& m) {
@@ -159,10 +178,7 @@ void bindNamedViews(nb::module_& m) {
              nb::sig("def __contains__(self, key: object, /) -> bool"))
         .def("__len__", [](const Children& children) { return children.input.read().size(); });
 
-    nb::class_<Walk>(m, "Walk", "The inputs of a node at any depth, one after the other.")
-        .def(
-            "__iter__", [](nb::handle walk) { return walk; }, nb::sig("def __iter__(self) -> Walk"))
-        .def("__next__", &Walk::next);
+    nb::class_<Walk>(m, "Walk", nb::type_slots(walkSlots), "The inputs of a node at any depth, one after the other.");
 
     nb::class_<Editing>(m, "Editing", "The elements of a buffer, writable for the time of a `with` block.")
         .def("__enter__", &Editing::enter, nb::sig("def __enter__(self) -> numpy.typing.NDArray[typing.Any]"))

@@ -25,7 +25,7 @@ struct Children {
 class Walk {
 public:
     explicit Walk(const NodeReference& node);
-    [[nodiscard]] InputReference next(); // throws nb::stop_iteration
+    [[nodiscard]] std::optional<InputReference> next(); // nothing at the end
 
 private:
     InputReference moveTo(const Input* input);

@@ -2,6 +2,8 @@
 
 #include "python/src/Buffers.h"
 
+#include <array>
+
 namespace vrn::python {
 
 using vor::velmo_sdk::ValueKind;
@@ -15,15 +17,27 @@ nb::object tupleOf(std::span<const double> numbers) {
     return made;
 }
 
-// Instances of the classes in vrn._values; their constructor is passed over, because the numbers are right.
+// The class in vrn._values.
+nb::handle classOf(AttrType type) {
+    static std::array<nb::handle, vor::velmo_sdk::attrTypeCount> classes{}; // guarded by the GIL
+    nb::handle& known = classes[static_cast<std::size_t>(type)];
+    if (!known.is_valid())
+        known = imported("vrn._values", attrTypeName(type));
+    return known;
+}
+
+// An instance of such a class. Its constructor is passed over, because the numbers are right.
 nb::object made(nb::handle type, const nb::object& items) {
-    static const nb::handle tupleNew =
-        nb::object(nb::handle(reinterpret_cast<PyObject*>(&PyTuple_Type)).attr("__new__")).release();
-    return tupleNew(type, items);
+    static const auto tupleNew = reinterpret_cast<newfunc>(PyType_GetSlot(&PyTuple_Type, Py_tp_new));
+    nb::object value =
+        nb::steal(tupleNew(reinterpret_cast<PyTypeObject*>(type.ptr()), nb::make_tuple(items).ptr(), nullptr));
+    if (!value.is_valid())
+        throw nb::python_error();
+    return value;
 }
 
 nb::object componentsOf(const AttrData& value) {
-    const nb::handle type = imported("vrn._values", attrTypeName(value.type()));
+    const nb::handle type = classOf(value.type());
     const std::span<const double> numbers = value.components();
     if (value.type() != AttrType::Mat3 && value.type() != AttrType::Mat4)
         return made(type, tupleOf(numbers));
