@@ -65,7 +65,7 @@ struct ReadOptions {
 // Reads a text into a scene. Raises OSError, and what a signal handler raises.
 Diagnosis read(const Box& box, NamedFile source, const ReadOptions& options) {
     SceneFile& file = source.file;
-    if (options.check)
+    if (options.check && box->scene.catalogue())
         file.recordSources();
     Interrupts interrupts([&] { file.requestStop(); });
     Diagnosis diagnosis;

@@ -81,7 +81,7 @@ class SceneMachine(RuleBasedStateMachine):
     def use_what_is_held(self, held):
         node, inputs = held
         if node.is_attached:
-            assert node.name in self.scene
+            assert node.scene[node.name] == node  # of an earlier scene, perhaps
         else:
             with pytest.raises(vrn.RemovedError):
                 node.inputs
