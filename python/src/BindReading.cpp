@@ -11,7 +11,10 @@
 #include "scene/core/TextEncoding.h"
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
+#include <new>
+#include <optional>
 
 namespace vrn::python {
 
@@ -32,9 +35,11 @@ NamedFile fromMemory(nb::handle data, const std::string& name) {
     return {.file = SceneFile(std::string_view(name), memory.bytes, std::move(memory.keeper))};
 }
 
+SceneFile sceneFile(const Path& path) { return SceneFile(path.bytes == "-" ? "./-" : std::string_view(path.bytes)); }
+
 // What is no regular file, such as a pipe, is opened by Python, whose signals can interrupt that.
 NamedFile fromPath(nb::handle given) {
-    Path path = pathOf(given);
+    const Path path = pathOf(given);
     std::error_code ignored;
     const auto type = std::filesystem::status(path.bytes, ignored).type();
     if (type != std::filesystem::file_type::regular && type != std::filesystem::file_type::not_found) {
@@ -43,12 +48,12 @@ NamedFile fromPath(nb::handle given) {
         file.attr("close")();
         return fromMemory(data, path.bytes);
     }
-    return {.path = std::move(path.name), .file = SceneFile(path.bytes == "-" ? "./-" : std::string_view(path.bytes))};
+    return {.path = path.name, .file = sceneFile(path)};
 }
 
 // A path, or a file object, which is read to its end.
 NamedFile sourceOf(nb::handle source) {
-    if (!nb::hasattr(source, "read"))
+    if (PyUnicode_Check(source.ptr()) || !nb::hasattr(source, "read"))
         return fromPath(source);
     const nb::object name = nb::getattr(source, "name", nb::none());
     const nb::object data = source.attr("read")();
@@ -62,21 +67,25 @@ struct ReadOptions {
     const check::Options* check = nullptr; // looks for what the catalogue finds wrong, too
 };
 
-// Reads a text into a scene. Raises OSError, and what a signal handler raises.
-Diagnosis read(const Box& box, NamedFile source, const ReadOptions& options) {
-    SceneFile& file = source.file;
-    if (options.check && box->scene.catalogue())
+// Reads a text into a scene, without the GIL.
+Diagnosis diagnosisOf(SceneFile& file, Scene& scene, const ReadOptions& options, Interrupts& interrupts) {
+    if (options.check && scene.catalogue())
         file.recordSources();
-    Interrupts interrupts([&] { file.requestStop(); });
+    file.read(scene, {.notices = options.hasNotices ? vor::Notices::Yes : vor::Notices::No,
+                      .onFetch = interrupts.watch(),
+                      .isMerge = options.isMerge});
+    if (options.check)
+        file.check(scene, *options.check);
+    return file.diagnosisWithLines();
+}
+
+// The same for a scene of Python's. Raises OSError, and what a signal handler raises.
+Diagnosis read(const Box& box, NamedFile source, const ReadOptions& options) {
+    Interrupts interrupts([&] { source.file.requestStop(); });
     Diagnosis diagnosis;
     {
         const ChangeTurn turn(box->turns);
-        file.read(box->scene, {.notices = options.hasNotices ? vor::Notices::Yes : vor::Notices::No,
-                               .onFetch = interrupts.watch(),
-                               .isMerge = options.isMerge});
-        if (options.check)
-            file.check(box->scene, *options.check);
-        diagnosis = file.diagnosisWithLines();
+        diagnosis = diagnosisOf(source.file, box->scene, options, interrupts);
     }
     interrupts.raisePending();
     if (!diagnosis.isWhole())
@@ -117,8 +126,7 @@ void apply(const Box& box, nb::handle data, bool isStrict, bool hasNotices) {
     readOrRaise(box, fromMemory(data, "<string>"), isStrict, {.hasNotices = hasNotices, .isMerge = true});
 }
 
-Diagnosis checkFile(nb::handle source, nb::handle catalogue, nb::handle limits, nb::handle ignored, bool isPedantic) {
-    const nb::object scene = newScene(catalogue, limits);
+check::Options checkOptions(nb::handle ignored, bool isPedantic) {
     check::Options options{.isPedantic = isPedantic};
     const std::vector<std::string> kinds = check::kindNames();
     for (const nb::handle name : nb::iter(ignored)) {
@@ -131,7 +139,68 @@ Diagnosis checkFile(nb::handle source, nb::handle catalogue, nb::handle limits, 
         }
         options.ignored.insert(kind);
     }
+    return options;
+}
+
+Diagnosis checkFile(nb::handle source, nb::handle catalogue, nb::handle limits, nb::handle ignored, bool isPedantic) {
+    const nb::object scene = newScene(catalogue, limits);
+    const check::Options options = checkOptions(ignored, isPedantic);
     return read(nb::cast<Box>(scene), sourceOf(source), {.hasNotices = true, .check = &options});
+}
+
+// What a check found in one of several files.
+struct Checked {
+    Diagnosis diagnosis;
+    double seconds;
+};
+
+// Nothing for what is no regular file, cannot be read or needs too much memory.
+std::optional<Checked> checked(const Path& path, const SharedCatalogue* catalogue, const check::Options& options,
+                               Interrupts& interrupts, SceneFile*& current) {
+    const auto start = std::chrono::steady_clock::now();
+    try {
+        SceneFile file = sceneFile(path);
+        if (file.isReadOnce())
+            return std::nullopt;
+        current = &file;
+        Scene scene;
+        if (catalogue)
+            scene.setCatalogue(catalogue->types);
+        Diagnosis diagnosis = diagnosisOf(file, scene, {.hasNotices = true, .check = &options}, interrupts);
+        if (!diagnosis.isWhole())
+            return std::nullopt;
+        const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
+        return Checked{std::move(diagnosis), seconds.count()};
+    } catch (const std::bad_alloc&) {
+        return std::nullopt;
+    }
+}
+
+// Threads that needed the GIL for each of many small files would mostly wait for it.
+nb::list checkFiles(nb::handle paths, const SharedCatalogue* catalogue, nb::handle ignored, bool isPedantic) {
+    const check::Options options = checkOptions(ignored, isPedantic);
+    std::vector<Path> names;
+    for (const nb::handle path : nb::iter(paths))
+        names.push_back(pathOf(path));
+    std::vector<std::optional<Checked>> found(names.size());
+    SceneFile* current = nullptr;
+    bool isStopped = false;
+    Interrupts interrupts([&] {
+        isStopped = true;
+        current->requestStop();
+    });
+    {
+        const nb::gil_scoped_release released;
+        for (std::size_t i = 0; i < names.size() && !isStopped; ++i)
+            found[i] = checked(names[i], catalogue, options, interrupts, current);
+    }
+    interrupts.raisePending();
+    nb::list made;
+    for (const std::optional<Checked>& each : found)
+        made.append(each ? nb::object(nb::make_tuple(!each->diagnosis.hasErrors(), diagnosticsOf(each->diagnosis),
+                                                     each->seconds))
+                         : nb::none());
+    return made;
 }
 
 nb::str format(nb::handle data, vor::u32 column) {
@@ -230,6 +299,13 @@ void bindReading(nb::module_& m) {
           "True\n"
           ">>> print(vrn.check('city.vrn'), end='')\n"
           "1 file checked: 0 errors, 0 warnings");
+    m.def("check_files", &checkFiles, nb::arg("paths"), nb::kw_only(), nb::arg("catalogue").none(), nb::arg("ignored"),
+          nb::arg("pedantic"),
+          nb::sig("def check_files(paths: collections.abc.Sequence[Path], *, catalogue: Catalogue | None, ignored: "
+                  "collections.abc.Iterable[str], pedantic: bool) -> list[tuple[bool, tuple[Diagnostic, ...], float] | "
+                  "None]"),
+          "What check() finds in each of many files: whether there are no errors, the diagnostics, and the seconds.\n\n"
+          "None for a file for which check() raises, and for one that it has to read in another way.");
     bindReport(m);
     m.def("format", &format, nb::arg("text"), nb::kw_only(), nb::arg("column") = 100,
           nb::sig("def format(text: Data, *, column: int = 100) -> str"),

@@ -142,14 +142,14 @@ class Run(Sequence[Result]):
         return f"<vrn.Run of {len(self)} files: {counts or 'none'}>"
 
     def _append(self, result: Result) -> None:
-        others = (result.value, result.diagnostics, result.error, result.previous)
-        if result.value is not None or others[1:] != _NOTHING[1:]:
-            self._others[len(self._ends)] = others
-        self._paths += result.path.encode("utf-8", "surrogatepass")
+        path, status, value, diagnostics, seconds, worker, error, previous = result
+        if value is not None or diagnostics or error or previous:
+            self._others[len(self._ends)] = value, diagnostics, error, previous
+        self._paths += path.encode("utf-8", "surrogatepass")
         self._ends.append(len(self._paths))
-        self._statuses.append(_STATUSES.index(result.status))
-        self._seconds.append(result.seconds)
-        self._worker_of.append(self._number_of(result.worker))
+        self._statuses.append(_STATUSES.index(status))
+        self._seconds.append(seconds)
+        self._worker_of.append(self._number_of(worker))
 
     def _number_of(self, worker: str) -> int:
         number = self._worker_numbers.setdefault(worker, len(self._workers))
