@@ -58,9 +58,10 @@ PYTHON := build/python/venv/bin/python
 python: checks python-package $(NODE_MODULES)
 	@$(CONFIGURE) --preset release >/dev/null
 	@cmake --build --preset release --target vrn_command
-	VRN=$(CURDIR)/build/release/vrn $(PYTHON) -m pytest --quiet --timeout 300 --ignore python/tests/farm --ignore python/tests/usd python/tests
+	VRN=$(CURDIR)/build/release/vrn $(PYTHON) -m pytest --quiet --timeout 300 --ignore python/tests/farm --ignore python/tests/usd --ignore python/tests/third_parties python/tests
 	cd python/tests/farm && VRN=$(CURDIR)/build/release/vrn $(CURDIR)/$(PYTHON) -m pytest --quiet
 	cd python/tests/usd && $(CURDIR)/$(PYTHON) -m pytest --quiet --timeout 300
+	cd python/tests/third_parties && $(CURDIR)/$(PYTHON) -m pytest --quiet
 
 python-package: checks $(PYTHON)
 	scripts/python-dist

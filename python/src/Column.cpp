@@ -1,10 +1,12 @@
 #include "python/src/Column.h"
 
+#include "python/src/ArrowColumn.h"
 #include "python/src/Buffers.h"
 #include "python/src/PlainValues.h"
 
 #include <algorithm>
 #include <limits>
+#include <memory>
 
 namespace vrn::python {
 
@@ -84,7 +86,7 @@ public:
 
     [[nodiscard]] Column finish() {
         if (!kind_) // nothing but missing values
-            column_.values = std::vector<double>(missing_, std::numeric_limits<double>::quiet_NaN());
+            column_.values = std::vector<double>(rows_, std::numeric_limits<double>::quiet_NaN());
         return std::move(column_);
     }
 
@@ -93,7 +95,13 @@ private:
 
     void add(const Cell& cell) {
         if (std::holds_alternative<std::monostate>(cell))
-            return addMissing();
+            addMissing();
+        else
+            addValue(cell);
+        ++rows_;
+    }
+
+    void addValue(const Cell& cell) {
         const Kind kind = kindOf(cell);
         if (!kind_)
             begin(kind, cell);
@@ -105,7 +113,7 @@ private:
     static Kind kindOf(const Cell& cell) { return static_cast<Kind>(cell.index() - 1); }
 
     void begin(Kind kind, const Cell& cell) {
-        kind_ = missing_ != 0 && kind < Kind::Real ? Kind::Real : kind;
+        kind_ = rows_ != 0 && kind < Kind::Real ? Kind::Real : kind;
         if (const auto* row = std::get_if<std::span<const double>>(&cell)) {
             width_ = row->size();
             column_.rowShape = shapeOfComponents(width_);
@@ -122,10 +130,10 @@ private:
             break;
         case Kind::Real:
         case Kind::Rows:
-            column_.values = std::vector<double>(missing_ * width_, std::numeric_limits<double>::quiet_NaN());
+            column_.values = std::vector<double>(rows_ * width_, std::numeric_limits<double>::quiet_NaN());
             break;
         case Kind::Text:
-            column_.values = std::vector<Text>(missing_);
+            column_.values = std::vector<Text>(rows_);
             break;
         }
     }
@@ -161,7 +169,7 @@ private:
     }
 
     void addMissing() {
-        ++missing_;
+        column_.missing.push_back(rows_);
         if (!kind_)
             return;
         if (*kind_ < Kind::Real) {
@@ -199,38 +207,45 @@ private:
 
     Column column_;
     std::optional<Kind> kind_;
-    std::size_t missing_ = 0;
+    std::size_t rows_ = 0;
     std::size_t width_ = 1; // numbers of a value
 };
 
 template <class T>
-nb::object arrayOfNumbers(std::vector<T> values, std::vector<std::size_t> shape, nb::dlpack::dtype dtype) {
-    auto* kept = new std::vector<T>(std::move(values));
-    const nb::capsule owner(kept, [](void* memory) noexcept { delete static_cast<std::vector<T>*>(memory); });
-    std::size_t width = 1;
-    for (const std::size_t extent : shape)
-        width *= extent;
-    shape.insert(shape.begin(), kept->size() / width);
+nb::object arrayOfNumbers(const std::shared_ptr<const Column>& column, const std::vector<T>& values,
+                          nb::dlpack::dtype dtype) {
+    using Kept = std::shared_ptr<const Column>;
+    const nb::capsule owner(new Kept(column), [](void* kept) noexcept { delete static_cast<Kept*>(kept); });
+    std::vector<std::size_t> shape = column->rowShape;
+    shape.insert(shape.begin(), column->length());
     static T nothing{};
-    return nb::ndarray<nb::numpy>(kept->empty() ? &nothing : kept->data(), shape.size(), shape.data(), owner, nullptr,
-                                  dtype, nb::device::cpu::value, 0, 'C')
+    T* data = values.empty() ? &nothing : const_cast<T*>(values.data()); // only Python has the column
+    return nb::ndarray<nb::numpy>(data, shape.size(), shape.data(), owner, nullptr, dtype, nb::device::cpu::value, 0,
+                                  'C')
         .cast();
 }
 
-nb::object numpyArray(Column column) {
-    auto& values = column.values;
-    if (auto* truths = std::get_if<std::vector<u8>>(&values))
-        return arrayOfNumbers(std::move(*truths), column.rowShape, nb::dtype<bool>());
-    if (auto* integers = std::get_if<std::vector<i64>>(&values))
-        return arrayOfNumbers(std::move(*integers), column.rowShape, nb::dtype<i64>());
-    if (auto* integers = std::get_if<std::vector<u64>>(&values))
-        return arrayOfNumbers(std::move(*integers), column.rowShape, nb::dtype<u64>());
-    if (auto* reals = std::get_if<std::vector<double>>(&values))
-        return arrayOfNumbers(std::move(*reals), column.rowShape, nb::dtype<double>());
-    nb::list texts;
-    for (const Text& text : std::get<std::vector<Text>>(values))
-        texts.append(text ? nb::object(str(*text)) : nb::none());
-    return imported("numpy", "array")(texts, nb::arg("dtype") = imported("builtins", "object"));
+nb::object arrayOfTexts(const std::vector<Text>& texts) {
+    nb::list items;
+    for (const Text& text : texts)
+        items.append(text ? nb::object(str(*text)) : nb::none());
+    return imported("numpy", "array")(items, nb::arg("dtype") = imported("builtins", "object"));
+}
+
+// A function of one column, and so an attribute of the array: arrays that are computed of it have none.
+nb::object numpyArray(const std::shared_ptr<const Column>& column) {
+    nb::object array = std::visit(
+        [&]<class T>(const std::vector<T>& values) {
+            if constexpr (std::is_same_v<T, Text>)
+                return arrayOfTexts(values);
+            else // truth values are bytes
+                return arrayOfNumbers(column, values, std::is_same_v<T, u8> ? nb::dtype<bool>() : nb::dtype<T>());
+        },
+        column->values);
+    array = array.attr("view")(imported("vrn._arrays", "Column"));
+    array.attr("__arrow_c_array__") = nb::cpp_function([column](nb::handle) { return arrowCapsules(column); },
+                                                       nb::arg("requested_schema").none() = nb::none());
+    return array;
 }
 
 nb::object column(const Box& box, nb::handle path) {
@@ -243,10 +258,17 @@ nb::object column(const Box& box, nb::handle path) {
     } catch (const ColumnError& error) {
         raise(PyExc_TypeError, "the column '" + parsed.text + "': " + error.what());
     }
-    return numpyArray(std::move(made));
+    return numpyArray(std::make_shared<const Column>(std::move(made)));
 }
 
 } // namespace
+
+std::size_t Column::length() const {
+    std::size_t width = 1;
+    for (const std::size_t extent : rowShape)
+        width *= extent;
+    return std::visit([](const auto& all) { return all.size(); }, values) / width;
+}
 
 Column columnOf(const Scene& scene, const inspect::ScenePath& path) {
     ColumnBuilder builder;
@@ -255,14 +277,15 @@ Column columnOf(const Scene& scene, const inspect::ScenePath& path) {
 }
 
 void defineColumns(SceneClass& scene) {
-    scene.def("column", &column, nb::arg("path"),
-              nb::sig("def column(self, path: str, /) -> numpy.typing.NDArray[typing.Any]"),
-              "The values of all inputs that a path matches, as one array, in order.\n\n"
-              "Numbers give an array of bool, int64, uint64 or float64; vectors and matrices one of shape (n, k) or "
-              "(n, k, k);\n"
-              "strings, names of nodes and labels of outputs one of str. What has no value is NaN or None. Raises "
-              "TypeError if\n"
-              "the values have no common type.");
+    scene.def(
+        "column", &column, nb::arg("path"), nb::sig("def column(self, path: str, /) -> Column"),
+        "The values of all inputs that a path matches, as one array, in order.\n\n"
+        "Numbers give an array of bool, int64, uint64 or float64; vectors and matrices one of shape (n, k) or "
+        "(n, k, k);\n"
+        "strings, names of nodes and labels of outputs one of str. What has no value is NaN or None. Libraries of "
+        "Arrow\n"
+        "take the array as it is, with null for what has no value. Raises TypeError if the values have no common "
+        "type.");
 }
 
 } // namespace vrn::python

@@ -1,7 +1,7 @@
 // A column: the values that a path matches, as one array of a common type.
 //
 //     const Column column = columnOf(scene, parsePath("*.fov"));    // without the GIL
-//     return numpyArray(std::move(column));
+//     return numpyArray(std::make_shared<const Column>(std::move(column)));
 //
 // Numbers become bool, int64, uint64 or float64, whichever holds all of them; vectors and matrices rows of float64.
 // Strings, names of nodes that are referred to and labels of outputs become text. What has no value is NaN among
@@ -26,6 +26,9 @@ struct Column {
                  std::vector<Text>>
         values;
     std::vector<std::size_t> rowShape{}; // of one value; empty for single numbers and texts
+    std::vector<std::size_t> missing{};  // the rows without a value, in order
+
+    [[nodiscard]] std::size_t length() const; // in rows
 };
 
 // Values that have no common type, such as a string and a number, or vectors of different sizes.

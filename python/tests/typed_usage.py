@@ -51,6 +51,7 @@ def change(scene: vrn.Scene) -> None:
 def query(scene: vrn.Scene, other: vrn.Scene) -> str:
     values: dict[str, Any] = scene.query("*.material")
     column: npt.NDArray[Any] = scene.column("*.fov")
+    assert_type(scene.column("*.fov").__arrow_c_array__(), tuple[object, object])
     differences = [str(difference.before) for difference in vrn.diff(scene, other, tolerance=1e-6)]
     return f"{values} {column.mean()} {differences}"
 

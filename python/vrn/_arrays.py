@@ -10,6 +10,32 @@ if TYPE_CHECKING:
     from numpy.typing import ArrayLike, NDArray
 
 
+class Column(np.ndarray[Any, np.dtype[Any]]):
+    """What `Scene.column` returns: an array that libraries of Arrow take, too.
+
+    They share the memory of numbers. What has no value is null, where the array has NaN or None. Slices and arrays that
+    are computed of a column are arrays of numpy like any other.
+    """
+
+    if TYPE_CHECKING:
+
+        def __arrow_c_array__(self, requested_schema: object = None) -> tuple[object, object]: ...
+
+    def __arrow_array__(self, type: Any = None) -> Any:
+        """For pyarrow, which fails to convert what `__arrow_c_array__` returns to the type that its caller wants."""
+        import pyarrow
+
+        array = pyarrow.array(_Exported(self) if hasattr(self, "__arrow_c_array__") else np.asarray(self))
+        return array if type is None else array.cast(type)
+
+
+class _Exported:
+    """What a column has for Arrow, and nothing else."""
+
+    def __init__(self, column: Column) -> None:
+        self.__arrow_c_array__ = column.__arrow_c_array__
+
+
 def for_buffer(values: ArrayLike, number: str, shape: tuple[int, ...], keyword: str) -> NDArray[Any]:
     """The values as a C-contiguous array of elements of that shape.
 
