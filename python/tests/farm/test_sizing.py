@@ -23,7 +23,7 @@ def sizes(seconds_a_file: float, files: int = 20_000, size: int = 9_000) -> list
 
 
 def test_batches_grow_from_one_file() -> None:
-    assert sizes(0.0005)[:4] == [1, 8, 64, 512]
+    assert sizes(0.0001)[:4] == [1, 16, 256, MAX_FILES]
 
 
 @pytest.mark.parametrize("seconds", [0.0005, 0.005, 0.1, 0.3])
@@ -31,6 +31,15 @@ def test_batches_take_the_wanted_time(seconds: float) -> None:
     steady = sizes(seconds)[8:-1]
     assert steady
     assert all(0.4 <= count * seconds <= 0.8 for count in steady)
+
+
+def test_small_batches_are_few() -> None:
+    sizing = Sizing(0.75)
+    assert sizing.is_learning
+    sizing.learn(1_000, 0.0001)
+    assert sizing.is_learning and sizing.budget == 16_000
+    sizing.learn(1_000_000, 0.1)
+    assert not sizing.is_learning
 
 
 def test_long_files_are_alone() -> None:

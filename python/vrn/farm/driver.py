@@ -1,6 +1,6 @@
 """The driver: sends batches to workers, records what comes back, and finds the files that kill workers.
 
-At most four batches a worker are on their way. A batch that dies with its worker is halved, and its halves are worked
+At most four batches a worker are on their way, two while they are small. A batch that dies with its worker is halved, and its halves are worked
 on in child processes of the workers, within limits; so the worker survives, and the file that is to blame is known. A
 half that dies in spite of that is halved again, down to single files. A single file that dies with its worker is tried
 once more while nothing else is on its way: only if it dies then, too, is it to blame, not a neighbour.
@@ -27,6 +27,8 @@ from .work import Work
 
 IN_FLIGHT = 4
 """Batches a worker that are on their way."""
+
+_FIRST_IN_FLIGHT = 2  # as long as they are small, because small ones cost schedulers more than the work that they are
 
 _LOOK_AHEAD = 10_000  # files, to notice in time that no more follow
 _LOOK_STEP = 100  # files that are listed before batches that are done are looked at
@@ -97,7 +99,7 @@ class Driver:
 
     def _fill(self) -> Iterator[Result]:
         """Sends batches until enough are on their way."""
-        while len(self._flying) < IN_FLIGHT * self._pool.workers and not self._is_trial():
+        while len(self._flying) < self._in_flight() * self._pool.workers and not self._is_trial():
             if self._accused:
                 if self._flying:
                     return
@@ -109,6 +111,9 @@ class Driver:
                 if not self._waiting:
                     return
                 self._send(self._next_batch())
+
+    def _in_flight(self) -> int:
+        return _FIRST_IN_FLIGHT if self._sizing.is_learning else IN_FLIGHT
 
     def _is_trial(self) -> bool:
         """Whether what is on its way is an accused file, which is alone."""

@@ -10,7 +10,7 @@ MAX_FILES = 2000
 """A batch has no more, so that its message stays small and little is lost with a worker."""
 
 _OPENING = 32 << 10  # opening a file costs about as much as reading so many bytes
-_GROWTH = 8  # between a batch and the largest one that is done
+_GROWTH = 16  # between a batch and the largest one that is done
 _MEMORY = 0.7  # of the rate so far, when another batch is done
 
 
@@ -22,8 +22,8 @@ def weight(entry: Entry) -> int:
 class Sizing:
     """Learns how long files take, and cuts batches that take the wanted time.
 
-    The first batches have one file each, because nothing is known about the work; each further one is up to eight times
-    the largest one that is done.
+    The first batches have one file each, because nothing is known about the work; each further one is up to sixteen
+    times the largest one that is done.
     """
 
     def __init__(self, seconds: float) -> None:
@@ -36,6 +36,11 @@ class Sizing:
         rate = weight / max(seconds, 1e-6)
         self._rate = _MEMORY * self._rate + (1 - _MEMORY) * rate if self._rate else rate
         self._largest = max(self._largest, weight)
+
+    @property
+    def is_learning(self) -> bool:
+        """Whether the next batch is smaller than it should be, for lack of a larger one that is done."""
+        return not self._rate or self._rate * self.seconds > _GROWTH * self._largest
 
     @property
     def budget(self) -> int:
