@@ -76,7 +76,7 @@ Diagnosis diagnosisOf(SceneFile& file, Scene& scene, const ReadOptions& options,
                       .isMerge = options.isMerge});
     if (options.check)
         file.check(scene, *options.check);
-    return file.diagnosisWithLines();
+    return interrupts.isPending() ? Diagnosis() : file.diagnosisWithLines(); // lines are read once more
 }
 
 // The same for a scene of Python's. Raises OSError, and what a signal handler raises.

@@ -29,6 +29,9 @@ public:
     // To be called with each block that is fetched.
     [[nodiscard]] std::function<void(std::size_t)> watch();
 
+    // Whether a handler raised, and the read was asked to end.
+    [[nodiscard]] bool isPending() const noexcept { return raised_ != nullptr; }
+
     // Raises what the handler raised. With the GIL.
     void raisePending();
 

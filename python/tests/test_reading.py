@@ -180,6 +180,40 @@ def test_ctrl_c_ends_a_read(handler):
     assert "last" not in scene and signal.getsignal(signal.SIGINT) is handler
 
 
+def bytes_read():
+    """By this process, so far."""
+    with open("/proc/self/io", "rb", 0) as file:
+        return int(file.read().split()[1])
+
+
+def test_nothing_is_read_after_ctrl_c(tmp_path):
+    path = tmp_path / "long.vrn"
+    path.write_bytes(b"mesh a; a.f = float[20000000] {" + b"1.25 " * 20_000_000 + b"};")
+    at_signal = []
+
+    def handle(number, frame):
+        at_signal.append(bytes_read())
+        raise Interrupted
+
+    def send():
+        start = bytes_read()
+        while bytes_read() < start + (1 << 20):
+            pass
+        os.kill(os.getpid(), signal.SIGINT)
+
+    before = signal.signal(signal.SIGINT, handle)
+    sender = threading.Thread(target=send)
+    try:
+        with pytest.raises(Interrupted):
+            sender.start()
+            vrn.read(path)
+            sender.join()
+        assert bytes_read() - at_signal[0] < 1 << 20
+    finally:
+        sender.join()
+        signal.signal(signal.SIGINT, before)
+
+
 def test_nothing_is_printed(tmp_path):
     code = f"""
 import vrn
