@@ -6,7 +6,8 @@
 #                           build/python/venv and tests it
 # make python-docs          builds the documentation of the Python package in build/python/html
 # make install              installs library, command and manual below PREFIX (default: /usr/local)
-# make bench                measures the parts of the reader, and compares it with other libraries on generated files
+# make bench                measures the parts of the reader, and compares it with other libraries on generated files;
+#                           make bench-python measures only the Python package and work on many files (10 minutes)
 # make fuzz MINUTES=n       runs every fuzzer for n minutes
 # make fuzz-python STEPS=n  takes n random steps on scenes in Python, under the sanitizers
 # make lint                 runs clang-tidy and cppcheck
@@ -22,7 +23,7 @@ CONFIGURE := cmake -DVRN_WARNINGS_AS_ERRORS=ON -DVRN_LOCALES=$(LOCALES) -DVRN_BE
 # Some tests mostly wait.
 TEST_JOBS := $(shell echo $$(($$(nproc) + 1)))
 
-.PHONY: run test python python-docs python-package test-big-endian quick install bench fuzz fuzz-python lint coverage mutants packages checks format goldens grammar clean
+.PHONY: run test python python-docs python-package test-big-endian quick install bench bench-reader bench-python bench-data fuzz fuzz-python lint coverage mutants packages checks format goldens grammar clean
 
 run: packages
 	@$(CONFIGURE) --preset release >/dev/null
@@ -95,15 +96,26 @@ packages:
 checks:
 	@scripts/install-packages packages.txt packages-checks.txt
 
-bench: packages
+bench: bench-reader bench-python
+
+bench-reader: bench-data
+	build/release/bench_pieces --benchmark_min_time=0.05
+	python3 bench/run.py build/release build/bench
+
+# Both tables are printed, also if a figure of the first one misses its requirement.
+bench-python: bench-data $(PYTHON)
+	$(PYTHON) -m pip install --quiet --requirement python/requirements-bench.txt
+	$(PYTHON) -m pip install --quiet --force-reinstall --no-deps .
+	cd build/bench && $(CURDIR)/$(PYTHON) $(CURDIR)/bench/python.py ../release . ; status=$$?; \
+	  $(CURDIR)/$(PYTHON) $(CURDIR)/bench/farm.py ../release/vrn . && exit $$status
+
+bench-data: packages
 	@dpkg-query --show libsimdjson-dev libbenchmark-dev >/dev/null || \
 	  (echo "make bench needs the packages libsimdjson-dev and libbenchmark-dev" >&2; exit 1)
 	@$(CONFIGURE) --preset release -DVRN_BENCHMARKS=ON >/dev/null
 	@cmake --build --preset release
 	@cmp -s build/release/bench_generate build/bench/made_by || (mkdir -p build/bench && \
 	  build/release/bench_generate build/bench && cp build/release/bench_generate build/bench/made_by)
-	build/release/bench_pieces --benchmark_min_time=0.05
-	python3 bench/run.py build/release build/bench
 
 MINUTES := 10
 fuzz: checks

@@ -4,14 +4,14 @@
 usage: farm.py VRN FOLDER [--files N] [--rounds N] [FIGURE...]
 
 Needs the Python package with its test requirements (python/requirements-farm.txt). Makes N small scenes in FOLDER (10,000
-unless told otherwise). The figures:
+unless told otherwise). The exit status is 1 if a figure misses its requirement. The figures:
 
     embedded    batch() in threads of this process / vrn check -j2
     dask        the same on two workers of Dask / vrn check -j2
     again       CPU of a second run with a ledger, where nothing changed / of the first, files of 250 KB
-    deaths      20 runs in which a worker is killed at a random moment: records, and time / that of a run without
+    deaths      runs in which a worker is killed at a random moment: records, and time / that of a run without
     poison      three files that kill, never end, or need 30 GB: results and records
-    manifest    memory of a driver of 1,000,000 files, and time of 1,000,000 / of 250,000 files
+    manifest    memory of a driver of 1,000,000 files, and CPU of 1,000,000 / of 250,000 files
     conversion  1,000 files converted while the driver is killed every 2 seconds: partial files
 """
 
@@ -32,7 +32,13 @@ import time
 from collections.abc import Callable
 from pathlib import Path
 
+from table import Table
+
 from vrn.farm import as_completed, batch, ops
+
+
+DEATHS = 20
+POISON = {"deadly.vrn": "killed", "endless.vrn": "timeout", "greedy.vrn": "killed"}
 
 
 def make_scenes(folder: Path, count: int, meshes: tuple[int, int], seed: int) -> Path:
@@ -61,6 +67,7 @@ def seconds(work: Callable[[], object]) -> float:
 
 def ratio_of(work: Callable[[], object], reference: Callable[[], object], rounds: int) -> float:
     """Best time of the work / best time of the reference, in alternating rounds."""
+    work()  # what the first one imports
     times = [(seconds(work), seconds(reference)) for _ in range(rounds)]
     return min(first for first, _ in times) / min(second for _, second in times)
 
@@ -70,23 +77,27 @@ class Bench:
         self._command = command
         self._folder = folder
         self._rounds = rounds
-        self._files = files
+        self._table = Table(f"{files} files, best of {rounds} rounds")
         self._lib = make_scenes(folder / f"small{files}", files, (20, 160), seed=1)
 
     def _check_by_command(self) -> None:
         command = [self._command, "check", "--quiet", "--format", "json", "-j2", self._lib]
         subprocess.run(command, stdout=subprocess.DEVNULL, check=True)
 
-    def embedded(self) -> str:
-        ratio = ratio_of(lambda: batch(self._lib, ops.check), self._check_by_command, self._rounds)
-        return f"threads / vrn check -j2 = {ratio:.2f}"
+    @property
+    def has_missed(self) -> bool:
+        return self._table.has_missed
 
-    def dask(self) -> str:
+    def embedded(self) -> None:
+        ratio = ratio_of(lambda: batch(self._lib, ops.check, workers=2), self._check_by_command, self._rounds)
+        self._table.row("threads of this process / vrn check -j2", ratio, 1.15, 1.05)
+
+    def dask(self) -> None:
         with cluster() as client:
             ratio = ratio_of(lambda: batch(self._lib, ops.check, executor=client), self._check_by_command, self._rounds)
-        return f"Dask with two workers / vrn check -j2 = {ratio:.2f}"
+        self._table.row("two workers of Dask / vrn check -j2", ratio, 1.3, 1.1)
 
-    def again(self) -> str:
+    def again(self) -> None:
         lib = make_scenes(self._folder / "large", 400, (2400, 2800), seed=2)
         ledger = fresh(self._folder / "again.ledger")
 
@@ -96,14 +107,14 @@ class Bench:
             return time.process_time() - start
 
         first, *others = (cpu() for _ in range(4))
-        return f"second run / first = {100 * min(others) / first:.1f} % of its CPU"
+        self._table.row("a run where nothing changed / the first, CPU", 100 * min(others) / first, 5, 2, "%")
 
-    def deaths(self) -> str:
+    def deaths(self) -> None:
         reference = fresh(self._folder / "reference.ledger")
         ratios, whole = [], 0
         with cluster() as client:
             undisturbed = seconds(lambda: batch(self._lib, ops.check, executor=client, ledger=reference))
-        for round_number in range(20):
+        for round_number in range(DEATHS):
             ledger = fresh(self._folder / "deaths.ledger")
             delay = random.Random(round_number).uniform(0.05, undisturbed)
             with cluster() as client:
@@ -112,10 +123,11 @@ class Bench:
                 ratios.append(seconds(lambda: batch(self._lib, ops.check, executor=client, ledger=ledger)) / undisturbed)
                 killer.wait()
             whole += essence(ledger) == essence(reference)
-        return f"{whole} of 20 ledgers identical; time / undisturbed: median {statistics.median(ratios):.2f}"
+        self._table.row(f"complete ledgers of {DEATHS} with a dead worker", whole, DEATHS, DEATHS, is_least=True)
+        self._table.row("time of such a run / of one without a death", statistics.median(ratios))
 
-    def poison(self) -> str:
-        names = [self._lib / f"{name}.vrn" for name in ("deadly", "endless", "greedy")]
+    def poison(self) -> None:
+        names = [self._lib / name for name in POISON]
         for path in names:
             path.write_text("t a;\n")
         try:
@@ -124,14 +136,17 @@ class Bench:
         finally:
             for path in names:
                 path.unlink()
-        problems = "; ".join(f"{os.path.basename(problem.path)}: {problem.error}" for problem in run.report.problems)
-        return f"{run.report.counts} ({problems})"
+        found = {os.path.basename(problem.path): problem.status.value for problem in run.report.problems}
+        right = sum(found.pop(name, None) == status for name, status in POISON.items())
+        self._table.row("files that kill, never end, need 30 GB: found", right, 3, 3, is_least=True)
+        self._table.row("others that they take along", len(found), 0, 0)
 
-    def manifest(self) -> str:
+    def manifest(self) -> None:
         quarter, whole = (json.loads(run_self(f"--driver={count}")) for count in (250_000, 1_000_000))
-        return f"{whole[1]:.0f} MiB; time of 1,000,000 / 250,000 = {whole[0] / quarter[0]:.2f}"
+        self._table.row("memory of a driver of 1,000,000 files", whole[1], 300, 150, "MiB")
+        self._table.row("CPU of 1,000,000 files / of 250,000", whole[0] / quarter[0], 5, 4.4)
 
-    def conversion(self) -> str:
+    def conversion(self) -> None:
         lib = make_scenes(self._folder / "medium", 1000, (200, 400), seed=3)
         out = self._folder / "out"
         shutil.rmtree(out, ignore_errors=True)
@@ -146,7 +161,9 @@ class Bench:
         names = {path.name for path in lib.rglob("*.vrn")}
         made = list(out.iterdir())
         whole = sum(int.from_bytes(path.read_bytes()[8:12], "little") == path.stat().st_size for path in made)
-        return f"{kills} kills; {whole} whole files of {len(names)}; {len(made) - whole} partial or left over"
+        self._table.row("deaths of a driver of 1,000 conversions", kills)
+        self._table.row("files that it did not make", len(names) - whole, 0, 0)
+        self._table.row("files that are partial or left over", len(made) - whole, 0, 0)
 
 
 def toxic(path: str) -> object:
@@ -196,17 +213,17 @@ def run_self(*arguments: str) -> str:
 
 
 def drive(count: int) -> None:
-    """Prints the seconds and the MiB that a driver takes for so many paths, with work that does nothing."""
+    """Prints the CPU seconds and the MiB that a driver takes for so many paths, with work that does nothing."""
     paths = (f"/library/of/a/studio/show/sequence{number % 997:04}/shot/scene{number:09}.vrn" for number in range(count))
     with tempfile.TemporaryDirectory() as folder:
-        start = time.perf_counter()
+        start = time.process_time()
         for _ in as_completed(paths, len, ledger=os.path.join(folder, "ledger")):
             pass
-        taken = time.perf_counter() - start
+        taken = time.process_time() - start
     print(json.dumps([taken, resource.getrusage(resource.RUSAGE_SELF).ru_maxrss / 1024]))
 
 
-def main() -> None:
+def main() -> int:
     figures = ["embedded", "dask", "again", "deaths", "poison", "manifest", "conversion"]
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("command", metavar="VRN")
@@ -219,11 +236,12 @@ def main() -> None:
         parser.error(f"unknown figure {min(unknown)}; known are {', '.join(figures)}")
     bench = Bench(options.command, options.folder, options.files, options.rounds)
     for figure in options.figures:
-        print(f"{figure:10} {getattr(bench, figure)()}", flush=True)
+        getattr(bench, figure)()
+    return int(bench.has_missed)
 
 
 if __name__ == "__main__":
     if len(sys.argv) == 2 and sys.argv[1].startswith("--driver="):
         drive(int(sys.argv[1].partition("=")[2]))
     else:
-        main()
+        sys.exit(main())
