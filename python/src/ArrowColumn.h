@@ -1,7 +1,7 @@
 // Columns for readers of Arrow: the C data interface, in capsules as Arrow's libraries for Python exchange them.
 //
-// Numbers share the memory of the column. Truth values become bits; vectors lists of a fixed size, matrices such lists
-// of such lists; texts UTF-8, with U+FFFD for each byte that is none. What has no value is null.
+// Numbers share the memory of the column. Truth values become bits, vectors lists of a fixed size, and matrices lists of
+// lists. Texts become UTF-8, with U+FFFD for each byte that is not. What has no value is null.
 #pragma once
 
 #include "python/src/Column.h"
