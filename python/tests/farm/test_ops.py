@@ -16,6 +16,7 @@ from conftest import Library
 
 import vrn
 from vrn.farm import FarmError, Result, Run, Status, Table, batch, ops, scan
+from vrn.farm.worker import attempt
 
 MESH = """
 mesh box:
@@ -36,6 +37,46 @@ def scenes(library: Library) -> Path:
         path.parent.mkdir(exist_ok=True)
         path.write_text(MESH)
     return folder
+
+
+CHECKS: dict[str, Any] = {
+    "plain": ops.check,
+    "builtin": ops.checking(catalogue="builtin"),
+    "ignored": ops.checking(catalogue="builtin", ignored=("unknownInput",)),
+    "pedantic": ops.checking(catalogue="builtin", pedantic=True),
+}
+
+
+@pytest.mark.parametrize("check", CHECKS)
+def test_files_that_are_checked_together_are_checked_as_each_alone(scenes: Path, check: str) -> None:
+    (scenes / "typo.vrn").write_text("camera cam: .fow = 45.0;")
+    (scenes / "unused.vrn").write_text("paint red;")
+    (scenes / "folder.vrn").mkdir()
+    (scenes / "secret.vrn").symlink_to("nowhere")
+    names = ["a.vrn", "broken.vrn", "typo.vrn", "unused.vrn", "none.vrn", "folder.vrn", "secret.vrn", "a.vrn"]
+    paths = [f"lib/{name}" for name in names]
+    together = CHECKS[check].attempt_all(paths)
+    alone = [attempt(CHECKS[check], path) for path in paths]
+    assert all(outcome.seconds > 0 for outcome in together)
+    assert [outcome._replace(seconds=0) for outcome in together] == [outcome._replace(seconds=0) for outcome in alone]
+    assert {outcome.status for outcome in together} == {Status.OK, Status.ERRORS, Status.UNREADABLE}
+
+
+def test_a_pipe_among_files_is_read_once(scenes: Path) -> None:
+    os.mkfifo(scenes / "pipe.vrn")
+    threading.Thread(target=lambda: (scenes / "pipe.vrn").write_text("oops"), daemon=True).start()
+    run = batch(["lib/a.vrn", "lib/pipe.vrn"], ops.check)
+    assert {result.path: result.status for result in run} == {"lib/a.vrn": Status.OK, "lib/pipe.vrn": Status.ERRORS}
+
+
+def test_what_is_wrong_with_a_catalogue_is_said_of_each_file(scenes: Path, tmp_path: Path) -> None:
+    types = tmp_path / "types.json"
+    types.write_text('{"types": {}}')
+    check: Any = ops.checking(catalogue=str(types))
+    types.write_text("{")
+    outcomes = check.attempt_all(["lib/a.vrn", "lib/broken.vrn"])
+    assert [outcome.status for outcome in outcomes] == [Status.FAILED] * 2
+    assert all("types.json" in outcome.error for outcome in outcomes)
 
 
 @pytest.mark.parametrize("executor", ["threads", "processes", "dask"])
