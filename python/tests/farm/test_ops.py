@@ -50,7 +50,7 @@ CHECKS: dict[str, Any] = {
 @pytest.mark.parametrize("check", CHECKS)
 def test_files_that_are_checked_together_are_checked_as_each_alone(scenes: Path, check: str) -> None:
     (scenes / "typo.vrn").write_text("camera cam: .fow = 45.0;")
-    (scenes / "unused.vrn").write_text("paint red;")
+    (scenes / "unused.vrn").write_text("material red;")
     (scenes / "folder.vrn").mkdir()
     (scenes / "secret.vrn").symlink_to("nowhere")
     names = ["a.vrn", "broken.vrn", "typo.vrn", "unused.vrn", "none.vrn", "folder.vrn", "secret.vrn", "a.vrn"]
