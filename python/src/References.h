@@ -9,6 +9,7 @@
 #include "scene/Scene.h"
 
 #include <memory>
+#include <optional>
 #include <set>
 
 namespace vrn::python {
@@ -24,11 +25,25 @@ using vor::velmo_sdk::impl::Output;
 using vor::velmo_sdk::impl::Scene;
 
 struct SceneBox {
-    Scene scene;
+    std::optional<nb::gil_scoped_release> withoutGil{}; // while the scene is destroyed
+    Scene scene{};
     Turns turns;
     nb::object diagnostics = nb::tuple(); // of the last read
     nb::object catalogue = nb::none();
     std::set<const Input*> edited{}; // buffers whose elements are being written (Editing)
+
+    SceneBox() = default;
+    SceneBox(const SceneBox&) = delete;
+    SceneBox& operator=(const SceneBox&) = delete;
+    // Destroying a large scene takes a quarter of the time of reading it. To release the GIL for a small one would make
+    // threads wait for it once more.
+    ~SceneBox() {
+        constexpr vor::u64 large = 1000;
+        diagnostics.reset();
+        catalogue.reset();
+        if (scene.nodeCount() > large)
+            withoutGil.emplace();
+    }
 
     template <class T> [[nodiscard]] const Handle<T>& awaited(const Handle<T>& handle) {
         turns.beforeReading();

@@ -97,6 +97,23 @@ def test_views_are_released_on_other_threads():
     assert node["p"].tolist() == [[1, 1, 1]]
 
 
+def test_large_scenes_are_destroyed_on_any_thread():
+    text = "".join(f"t n{i}; n{i}.x = {i};" for i in range(2000))
+
+    def drop():
+        for _ in range(5):
+            scene = vrn.loads(text)
+            scene["n0"]["p"] = vrn.adopt(np.ones(1000))
+            kept = scene["n0"]["p"]
+            node = scene["n1999"]
+            del scene
+            assert node.scene["n0"]["p"].sum() == kept.sum() == 1000
+            del node
+            assert kept.sum() == 1000
+
+    run(drop, drop, drop)
+
+
 class Stream(io.RawIOBase):
     """A stream that calls something with each piece."""
 
