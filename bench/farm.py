@@ -19,6 +19,7 @@ from __future__ import annotations
 
 import argparse
 import json
+import logging
 import os
 import random
 import resource
@@ -182,7 +183,8 @@ def cluster():  # type: ignore[no-untyped-def]
     """A client of a scheduler with two workers of one thread each."""
     from distributed import Client
 
-    return Client(n_workers=2, threads_per_worker=1, dashboard_address=None, set_as_default=False)
+    quiet = logging.CRITICAL  # deaths of workers are what is measured
+    return Client(n_workers=2, threads_per_worker=1, dashboard_address=None, set_as_default=False, silence_logs=quiet)
 
 
 def essence(ledger: Path) -> list[tuple[str, str, str]]:

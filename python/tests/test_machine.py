@@ -197,6 +197,23 @@ class SceneMachine(RuleBasedStateMachine):
         self.model.pop(name, None)
 
     @rule()
+    def walk(self):
+        walked = [(input.node.name, input.name) for node in self.scene.nodes() for input in node.walk()]
+        assert walked == [(node, input) for node, values in self.model.items() for input in values]
+
+    @rule(name=NAMES)
+    def take_a_column(self, name):
+        values = [type(values[name]) for values in self.model.values() if name in values]
+        if len(set(values)) == 1 and np.ndarray not in values and int not in values:  # large integers round
+            column = self.scene.column(f"*.{name}")
+            column.__arrow_c_array__()
+            assert len(column) == len(values)
+
+    @rule()
+    def take_the_names(self):
+        assert self.scene.column("*.name").tolist() == list(self.model)
+
+    @rule()
     def continue_with_a_copy(self):
         self.scene = copy.copy(self.scene)
 
