@@ -207,6 +207,14 @@ def test_columns_need_a_common_type():
     assert scene.column("none.*").size == 0
 
 
+def test_columns_find_inputs_at_any_place():
+    texts = ["x = 0; .y = 1", "y = 2; .x = 3", "y = 4", "x.y = 5; .y = 6", "y = 7; .x.y = 8; .x.x = 9", "z = 0", "x = 10"]
+    scene = vrn.loads("".join(f"t n{i}: .{text};" for i, text in enumerate(texts)))
+    assert scene.column("*.y").tolist() == [1, 2, 4, 6, 7]
+    assert scene.column("n*.x.y").tolist() == [5, 8] and scene.column("*.x.*").tolist() == [5, 8, 9]
+    assert list(scene.query("n?.z")) == ["n5.z"] and not scene.query("n?x.z")
+
+
 def test_columns_round_no_integers():
     scene = vrn.loads("t a; t b; a.x = 0.5;")
     scene["b"]["x"] = 2**53 + 1
