@@ -73,7 +73,7 @@ python-package: checks $(PYTHON)
 python-docs: python-package
 	$(PYTHON) -m sphinx --quiet --fail-on-warning --keep-going --conf-dir docs/python docs build/python/html
 
-$(PYTHON): $(wildcard python/requirements*.txt)
+$(PYTHON): $(filter-out %-bench.txt,$(wildcard python/requirements*.txt))
 	python3 -m venv build/python/venv
 	$@ -m pip install --quiet $(addprefix --requirement ,$^)
 	@touch $@
@@ -103,9 +103,8 @@ bench-reader: bench-data
 	python3 bench/run.py build/release build/bench
 
 # Both tables are printed, also if a figure of the first one misses its requirement.
-bench-python: bench-data $(PYTHON)
+bench-python: bench-data python-package
 	$(PYTHON) -m pip install --quiet --requirement python/requirements-bench.txt
-	$(PYTHON) -m pip install --quiet --force-reinstall --no-deps .
 	cd build/bench && $(CURDIR)/$(PYTHON) $(CURDIR)/bench/python.py ../release . ; status=$$?; \
 	  $(CURDIR)/$(PYTHON) $(CURDIR)/bench/farm.py ../release/vrn . && exit $$status
 
