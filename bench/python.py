@@ -198,7 +198,7 @@ def column() -> float:
     import vrn
 
     scene = vrn.read(DATA / "graph.vrn")
-    return min(seconds(lambda: scene.column("*.intensity")) for _ in range(5))
+    return min(seconds(lambda: scene.column("*.intensity")) for _ in range(30))
 
 
 def loop() -> float:
@@ -206,7 +206,11 @@ def loop() -> float:
     import vrn
 
     scene = vrn.read(DATA / "graph.vrn")
-    return min(seconds(lambda: numpy.array([node["intensity"] for node in scene.nodes()])) for _ in range(5))
+
+    def made() -> object:
+        return numpy.array([node["intensity"] for node in scene.nodes() if "intensity" in node])
+
+    return min(seconds(made) for _ in range(5))
 
 
 def pickled() -> float:

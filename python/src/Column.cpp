@@ -74,6 +74,8 @@ public:
         case PathMatch::Kind::NodeType:
             return add(Cell(std::string(match.node->type().view())));
         case PathMatch::Kind::Input:
+            if (kind_ == Kind::Real && match.input->type() == AttrType::Real) // most of most columns
+                return addReal(match.input->value().asReal());
             return add(cellOf(*match.input));
         case PathMatch::Kind::Count:
             return add(Cell(static_cast<i64>(match.count)));
@@ -98,6 +100,11 @@ private:
             addMissing();
         else
             addValue(cell);
+        ++rows_;
+    }
+
+    void addReal(double real) {
+        std::get<std::vector<double>>(column_.values).push_back(real);
         ++rows_;
     }
 
