@@ -68,7 +68,7 @@ const char* formatOfValues(const Column& column) {
 
 // The schema below so many levels of lists.
 void describe(ArrowSchema& schema, const Column& column, std::size_t level) {
-    auto* parts = new SchemaParts;
+    auto parts = std::make_unique<SchemaParts>();
     const bool isList = level < column.rowShape.size();
     parts->format = isList ? "+w:" + std::to_string(column.rowShape[level]) : formatOfValues(column);
     schema = {.format = parts->format.c_str(),
@@ -79,9 +79,10 @@ void describe(ArrowSchema& schema, const Column& column, std::size_t level) {
               .children = isList ? parts->children : nullptr,
               .dictionary = nullptr,
               .release = &release<ArrowSchema, SchemaParts>,
-              .parts = parts};
+              .parts = parts.get()};
+    SchemaParts& kept = *parts.release();
     if (isList)
-        describe(parts->child, column, level + 1);
+        describe(kept.child, column, level + 1);
 }
 
 void setBit(std::vector<vor::u8>& bits, std::size_t at) { bits[at / 8] |= static_cast<vor::u8>(1 << at % 8); }
@@ -159,18 +160,22 @@ void fill(ArrowArray& array, const std::shared_ptr<const Column>& column, std::s
         placeValues(*parts);
 }
 
-// Takes over the structure, which a reader releases; if none takes it, the capsule does.
-template <class Structure> nb::object capsule(std::unique_ptr<Structure> structure, const char* name) {
-    PyObject* made = PyCapsule_New(structure.get(), name, [](PyObject* object) {
-        auto* kept = static_cast<Structure*>(PyCapsule_GetPointer(object, PyCapsule_GetName(object)));
-        if (kept->release)
-            kept->release(kept);
-        delete kept;
-    });
-    if (!made) {
-        structure->release(structure.get());
-        throw nb::python_error();
+// Releases a structure that no reader has taken.
+template <class Structure> struct Releasing {
+    void operator()(Structure* structure) const {
+        if (structure->release)
+            structure->release(structure);
+        delete structure;
     }
+};
+template <class Structure> using Owned = std::unique_ptr<Structure, Releasing<Structure>>;
+
+template <class Structure> nb::object capsule(Owned<Structure> structure, const char* name) {
+    PyObject* made = PyCapsule_New(structure.get(), name, [](PyObject* object) {
+        Releasing<Structure>()(static_cast<Structure*>(PyCapsule_GetPointer(object, PyCapsule_GetName(object))));
+    });
+    if (!made)
+        throw nb::python_error();
     (void)structure.release();
     return nb::steal(made);
 }
@@ -178,12 +183,11 @@ template <class Structure> nb::object capsule(std::unique_ptr<Structure> structu
 } // namespace
 
 nb::tuple arrowCapsules(std::shared_ptr<const Column> column) {
-    auto schema = std::make_unique<ArrowSchema>();
+    Owned<ArrowSchema> schema(new ArrowSchema{});
     describe(*schema, *column, 0);
-    nb::object described = capsule(std::move(schema), "arrow_schema");
-    auto array = std::make_unique<ArrowArray>();
+    Owned<ArrowArray> array(new ArrowArray{});
     fill(*array, column, column->length(), 0);
-    return nb::make_tuple(described, capsule(std::move(array), "arrow_array"));
+    return nb::make_tuple(capsule(std::move(schema), "arrow_schema"), capsule(std::move(array), "arrow_array"));
 }
 
 } // namespace vrn::python
