@@ -43,7 +43,7 @@ struct SchemaParts {
     ArrowSchema* children[1] = {&child};
 };
 struct ArrayParts {
-    std::shared_ptr<const Column> column;
+    std::shared_ptr<const Column> column{};
     std::vector<vor::u8> present{}; // a bit for each value
     std::vector<vor::u8> bits{};    // truth values
     std::vector<std::int64_t> offsets{};
@@ -135,7 +135,8 @@ void placeValues(ArrayParts& parts) {
 
 // The array below so many levels of lists: `length` values or lists.
 void fill(ArrowArray& array, const std::shared_ptr<const Column>& column, std::size_t length, std::size_t level) {
-    auto* parts = new ArrayParts{.column = column};
+    auto owned = std::make_unique<ArrayParts>();
+    owned->column = column;
     const bool isList = level < column->rowShape.size();
     const std::size_t missing = level == 0 ? column->missing.size() : 0;
     array = {.length = static_cast<std::int64_t>(length),
@@ -145,19 +146,20 @@ void fill(ArrowArray& array, const std::shared_ptr<const Column>& column, std::s
                             : std::holds_alternative<std::vector<Text>>(column->values) ? 3
                                                                                         : 2,
              .childCount = isList ? 1 : 0,
-             .buffers = parts->buffers,
-             .children = isList ? parts->children : nullptr,
+             .buffers = owned->buffers,
+             .children = isList ? owned->children : nullptr,
              .dictionary = nullptr,
              .release = &release<ArrowArray, ArrayParts>,
-             .parts = parts};
+             .parts = owned.get()};
+    ArrayParts& parts = *owned.release();
     if (missing != 0) {
-        parts->present = presenceOf(*column);
-        parts->buffers[0] = parts->present.data();
+        parts.present = presenceOf(*column);
+        parts.buffers[0] = parts.present.data();
     }
     if (isList)
-        fill(parts->child, column, length * column->rowShape[level], level + 1);
+        fill(parts.child, column, length * column->rowShape[level], level + 1);
     else
-        placeValues(*parts);
+        placeValues(parts);
 }
 
 // Releases a structure that no reader has taken.

@@ -154,19 +154,17 @@ struct Checked {
     double seconds;
 };
 
-// Nothing for what is no regular file, cannot be read or needs too much memory.
+// Nothing for what is no regular file, cannot be read or needs too much memory. `file` becomes the one of the path.
 std::optional<Checked> checked(const Path& path, const SharedCatalogue* catalogue, const check::Options& options,
-                               Interrupts& interrupts, SceneFile*& current) {
+                               Interrupts& interrupts, std::optional<SceneFile>& file) {
     const auto start = std::chrono::steady_clock::now();
     try {
-        SceneFile file = sceneFile(path);
-        if (file.isReadOnce())
+        if (file.emplace(sceneFile(path)).isReadOnce())
             return std::nullopt;
-        current = &file;
         Scene scene;
         if (catalogue)
             scene.setCatalogue(catalogue->types);
-        Diagnosis diagnosis = diagnosisOf(file, scene, {.hasNotices = true, .check = &options}, interrupts);
+        Diagnosis diagnosis = diagnosisOf(*file, scene, {.hasNotices = true, .check = &options}, interrupts);
         if (!diagnosis.isWhole())
             return std::nullopt;
         const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
@@ -183,16 +181,17 @@ nb::list checkFiles(nb::handle paths, const SharedCatalogue* catalogue, nb::hand
     for (const nb::handle path : nb::iter(paths))
         names.push_back(pathOf(path));
     std::vector<std::optional<Checked>> found(names.size());
-    SceneFile* current = nullptr;
+    std::optional<SceneFile> file;
     bool isStopped = false;
     Interrupts interrupts([&] {
         isStopped = true;
-        current->requestStop();
+        if (file)
+            file->requestStop();
     });
     {
         const nb::gil_scoped_release released;
         for (std::size_t i = 0; i < names.size() && !isStopped; ++i)
-            found[i] = checked(names[i], catalogue, options, interrupts, current);
+            found[i] = checked(names[i], catalogue, options, interrupts, file);
     }
     interrupts.raisePending();
     nb::list made;

@@ -241,14 +241,14 @@ nb::object arrayOfTexts(const std::vector<Text>& texts) {
 
 // A function of one column, and so an attribute of the array: arrays that are computed of it have none.
 nb::object numpyArray(const std::shared_ptr<const Column>& column) {
-    nb::object array = std::visit(
-        [&]<class T>(const std::vector<T>& values) {
-            if constexpr (std::is_same_v<T, Text>)
-                return arrayOfTexts(values);
-            else // truth values are bytes
-                return arrayOfNumbers(column, values, std::is_same_v<T, u8> ? nb::dtype<bool>() : nb::dtype<T>());
-        },
-        column->values);
+    const auto arrayOf = [&](const auto& values) {
+        using T = typename std::decay_t<decltype(values)>::value_type;
+        if constexpr (std::is_same_v<T, Text>)
+            return arrayOfTexts(values);
+        else // truth values are bytes
+            return arrayOfNumbers(column, values, std::is_same_v<T, u8> ? nb::dtype<bool>() : nb::dtype<T>());
+    };
+    nb::object array = std::visit(arrayOf, column->values);
     array = array.attr("view")(imported("vrn._arrays", "Column"));
     array.attr("__arrow_c_array__") = nb::cpp_function([column](nb::handle) { return arrowCapsules(column); },
                                                        nb::arg("requested_schema").none() = nb::none());
