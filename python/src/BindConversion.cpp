@@ -21,7 +21,7 @@ nb::tuple lossesOf(const convert::Losses& losses) {
 
 // A file that is read into a scene of its own.
 void readVrn(Scene& scene, const std::string& path) {
-    inspect::SceneFile file{std::string_view(path)};
+    inspect::SceneFile file{std::string_view(path == "-" ? "./-" : path)}; // not standard input
     file.read(scene);
     const inspect::Diagnosis diagnosis = file.diagnosisWithLines();
     if (!diagnosis.isWhole())
@@ -113,6 +113,8 @@ nb::tuple convertScene(const Box& box, nb::handle target, convert::Request reque
     return lossesOf(losses);
 }
 
+std::string shown(double number) { return nb::cast<std::string>(nb::str(nb::float_(number))); }
+
 nb::tuple convertAny(nb::handle source, nb::handle target, nb::handle from, nb::handle to, nb::handle up,
                      std::optional<double> metres, double scale, bool isAscii, bool isTriangulated, bool isEmbedded,
                      nb::handle copyTo, nb::handle extractTo) {
@@ -126,6 +128,10 @@ nb::tuple convertAny(nb::handle source, nb::handle target, nb::handle from, nb::
         .images = {.isEmbedded = isEmbedded, .copyTo = pathOr(copyTo), .extractTo = pathOr(extractTo)},
         .isTriangulated = isTriangulated,
         .isAscii = isAscii};
+    if (!(scale >= 0) || std::isinf(scale))
+        raise(PyExc_ValueError, "the scale is a finite number of at least 0, not " + shown(scale));
+    if (metres && (!(*metres > 0) || std::isinf(*metres)))
+        raise(PyExc_ValueError, "the unit is a finite number of metres above 0, not " + shown(*metres));
     if (const std::string axis = textOr(up); axis == "X" || axis == "Y" || axis == "Z")
         request.inputPlacement.up = axis[0];
     else if (!axis.empty())

@@ -226,9 +226,9 @@ nb::object arrayOfNumbers(const std::shared_ptr<const Column>& column, const std
     std::vector<std::size_t> shape = column->rowShape;
     shape.insert(shape.begin(), column->length());
     static T nothing{};
-    T* data = values.empty() ? &nothing : const_cast<T*>(values.data()); // only Python has the column
-    return nb::ndarray<nb::numpy>(data, shape.size(), shape.data(), owner, nullptr, dtype, nb::device::cpu::value, 0,
-                                  'C')
+    const T* data = values.empty() ? &nothing : values.data();
+    return nb::ndarray<nb::numpy, nb::ro>(data, shape.size(), shape.data(), owner, nullptr, dtype,
+                                          nb::device::cpu::value, 0, 'C')
         .cast();
 }
 
@@ -236,10 +236,13 @@ nb::object arrayOfTexts(const std::vector<Text>& texts) {
     nb::list items;
     for (const Text& text : texts)
         items.append(text ? nb::object(str(*text)) : nb::none());
-    return imported("numpy", "array")(items, nb::arg("dtype") = imported("builtins", "object"));
+    nb::object array = imported("numpy", "array")(items, nb::arg("dtype") = imported("builtins", "object"));
+    array.attr("setflags")(nb::arg("write") = false);
+    return array;
 }
 
-// A function of one column, and so an attribute of the array: arrays that are computed of it have none.
+// A function of one column, and so an attribute of the array: arrays that are computed of it have none. The array is
+// read-only, so that Arrow gets what it shows.
 nb::object numpyArray(const std::shared_ptr<const Column>& column) {
     const auto arrayOf = [&](const auto& values) {
         using T = typename std::decay_t<decltype(values)>::value_type;
@@ -289,10 +292,9 @@ void defineColumns(SceneClass& scene) {
         "The values of all inputs that a path matches, as one array, in order.\n\n"
         "Numbers give an array of bool, int64, uint64 or float64; vectors and matrices one of shape (n, k) or "
         "(n, k, k);\n"
-        "strings, names of nodes and labels of outputs one of str. What has no value is NaN or None. Libraries of "
-        "Arrow\n"
-        "take the array as it is, with null for what has no value. Raises TypeError if the values have no common "
-        "type.");
+        "strings, names of nodes and labels of outputs one of str. What has no value is NaN or None. The array is\n"
+        "read-only. pyarrow and nanoarrow take it as it is, with null for what has no value. Raises TypeError if the\n"
+        "values have no common type.");
 }
 
 } // namespace vrn::python

@@ -6,6 +6,7 @@
 #include "python/src/Values.h"
 
 #include <algorithm>
+#include <exception>
 #include <new>
 
 namespace vrn::python {
@@ -120,6 +121,10 @@ nb::object childAt(const Children& children, nb::handle key) {
 // The slot of `__next__`. A function of nanobind would end a walk with a C++ exception, which takes longer than the
 // walk through a small node.
 PyObject* nextOf(PyObject* walk) noexcept {
+    if (!nb::inst_ready(walk)) { // a slot has to check what functions of nanobind do
+        PyErr_SetString(PyExc_TypeError, "only node.walk() makes a Walk");
+        return nullptr;
+    }
     try {
         std::optional<InputReference> next = nb::inst_ptr<Walk>(walk)->next();
         return next ? nb::cast(std::move(*next)).release().ptr() : nullptr;
@@ -127,6 +132,8 @@ PyObject* nextOf(PyObject* walk) noexcept {
         error.restore();
     } catch (const std::bad_alloc&) {
         PyErr_NoMemory();
+    } catch (const std::exception& error) {
+        PyErr_SetString(PyExc_RuntimeError, error.what());
     }
     return nullptr;
 }

@@ -17,6 +17,11 @@ MISUSES = {
     "one form": ({"ascii": True}, "the format '.glb' has one form only"),
     "images twice": ({"embed": True, "copy_textures": "maps"}, "images are either embedded or files"),
     "triangles of a text": ({"triangulate": True}, "`triangulate` is for models, not for VRN files and scenes"),
+    "negative scale": ({"scale": -1.0}, "the scale is a finite number of at least 0, not -1"),
+    "no scale": ({"scale": float("nan")}, "the scale is a finite number of at least 0, not nan"),
+    "endless scale": ({"scale": float("inf")}, "the scale is a finite number of at least 0, not inf"),
+    "no unit": ({"metres": 0.0}, "the unit is a finite number of metres above 0, not 0"),
+    "odd unit": ({"metres": float("nan")}, "the unit is a finite number of metres above 0, not nan"),
     "axis": ({"up": "W"}, "the axis that points up is X, Y or Z, not 'W'"),
 }
 
@@ -54,6 +59,12 @@ def test_the_command_writes_the_same(folder, path):
         assert of_python == (folder / "command.gltf").read_text()
         reported = [line.split(": lost: ")[1] for line in result.stderr.splitlines()]
         assert [loss.what for loss in losses] == [line.rsplit(":", 1)[0] for line in reported]
+
+
+def test_a_file_may_have_the_name_of_standard_input(folder):
+    (folder / "-").write_text("mesh named; " + TRIANGLE)
+    vrn.convert("-", "a.vrn", from_format="vrn")
+    assert list(vrn.read("a.vrn")) == ["named", "m"]
 
 
 def test_formats_are_named_in_either_case(folder):

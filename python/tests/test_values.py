@@ -2,6 +2,8 @@
 
 import math
 import pickle
+import subprocess
+import sys
 
 import numpy as np
 import pytest
@@ -199,6 +201,15 @@ def test_elements_are_counted(scene):
     assert scene.column("*.*.count").tolist() == [8, 4, 1, 3]
 
 
+def test_numbers_of_columns_are_numbers():
+    column = vrn.loads("t a; a.x = 1.5; t b; b.x = 3.5; t c; c.y = 1;").column("*.x")
+    for number in column.max(), column.sum(), column[0], np.add(column, 1)[0], *column:
+        assert type(number) is np.float64
+    assert (column > 1).any() is np.True_ and column.shape == (2,)
+    for array in column > 1, column[:1], column * 2, column.copy(), -column, column[[0]]:
+        assert type(array) is np.ndarray
+
+
 def test_columns_need_a_common_type():
     scene = vrn.loads('t a; a.x = 1; t b; b.x = "s"; t c; c.x = float[1] {1};')
     for path in ("*.x", "c.x"):
@@ -240,3 +251,16 @@ def test_names_are_texts(scene, name):
         scene["box"][name] = 1
     with pytest.raises(TypeError, match="str"):
         scene.add("t", name)
+
+
+def test_walks_that_were_not_made_by_a_node_are_refused():
+    program = """
+from vrn import _vrn
+class Made(_vrn.Walk):
+    def __init__(self): pass
+for walk in _vrn.Walk.__new__(_vrn.Walk), Made():
+    try: next(walk)
+    except TypeError: print("refused")
+"""
+    result = subprocess.run([sys.executable, "-W", "ignore", "-c", program], capture_output=True, text=True)
+    assert (result.returncode, result.stdout) == (0, "refused\nrefused\n"), result.stderr

@@ -7,15 +7,32 @@ from typing import TYPE_CHECKING, Any
 import numpy as np
 
 if TYPE_CHECKING:
+    from collections.abc import Iterator
+
     from numpy.typing import ArrayLike, NDArray
 
 
 class Column(np.ndarray[Any, np.dtype[Any]]):
     """What `Scene.column` returns: an array that libraries of Arrow take, too.
 
-    They share the memory of numbers. What has no value is null, where the array has NaN or None. Slices and arrays that
-    are computed of a column are arrays of numpy like any other.
+    pyarrow and nanoarrow share the memory of numbers. What has no value is null for them, where the array has NaN or
+    None. A column is read-only. Slices, copies and arrays that are computed of a column are arrays of numpy like any
+    other.
     """
+
+    def __getitem__(self, key: Any) -> Any:
+        return np.asarray(self)[key]
+
+    def __iter__(self) -> Iterator[Any]:
+        return iter(np.asarray(self))
+
+    def __array_wrap__(self, array: NDArray[Any], context: Any = None, return_scalar: bool = False) -> Any:
+        plain = np.asarray(array)
+        return plain[()] if return_scalar or plain.ndim == 0 else plain
+
+    def copy(self, order: Any = "C") -> Any:
+        """A plain array, which can be changed."""
+        return np.array(self, order=order)
 
     if TYPE_CHECKING:
 

@@ -60,6 +60,10 @@ def test_sources(tree: Path, source: object, expected: list[str]) -> None:
     assert paths(source) == expected
 
 
+def test_paths_may_be_bytes(tree: Path) -> None:
+    assert paths(b"lib/x") == paths([b"lib/x"]) == paths("lib/x") == ["lib/x/c.vrn", "lib/x/y/d.vrn"]
+
+
 def test_absolute_patterns_have_absolute_paths(tree: Path) -> None:
     folder = os.path.abspath(tree)
     assert paths(f"{folder}/**/*.vrn") == [os.path.abspath(path) for path in ALL]

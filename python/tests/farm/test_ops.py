@@ -276,3 +276,15 @@ def test_a_server_that_does_not_answer() -> None:
 def test_an_unknown_protocol() -> None:
     with pytest.raises(FarmError, match="nowhere://a.vrn: .*nowhere"):
         batch("nowhere://a.vrn", ops.check)
+
+
+@pytest.mark.parametrize("check", CHECKS)
+def test_a_function_that_wraps_a_check_is_called(scenes: Path, check: str) -> None:
+    called: list[str] = []
+
+    @functools.wraps(CHECKS[check])
+    def mine(path: str) -> str:
+        called.append(path)
+        return "mine"
+
+    assert [result.value for result in batch("lib/a.vrn", mine)] == ["mine"] and called == ["lib/a.vrn"]

@@ -67,6 +67,9 @@ def test_variants_without_a_material_or_a_name_are_lost(trip: Trip) -> None:
     what = "variants of meshes without a material or a name"
     trip.write(mesh + "m.variants[*].variant = 0u; m.variants[0].material |= a.outColor;", [what])
     trip.write('variants v; v.names[*] = "x"; ' + mesh + "m.variants[*].variant = 0u;", [what])
+    twice = "m.variants[*].variant = 0u; m.variants[0].material |= a.outColor; "
+    twice += "m.variants[*].variant = 0u; m.variants[1].material |= b.outColor;"
+    trip.write('variants v; v.names[*] = "x"; material b; ' + mesh + twice, ["further materials of a mesh in a variant"])
     trip.write('variants v; v.names[*] = "x"; variants w; w.names[*] = "y";', ["nodes of type variants"])
 
 

@@ -23,7 +23,7 @@ from typing import Any, NamedTuple
 from .files import file_system, is_remote
 from .results import Status, describe
 
-Source = str | os.PathLike[str]
+Source = str | bytes | os.PathLike[str]
 _MAGIC = re.compile(r"[*?\[]")
 
 
@@ -43,11 +43,11 @@ class Entry(NamedTuple):
 
 def manifest(sources: Source | Iterable[Source]) -> Iterator[Entry]:
     """The files that the sources lead to, in their order, each once. A source without files is an entry with a problem."""
-    if isinstance(sources, str | os.PathLike):
-        pattern = os.fspath(sources)
+    if isinstance(sources, bytes | str | os.PathLike):
+        pattern = os.fsdecode(sources)
         files = _files(pattern)
         return _unique(files) if pattern.count("**") > 1 else files
-    return _unique(entry for source in sources for entry in _files(os.fspath(source)))
+    return _unique(entry for source in sources for entry in _files(os.fsdecode(source)))
 
 
 def digest(text: str) -> int:

@@ -19,6 +19,8 @@ from .work import Function
 def work_here(function: Function, paths: Sequence[str]) -> Done:
     """Works on a batch in this process. A function can have an `attempt_all`, which is faster than one by one."""
     attempt_all = getattr(function, "attempt_all", None)
+    if hasattr(function, "__wrapped__"):  # functools.wraps copies the attributes of another function
+        attempt_all = None
     return worker_name(), attempt_all(paths) if attempt_all else [attempt(function, path) for path in paths]
 
 

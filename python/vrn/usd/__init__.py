@@ -11,7 +11,7 @@ what does the work:
 - `given`, `authored`: what a node and a prim hold, and what of it nobody has read. `losses`: what is lost.
 - `names`, `numbers`, `arrays`, `transforms`: what both directions share.
 - `hierarchy`, `meshes`, `surfaces`, `materials`, `textures`, `cameras`, `aim`, `lights`, `skins`, `morphs`, `animations`,
-  `instancers`: one kind of content each, in both directions.
+  `instancers`, `variants`: one kind of content each, in both directions.
 """
 
 from __future__ import annotations

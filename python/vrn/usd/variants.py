@@ -53,18 +53,21 @@ class VariantWriter:
     def add(self, prim: Usd.Prim, given: Given, material: vrn.Node | None) -> bool:
         """Whether a mesh has variants, so that its material is bound later."""
         materials = [material] * len(self._names)
-        has_any = False
+        taken: set[int] = set()
         for i in range(given.count("variants")):
             index = given.number(f"variants[{i}].variant", -1)
             other = given.link(f"variants[{i}].material")
             if other is None or index not in range(len(self._names)):
                 given.lose("variants of meshes without a material or a name", f"variants[{i}]")
                 continue
+            if int(index) in taken:
+                given.lose("further materials of a mesh in a variant", f"variants[{i}]")
+                continue
+            taken.add(int(index))
             materials[int(index)] = other
-            has_any = True
-        if has_any:
+        if taken:
             self._bindings.append((prim, [material, *materials]))
-        return has_any
+        return bool(taken)
 
     def write(self, materials: MaterialWriter) -> None:
         if self._node is None:
