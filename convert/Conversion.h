@@ -19,8 +19,8 @@ namespace vrn::convert {
 struct Request {
     std::vector<std::string> inputs{};
     std::string output{};
-    std::string
-        from{}; // formats such as `glb`, with or without a dot, in either case; empty for those of the extensions
+    // Formats such as `glb`, with or without a dot, in either case; empty for those of the extensions.
+    std::string from{};
     std::string to{};
     PlacementOptions inputPlacement{};
     Placement outputPlacement{};

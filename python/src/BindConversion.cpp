@@ -21,7 +21,7 @@ nb::tuple lossesOf(const convert::Losses& losses) {
 
 // A file that is read into a scene of its own.
 void readVrn(Scene& scene, const std::string& path) {
-    inspect::SceneFile file{std::string_view(path == "-" ? "./-" : path)}; // not standard input
+    inspect::SceneFile file(nameOfFile(path));
     file.read(scene);
     const inspect::Diagnosis diagnosis = file.diagnosisWithLines();
     if (!diagnosis.isWhole())

@@ -35,8 +35,6 @@ NamedFile fromMemory(nb::handle data, const std::string& name) {
     return {.file = SceneFile(std::string_view(name), memory.bytes, std::move(memory.keeper))};
 }
 
-SceneFile sceneFile(const Path& path) { return SceneFile(path.bytes == "-" ? "./-" : std::string_view(path.bytes)); }
-
 // What is no regular file, such as a pipe, is opened by Python, whose signals can interrupt that.
 NamedFile fromPath(nb::handle given) {
     const Path path = pathOf(given);
@@ -48,7 +46,7 @@ NamedFile fromPath(nb::handle given) {
         file.attr("close")();
         return fromMemory(data, path.bytes);
     }
-    return {.path = path.name, .file = sceneFile(path)};
+    return {.path = path.name, .file = SceneFile(nameOfFile(path.bytes))};
 }
 
 // A path, or a file object, which is read to its end.
@@ -159,7 +157,7 @@ std::optional<Checked> checked(const Path& path, const SharedCatalogue* catalogu
                                Interrupts& interrupts, std::optional<SceneFile>& file) {
     const auto start = std::chrono::steady_clock::now();
     try {
-        if (file.emplace(sceneFile(path)).isReadOnce())
+        if (file.emplace(nameOfFile(path.bytes)).isReadOnce())
             return std::nullopt;
         Scene scene;
         if (catalogue)

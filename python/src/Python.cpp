@@ -78,6 +78,8 @@ Path pathOf(nb::handle path) {
     return {std::move(name), std::move(bytes)};
 }
 
+std::string_view nameOfFile(const std::string& path) { return path == "-" ? std::string_view("./-") : path; }
+
 // The objects are never released: the interpreter may be gone before static destructors run.
 nb::handle imported(const char* module, const char* name) {
     static auto& kept = *new std::map<std::pair<std::string_view, std::string_view>, nb::handle>();

@@ -48,6 +48,9 @@ struct Path {
 };
 [[nodiscard]] Path pathOf(nb::handle path);
 
+// The path as the library takes it, to which `-` alone is standard input. Valid as long as the path.
+[[nodiscard]] std::string_view nameOfFile(const std::string& path);
+
 // Keeps a Python object, or what holds one, alive for the library. Any thread may release it, with or without the GIL;
 // nothing is left to release once the interpreter has ended.
 template <class Kept> [[nodiscard]] std::shared_ptr<const void> keeperOf(Kept kept) {

@@ -1,8 +1,8 @@
 """The driver: sends batches to workers, records what comes back, and finds the files that kill workers.
 
-At most four batches a worker are on their way, two while they are small. A batch that dies with its worker is halved, and its halves are worked
-on in child processes of the workers, within limits; so the worker survives, and the file that is to blame is known. A
-half that dies in spite of that is halved again, down to single files. A single file that dies with its worker is tried
+At most four batches a worker are on their way, two while they are small. A batch that dies with its worker is halved, and
+its halves are worked on in child processes of the workers, within limits; so the worker survives, and the file that is to
+blame is known. A half that dies in spite of that is halved again, down to single files. A single file that dies with its worker is tried
 once more while nothing else is on its way: only if it dies then, too, is it to blame, not a neighbour.
 """
 

@@ -154,10 +154,10 @@ class VariantReader:
 
     def _is_known(self) -> bool:
         """Whether the variants hold nothing but the materials and the sides of prims."""
-        for spec in self._root.GetPrimStack():
-            found = spec.variantSets.get(SET)
+        for opinion in self._root.GetPrimStack():
+            found = opinion.variantSets.get(SET)
             for variant in found.variants.values() if found else ():
-                if not all(_binds_only(below) for below in _specs(variant.primSpec)):
+                if not all(_binds_only(below) for below in _opinions(variant.primSpec)):
                     return False
         return True
 
@@ -168,18 +168,19 @@ def bound_material(owner: Usd.Prim, is_part: bool) -> UsdShade.Material:
     return binding.ComputeBoundMaterial()[0] if is_part else binding.GetDirectBinding().GetMaterial()
 
 
-def _specs(spec: Any) -> Iterator[Any]:
-    pending = [spec]
+def _opinions(opinion: Any) -> Iterator[Any]:
+    """What a layer says about a prim, and about those below it."""
+    pending = [opinion]
     while pending:
         found = pending.pop()
         yield found
         pending += list(found.nameChildren)
 
 
-def _binds_only(spec: Any) -> bool:
-    names = {found.name for found in spec.properties}
-    metadata = set(spec.ListInfoKeys()) - {"specifier", "apiSchemas"}
-    return spec.specifier == Sdf.SpecifierOver and names <= {_BINDING, "doubleSided"} and not metadata
+def _binds_only(opinion: Any) -> bool:
+    names = {found.name for found in opinion.properties}
+    metadata = set(opinion.ListInfoKeys()) - {"specifier", "apiSchemas"}
+    return opinion.specifier == Sdf.SpecifierOver and names <= {_BINDING, "doubleSided"} and not metadata
 
 
 def _texts(value: Any) -> list[str]:
