@@ -8,11 +8,6 @@
 
 namespace vor::velmo_sdk::impl {
 
-static std::span<u8> bytesOf(AttrData& data) {
-    const std::span<std::byte> block = data.bytes();
-    return {reinterpret_cast<u8*>(block.data()), block.size()};
-}
-
 void BufferReader::take(std::string_view characters) {
     if (std::as_const(data_).bytes().empty())
         return;
@@ -52,7 +47,7 @@ BufferReader::Result BufferReader::finish() {
     ElementsRead elements;
     if (payload_) {
         elements.isPayload = true;
-        (void)payload_->inflate(bytesOf(data_), elements.payloadError);
+        (void)payload_->inflate(data_.bytes(), elements.payloadError);
     } else if (numbers_) {
         numbers_->finish();
         elements = {

@@ -13,14 +13,13 @@ namespace {
 
 // The 8-bit counter lets the compiler use all lanes of a vector register, but limits a batch to 255 characters.
 u64 countLineFeeds(std::string_view text) noexcept {
+    constexpr std::size_t batch = 240;
     u64 count = 0;
-    while (!text.empty()) {
+    for (; !text.empty(); text.remove_prefix(std::min(batch, text.size()))) {
         u8 some = 0;
-        const std::string_view part = text.substr(0, 240);
-        for (const char c : part)
+        for (const char c : text.substr(0, batch))
             some = static_cast<u8>(some + (c == '\n' ? 1 : 0));
         count += some;
-        text.remove_prefix(part.size());
     }
     return count;
 }
@@ -112,8 +111,8 @@ void Lexer::countForeign() {
         firstForeignByte_ = nextPosition();
     // A complete byte-order mark at the start does not count.
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-    const bool goesOn = markLength_ < byteOrderMark.size() && u64(markLength_) + 1 == foreignBytes_ &&
-                        static_cast<u32>(pos) == markLength_ && *at_ == byteOrderMark[markLength_];
+    const bool goesOn = markLength_ < byteOrderMark.size() && static_cast<u32>(pos) == markLength_ &&
+                        *at_ == byteOrderMark[markLength_];
     if (goesOn && ++markLength_ == byteOrderMark.size())
         foreignBytes_ = 0;
 }

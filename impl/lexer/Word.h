@@ -43,13 +43,6 @@ namespace vor::velmo_sdk::impl {
     return at;
 }
 
-// The end of the number characters at the start of some characters.
-[[nodiscard]] inline const char* numberEnd(const char* at, const char* end) noexcept {
-    while (at != end && isIn(*at, numberChar))
-        ++at;
-    return at;
-}
-
 // The end of the word that begins at `at`, which is not `end`; `at` itself if no word begins there.
 [[nodiscard]] inline const char* wordEnd(const char* at, const char* end) noexcept {
     if (isIn(*at, punctuationChar))

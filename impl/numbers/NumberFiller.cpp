@@ -12,16 +12,8 @@ namespace vor::velmo_sdk::impl {
 
 namespace {
 
-bool isNumberCharacter(char c) noexcept { return isIn(c, numberChar); }
-
 const char* skipSeparators(const char* at, const char* end) noexcept {
-    while (at != end && !isNumberCharacter(*at))
-        ++at;
-    return at;
-}
-
-const char* skipNumber(const char* at, const char* end) noexcept {
-    while (at != end && isNumberCharacter(*at))
+    while (at != end && !isIn(*at, numberChar))
         ++at;
     return at;
 }
@@ -53,57 +45,49 @@ template <class Number> void NumberFiller::readNumbers(std::string_view text) {
         scalarLength = progress.numbers > 0 ? minScalarLength : std::min(2 * scalarLength, maxScalarLength);
         at = skipSeparators(progress.at, end);
     }
-    if (at != end)
-        excess_ = String(std::string_view(at, skipNumber(at, end)));
+    if (at != end && !excess_)
+        excess_ = String(std::string_view(at, numberEnd(at, end)));
 }
 
 // Parses the numbers that begin before `until`; returns where the next one begins.
 template <class Number> const char* NumberFiller::readOneByOne(const char* at, const char* until, const char* end) {
     while (at < until && remaining() > 0) {
         Number number = 0;
-        const char* numberEnd = takePlainNumber(at, end, number);
-        bool isNumber = numberEnd && (numberEnd == end || !isNumberCharacter(*numberEnd));
+        const char* after = takePlainNumber(at, end, number);
+        bool isNumber = after && (after == end || !isIn(*after, numberChar));
         if (!isNumber) {
-            numberEnd = skipNumber(at, end);
-            isNumber = String::parse({at, numberEnd}, number);
+            after = numberEnd(at, end);
+            isNumber = String::parse({at, after}, number);
         }
         if (isNumber)
             std::memcpy(next(), &number, sizeof number);
         else
             isRead_ = false;
         filled_ += sizeof number;
-        at = skipSeparators(numberEnd, end);
+        at = skipSeparators(after, end);
     }
     return at;
 }
 
 void NumberFiller::take(std::string_view characters) {
-    if (excess_)
-        return;
     const char* at = characters.data();
-    const char* end = at + characters.size();
+    const char* const end = at + characters.size();
     if (!partial_.empty()) {
-        const char* numberEnd = skipNumber(at, end);
-        partial_.append(at, numberEnd);
-        at = numberEnd;
+        const char* const after = numberEnd(at, end);
+        partial_.append(at, after);
+        at = after;
         if (at == end)
             return;
         (this->*readWhole_)(partial_);
-        partial_.clear();
     }
-    const char* last = end;
-    while (last != at && isNumberCharacter(last[-1]))
-        --last;
-    if (!excess_)
-        (this->*readWhole_)({at, last});
-    if (!excess_)
-        partial_.assign(last, end);
+    const char* partial = end;
+    while (partial != at && isIn(partial[-1], numberChar))
+        --partial;
+    (this->*readWhole_)({at, partial});
+    partial_.assign(partial, end);
 }
 
-void NumberFiller::finish() {
-    if (!excess_)
-        (this->*readWhole_)(partial_);
-}
+void NumberFiller::finish() { (this->*readWhole_)(partial_); }
 
 #define VRN_INSTANTIATE(Number) template NumberFiller NumberFiller::make<Number>(std::span<std::byte>, InstructionSet);
 VRN_BUFFER_NUMBERS(VRN_INSTANTIATE)

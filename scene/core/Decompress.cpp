@@ -50,15 +50,14 @@ std::size_t decodePairs(std::string_view text, u8* out) noexcept {
 } // namespace
 
 void PayloadDecoder::take(std::string_view part) {
-    reserve(part.size() / 2 + 1);
+    std::size_t size = stream_.size();
+    stream_.resize(size + part.size() / 2 + 1);
     while (!part.empty() && !invalid_) {
-        if (pendingDigit_ < 0) {
-            const std::size_t count = decodePairs(part, stream_.get() + size_);
-            size_ += count;
-            part.remove_prefix(2 * count);
-            if (part.empty())
-                break;
-        }
+        const std::size_t pairs = pendingDigit_ < 0 ? decodePairs(part, stream_.data() + size) : 0;
+        size += pairs;
+        part.remove_prefix(2 * pairs);
+        if (part.empty())
+            break;
         const char c = part[0];
         part.remove_prefix(1);
         const int value = String::hexValue(c);
@@ -67,49 +66,33 @@ void PayloadDecoder::take(std::string_view part) {
         if (value < 0)
             continue;
         if (pendingDigit_ >= 0)
-            stream_.get()[size_++] = static_cast<u8>(pendingDigit_ * 16 + value);
+            stream_[size++] = static_cast<u8>(pendingDigit_ * 16 + value);
         pendingDigit_ = pendingDigit_ >= 0 ? -1 : value;
     }
+    stream_.resize(size);
 }
 
-// realloc() remaps large blocks instead of copying them.
-void PayloadDecoder::reserve(std::size_t more) {
-    if (more <= capacity_ - size_)
-        return;
-    const std::size_t capacity = std::max<std::size_t>({64, size_ + more, 2 * capacity_});
-    void* memory = std::realloc(stream_.get(), capacity);
-    if (!memory)
-        throw std::bad_alloc();
-    (void)stream_.release();
-    stream_.reset(static_cast<u8*>(memory));
-    capacity_ = capacity;
-}
-
-std::size_t PayloadDecoder::inflate(std::span<u8> target, String& error) const {
-    if (invalid_) {
-        error = String::format(payloadMessages::invalidCharacter, *invalid_);
-        return 0;
-    }
-    if (pendingDigit_ >= 0) {
-        error = payloadMessages::oddDigits;
-        return 0;
-    }
+std::size_t PayloadDecoder::inflate(std::span<std::byte> target, String& error) const {
+    const auto fail = [&](const String& reason) {
+        error = reason;
+        return std::size_t(0);
+    };
+    if (invalid_)
+        return fail(String::format(payloadMessages::invalidCharacter, *invalid_));
+    if (pendingDigit_ >= 0)
+        return fail(payloadMessages::oddDigits);
     const std::unique_ptr<libdeflate_decompressor, decltype(&libdeflate_free_decompressor)> decompressor(
         libdeflate_alloc_decompressor(), libdeflate_free_decompressor);
     if (!decompressor)
         throw std::bad_alloc();
     std::size_t consumed = 0;
     std::size_t length = 0;
-    const libdeflate_result result = libdeflate_zlib_decompress_ex(decompressor.get(), stream_.get(), size_,
+    const libdeflate_result result = libdeflate_zlib_decompress_ex(decompressor.get(), stream_.data(), stream_.size(),
                                                                    target.data(), target.size(), &consumed, &length);
-    if (result == LIBDEFLATE_INSUFFICIENT_SPACE) {
-        error = String::format(payloadMessages::tooManyBytes, static_cast<unsigned long long>(target.size()));
-        return 0;
-    }
-    if (result != LIBDEFLATE_SUCCESS || consumed != size_ || length == 0) {
-        error = payloadMessages::corruptData;
-        return 0;
-    }
+    if (result == LIBDEFLATE_INSUFFICIENT_SPACE)
+        return fail(String::format(payloadMessages::tooManyBytes, static_cast<unsigned long long>(target.size())));
+    if (result != LIBDEFLATE_SUCCESS || consumed != stream_.size() || length == 0)
+        return fail(payloadMessages::corruptData);
     return length;
 }
 
@@ -123,7 +106,7 @@ DecompressedBytes decompress(const u8* data, std::size_t size, String& error, st
     PayloadDecoder decoder([](char c) { return c == ' '; });
     decoder.take(payload.substr(std::min<std::size_t>(payload.size(), 1)));
     auto bytes = std::make_unique_for_overwrite<u8[]>(expectedSize);
-    const std::size_t length = decoder.inflate({bytes.get(), expectedSize}, error);
+    const std::size_t length = decoder.inflate(std::as_writable_bytes(std::span(bytes.get(), expectedSize)), error);
     return length == 0 ? DecompressedBytes() : DecompressedBytes{std::move(bytes), length};
 }
 

@@ -10,11 +10,11 @@
 
 #include "scene/core/String.h"
 
-#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string_view>
+#include <vector>
 
 namespace vor {
 
@@ -51,18 +51,11 @@ public:
     void take(std::string_view part);
 
     // Inflates the decoded bytes into `target`; returns the number of bytes, or 0 with the reason in `error`.
-    [[nodiscard]] std::size_t inflate(std::span<u8> target, String& error) const;
+    [[nodiscard]] std::size_t inflate(std::span<std::byte> target, String& error) const;
 
 private:
-    struct Free {
-        void operator()(void* memory) const noexcept { std::free(memory); }
-    };
-    void reserve(std::size_t more);
-
     bool (*isSeparator_)(char);
-    std::unique_ptr<u8, Free> stream_;
-    std::size_t size_ = 0;
-    std::size_t capacity_ = 0;
+    std::vector<u8> stream_;
     int pendingDigit_ = -1; // the value of the first digit of a byte whose second one has not arrived; else -1
     std::optional<char> invalid_;
 };

@@ -64,6 +64,13 @@ inline constexpr std::array<u8, 256> charClasses = classesOfAll();
 }
 [[nodiscard]] constexpr bool isIn(signed char c, int classes) noexcept { return isIn(static_cast<char>(c), classes); }
 
+// The end of the number characters at the start of some characters.
+[[nodiscard]] constexpr const char* numberEnd(const char* at, const char* end) noexcept {
+    while (at != end && isIn(*at, numberChar))
+        ++at;
+    return at;
+}
+
 // Whether a bracket list can contain the character before its closing bracket.
 [[nodiscard]] constexpr bool isBracketChar(char c) noexcept {
     return c == '[' || c == '*' || String::isDigit(c) || isIn(c, blankChar);

@@ -35,7 +35,7 @@ Inflated inflateInPieces(std::string_view digits, std::size_t maxSize, std::size
         decoder.take(digits.substr(0, piece));
     Inflated result;
     result.bytes.resize(maxSize);
-    result.bytes.resize(decoder.inflate({reinterpret_cast<u8*>(result.bytes.data()), maxSize}, result.error));
+    result.bytes.resize(decoder.inflate(std::as_writable_bytes(std::span(result.bytes)), result.error));
     return result;
 }
 
