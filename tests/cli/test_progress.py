@@ -61,10 +61,10 @@ class Progress(Folder):
         )
 
     def test_files_show_their_total_size(self):
-        text = "t a; " + "a.x = float[3] {1.25 2.5 3.75};\n" * 200_000
+        text = "t a; " + "a.x = float[3] {1.25 2.5 3.75};\n" * 20_000
         self.file("a.vrn", text)
         lines = []
-        for count in (4, 16, 64, 256, 1024):  # until reading takes long enough
+        for count in (4, 16, 64, 256, 1024, 4096):  # until reading takes long enough
             output, shown = self.in_terminal("check", "-j2", *["a.vrn"] * count)
             self.assertIn(f"{count} files checked: 0 errors".encode(), output)
             size = count * len(text)
