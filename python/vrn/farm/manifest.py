@@ -195,20 +195,26 @@ def _entry_at(path: str, item: os.DirEntry[str] | None = None) -> Entry:
 def _remote_files(source: str) -> Iterator[Entry]:
     system, name = file_system(source)
     try:
-        if _MAGIC.search(name):
-            found = system.glob(name, detail=True)
-        elif _is_remote_folder(system, name):
-            found = system.glob(name.rstrip("/") + "/**/*.vrn", detail=True)
-        else:
+        if _is_remote_folder(system, name):
+            name = name.rstrip("/") + "/**/*.vrn"
+        if not _MAGIC.search(name):
             return iter([_remote_entry(source, _info(system, name))])
+        found = system.glob(name, detail=True)
     except Exception as error:  # each file system has exceptions of its own
         return iter([Entry(source, problem=f"it cannot be listed: {describe(error)}")])
-    entries = ((system.unstrip_protocol(path), info) for path, info in sorted(found.items()))
-    return (_remote_entry(path, info) for path, info in entries if info.get("type") != "directory")
+    files = (path for path in sorted(found) if found[path].get("type") != "directory" and not _is_hidden(path, name))
+    return (_remote_entry(system.unstrip_protocol(path), found[path]) for path in files)
+
+
+def _is_hidden(path: str, pattern: str) -> bool:
+    """Whether a name in the path begins with a dot that no name in the pattern begins with."""
+    named = [name for name in pattern.split("/") if name.startswith(".")]
+    hidden = (name for name in path.split("/") if name.startswith("."))
+    return not all(any(fnmatch.fnmatchcase(name, each) for each in named) for name in hidden)
 
 
 def _is_remote_folder(system: Any, name: str) -> bool:
-    return not name.endswith(".vrn") and bool(system.isdir(name))
+    return not name.endswith(".vrn") and not _MAGIC.search(name) and bool(system.isdir(name))
 
 
 def _info(system: Any, name: str) -> dict[str, Any]:
