@@ -73,6 +73,7 @@ def mistakes(scene: vrn.Scene, diagnostic: vrn.Diagnostic, vector: vrn.Vec3) -> 
     scene.add("mesh")  # type: ignore[call-arg]
     vrn.read("a.vrn", limits=5)  # type: ignore[arg-type]
     vrn.loads(5)  # type: ignore[arg-type]
+    vrn.Scene(catalogue="types.json")  # type: ignore[arg-type]
     vrn.no_such_name  # type: ignore[attr-defined]
     scene.add("mesh", "a")["x"] = object()  # type: ignore[assignment]
     diagnostic.line = 5  # type: ignore[misc]
