@@ -14,8 +14,8 @@ from conftest import wait_until
 
 from vrn.farm import FarmError
 from vrn.farm.dask import DaskPool
-from vrn.farm.executors import Fate
 from vrn.farm.guard import Limits
+from vrn.farm.pools import Fate
 from vrn.farm.work import Work
 
 

@@ -11,11 +11,11 @@ import pytest
 
 from vrn.farm import FarmError, Result
 from vrn.farm.driver import IN_FLIGHT, Driver
-from vrn.farm.executors import Fate
 from vrn.farm.manifest import Entry
+from vrn.farm.packing import Done
+from vrn.farm.pools import Fate
 from vrn.farm.results import Outcome, Status
 from vrn.farm.work import Work
-from vrn.farm.packing import Done
 
 
 class Died(Exception):

@@ -9,9 +9,9 @@ from collections.abc import Sequence
 from concurrent.futures import CancelledError, Future
 from typing import Any
 
-from .executors import Fate, Pool, folder_of
 from .guard import Limits, work_there
 from .packing import Done, received
+from .pools import Fate, Pool, folder_of
 from .results import FarmError, describe
 from .work import Work
 

@@ -16,10 +16,10 @@ from concurrent.futures import Future
 from dataclasses import dataclass
 from typing import Any
 
-from .executors import Fate, Pool
 from .ledger import Ledger, Record
 from .manifest import Entry
 from .packing import Done, unpacked
+from .pools import Fate, Pool
 from .results import FarmError, Outcome, Result, Status, describe
 from .sizing import Sizing, weight
 from .targets import is_target_missing

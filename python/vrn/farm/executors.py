@@ -1,59 +1,20 @@
-"""Where batches run: threads or processes here, or an executor of the user, such as Dask's or loky's.
-
-A pool hides what differs between them: how a batch is sent, how many workers there are, and what an error of the
-executor means for the batch that had it.
-"""
+"""Where batches run: threads or processes here, or an executor of the user, such as Dask's or loky's."""
 
 from __future__ import annotations
 
-import enum
 import os
 from collections.abc import Sequence
 from concurrent.futures import BrokenExecutor, CancelledError, Executor, Future, ThreadPoolExecutor
-from typing import Any, Protocol
+from typing import Any
 
-from .files import is_remote
 from .guard import Children, Limits, default_limits, guarded, work_there
 from .packing import Done, received
+from .pools import Fate, Pool, folder_of
 from .results import FarmError
 from .work import Work
 from .worker import work_here
 
 ExecutorLike = str | Executor | Any | None
-
-
-class Fate(enum.Enum):
-    """What an error of an executor means for the batch that had it."""
-
-    DIED = "the worker died, perhaps of a file of the batch"
-    LOST = "the batch is not done, through no fault of its own"
-    FATAL = "no batch can be done"
-
-
-class Pool(Protocol):
-    """Workers for batches."""
-
-    batch_seconds: float
-    """How long a batch should take."""
-
-    @property
-    def workers(self) -> int:
-        """How many there are now; at least one."""
-
-    def submit(self, work: Work, paths: Sequence[str], is_suspect: bool) -> Future[Any]:
-        """Sends a batch. A suspect one may kill its worker. Raises what a future may."""
-
-    def done(self, future: Future[Any]) -> Done:
-        """The outcomes of a batch that is done. Raises what the executor did."""
-
-    def fate(self, error: BaseException) -> Fate:
-        """What the error means."""
-
-    def renewed(self) -> Pool:
-        """A pool that can go on after a death: this one, or another in its place."""
-
-    def close(self) -> None:
-        """Cancels what has not begun, and releases what belongs to the pool."""
 
 
 def pool_for(executor: ExecutorLike, limits: Limits, workers: int | None) -> Pool:
@@ -76,13 +37,6 @@ def pool_for(executor: ExecutorLike, limits: Limits, workers: int | None) -> Poo
         'executor: "threads", "processes", "loky", an executor of concurrent.futures, or a client of Dask, '
         f"not {executor!r}"
     )
-
-
-def folder_of(work: Work, paths: Sequence[str]) -> str:
-    """The folder that workers elsewhere need for the work: the current one if any path is relative, otherwise none."""
-    target = getattr(work.function, "target", None)
-    names = [*paths, target(paths[0])] if target else paths
-    return "" if all(is_remote(name) or os.path.isabs(name) for name in names) else os.getcwd()
 
 
 def processors() -> int:

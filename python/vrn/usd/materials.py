@@ -13,8 +13,9 @@ import vrn
 
 from .authored import Authored
 from .given import FURTHER, Given
+from .keys import KEPT, NAME
 from .meshes import uvset_name
-from .names import KEPT, NAME, text_for_usd
+from .names import text_for_usd
 from .numbers import DIGITS, shortest, shortest_of, single
 from .textures import read_image
 

@@ -14,6 +14,7 @@ from . import morphs, skins
 from .arrays import Array, finite, from_usd, to_usd
 from .authored import Authored
 from .given import Given
+from .keys import NAME
 from .losses import Losses
 from .surfaces import Surface, flipped, split, with_faces, with_used_points
 
@@ -214,7 +215,7 @@ class _Attributes:
             primvar = self._add(uvset_name(i), TYPES.TexCoord2fArray, values, "faceVarying")
             primvar.SetIndices(to_usd(indices, TYPES.IntArray))
         if name != f"uv{i}":
-            primvar.GetAttr().SetCustomDataByKey("vrn:name", name)
+            primvar.GetAttr().SetCustomDataByKey(NAME, name)
 
     def write_attributes(self) -> None:
         types = {
@@ -425,7 +426,7 @@ class MeshReader:
             coords = coords[indices]
         if self._lay(surface, key, coords, primvar.GetInterpolation(), primvar.GetName()):
             self.uv_names.append(primvar.GetPrimvarName())
-            title = primvar.GetAttr().GetCustomDataByKey("vrn:name")
+            title = primvar.GetAttr().GetCustomDataByKey(NAME)
             self._uv_titles.append(title if isinstance(title, str) else f"uv{len(self._uv_titles)}")
 
     def _read_other(self, surface: Surface, primvar: UsdGeom.Primvar) -> None:

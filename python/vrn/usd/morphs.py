@@ -12,7 +12,8 @@ import vrn
 from .arrays import Array, finite, from_usd, to_usd
 from .authored import Authored
 from .given import Given
-from .names import NAME, UniqueNames, prim_name, text_for_usd
+from .keys import NAME
+from .names import UniqueNames, prim_name, text_for_usd
 from .surfaces import Surface
 
 if TYPE_CHECKING:

@@ -9,11 +9,6 @@ from pxr import Tf
 
 import vrn
 
-NAME = "vrn:name"
-EXTRAS = "vrn:extras"
-KEPT = {"extras": EXTRAS, "partExtras": "vrn:partExtras"}
-"""The texts of an application, and the keys under which the custom data of prims has them."""
-
 _IDENTIFIER = re.compile(r"[A-Za-z_][A-Za-z0-9_]*\Z")
 
 

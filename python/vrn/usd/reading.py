@@ -15,16 +15,16 @@ from .authored import Authored
 from .cameras import read_camera
 from .files import block_wrong_types, checked_path, open_stage, quiet, refused
 from .instancers import read_instancer
+from .keys import BARE, KEPT, NAME, PART, ROOT, SCENE, SCOPE, TYPE
 from .lights import is_light, read_light
 from .losses import Losses
 from .materials import MaterialReader
 from .meshes import MeshReader, parts_of
-from .names import KEPT, NAME, UniqueNames, node_name
+from .names import UniqueNames, node_name
 from .numbers import shortest
-from .skins import SkinReader
+from .skins import JOINTS, SkinReader
 from .transforms import Transform, read_transform
 from .variants import VariantReader, bound_material
-from .writing import BARE, PART, ROOT, SCENE, SCOPE, TYPE
 
 _CHILDREN = Usd.TraverseInstanceProxies(Usd.PrimDefaultPredicate)
 _ELSEWHERE = (
@@ -265,7 +265,7 @@ class Reader:
         return node
 
     def _read_skeleton(self, authored: Authored, parent: vrn.Node | None) -> vrn.Node | None:
-        is_own = authored.prim.HasRelationship("vrn:joints")
+        is_own = authored.prim.HasRelationship(JOINTS)
         node = None if is_own else self._add_placed("transform", authored, parent)
         self._skins.read_skeleton(authored, node)
         authored.add_unread("extent")

@@ -19,22 +19,17 @@ from .cameras import write_camera
 from .files import checked_path, quiet, save, staging_folder
 from .given import Given
 from .hierarchy import Hierarchy, elements, has_transform, read_hierarchy
+from .keys import BARE, KEPT, NAME, PART, ROOT, SCENE, SCOPE, TYPE
 from .lights import light_type, write_light
 from .losses import Losses
 from .materials import MaterialWriter
 from .meshes import write_mesh
-from .names import KEPT, NAME, UniqueNames, prim_name, text_for_usd
+from .names import UniqueNames, prim_name, text_for_usd
 from .skins import SkeletonWriter
 from .textures import Images
 from .transforms import write_transform
 from .variants import VariantWriter
 
-ROOT = "vrn:root"
-PART = "vrn:part"
-BARE = "vrn:bare"
-SCOPE = "vrn:scope"
-TYPE = "vrn:type"
-SCENE = "vrn:scene"
 _SHAPE_INPUTS = ("geometry", "parts[]", "material", "skin", "parent", "children[]", "name", "worldMatrix")
 
 

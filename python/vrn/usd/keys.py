@@ -1,0 +1,18 @@
+"""What the prims of a written stage say of the scene that USD has no place for: keys of their custom data."""
+
+NAME = "vrn:name"
+"""The name as it is in the scene, where a prim or a primvar cannot have it."""
+KEPT = {"extras": "vrn:extras", "partExtras": "vrn:partExtras"}
+"""The texts of an application, by input."""
+TYPE = "vrn:type"
+"""The type of a node in the hierarchy that is neither a transform nor an instance."""
+ROOT = "vrn:root"
+"""True for the prim that is no node: everything else is below it."""
+SCOPE = "vrn:scope"
+"""True for a prim that is no node, but holds prims of one kind."""
+SCENE = "vrn:scene"
+"""For a scene: whether it is the default one."""
+PART = "vrn:part"
+"""The place of a shape among those of its node."""
+BARE = "vrn:bare"
+"""True for a mesh without a place in the hierarchy."""
