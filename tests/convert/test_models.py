@@ -66,6 +66,46 @@ class Obj_(Models):
         self.file("in.obj", "f 1 2 3\nv 1 0 0\nv 0 2 0\nv 0 0 3\n")
         self.assert_points(self.read("in.obj"), CORNERS)
 
+    def test_numbers_of_vertices(self):
+        further = "vrn: out.json: lost: further numbers of vertices: 1 (in.obj line 1)"
+        for vertex, lines in (
+            ("1 0 0 # 5", []),
+            ("1 .0 .0e1", []),
+            ("1\t0 \\\n 0", []),
+            ("1 0 0 1", []),
+            ("1 0 0 0.5", [further]),
+            ("1 0 0 1 1", [further]),
+        ):
+            with self.subTest(vertex):
+                self.file("in.obj", f"v {vertex}\nv 0 2 0\nv 0 0 3\nv 4 4 4\nf 1 2 3\n")
+                self.assert_points(self.read("in.obj"), CORNERS)
+                self.assertEqual(self.lines, lines)
+
+    def test_vertices_that_are_not_three_numbers(self):
+        for line, message in (
+            ("v 1 2", "line 4 has 2 numbers in place of three coordinates"),
+            ("v", "line 4 has 0 numbers in place of three coordinates"),
+            ("v 1 2 x", "line 4 has x in place of a number"),
+        ):
+            with self.subTest(line):
+                self.file("in.obj", OBJ.replace("f", line + "\nf"))
+                self.refused("in.obj", message)
+
+    def test_colours_of_some_vertices(self):
+        self.file("in.obj", "v 1 0 0\nv 0 2 0 0 1 0\nv 0 0 3 0 0 1 0.5\nf 1 2 3\n")
+        colors = self.mesh(self.read("in.obj"))["colors"]["data"]
+        self.assertEqual(colors, [1, 1, 1, 1, 0, 1, 0, 1, 0, 0, 1, 1])
+        self.assertEqual(self.lines, [
+            "vrn: out.json: lost: further numbers of vertices: 1 (in.obj line 3)",
+            "vrn: out.json: lost: missing colours of vertices beside others (read as white): 1 (in.obj line 1)",
+        ])
+
+    def test_short_texture_coordinates(self):
+        for coordinates, expected in ((".25 .5", [0.25, 0.5]), ("-.25", [-0.25, 1]), ("1 0 .5", [1, 1])):
+            self.file("in.obj", f"vt {coordinates}\nv 1 0 0\nv 0 2 0\nv 0 0 3\nf 1/1 2/1 3/1\n")
+            (uvset,) = self.mesh(self.read("in.obj"))["uvsets"]["elements"]
+            self.assertEqual(inputs_of(uvset)["coords"]["data"], expected * 3)
+
     def test_faces_of_two_corners(self):
         self.file("in.obj", OBJ + "f 1 2\n")
         self.assertEqual(self.mesh(self.read("in.obj"))["faceIndices"]["data"], [0, 1, 2])
@@ -178,6 +218,29 @@ class Ply_(Models):
                             "property float z\nelement tristrips 1\nproperty list int int vertex_indices\nend_header\n"
                             "0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n")
         self.refused("in.ply", "it has triangle strips, which are not read; save it with single faces")
+
+
+class Stl_(Models):
+    FACET = "facet normal 0 0 1\nouter loop\nvertex 1 0 0\nvertex 0 2 0\nvertex 0 0 3\nendloop\nendfacet\n"
+
+    def test_keywords_in_upper_case(self):
+        upper = self.FACET.upper()
+        for text in (
+            f"SOLID Part\n{upper}{upper}ENDSOLID Part\n",
+            f"solid Part\n{self.FACET}{upper}ENDSOLID Part\n",
+            f"solid Part\n{self.FACET}\t{upper.replace('0', '0E0')}endsolid\n",
+        ):
+            with self.subTest(text):
+                self.file("in.stl", text)
+                mesh = self.mesh(self.read("in.stl"))
+                self.assertEqual(mesh["name"]["value"], "Part")
+                self.assertEqual(mesh["indices"]["data"], [0, 1, 2] * 2)
+                self.assertEqual(self.lines, [])
+
+    def test_binary_file_that_begins_like_text(self):
+        corners = struct.pack("<12f", 0, 0, 1, 1, 0, 0, 0, 2, 0, 0, 0, 3)
+        self.file("in.stl", b"SOLID FACET".ljust(80, b" ") + struct.pack("<I", 1) + corners + b"AB")
+        self.assert_points(self.read("in.stl"), CORNERS)
 
 
 class Placement(Models):

@@ -13,7 +13,9 @@
 #include "convert/import/assimp/ModelFiles.h"
 #include "convert/import/assimp/MtlTransforms.h"
 #include "convert/import/assimp/ObjCheck.h"
+#include "convert/import/assimp/ObjVertices.h"
 #include "convert/import/assimp/PlyCheck.h"
+#include "convert/import/assimp/StlText.h"
 #include "convert/shared/Extension.h"
 #include "convert/shared/FileContent.h"
 #include "convert/shared/Readable.h"
@@ -160,7 +162,13 @@ std::string aliasOf(const std::string& path, const std::string& format, ModelFil
 // Checks and changes what Assimp would misread.
 void prepare(const std::string& path, const std::string& format, ModelFiles& files, Losses& losses) {
     if (format == ".obj") {
-        checkObj(readText(path), path, losses);
+        const std::string content = readText(path);
+        checkObj(content, path, losses);
+        if (std::string changed = withUniformVertices(content, path, losses); !changed.empty())
+            files.replace(path, std::move(changed));
+    } else if (format == ".stl") {
+        if (std::string changed = withLowerCaseKeywords(readText(path)); !changed.empty())
+            files.replace(path, std::move(changed));
     } else if (format == ".dae") {
         files.replace(path, withNamedCameras(readText(path)));
     } else if (format == ".ply") {
