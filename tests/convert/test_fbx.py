@@ -7,12 +7,13 @@ rotation, is T Roff Rp Rpre R Rpost' Rp' Soff Sp S Sp'.
 import json
 import math
 import pathlib
+import struct
 import sys
 import unittest
 
 sys.path += [str(pathlib.Path(__file__).resolve().parents[1] / "cli")]
 
-from fbx_files import Fbx, element, prop, vector
+from fbx_files import Array, Fbx, element, prop, vector
 from geometry import inputs_of
 from importing import Importing
 from world import World, channels
@@ -146,6 +147,14 @@ class Transforms(FbxFiles):
                        vector("Lcl Scaling", (2, 2, 2)), vector("Lcl Rotation", (0, 0, 90)),
                        vector("Lcl Translation", (10, 0, 0)))
         self.assert_points(fbx, {"n": [(13, 1, -2), (9, -1, -2), (13, -1, 4)]})
+
+    def test_visibility(self):
+        hidden, shown = (prop("Visibility", "Visibility", value) for value in (0.0, 1.0))
+        for properties, template, expected in (((hidden,), (), False), ((), (hidden,), False), ((shown,), (hidden,), None)):
+            for is_binary in (True, False):
+                scene = self.read(self.one(*properties, template=template), is_binary=is_binary)
+                (node,) = [inputs_of(node) for node in scene["nodes"] if node["name"] == "n"]
+                self.assertEqual(node.get("visible", {"value": None})["value"], expected)
 
     def test_units(self):
         inches = self.one(settings=[prop("UnitScaleFactor", "double", 2.54)])
@@ -344,7 +353,95 @@ class Animations(FbxFiles):
         self.assertEqual(self.lost, ["vrn: out.json: lost: further layers of animations: 1 (take)"])
 
 
+class Losses(FbxFiles):
+    LOST = "vrn: out.json: lost: "
+
+    def assert_lost(self, fbx, *expected):
+        for is_binary in (True, False):
+            self.read(fbx, is_binary=is_binary)
+            self.assertEqual(self.lost, [self.LOST + loss for loss in expected])
+
+    def triangle(self, *layers):
+        fbx = Fbx()
+        mesh = fbx.mesh([A, B, C])
+        fbx.objects[-1][2].extend(layers)
+        fbx.model("n", mesh)
+        return fbx
+
+    def test_objects_that_are_not_read(self):
+        fbx = self.triangle()
+        fbx.object("Geometry", "curve\0\1Geometry", "NurbsCurve", [])
+        fbx.object("Geometry", "line\0\1Geometry", "Line", [])
+        fbx.object("NodeAttribute", "null\0\1NodeAttribute", "Null", [])
+        fbx.object("NodeAttribute", "level\0\1NodeAttribute", "LodGroup", [])
+        fbx.object("Audio", "noise\0\1Audio", "", [])
+        self.assert_lost(fbx, "objects of type Geometry NurbsCurve: 1 (curve)", "objects of type Geometry Line: 1 (line)",
+                         "objects of type NodeAttribute LodGroup: 1 (level)", "objects of type Audio: 1 (noise)")
+
+    def test_models_outside_of_the_scene(self):
+        fbx = self.triangle()
+        fbx.model("away", parent=12345)
+        fbx.model("below", parent=1002)
+        self.assert_lost(fbx, "models outside of the scene: 2 (first away)")
+
+    def test_subdivision(self):
+        for smoothness, expected in ((0, []), (1, []), (2, ["subdivision of meshes: 1 (shape)"])):
+            self.assert_lost(self.triangle(element("Smoothness", smoothness)), *expected)
+        self.assert_lost(self.triangle(element("LayerElementEdgeCrease", 0, children=[])),
+                         "LayerElementEdgeCrease of meshes: 1 (shape)")
+
+    def test_smoothing_groups(self):
+        smoothing = element("LayerElementSmoothing", 0, children=[])
+        normals = element("LayerElementNormal", 0, children=[
+            element("MappingInformationType", "ByPolygonVertex"), element("ReferenceInformationType", "Direct"),
+            element("Normals", Array("d", [0.0, 0.0, 1.0] * 3)),
+        ])
+        self.assert_lost(self.triangle(smoothing), "LayerElementSmoothing of meshes: 1 (shape)")
+        self.assert_lost(self.triangle(smoothing, normals))
+
+    def test_textures_and_properties_of_one_program(self):
+        fbx = self.triangle()
+        material = fbx.object("Material", "gold\0\1Material", "", [
+            element("Version", 102), element("ShadingModel", "phong"),
+            element("Properties70", children=[prop("3dsMax|main|shine", "Number", 1.0), prop("Shine", "Number", 1.0)]),
+        ])
+        fbx.connect(material, 1001)
+        for name in ("DiffuseColor", "3dsMax|main|shine_map"):
+            texture = fbx.object("Texture", "t\0\1Texture", "", [element("RelativeFilename", "t.png")])
+            fbx.connect(texture, material, name)
+        self.read(fbx)
+        self.assertIn(self.LOST + "textures of other properties of materials: 1 (gold 3dsMax|main|shine_map)", self.lost)
+        self.assertIn(self.LOST + "properties of materials that only one program has: 1 (gold 3dsMax|main|shine)",
+                      self.lost)
+
+
 class Damage(FbxFiles):
+    def test_old_text_files_of_another_form(self):
+        self.file("old.fbx", "FBXHeaderExtension:  {\n\tFBXVersion: 6100\n}\nObjects {\n}\n")
+        result = self.run_here("convert", "old.fbx", "out.json")
+        self.assertIn(b"read from version 7.1 on, and this is version 6", result.stderr)
+        self.assertEqual(result.returncode, 1)
+
+    def test_other_byte_order(self):
+        self.file("in.fbx", b"Kaydara FBX Binary  \0\x1a\1\0\0\x1d\x4c" + bytes(100))
+        result = self.run_here("convert", "in.fbx", "out.json")
+        message = b"vrn: in.fbx: its numbers begin with the highest byte; save it as text\n"
+        self.assertEqual((result.returncode, result.stderr), (1, message))
+
+    def test_values_of_one_byte(self):
+        fbx = Fbx()
+        fbx.model("n", fbx.mesh([A, B, C]), [prop("Channels", "UByte", 7)])
+        fbx.write(self.folder / "in.fbx", is_binary=True)
+        content = (self.folder / "in.fbx").read_bytes()
+        number = content.index(b"I\7\0\0\0")
+        # The three bytes that are left are those of a value of two bytes.
+        self.file("in.fbx", content[:number] + b"Z\7" + b"Y\0\0" + content[number + 5:])
+        values = content.index(b"\x01PS\x08\0\0\0Channels") - 16
+        changed = bytearray((self.folder / "in.fbx").read_bytes())
+        changed[values:values + 8] = struct.pack("<Q", 6)
+        self.file("in.fbx", bytes(changed))
+        self.assertEqual(self.run_here("convert", "in.fbx", "out.json").returncode, 0)
+
     def test_old_versions(self):
         for is_binary in (True, False):
             Fbx(version=6100).write(self.folder / "old.fbx", is_binary)

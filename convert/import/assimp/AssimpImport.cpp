@@ -229,10 +229,12 @@ void importModel(const std::string& path, Scene& scene, const TexturePaths& path
     importSkins(context);
     importCameras(context);
     importLights(context);
-    if (fbx)
+    if (fbx) {
+        fbx->hideNodes(context);
         fbx->importAnimations(context);
-    else
+    } else {
         importAnimations(context);
+    }
     reportUnusedMaterials(context);
     scaleDistances(scene, context.placement.metres, losses);
 }

@@ -1,16 +1,41 @@
 #include "convert/import/assimp/FbxImport.h"
 
 #include "convert/import/fbx/FbxAnimations.h"
+#include "convert/import/fbx/FbxLosses.h"
 #include "convert/shared/Errors.h"
+#include "convert/shared/NodeInputs.h"
 
+#include <algorithm>
+#include <functional>
 #include <span>
 
 namespace vrn::convert {
 
+namespace {
+
+void forEachValue(const FbxElement& element, const std::function<void(const FbxValue&)>& take) {
+    std::ranges::for_each(element.values, take);
+    for (const FbxElement& child : element.children)
+        forEachValue(child, take);
+}
+
+} // namespace
+
+FbxImport::FbxImport(const std::string& path, Losses& losses) : file_(path), scene_(file_, losses), path_(path) {
+    reportUnread(scene_, losses);
+}
+
 std::string FbxImport::contentForAssimp() const {
     std::string content = file_.content();
+    const auto at = [&](const char* place) -> char& {
+        return content[static_cast<std::size_t>(place - file_.content().data())];
+    };
     for (const FbxElement* stack : scene_.objects("AnimationStack"))
-        content[static_cast<std::size_t>(stack->name.data() - file_.content().data())] = '_';
+        at(stack->name.data()) = '_';
+    forEachValue(file_.root(), [&](const FbxValue& value) {
+        if (value.type == FbxValue::byte)
+            at(value.bytes.data() - 1) = 'C'; // a type of the same size
+    });
     return content;
 }
 
@@ -39,6 +64,13 @@ void FbxImport::setTransforms(ImportContext& context) {
             pending.push_back({child, children[i]->id});
         }
     }
+}
+
+void FbxImport::hideNodes(ImportContext& context) const {
+    for (const auto& [id, node] : nodes_)
+        if (!scene_.model(id)->isVisible)
+            if (const auto made = context.made.find(node); made != context.made.end())
+                set(*made->second, "visible", AttrData::boolean(false));
 }
 
 void FbxImport::importAnimations(ImportContext& context) const {

@@ -9,17 +9,19 @@ namespace vrn::convert {
 class FbxImport {
 public:
     // Throws FileError and ContentError.
-    FbxImport(const std::string& path, Losses& losses) : file_(path), scene_(file_, losses), path_(path) {}
+    FbxImport(const std::string& path, Losses& losses);
 
     [[nodiscard]] const Placement& placement() const noexcept { return scene_.placement(); }
 
-    // What Assimp is to read: the file without animations. Assimp ends the program for some that are valid.
+    // What Assimp is to read: the file without animations, as Assimp ends the program for some that are
+    // valid, and without a type of values that it does not know.
     [[nodiscard]] std::string contentForAssimp() const;
 
     // Call before importNodes(). Throws ContentError if the nodes are not those of the file.
     void setTransforms(ImportContext& context);
 
     // Call after importNodes().
+    void hideNodes(ImportContext& context) const;
     void importAnimations(ImportContext& context) const;
 
 private:

@@ -16,6 +16,8 @@ public:
 
     std::vector<FbxElement> parse() {
         position_ = signature.size() + 2;
+        if (content_[signature.size() + 1] != 0)
+            throw ContentError(path_, "its numbers begin with the highest byte; save it as text");
         hasLongOffsets_ = littleEndian32At(take(4), 0) >= 7500;
         position_ = headerSize;
         std::vector<FbxElement> sections;
@@ -54,6 +56,7 @@ private:
         const char type = take(1)[0];
         switch (type) {
         case 'C':
+        case FbxValue::byte:
             return {type, take(1)};
         case 'Y':
             return {type, take(2)};

@@ -84,6 +84,27 @@ std::vector<double> textNumbers(std::string_view list) {
     return numbers;
 }
 
+constexpr i64 oldestVersion = 7100;
+
+void refuseOld(i64 version, const std::string& path) {
+    if (version < oldestVersion)
+        throw ContentError(path, "FBX files are read from version 7.1 on, and this is version " +
+                                     std::to_string(version / 1000) + "; save it as a newer one");
+}
+
+// Old text files have forms of elements that the parser does not know.
+i64 versionOfText(std::string_view content) {
+    constexpr std::string_view name = "FBXVersion:";
+    const std::size_t start = content.find(name);
+    i64 version = oldestVersion;
+    if (start == std::string_view::npos)
+        return version;
+    std::string_view number = content.substr(start + name.size());
+    number.remove_prefix(std::min(number.find_first_not_of(' '), number.size()));
+    (void)vor::parseInteger(number.substr(0, number.find_first_of(" \t\r\n")), version, String::Radix::Decimal);
+    return version;
+}
+
 } // namespace
 
 double FbxValue::number() const {
@@ -96,6 +117,7 @@ double FbxValue::number() const {
     case 'I':
     case 'Y':
     case 'C':
+    case byte:
         return static_cast<double>(integer());
     default:
         break;
@@ -118,6 +140,8 @@ i64 FbxValue::integer() const {
         number = static_cast<i64>(numberAt<i16>(bytes));
     else if (type == 'C')
         number = bytes[0] & 1;
+    else if (type == byte)
+        number = static_cast<unsigned char>(bytes[0]);
     return number;
 }
 
@@ -142,13 +166,15 @@ std::vector<double> FbxElement::numbers() const {
 }
 
 FbxFile::FbxFile(const std::string& path) : content_(readText(path)) {
-    root_.children = isFbxBinary(content_) ? parseFbxBinary(content_, path) : parseFbxText(content_, path);
-    constexpr i64 oldest = 7100;
-    const FbxElement* header = root_.child("FBXHeaderExtension");
-    const FbxElement* version = header ? header->child("FBXVersion") : nullptr;
-    if (version && version->value(0).integer() < oldest)
-        throw ContentError(path, "FBX files are read from version 7.1 on, and this is version " +
-                                     std::to_string(version->value(0).integer() / 1000) + "; save it as a newer one");
+    if (isFbxBinary(content_)) {
+        root_.children = parseFbxBinary(content_, path);
+        const FbxElement* header = root_.child("FBXHeaderExtension");
+        const FbxElement* version = header ? header->child("FBXVersion") : nullptr;
+        refuseOld(version ? version->value(0).integer() : oldestVersion, path);
+    } else {
+        refuseOld(versionOfText(content_), path);
+        root_.children = parseFbxText(content_, path);
+    }
 }
 
 } // namespace vrn::convert

@@ -19,6 +19,8 @@ struct FbxValue {
     static constexpr char plain = '\0'; // a number or a word of a text file
     static constexpr char list = '*';   // numbers of a text file, separated by commas
 
+    static constexpr char byte = 'Z'; // without a sign, of a binary file
+
     char type = plain;
     std::string_view bytes{};
 

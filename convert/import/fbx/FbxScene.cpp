@@ -90,6 +90,13 @@ FbxTransform readTransform(const FbxElement& object, const Properties& propertie
     return t;
 }
 
+FbxModel readModel(const FbxElement& object, const Properties& properties, Losses& losses) {
+    return {.id = object.value(0).integer(),
+            .name = nameOf(object),
+            .transform = readTransform(object, properties, losses),
+            .isVisible = properties.number("Visibility", 1) != 0};
+}
+
 Placement readPlacement(const FbxElement& root, Losses& losses) {
     static const FbxElement none;
     const FbxElement* settings = root.child("GlobalSettings");
@@ -156,9 +163,7 @@ void FbxScene::readObjects(const FbxElement& root, Losses& losses) {
         objects_.emplace(id, &object);
         const std::string_view kind = object.value(2).text();
         if (object.name == "Model" && kind != "IKEffector" && kind != "FKEffector")
-            models_.emplace(id, FbxModel{.id = id,
-                                         .name = nameOf(object),
-                                         .transform = readTransform(object, Properties(object, defaults), losses)});
+            models_.emplace(id, readModel(object, Properties(object, defaults), losses));
     }
 }
 
@@ -213,12 +218,17 @@ const FbxModel* FbxScene::model(i64 id) const {
     return found == models_.end() ? nullptr : &found->second;
 }
 
-std::vector<const FbxElement*> FbxScene::objects(std::string_view kind) const {
+std::vector<const FbxElement*> FbxScene::objects() const {
     std::vector<const FbxElement*> found;
     if (allObjects_)
         for (const FbxElement& object : allObjects_->children)
-            if (object.name == kind)
-                found.push_back(&object);
+            found.push_back(&object);
+    return found;
+}
+
+std::vector<const FbxElement*> FbxScene::objects(std::string_view kind) const {
+    std::vector<const FbxElement*> found = objects();
+    std::erase_if(found, [&](const FbxElement* object) { return object->name != kind; });
     return found;
 }
 

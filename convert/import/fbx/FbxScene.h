@@ -14,6 +14,7 @@ struct FbxModel {
     i64 id = 0;
     std::string name{};
     FbxTransform transform{};
+    bool isVisible = true;
 };
 
 // One object belongs to another, or sets a property of it.
@@ -36,7 +37,8 @@ public:
     // A model, or null.
     [[nodiscard]] const FbxModel* model(i64 id) const;
 
-    // All objects of a class, such as `AnimationStack`; an object, or null.
+    // All objects; those of a class, such as `AnimationStack`; an object, or null.
+    [[nodiscard]] std::vector<const FbxElement*> objects() const;
     [[nodiscard]] std::vector<const FbxElement*> objects(std::string_view kind) const;
     [[nodiscard]] const FbxElement* object(i64 id) const;
 
