@@ -202,6 +202,16 @@ class Transforms(FbxFiles):
             self.read(fbx)
             self.assertEqual(len(self.lost), lost, (inheritance, scale))
 
+    def test_inherited_scale_that_is_animated(self):
+        for inheritance, scale, lost in ((1, 2, 0), (0, 1, 0), (0, 2, 1), (2, 2, 1)):
+            fbx = Fbx()
+            parent = fbx.model("parent")
+            fbx.model("n", fbx.mesh([A, B, C]), [prop("InheritType", "enum", inheritance)], parent)
+            keys = [(0, 1, LINEAR, 0, 0), (1, scale, LINEAR, 0, 0)]
+            fbx.animate(fbx.layer(fbx.stack("take")), parent, "Lcl Scaling", (1, 1, 1), {"X": keys})
+            self.read(fbx)
+            self.assertEqual(len(self.lost), lost, (inheritance, scale, self.lost))
+
 
 class Skins(FbxFiles):
     def test_geometry_transforms_come_before_the_joints(self):

@@ -193,16 +193,30 @@ void FbxScene::reportInheritance(Losses& losses) const {
         if (object.name != "Model" || parent == models_.end())
             continue;
         const Vector& scaling = parent->second.transform.scaling;
-        const bool isUniform = scaling[0] == scaling[1] && scaling[1] == scaling[2];
+        const bool isAnimated = hasAnimatedScaling(parent->first);
+        const bool isOne = scaling == Vector{1, 1, 1} && !isAnimated;
+        const bool isUniform = scaling[0] == scaling[1] && scaling[1] == scaling[2] && !isAnimated;
         for (const FbxModel* child : children(parent->first)) {
             const i64 inheritance = Properties(*objects_.at(child->id), nullptr).integer("InheritType", inheritsAll);
-            const bool isSame =
-                inheritance == inheritsAll || scaling == Vector{1, 1, 1} || (inheritance == 0 && isUniform);
+            const bool isSame = inheritance == inheritsAll || isOne || (inheritance == 0 && isUniform);
             if (!isSame)
                 losses.add("other ways of inheriting the scale of the parent (the scale is inherited)",
                            String(std::string_view(child->name)));
         }
     }
+}
+
+// Many files have curves for all properties, also of a scale that stays 1.
+bool FbxScene::hasAnimatedScaling(i64 model) const {
+    for (const FbxConnection& node : connectionsTo(model))
+        if (node.property == "Lcl Scaling")
+            for (const FbxConnection& curve : connectionsTo(node.source)) {
+                const FbxElement* object = this->object(curve.source);
+                const FbxElement* values = object ? object->child("KeyValueFloat") : nullptr;
+                if (values && std::ranges::any_of(values->numbers(), [](double value) { return value != 1; }))
+                    return true;
+            }
+    return false;
 }
 
 std::vector<const FbxModel*> FbxScene::children(i64 parent) const {

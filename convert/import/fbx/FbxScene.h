@@ -53,6 +53,7 @@ public:
 private:
     void readObjects(const FbxElement& root, Losses& losses);
     void readConnections(const FbxElement& root);
+    [[nodiscard]] bool hasAnimatedScaling(i64 model) const;
     void reportInheritance(Losses& losses) const;
 
     const FbxElement* allObjects_ = nullptr;
