@@ -202,6 +202,12 @@ class Transforms(FbxFiles):
             self.read(fbx)
             self.assertEqual(len(self.lost), lost, (inheritance, scale))
 
+    def test_inherited_scale_of_the_template(self):
+        fbx = Fbx(model_template=[prop("InheritType", "enum", 2)])
+        fbx.model("n", fbx.mesh([A, B, C]), parent=fbx.model("parent", None, [vector("Lcl Scaling", (2, 2, 2))]))
+        self.read(fbx)
+        self.assertEqual(len(self.lost), 1)
+
     def test_inherited_scale_that_is_animated(self):
         for inheritance, scale, lost in ((1, 2, 0), (0, 1, 0), (0, 2, 1), (2, 2, 1)):
             fbx = Fbx()

@@ -90,11 +90,14 @@ FbxTransform readTransform(const FbxElement& object, const Properties& propertie
     return t;
 }
 
+constexpr i64 inheritsAll = 1;
+
 FbxModel readModel(const FbxElement& object, const Properties& properties, Losses& losses) {
     return {.id = object.value(0).integer(),
             .name = nameOf(object),
             .transform = readTransform(object, properties, losses),
-            .isVisible = properties.number("Visibility", 1) != 0};
+            .isVisible = properties.number("Visibility", 1) != 0,
+            .inheritance = properties.integer("InheritType", inheritsAll)};
 }
 
 Placement readPlacement(const FbxElement& root, Losses& losses) {
@@ -185,7 +188,6 @@ void FbxScene::readConnections(const FbxElement& root) {
 
 // A scale of 1 is the same in all ways of inheriting it.
 void FbxScene::reportInheritance(Losses& losses) const {
-    constexpr i64 inheritsAll = 1;
     if (!allObjects_)
         return;
     for (const FbxElement& object : allObjects_->children) {
@@ -197,8 +199,7 @@ void FbxScene::reportInheritance(Losses& losses) const {
         const bool isOne = scaling == Vector{1, 1, 1} && !isAnimated;
         const bool isUniform = scaling[0] == scaling[1] && scaling[1] == scaling[2] && !isAnimated;
         for (const FbxModel* child : children(parent->first)) {
-            const i64 inheritance = Properties(*objects_.at(child->id), nullptr).integer("InheritType", inheritsAll);
-            const bool isSame = inheritance == inheritsAll || isOne || (inheritance == 0 && isUniform);
+            const bool isSame = child->inheritance == inheritsAll || isOne || (child->inheritance == 0 && isUniform);
             if (!isSame)
                 losses.add("other ways of inheriting the scale of the parent (the scale is inherited)",
                            String(std::string_view(child->name)));

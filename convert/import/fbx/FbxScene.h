@@ -15,6 +15,7 @@ struct FbxModel {
     std::string name{};
     FbxTransform transform{};
     bool isVisible = true;
+    i64 inheritance = 0; // of the scale of the parent
 };
 
 // One object belongs to another, or sets a property of it.
