@@ -213,6 +213,45 @@ class Ply_(Models):
         self.read("in.ply")
         self.assertIn("vrn: out.json: lost: elements other than vertices and faces: 1 (edge)", self.lines)
 
+    def test_names_of_properties_that_are_not_read(self):
+        for names in (("diffuse_red", "diffuse_green", "diffuse_blue"), ("s0", "t0"), ("s1", "t1")):
+            properties = "".join(f"property float {name}\n" for name in names)
+            self.file("in.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
+                                f"property float z\n{properties}element face 1\nproperty list uchar int vertex_index\n"
+                                "end_header\n" + ("1 0 0" + " 1" * len(names) + "\n") * 3 + "3 0 1 2\n")
+            self.assertEqual([name for name in ("colors", "uvsets") if name in self.mesh(self.read("in.ply"))], [])
+            self.assertIn(f"vrn: out.json: lost: properties without an equivalent: {len(names)} "
+                          f"(first vertex.{names[0]})", self.lines)
+
+    def test_files_that_are_cut_off(self):
+        header = ("element vertex 3\nproperty float x\nproperty double y\nproperty short z\nelement face 2\n"
+                  "property uchar flags\nproperty list ushort int vertex_indices\nend_header\n")
+        text = "".join(f"{x} {y} {z}\n" for x, y, z in CORNERS) + "7 3 0 1 2\n\n7 3 2 1 0\n"
+        files = {"ascii": (text, range(0, len(text) - 2))}
+        for order, name in (("<", "binary_little_endian"), (">", "binary_big_endian")):
+            data = b"".join(struct.pack(order + "fdh", *point) for point in CORNERS)
+            data += struct.pack(order + "BHiii", 7, 3, 0, 1, 2) + struct.pack(order + "BHiii", 7, 3, 2, 1, 0)
+            files[name] = (data, range(0, len(data)))
+        for name, (data, lengths) in files.items():
+            start = f"ply\nformat {name} 1.0\n{header}"
+            whole = data if isinstance(data, bytes) else data.encode()
+            self.file("in.ply", start.encode() + whole + b"\n")
+            self.assertEqual(self.mesh(self.read("in.ply"))["indices"]["data"], [0, 1, 2, 2, 1, 0])
+            for length in lengths:
+                with self.subTest(name, length=length):
+                    self.file("in.ply", start.encode() + whole[:length])
+                    (line,) = self.convert("in.ply", "out.json", status=1)
+                    self.assertRegex(line, r"number [123] of the [23] elements (vertex|face) is incomplete")
+
+    def test_counts_beyond_all_files(self):
+        start = "element vertex 3\nproperty float x\nproperty float y\nproperty float z\nelement none 999999999999999\n"
+        self.file("in.ply", f"ply\nformat ascii 1.0\n{start}end_header\n1 0 0\n0 2 0\n0 0 3\n")
+        self.convert("in.ply", "out.json")
+        lists = "element more 1\nproperty list double double values\nend_header\n"
+        points = b"".join(struct.pack("<3f", *point) for point in CORNERS)
+        self.file("in.ply", f"ply\nformat binary_little_endian 1.0\n{start}{lists}".encode() + points + b"\0" * 7 + b"\x20")
+        self.assertIn("is incomplete", self.convert("in.ply", "out.json", status=1)[0])
+
     def test_triangle_strips(self):
         self.file("in.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
                             "property float z\nelement tristrips 1\nproperty list int int vertex_indices\nend_header\n"
@@ -317,12 +356,10 @@ class Limits(Models):
     def test_memory(self):
         if IS_ASAN:
             self.skipTest("the sanitizer ends a process without memory")
-        self.file("large.ply", "ply\nformat ascii 1.0\nelement vertex 2000000000\nproperty float x\nproperty float y\n"
-                               "property float z\nelement face 1\nproperty list uchar int vertex_indices\nend_header\n"
-                               "0 0 0\n")
+        self.file("large.off", "OFF\n2000000000 1 0\n0 0 0\n")
         start = time.monotonic()
-        (line,) = self.convert("large.ply", "out.json", status=2)
-        self.assertEqual(line, "vrn: large.ply: out of memory: its reader may have 2048 MiB; set another limit with "
+        (line,) = self.convert("large.off", "out.json", status=2)
+        self.assertEqual(line, "vrn: large.off: out of memory: its reader may have 2048 MiB; set another limit with "
                                "--max-memory")
         self.assertLess(time.monotonic() - start, 5)
         self.file("in.obj", OBJ * 20_000)

@@ -1,6 +1,7 @@
 #include "convert/import/assimp/PlyCheck.h"
 
 #include "convert/import/Words.h"
+#include "convert/import/assimp/PlyData.h"
 #include "convert/shared/Errors.h"
 
 #include <algorithm>
@@ -14,34 +15,9 @@ namespace {
 constexpr std::string_view endOfHeader = "end_header";
 
 // What Assimp reads of vertices and of faces.
-constexpr std::string_view vertexProperties[] = {"x",
-                                                 "y",
-                                                 "z",
-                                                 "nx",
-                                                 "ny",
-                                                 "nz",
-                                                 "red",
-                                                 "green",
-                                                 "blue",
-                                                 "alpha",
-                                                 "r",
-                                                 "g",
-                                                 "b",
-                                                 "a",
-                                                 "diffuse_red",
-                                                 "diffuse_green",
-                                                 "diffuse_blue",
-                                                 "diffuse_alpha",
-                                                 "s",
-                                                 "t",
-                                                 "u",
-                                                 "v",
-                                                 "s0",
-                                                 "t0",
-                                                 "s1",
-                                                 "t1",
-                                                 "texture_u",
-                                                 "texture_v"};
+constexpr std::string_view vertexProperties[] = {"x",     "y",    "z",     "nx", "ny",        "nz",       "red",
+                                                 "green", "blue", "alpha", "r",  "g",         "b",        "a",
+                                                 "s",     "t",    "u",     "v",  "texture_u", "texture_v"};
 constexpr std::string_view faceProperties[] = {"vertex_indices", "vertex_index", "texcoord"};
 
 // The position after the line end of the header; that of the end if there is none.
@@ -66,7 +42,9 @@ bool isRead(std::string_view element, std::string_view property) {
 } // namespace
 
 void checkPly(std::string_view content, const std::string& path, Losses& losses) {
-    std::string_view header = content.substr(0, dataStart(content));
+    const std::size_t start = dataStart(content);
+    std::string_view header = content.substr(0, start);
+    checkPlyData(header, content.substr(start), path);
     std::string_view element;
     while (!header.empty()) {
         const std::vector<std::string_view> words = wordsOf(takeLine(header));
