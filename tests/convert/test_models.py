@@ -259,6 +259,24 @@ class Ply_(Models):
         self.refused("in.ply", "it has triangle strips, which are not read; save it with single faces")
 
 
+class Dxf_(Models):
+    LINE = ["0", "LINE", "8", "0", "10", "1", "20", "0", "30", "0", "11", "0", "21", "2", "31", "0"]
+
+    def check(self, entities, *expected, end=("0", "EOF")):
+        self.file("in.dxf", "\n".join(["0", "SECTION", "2", "ENTITIES", *entities, "0", "ENDSEC", *end, ""]))
+        self.assertEqual(self.mesh(self.read("in.dxf"))["points"]["data"], [1, 0, 0, 0, 2, 0])
+        self.assertEqual(self.lines, list(expected))
+
+    def test_entities_that_are_not_read(self):
+        circle = ["  0", "CIRCLE", "8", "0", "10", "0", "20", "0", "30", "0", "40", "1"]
+        self.check(self.LINE)
+        self.check([*self.LINE, *circle, *circle],
+                   "vrn: out.json: lost: entities of type CIRCLE: 2 (first in.dxf line 22)")
+
+    def test_missing_end(self):
+        self.check(self.LINE, "vrn: in.dxf: warning: the end of the file is missing: it may be cut off", end=())
+
+
 class Stl_(Models):
     FACET = "facet normal 0 0 1\nouter loop\nvertex 1 0 0\nvertex 0 2 0\nvertex 0 0 3\nendloop\nendfacet\n"
 

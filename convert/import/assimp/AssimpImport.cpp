@@ -3,6 +3,7 @@
 #include "convert/import/assimp/AssimpLog.h"
 #include "convert/import/assimp/AssimpValues.h"
 #include "convert/import/assimp/ColladaRepair.h"
+#include "convert/import/assimp/DxfCheck.h"
 #include "convert/import/assimp/FbxImport.h"
 #include "convert/import/assimp/ImportAnimations.h"
 #include "convert/import/assimp/ImportCamerasAndLights.h"
@@ -169,6 +170,8 @@ void prepare(const std::string& path, const std::string& format, ModelFiles& fil
     } else if (format == ".stl") {
         if (std::string changed = withLowerCaseKeywords(readText(path)); !changed.empty())
             files.replace(path, std::move(changed));
+    } else if (format == ".dxf") {
+        checkDxf(readText(path), path, losses);
     } else if (format == ".dae") {
         files.replace(path, withNamedCameras(readText(path)));
     } else if (format == ".ply") {
