@@ -63,7 +63,7 @@ inline constexpr char notConverted[] = "not converted, because of the errors abo
 inline constexpr char lost[] = "vrn: %s: lost: %s: %llu (%s%s)\n";
 inline constexpr char readerWarning[] = "vrn: %s: warning: %s\n";
 inline constexpr char readerWarnings[] = "vrn: %s: warning: %s (and %llu more like it)\n";
-inline constexpr char readerCrashed[] = "malformed: its reader crashed";
+inline constexpr char readerCrashed[] = "its reader crashed: it is malformed, or its reader has a fault";
 inline constexpr char readerKilled[] = "its reader was killed, perhaps for lack of memory";
 inline constexpr char noProcess[] = "cannot start a process for the conversion";
 

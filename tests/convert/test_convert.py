@@ -965,7 +965,7 @@ class Failures(Converting):
             + "</node>" * count
             + '</visual_scene></library_visual_scenes><scene><instance_visual_scene url="#s"/></scene></COLLADA>',
         )
-        self.fails(1, "vrn: deep.dae: malformed: its reader crashed", "deep.dae", "out.vrn")
+        self.fails(1, "vrn: deep.dae: its reader crashed: it is malformed, or its reader has a fault", "deep.dae", "out.vrn")
 
     def test_reader_process_ends_with_the_command(self):
         self.file("large.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\n" + "f 1 2 3\n" * 300_000)

@@ -13,7 +13,7 @@ from command import VRN
 from geometry import inputs_of
 from importing import Importing
 from mesh_files import Obj, Ply
-from world import World
+from world import World, channels
 
 OBJ = "v 1 0 0\nv 0 2 0\nv 0 0 3\nf 1 2 3\n"
 TRIANGLE = "mesh m; m.points = vec3f[3] {1 0 0 0 2 0 0 0 3}; m.indices = int32[3] {0 1 2};\n"
@@ -257,6 +257,32 @@ class Ply_(Models):
                             "property float z\nelement tristrips 1\nproperty list int int vertex_indices\nend_header\n"
                             "0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n")
         self.refused("in.ply", "it has triangle strips, which are not read; save it with single faces")
+
+
+class WithoutMeshes(Models):
+    def test_motion_of_a_skeleton(self):
+        # The hips move by 1 a frame; the knee turns by 90 degrees about Z, which takes the foot from -Y to +X.
+        self.file("in.bvh", "HIERARCHY\nROOT hips\n{\nOFFSET 0 0 0\n"
+                            "CHANNELS 6 Xposition Yposition Zposition Zrotation Yrotation Xrotation\nJOINT knee\n{\nOFFSET 0 -1 0\nCHANNELS 3 Zrotation Yrotation Xrotation\n"
+                            "JOINT foot\n{\nOFFSET 0 -2 0\nCHANNELS 0\nEnd Site\n{\nOFFSET 0 0 1\n}\n}\n}\n}\n"
+                            "MOTION\nFrames: 2\nFrame Time: 0.5\n0 0 0 0 0 0 0 0 0\n1 0 0 0 0 0 90 0 0\n")
+        scene = self.read("in.bvh")
+        for time, foot in ((0, (0, -3, 0)), (1, (3, -1, 0))):
+            poses = {}
+            for (node, path), (_, times, values) in channels(scene).items():
+                self.assertIn(times, ([0], [0, 0.5]))
+                poses.setdefault(node, {})[path] = values[min(time, len(values) - 1)]
+            for number, wanted in zip(World(scene, poses).matrix("foot")[12:15], foot):
+                self.assertAlmostEqual(number, wanted, 6)
+
+    def test_motion_without_rotations(self):
+        self.file("in.bvh", "HIERARCHY\nROOT hips\n{\nOFFSET 0 0 0\nCHANNELS 3 Xposition Yposition Zposition\n"
+                            "End Site\n{\nOFFSET 0 0 1\n}\n}\nMOTION\nFrames: 1\nFrame Time: 0.5\n1 2 3\n")
+        self.refused("in.bvh", "line 5 has positions without three rotations, which are not read")
+
+    def test_points_without_elements(self):
+        self.file("in.obj", "o cloud\nv 1 0 0\nv 0 2 0\n")
+        self.refused("in.obj", "nothing in it can be read")
 
 
 class Dxf_(Models):

@@ -2,6 +2,7 @@
 
 #include "convert/import/assimp/AssimpLog.h"
 #include "convert/import/assimp/AssimpValues.h"
+#include "convert/import/assimp/BvhCheck.h"
 #include "convert/import/assimp/ColladaRepair.h"
 #include "convert/import/assimp/DxfCheck.h"
 #include "convert/import/assimp/FbxImport.h"
@@ -56,9 +57,11 @@ private:
 
 constexpr char nothingRead[] = "nothing in it can be read";
 
+// Readers mark scenes that may have nothing but nodes.
 bool isEmpty(const aiScene& scene) {
+    const bool isMarked = (scene.mFlags & AI_SCENE_FLAGS_INCOMPLETE) != 0;
     return scene.mNumMeshes == 0 && scene.mNumCameras == 0 && scene.mNumLights == 0 && scene.mNumAnimations == 0 &&
-           scene.mRootNode->mNumChildren == 0;
+           (scene.mRootNode->mNumChildren == 0 || !isMarked);
 }
 
 // Some readers forget kinds of faces, and the validation would refuse what is in order otherwise.
@@ -94,8 +97,15 @@ private:
     std::vector<aiMesh*> clouds_{};
 };
 
+// The validation refuses scenes without meshes, such as the motion of a skeleton, unless they are marked.
+void markWithoutMeshes(const aiScene& scene) {
+    if (scene.mNumMeshes == 0)
+        const_cast<aiScene&>(scene).mFlags |= AI_SCENE_FLAGS_INCOMPLETE;
+}
+
 const aiScene* validated(Assimp::Importer& importer, const aiScene& scene) {
     correctPrimitiveTypes(scene);
+    markWithoutMeshes(scene);
     FacesOfPointClouds faces(scene);
     const aiScene* valid = importer.ApplyPostProcessing(aiProcess_ValidateDataStructure);
     if (valid) // otherwise the scene is gone
@@ -170,6 +180,8 @@ void prepare(const std::string& path, const std::string& format, ModelFiles& fil
     } else if (format == ".stl") {
         if (std::string changed = withLowerCaseKeywords(readText(path)); !changed.empty())
             files.replace(path, std::move(changed));
+    } else if (format == ".bvh") {
+        checkBvh(readText(path), path);
     } else if (format == ".dxf") {
         checkDxf(readText(path), path, losses);
     } else if (format == ".dae") {
