@@ -100,6 +100,22 @@ class Obj_(Models):
             "vrn: out.json: lost: missing colours of vertices beside others (read as white): 1 (in.obj line 1)",
         ])
 
+    def test_attributes_of_some_corners(self):
+        points = "v 1 0 0\nv 0 2 0\nv 0 0 3\nvt 0 0\nvn 0 0 1\n"
+        for faces, expected in (
+            ("f 1/1/1 2/1/1 3/1/1\nf 1/1/1 2/1/1 \\\n 3/1/1\nl 1 2\n", []),
+            ("f 1 2 3\nf 1//1 2//1 3//1\nf 3//1 2//1 1//1", ["missing normals of corners", "line 7"]),
+            ("f 1/1 2/1 3/1\nf 1/1 2 3/1\n", ["missing texture coordinates of corners", "line 7"]),
+            ("f 1 2 3\no b\nf 1//1 2//1 3//1\ng c\nf 1/1 2/1 3/1\nusemtl d\nf 1 2 3\n", []),
+        ):
+            with self.subTest(faces):
+                self.file("in.obj", points + faces)
+                lines = self.convert("in.obj", "out.json")
+                lost = [line for line in lines if "read as 0" in line]
+                self.assertEqual(len(lost), 1 if expected else 0, lines)
+                for part in expected:
+                    self.assertIn(part, lost[0])
+
     def test_short_texture_coordinates(self):
         for coordinates, expected in ((".25 .5", [0.25, 0.5]), ("-.25", [-0.25, 1]), ("1 0 .5", [1, 1])):
             self.file("in.obj", f"vt {coordinates}\nv 1 0 0\nv 0 2 0\nv 0 0 3\nf 1/1 2/1 3/1\n")

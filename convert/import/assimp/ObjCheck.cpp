@@ -44,10 +44,11 @@ private:
             ++counts_[2];
         else if (keyword == "f" || keyword == "l" || keyword == "p")
             while (!line.empty())
-                checkCorner(takeWord(line));
+                checkCorner(takeWord(line), keyword == "f");
+        else if (keyword == "o" || keyword == "g" || keyword == "usemtl")
+            attributes_ = {};
         else if (isFreeForm(keyword))
-            losses_.add("free-form curves and surfaces",
-                        String::format("%s line %llu", path_.c_str(), static_cast<unsigned long long>(line_)));
+            losses_.add("free-form curves and surfaces", place());
     }
 
     static bool isFreeForm(std::string_view keyword) {
@@ -55,14 +56,42 @@ private:
     }
 
     // `v`, `v/vt`, `v//vn` or `v/vt/vn`.
-    void checkCorner(std::string_view corner) {
-        for (std::size_t i = 0; i < kinds.size() && !corner.empty(); ++i) {
+    void checkCorner(std::string_view corner, bool isOfFace) {
+        if (corner == "\\") // the next line goes on
+            return;
+        for (std::size_t i = 0; i < kinds.size(); ++i) {
             const std::size_t end = std::min(corner.find('/'), corner.size());
             i64 index = 0;
-            if (vor::parseInteger(corner.substr(0, end), index, String::Radix::Decimal))
+            const bool isGiven = vor::parseInteger(corner.substr(0, end), index, String::Radix::Decimal);
+            if (isGiven)
                 refer(i, index);
+            if (isOfFace)
+                attributes_[i].add(isGiven, [&] { reportMissing(i); });
             corner.remove_prefix(std::min(end + 1, corner.size()));
         }
+    }
+
+    // Faces up to the next statement that begins a mesh have an attribute in all corners, or Assimp makes it up.
+    class Attribute {
+    public:
+        template <class Report> void add(bool isGiven, Report report) {
+            const bool wasMixed = isGiven_ && isMissing_;
+            (isGiven ? isGiven_ : isMissing_) = true;
+            if (isGiven_ && isMissing_ && !wasMixed)
+                report();
+        }
+
+    private:
+        bool isGiven_ = false;
+        bool isMissing_ = false;
+    };
+
+    void reportMissing(std::size_t kind) {
+        losses_.add("missing " + std::string(kinds[kind]) + "s of corners beside others (read as 0)", place());
+    }
+
+    [[nodiscard]] String place() const {
+        return String::format("%s line %llu", path_.c_str(), static_cast<unsigned long long>(line_));
     }
 
     // A negative index counts from the last element so far.
@@ -84,6 +113,7 @@ private:
     Losses& losses_;
     u64 line_ = 0;
     std::array<i64, 3> counts_{};
+    std::array<Attribute, 3> attributes_{};
     std::array<Reference, 3> highest_{};
 };
 
