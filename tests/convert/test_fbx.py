@@ -431,6 +431,53 @@ class Losses(FbxFiles):
                       self.lost)
 
 
+class Cameras(FbxFiles):
+    def view(self, is_binary, **properties):
+        """The aspect and the tangent of half the vertical field of view."""
+        fbx = Fbx()
+        attribute = fbx.object("NodeAttribute", "eye\0\1NodeAttribute", "Camera", [
+            element("TypeFlags", "Camera"),
+            element("Properties70", children=[prop(name, "double", float(value)) for name, value in properties.items()]),
+        ])
+        model = fbx.object("Model", "eye\0\1Model", "Camera", [element("Version", 232), element("Properties70", children=[])])
+        fbx.connect(model, 0)
+        fbx.connect(attribute, model)
+        fbx.model("n", fbx.mesh([A, B, C]))
+        (camera,) = [inputs_of(node) for node in self.read(fbx, is_binary=is_binary)["nodes"] if node["type"] == "camera"]
+        return camera.get("aspect", {"value": None})["value"], math.tan(math.radians(camera["fov"]["value"]) / 2)
+
+    def test_fields_of_view(self):
+        # Film of 2 by 1 inches; a focal length of 1 inch shows it with the tangents 1 and 0.5.
+        film = {"FilmWidth": 2, "FilmHeight": 1, "ApertureMode": 3, "FocalLength": 25.4}
+        square, wide, wider = ({"AspectWidth": width, "AspectHeight": 100} for width in (100, 200, 400))
+        for properties, expected in (
+            ({**wide, "ApertureMode": 1, "FieldOfView": 90}, (2, 0.5)),
+            ({**wide, "ApertureMode": 2, "FieldOfView": 90}, (2, 1)),
+            ({**wide, "FieldOfView": 90}, (2, 1)),
+            ({**wide, "ApertureMode": 0, "FieldOfViewX": 40, "FieldOfViewY": 90}, (2, 1)),
+            ({**wide, **film}, (2, 0.5)),
+            ({**square, **film, "GateFit": 1}, (1, 0.5)),
+            ({**square, **film, "GateFit": 2}, (1, 1)),
+            ({**square, **film, "GateFit": 3}, (1, 0.5)),
+            ({**wider, **film, "GateFit": 3}, (4, 0.25)),
+            ({**square, **film, "GateFit": 4}, (1, 1)),
+            ({**wider, **film, "GateFit": 4}, (4, 0.5)),
+            ({**square, **film, "GateFit": 1, "FilmSqueezeRatio": 2}, (1, 1)),
+            ({"AspectRatioMode": 4, "AspectWidth": 2, "AspectHeight": 100, "FieldOfView": 90}, (2, 1)),
+            ({"AspectRatioMode": 3, "AspectWidth": 100, "AspectHeight": 0.5, "FieldOfView": 90}, (2, 1)),
+        ):
+            for is_binary in (True, False):
+                with self.subTest(properties, is_binary=is_binary):
+                    self.assert_close([self.view(is_binary, **properties)], [expected])
+
+    def test_views_without_a_size(self):
+        for properties in ({"AspectHeight": 0}, {"ApertureMode": 3, "FocalLength": 0}, {"ApertureMode": 3, "FilmWidth": -1}):
+            with self.subTest(properties):
+                aspect, tangent = self.view(True, **properties)
+                self.assertIsNone(aspect)
+                self.assertTrue(math.isfinite(tangent))
+
+
 class Damage(FbxFiles):
     def test_old_text_files_of_another_form(self):
         self.file("old.fbx", "FBXHeaderExtension:  {\n\tFBXVersion: 6100\n}\nObjects {\n}\n")

@@ -104,8 +104,8 @@ class Obj_(Models):
         points = "v 1 0 0\nv 0 2 0\nv 0 0 3\nvt 0 0\nvn 0 0 1\n"
         for faces, expected in (
             ("f 1/1/1 2/1/1 3/1/1\nf 1/1/1 2/1/1 \\\n 3/1/1\nl 1 2\n", []),
-            ("f 1 2 3\nf 1//1 2//1 3//1\nf 3//1 2//1 1//1", ["missing normals of corners", "line 7"]),
-            ("f 1/1 2/1 3/1\nf 1/1 2 3/1\n", ["missing texture coordinates of corners", "line 7"]),
+            ("f 1 2 3\nf 1//1 2//1 3//1\nf 3//1 2//1 1//1", ["missing normal of corners", "line 7"]),
+            ("f 1/1 2/1 3/1\nf 1/1 2 3/1\n", ["missing texture coordinate of corners", "line 7"]),
             ("f 1 2 3\no b\nf 1//1 2//1 3//1\ng c\nf 1/1 2/1 3/1\nusemtl d\nf 1 2 3\n", []),
         ):
             with self.subTest(faces):

@@ -230,6 +230,7 @@ void importModel(const std::string& path, Scene& scene, const TexturePaths& path
     context.isTriangulated = options.isTriangulated;
     if (fbx) {
         fbx->setTransforms(context);
+        fbx->setViews(context);
         context.placement = fbx->placement();
     } else if (hasPlacedRoot(format)) {
         context.placement = placementOf(*from);

@@ -1,11 +1,15 @@
 #include "convert/import/assimp/FbxImport.h"
 
+#include "convert/import/assimp/AssimpValues.h"
 #include "convert/import/fbx/FbxAnimations.h"
+#include "convert/import/fbx/FbxCameras.h"
 #include "convert/import/fbx/FbxLosses.h"
 #include "convert/shared/Errors.h"
+#include "convert/shared/Floats.h"
 #include "convert/shared/NodeInputs.h"
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 #include <span>
 
@@ -63,6 +67,30 @@ void FbxImport::setTransforms(ImportContext& context) {
                 context.meshMatrices.try_emplace(mesh, toMatrix(geometric));
             pending.push_back({child, children[i]->id});
         }
+    }
+}
+
+// Assimp takes the field of view for the horizontal one, and for 1 degree if a focal length states it.
+void FbxImport::setViews(ImportContext& context) const {
+    std::unordered_map<std::string_view, i64> models;
+    for (const auto& [id, node] : nodes_)
+        models.emplace(viewOf(node->mName), id);
+    for (aiCamera* camera : std::span(context.from.mCameras, context.from.mNumCameras))
+        if (const auto model = models.find(viewOf(camera->mName)); model != models.end())
+            setView(*camera, model->second);
+}
+
+void FbxImport::setView(aiCamera& camera, i64 model) const {
+    for (const FbxConnection& connection : scene_.connectionsTo(model)) {
+        const FbxElement* object = scene_.object(connection.source);
+        if (!object || object->name != "NodeAttribute" || object->value(2).text() != "Camera")
+            continue;
+        const FbxView view = viewOf(*object);
+        const bool isValid =
+            view.aspect > 0 && view.halfWidth > 0 && fitsFloat(view.aspect) && fitsFloat(view.halfWidth);
+        camera.mAspect = isValid ? static_cast<float>(view.aspect) : 0; // 0 is unknown
+        if (isValid)
+            camera.mHorizontalFOV = static_cast<float>(2 * std::atan(view.halfWidth));
     }
 }
 

@@ -20,11 +20,16 @@ public:
     // Call before importNodes(). Throws ContentError if the nodes are not those of the file.
     void setTransforms(ImportContext& context);
 
+    // Call after setTransforms(), before importCameras().
+    void setViews(ImportContext& context) const;
+
     // Call after importNodes().
     void hideNodes(ImportContext& context) const;
     void importAnimations(ImportContext& context) const;
 
 private:
+    void setView(aiCamera& camera, i64 model) const;
+
     FbxFile file_;
     FbxScene scene_;
     const std::string& path_;

@@ -87,7 +87,7 @@ private:
     };
 
     void reportMissing(std::size_t kind) {
-        losses_.add("missing " + std::string(kinds[kind]) + "s of corners beside others (read as 0)", place());
+        losses_.add("missing " + std::string(kinds[kind]) + " of corners beside others (read as 0)", place());
     }
 
     [[nodiscard]] String place() const {
