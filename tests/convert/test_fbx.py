@@ -470,6 +470,11 @@ class Cameras(FbxFiles):
                 with self.subTest(properties, is_binary=is_binary):
                     self.assert_close([self.view(is_binary, **properties)], [expected])
 
+    def test_projections(self):
+        for projection, lost in ((0, []), (1, ["orthographic projections of cameras (read as perspective ones): 1 (eye)"])):
+            self.view(False, CameraProjectionType=projection)
+            self.assertEqual(self.lost, ["vrn: out.json: lost: " + loss for loss in lost])
+
     def test_views_without_a_size(self):
         for properties in ({"AspectHeight": 0}, {"ApertureMode": 3, "FocalLength": 0}, {"ApertureMode": 3, "FilmWidth": -1}):
             with self.subTest(properties):

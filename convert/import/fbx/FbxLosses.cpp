@@ -90,6 +90,8 @@ public:
             mesh(object);
         else if (object.name == "Material")
             material(object);
+        else if (object.name == "NodeAttribute" && kind == "Camera")
+            camera(object);
     }
 
     void modelsOutsideOfTheScene() {
@@ -125,6 +127,15 @@ private:
         return isIn({"LayerElementNormal", "LayerElementTangent", "LayerElementBinormal", "LayerElementUV",
                      "LayerElementColor", "LayerElementMaterial"},
                     layer);
+    }
+
+    // How large the view is depends on the program that wrote the file.
+    void camera(const FbxElement& camera) {
+        constexpr std::size_t firstValue = 4;
+        constexpr double orthographic = 1;
+        const FbxElement* projection = propertyOf(camera, "CameraProjectionType");
+        if (projection && projection->value(firstValue).number() == orthographic)
+            losses_.add("orthographic projections of cameras (read as perspective ones)", labelOf(camera));
     }
 
     void material(const FbxElement& material) {
