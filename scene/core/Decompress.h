@@ -10,11 +10,11 @@
 
 #include "scene/core/String.h"
 
+#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string_view>
-#include <vector>
 
 namespace vor {
 
@@ -54,8 +54,15 @@ public:
     [[nodiscard]] std::size_t inflate(std::span<std::byte> target, String& error) const;
 
 private:
+    struct Free {
+        void operator()(void* memory) const noexcept { std::free(memory); }
+    };
+    void reserve(std::size_t more);
+
     bool (*isSeparator_)(char);
-    std::vector<u8> stream_;
+    std::unique_ptr<u8, Free> stream_;
+    std::size_t size_ = 0;
+    std::size_t capacity_ = 0;
     int pendingDigit_ = -1; // the value of the first digit of a byte whose second one has not arrived; else -1
     std::optional<char> invalid_;
 };
