@@ -116,10 +116,13 @@ public:
         const auto work = [&] { return attempt([&] { conversion_.run(losses_, *this); }); };
         if (!conversion_.hasModels())
             return work();
-        const Ending ending = runIsolated(work, memoryLimit());
+        const ProcessLimits limits{.memory = memoryLimit(), .processorSeconds = processorLimit()};
+        const Ending ending = runIsolated(work, limits);
         const std::string name = inputName();
         if (ending.signal == SIGALRM)
             refuse(name, String::format(messages::readerTooSlow, static_cast<unsigned long long>(options_.timeout)));
+        if (ending.signal == SIGXCPU)
+            refuse(name, String::format(messages::readerEndless, static_cast<unsigned long long>(processorLimit())));
         if (ending.signal == SIGKILL)
             refuse(name, messages::readerKilled);
         if (ending.signal != 0)
@@ -133,13 +136,25 @@ private:
             return std::min(options_.maxMemory, std::numeric_limits<u64>::max() / 2 / bytesPerMiB) * bytesPerMiB;
         constexpr u64 least = 2048 * bytesPerMiB;
         constexpr u64 perByte = 16;
-        u64 limit = least;
+        return least + perByte * inputSize(least / perByte);
+    }
+
+    // In seconds. Some readers never end if a file is cut off; a large file takes a tenth of a second for each MiB.
+    [[nodiscard]] u64 processorLimit() const {
+        constexpr u64 least = 60;
+        constexpr u64 ofPipe = 600;
+        return options_.timeout != 0 ? 0 : least + inputSize(ofPipe * bytesPerMiB) / bytesPerMiB;
+    }
+
+    // In bytes. What cannot be known, such as the size of a pipe, counts as `unknown`.
+    [[nodiscard]] u64 inputSize(u64 unknown) const {
+        u64 sum = 0;
         for (const std::string& input : inputs_) {
             std::error_code error;
             const u64 size = std::filesystem::file_size(input, error);
-            limit += error ? least : perByte * size;
+            sum += error ? unknown : size;
         }
-        return limit;
+        return sum;
     }
 
     // Runs `act` and reports its errors. Returns exitErrors for bad content, exitTrouble for a file that cannot be

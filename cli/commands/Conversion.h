@@ -23,7 +23,7 @@ struct ConvertOptions {
     bool isStrict = false;
     std::string losses = "text";
     vor::u64 maxMemory = 0; // in MiB; 0 for one that depends on the files
-    vor::u64 timeout = 0;   // in seconds; 0 for none
+    vor::u64 timeout = 0;   // in seconds; 0 for one of the processor that depends on the files
     convert::ImageOptions images;
     bool isAscii = false;
     SceneArguments scenes;

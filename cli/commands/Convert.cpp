@@ -54,9 +54,8 @@ void addFormatOptions(std::vector<Option>& list, ConvertOptions& options) {
                     .help = "The format of OUT instead of its extension, such as glb",
                     .target = &options.to,
                     .value = "FORMAT"});
-    list.push_back({.names = "--ascii",
-                    .help = "Write .ply and .stl as text instead of binary",
-                    .target = &options.isAscii});
+    list.push_back(
+        {.names = "--ascii", .help = "Write .ply and .stl as text instead of binary", .target = &options.isAscii});
     list.push_back({.names = "--triangulate",
                     .help = "Turn the polygons of models into triangles",
                     .target = &options.isTriangulated});
@@ -89,7 +88,7 @@ void addLimitOptions(std::vector<Option>& list, ConvertOptions& options) {
                     .target = &options.maxMemory,
                     .value = "MIB"});
     list.push_back({.names = "--timeout",
-                    .help = "The time for reading a model, in seconds; 0: any",
+                    .help = "The time for reading a model, in seconds; 0: 60 of the processor and one for each MiB",
                     .target = &options.timeout,
                     .value = "SECONDS"});
 }

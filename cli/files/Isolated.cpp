@@ -34,17 +34,23 @@ static vor::u64 addressSpace() {
 }
 
 // A stricter limit of this process stays.
-static void limitMemory(vor::u64 bytes) {
+static void limitTo(__rlimit_resource resource, vor::u64 most) {
     rlimit limit{};
-    if (addressSpace() == 0 || getrlimit(RLIMIT_AS, &limit) != 0)
+    if (getrlimit(resource, &limit) != 0)
         return;
-    limit.rlim_cur = std::min<rlim_t>(limit.rlim_cur, addressSpace() + bytes);
-    (void)setrlimit(RLIMIT_AS, &limit);
+    limit.rlim_cur = std::min<rlim_t>(limit.rlim_cur, most);
+    (void)setrlimit(resource, &limit);
+}
+
+static void apply(const ProcessLimits& limits) {
+    limitTo(RLIMIT_CORE, 0);
+    if (limits.processorSeconds != 0)
+        limitTo(RLIMIT_CPU, limits.processorSeconds);
+    if (const vor::u64 used = addressSpace(); used != 0)
+        limitTo(RLIMIT_AS, used + limits.memory);
 }
 
 [[noreturn]] static void runAndExit(const std::function<int()>& work) {
-    constexpr rlimit noCore{0, 0};
-    (void)setrlimit(RLIMIT_CORE, &noCore);
     int status = exitTrouble;
     try {
         status = work();
@@ -56,12 +62,12 @@ static void limitMemory(vor::u64 bytes) {
     std::_Exit(status);
 }
 
-Ending runIsolated(const std::function<int()>& work, vor::u64 memory) {
+Ending runIsolated(const std::function<int()>& work, const ProcessLimits& limits) {
     const pid_t parent = getpid();
     const pid_t child = fork();
     if (child == 0) {
         exitWithParent(parent);
-        limitMemory(memory);
+        apply(limits);
         runAndExit(work);
     }
     if (child < 0)

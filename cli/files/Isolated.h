@@ -13,10 +13,14 @@ struct Ending {
     int signal; // that ended it, or 0
 };
 
-// Exits the child with the return value of `work`, or with exitTrouble after reporting an exception. The child can have
-// `memory` bytes more than this process; an allocation beyond them throws std::bad_alloc. Changes to memory are not
-// visible to this process. The child does not outlive this process.
-[[nodiscard]] Ending runIsolated(const std::function<int()>& work, vor::u64 memory);
+struct ProcessLimits {
+    vor::u64 memory;           // bytes more than this process has; an allocation beyond them throws std::bad_alloc
+    vor::u64 processorSeconds; // SIGXCPU ends the process after that time; 0 is no limit
+};
+
+// Exits the child with the return value of `work`, or with exitTrouble after reporting an exception. Changes to memory
+// are not visible to this process. The child does not outlive this process.
+[[nodiscard]] Ending runIsolated(const std::function<int()>& work, const ProcessLimits& limits);
 
 // Ends the process with SIGALRM after that many seconds, unless the limit is destroyed before. 0 is no limit.
 class TimeLimit {

@@ -430,6 +430,41 @@ class Losses(FbxFiles):
         self.assertIn(self.LOST + "properties of materials that only one program has: 1 (gold 3dsMax|main|shine)",
                       self.lost)
 
+    @staticmethod
+    def layer(number, *kinds):
+        return element("Layer", number, children=[element("Version", 100), *(
+            element("LayerElement", children=[element("Type", kind), element("TypedIndex", number)]) for kind in kinds)])
+
+    def test_roughness_computed_from_a_large_exponent(self):
+        materials = element("LayerElementMaterial", 0, children=[
+            element("MappingInformationType", "AllSame"), element("ReferenceInformationType", "IndexToDirect"),
+            element("Materials", Array("i", [0])),
+        ])
+        fbx = self.triangle(materials, self.layer(0, "LayerElementMaterial"))
+        material = fbx.object("Material", "gold\0\1Material", "", [
+            element("Version", 102), element("ShadingModel", "phong"),
+            element("Properties70", children=[prop("ShininessExponent", "Number", 400.0)]),
+        ])
+        fbx.connect(material, 1001)
+        scene = self.read(fbx)
+        (gold,) = (node for node in scene["nodes"] if node["type"] == "material")
+        self.assertEqual(inputs_of(gold)["roughness"]["value"], 0)
+        self.assertIn(self.LOST + "numbers of materials out of range (clamped): 1 (gold.roughness)", self.lost)
+
+    def test_names_of_uvsets(self):
+        def uvset(number, name):
+            return element("LayerElementUV", number, children=[
+                element("MappingInformationType", "ByPolygonVertex"), element("ReferenceInformationType", "Direct"),
+                element("Name", name), element("UV", Array("d", [0.0, 0.0, 1.0, 0.0, 0.0, 1.0])),
+            ])
+
+        layers = [self.layer(number, "LayerElementUV") for number in (0, 1)]
+        scene = self.read(self.triangle(uvset(0, "map1"), uvset(1, ""), *layers))
+        (mesh,) = (node for node in scene["nodes"] if node["type"] == "mesh")
+        names = [inputs_of(uvset)["name"]["value"] for uvset in inputs_of(mesh)["uvsets"]["elements"]]
+        self.assertEqual(names, ["map1", "uv1"])
+        self.assertEqual(self.lost, [])
+
 
 class Cameras(FbxFiles):
     def view(self, is_binary, **properties):

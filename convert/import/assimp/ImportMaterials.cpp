@@ -72,9 +72,16 @@ private:
         isTranslucent_ = color.a < 1;
     }
 
+    // Assimp computes the roughness of a shiny material from an exponent, which may be of any size.
     void setFactor(const char* name, const char* key, unsigned type, unsigned index) {
-        if (float factor = 0; from_.Get(key, type, index, factor) == AI_SUCCESS)
-            set(*node_, name, AttrData::real(shortestDecimal(factor)));
+        float factor = 0;
+        if (from_.Get(key, type, index, factor) != AI_SUCCESS)
+            return;
+        const bool isInRange = factor >= 0 && factor <= 1;
+        const float nearest = factor > 1 ? 1.F : 0.F; // 0 for what is no number
+        set(*node_, name, AttrData::real(shortestDecimal(isInRange ? factor : nearest)));
+        if (!isInRange)
+            context_.losses.add("numbers of materials out of range (clamped)", *node_->input(name));
     }
 
     void setAlpha() {

@@ -151,11 +151,16 @@ private:
             if (!uvsets)
                 uvsets = node_->createArray("uvsets", AttrType::Object);
             Input* uvset = uvsets->appendElement();
-            setMember(*uvset, "name", AttrData::string((String("uv") + String(u64(set))).view()));
+            setMember(*uvset, "name", AttrData::string(uvsetName(set)));
             setMember(*uvset, "coords", textureCoordinates(set));
             if (mesh_.mNumUVComponents[set] > 2)
                 context_.losses.add("third coordinates of uvsets", *uvset);
         }
+    }
+
+    [[nodiscard]] std::string uvsetName(unsigned set) const {
+        const aiString* name = mesh_.HasTextureCoordsName(set) ? mesh_.GetTextureCoordsName(set) : nullptr;
+        return name && name->length != 0 ? std::string(viewOf(*name)) : "uv" + std::to_string(set);
     }
 
     // The origin is the lower left corner of the image in Assimp, and the upper left one here.

@@ -26,7 +26,9 @@ public:
     }
 
     template <class Enum> [[nodiscard]] Enum choice(const char* name, int fallback) const {
-        return static_cast<Enum>(static_cast<int>(number(name, fallback)));
+        constexpr double most = 100; // more than any list of choices has, and an int
+        const double chosen = number(name, fallback);
+        return static_cast<Enum>(chosen >= 0 && chosen < most ? static_cast<int>(chosen) : fallback);
     }
 
 private:
