@@ -17,7 +17,7 @@ from mesh_files import Obj, Ply
 from world import World, channels
 
 OBJ = "v 1 0 0\nv 0 2 0\nv 0 0 3\nf 1 2 3\n"
-# Assimp looks for the end of this for ever.
+# Assimp looks for the end of this forever.
 CUT_OGEX = 'Metric (key = "distance") {float {1.0}}\nGeometryNode $n\n{\n\tName {string {"n"}}\n\tObjectRe'
 TRIANGLE = "mesh m; m.points = vec3f[3] {1 0 0 0 2 0 0 0 3}; m.indices = int32[3] {0 1 2};\n"
 CORNERS = [(1, 0, 0), (0, 2, 0), (0, 0, 3)]

@@ -14,7 +14,7 @@ namespace {
 
 struct Property {
     std::size_t size = 0;      // of a number, in bytes
-    std::size_t countSize = 0; // of the number of elements of a list; 0 if it is none
+    std::size_t countSize = 0; // of the number of elements of a list; 0 for a single number
 };
 
 struct Element {
