@@ -13,8 +13,8 @@ public:
 
     [[nodiscard]] const Placement& placement() const noexcept { return scene_.placement(); }
 
-    // What Assimp is to read: the file without animations, as Assimp ends the program for some that are
-    // valid, and without a type of values that it does not know.
+    // What Assimp is to read: the file without animations, because Assimp ends the program for some that are valid, and
+    // without a type of values that it does not know.
     [[nodiscard]] std::string contentForAssimp() const;
 
     // Call before importNodes(). Throws ContentError if the nodes are not those of the file.

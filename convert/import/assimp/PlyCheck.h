@@ -7,8 +7,8 @@
 
 namespace vrn::convert {
 
-// Reports elements and properties that are not read. Throws ContentError for `path` if the file has triangle
-// strips or fewer data than its header says.
+// Reports elements and properties that are not read. Throws ContentError for `path` if the file has triangle strips or
+// fewer data than its header says.
 void checkPly(std::string_view content, const std::string& path, Losses& losses);
 
 // Whether binary data begins with a line end, which Assimp takes for that of the header; and the content with another

@@ -5,8 +5,7 @@
 
 namespace vrn::convert {
 
-// The file with keywords in lower case. Assimp leaves facets out otherwise. Empty if the
-// file is binary.
+// The file with keywords in lower case, because Assimp leaves facets out otherwise. Empty if the file is binary.
 [[nodiscard]] std::string withLowerCaseKeywords(std::string_view content);
 
 } // namespace vrn::convert
