@@ -122,7 +122,7 @@ public:
         if (ending.signal == SIGALRM)
             refuse(name, String::format(messages::readerTooSlow, static_cast<unsigned long long>(options_.timeout)));
         if (ending.signal == SIGXCPU)
-            refuse(name, String::format(messages::readerEndless, static_cast<unsigned long long>(processorLimit())));
+            refuse(name, messages::readerEndless);
         if (ending.signal == SIGKILL)
             refuse(name, messages::readerKilled);
         if (ending.signal != 0)

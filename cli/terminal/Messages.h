@@ -59,7 +59,7 @@ inline constexpr char memoryLimit[] =
     "out of memory: its reader may have %llu MiB; set another limit with --max-memory";
 inline constexpr char readerTooSlow[] = "its reader needs more time than %llu s (--timeout)";
 inline constexpr char readerEndless[] =
-    "its reader needs more than %llu s of the processor; set a time that is long enough with --timeout";
+    "its reader needs more time of the processor than it may have (--timeout and ulimit -t set other limits)";
 inline constexpr char onlyOneForm[] = "only .ply and .stl files have a text form besides the binary one (--ascii)";
 inline constexpr char notConverted[] = "not converted, because of the errors above";
 inline constexpr char lost[] = "vrn: %s: lost: %s: %llu (%s%s)\n";

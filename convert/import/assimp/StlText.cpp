@@ -40,7 +40,7 @@ std::string withLowerCaseKeywords(std::string_view content) {
     changed.reserve(content.size() + 1);
     for (std::string_view rest = content; !rest.empty();)
         changed += withLowerCaseKeyword(takeLine(rest)) + '\n';
-    return changed;
+    return changed.starts_with(content) ? std::string() : changed;
 }
 
 } // namespace vrn::convert

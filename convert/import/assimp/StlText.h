@@ -5,7 +5,8 @@
 
 namespace vrn::convert {
 
-// The file with keywords in lower case, because Assimp leaves facets out otherwise. Empty if the file is binary.
+// The file with keywords in lower case, because Assimp leaves facets out otherwise. Empty if the file is binary
+// or has them in lower case already.
 [[nodiscard]] std::string withLowerCaseKeywords(std::string_view content);
 
 } // namespace vrn::convert

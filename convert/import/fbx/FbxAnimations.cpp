@@ -166,10 +166,7 @@ private:
 
     // Times are relative to the start that the stack gives, or to the first key.
     Span findSpan() const {
-        const auto time = [&](std::string_view name) {
-            const FbxElement* property = propertyOf(stack_, name);
-            return property ? property->value(4).number() / from_.ticksPerSecond() : 0.0;
-        };
+        const auto time = [&](std::string_view name) { return numberOf(stack_, name, 0) / from_.ticksPerSecond(); };
         Span span{time("LocalStart"), time("LocalStop")};
         if (span.stop > span.start)
             return span;

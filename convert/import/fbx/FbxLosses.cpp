@@ -131,10 +131,9 @@ private:
 
     // How large the view is depends on the program that wrote the file.
     void camera(const FbxElement& camera) {
-        constexpr std::size_t firstValue = 4;
+        constexpr double perspective = 0;
         constexpr double orthographic = 1;
-        const FbxElement* projection = propertyOf(camera, "CameraProjectionType");
-        if (projection && projection->value(firstValue).number() == orthographic)
+        if (numberOf(camera, "CameraProjectionType", perspective) == orthographic)
             losses_.add("orthographic projections of cameras (read as perspective ones)", labelOf(camera));
     }
 

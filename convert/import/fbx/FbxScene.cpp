@@ -266,4 +266,8 @@ std::string nameOf(const FbxElement& object) {
 
 const FbxElement* propertyOf(const FbxElement& object, std::string_view name) { return propertyIn(&object, name); }
 
+double numberOf(const FbxElement& object, std::string_view name, double fallback) {
+    return Properties(object, nullptr).number(name, fallback);
+}
+
 } // namespace vrn::convert

@@ -72,4 +72,7 @@ private:
 // A property of an object: the element whose values from the fifth on are its value, or null.
 [[nodiscard]] const FbxElement* propertyOf(const FbxElement& object, std::string_view name);
 
+// The number that it has as a property, without regard to the defaults of its class.
+[[nodiscard]] double numberOf(const FbxElement& object, std::string_view name, double fallback);
+
 } // namespace vrn::convert
