@@ -197,12 +197,16 @@ int misused(const CLI::App& app, const std::vector<Command>& commands, const CLI
     return misused(reason.empty() ? error.what() : reason);
 }
 
+// Adds the options of a command only once it is given: adding those of all commands would take longer than the rest of
+// the start.
 void addCommands(CLI::App& app, const std::vector<Command>& commands) {
     for (const Command& command : commands) {
         CLI::App* added = app.add_subcommand(command.name, command.what);
-        added->footer(footer(command));
-        for (const Option& option : command.options)
-            add(*added, option);
+        added->preparse_callback([added, &command](std::size_t) {
+            added->footer(footer(command));
+            for (const Option& option : command.options)
+                add(*added, option);
+        });
     }
 }
 
