@@ -59,7 +59,9 @@ TEST(BigText, isReadFromAFile) {
 TEST(BigText, isReadFromMemory) {
     String text;
     {
-        std::string bytes(head);
+        std::string bytes;
+        bytes.reserve(head.size() + blanks + tail.size());
+        bytes += head;
         bytes.append(blanks, ' ');
         bytes += tail;
         text = std::string_view(bytes);

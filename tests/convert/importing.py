@@ -21,22 +21,30 @@ class Importing(Folder):
     def run_here(self, *arguments, **more):
         result = super().run_here(*arguments, **more)
         if arguments[0] == "convert" and result.returncode == 0:
-            for argument in arguments[1:-1]:
-                self.check_import(pathlib.Path(argument), [option for option in ("--triangulate",) if option in arguments])
+            *models, target = map(pathlib.Path, arguments[1:])
+            for model in models:
+                self.check_import(model, target, [option for option in ("--triangulate",) if option in arguments])
         return result
 
-    def check_import(self, argument, options):
-        model = self.folder / argument
-        if argument.suffix.lower() in NOT_MODELS or not model.is_file():
+    def check_import(self, model, target, options):
+        path = self.folder / model
+        if model.suffix.lower() in NOT_MODELS or not path.is_file():
             return
-        content = (argument.suffix, model.read_bytes(), *options)
+        content = (model.suffix, path.read_bytes(), *options)
         if hash(content) in CHECKED:
             return
         CHECKED.add(hash(content))
-        scene, catalogue = self.folder / "imported.vrn", self.file("closed.json", closed_catalogue())
-        if super().run_here("convert", *options, argument, scene).returncode == 0:
-            report = super().run_here("check", "--no-lint", "--format", "json", "--types", catalogue, scene)
-            found = json.loads(report.stdout)["diagnostics"]
-            self.assertEqual([each for each in found if each["rule"] in RULES], [])
+        if target.suffix == ".vrn":
+            self.check_scene(target)
+            return
+        scene = self.folder / "imported.vrn"
+        if super().run_here("convert", *options, model, scene).returncode == 0:
+            self.check_scene(scene)
         scene.unlink(missing_ok=True)
+
+    def check_scene(self, scene):
+        catalogue = self.file("closed.json", closed_catalogue())
+        report = super().run_here("check", "--no-lint", "--format", "json", "--types", catalogue, scene)
+        found = json.loads(report.stdout)["diagnostics"]
+        self.assertEqual([each for each in found if each["rule"] in RULES], [])
         catalogue.unlink()
