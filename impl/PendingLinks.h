@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <limits>
 #include <new>
@@ -44,20 +45,20 @@ public:
 
     // Stores the link of an input; returns whether it replaces an earlier one that was not `null`.
     bool store(interfaces::IInput* input, PendingLink link) {
-        growIfFull();
-        std::size_t slot = home(input);
-        for (; slots_[slot] != 0; slot = next(slot)) {
-            Waiting& earlier = waiting_[slots_[slot] - 1];
-            if (earlier.input == input) {
-                const bool wasNull = earlier.link.isNull();
-                earlier.link = std::move(link);
-                return !wasNull;
-            }
+        Waiting* earlier = find(input);
+        if (!earlier) {
+            storeNew(input, std::move(link));
+            return false;
         }
+        const bool wasNull = earlier->link.isNull();
+        earlier->link = std::move(link);
+        return !wasNull;
+    }
+
+    // The same for an input that was made by the same statement, and so has no earlier link.
+    void storeNew(interfaces::IInput* input, PendingLink link) {
         waiting_.push({input, std::move(link)});
-        slots_[slot] = static_cast<u32>(waiting_.size());
         input->retain();
-        return false;
     }
 
     // Calls `resolve(input, link)` for every input that is still in the scene, and releases the inputs. The order is
@@ -95,19 +96,35 @@ private:
     }
     [[nodiscard]] std::size_t next(std::size_t slot) const noexcept { return (slot + 1) & (slots_.size() - 1); }
 
-    // Grows the table if one more input would make it more than half full.
-    void growIfFull() {
-        if (2 * (waiting_.size() + 1) <= slots_.size())
-            return;
-        if (slots_.size() > std::numeric_limits<u32>::max())
-            throw std::bad_alloc(); // a slot cannot hold the index
-        slots_ = std::vector<u32>(std::max<std::size_t>(16, 2 * slots_.size()));
-        for (std::size_t i = 0; i < waiting_.size(); ++i) {
-            std::size_t slot = home(waiting_[i].input);
+    // The link of an input, or null.
+    [[nodiscard]] Waiting* find(const interfaces::IInput* input) {
+        enterNew();
+        for (std::size_t slot = home(input); slots_[slot] != 0; slot = next(slot))
+            if (waiting_[slots_[slot] - 1].input == input)
+                return &waiting_[slots_[slot] - 1];
+        return nullptr;
+    }
+
+    // Enters what was stored since the last search. Most texts link each input once, in the statement that makes it,
+    // and need no table.
+    void enterNew() {
+        growFor(waiting_.size());
+        for (; entered_ < waiting_.size(); ++entered_) {
+            std::size_t slot = home(waiting_[entered_].input);
             while (slots_[slot] != 0)
                 slot = next(slot);
-            slots_[slot] = static_cast<u32>(i + 1);
+            slots_[slot] = static_cast<u32>(entered_ + 1);
         }
+    }
+
+    // Keeps the table at most half full. A larger one starts empty.
+    void growFor(std::size_t count) {
+        if (2 * count < slots_.size())
+            return;
+        if (count >= std::numeric_limits<u32>::max())
+            throw std::bad_alloc(); // a slot cannot hold the index
+        slots_ = std::vector<u32>(std::max<std::size_t>(16, 2 * std::bit_ceil(count + 1)));
+        entered_ = 0;
     }
 
     void release() {
@@ -115,10 +132,12 @@ private:
             each.input->release();
         waiting_.clear();
         slots_.clear();
+        entered_ = 0;
     }
 
     ds::Vector<Waiting> waiting_;
-    std::vector<u32> slots_; // hash table by input: an index into waiting_ plus 1, or 0 if free
+    std::vector<u32> slots_;  // hash table by input: an index into waiting_ plus 1, or 0 if free
+    std::size_t entered_ = 0; // so many of waiting_ are in the table
 };
 
 } // namespace vor::velmo_sdk::impl

@@ -28,13 +28,13 @@ template <class AnyScene> static bool hasNameMaps(const AnyScene& scene) {
         return true;
 }
 
-// The input of a name. A missing one is created: with the value, which is then moved from and reported as written, or,
-// with a scene that does not support that, with its type alone.
+// The input of a name. A missing one is created: with the value, which is then moved from, or, with a scene that does
+// not support that, with its type alone and reported as an existing one.
 template <class AnyNode> static auto inputOrNew(AnyNode* node, const String& name, AttrData& value) {
     using AnyInput = std::remove_pointer_t<decltype(node->input(name))>;
     struct Result {
         AnyInput* input;
-        bool isWritten;
+        bool isNew;
     };
     if constexpr (hasInputOrNew<AnyNode>) {
         const auto [input, isNew] = node->inputOrNew(name, value);
@@ -200,10 +200,10 @@ static bool takesSilently(const Input* input, AttrType type) {
 
 bool VrnParser::applyValue(const PlainStatement& statement, Node* node, const String& name) {
     AttrData data = dataOf(statement);
-    const auto [input, isWritten] = inputOrNew(node, name, data);
+    const auto [input, isNew] = inputOrNew(node, name, data);
     if (sources)
         sources->set(input, endOf(statement.name, statement));
-    if (isWritten)
+    if (isNew)
         return true;
     if (!takesSilently(input, statement.type))
         return false;
@@ -215,11 +215,15 @@ bool VrnParser::applyLink(const PlainStatement& statement, Node* node, const Str
     if (wantsNotices() && node->hasInput(name, AttrType::Null))
         return false; // the link may replace one
     AttrData untyped;
-    Input* input = inputOrNew(node, name, untyped).input;
+    const auto [input, isNew] = inputOrNew(node, name, untyped);
     if (sources)
         sources->set(input, endOf(statement.name, statement));
     PendingLinks& links = statement.kind == Kind::Connection ? pendingConnections : pendingReferences;
-    store(links, input, {.node = statement.word, .output = statement.output, .position = statement.linkEnd});
+    PendingLink link{.node = statement.word, .output = statement.output, .position = statement.linkEnd};
+    if (isNew)
+        links.storeNew(input, std::move(link));
+    else
+        store(links, input, std::move(link));
     return true;
 }
 

@@ -30,7 +30,7 @@ String Input::label() const {
     return std::string_view(text);
 }
 
-Node* Input::nodeValue() const noexcept { return extras_ ? extras_->node : nullptr; }
+Node* Input::nodeValue() const noexcept { return extras_ ? extras_->reference().target() : nullptr; }
 
 bool Input::assign(AttrData value) {
     if (!takes(value.type()))
@@ -91,7 +91,7 @@ void Input::write(AttrData value) {
 
 // Updates the counts of the array that this is an element of.
 void Input::writeElement(AttrData value) {
-    Extras& array = *parent_->extras_;
+    Content& array = *parent_->content();
     array.untypedElements -= u32(isUntyped(parent_->elementType()));
     array.nullElements -= u32(type() == AttrType::Null);
     value_ = std::move(value);
@@ -115,28 +115,25 @@ void Input::setNode(interfaces::INode* node) {
         write(AttrData::zero(AttrType::Node));
     if (type() != AttrType::Node)
         return;
-    if (!target && !extras_)
-        return;
-    Extras& links = extras();
-    links.node = target;
     if (target)
-        links.reference.enter(target->references_);
-    else
-        links.reference.leave();
+        extras().reference().enter(*target, target->references_);
+    else if (extras_)
+        extras_->reference().leave();
 }
 
 std::span<Input* const> Input::children() noexcept {
-    return extras_ ? extras_->children.items() : std::span<Input* const>();
+    Content* const inner = content();
+    return inner ? inner->children.items() : std::span<Input* const>();
 }
 
 std::span<const Input* const> Input::children() const noexcept { return const_cast<Input*>(this)->children(); }
 
 Input* Input::element(u64 i) const noexcept {
-    return type() == AttrType::Array && i < size() ? extras_->children.items()[i] : nullptr;
+    return type() == AttrType::Array && i < size() ? content()->children.items()[i] : nullptr;
 }
 
 Input* Input::input(const String& name) const noexcept {
-    return type() == AttrType::Object && extras_ ? extras_->children.find(name) : nullptr;
+    return type() == AttrType::Object && content() ? content()->children.find(name) : nullptr;
 }
 
 Input* Input::createInput(const String& name, AttrType type) { return addChild(name, AttrData::zero(type)); }
@@ -150,7 +147,7 @@ Input* Input::addChild(const String& name, AttrData value) {
         return nullptr;
     if (Input* existing = input(name))
         return existing;
-    auto& members = extras().children;
+    auto& members = newContent().children;
     std::unique_ptr<Input, void (*)(Input*)> member(new (node_->scene()->storage_->inputs)
                                                         Input(*node_, this, name, members.size(), std::move(value)),
                                                     [](Input* input) { input->release(); });
@@ -161,14 +158,14 @@ Input* Input::addChild(const String& name, AttrData value) {
 Input* Input::appendElement() {
     if (type() != AttrType::Array || !node_ || size() >= node_->scene()->limits().maxArrayElements)
         return nullptr;
-    auto& elements = extras().children;
+    Content& array = newContent();
     std::unique_ptr<Input, void (*)(Input*)> element(
         new (node_->scene()->storage_->inputs)
-            Input(*node_, this, String(), elements.size(), AttrData::zero(elementType())),
+            Input(*node_, this, String(), array.children.size(), AttrData::zero(elementType())),
         [](Input* input) { input->release(); });
-    elements.pushUnnamed(element.get());
-    extras_->untypedElements += u32(element->isUntyped(elementType()));
-    extras_->nullElements += u32(element->type() == AttrType::Null);
+    array.children.pushUnnamed(element.get());
+    array.untypedElements += u32(element->isUntyped(elementType()));
+    array.nullElements += u32(element->type() == AttrType::Null);
     return element.release();
 }
 
@@ -176,7 +173,7 @@ bool Input::removeInput(const String& name) {
     Input* member = input(name);
     if (!member)
         return false;
-    extras_->children.erase(member);
+    content()->children.erase(member);
     removeFrom(children(), member);
     return true;
 }
@@ -185,9 +182,10 @@ bool Input::removeElement(u64 i) {
     Input* removed = element(i);
     if (!removed)
         return false;
-    extras_->untypedElements -= u32(removed->isUntyped(elementType()));
-    extras_->nullElements -= u32(removed->type() == AttrType::Null);
-    extras_->children.erase(removed);
+    Content& array = *content();
+    array.untypedElements -= u32(removed->isUntyped(elementType()));
+    array.nullElements -= u32(removed->type() == AttrType::Null);
+    array.children.erase(removed);
     removeFrom(children(), removed);
     return true;
 }
@@ -199,9 +197,9 @@ void Input::removeFrom(std::span<Input* const> siblings, Input* removed) noexcep
     detach(removed);
 }
 
-u64 Input::untypedElements() const noexcept { return extras_ ? extras_->untypedElements : 0; }
+u64 Input::untypedElements() const noexcept { return content() ? content()->untypedElements : 0; }
 
-u64 Input::nullElements() const noexcept { return extras_ ? extras_->nullElements : 0; }
+u64 Input::nullElements() const noexcept { return content() ? content()->nullElements : 0; }
 
 bool Input::isUntyped(AttrType asElementOf) const noexcept {
     if (type() != AttrType::Null && type() != asElementOf)
@@ -211,14 +209,15 @@ bool Input::isUntyped(AttrType asElementOf) const noexcept {
 }
 
 void Input::countUntyped() noexcept {
-    if (!extras_)
+    Content* const array = content();
+    if (!array)
         return;
-    extras_->untypedElements = 0;
+    array->untypedElements = 0;
     for (const Input* element : children())
-        extras_->untypedElements += u32(element->isUntyped(elementType()));
+        array->untypedElements += u32(element->isUntyped(elementType()));
 }
 
-Output* Input::connection() const noexcept { return extras_ ? extras_->output : nullptr; }
+Output* Input::connection() const noexcept { return extras_ ? extras_->connection().target() : nullptr; }
 
 Node* Input::linkedNode() const noexcept {
     const Output* output = connection();
@@ -231,27 +230,23 @@ void Input::connect(interfaces::IOutput* output) {
     Output* source = static_cast<Output*>(output);
     if (!node_ || !source->isAttached())
         return;
-    Extras& links = extras();
-    links.output = source;
-    links.connection.enter(source->connections_);
+    extras().connection().enter(*source, source->connections_);
 }
 
 void Input::disconnect() {
-    if (!extras_)
-        return;
-    extras_->output = nullptr;
-    extras_->connection.leave();
+    if (extras_)
+        extras_->connection().leave();
 }
 
 const StringVector& Input::enumeration() const noexcept {
     static const StringVector none;
-    return extras_ && extras_->enumeration ? *extras_->enumeration : none;
+    return content() && content()->enumeration ? *content()->enumeration : none;
 }
 
 void Input::setEnumeration(StringVector entries) {
     if (!node_)
         return;
-    extras().enumeration = std::make_shared<const StringVector>(std::move(entries));
+    newContent().enumeration = std::make_shared<const StringVector>(std::move(entries));
 }
 
 void Input::release() {
@@ -265,12 +260,22 @@ Input::Extras& Input::extras() {
     return *extras_;
 }
 
+Input::Content* Input::content() const noexcept { return extras_ ? extras_->content.get() : nullptr; }
+
+Input::Content& Input::newContent() {
+    auto& content = extras().content;
+    if (!content)
+        content.reset(new (node_->scene()->storage_->contents) Content);
+    return *content;
+}
+
 void Input::clearChildren() noexcept {
-    if (!extras_)
+    Content* const container = content();
+    if (!container)
         return;
-    extras_->untypedElements = 0;
-    extras_->nullElements = 0;
-    while (Input* child = extras_->children.takeLast())
+    container->untypedElements = 0;
+    container->nullElements = 0;
+    while (Input* child = container->children.takeLast())
         detach(child);
 }
 
@@ -279,7 +284,7 @@ void Input::clearChildren() noexcept {
 void Input::detach(Input* root) noexcept {
     Input* input = root;
     while (input) {
-        if (Input* child = input->extras_ ? input->extras_->children.takeLast() : nullptr) {
+        if (Input* child = input->content() ? input->content()->children.takeLast() : nullptr) {
             input = child;
             continue;
         }
@@ -301,9 +306,9 @@ void Input::copyFrom(const Input& other) {
         to->write(from->value_);
         to->isLocked_ = from->isLocked_;
         to->isLinkOnly_ = from->isLinkOnly_;
-        if (!from->extras_)
+        if (!from->content())
             continue;
-        to->extras().enumeration = from->extras_->enumeration;
+        to->newContent().enumeration = from->content()->enumeration;
         for (const Input* child : from->children())
             if (Input* copy = child->isElement() ? to->appendElement() : to->addChild(child->name_, AttrData()))
                 open.emplace_back(copy, child);

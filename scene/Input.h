@@ -25,6 +25,7 @@ namespace vor::velmo_sdk::impl {
 
 class Node;
 class Output;
+template <class Target> class Link;
 
 class VRN_API Input final : public interfaces::IInput, public Pooled {
 public:
@@ -125,8 +126,9 @@ private:
     friend class Output;
     friend class Scene;
 
-    // What most inputs do not have: children, links, an enumeration (InputExtras.h).
-    struct Extras;
+    // What most inputs do not have (InputExtras.h).
+    struct Extras;  // links and content
+    struct Content; // children, an enumeration
 
     Input(Node& node, Input* parent, String name, u64 index, AttrData&& value) noexcept;
     ~Input() override;
@@ -137,6 +139,9 @@ private:
     void clearChildren() noexcept;
     void copyFrom(const Input& other);
     [[nodiscard]] Extras& extras();
+    [[nodiscard]] Content* content() const noexcept; // null if there is none
+    [[nodiscard]] Content& newContent();             // or the existing one
+    template <class Target> [[nodiscard]] static Input* linkedBy(Link<Target>* link) noexcept;
     [[nodiscard]] bool takes(AttrType valueType) const noexcept;
     [[nodiscard]] bool mayBeArrayOf(AttrType expected) const noexcept;
     [[nodiscard]] bool isUntyped(AttrType asElementOf) const noexcept;

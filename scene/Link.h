@@ -4,21 +4,21 @@
 
 namespace vor::velmo_sdk::impl {
 
-class Input;
-
 // The link of one input, an entry in the intrusive list of its target while it has one.
-class Link {
+template <class Target> class Link {
 public:
-    explicit Link(Input* input) noexcept : input_(input) {}
+    Link() = default;
     Link(const Link&) = delete;
     Link& operator=(const Link&) = delete;
     ~Link() { leave(); }
 
-    [[nodiscard]] Input* input() const noexcept { return input_; }
+    [[nodiscard]] Target* target() const noexcept { return target_; }
     [[nodiscard]] Link* next() const noexcept { return next_; }
 
-    void enter(Link*& first) noexcept {
+    // `first` is the list of the target.
+    void enter(Target& target, Link*& first) noexcept {
         leave();
+        target_ = &target;
         next_ = first;
         if (next_)
             next_->holder_ = &next_;
@@ -27,17 +27,17 @@ public:
     }
 
     void leave() noexcept {
-        if (!holder_)
+        if (!target_)
             return;
         *holder_ = next_;
         if (next_)
             next_->holder_ = holder_;
-        holder_ = nullptr;
+        target_ = nullptr;
         next_ = nullptr;
     }
 
 private:
-    Input* input_;
+    Target* target_ = nullptr;
     Link** holder_ = nullptr; // the pointer to this link: the head of the list or a `next_`
     Link* next_ = nullptr;
 };

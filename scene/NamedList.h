@@ -1,7 +1,6 @@
 // The children of a node or an input: pointers to objects with other owners, in order, found by name in O(1).
 #pragma once
 
-#include "scene/core/Hash.h"
 #include "scene/core/String.h"
 
 #include <algorithm>
@@ -9,10 +8,10 @@
 #include <memory>
 #include <new>
 #include <span>
-#include <string_view>
-#include <unordered_map>
 
 namespace vor::velmo_sdk::impl {
+
+template <class T> class NameTable; // whoever changes or searches a list includes NameTable.h
 
 // T has `const String& key() const`, whose address and value must not change while the item is in the list. A list of
 // up to `inlineCapacity` items allocates nothing; `firstCapacity` is the capacity of the first allocation.
@@ -32,10 +31,8 @@ public:
     [[nodiscard]] std::size_t size() const noexcept { return size_; }
 
     [[nodiscard]] T* find(const String& name) const noexcept {
-        if (index_) {
-            const auto found = index_->find(name);
-            return found == index_->end() ? nullptr : found->second;
-        }
+        if (index_)
+            return index_->find(name, index_->hashOf(name));
         for (T* item : items())
             if (item->key() == name)
                 return item;
@@ -66,7 +63,7 @@ public:
     void erase(const T* item) noexcept {
         T** const all = isInline() ? few_ : many_;
         if (index_)
-            index_->erase(item->key());
+            index_->erase(item);
         T** const place = std::find(all, all + size_, item);
         std::copy(place + 1, all + size_, place);
         --size_;
@@ -80,10 +77,7 @@ public:
     }
 
 private:
-    struct Hash {
-        std::size_t operator()(std::string_view name) const noexcept { return keyedHash(name); }
-    };
-    using Index = std::unordered_map<std::string_view, T*, Hash>;
+    using Index = NameTable<T>;
     static constexpr std::size_t searchedLinearly = 16;
 
     [[nodiscard]] bool isInline() const noexcept { return capacity_ == inlineCapacity; }
@@ -103,13 +97,11 @@ private:
     }
 
     void enter(T* item) {
-        if (index_) {
-            index_->emplace(item->key(), item);
-            return;
-        }
+        if (index_)
+            return index_->add(item);
         auto index = std::make_unique<Index>();
         for (T* each : items())
-            index->emplace(each->key(), each);
+            index->add(each);
         index_ = std::move(index);
     }
 

@@ -1,6 +1,5 @@
 #include "scene/Node.h"
 
-#include "scene/Link.h"
 #include "scene/SceneStorage.h"
 
 namespace vor::velmo_sdk::impl {
@@ -21,7 +20,7 @@ void Node::release() noexcept {
 // Takes the node out of its scene, which gives up its reference.
 void Node::detach() noexcept {
     while (references_)
-        references_->input()->setNode(nullptr);
+        Input::linkedBy(references_)->setNode(nullptr);
     for (Output* output : outputs_.items())
         output->disconnect();
     while (Input* input = inputs_.takeLast())

@@ -18,7 +18,6 @@
 
 namespace vor::velmo_sdk::impl {
 
-class Link;
 class Scene;
 class NodeType;
 
@@ -87,8 +86,8 @@ private:
     String name_;
     NamedList<Input, 6, 12> inputs_;
     NamedList<Output, 1, 3> outputs_;
-    Link* references_ = nullptr; // of the inputs that refer to this node
-    Node* previous_ = nullptr;   // in the scene's order
+    Link<Node>* references_ = nullptr; // of the inputs that refer to this node
+    Node* previous_ = nullptr;         // in the scene's order
     Node* next_ = nullptr;
     u32 holders_ = 1; // the scene
     bool isDefinition_;

@@ -1,7 +1,6 @@
 #include "scene/Output.h"
 
-#include "scene/Input.h"
-#include "scene/Link.h"
+#include "scene/InputExtras.h"
 #include "scene/Node.h"
 #include "scene/SlabPool.h"
 
@@ -15,14 +14,14 @@ void Output::release() noexcept { node_.release(); }
 
 void Output::disconnect() noexcept {
     while (connections_)
-        connections_->input()->disconnect();
+        Input::linkedBy(connections_)->disconnect();
 }
 
 String Output::label() const { return node_.name() + "." + name_; }
 
 std::size_t Output::connectionCount() const noexcept {
     std::size_t count = 0;
-    for (const Link* link = connections_; link; link = link->next())
+    for (const Link<Output>* link = connections_; link; link = link->next())
         ++count;
     return count;
 }

@@ -13,7 +13,7 @@
 
 namespace vor::velmo_sdk::impl {
 
-class Link;
+template <class Target> class Link;
 class Node;
 
 class VRN_API Output final : public interfaces::IOutput, public Pooled {
@@ -48,7 +48,7 @@ private:
 
     Node& node_;
     String name_;
-    Link* connections_ = nullptr;
+    Link<Output>* connections_ = nullptr;
 };
 
 } // namespace vor::velmo_sdk::impl

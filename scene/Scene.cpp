@@ -18,17 +18,17 @@ Node* Scene::findNode(const String& name) const noexcept {
     Node* last = found_.load(std::memory_order_relaxed);
     if (last && last->key() == name)
         return last;
-    Node* node = storage_->byName.find(name, NodeTable<Node>::hashOf(name));
+    Node* node = storage_->byName.find(name, NameTable<Node>::hashOf(name));
     if (node)
         found_.store(node, std::memory_order_relaxed);
     return node;
 }
 
 void Scene::expectNodes(std::span<const String* const> names) const noexcept {
-    std::array<u64, NodeTable<Node>::maxTouched> hashes;
+    std::array<u64, NameTable<Node>::maxTouched> hashes;
     const std::size_t count = std::min(names.size(), hashes.size());
     for (std::size_t i = 0; i < count; ++i)
-        hashes[i] = NodeTable<Node>::hashOf(*names[i]);
+        hashes[i] = NameTable<Node>::hashOf(*names[i]);
     storage_->byName.touch(std::span(hashes).first(count));
 }
 
@@ -54,7 +54,7 @@ bool Scene::renameNode(const String& name, const String& newName) {
     const String type = node->type();
     storage_->byName.erase(node);
     node->name_ = newName;
-    storage_->byName.insert(node, NodeTable<Node>::hashOf(newName)); // into the slot that erase() freed
+    storage_->byName.insert(node, NameTable<Node>::hashOf(newName)); // into the slot that erase() freed
     if (node->isDefinition())
         for (Node& each : nodes())
             if (each.type_ == type)
@@ -63,7 +63,7 @@ bool Scene::renameNode(const String& name, const String& newName) {
 }
 
 Node* Scene::addNode(const String& type, const String& name, bool isDefinition) {
-    const u64 hash = NodeTable<Node>::hashOf(name);
+    const u64 hash = NameTable<Node>::hashOf(name);
     if (storage_->byName.find(name, hash))
         return nullptr;
     struct DetachNode {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "scene/InputExtras.h"
-#include "scene/NodeTable.h"
+#include "scene/NameTable.h"
 #include "scene/Scene.h"
 #include "scene/SlabPool.h"
 
@@ -12,8 +12,9 @@ struct Scene::Storage {
     SlabPool nodes{sizeof(Node)};
     SlabPool inputs{sizeof(Input)};
     SlabPool extras{sizeof(Input::Extras)};
+    SlabPool contents{sizeof(Input::Content)};
     SlabPool outputs{sizeof(Output)};
-    NodeTable<Node> byName;
+    NameTable<Node> byName;
 };
 
 } // namespace vor::velmo_sdk::impl

@@ -293,6 +293,25 @@ TEST(Links, onlyTheLastOneOfAnInputIsMade) {
     EXPECT_EQ(r.input("a.r")->nodeValue(), &r.node("a"));
 }
 
+// A link is replaced at once, a few statements later, and at the end of the text, while more and more of them wait.
+TEST(Links, onlyTheLastOneOfEachOfManyInputsIsMade) {
+    std::string text = "t a;\n";
+    const auto link = [&](int i, const char* source) { text += "a.in" + std::to_string(i) + " |= " + source + ";\n"; };
+    for (int i = 0; i < 200; ++i) {
+        link(i, "nobody.x");
+        if (i % 3 == 0)
+            link(i, "a.first");
+        if (i % 7 == 0)
+            link(i / 2, "a.second");
+    }
+    for (int i = 0; i < 200; ++i)
+        link(i, "a.last");
+    const Reading r = readText(text.c_str());
+    EXPECT_EQ(r.log, Log{});
+    ASSERT_EQ(r.node("a").outputs().size(), 1U);
+    EXPECT_EQ(r.node("a").outputs()[0]->connectionCount(), 200U);
+}
+
 TEST(Links, thatCannotBeMadeAreLogged) {
     const Reading r = readText("t a; a.x = 5;\na.in |= a.out.x;\na.i2 |= .out;\na.i3 |= c.out;\na.i4[1] = m;\n"
                                "a.i5 |= a.b[0];\na.x = a;");

@@ -1,5 +1,7 @@
 #include "scene/NamedList.h"
 
+#include "scene/NameTable.h"
+
 #include <gtest/gtest.h>
 #include <new>
 #include <vector>

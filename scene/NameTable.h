@@ -1,4 +1,4 @@
-// The nodes of a scene by name.
+// Objects by name: the nodes of a scene, the inputs of a node.
 #pragma once
 
 #include "scene/core/Hash.h"
@@ -14,9 +14,9 @@ namespace vor::velmo_sdk::impl {
 
 // A hash table with open addressing and linear probing, at most half full. One byte of each hash is in a separate
 // array, which is small enough to stay in the cache; a lookup that finds nothing, as for each new node, usually reads
-// only that. T has `const String& key() const`, whose value must not change while the node is in the table. All
+// only that. T has `const String& key() const`, whose value must not change while the object is in the table. All
 // operations are O(1).
-template <class T> class NodeTable {
+template <class T> class NameTable {
 public:
     [[nodiscard]] static u64 hashOf(const String& name) noexcept { return keyedHash(name.view()); }
 
@@ -25,8 +25,8 @@ public:
         if (tags_.empty())
             return nullptr;
         for (std::size_t i = home(hash); tags_[i] != free; i = next(i))
-            if (tags_[i] == tagOf(hash) && slots_[i].node->key() == name)
-                return slots_[i].node;
+            if (tags_[i] == tagOf(hash) && slots_[i].item->key() == name)
+                return slots_[i].item;
         return nullptr;
     }
 
@@ -36,21 +36,21 @@ public:
         constexpr std::size_t cacheLine = 64;
         if (tags_.empty())
             return;
-        std::array<const volatile char*, maxTouched> nodes{};
+        std::array<const volatile char*, maxTouched> items{};
         for (std::size_t i = 0; i < hashes.size() && i < maxTouched; ++i)
-            nodes[i] = reinterpret_cast<const volatile char*>(slots_[home(hashes[i])].node);
-        for (const volatile char* node : nodes)
-            for (std::size_t i = 0; node && i < sizeof(T); i += cacheLine)
-                (void)node[i];
+            items[i] = reinterpret_cast<const volatile char*>(slots_[home(hashes[i])].item);
+        for (const volatile char* item : items)
+            for (std::size_t i = 0; item && i < sizeof(T); i += cacheLine)
+                (void)item[i];
     }
     static constexpr std::size_t maxTouched = 32; // names that one touch() loads
 
-    // Reserves capacity for one more node, so that insert() cannot fail.
+    // Reserves capacity for one more object, so that insert() cannot fail.
     void reserveOne() {
         if (2 * (size_ + 1) <= tags_.size())
             return;
         const std::size_t count = std::max<std::size_t>(16, 2 * tags_.size());
-        NodeTable larger;
+        NameTable larger;
         larger.tags_.resize(count);
         larger.slots_.resize(count);
         for (std::size_t i = 0; i < tags_.size(); ++i)
@@ -60,16 +60,22 @@ public:
         *this = std::move(larger);
     }
 
-    // Adds a node with a new name, after reserveOne().
-    void insert(T* node, u64 hash) noexcept {
-        place({node, hash});
+    // Adds an object with a new name, after reserveOne().
+    void insert(T* item, u64 hash) noexcept {
+        place({item, hash});
         ++size_;
     }
 
-    // Removes a node of the table and moves later entries of its probe sequence into the gap.
-    void erase(const T* node) noexcept {
-        std::size_t gap = home(hashOf(node->key()));
-        while (slots_[gap].node != node)
+    // Both in one. If it throws std::bad_alloc, the table is unchanged.
+    void add(T* item) {
+        reserveOne();
+        insert(item, hashOf(item->key()));
+    }
+
+    // Removes an object of the table and moves later entries of its probe sequence into the gap.
+    void erase(const T* item) noexcept {
+        std::size_t gap = home(hashOf(item->key()));
+        while (slots_[gap].item != item)
             gap = next(gap);
         for (std::size_t i = next(gap); tags_[i] != free; i = next(i)) {
             const std::size_t mask = tags_.size() - 1;
@@ -89,7 +95,7 @@ public:
 
 private:
     struct Slot {
-        T* node = nullptr;
+        T* item = nullptr;
         u64 hash = 0;
     };
 
