@@ -293,7 +293,7 @@ TEST(Links, onlyTheLastOneOfAnInputIsMade) {
     EXPECT_EQ(r.input("a.r")->nodeValue(), &r.node("a"));
 }
 
-// A link is replaced at once, a few statements later, and at the end of the text, while more and more of them wait.
+// A link is replaced immediately, a few statements later, and at the end of the text, while more and more of them wait.
 TEST(Links, onlyTheLastOneOfEachOfManyInputsIsMade) {
     std::string text = "t a;\n";
     const auto link = [&](int i, const char* source) { text += "a.in" + std::to_string(i) + " |= " + source + ";\n"; };
