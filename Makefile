@@ -39,7 +39,7 @@ test: checks $(LOCALES)/de_DE.UTF-8 $(NODE_MODULES)
 	$(CONFIGURE) --preset asan
 	cmake --build --preset asan
 	ctest --preset asan -j$(TEST_JOBS)
-	scripts/fuzz 3
+	scripts/fuzz 2
 	$(CONFIGURE) --preset tsan
 	cmake --build --preset tsan
 	build/tsan/tests/vrn_thread_tests
