@@ -11,9 +11,9 @@
 
 namespace vor::velmo_sdk::impl {
 
-template <class T> class NameTable; // whoever changes or searches a list includes NameTable.h
+template <class T> class NameTable; // NameTable.h is for those who make, change or search a list
 
-// T has `const String& key() const`, whose address and value must not change while the item is in the list. A list of
+// T has `const String& key() const`, whose value must not change while the item is in the list. A list of
 // up to `inlineCapacity` items allocates nothing; `firstCapacity` is the capacity of the first allocation.
 template <class T, u32 inlineCapacity, u32 firstCapacity, u32 limit = u32(1) << 30> class NamedList {
 public:
@@ -42,7 +42,7 @@ public:
     // Appends an item with a new name. If it throws std::bad_alloc, the list is unchanged.
     void push(T* item) {
         pushUnnamed(item);
-        if (size_ <= searchedLinearly)
+        if (!index_ && size_ <= searchedLinearly)
             return;
         try {
             enter(item);
@@ -112,7 +112,7 @@ private:
     u32 size_ = 0;
     u32 capacity_ = inlineCapacity;
     static_assert(firstCapacity > inlineCapacity);
-    std::unique_ptr<Index> index_; // built when the list outgrows a linear search
+    std::unique_ptr<Index> index_; // made when the list outgrows a linear search, and kept if it gets shorter
 };
 
 } // namespace vor::velmo_sdk::impl

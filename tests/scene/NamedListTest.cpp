@@ -104,6 +104,28 @@ TEST(NamedList, erasesItemsAnywhere) {
         }
 }
 
+// The index that a list got when it was longer stays in use.
+TEST(NamedList, findsWhatIsAddedAfterItGotShorter) {
+    for (const std::size_t count : {17U, 18U, 40U})
+        for (const std::size_t kept : {0U, 1U, 14U, 15U, 16U}) {
+            std::vector<Item> items = itemsNamed("n", count);
+            NamedList<Item, 1, 3> list;
+            for (Item& item : items)
+                list.push(&item);
+            for (std::size_t i = kept; i < count; ++i)
+                list.erase(&items[i]);
+            for (std::size_t i = kept; i < count; ++i) {
+                EXPECT_EQ(list.find(items[i].name), nullptr);
+                list.push(&items[i]);
+                ASSERT_EQ(list.find(items[i].name), &items[i]) << "of " << count << " after " << kept << " were left";
+            }
+            for (const Item& item : items) {
+                list.erase(&item);
+                EXPECT_EQ(list.find(item.name), nullptr);
+            }
+        }
+}
+
 TEST(NamedList, holdsAsManyItemsAsItMay) {
     for (const std::size_t named : {0U, 20U}) {
         std::vector<Item> items = itemsNamed("n", 21);
