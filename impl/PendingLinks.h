@@ -55,7 +55,7 @@ public:
         return !wasNull;
     }
 
-    // The same for an input that was made by the same statement, and so has no earlier link.
+    // Stores the link of an input that was made by the same statement, and so has no earlier one.
     void storeNew(interfaces::IInput* input, PendingLink link) {
         waiting_.push({input, std::move(link)});
         input->retain();
@@ -96,7 +96,7 @@ private:
     }
     [[nodiscard]] std::size_t next(std::size_t slot) const noexcept { return (slot + 1) & (slots_.size() - 1); }
 
-    // The link of an input, or null.
+    // The link of an input, or null. Builds the table: if that throws std::bad_alloc, the links are unchanged.
     [[nodiscard]] Waiting* find(const interfaces::IInput* input) {
         enterNew();
         for (std::size_t slot = home(input); slots_[slot] != 0; slot = next(slot))

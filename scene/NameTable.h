@@ -1,4 +1,4 @@
-// Objects by name: the nodes of a scene, the inputs of a node.
+// Objects by name: the nodes of a scene, the inputs and outputs of a node, the members of an object.
 #pragma once
 
 #include "scene/core/Hash.h"

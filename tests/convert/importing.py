@@ -24,12 +24,12 @@ class Importing(Folder):
     def run_here(self, *arguments, **more):
         result = super().run_here(*arguments, **more)
         if arguments[0] == "convert" and result.returncode == 0:
-            *models, target = map(pathlib.Path, arguments[1:])
-            for model in models:
-                self.check_import(model, target, [option for option in ("--triangulate",) if option in arguments])
+            for argument in arguments[1:-1]:
+                self.check_import(pathlib.Path(argument), arguments)
         return result
 
-    def check_import(self, model, target, options):
+    def check_import(self, model, arguments):
+        options = [option for option in ("--triangulate",) if option in arguments]
         path = self.folder / model
         if "VRN_SLOW_BUILD" in os.environ or model.suffix.lower() in NOT_MODELS or not path.is_file():
             return
@@ -37,8 +37,9 @@ class Importing(Folder):
         if hash(content) in CHECKED:
             return
         CHECKED.add(hash(content))
-        if target.suffix == ".vrn":
-            self.check_scene(target)
+        target = pathlib.Path(arguments[-1])
+        if target.suffix == ".vrn" and len(arguments) == len(("convert", *options, model, target)):
+            self.check_scene(target)  # the import itself
             return
         scene = self.folder / "imported.vrn"
         if super().run_here("convert", *options, model, scene).returncode == 0:

@@ -9,7 +9,7 @@ import pathlib
 import subprocess
 import sys
 
-sys.path += [str(pathlib.Path(__file__).resolve().parents[2] / "cli"), str(pathlib.Path(__file__).resolve().parents[1])]
+sys.path.append(str(pathlib.Path(__file__).resolve().parents[2] / "cli"))
 
 from command import ROOT
 
