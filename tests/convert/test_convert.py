@@ -1,7 +1,5 @@
-"""Tests vrn convert with round trips and the glTF validator, which is in NODE_MODULES."""
-import atexit
+"""Tests vrn convert with round trips and the glTF validator (node_programs.py)."""
 import base64
-import functools
 import json
 import os
 import pathlib
@@ -15,24 +13,15 @@ import unittest
 
 sys.path += [str(pathlib.Path(__file__).resolve().parents[1] / "cli")]
 
+import node_programs
 from command import ROOT, VRN, run
 from geometry import inputs_of, meshes
 from importing import Importing
 
 HERE = pathlib.Path(__file__).resolve().parent
-MODULES = os.environ.get("NODE_MODULES", str(ROOT / "build" / "node_modules"))
 EXAMPLES = sorted((ROOT / "examples").glob("*.vrn"))
 SCENES = [path for path in EXAMPLES if path.name != "all_types.vrn"]  # which shows nothing
 CATALOGUE = ROOT / "catalogues" / "scene.json"
-
-
-@functools.cache
-def validator():
-    """The process of validate.js, one for all tests."""
-    process = subprocess.Popen(["node", HERE / "validate.js", MODULES], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                               text=True)
-    atexit.register(process.communicate)
-    return process
 
 
 class Converting(Importing):
@@ -60,12 +49,8 @@ class Converting(Importing):
         return json.loads(content[20 : 20 + length])
 
     def validate(self, *files):
-        process = validator()
-        process.stdin.write(json.dumps([str(self.folder / file) for file in files]) + "\n")
-        process.stdin.flush()
-        answer = process.stdout.readline()
-        self.assertTrue(answer, "no answer from the validator (make build/node_modules fetches it)")
-        reports = dict(zip(files, json.loads(answer), strict=True))
+        answer = node_programs.ask(HERE / "validate.js", [str(self.folder / file) for file in files])
+        reports = dict(zip(files, answer, strict=True))
         for file, report in reports.items():
             errors = [m for m in report["issues"]["messages"] if m["severity"] == 0]
             self.assertEqual(report["issues"]["numErrors"], 0, (file, errors))

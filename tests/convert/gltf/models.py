@@ -1,39 +1,17 @@
-"""The small glTF models, and the process that builds, compares and validates them (server.js).
-
-NODE_MODULES is the folder of the npm packages."""
-import atexit
+"""The small glTF models: server.js builds, compares and validates them."""
 import functools
-import json
-import os
 import pathlib
-import subprocess
 import sys
 
-sys.path.append(str(pathlib.Path(__file__).resolve().parents[2] / "cli"))
+sys.path += [str(pathlib.Path(__file__).resolve().parents[2] / "cli"), str(pathlib.Path(__file__).resolve().parents[1])]
 
-from command import ROOT
+import node_programs
 
-HERE = pathlib.Path(__file__).resolve().parent
-MODULES = os.environ.get("NODE_MODULES", str(ROOT / "build" / "node_modules"))
-
-
-@functools.cache
-def server():
-    """The process of server.js, one for all tests."""
-    process = subprocess.Popen(["node", HERE / "server.js", MODULES], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                               text=True)
-    atexit.register(process.communicate)
-    return process
+SERVER = pathlib.Path(__file__).resolve().with_name("server.js")
 
 
 def ask(request, *values):
-    process = server()
-    process.stdin.write(json.dumps([request, *map(str, values)]) + "\n")
-    process.stdin.flush()
-    line = process.stdout.readline()
-    if not line:
-        raise RuntimeError("no answer from server.js (make build/node_modules fetches what it needs)")
-    answer = json.loads(line)
+    answer = node_programs.ask(SERVER, [request, *map(str, values)])
     if isinstance(answer, dict) and "error" in answer:
         raise RuntimeError(answer["error"])
     return answer

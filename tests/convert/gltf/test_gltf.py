@@ -3,12 +3,9 @@
 Each model is one test: `python3 test_gltf.py -k texture` runs those with that word in their name.
 """
 import pathlib
-import sys
 import unittest
 
-sys.path.append(str(pathlib.Path(__file__).resolve().parents[1]))
-
-from models import ask, each
+from models import ask, each  # first: it finds the folder of the next one
 
 from importing import Importing
 
